@@ -1,0 +1,101 @@
+#include "protocol/in_process_port.h"
+
+namespace halvex {
+
+namespace {
+// How often the peer's clock moves while the port is open, so that things the
+// unit does on its own (moves, tours, camera answers) reach the console.
+constexpr int kClockIntervalMs = 20;
+}  // namespace
+
+InProcessPort::InProcessPort(UnitPeer* peer, QObject* parent) : SerialPort(parent), peer_(peer) {
+    clockTimer_.setInterval(kClockIntervalMs);
+    connect(&clockTimer_, &QTimer::timeout, this, &InProcessPort::pump);
+}
+
+bool InProcessPort::open(const QString& /*device*/, qint32 baudRate) {
+    if (openFails_) {
+        return false;
+    }
+    baudRate_ = baudRate;
+    open_ = true;
+    incoming_.clear();
+    clock_.start();
+    clockTimer_.start();
+    return true;
+}
+
+void InProcessPort::close() {
+    open_ = false;
+    clockTimer_.stop();
+    incoming_.clear();
+}
+
+void InProcessPort::writeByte(Byte value) {
+    if (!open_) {
+        return;
+    }
+    if (peer_ != nullptr) {
+        peer_->receiveFromConsole(&value, 1);
+    }
+    schedulePump();
+}
+
+int InProcessPort::bytesWaiting() {
+    return static_cast<int>(incoming_.size());
+}
+
+Byte InProcessPort::readByte() {
+    if (incoming_.empty()) {
+        return 0;
+    }
+    const Byte value = incoming_.front();
+    incoming_.pop_front();
+    return value;
+}
+
+void InProcessPort::discardInput() {
+    incoming_.clear();
+}
+
+bool InProcessPort::waitForBytes(int /*msecs*/) {
+    if (incoming_.empty() && open_ && peer_ != nullptr) {
+        peer_->advanceTo(clock_.elapsed());
+        for (Byte b : peer_->takeOutput()) {
+            incoming_.push_back(b);
+        }
+    }
+    return !incoming_.empty();
+}
+
+void InProcessPort::injectIncoming(const std::vector<Byte>& bytes) {
+    incoming_.insert(incoming_.end(), bytes.begin(), bytes.end());
+    if (!incoming_.empty()) {
+        emit dataArrived();
+    }
+}
+
+void InProcessPort::schedulePump() {
+    if (pumpScheduled_) {
+        return;
+    }
+    pumpScheduled_ = true;
+    QTimer::singleShot(0, this, [this] {
+        pumpScheduled_ = false;
+        pump();
+    });
+}
+
+void InProcessPort::pump() {
+    if (!open_ || peer_ == nullptr) {
+        return;
+    }
+    peer_->advanceTo(clock_.elapsed());
+    const std::vector<Byte> out = peer_->takeOutput();
+    incoming_.insert(incoming_.end(), out.begin(), out.end());
+    if (!incoming_.empty()) {
+        emit dataArrived();
+    }
+}
+
+}  // namespace halvex

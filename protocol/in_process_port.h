@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QTimer>
+#include <deque>
+
+#include "protocol/serial_port.h"
+#include "protocol/unit_peer.h"
+
+namespace halvex {
+
+// A serial port whose far end is a unit object in the same process. Bytes
+// written reach the peer at once; the peer's answers are delivered from the
+// event loop, like a real port's data event.
+class InProcessPort : public SerialPort {
+    Q_OBJECT
+  public:
+    explicit InProcessPort(UnitPeer* peer, QObject* parent = nullptr);
+
+    bool open(const QString& device, qint32 baudRate) override;
+    void close() override;
+    bool isOpen() const override { return open_; }
+    qint32 baudRate() const override { return baudRate_; }
+
+    void writeByte(Byte value) override;
+    int bytesWaiting() override;
+    Byte readByte() override;
+    void discardInput() override;
+    bool waitForBytes(int msecs) override;
+
+    // Makes open() fail, as a missing device would.
+    void setOpenFails(bool fails) { openFails_ = fails; }
+    // Puts bytes into the receive buffer as if they had come down the line.
+    void injectIncoming(const std::vector<Byte>& bytes);
+
+  private:
+    void pump();
+    void schedulePump();
+
+    UnitPeer* peer_;
+    std::deque<Byte> incoming_;
+    QElapsedTimer clock_;
+    QTimer clockTimer_;
+    qint32 baudRate_ = 9600;
+    bool open_ = false;
+    bool openFails_ = false;
+    bool pumpScheduled_ = false;
+};
+
+}  // namespace halvex

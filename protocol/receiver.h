@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <functional>
+#include <map>
+#include <vector>
+
+#include "protocol/form_state.h"
+#include "protocol/serial_port.h"
+
+namespace halvex {
+
+class Link;
+
+// The receive path: finds a reply in the port's buffer, unstuffs it into
+// RxBuffer, checks its LRC and hands it to the decoder registered for its code.
+class Receiver : public QObject {
+    Q_OBJECT
+  public:
+    using Decoder = std::function<void()>;
+
+    Receiver(FormState& state, Link& link, QObject* parent = nullptr);
+
+    // Follows the link's port; call again after the link changes ports.
+    void attachPort(SerialPort* port);
+
+    // The decoder for replies with this code. Decoders read state.RxBuffer.
+    void registerDecoder(Byte code, Decoder decoder);
+    // Runs after every good reply, dispatched or not, in registration order.
+    void addRefreshHook(std::function<void()> hook);
+
+    // One data-arrived event.
+    void ReceiveFrame();
+
+  signals:
+    // The hexadecimal image of the reply just read ("06 01 31 ... 03").
+    void frameReceived(const QString& capture);
+    // "Currently Receiving ID Of 1".
+    void receivingIdChanged(const QString& caption);
+
+  private:
+    void onDataArrived();
+    void scheduleLeftovers();
+    // Reads one byte of a stuffed field; `waiting` is what the port held
+    // before the read. `raw` gets the byte as it came off the line.
+    Byte readUnstuffed(int waiting, Byte& raw, QString& capture, bool captureEscape);
+    bool readFrame(QString& capture);
+    int settleMs() const;
+    void showFault();
+
+    FormState& state_;
+    Link& link_;
+    SerialPort* port_ = nullptr;
+    std::map<Byte, Decoder> decoders_;
+    std::vector<std::function<void()>> refreshHooks_;
+    bool reading_ = false;
+    bool leftoversScheduled_ = false;
+};
+
+}  // namespace halvex

@@ -1,0 +1,14 @@
+#include "protocol/serial_port.h"
+
+#include <algorithm>
+
+namespace halvex {
+
+int SerialPort::characterTimeMs(int characters, int floorMs) const {
+    const qint32 baud = std::max<qint32>(baudRate(), 300);
+    // Ten bits a character: start, eight data, stop.
+    const int ms = static_cast<int>((characters * 10 * 1000LL + baud - 1) / baud);
+    return std::max(ms, floorMs);
+}
+
+}  // namespace halvex

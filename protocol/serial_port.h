@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+#include "protocol/frame.h"
+
+namespace halvex {
+
+// What the link needs of a serial port, and nothing more. Always 8 data bits,
+// no parity, one stop bit.
+class SerialPort : public QObject {
+    Q_OBJECT
+  public:
+    using QObject::QObject;
+
+    virtual bool open(const QString& device, qint32 baudRate) = 0;
+    virtual void close() = 0;
+    virtual bool isOpen() const = 0;
+    virtual qint32 baudRate() const = 0;
+
+    virtual void writeByte(Byte value) = 0;
+    virtual int bytesWaiting() = 0;
+    virtual Byte readByte() = 0;
+    virtual void discardInput() = 0;
+
+    // Waits a short, bounded time for more bytes (a frame still arriving at
+    // line speed). Returns true when bytes are waiting afterwards.
+    virtual bool waitForBytes(int msecs) = 0;
+
+    // Time for `characters` characters at the current speed, at least `floorMs`.
+    int characterTimeMs(int characters, int floorMs) const;
+
+  signals:
+    // Raised when bytes have arrived; raised again while bytes remain.
+    void dataArrived();
+};
+
+}  // namespace halvex

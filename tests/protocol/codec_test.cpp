@@ -1,0 +1,100 @@
+#include <gtest/gtest.h>
+
+#include "protocol/frame.h"
+
+using namespace halvex;
+
+TEST(Stuffing, EscapesExactlyTheFiveFramingValues) {
+    for (int v = 0; v < 256; ++v) {
+        const auto value = static_cast<Byte>(v);
+        std::vector<Byte> wire;
+        appendStuffed(wire, value);
+        const bool special = v == 0x02 || v == 0x03 || v == 0x06 || v == 0x15 || v == 0x1B;
+        if (special) {
+            ASSERT_EQ(wire, (std::vector<Byte>{0x1B, static_cast<Byte>(v | 0x80)})) << v;
+        } else {
+            ASSERT_EQ(wire, std::vector<Byte>{value}) << v;
+        }
+    }
+}
+
+TEST(Stuffing, FrameWithStxInPayloadCarriesEscapeAndLrcOverRawValue) {
+    // Code 0x33 with a payload byte 0x02, unit 1: LRC = 1 ^ 0x33 ^ 0x02 = 0x30.
+    const auto wire = encodeFrame(kStx, 1, {0x33, 0x02}, 1);
+    EXPECT_EQ(wire, (std::vector<Byte>{0x02, 0x01, 0x33, 0x1B, 0x82, 0x30, 0x03}));
+}
+
+TEST(Lrc, CalcCoversSeedAndMessageButCheckUsesConfiguredUnitId) {
+    ByteTable tx;
+    tx[0] = 0x9A;
+    EXPECT_EQ(Calc_LRC(tx, 1, 1), 0x9B);
+    EXPECT_EQ(Calc_LRC(tx, 1, 0), 0x9A);
+
+    ByteTable rx;
+    rx[0] = 0x31;
+    rx[1] = 0x10;
+    rx[2] = static_cast<Byte>(5 ^ 0x31 ^ 0x10);  // made by unit 5
+    EXPECT_TRUE(Check_LRC(rx, 2, 5));
+    // The same reply checked by a console configured for unit 1 is rejected,
+    // whatever address byte came with it.
+    EXPECT_FALSE(Check_LRC(rx, 2, 1));
+}
+
+TEST(Build16, FoldsStrictlyAboveHalfRangeAndFaultsOnExactly32768) {
+    EXPECT_EQ(Build16(0x80, 0x01), -32767);
+    EXPECT_EQ(Build16(0xFF, 0xFF), -1);
+    EXPECT_EQ(Build16(0x7F, 0xFF), 32767);
+    EXPECT_EQ(Build16(0x00, 0x00), 0);
+    EXPECT_THROW(Build16(0x80, 0x00), RangeFault);
+}
+
+TEST(Split16, MatchesTwosComplementAndRoundTripsThroughBuild16) {
+    for (int v = -32767; v <= 32767; v += 97) {
+        Byte hi = 0, lo = 0;
+        Split16(v, hi, lo);
+        ASSERT_EQ(hi, static_cast<Byte>((v >> 8) & 0xFF)) << v;
+        ASSERT_EQ(lo, static_cast<Byte>(v & 0xFF)) << v;
+        ASSERT_EQ(Build16(hi, lo), v);
+    }
+    Byte hi = 0, lo = 0;
+    EXPECT_THROW(Split16(-32768, hi, lo), RangeFault);
+    EXPECT_THROW(Split16(40000, hi, lo), RangeFault);
+}
+
+TEST(Split24, ConsumesItsArgumentAndRoundTripsNegativeValues) {
+    std::int32_t value = -2;
+    Byte b2 = 0, b1 = 0, b0 = 0;
+    Split24(value, b2, b1, b0);
+    EXPECT_EQ(b2, 0xFF);
+    EXPECT_EQ(b1, 0xFF);
+    EXPECT_EQ(b0, 0xFE);
+    EXPECT_EQ(value, -1);  // what is left of the caller's variable
+    EXPECT_EQ(Build24(0xFF, 0xFF, 0xFE), -2);
+
+    for (std::int32_t v : {0, 1, -1, 18000, -18000, 9000, 99999, -8388608, 8388607}) {
+        std::int32_t copy = v;
+        Split24(copy, b2, b1, b0);
+        EXPECT_EQ(Build24(b2, b1, b0), v);
+        EXPECT_EQ(copy, v >> 16) << v;
+    }
+}
+
+TEST(Bits, SetClearTestAndRefuseBitNumbersAboveSeven) {
+    EXPECT_EQ(SetBit(0x00, 7), 0x80);
+    EXPECT_EQ(ClearBit(0xFF, 0), 0xFE);
+    EXPECT_TRUE(BitIsSet(0x20, 5));
+    EXPECT_FALSE(BitIsSet(0x20, 4));
+    EXPECT_THROW(SetBit(0, 8), RangeFault);
+    EXPECT_THROW(ClearBit(0, 8), RangeFault);
+    EXPECT_THROW(BitIsSet(0, 9), RangeFault);
+}
+
+TEST(ByteTable, LastLegalIndexIsOneThousand) {
+    ByteTable table;
+    table[1000] = 7;
+    EXPECT_EQ(table[1000], 7);
+    EXPECT_THROW(table[1001] = 1, RangeFault);
+    EXPECT_THROW((void)table[-1], RangeFault);
+    EXPECT_THROW(checkedByte(256), RangeFault);
+    EXPECT_EQ(checkedByte(255), 255);
+}

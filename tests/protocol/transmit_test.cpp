@@ -1,0 +1,127 @@
+#include <gtest/gtest.h>
+
+#include "tests/support/link_rig.h"
+
+using namespace halvex;
+using namespace halvex::testing;
+
+TEST(SendFrame, WritesStuffedFrameWithLrcAndEchoesIt) {
+    LinkRig rig;
+    rig.state.UnitId = 1;
+    rig.send({0x9A});
+    ASSERT_EQ(rig.unit.frames().size(), 1u);
+    EXPECT_EQ(rig.unit.wire(), (std::vector<Byte>{0x02, 0x01, 0x9A, 0x9B, 0x03}));
+    EXPECT_EQ(rig.lastSent, QStringLiteral("02 01 9A 9B 03"));
+
+    rig.unit.clear();
+    // A code byte 0x02 and a payload byte 0x1B both travel escaped; the LRC
+    // is over the raw values (1 ^ 0x02 ^ 0x1B = 0x18).
+    rig.send({0x02, 0x1B});
+    EXPECT_EQ(rig.unit.wire(), (std::vector<Byte>{0x02, 0x01, 0x1B, 0x82, 0x1B, 0x9B, 0x18, 0x03}));
+    EXPECT_EQ(rig.lastSent, QStringLiteral("02 01 1B 02 1B 1B 18 03"));
+}
+
+TEST(SendFrame, AddressOverrideServesOneFrameAndCaptureShowsUnitId) {
+    LinkRig rig;
+    rig.state.UnitId = 5;
+    rig.state.AddressOverride = kBroadcast;
+    rig.send({0x9F, 0x80});
+    rig.send({0x9F, 0x80});
+    ASSERT_EQ(rig.unit.frames().size(), 2u);
+    // Broadcast: address 0 and an LRC seeded with 0.
+    EXPECT_EQ(rig.unit.frames()[0].wire, (std::vector<Byte>{0x02, 0x00, 0x9F, 0x80, 0x1F, 0x03}));
+    // Back to the configured unit.
+    EXPECT_EQ(rig.unit.frames()[1].wire, (std::vector<Byte>{0x02, 0x05, 0x9F, 0x80, 0x1A, 0x03}));
+    EXPECT_EQ(rig.lastSent, QStringLiteral("02 05 9F 80 1A 03"));
+    EXPECT_EQ(rig.state.AddressOverride, kNoOverride);
+}
+
+TEST(SendFrame, EscapedAddressIsSentEscapedButCapturedPlain) {
+    LinkRig rig;
+    rig.state.UnitId = 3;
+    rig.send({0x31});
+    EXPECT_EQ(rig.unit.wire(), (std::vector<Byte>{0x02, 0x1B, 0x83, 0x31, 0x32, 0x03}));
+    EXPECT_EQ(rig.lastSent, QStringLiteral("02 1B 03 31 32 03"));
+}
+
+TEST(SendFrame, CommandsGoOutOnePerTickAndJogFlagsRequestsAreOneShot) {
+    LinkRig rig;
+    QElapsedTimer clock;
+    clock.start();
+    std::vector<qint64> sentAt;
+    QObject::connect(&rig.link, &Link::frameSent, [&] { sentAt.push_back(clock.elapsed()); });
+    rig.state.JogFlags = 0xC3;  // direction bits and both requests
+    rig.send({0x33, 1, 2, 3, 4, 5, 6});
+    EXPECT_EQ(rig.state.JogFlags, 0xC0);
+    rig.send({0x34, 1, 2, 3, 4, 5, 6});
+    ASSERT_EQ(rig.unit.frames().size(), 2u);
+    ASSERT_EQ(sentAt.size(), 2u);
+    // Timers may fire a little early or late; one tick apart is what counts.
+    EXPECT_GE(sentAt[1] - sentAt[0], 70);
+    EXPECT_LE(sentAt[1] - sentAt[0], 250);
+    EXPECT_FALSE(rig.state.SendInProgress);
+}
+
+TEST(Timer2, IdleTickRunsTheJogSenderAndBusyTickReleasesTheWaitingFrame) {
+    LinkRig rig;
+    int jogs = 0;
+    rig.link.setJogSender([&] { ++jogs; });
+    ASSERT_TRUE(waitFor([&] { return jogs >= 2; }));
+    const int before = jogs;
+    rig.send({0x9A});
+    // The tick that carried the command did not also run the jog sender.
+    EXPECT_LE(jogs - before, 1);
+    EXPECT_EQ(rig.unit.frames().size(), 1u);
+}
+
+TEST(Watchdog, SilenceAfterAFrameLightsTheFaultAfterAQuarterSecond) {
+    LinkRig rig;
+    rig.state.setLamp(LinkLamp::Good);
+    QElapsedTimer clock;
+    rig.send({0x9A});
+    clock.start();
+    EXPECT_FALSE(rig.state.LinkFault);
+    ASSERT_TRUE(waitFor([&] { return static_cast<bool>(rig.state.LinkFault); }));
+    EXPECT_GE(clock.elapsed(), 200);
+    EXPECT_EQ(rig.state.lamp(), LinkLamp::Fault);
+    EXPECT_FALSE(rig.link.Timer4().isActive());
+}
+
+TEST(Watchdog, ReplyInTimeKeepsTheLinkGood) {
+    LinkRig rig;
+    rig.unit.answerEverything({0x01});
+    rig.send({0x9A});
+    ASSERT_TRUE(waitFor([&] { return rig.state.lamp() == LinkLamp::Good; }));
+    QTest::qWait(400);
+    EXPECT_FALSE(rig.state.LinkFault);
+    EXPECT_EQ(rig.state.lamp(), LinkLamp::Good);
+}
+
+TEST(RangeFault, StopsTheHandlerSendsNothingAndPutsTheFlagBack) {
+    LinkRig rig;
+    QString shown;
+    QObject::connect(&rig.state, &FormState::faultReported,
+                     [&](const QString& message) { shown = message; });
+    guarded(rig.state, "AbsoBut_Click", [&] {
+        SendInProgressScope sending(rig.state);
+        rig.state.TxBuffer[0] = 0x33;
+        rig.state.TxBuffer[1] = checkedByte(300);  // overflows a byte
+        rig.link.SendFrame(7);
+    });
+    EXPECT_EQ(shown, QStringLiteral("Run-time error 6: Overflow in AbsoBut_Click"));
+    EXPECT_FALSE(rig.state.SendInProgress);
+
+    guarded(rig.state, "PresetList_Click", [&] {
+        SendInProgressScope sending(rig.state);
+        rig.state.TxBuffer[1001] = 1;
+    });
+    EXPECT_EQ(shown,
+              QStringLiteral("Run-time error 9: Subscript out of range in PresetList_Click"));
+    EXPECT_FALSE(rig.state.SendInProgress);
+
+    QTest::qWait(250);
+    EXPECT_TRUE(rig.unit.frames().empty());
+    // The link still works afterwards.
+    rig.send({0x9A});
+    EXPECT_EQ(rig.unit.frames().size(), 1u);
+}

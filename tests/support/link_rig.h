@@ -1,0 +1,54 @@
+#pragma once
+
+#include <QTest>
+#include <memory>
+
+#include "protocol/fault_guard.h"
+#include "protocol/form_state.h"
+#include "protocol/in_process_port.h"
+#include "protocol/link.h"
+#include "protocol/receiver.h"
+#include "tests/support/scripted_unit.h"
+
+namespace halvex::testing {
+
+// The link on its own: form state, transmit and receive paths, and a
+// scripted unit at the far end of the in-process port.
+struct LinkRig {
+    FormState state;
+    ScriptedUnit unit;
+    InProcessPort port{&unit};
+    Link link{state};
+    Receiver receiver{state, link};
+    QString lastSent;
+    QString lastReceived;
+
+    explicit LinkRig(bool startTicking = true) {
+        link.setPort(&port);
+        receiver.attachPort(&port);
+        port.open(QStringLiteral("COM1"), 9600);
+        QObject::connect(&link, &Link::frameSent, [this](const QString& s) { lastSent = s; });
+        QObject::connect(&receiver, &Receiver::frameReceived,
+                         [this](const QString& s) { lastReceived = s; });
+        if (startTicking) {
+            link.Timer2().start();
+        }
+    }
+
+    // The sender convention: flag up, fill, send, flag down.
+    void send(const std::vector<Byte>& message) {
+        guarded(state, "test sender", [&] {
+            SendInProgressScope sending(state);
+            for (std::size_t i = 0; i < message.size(); ++i) {
+                state.TxBuffer[static_cast<int>(i)] = message[i];
+            }
+            link.SendFrame(static_cast<int>(message.size()));
+        });
+    }
+};
+
+inline bool waitFor(const std::function<bool()>& done, int timeoutMs = 2000) {
+    return QTest::qWaitFor(done, timeoutMs);
+}
+
+}  // namespace halvex::testing
