@@ -1,0 +1,59 @@
+#pragma once
+
+// Maps each command code to its handler and the payload it needs. Handlers
+// live with their command group and are added by that group.
+
+#include <array>
+#include <cstddef>
+#include <optional>
+
+#include "sim/message.h"
+#include "sim/unit_state.h"
+
+namespace halvex::sim {
+
+// What a handler asks the unit to send.
+struct Response {
+    enum class Kind { Answer, Nothing, Refuse };
+
+    static Response answer(Reply reply) { return {Kind::Answer, std::move(reply)}; }
+    static Response nothing() { return {Kind::Nothing, std::nullopt}; }
+    // Not carried out: the unit sends a NAK.
+    static Response refuse() { return {Kind::Refuse, std::nullopt}; }
+
+    Kind kind;
+    std::optional<Reply> reply;
+};
+
+using Handler = Response (*)(UnitState& state, const Command& command);
+
+struct CommandSpec {
+    Handler handler = nullptr;
+    std::size_t minPayload = 0;
+};
+
+class CommandTable {
+  public:
+    void add(Byte code, std::size_t minPayload, Handler handler) {
+        specs_[code] = CommandSpec{handler, minPayload};
+    }
+    const CommandSpec* find(Byte code) const {
+        return specs_[code].handler != nullptr ? &specs_[code] : nullptr;
+    }
+
+    // The table of every command the unit knows.
+    static const CommandTable& standard();
+
+  private:
+    std::array<CommandSpec, 256> specs_{};
+};
+
+void addMotionCommands(CommandTable& table);
+void addPresetCommands(CommandTable& table);
+void addTourCommands(CommandTable& table);
+void addCameraCommands(CommandTable& table);
+void addVideoCommands(CommandTable& table);
+void addAlignmentCommands(CommandTable& table);
+void addSetupCommands(CommandTable& table);
+
+}  // namespace halvex::sim
