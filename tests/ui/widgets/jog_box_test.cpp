@@ -1,0 +1,105 @@
+#include "ui/widgets/jog_box.h"
+
+#include <gtest/gtest.h>
+
+#include <QTest>
+#include <cmath>
+
+#include "tests/ui/widgets/pointer_spy.h"
+
+namespace halvex {
+namespace {
+
+// A 513 pixel square maps one pixel to one unit, so positions read directly.
+class JogBoxMouse : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        box.resize(513, 513);
+        box.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&box));
+    }
+
+    QPointF pressAt(QPoint pixel, Qt::MouseButton button = Qt::LeftButton) {
+        const std::size_t before = spy.reports.size();
+        clickAt(box, pixel, button);
+        EXPECT_EQ(spy.reports.size(), before + 2);
+        return spy.reports.at(before).units;
+    }
+
+    JogBox box;
+    PointerSpy spy{box};
+};
+
+TEST_F(JogBoxMouse, CornersAndCentreMapOntoTheUnitBox) {
+    EXPECT_EQ(pressAt({0, 0}), QPointF(0, 0));
+    EXPECT_EQ(pressAt({512, 0}), QPointF(512, 0));
+    EXPECT_EQ(pressAt({0, 512}), QPointF(0, 512)) << "y grows downwards";
+    EXPECT_EQ(pressAt({512, 512}), QPointF(512, 512));
+    EXPECT_EQ(pressAt({255, 255}), QPointF(JogBox::kUnitCentre, JogBox::kUnitCentre));
+    EXPECT_EQ(pressAt({100, 400}), QPointF(100, 400));
+}
+
+TEST_F(JogBoxMouse, DragReportsButtonsAndLeavesPositionsUnclamped) {
+    QTest::mousePress(&box, Qt::LeftButton, Qt::NoModifier, {300, 200});
+    EXPECT_TRUE(box.pointerHeld());
+    QTest::mouseMove(&box, {400, 100});
+    QTest::mouseMove(&box, {-20, 600});  // dragged out past the lower left corner
+    EXPECT_FALSE(box.grab().isNull());   // marker drawn at the edge, not off the widget
+    QTest::mouseRelease(&box, Qt::LeftButton, Qt::NoModifier, {-20, 600});
+    EXPECT_FALSE(box.pointerHeld());
+
+    ASSERT_EQ(spy.reports.size(), 4u);
+    const PointerReport& press = spy.reports[0];
+    EXPECT_EQ(press.kind, PointerReport::Press);
+    EXPECT_EQ(press.button, Qt::LeftButton);
+    EXPECT_EQ(press.buttons, Qt::MouseButtons(Qt::LeftButton));
+    EXPECT_EQ(press.units, QPointF(300, 200));
+
+    const PointerReport& move = spy.reports[1];
+    EXPECT_EQ(move.kind, PointerReport::Move);
+    EXPECT_EQ(move.buttons, Qt::MouseButtons(Qt::LeftButton));
+    EXPECT_EQ(move.units, QPointF(400, 100));
+
+    EXPECT_EQ(spy.reports[2].units, QPointF(-20, 600)) << "outside stays outside";
+
+    const PointerReport& release = spy.reports[3];
+    EXPECT_EQ(release.kind, PointerReport::Release);
+    EXPECT_EQ(release.button, Qt::LeftButton);
+    EXPECT_EQ(release.buttons, Qt::MouseButtons(Qt::NoButton));
+}
+
+TEST_F(JogBoxMouse, ReportsWhichButtonWasPressed) {
+    pressAt({10, 10}, Qt::RightButton);
+    pressAt({10, 10}, Qt::MiddleButton);
+    ASSERT_EQ(spy.reports.size(), 4u);
+    EXPECT_EQ(spy.reports[0].button, Qt::RightButton);
+    EXPECT_EQ(spy.reports[1].button, Qt::RightButton);
+    EXPECT_EQ(spy.reports[2].button, Qt::MiddleButton);
+}
+
+TEST(JogBox, TargetIsTheCentredSquareOfAnOblongWidget) {
+    JogBox box;
+    box.resize(301, 201);  // 200 pixel spans, 50 pixels to spare each side
+    const QRectF pad = box.padRect();
+    EXPECT_EQ(pad, QRectF(50, 0, 200, 200));
+    EXPECT_EQ(box.toUnits({50, 0}), QPointF(0, 0));
+    EXPECT_EQ(box.toUnits({250, 200}), QPointF(512, 512));
+    EXPECT_EQ(box.toUnits({150, 100}), QPointF(256, 256));
+    EXPECT_LT(box.toUnits({49, 100}).x(), 0.0);
+    const QPointF centre = box.toWidget({JogBox::kUnitCentre, JogBox::kUnitCentre});
+    EXPECT_DOUBLE_EQ(box.toUnits(centre).x(), JogBox::kUnitCentre);
+    EXPECT_EQ(box.heightForWidth(240), 240);
+}
+
+TEST(JogBox, SurvivesTinyAndLargeSizes) {
+    JogBox box;
+    for (QSize size : {QSize(0, 0), QSize(1, 1), QSize(2, 50), QSize(1200, 1200)}) {
+        box.resize(size);
+        box.grab();
+        const QPointF units = box.toUnits({0.5, 0.5});
+        EXPECT_TRUE(std::isfinite(units.x()) && std::isfinite(units.y()));
+    }
+}
+
+}  // namespace
+}  // namespace halvex
