@@ -25,6 +25,7 @@ const QColor kNeedle(0xff, 0x6b, 0x3d);
 const std::array<QColor, PanGauge::kRangeMarkPairs> kRangeColours = {QColor(0x3e, 0xcf, 0x8e),
                                                                      QColor(0xff, 0xb3, 0x47)};
 constexpr int kWantedMajorTicks = 8;
+constexpr double kLabelledFace = 70.0;  // smaller dials are too cramped for text
 
 QPointF polar(const QPointF& centre, double radius, double degrees) {
     const double radians = degrees * std::numbers::pi / 180.0;
@@ -75,10 +76,10 @@ void PanGauge::paintEvent(QPaintEvent*) {
     painter.setBrush(faceShade);
     painter.drawEllipse(centre, face, face);
 
-    const double scaleRadius = face * 0.86;
+    const double scaleRadius = face * 0.8;
     painter.setBrush(Qt::NoBrush);
 
-    // Range marks as bands just inside the scale, limited to it.
+    // Range marks as bands just outside the scale, limited to it.
     const double low = std::min(minimum_, maximum_);
     const double high = std::max(minimum_, maximum_);
     for (int pair = 0; pair < kRangeMarkPairs; ++pair) {
@@ -88,8 +89,8 @@ void PanGauge::paintEvent(QPaintEvent*) {
         }
         QColor band = kRangeColours[static_cast<std::size_t>(pair)];
         band.setAlpha(170);
-        painter.setPen(QPen(band, std::max(2.0, face * 0.05), Qt::SolidLine, Qt::FlatCap));
-        const double bandRadius = scaleRadius - face * (0.06 + 0.07 * pair);
+        painter.setPen(QPen(band, std::max(1.5, face * 0.045), Qt::SolidLine, Qt::FlatCap));
+        const double bandRadius = scaleRadius + face * (0.06 + 0.06 * pair);
         drawArcBetween(painter, centre, bandRadius, angleFor(std::clamp(marks.first, low, high)),
                        angleFor(std::clamp(marks.second, low, high)));
     }
@@ -102,27 +103,35 @@ void PanGauge::paintEvent(QPaintEvent*) {
     for (double tick : ticks.minor) {
         const double angle = angleFor(tick);
         painter.drawLine(polar(centre, scaleRadius, angle),
-                         polar(centre, scaleRadius - face * 0.06, angle));
+                         polar(centre, scaleRadius - face * 0.05, angle));
     }
     painter.setPen(QPen(kMajorTick, std::max(1.2, face * 0.022), Qt::SolidLine, Qt::RoundCap));
     for (double tick : ticks.major) {
         const double angle = angleFor(tick);
-        painter.drawLine(polar(centre, scaleRadius + face * 0.02, angle),
-                         polar(centre, scaleRadius - face * 0.12, angle));
+        painter.drawLine(polar(centre, scaleRadius, angle),
+                         polar(centre, scaleRadius - face * 0.1, angle));
     }
 
     // Labels only where there is room to read them.
-    if (face >= 45.0) {
+    if (face >= kLabelledFace) {
         QFont font = painter.font();
-        font.setPixelSize(std::max(8, static_cast<int>(face * 0.12)));
+        font.setPixelSize(static_cast<int>(face * 0.11));
         painter.setFont(font);
         painter.setPen(kMajorTick);
-        const double labelRadius = scaleRadius - face * 0.25;
+        const double labelRadius = scaleRadius - face * 0.27;
         for (double tick : ticks.major) {
             const QPointF at = polar(centre, labelRadius, angleFor(tick));
             const QRectF box(at.x() - face * 0.3, at.y() - face * 0.1, face * 0.6, face * 0.2);
             painter.drawText(box, Qt::AlignCenter, tickLabel(tick, ticks.step));
         }
+        // The number itself in the gap at the bottom, as set: it tells how far
+        // past the end of the scale a pinned needle really is.
+        font.setPixelSize(static_cast<int>(face * 0.14));
+        font.setBold(true);
+        painter.setFont(font);
+        painter.setPen(kNeedle);
+        const QRectF readout(centre.x() - face * 0.5, centre.y() + face * 0.45, face, face * 0.2);
+        painter.drawText(readout, Qt::AlignCenter, QString::number(value_, 'f', 2));
     }
 
     // Needle: a slim tapered blade from a short tail to just inside the scale.
