@@ -68,6 +68,24 @@ TEST_F(JogBoxMouse, DragReportsButtonsAndLeavesPositionsUnclamped) {
     EXPECT_EQ(release.buttons, Qt::MouseButtons(Qt::NoButton));
 }
 
+// The held-pointer marker is drawn in amber; nothing else on the target is.
+bool markerAt(JogBox& box, QPoint pixel) {
+    const QColor colour = box.grab().toImage().pixelColor(pixel);
+    return colour.red() > 200 && colour.green() > 140 && colour.green() < 210 &&
+           colour.blue() < 120;
+}
+
+TEST_F(JogBoxMouse, MarkerFollowsTheHeldPointerAndStopsAtTheEdge) {
+    EXPECT_FALSE(markerAt(box, {400, 100}));
+    QTest::mousePress(&box, Qt::LeftButton, Qt::NoModifier, {400, 100});
+    EXPECT_TRUE(markerAt(box, {400, 100}));
+    QTest::mouseMove(&box, {120, 700});  // below the box: the marker waits on the bottom edge
+    EXPECT_FALSE(markerAt(box, {400, 100}));
+    EXPECT_TRUE(markerAt(box, {120, 508}));
+    QTest::mouseRelease(&box, Qt::LeftButton, Qt::NoModifier, {120, 700});
+    EXPECT_FALSE(markerAt(box, {120, 508}));
+}
+
 TEST_F(JogBoxMouse, ReportsWhichButtonWasPressed) {
     pressAt({10, 10}, Qt::RightButton);
     pressAt({10, 10}, Qt::MiddleButton);
