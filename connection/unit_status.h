@@ -1,0 +1,35 @@
+#pragma once
+
+#include <array>
+
+#include "protocol/frame.h"
+
+namespace halvex {
+
+// What the unit last said about itself, as the position report and the
+// soft-limit reply leave it. Read by presets, tours, alignment and the step
+// buttons.
+struct UnitStatus {
+    float CurrentPan = 0.0f;
+    float CurrentTilt = 0.0f;
+    float TargetPan = 0.0f;
+    float TargetTilt = 0.0f;
+
+    // [0] byte 7, [1] byte 8, [2] byte 9, [3] byte 7 AND 3 (the controller type).
+    std::array<Byte, 4> StatusBytes{};
+    Byte UnitVariant() const { return StatusBytes[3]; }
+
+    bool LimitFault = false;
+    bool PanContinuous = false;
+
+    float PanMaxLimit = 0.0f;
+    float PanMinLimit = 0.0f;
+    float TiltMaxLimit = 0.0f;
+    float TiltMinLimit = 0.0f;
+
+    // Set after an alignment: the next position report also becomes the
+    // operator's desired position.
+    bool SyncDesiredPending = false;
+};
+
+}  // namespace halvex
