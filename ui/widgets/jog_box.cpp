@@ -30,7 +30,8 @@ void drawArrowHead(QPainter& painter, const QPointF& tip, const QPointF& directi
 
 }  // namespace
 
-JogBox::JogBox(QWidget* parent) : PointerPad(kUnitSpan, kUnitSpan, parent) {
+JogBox::JogBox(QWidget* parent)
+    : PointerPad(kUnitSpan, kUnitSpan, {kUnitCentre, kUnitCentre}, parent) {
     QSizePolicy policy(QSizePolicy::Preferred, QSizePolicy::Preferred);
     policy.setHeightForWidth(true);
     setSizePolicy(policy);
@@ -50,7 +51,8 @@ void JogBox::paintEvent(QPaintEvent*) {
     if (area.width() < 4.0) {
         return;  // too small to draw anything recognisable
     }
-    const QPointF centre = toWidget({kUnitCentre, kUnitCentre});
+    // Half a pixel on, so that one-pixel lines through the centre stay crisp.
+    const QPointF centre = restPixel() + QPointF(0.5, 0.5);
     drawTarget(painter, area, centre);
     if (pointerHeld()) {
         drawMarker(painter, centre);

@@ -25,7 +25,8 @@ void drawSign(QPainter& painter, const QPointF& centre, double size, bool plus) 
 
 }  // namespace
 
-LensJogBox::LensJogBox(QWidget* parent) : PointerPad(kUnitWidth, kUnitHeight, parent) {
+LensJogBox::LensJogBox(QWidget* parent)
+    : PointerPad(kUnitWidth, kUnitHeight, {kUnitWidth / 2.0, kUnitCentreY}, parent) {
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
 }
 
@@ -37,7 +38,7 @@ void LensJogBox::paintEvent(QPaintEvent*) {
         return;  // too small to draw anything recognisable
     }
     const double radius = std::min(area.width() * 0.25, 6.0);
-    const double middleY = toWidget({0.0, kUnitCentreY}).y();
+    const double middleY = restPixel().y() + 0.5;  // on a pixel centre, so the line is crisp
 
     QLinearGradient track(area.topLeft(), area.topRight());
     track.setColorAt(0.0, kTrackBottom);

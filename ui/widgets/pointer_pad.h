@@ -13,6 +13,11 @@ namespace halvex {
 // y growing downwards. The first and last pixel of each axis map exactly to
 // the two ends, so both ends can be reached with the mouse.
 //
+// Each axis also has a rest position (the centre of a jog target, where the
+// motor stands still). The middle pixel of the pad maps exactly onto it and
+// the scale is linear on either side, so at any size there is a pixel row
+// and column on which the pointer reads the rest position to the unit.
+//
 // Positions are reported as they are, not clamped: a pointer dragged out of
 // the area while a button is held reports coordinates below 0 or above the
 // span, which lets the listener tell "left the area" from "at the edge".
@@ -20,12 +25,14 @@ class PointerPad : public QWidget {
     Q_OBJECT
     Q_PROPERTY(double unitWidth READ unitWidth CONSTANT)
     Q_PROPERTY(double unitHeight READ unitHeight CONSTANT)
+    Q_PROPERTY(QPointF restUnits READ restUnits CONSTANT)
     Q_PROPERTY(bool pointerHeld READ pointerHeld)
     Q_PROPERTY(QPointF pointerUnits READ pointerUnits)
 
   public:
     double unitWidth() const { return unitWidth_; }
     double unitHeight() const { return unitHeight_; }
+    QPointF restUnits() const { return restUnits_; }
 
     // True while at least one mouse button is held over the pad.
     bool pointerHeld() const { return held_ != Qt::NoButton; }
@@ -34,6 +41,9 @@ class PointerPad : public QWidget {
 
     // The pixel area the units span: left/top are the first pixel, right/bottom the last.
     virtual QRectF padRect() const;
+
+    // The pixel the rest position maps to: the middle of padRect(), on a whole pixel.
+    QPointF restPixel() const;
 
     QPointF toUnits(const QPointF& widgetPos) const;
     QPointF toWidget(const QPointF& units) const;
@@ -47,7 +57,8 @@ class PointerPad : public QWidget {
                        double unitY);
 
   protected:
-    PointerPad(double unitWidth, double unitHeight, QWidget* parent);
+    // restUnits must lie strictly inside the unit box on both axes.
+    PointerPad(double unitWidth, double unitHeight, QPointF restUnits, QWidget* parent);
 
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -61,6 +72,7 @@ class PointerPad : public QWidget {
 
     double unitWidth_;
     double unitHeight_;
+    QPointF restUnits_;
     Qt::MouseButtons held_ = Qt::NoButton;
     QPointF pointerUnits_;
 };

@@ -10,7 +10,8 @@
 namespace halvex {
 namespace {
 
-// A 513 pixel square maps one pixel to one unit, so positions read directly.
+// A 513 pixel square: pixel 256 is the middle, 256 pixels on each side of
+// it cover 255 units above the centre and 257 below.
 class JogBoxMouse : public ::testing::Test {
   protected:
     void SetUp() override {
@@ -35,14 +36,16 @@ TEST_F(JogBoxMouse, CornersAndCentreMapOntoTheUnitBox) {
     EXPECT_EQ(pressAt({512, 0}), QPointF(512, 0));
     EXPECT_EQ(pressAt({0, 512}), QPointF(0, 512)) << "y grows downwards";
     EXPECT_EQ(pressAt({512, 512}), QPointF(512, 512));
-    EXPECT_EQ(pressAt({255, 255}), QPointF(JogBox::kUnitCentre, JogBox::kUnitCentre));
-    EXPECT_EQ(pressAt({100, 400}), QPointF(100, 400));
+    EXPECT_EQ(pressAt({256, 256}), QPointF(JogBox::kUnitCentre, JogBox::kUnitCentre));
+    // Halfway between the edges and the middle, on each side of it.
+    EXPECT_EQ(pressAt({128, 384}), QPointF(255.0 / 2, 255.0 + 257.0 / 2));
+    EXPECT_EQ(pressAt({384, 128}), QPointF(255.0 + 257.0 / 2, 255.0 / 2));
 }
 
 TEST_F(JogBoxMouse, DragReportsButtonsAndLeavesPositionsUnclamped) {
-    QTest::mousePress(&box, Qt::LeftButton, Qt::NoModifier, {300, 200});
+    QTest::mousePress(&box, Qt::LeftButton, Qt::NoModifier, {384, 256});
     EXPECT_TRUE(box.pointerHeld());
-    QTest::mouseMove(&box, {400, 100});
+    QTest::mouseMove(&box, {256, 128});
     QTest::mouseMove(&box, {-20, 600});  // dragged out past the lower left corner
     EXPECT_FALSE(box.grab().isNull());   // marker drawn at the edge, not off the widget
     QTest::mouseRelease(&box, Qt::LeftButton, Qt::NoModifier, {-20, 600});
@@ -53,14 +56,16 @@ TEST_F(JogBoxMouse, DragReportsButtonsAndLeavesPositionsUnclamped) {
     EXPECT_EQ(press.kind, PointerReport::Press);
     EXPECT_EQ(press.button, Qt::LeftButton);
     EXPECT_EQ(press.buttons, Qt::MouseButtons(Qt::LeftButton));
-    EXPECT_EQ(press.units, QPointF(300, 200));
+    EXPECT_EQ(press.units, QPointF(255.0 + 257.0 / 2, JogBox::kUnitCentre));
 
     const PointerReport& move = spy.reports[1];
     EXPECT_EQ(move.kind, PointerReport::Move);
     EXPECT_EQ(move.buttons, Qt::MouseButtons(Qt::LeftButton));
-    EXPECT_EQ(move.units, QPointF(400, 100));
+    EXPECT_EQ(move.units, QPointF(JogBox::kUnitCentre, 255.0 / 2));
 
-    EXPECT_EQ(spy.reports[2].units, QPointF(-20, 600)) << "outside stays outside";
+    // Outside stays outside.
+    EXPECT_LT(spy.reports[2].units.x(), 0.0);
+    EXPECT_GT(spy.reports[2].units.y(), JogBox::kUnitSpan);
 
     const PointerReport& release = spy.reports[3];
     EXPECT_EQ(release.kind, PointerReport::Release);
@@ -102,10 +107,13 @@ TEST(JogBox, TargetIsTheCentredSquareOfAnOblongWidget) {
     EXPECT_EQ(pad, QRectF(50, 0, 200, 200));
     EXPECT_EQ(box.toUnits({50, 0}), QPointF(0, 0));
     EXPECT_EQ(box.toUnits({250, 200}), QPointF(512, 512));
-    EXPECT_EQ(box.toUnits({150, 100}), QPointF(256, 256));
+    EXPECT_EQ(box.toUnits({150, 100}), QPointF(JogBox::kUnitCentre, JogBox::kUnitCentre));
     EXPECT_LT(box.toUnits({49, 100}).x(), 0.0);
-    const QPointF centre = box.toWidget({JogBox::kUnitCentre, JogBox::kUnitCentre});
-    EXPECT_DOUBLE_EQ(box.toUnits(centre).x(), JogBox::kUnitCentre);
+    for (QPointF units : {QPointF(0, 512), QPointF(100, 300), QPointF(511.5, 254.5)}) {
+        const QPointF back = box.toUnits(box.toWidget(units));
+        EXPECT_NEAR(back.x(), units.x(), 1e-9);
+        EXPECT_NEAR(back.y(), units.y(), 1e-9);
+    }
     EXPECT_EQ(box.heightForWidth(240), 240);
 }
 
