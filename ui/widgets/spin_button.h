@@ -10,17 +10,17 @@ namespace halvex {
 // named "up" and "down".
 class SpinButton : public QWidget {
     Q_OBJECT
-public:
+  public:
     explicit SpinButton(QWidget* parent = nullptr);
 
     QToolButton* upButton() const { return up_; }
     QToolButton* downButton() const { return down_; }
 
-signals:
+  signals:
     void SpinUp();
     void SpinDown();
 
-private:
+  private:
     QToolButton* up_;
     QToolButton* down_;
 };
