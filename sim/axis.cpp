@@ -17,7 +17,7 @@ int Axis::direction() const {
     if (velocity_ != 0.0) {
         return signOf(velocity_);
     }
-    return mode_ == Mode::Move ? signOf(target_ - position_) : 0;
+    return mode_ == Mode::Move ? signOf(target_ - position_) : signOf(jogVelocity_);
 }
 
 void Axis::placeAt(double position) {

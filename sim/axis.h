@@ -26,7 +26,8 @@ class Axis {
     double target() const { return target_; }
     bool hasTarget() const { return mode_ == Mode::Move; }
     // +1 moving up or CW, -1 down or CCW, 0 still. An axis that has just
-    // been given a target counts as moving before its first step.
+    // been given a target or a jog speed counts as moving before its first
+    // step.
     int direction() const;
 
     void placeAt(double position);
