@@ -1,6 +1,8 @@
 #pragma once
 
 #include <functional>
+#include <map>
+#include <string>
 #include <vector>
 
 #include "connection/unit_status.h"
@@ -29,9 +31,10 @@ struct ConsoleHooks {
     // Ends the "executing" look of the tour page (stop button).
     std::function<void()> endTourDisplay;
 
-    // Read handlers run by the connection sequence, in order.
-    std::vector<std::function<void()>> setupReads;
-    std::vector<std::function<void()>> cameraReads;
+    // "Get" handlers of the setup and camera pages by control name
+    // ("GetCenBut", "GetLensBut", ...), which the connection sequence runs in
+    // its own order. A page that is not built yet is read with a bare request.
+    std::map<std::string, std::function<void()>> readHandlers;
 
     // Every current-position report and every target report, in degrees.
     std::vector<std::function<void(float pan, float tilt)>> currentPositionListeners;
