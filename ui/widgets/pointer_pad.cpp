@@ -1,5 +1,6 @@
 #include "ui/widgets/pointer_pad.h"
 
+#include <QHideEvent>
 #include <QMouseEvent>
 #include <algorithm>
 #include <cmath>
@@ -90,6 +91,11 @@ void PointerPad::mouseMoveEvent(QMouseEvent* event) {
 void PointerPad::mouseReleaseEvent(QMouseEvent* event) {
     const QPointF units = track(event);
     emit mouseReleased(event->button(), event->buttons(), units.x(), units.y());
+}
+
+void PointerPad::hideEvent(QHideEvent* event) {
+    held_ = Qt::NoButton;
+    QWidget::hideEvent(event);
 }
 
 }  // namespace halvex

@@ -63,6 +63,8 @@ class PointerPad : public QWidget {
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
+    // A pad hidden with a button down never sees the release; forget the press.
+    void hideEvent(QHideEvent* event) override;
 
     // The pointer position clamped into the pad, in widget pixels, for drawing a marker.
     QPointF clampedPointerPixel() const;

@@ -89,6 +89,14 @@ TEST_F(JogBoxMouse, MarkerFollowsTheHeldPointerAndStopsAtTheEdge) {
     EXPECT_TRUE(markerAt(box, {120, 508}));
     QTest::mouseRelease(&box, Qt::LeftButton, Qt::NoModifier, {120, 700});
     EXPECT_FALSE(markerAt(box, {120, 508}));
+
+    // Hidden mid-drag (the page changed): the release never comes, the marker must not stay.
+    QTest::mousePress(&box, Qt::LeftButton, Qt::NoModifier, {400, 100});
+    box.hide();
+    box.show();
+    EXPECT_FALSE(box.pointerHeld());
+    EXPECT_FALSE(markerAt(box, {400, 100}));
+    QTest::mouseRelease(&box, Qt::LeftButton);  // QTest keeps its own record of held buttons
 }
 
 TEST_F(JogBoxMouse, ReportsWhichButtonWasPressed) {
