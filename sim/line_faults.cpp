@@ -1,0 +1,70 @@
+#include "sim/line_faults.h"
+
+namespace halvex::sim {
+
+namespace {
+constexpr int kMaxNoiseBytes = 8;
+}  // namespace
+
+bool LineFaults::chance(double probability) {
+    if (probability <= 0.0) {
+        return false;
+    }
+    return std::uniform_real_distribution<double>(0.0, 1.0)(random_) < probability;
+}
+
+void LineFaults::appendNoise(std::vector<Byte>& wire) {
+    // Never a framing byte: noise is what a receiver skips while it hunts
+    // for the start of the next frame, not a frame of its own.
+    const int count = 1 + static_cast<int>(random_() % kMaxNoiseBytes);
+    for (int i = 0; i < count; ++i) {
+        Byte value = static_cast<Byte>(random_());
+        if (needsStuffing(value)) {
+            value = 0x55;
+        }
+        wire.push_back(value);
+    }
+}
+
+std::vector<Byte> LineFaults::apply(const std::vector<std::vector<Byte>>& frames) {
+    std::vector<Byte> wire;
+    for (const auto& frame : frames) {
+        if (options_.silentAfter && sent_ >= *options_.silentAfter) {
+            continue;
+        }
+        ++sent_;
+        if (chance(options_.drop)) {
+            continue;
+        }
+        if (chance(options_.noise)) {
+            appendNoise(wire);
+        }
+        std::vector<Byte> out = frame;
+        if (chance(options_.corrupt)) {
+            corruptLrc(out);
+        }
+        wire.insert(wire.end(), out.begin(), out.end());
+    }
+    return wire;
+}
+
+void corruptLrc(std::vector<Byte>& frame) {
+    // The LRC is the field before ETX: one raw byte, or ESC and its value.
+    if (frame.size() < 4) {
+        return;
+    }
+    const std::size_t last = frame.size() - 2;
+    if (frame[last - 1] == kEsc) {
+        // Any plain byte differs from the five escaped values.
+        frame.erase(frame.begin() + static_cast<std::ptrdiff_t>(last - 1));
+        frame[last - 1] = 0x55;
+        return;
+    }
+    Byte changed = static_cast<Byte>(frame[last] ^ 0x01);
+    if (needsStuffing(changed)) {
+        changed = static_cast<Byte>(frame[last] ^ 0x80);
+    }
+    frame[last] = changed;
+}
+
+}  // namespace halvex::sim

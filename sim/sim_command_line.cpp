@@ -1,0 +1,140 @@
+#include "sim/sim_command_line.h"
+
+#include <charconv>
+#include <optional>
+
+namespace halvex::sim {
+
+namespace {
+
+std::optional<long> wholeNumber(const std::string& text, long low, long high) {
+    long value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || value < low || value > high) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+std::optional<double> rate(const std::string& text) {
+    std::size_t used = 0;
+    try {
+        const double value = std::stod(text, &used);
+        if (used == text.size() && value >= 0.0 && value <= 1.0) {
+            return value;
+        }
+    } catch (const std::exception&) {
+    }
+    return std::nullopt;
+}
+
+std::optional<Fault> faultNamed(const std::string& name) {
+    if (name == "pan-timeout") {
+        return Fault::PanTimeout;
+    }
+    if (name == "tilt-timeout") {
+        return Fault::TiltTimeout;
+    }
+    if (name == "pan-dir") {
+        return Fault::PanDirection;
+    }
+    if (name == "tilt-dir") {
+        return Fault::TiltDirection;
+    }
+    return std::nullopt;
+}
+
+}  // namespace
+
+std::variant<SimCommandLine, std::string> parseSimCommandLine(
+    const std::vector<std::string>& args) {
+    SimCommandLine line;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& option = args[i];
+        if (option == "-h" || option == "--help") {
+            line.help = true;
+            continue;
+        }
+        if (option == "-v" || option == "--verbose") {
+            line.verbose = true;
+            continue;
+        }
+        if (i + 1 >= args.size()) {
+            return option.rfind("-", 0) == 0 ? option + " needs a value"
+                                             : "unexpected argument " + option;
+        }
+        const std::string& value = args[++i];
+        const auto bad = [&option, &value] { return "bad value for " + option + ": " + value; };
+        if (option == "--id") {
+            const auto id = wholeNumber(value, 0, 99);
+            if (!id) {
+                return bad();
+            }
+            line.options.unit.id = static_cast<Byte>(*id);
+        } else if (option == "--variant") {
+            const auto variant = wholeNumber(value, 0, 3);
+            if (!variant) {
+                return bad();
+            }
+            line.options.unit.variant = static_cast<Byte>(*variant);
+        } else if (option == "--state") {
+            line.options.unit.statePath = value;
+        } else if (option == "--link") {
+            line.link = value;
+        } else if (option == "--pace") {
+            const auto baud = wholeNumber(value, 50, 4000000);
+            if (!baud) {
+                return bad();
+            }
+            line.options.paceBaud = static_cast<int>(*baud);
+        } else if (option == "--noise" || option == "--corrupt" || option == "--drop") {
+            const auto chance = rate(value);
+            if (!chance) {
+                return bad();
+            }
+            double& target = option == "--noise"     ? line.options.line.noise
+                             : option == "--corrupt" ? line.options.line.corrupt
+                                                     : line.options.line.drop;
+            target = *chance;
+        } else if (option == "--silent-after") {
+            const auto count = wholeNumber(value, 0, 1L << 40);
+            if (!count) {
+                return bad();
+            }
+            line.options.line.silentAfter = static_cast<std::uint64_t>(*count);
+        } else if (option == "--fault") {
+            const auto fault = faultNamed(value);
+            if (!fault) {
+                return bad();
+            }
+            line.options.faults.push_back(*fault);
+        } else {
+            return "unknown option " + option;
+        }
+    }
+    return line;
+}
+
+std::string simUsage() {
+    return "Usage: halvex-sim [options]\n"
+           "A virtual pan & tilt unit on a pseudo-terminal. Prints the device to open,\n"
+           "then answers on it until interrupted.\n"
+           "\n"
+           "  --id N             unit address, 0..99 (default: stored, else 0)\n"
+           "  --variant T        controller type in status byte A, 0..3 (default 0;\n"
+           "                     1 has no second camera or video hardware)\n"
+           "  --state FILE       keep stored settings, presets and tours in FILE\n"
+           "  --link PATH        also make PATH a symbolic link to the device\n"
+           "  --pace BAUD        send replies byte by byte at this line speed\n"
+           "  --noise RATE       chance (0..1) of garbage bytes before a reply\n"
+           "  --corrupt RATE     chance (0..1) of a reply with a bad LRC\n"
+           "  --drop RATE        chance (0..1) of a reply never sent\n"
+           "  --silent-after N   stop answering after N replies\n"
+           "  --fault F          axis fault each time the axis is driven, until reset:\n"
+           "                     pan-timeout, tilt-timeout, pan-dir or tilt-dir\n"
+           "                     (may be given more than once)\n"
+           "  -v, --verbose      log every frame in and out, in hex, on stderr\n"
+           "  -h, --help         show this text\n";
+}
+
+}  // namespace halvex::sim

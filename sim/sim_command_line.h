@@ -1,0 +1,25 @@
+#pragma once
+
+// The command line of halvex-sim.
+
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "sim/pty_unit_options.h"
+
+namespace halvex::sim {
+
+struct SimCommandLine {
+    PtyUnitOptions options;
+    std::string link;  // symbolic link to the device, when asked for
+    bool verbose = false;
+    bool help = false;
+};
+
+// The parsed options, or a message saying what is wrong.
+std::variant<SimCommandLine, std::string> parseSimCommandLine(const std::vector<std::string>& args);
+
+std::string simUsage();
+
+}  // namespace halvex::sim
