@@ -1,8 +1,27 @@
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QTimer>
+#include <cstdio>
+#include <memory>
 
+#include "sim/pty_unit.h"
 #include "ui/messages.h"
 #include "ui/vornixu.h"
+
+namespace {
+// The virtual unit in this process, on a pseudo-terminal that COM1 maps to.
+std::unique_ptr<halvex::sim::PtyUnit> startVirtualUnit() {
+    auto unit = std::make_unique<halvex::sim::PtyUnit>(halvex::sim::PtyUnitOptions{});
+    QString error;
+    if (!unit->open(&error)) {
+        std::fprintf(stderr, "halvex: cannot start the virtual unit: %s\n", qPrintable(error));
+        return nullptr;
+    }
+    qputenv("HALVEX_COM1", unit->slavePath().toLocal8Bit());
+    std::fprintf(stderr, "halvex: virtual unit on %s (COM1)\n", qPrintable(unit->slavePath()));
+    return unit;
+}
+}  // namespace
 
 int main(int argc, char* argv[]) {
     QApplication app(argc, argv);
@@ -11,10 +30,25 @@ int main(int argc, char* argv[]) {
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
-        QStringLiteral("Operator console for Halvex pan & tilt units"));
+        QStringLiteral("Operator console for Halvex pan & tilt units.\n"
+                       "COMn is the device in $HALVEX_COM<n>, else /dev/ttyS<n-1>."));
     parser.addHelpOption();
     parser.addVersionOption();
+    const QCommandLineOption simulate(
+        QStringLiteral("simulate"), QStringLiteral("Run a virtual unit in this process on COM1."));
+    const QCommandLineOption connectAtStart(
+        QStringLiteral("connect"), QStringLiteral("Press Start as soon as the window is up."));
+    parser.addOption(simulate);
+    parser.addOption(connectAtStart);
     parser.process(app);
+
+    std::unique_ptr<halvex::sim::PtyUnit> virtualUnit;
+    if (parser.isSet(simulate)) {
+        virtualUnit = startVirtualUnit();
+        if (!virtualUnit) {
+            return 1;
+        }
+    }
 
     halvex::VornixU window;
     const QString settingsError = window.Form_Load();
@@ -22,5 +56,13 @@ int main(int argc, char* argv[]) {
     if (!settingsError.isEmpty()) {
         halvex::Messages::exclamation(&window, QStringLiteral("Settings File"), settingsError);
     }
-    return QApplication::exec();
+    if (parser.isSet(connectAtStart)) {
+        QTimer::singleShot(0, &window, [&window] {
+            if (auto* start = window.findChild<QPushButton*>(QStringLiteral("StartBut"))) {
+                start->click();
+            }
+        });
+    }
+    const int status = QApplication::exec();
+    return status;
 }

@@ -65,6 +65,13 @@ void Link::SendFrame(int count) {
         return;
     }
 
+    transmit(count);
+}
+
+void Link::transmit(int count) {
+    if (port_ == nullptr || !port_->isOpen()) {
+        return;
+    }
     QString capture = hexByte(kStx);
     port_->writeByte(kStx);
 
@@ -83,7 +90,11 @@ void Link::SendFrame(int count) {
     capture += QStringLiteral("03");
 
     emit frameSent(capture);
-    timer4_.start();
+    // Armed once and left running: re-arming on every frame would keep a
+    // silent unit from ever being noticed while the jog message flows.
+    if (!timer4_.isActive()) {
+        timer4_.start();
+    }
     // Stop and reset requests go out with one frame only.
     state_.JogFlags = ClearBit(state_.JogFlags, 1);
     state_.JogFlags = ClearBit(state_.JogFlags, 0);

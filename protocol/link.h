@@ -28,6 +28,10 @@ class Link : public QObject {
     // Frames TxBuffer[0..count-1], waits for the next tick and writes it.
     void SendFrame(int count);
 
+    // Writes TxBuffer[0..count] (the LRC already at [count]) as a frame at
+    // once: for the jog message, which is sent from the tick itself.
+    void transmit(int count);
+
     // Runs on every tick that no other frame is waiting for (the jog message).
     void setJogSender(std::function<void()> sender) { jogSender_ = std::move(sender); }
 

@@ -1,28 +1,45 @@
 #include "ui/vornixu.h"
 
+#include <QApplication>
+#include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QMenuBar>
 #include <QStatusBar>
 #include <QVBoxLayout>
 
+#include "connection/connection_sequence.h"
+#include "connection/position_report.h"
+#include "positioning/jog.h"
+#include "positioning/motion_commands.h"
 #include "protocol/qt_serial_port.h"
 #include "ui/data_watch.h"
 #include "ui/lamp_pictures.h"
 #include "ui/messages.h"
+#include "ui/pages/camera_page.h"
+#include "ui/pages/pan_tilt_page.h"
+#include "ui/positioning_pages.h"
 
 namespace halvex {
 
 namespace {
-// Page captions of SSTab1, in order; other code relies on the indices
+// Page captions of SSTab1, in order; features rely on the indices
 // (0 "Pan/Tilt", 3 "Tours").
+enum Page { PanTilt, Presets, Offsets, Tours, Camera, Video, Setup, Factory };
 const char* const kPageCaptions[] = {"Pan/Tilt", "Presets", "Offsets", "Tours",
                                      "Camera",   "Video",   "Setup",   "Factory"};
+
+QWidget* placeholderPage(QWidget* parent, const char* caption) {
+    auto* page = new QWidget(parent);
+    page->setObjectName(QStringLiteral("Page_") + QString::fromLatin1(caption).remove('/'));
+    return page;
+}
 }  // namespace
 
 VornixU::VornixU(SerialPort* port, QWidget* parent)
     : QMainWindow(parent),
       link_(state_),
       receiver_(state_, link_),
+      context_{state_, status_, link_, receiver_, hooks_, this},
       port_(port != nullptr ? port : new QtSerialPort(this)) {
     setObjectName(QStringLiteral("VornixU"));
     if (port_->parent() == nullptr) {
@@ -38,6 +55,7 @@ VornixU::VornixU(SerialPort* port, QWidget* parent)
 
     buildMenus();
     buildCentralArea();
+    installFeatures();
 
     connect(&receiver_, &Receiver::receivingIdChanged, label25_, &QLabel::setText);
     connect(&state_, &FormState::lampChanged, this, &VornixU::showLamp);
@@ -47,7 +65,7 @@ VornixU::VornixU(SerialPort* port, QWidget* parent)
     connect(portSelection_, &PortSelection::settingsError, this, [this](const QString& message) {
         Messages::exclamation(this, QStringLiteral("Settings File"), message);
     });
-    resize(960, 640);
+    resize(1180, 760);
 }
 
 VornixU::~VornixU() {
@@ -62,6 +80,11 @@ void VornixU::buildMenus() {
     QMenu* speedMenu = menuBar()->addMenu(QStringLiteral("&Baud Rate"));
     speedMenu->setObjectName(QStringLiteral("BaudMenu"));
     portSelection_ = new PortSelection(portMenu, speedMenu, this);
+
+    QMenu* unitMenu = menuBar()->addMenu(QStringLiteral("&Unit"));
+    reinitialize_ = unitMenu->addAction(QStringLiteral("&Reinitialize"));
+    reinitialize_->setObjectName(QStringLiteral("MenuReinitialize"));
+    reinitialize_->setEnabled(false);
 
     QMenu* viewMenu = menuBar()->addMenu(QStringLiteral("&View"));
     QAction* watch = viewMenu->addAction(QStringLiteral("&Data Watch"));
@@ -81,24 +104,95 @@ void VornixU::buildCentralArea() {
     startBut_->setObjectName(QStringLiteral("StartBut"));
     startBut_->setIcon(idleLinkPicture());
     startBut_->setIconSize(QSize(24, 24));
+    startBut_->setMinimumWidth(90);
     startBut_->setProperty("lamp", QStringLiteral("none"));
-    top->addWidget(startBut_);
+    startBut_->setToolTip(QStringLiteral("Connect to the unit; the lamp shows the link"));
+    stopBut_ = new QPushButton(QStringLiteral("Stop"), central);
+    stopBut_->setObjectName(QStringLiteral("StopBut"));
+    resetBut_ = new QPushButton(QStringLiteral("Reset"), central);
+    resetBut_->setObjectName(QStringLiteral("ResetBut"));
+    exitBut_ = new QPushButton(QStringLiteral("Exit"), central);
+    exitBut_->setObjectName(QStringLiteral("ExitBut"));
     label25_ = new QLabel(central);
     label25_->setObjectName(QStringLiteral("Label25"));
+    top->addWidget(startBut_);
+    top->addWidget(stopBut_);
+    top->addWidget(resetBut_);
+    top->addSpacing(16);
     top->addWidget(label25_);
     top->addStretch();
+    top->addWidget(exitBut_);
     layout->addLayout(top);
 
     tabs_ = new QTabWidget(central);
     tabs_->setObjectName(QStringLiteral("SSTab1"));
-    for (const char* caption : kPageCaptions) {
-        auto* page = new QWidget(tabs_);
-        page->setObjectName(QStringLiteral("Page_") + QString::fromLatin1(caption).remove('/'));
-        tabs_->addTab(page, QString::fromLatin1(caption));
-    }
     layout->addWidget(tabs_, 1);
     setCentralWidget(central);
     statusBar()->setObjectName(QStringLiteral("StatusBar"));
+}
+
+void VornixU::installFeatures() {
+    panTilt_ = new PanTiltPage(tabs_);
+    camera_ = new CameraPage(tabs_);
+
+    CameraReplyView cameras;
+    cameras.RXLabel = camera_->RXLabel;
+    cameras.HexOp1 = {camera_->HexOp1[0], camera_->HexOp1[1]};
+    // The status lamps refresh first after every reply; the tour check that
+    // positioning registers reads the fault flag they leave.
+    positionReport_ = new PositionReport(context_, *panTilt_, jog_, cameras, *tabs_, this);
+    jogControl_ = new JogControl(context_, jog_, *panTilt_, this);
+    motion_ = new MotionCommands(context_, *panTilt_, this);
+
+    PositioningEnvironment environment;
+    environment.Label2_0 = panTilt_->Label2[0];
+    environment.Label2_1 = panTilt_->Label2[1];
+    environment.PanDesLED = panTilt_->PanDesLED;
+    environment.TiltDesLED = panTilt_->TiltDesLED;
+    environment.SSTab1 = tabs_;
+    environment.videoBlankChecked = [] { return false; };
+    const PositioningPages positioning = installPositioning(context_, environment, this);
+    positionReport_->registerLateRefresh();
+    if (positioning.movementMonitor != nullptr) {
+        panTilt_->MovementMonitorSlot->addWidget(positioning.movementMonitor);
+    }
+
+    QWidget* pages[] = {panTilt_,
+                        positioning.presets,
+                        positioning.offsets,
+                        positioning.tours,
+                        camera_,
+                        nullptr,
+                        nullptr,
+                        nullptr};
+    for (int i = 0; i < 8; ++i) {
+        QWidget* page = pages[i] != nullptr ? pages[i] : placeholderPage(tabs_, kPageCaptions[i]);
+        tabs_->addTab(page, QString::fromLatin1(kPageCaptions[i]));
+    }
+
+    ConnectionView view;
+    view.window = this;
+    view.StartBut = startBut_;
+    view.Label2 = panTilt_->Label2;
+    view.SSTab1 = tabs_;
+    view.setTitle = [this](const QString& title) { setWindowTitle(title); };
+    view.showFirstPage = [this] { positionReport_->SSTab1_Click(PanTilt); };
+    connection_ =
+        new ConnectionSequence(context_, *portSelection_, *port_, *jogControl_, view, this);
+
+    connect(startBut_, &QPushButton::clicked, this,
+            [this] { handle("StartBut_Click", [this] { connection_->StartBut_Click(); }); });
+    connect(stopBut_, &QPushButton::clicked, this,
+            [this] { handle("StopBut_Click", [this] { connection_->StopBut_Click(); }); });
+    connect(resetBut_, &QPushButton::clicked, this,
+            [this] { handle("ResetBut_Click", [this] { connection_->ResetBut_Click(); }); });
+    connect(exitBut_, &QPushButton::clicked, this, [this] { close(); });
+    connect(reinitialize_, &QAction::triggered, this,
+            [this] { handle("Reinitialize", [this] { connection_->Reinitialize(); }); });
+    connect(connection_, &ConnectionSequence::finished, this, [this](bool online) {
+        reinitialize_->setEnabled(online);
+        startBut_->setEnabled(!online);
+    });
 }
 
 void VornixU::showLamp(LinkLamp lamp) {
@@ -119,8 +213,29 @@ void VornixU::showLamp(LinkLamp lamp) {
 }
 
 QString VornixU::Form_Load() {
+    state_.Online = false;
+    state_.ReplyReceived = false;
+    state_.LinkFault = false;
+    for (LedDisplay* led : {panTilt_->PanDesLED, panTilt_->TiltDesLED, panTilt_->PanPosLED,
+                            panTilt_->TiltPosLED, panTilt_->PDesLed, panTilt_->TDesLed}) {
+        led->setValue(0.0);
+    }
     tabs_->setEnabled(false);
     return portSelection_->load();
+}
+
+void VornixU::ExitBut_Click() {
+    handle("ExitBut_Click", [this] { connection_->ExitBut_Click(); });
+}
+
+void VornixU::closeEvent(QCloseEvent* event) {
+    // Closing the window is the exit button: the unit is told to stop first.
+    if (!exiting_) {
+        exiting_ = true;
+        ExitBut_Click();
+    }
+    event->accept();
+    QMainWindow::closeEvent(event);
 }
 
 }  // namespace halvex

@@ -4,9 +4,12 @@
 #include <QMainWindow>
 #include <QPushButton>
 #include <QTabWidget>
-#include <memory>
 
+#include "connection/console_context.h"
 #include "connection/port_selection.h"
+#include "connection/unit_status.h"
+#include "positioning/jog_state.h"
+#include "protocol/fault_guard.h"
 #include "protocol/form_state.h"
 #include "protocol/link.h"
 #include "protocol/receiver.h"
@@ -15,6 +18,12 @@
 namespace halvex {
 
 class DataWatch;
+class PanTiltPage;
+class CameraPage;
+class JogControl;
+class MotionCommands;
+class PositionReport;
+class ConnectionSequence;
 
 // The main window: owns the form state, the link and the pages, and wires
 // the features to them.
@@ -26,12 +35,16 @@ class VornixU : public QMainWindow {
     ~VornixU() override;
 
     FormState& state() { return state_; }
+    UnitStatus& status() { return status_; }
+    JogState& jogState() { return jog_; }
     Link& link() { return link_; }
     Receiver& receiver() { return receiver_; }
     SerialPort& SerPort1() { return *port_; }
     PortSelection& portSelection() { return *portSelection_; }
     DataWatch& dataWatch() { return *dataWatch_; }
     QTabWidget& SSTab1() { return *tabs_; }
+    PanTiltPage& panTiltPage() { return *panTilt_; }
+    ConnectionSequence& connection() { return *connection_; }
 
     // Form_Load: puts everything offline and reads the settings file. Returns
     // the settings file's error sentence, empty when all was well.
@@ -39,29 +52,44 @@ class VornixU : public QMainWindow {
 
     // Runs one handler of this window's controls under the range-fault guard.
     template <typename Handler>
-    void handle(const char* name, Handler&& body);
+    void handle(const char* name, Handler&& body) {
+        guarded(state_, name, std::forward<Handler>(body));
+    }
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
 
   private:
     void buildMenus();
     void buildCentralArea();
+    void installFeatures();
     void showLamp(LinkLamp lamp);
+    void ExitBut_Click();
 
     FormState state_;
+    UnitStatus status_;
+    JogState jog_;
+    ConsoleHooks hooks_;
     Link link_;
     Receiver receiver_;
+    ConsoleContext context_;
     SerialPort* port_;
     PortSelection* portSelection_ = nullptr;
     DataWatch* dataWatch_ = nullptr;
     QTabWidget* tabs_ = nullptr;
+    PanTiltPage* panTilt_ = nullptr;
+    CameraPage* camera_ = nullptr;
     QPushButton* startBut_ = nullptr;
+    QPushButton* stopBut_ = nullptr;
+    QPushButton* resetBut_ = nullptr;
+    QPushButton* exitBut_ = nullptr;
+    QAction* reinitialize_ = nullptr;
     QLabel* label25_ = nullptr;
+    JogControl* jogControl_ = nullptr;
+    MotionCommands* motion_ = nullptr;
+    PositionReport* positionReport_ = nullptr;
+    ConnectionSequence* connection_ = nullptr;
+    bool exiting_ = false;
 };
 
 }  // namespace halvex
-
-#include "protocol/fault_guard.h"
-
-template <typename Handler>
-void halvex::VornixU::handle(const char* name, Handler&& body) {
-    guarded(state_, name, std::forward<Handler>(body));
-}

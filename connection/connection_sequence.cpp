@@ -1,0 +1,239 @@
+#include "connection/connection_sequence.h"
+
+#include <QApplication>
+#include <QCursor>
+
+#include "connection/initial_reads.h"
+#include "positioning/jog.h"
+#include "protocol/fault_guard.h"
+#include "protocol/port_map.h"
+#include "protocol/senders.h"
+#include "protocol/wait.h"
+#include "ui/lamp_pictures.h"
+#include "ui/messages.h"
+
+namespace halvex {
+
+namespace {
+// Controls that mean nothing on a unit without the second camera and the
+// video hardware.
+const char* const kSecondCameraControls[] = {
+    "Label1_3",     "Z2LED",          "F2LED",      "Zoom2Label", "Focus2Label", "ZoomBox2",
+    "FocusBox2",    "Lens2Check",     "GetVidBut2", "PALCheck2",  "OSDOnCheck",  "InitVModeBut",
+    "EncHomeBut",   "Pindex",         "Tindex",     "SetCenBut",  "ZFScroll",    "ZFLabel",
+    "VideoFrame",   "VidConfigFrame", "Label9",     "Label26",    "FormLabel2",  "BaudLabel2",
+    "LevelLabel2",  "CamPwrCheck",    "AuxCheck",   "CamTOSpin",  "CamTOLabel",  "CamTypeBut",
+    "CamTypeCombo", "FormatFrame1",   "SendBut",    "CRCheck",    "TXBox",       "RXLabel",
+    "ZoomMinLabel", "FocusMinLabel",  "ZoomMinSpin"};
+
+// Puts the arrow back however the sequence ends.
+class HourglassScope {
+  public:
+    HourglassScope() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+    ~HourglassScope() { QApplication::restoreOverrideCursor(); }
+    HourglassScope(const HourglassScope&) = delete;
+    HourglassScope& operator=(const HourglassScope&) = delete;
+};
+
+// Clears the running mark however the sequence ends.
+class RunningScope {
+  public:
+    explicit RunningScope(bool& running) : running_(running) { running_ = true; }
+    ~RunningScope() { running_ = false; }
+    RunningScope(const RunningScope&) = delete;
+    RunningScope& operator=(const RunningScope&) = delete;
+
+  private:
+    bool& running_;
+};
+}  // namespace
+
+ConnectionSequence::ConnectionSequence(ConsoleContext& context, PortSelection& ports,
+                                       SerialPort& port, JogControl& jog, ConnectionView view,
+                                       QObject* parent)
+    : QObject(parent), context_(context), ports_(ports), port_(port), jog_(jog), view_(view) {
+    timer5_.setInterval(kDeferredRefreshMs);
+    timer5_.setSingleShot(true);
+    connect(&timer5_, &QTimer::timeout, this,
+            [this] { guarded(context_.state, "Timer5_Timer", [this] { Timer5_Timer(); }); });
+}
+
+void ConnectionSequence::showProgress(const QString& pan, const QString& tilt) {
+    view_.Label2[0]->setText(pan);
+    view_.Label2[1]->setText(tilt);
+}
+
+void ConnectionSequence::StartBut_Click() {
+    if (running_) {
+        return;  // a second click while connecting would start a second sequence
+    }
+    const QString device = comPortDevice(ports_.comPort());
+    if (!port_.open(device, ports_.baudRate())) {
+        Messages::exclamation(view_.window,
+                              QStringLiteral("Could Not Open COM%1").arg(ports_.comPort()),
+                              QStringLiteral("There was a problem opening the serial port. Please "
+                                             "check your port selection under 'Port' and try "
+                                             "again."));
+        return;
+    }
+    const bool online = initialise();
+    emit finished(online);
+}
+
+void ConnectionSequence::Reinitialize() {
+    if (running_ || !port_.isOpen()) {
+        return;
+    }
+    context_.state.Online = true;
+    const bool online = initialise();
+    emit finished(online);
+}
+
+void ConnectionSequence::requestLimits() {
+    for (int index = 0; index < 4; ++index) {
+        sendMessage(context_.state, context_.link, {0x81, static_cast<Byte>(0x80 | index)});
+    }
+}
+
+bool ConnectionSequence::initialise() {
+    RunningScope running(running_);
+    view_.setTitle(ports_.title(QStringLiteral(" Initializing Pan & Tilt")));
+    showProgress(QStringLiteral("Initializing"), QStringLiteral("Pan/Tilt"));
+    letEventsRun();
+
+    view_.StartBut->setText(QString());
+    view_.StartBut->setIcon(idleLinkPicture());
+    {
+        HourglassScope hourglass;
+        Link& link = context_.link;
+        context_.state.ConnectTimedOut = false;
+        link.Timer1().start();
+        jog_.sendJogMessage();
+        link.Timer2().start();
+
+        context_.state.ReplyReceived = false;
+        waitUntil(context_.state, [this] {
+            return context_.state.ReplyReceived || context_.state.ConnectTimedOut;
+        });
+        if (!context_.state.ReplyReceived) {
+            fail();
+            return false;
+        }
+
+        if (context_.status.UnitVariant() == 1) {
+            HideSecondCameraControls();
+        }
+        link.Timer2().start();
+
+        view_.Label2[1]->setText(QStringLiteral("Offsets"));
+        letEventsRun();
+        sendMessage(context_.state, link, {0x85});
+
+        view_.Label2[1]->setText(QStringLiteral("Limits"));
+        letEventsRun();
+        requestLimits();
+
+        view_.Label2[1]->setText(QStringLiteral("Presets"));
+        letEventsRun();
+        runHook(context_.hooks.reloadPresets);
+        runHook(context_.hooks.prepareTourSelector);
+        view_.Label2[1]->setText(QStringLiteral("Tours"));
+        letEventsRun();
+        runHook(context_.hooks.loadSelectedTour);
+
+        view_.Label2[1]->setText(QStringLiteral("Setup"));
+        letEventsRun();
+        for (const InitialRead& read : setupReads()) {
+            runInitialRead(context_, read);
+        }
+
+        view_.setTitle(ports_.title(QStringLiteral(" Initializing Camera")));
+        view_.Label2[1]->setText(QStringLiteral("Camera"));
+        letEventsRun();
+        for (const InitialRead& read : cameraReads()) {
+            runInitialRead(context_, read);
+        }
+        sendMessage(context_.state, link, {0x64, 0x80, 0x00});
+        sendMessage(context_.state, link, {0x70, 0x80});
+        sendMessage(context_.state, link, {0x71, 0x80});
+    }
+
+    view_.SSTab1->setEnabled(true);
+    view_.SSTab1->setCurrentIndex(0);
+    // Jogging is armed by showing the Pan/Tilt page; it is already showing,
+    // so arm it here, or the jog box would stay dead until a page change.
+    if (view_.showFirstPage) {
+        view_.showFirstPage();
+    }
+    view_.setTitle(ports_.title(QStringLiteral(" Online")));
+    showProgress(QStringLiteral("Pan"), QStringLiteral("Tilt"));
+    context_.state.Online = true;
+    return true;
+}
+
+void ConnectionSequence::fail() {
+    context_.link.Timer1().stop();
+    context_.link.Timer2().stop();
+    showProgress(QStringLiteral("Pan"), QStringLiteral("Tilt"));
+    Messages::exclamation(view_.window, QStringLiteral("Could Not Establish Connection"),
+                          QStringLiteral("There was a problem establishing a connection. Please "
+                                         "check your port selection and baud rate and try again."));
+    port_.close();
+    view_.StartBut->setText(QStringLiteral("Start"));
+}
+
+void ConnectionSequence::HideSecondCameraControls() {
+    for (const char* name : kSecondCameraControls) {
+        const QString exact = QString::fromLatin1(name);
+        const QString element = exact + QLatin1Char('_');
+        for (QWidget* widget : view_.window->findChildren<QWidget*>()) {
+            const QString objectName = widget->objectName();
+            if (objectName == exact || objectName.startsWith(element)) {
+                widget->hide();
+            }
+        }
+    }
+}
+
+void ConnectionSequence::ResetBut_Click() {
+    context_.state.JogFlags = SetBit(context_.state.JogFlags, 0);
+}
+
+void ConnectionSequence::StopBut_Click() {
+    context_.state.JogFlags = SetBit(context_.state.JogFlags, 1);
+    runHook(context_.hooks.endTourDisplay);
+}
+
+void ConnectionSequence::ExitBut_Click() {
+    if (!port_.isOpen()) {
+        return;
+    }
+    context_.state.JogFlags = SetBit(context_.state.JogFlags, 1);
+    if (!context_.state.LinkFault && context_.link.Timer2().isActive()) {
+        // Wait for the reply that shows the stop request reached the unit.
+        // A watchdog expiry meanwhile means no reply is coming.
+        context_.state.ReplyReceived = false;
+        waitUntil(context_.state,
+                  [this] { return context_.state.ReplyReceived || context_.state.LinkFault; });
+    }
+    context_.link.Timer1().stop();
+    context_.link.Timer2().stop();
+    context_.link.Timer4().stop();
+    port_.close();
+}
+
+void ConnectionSequence::Timer5_Timer() {
+    timer5_.stop();
+    view_.SSTab1->setEnabled(false);
+    HourglassScope hourglass;
+    showProgress(QStringLiteral("Reinitializing"), QStringLiteral("Reinitializing"));
+    sendMessage(context_.state, context_.link, {0x85});
+    requestLimits();
+    runHook(context_.hooks.reloadPresets);
+    sendMessage(context_.state, context_.link, {0x41});
+    runHook(context_.hooks.rebuildTourPresetChoices);
+    view_.SSTab1->setEnabled(true);
+    showProgress(QStringLiteral("Pan"), QStringLiteral("Tilt"));
+}
+
+}  // namespace halvex

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <QAction>
+#include <QLabel>
+#include <QObject>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTimer>
+#include <array>
+#include <functional>
+
+#include "connection/console_context.h"
+#include "connection/port_selection.h"
+#include "protocol/serial_port.h"
+
+namespace halvex {
+
+class JogControl;
+
+// The controls the connection sequence shows its progress on.
+struct ConnectionView {
+    QWidget* window = nullptr;
+    QPushButton* StartBut = nullptr;
+    std::array<QLabel*, 2> Label2{};
+    QTabWidget* SSTab1 = nullptr;
+    std::function<void(const QString&)> setTitle;
+    // Shows the Pan/Tilt page as if the operator had picked it.
+    std::function<void()> showFirstPage;
+};
+
+// Opens the link, proves a unit answers, reads every page's settings from
+// it and goes online; stop, reset and exit act through the jog message.
+class ConnectionSequence : public QObject {
+    Q_OBJECT
+  public:
+    static constexpr int kDeferredRefreshMs = 250;
+
+    ConnectionSequence(ConsoleContext& context, PortSelection& ports, SerialPort& port,
+                       JogControl& jog, ConnectionView view, QObject* parent = nullptr);
+
+    void StartBut_Click();
+    void Reinitialize();
+    void StopBut_Click();
+    void ResetBut_Click();
+    // Returns when the program may end.
+    void ExitBut_Click();
+    void HideSecondCameraControls();
+    void Timer5_Timer();
+
+    QTimer& Timer5() { return timer5_; }
+    bool running() const { return running_; }
+
+  signals:
+    // The sequence has run to its end (online) or has given up.
+    void finished(bool online);
+
+  private:
+    // Steps from the first jog message to online; false when no unit answered.
+    bool initialise();
+    void fail();
+    void showProgress(const QString& pan, const QString& tilt);
+    void requestLimits();
+
+    ConsoleContext& context_;
+    PortSelection& ports_;
+    SerialPort& port_;
+    JogControl& jog_;
+    ConnectionView view_;
+    QTimer timer5_;
+    bool running_ = false;
+};
+
+}  // namespace halvex

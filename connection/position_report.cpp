@@ -1,0 +1,233 @@
+#include "connection/position_report.h"
+
+#include "protocol/fault_guard.h"
+#include "protocol/range_fault.h"
+#include "ui/pages/pan_tilt_page.h"
+
+namespace halvex {
+
+namespace {
+const QColor kRed(255, 0, 0);
+const QColor kDarkRed(128, 0, 0);
+const QColor kYellow(255, 255, 0);
+const QColor kOlive(128, 128, 0);
+const QColor kGreen(0, 255, 0);
+const QColor kDarkGreen(0, 128, 0);
+const QColor kLightGrey(224, 224, 224);
+
+constexpr int kTourPage = 3;
+
+float hundredths(std::int32_t value) {
+    return static_cast<float>(value) / 100.0f;
+}
+}  // namespace
+
+PositionReport::PositionReport(ConsoleContext& context, PanTiltPage& page, JogState& jog,
+                               CameraReplyView cameras, QTabWidget& tabs, QObject* parent)
+    : QObject(parent), context_(context), page_(page), jog_(jog), cameras_(cameras), tabs_(tabs) {
+    for (Byte code : {0x31, 0x32, 0x33, 0x34, 0x35, 0x36, 0x3A}) {
+        context_.receiver.registerDecoder(code, [this] { decodePositionReport(); });
+    }
+    context_.receiver.registerDecoder(0x81, [this] { decodeSoftLimit(); });
+    context_.receiver.addRefreshHook([this] { refreshStatusLamps(); });
+    connect(&tabs_, &QTabWidget::currentChanged, this, [this](int shown) {
+        guarded(context_.state, "SSTab1_Click", [&] { SSTab1_Click(shown); });
+    });
+}
+
+void PositionReport::registerLateRefresh() {
+    context_.receiver.addRefreshHook([this] { refreshControllerAndGauge(); });
+}
+
+void PositionReport::decodePositionReport() {
+    const ByteTable& rx = context_.state.RxBuffer;
+    UnitStatus& status = context_.status;
+    const std::int32_t pan = Build24(rx[3], rx[2], rx[1]);
+    const std::int32_t tilt = Build24(rx[6], rx[5], rx[4]);
+    status.StatusBytes[0] = rx[7];
+    status.StatusBytes[3] = rx[7] & 3;
+    status.StatusBytes[1] = rx[8];
+    status.StatusBytes[2] = rx[9];
+
+    page_.Zoom1Label->setText(QString::number(rx[10]));
+    page_.Focus1Label->setText(QString::number(rx[11]));
+    page_.Zoom2Label->setText(QString::number(rx[12]));
+    page_.Focus2Label->setText(QString::number(rx[13]));
+
+    if (rx[0] == 0x31) {
+        const int c1 = rx[14];
+        const int c2 = rx[15];
+        int index = 16;
+        showCameraBytes(index, c1, 0);
+        showCameraBytes(index, c2, 1);
+    }
+
+    const Byte statusC = rx[9];
+    status.PanContinuous = BitIsSet(statusC, 7);
+    page_.SetSLBut[0]->setEnabled(!status.PanContinuous);
+    page_.SetSLBut[1]->setEnabled(!status.PanContinuous);
+
+    if (!BitIsSet(statusC, 5)) {
+        status.CurrentPan = hundredths(pan);
+        status.CurrentTilt = hundredths(tilt);
+        page_.PanPosLED->setValue(status.CurrentPan);
+        page_.TiltPosLED->setValue(status.CurrentTilt);
+        page_.Z1LED->setValue(rx[10]);
+        page_.F1LED->setValue(rx[11]);
+        page_.Z2LED->setValue(rx[12]);
+        page_.F2LED->setValue(rx[13]);
+        for (const auto& listener : context_.hooks.currentPositionListeners) {
+            listener(status.CurrentPan, status.CurrentTilt);
+        }
+    } else {
+        status.TargetPan = hundredths(pan);
+        status.TargetTilt = hundredths(tilt);
+        page_.PDesLed->setValue(status.TargetPan);
+        page_.TDesLed->setValue(status.TargetTilt);
+        for (const auto& listener : context_.hooks.targetPositionListeners) {
+            listener(status.TargetPan, status.TargetTilt);
+        }
+    }
+
+    if (status.SyncDesiredPending) {
+        page_.PanDesLED->setValue(hundredths(pan));
+        page_.TiltDesLED->setValue(hundredths(tilt));
+        page_.PDesLed->setValue(hundredths(pan));
+        page_.TDesLed->setValue(hundredths(tilt));
+        status.SyncDesiredPending = false;
+    }
+}
+
+void PositionReport::showCameraBytes(int& index, int count, int camera) {
+    const auto c = static_cast<std::size_t>(camera);
+    QLabel* label = cameras_.RXLabel[c];
+    const bool hex = cameras_.HexOp1[c] != nullptr && cameras_.HexOp1[c]->isChecked();
+    QString text;
+    for (int i = 0; i < count; ++i) {
+        if (i > kCameraBufferLast) {
+            throw RangeFault(RangeFault::SubscriptOutOfRange, "camera byte count");
+        }
+        const Byte value = context_.state.RxBuffer[index++];
+        text += hex ? QString::number(value, 16).toUpper() : QString(QChar(value));
+        CamRxData[c][static_cast<std::size_t>(i)] = value;
+    }
+    if (label != nullptr) {
+        label->setText(text);
+    }
+}
+
+void PositionReport::decodeSoftLimit() {
+    const ByteTable& rx = context_.state.RxBuffer;
+    UnitStatus& status = context_.status;
+    const float value = hundredths(Build24(rx[4], rx[3], rx[2]));
+    const int index = rx[1];
+    switch (index) {
+        case 0:
+            status.PanMaxLimit = value;
+            break;
+        case 1:
+            status.PanMinLimit = value;
+            break;
+        case 2:
+            status.TiltMaxLimit = value;
+            break;
+        case 3:
+            status.TiltMinLimit = value;
+            break;
+        default:
+            break;
+    }
+    if (index <= 3) {
+        page_.Label13[static_cast<std::size_t>(index)]->setText(
+            QString::number(static_cast<double>(value), 'f', 2));
+    }
+    rescaleGauge();
+}
+
+void PositionReport::rescaleGauge() {
+    UnitStatus& status = context_.status;
+    if (status.PanContinuous) {
+        // A unit that turns for ever has no pan limits: take the gauge's own
+        // ends, so the step buttons never stop it.
+        status.PanMaxLimit = static_cast<float>(page_.Gauge->maximum());
+        status.PanMinLimit = static_cast<float>(page_.Gauge->minimum());
+        return;
+    }
+    if (status.PanMinLimit != status.PanMaxLimit) {
+        page_.Gauge->setRange(status.PanMinLimit, status.PanMaxLimit);
+    }
+}
+
+void PositionReport::refreshStatusLamps() {
+    UnitStatus& status = context_.status;
+    const Byte a = status.StatusBytes[0];
+    const Byte b = status.StatusBytes[1];
+    const Byte c = status.StatusBytes[2];
+    status.LimitFault = false;
+
+    auto travel = [&status](StatusLamp* lamp, bool hard, bool soft, bool moving) {
+        if (hard) {
+            lamp->setColor(kRed);
+            status.LimitFault = true;
+        } else if (soft) {
+            lamp->setColor(kYellow);
+            status.LimitFault = true;
+        } else if (moving) {
+            lamp->setColor(kGreen);
+        } else {
+            lamp->setColor(kLightGrey);
+        }
+    };
+    travel(page_.CWLed, BitIsSet(a, 5), BitIsSet(a, 7), BitIsSet(c, 3));
+    travel(page_.CCWLed, BitIsSet(a, 4), BitIsSet(a, 6), BitIsSet(c, 2));
+    travel(page_.UpLed, BitIsSet(b, 5), BitIsSet(b, 7), BitIsSet(c, 1));
+    travel(page_.DownLed, BitIsSet(b, 4), BitIsSet(b, 6), BitIsSet(c, 0));
+
+    auto single = [&status](StatusLamp* lamp, bool lit, const QColor& on, const QColor& off,
+                            bool isFault) {
+        lamp->setColor(lit ? on : off);
+        if (lit && isFault) {
+            status.LimitFault = true;
+        }
+    };
+    single(page_.PTOLed, BitIsSet(a, 3), kRed, kDarkRed, true);
+    single(page_.PDELed, BitIsSet(a, 2), kRed, kDarkRed, true);
+    single(page_.TTOLed, BitIsSet(b, 3), kRed, kDarkRed, true);
+    single(page_.TDELed, BitIsSet(b, 2), kRed, kDarkRed, true);
+    single(page_.DesLed, BitIsSet(c, 5), kYellow, kOlive, false);
+    single(page_.ExecLed, BitIsSet(c, 6), kGreen, kDarkGreen, false);
+    single(page_.SLOverLed, BitIsSet(c, 4), kRed, kDarkRed, false);
+}
+
+void PositionReport::refreshControllerAndGauge() {
+    switch (context_.status.UnitVariant()) {
+        case 0:
+            page_.ControllerLabel->setText(QStringLiteral("Halvex"));
+            break;
+        case 1:
+            page_.ControllerLabel->setText(QStringLiteral("Zelvar"));
+            break;
+        default:
+            page_.ControllerLabel->setText(QStringLiteral("Unknown"));
+            break;
+    }
+    // The gauge draws the needle at the nearer end when the value is off its scale.
+    page_.Gauge->setValue(context_.status.CurrentPan);
+}
+
+void PositionReport::SSTab1_Click(int shownPage) {
+    jog_.stop();
+    if (shownPage == 0) {
+        jog_.JogEnabled = true;
+        jog_.JogPanOn = true;
+        jog_.JogTiltOn = true;
+        page_.Label3->setText(QStringLiteral("Jog Pan And Tilt"));
+        return;
+    }
+    jog_.JogEnabled = false;
+    if (shownPage == kTourPage) {
+        runHook(context_.hooks.refillTourPresetChoices);
+    }
+}
+
+}  // namespace halvex

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <QAbstractButton>
+#include <QLabel>
+#include <QObject>
+#include <QTabWidget>
+#include <array>
+
+#include "connection/console_context.h"
+#include "positioning/jog_state.h"
+
+namespace halvex {
+
+class PanTiltPage;
+
+// Where the bytes the cameras sent back are shown (the camera page).
+struct CameraReplyView {
+    std::array<QLabel*, 2> RXLabel{};
+    // Checked: show the camera's bytes as hexadecimal rather than as text.
+    std::array<QAbstractButton*, 2> HexOp1{};
+};
+
+// Decodes the position report and the soft-limit reply into the Pan/Tilt
+// page, keeps the status lamps, the controller caption and the gauge in step,
+// and switches jogging on and off as pages change.
+class PositionReport : public QObject {
+    Q_OBJECT
+  public:
+    static constexpr int kCameraBufferLast = 100;
+
+    PositionReport(ConsoleContext& context, PanTiltPage& page, JogState& jog,
+                   CameraReplyView cameras, QTabWidget& tabs, QObject* parent = nullptr);
+
+    // Registers the refresh that must follow the tour check (caption, gauge);
+    // called once every feature has registered its own refreshes.
+    void registerLateRefresh();
+
+    void decodePositionReport();
+    void decodeSoftLimit();
+    void refreshStatusLamps();
+    void refreshControllerAndGauge();
+    void SSTab1_Click(int shownPage);
+
+    const std::array<Byte, kCameraBufferLast + 1>& cameraBytes(int camera) const {
+        return CamRxData[static_cast<std::size_t>(camera)];
+    }
+
+  private:
+    void showCameraBytes(int& index, int count, int camera);
+    void rescaleGauge();
+
+    ConsoleContext& context_;
+    PanTiltPage& page_;
+    JogState& jog_;
+    CameraReplyView cameras_;
+    QTabWidget& tabs_;
+    std::array<std::array<Byte, kCameraBufferLast + 1>, 2> CamRxData{};
+};
+
+}  // namespace halvex

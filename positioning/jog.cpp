@@ -1,0 +1,158 @@
+#include "positioning/jog.h"
+
+#include <cmath>
+
+#include "protocol/fault_guard.h"
+#include "ui/pages/pan_tilt_page.h"
+
+namespace halvex {
+
+namespace {
+constexpr int kCentre = 255;
+constexpr int kSpan = 512;
+
+// Distance from the centre as a speed byte. Coordinates past 510 would give
+// more than 255; the byte stops there.
+Byte speedFrom(int distance) {
+    return static_cast<Byte>(std::min(distance, 255));
+}
+
+int roundHalfEven(double value) {
+    return static_cast<int>(std::nearbyint(value));
+}
+}  // namespace
+
+int buttonValue(Qt::MouseButtons buttons) {
+    int value = 0;
+    if (buttons & Qt::LeftButton) {
+        value |= JogControl::Left;
+    }
+    if (buttons & Qt::RightButton) {
+        value |= JogControl::Right;
+    }
+    if (buttons & Qt::MiddleButton) {
+        value |= JogControl::Middle;
+    }
+    return value;
+}
+
+JogControl::JogControl(ConsoleContext& context, JogState& jog, PanTiltPage& page, QObject* parent)
+    : QObject(parent), context_(context), jog_(jog), page_(page) {
+    context_.link.setJogSender([this] { sendJogMessage(); });
+
+    connect(page_.Jog, &JogBox::mousePressed, this,
+            [this](Qt::MouseButton button, Qt::MouseButtons, double x, double y) {
+                guarded(context_.state, "JogBox_MouseDown",
+                        [&] { JogBox_MouseDown(buttonValue(button), x, y); });
+            });
+    connect(page_.Jog, &JogBox::mouseMoved, this,
+            [this](Qt::MouseButton, Qt::MouseButtons buttons, double x, double y) {
+                guarded(context_.state, "JogBox_MouseMove",
+                        [&] { JogBox_MouseMove(buttonValue(buttons), x, y); });
+            });
+    connect(page_.Jog, &JogBox::mouseReleased, this,
+            [this] { guarded(context_.state, "JogBox_MouseUp", [&] { JogBox_MouseUp(); }); });
+    connect(page_.Command2, &QPushButton::clicked, this,
+            [this] { guarded(context_.state, "Command2_Click", [&] { Command2_Click(); }); });
+}
+
+void JogControl::refreshFlags() {
+    Byte flags = context_.state.JogFlags;
+    flags = page_.TiltSloCheck->isChecked() ? SetBit(flags, 3) : ClearBit(flags, 3);
+    flags = page_.PanSloCheck->isChecked() ? SetBit(flags, 4) : ClearBit(flags, 4);
+    flags = jog_.TiltJogDirection ? SetBit(flags, 6) : ClearBit(flags, 6);
+    flags = jog_.PanJogDirection ? SetBit(flags, 7) : ClearBit(flags, 7);
+    context_.state.JogFlags = flags;
+}
+
+void JogControl::sendJogMessage() {
+    refreshFlags();
+    ByteTable& tx = context_.state.TxBuffer;
+    tx[0] = 0x31;
+    tx[1] = context_.state.JogFlags;
+    tx[2] = jog_.PanJogSpeed;
+    tx[3] = jog_.TiltJogSpeed;
+    for (int i = 0; i < 4; ++i) {
+        tx[4 + i] = jog_.LensJogSpeeds[static_cast<std::size_t>(i)];
+    }
+    tx[8] = Calc_LRC(tx, 8, frameAddress(context_.state.UnitId, context_.state.AddressOverride));
+    context_.link.transmit(8);
+}
+
+void JogControl::JogBox_MouseDown(int button, double x, double y) {
+    if (!jog_.JogEnabled) {
+        jog_.stop();
+        return;
+    }
+    if (button == Right) {
+        // Pan And Tilt -> Pan Only -> Tilt Only -> Pan And Tilt.
+        if (!jog_.JogPanOn) {
+            jog_.JogPanOn = true;
+            jog_.JogTiltOn = true;
+            page_.Label3->setText(QStringLiteral("Jog Pan And Tilt"));
+        } else if (jog_.JogTiltOn) {
+            jog_.JogTiltOn = false;
+            page_.Label3->setText(QStringLiteral("Jog Pan Only"));
+        } else {
+            jog_.JogPanOn = false;
+            jog_.JogTiltOn = true;
+            page_.Label3->setText(QStringLiteral("Jog Tilt Only"));
+        }
+        return;
+    }
+    applyJogRule(button, x, y);
+}
+
+void JogControl::JogBox_MouseMove(int buttons, double x, double y) {
+    if (!jog_.JogEnabled) {
+        jog_.stop();
+        return;
+    }
+    applyJogRule(buttons, x, y);
+}
+
+void JogControl::JogBox_MouseUp() {
+    jog_.stop();
+}
+
+void JogControl::applyJogRule(int button, double x, double y) {
+    const bool inside = button == Left && std::isfinite(x) && std::isfinite(y) &&
+                        std::floor(x) >= 0 && std::floor(x) <= kSpan && std::floor(y) >= 0 &&
+                        std::floor(y) <= kSpan;
+    if (!inside) {
+        page_.Jog->unsetCursor();
+        jog_.stop();
+        return;
+    }
+    page_.Jog->setCursor(Qt::CrossCursor);
+    const int px = roundHalfEven(x);
+    const int py = roundHalfEven(y);
+
+    Byte panSpeed = 0;
+    if (px < kCentre) {
+        panSpeed = speedFrom(kCentre - px);
+        jog_.PanJogDirection = false;
+    } else if (px > kCentre) {
+        panSpeed = speedFrom(px - kCentre);
+        jog_.PanJogDirection = true;
+    }
+    Byte tiltSpeed = 0;
+    if (py < kCentre) {
+        tiltSpeed = speedFrom(kCentre - py);
+        jog_.TiltJogDirection = true;
+    } else if (py > kCentre) {
+        tiltSpeed = speedFrom(py - kCentre);
+        jog_.TiltJogDirection = false;
+    }
+    jog_.PanJogSpeed = jog_.JogPanOn ? panSpeed : 0;
+    jog_.TiltJogSpeed = jog_.JogTiltOn ? tiltSpeed : 0;
+}
+
+void JogControl::Command2_Click() {
+    jog_.SoftLimitOverride = !jog_.SoftLimitOverride;
+    context_.state.JogFlags = jog_.SoftLimitOverride ? SetBit(context_.state.JogFlags, 2)
+                                                     : ClearBit(context_.state.JogFlags, 2);
+    page_.Command2->setChecked(jog_.SoftLimitOverride);
+}
+
+}  // namespace halvex
