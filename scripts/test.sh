@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Sets up, builds and runs the whole test suite.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+scripts/setup.sh
+scripts/build.sh build
+export QT_QPA_PLATFORM=offscreen
+cd build
+ctest --output-on-failure --timeout 300
