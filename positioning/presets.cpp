@@ -1,0 +1,149 @@
+#include "positioning/presets.h"
+
+#include "positioning/position_encoding.h"
+#include "protocol/fault_guard.h"
+#include "protocol/senders.h"
+#include "protocol/wait.h"
+#include "ui/pages/presets_page.h"
+#include "ui/widgets/led_display.h"
+
+namespace halvex {
+
+namespace {
+const char* const kClearCaption = "Clear All Preset Entries To 0/0";
+const char* const kClearingCaption = "Clearing And Reloading Presets";
+}  // namespace
+
+Presets::Presets(ConsoleContext& context, PresetsPage& page, QObject* parent)
+    : QObject(parent), context_(context), page_(page) {
+    connectControls();
+}
+
+void Presets::connectControls() {
+    FormState& state = context_.state;
+    QListWidget* list = page_.PresetList;
+    // A selection made from the keyboard or by a reply shows the preset too.
+    connect(list, &QListWidget::currentRowChanged, this,
+            [this, &state] { guarded(state, "PresetList_Click", [this] { PresetList_Click(); }); });
+    connect(list, &QListWidget::itemDoubleClicked, this, [this, &state] {
+        guarded(state, "PresetList_DblClick", [this] { PresetList_DblClick(); });
+    });
+    connect(page_.SavePreBut, &QPushButton::clicked, this,
+            [this, &state] { guarded(state, "SavePreBut_Click", [this] { SavePreBut_Click(); }); });
+    connect(page_.SaveCurPreBut, &QPushButton::clicked, this, [this, &state] {
+        guarded(state, "SaveCurPreBut_Click", [this] { SaveCurPreBut_Click(); });
+    });
+    connect(page_.AddAuxBut, &QPushButton::clicked, this,
+            [this, &state] { guarded(state, "AddAuxBut_Click", [this] { AddAuxBut_Click(); }); });
+    connect(page_.ClearPreBut, &QPushButton::clicked, this, [this, &state] {
+        guarded(state, "ClearPreBut_Click", [this] { ClearPreBut_Click(); });
+    });
+
+    UnitStatus& status = context_.status;
+    connectAngleSteps(
+        state, page_.PanPreBut, page_.PanPreLED,
+        [&status]() -> std::optional<float> { return status.PanMinLimit; },
+        [&status]() -> std::optional<float> { return status.PanMaxLimit; });
+    connectAngleSteps(
+        state, page_.TiltPreBut, page_.TiltPreLED,
+        [&status]() -> std::optional<float> { return status.TiltMinLimit; },
+        [&status]() -> std::optional<float> { return status.TiltMaxLimit; });
+}
+
+void Presets::registerDecoders() {
+    for (Byte code = kGetPreset; code <= kAddLens; ++code) {
+        context_.receiver.registerDecoder(code, [this] { decodeReply(); });
+    }
+}
+
+void Presets::decodeReply() {
+    const ByteTable& rx = context_.state.RxBuffer;
+    const int number = rx[1];
+    const PresetRecord record = readPresetRecord(rx);
+    table_.store(number, record);
+
+    QListWidget* list = page_.PresetList;
+    if (list->count() > number) {
+        delete list->takeItem(number);
+    }
+    // A position past the end puts the entry at the end of the list.
+    if (const auto text = presetEntryText(number, record, context_.status.UnitVariant())) {
+        list->insertItem(number, *text);
+    }
+    // An entry placed at the end of a shorter list has no position n to select.
+    if (number < list->count()) {
+        list->setCurrentRow(number);
+        PresetList_Click();
+    }
+}
+
+void Presets::reload() {
+    page_.PresetList->clear();
+    {
+        SendInProgressScope sending(context_.state);
+        for (int number = 0; number < kUnitPresets; ++number) {
+            sendHeld(context_.state, context_.link, {kGetPreset, static_cast<Byte>(number)});
+            awaitReply(context_.state);
+        }
+    }
+    awaitIdle(context_.state);
+    if (page_.PresetList->count() > 0) {
+        page_.PresetList->setCurrentRow(0);
+    }
+}
+
+void Presets::PresetList_Click() {
+    const int row = page_.PresetList->currentRow();
+    if (row < 0) {
+        return;
+    }
+    const PresetRecord& record = table_.at(row);
+    page_.PanPreLED->setValue(static_cast<float>(record.pan) / 100.0f);
+    page_.TiltPreLED->setValue(static_cast<float>(record.tilt) / 100.0f);
+}
+
+Byte Presets::selectedPreset() const {
+    return checkedByte(page_.PresetList->currentRow());
+}
+
+void Presets::PresetList_DblClick() {
+    sendMessage(context_.state, context_.link, {kGoToPreset, selectedPreset()});
+}
+
+void Presets::SavePreBut_Click() {
+    const Byte preset = selectedPreset();
+    const std::int32_t pan = encodePosition(page_.PanPreLED->value());
+    const std::int32_t tilt = encodePosition(page_.TiltPreLED->value());
+    FormState& state = context_.state;
+    SendInProgressScope sending(state);
+    state.TxBuffer[0] = kStorePreset;
+    state.TxBuffer[1] = preset;
+    putPosition(state.TxBuffer, 2, pan);
+    putPosition(state.TxBuffer, 5, tilt);
+    context_.link.SendFrame(8);
+}
+
+void Presets::SaveCurPreBut_Click() {
+    sendMessage(context_.state, context_.link, {kStoreCurrent, selectedPreset()});
+    awaitReply(context_.state);
+}
+
+void Presets::AddAuxBut_Click() {
+    sendMessage(context_.state, context_.link, {kAddLens, selectedPreset()});
+}
+
+void Presets::ClearPreBut_Click() {
+    FormState& state = context_.state;
+    page_.ClearPreBut->setText(QString::fromLatin1(kClearingCaption));
+    letEventsRun();
+    sendMessage(state, context_.link, {kClearPresets});
+    // The unit's answer to the clear, then one more reply (the next jog
+    // report) so the unit has finished zeroing before it is asked again.
+    awaitReply(state);
+    context_.link.Timer4().setInterval(Link::kWatchdogMs);
+    awaitReply(state);
+    reload();
+    page_.ClearPreBut->setText(QString::fromLatin1(kClearCaption));
+}
+
+}  // namespace halvex

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QObject>
+
+#include "connection/console_context.h"
+#include "positioning/preset_table.h"
+
+namespace halvex {
+
+class PresetsPage;
+
+// Keeps the unit's presets: decodes the preset replies into the tables and
+// the list, reloads them, and sends the move, store and clear commands of
+// the "Presets" page.
+class Presets : public QObject {
+    Q_OBJECT
+  public:
+    Presets(ConsoleContext& context, PresetsPage& page, QObject* parent = nullptr);
+
+    const PresetTable& table() const { return table_; }
+
+    // Registers the decoder of the preset replies (codes 64..67).
+    void registerDecoders();
+
+    // Asks for presets 0..31 one at a time, each after the previous reply.
+    void reload();
+
+    // Reply handler for codes 64..67: one preset record.
+    void decodeReply();
+
+    void PresetList_Click();
+    void PresetList_DblClick();
+    void SavePreBut_Click();
+    void SaveCurPreBut_Click();
+    void AddAuxBut_Click();
+    void ClearPreBut_Click();
+
+    static constexpr Byte kGetPreset = 0x40;
+    static constexpr Byte kStorePreset = 0x41;
+    static constexpr Byte kStoreCurrent = 0x42;
+    static constexpr Byte kAddLens = 0x43;
+    static constexpr Byte kGoToPreset = 0x32;
+    static constexpr Byte kClearPresets = 0x94;
+
+  private:
+    void connectControls();
+    // The selected list position as the command's preset byte; no selection
+    // (-1) does not fit a byte and stops the handler.
+    Byte selectedPreset() const;
+
+    ConsoleContext& context_;
+    PresetsPage& page_;
+    PresetTable table_;
+};
+
+}  // namespace halvex
