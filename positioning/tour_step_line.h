@@ -13,7 +13,7 @@ constexpr Byte kDwellSecondsMask = 0x7F;
 constexpr Byte kVideoBlankBit = 0x80;
 
 // The line of one tour step in the tour list:
-//   " 3   Pre  5   10 Secs  Y      1"
+//   " 3   Pre  5   10 Secs  Y       1"
 // step, preset and dwell right-aligned, then the video-blank mark ("Y" or
 // "N", left-aligned in two characters) and, on a controller with the second
 // camera (type 0), the camera number.

@@ -105,3 +105,8 @@ class PositioningRig {
 Message_ positionBytes(std::int32_t hundredths);
 
 }  // namespace halvex::testing
+
+// Readable QString values in test failure messages.
+inline void PrintTo(const QString& text, std::ostream* os) {
+    *os << '"' << text.toStdString() << '"';
+}
