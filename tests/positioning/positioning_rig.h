@@ -4,6 +4,7 @@
 // in-process port to a small scripted unit that keeps presets, tours,
 // offsets and soft limits.
 
+#include <QAbstractButton>
 #include <QLabel>
 #include <QListWidget>
 #include <QTabWidget>
