@@ -64,8 +64,8 @@ void ConnectionSequence::showProgress(const QString& pan, const QString& tilt) {
 }
 
 void ConnectionSequence::StartBut_Click() {
-    if (running_) {
-        return;  // a second click while connecting would start a second sequence
+    if (running_ || port_.isOpen()) {
+        return;  // already connecting or connected
     }
     const QString device = comPortDevice(ports_.comPort());
     if (!port_.open(device, ports_.baudRate())) {
@@ -210,11 +210,13 @@ void ConnectionSequence::ExitBut_Click() {
     }
     context_.state.JogFlags = SetBit(context_.state.JogFlags, 1);
     if (!context_.state.LinkFault && context_.link.Timer2().isActive()) {
-        // Wait for the reply that shows the stop request reached the unit.
-        // A watchdog expiry meanwhile means no reply is coming.
-        context_.state.ReplyReceived = false;
-        waitUntil(context_.state,
-                  [this] { return context_.state.ReplyReceived || context_.state.LinkFault; });
+        // Wait for the frame that carries the stop request to go out, then
+        // for the reply that shows it reached the unit. A watchdog expiry
+        // meanwhile means no reply is coming.
+        FormState& state = context_.state;
+        waitUntil(state, [&state] { return !BitIsSet(state.JogFlags, 1) || state.LinkFault; });
+        state.ReplyReceived = false;
+        waitUntil(state, [&state] { return state.ReplyReceived || state.LinkFault; });
     }
     context_.link.Timer1().stop();
     context_.link.Timer2().stop();

@@ -30,6 +30,9 @@ PositionReport::PositionReport(ConsoleContext& context, PanTiltPage& page, JogSt
     }
     context_.receiver.registerDecoder(0x81, [this] { decodeSoftLimit(); });
     context_.receiver.addRefreshHook([this] { refreshStatusLamps(); });
+}
+
+void PositionReport::watchPageChanges() {
     connect(&tabs_, &QTabWidget::currentChanged, this, [this](int shown) {
         guarded(context_.state, "SSTab1_Click", [&] { SSTab1_Click(shown); });
     });

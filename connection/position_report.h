@@ -34,6 +34,8 @@ class PositionReport : public QObject {
     // Registers the refresh that must follow the tour check (caption, gauge);
     // called once every feature has registered its own refreshes.
     void registerLateRefresh();
+    // Starts following page changes; called once the pages are all in place.
+    void watchPageChanges();
 
     void decodePositionReport();
     void decodeSoftLimit();

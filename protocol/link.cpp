@@ -98,6 +98,7 @@ void Link::transmit(int count) {
     // Stop and reset requests go out with one frame only.
     state_.JogFlags = ClearBit(state_.JogFlags, 1);
     state_.JogFlags = ClearBit(state_.JogFlags, 0);
+    state_.notifyChanged();
 }
 
 }  // namespace halvex

@@ -189,10 +189,11 @@ void VornixU::installFeatures() {
     connect(exitBut_, &QPushButton::clicked, this, [this] { close(); });
     connect(reinitialize_, &QAction::triggered, this,
             [this] { handle("Reinitialize", [this] { connection_->Reinitialize(); }); });
-    connect(connection_, &ConnectionSequence::finished, this, [this](bool online) {
-        reinitialize_->setEnabled(online);
-        startBut_->setEnabled(!online);
-    });
+    // The start button stays enabled: its picture is the link lamp, and a
+    // disabled button would grey it out. A click while connected does nothing.
+    connect(connection_, &ConnectionSequence::finished, this,
+            [this](bool online) { reinitialize_->setEnabled(online); });
+    positionReport_->watchPageChanges();
 }
 
 void VornixU::showLamp(LinkLamp lamp) {

@@ -1,0 +1,166 @@
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QTabWidget>
+
+#include "connection/connection_sequence.h"
+#include "tests/support/console_rig.h"
+
+using namespace halvex;
+using namespace halvex::testing;
+using Messages_ = std::vector<std::vector<Byte>>;
+
+namespace {
+// Every request of the connection sequence after the first jog message, in
+// order, for a unit whose tours are empty.
+Messages_ expectedSequence() {
+    Messages_ expected = {{0x85}, {0x81, 0x80}, {0x81, 0x81}, {0x81, 0x82}, {0x81, 0x83}};
+    for (Byte n = 0; n < 32; ++n) {
+        expected.push_back({0x40, n});
+    }
+    const Messages_ rest = {{0x56, 0x00},
+                            {0x90},
+                            {0x92, 0x80, 0, 0, 0, 0, 0, 0, 0},
+                            {0xA1, 0x80, 0, 0, 0, 0},
+                            {0xA2, 0x80, 0, 0, 0, 0},
+                            {0x9C, 0x80, 0, 0},
+                            {0x9C, 0xC0, 0, 0},
+                            {0x96, 0x80},
+                            {0x95, 0x80},
+                            {0x97, 0x80},
+                            {0x9A},
+                            {0xA5, 0x80, 0, 0, 0, 0},
+                            {0x61, 0x80, 0, 0, 0, 0, 0},
+                            {0x60, 0x80, 0x00},
+                            {0x65, 0x80, 0x00},
+                            {0x64, 0x80, 0x00},
+                            {0x70, 0x80},
+                            {0x71, 0x80}};
+    expected.insert(expected.end(), rest.begin(), rest.end());
+    return expected;
+}
+}  // namespace
+
+TEST(ConnectionSequence, ReadsTheWholeUnitInOrderAndGoesOnline) {
+    ConsoleRig rig;
+    auto* tabs = rig.find<QTabWidget>(QStringLiteral("SSTab1"));
+    EXPECT_FALSE(tabs->isEnabled());
+    ASSERT_TRUE(rig.connect());
+
+    EXPECT_EQ(rig.window->windowTitle(),
+              QStringLiteral("Halvex Remote Control Emulator Ver 2.00 Using COM1 At 9600 Online"));
+    EXPECT_TRUE(tabs->isEnabled());
+    EXPECT_EQ(tabs->currentIndex(), 0);
+    EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label2_0"))->text(), QStringLiteral("Pan"));
+    EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label2_1"))->text(), QStringLiteral("Tilt"));
+    EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label3"))->text(),
+              QStringLiteral("Jog Pan And Tilt"));
+    EXPECT_TRUE(rig.shown.empty());
+
+    const auto& frames = rig.line.frames();
+    ASSERT_FALSE(frames.empty());
+    EXPECT_EQ(frames.front().message.front(), 0x31);  // the first frame is a jog message
+    auto requests = rig.line.messages(false);
+    // Drop whatever the operator-free console sends after going online.
+    const Messages_ expected = expectedSequence();
+    ASSERT_GE(requests.size(), expected.size());
+    requests.resize(expected.size());
+    EXPECT_EQ(requests, expected);
+    // No request was split by a jog message: the requests are contiguous
+    // except around the single-frame sends.
+    EXPECT_TRUE(rig.window->state().Online);
+    EXPECT_FALSE(rig.window->state().SendInProgress);
+}
+
+TEST(ConnectionSequence, MissingPortShowsTheMessageAndStaysOffline) {
+    ConsoleRig rig;
+    rig.port->setOpenFails(true);
+    rig.click(QStringLiteral("StartBut"));
+    ASSERT_EQ(rig.shown.size(), 1u);
+    EXPECT_EQ(rig.shown[0].title, QStringLiteral("Could Not Open COM1"));
+    EXPECT_EQ(rig.shown[0].text,
+              QStringLiteral("There was a problem opening the serial port. Please check your port "
+                             "selection under 'Port' and try again."));
+    EXPECT_FALSE(rig.window->link().Timer1().isActive());
+    EXPECT_FALSE(rig.window->link().Timer2().isActive());
+    EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral(" Offline")));
+    EXPECT_TRUE(rig.line.frames().empty());
+}
+
+TEST(ConnectionSequence, SilentUnitGivesUpAfterTheConnectionTimeout) {
+    ConsoleRig rig;
+    rig.line.setConnected(false);
+    QElapsedTimer clock;
+    clock.start();
+    rig.click(QStringLiteral("StartBut"));
+    ASSERT_EQ(rig.shown.size(), 1u);
+    EXPECT_GE(clock.elapsed(), 2400);
+    EXPECT_EQ(rig.shown[0].title, QStringLiteral("Could Not Establish Connection"));
+    EXPECT_EQ(rig.shown[0].text,
+              QStringLiteral("There was a problem establishing a connection. Please check your "
+                             "port selection and baud rate and try again."));
+    EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral(" Initializing Pan & Tilt")));
+    EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label2_0"))->text(), QStringLiteral("Pan"));
+    EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label2_1"))->text(), QStringLiteral("Tilt"));
+    EXPECT_FALSE(rig.find<QTabWidget>(QStringLiteral("SSTab1"))->isEnabled());
+    EXPECT_FALSE(rig.window->link().Timer2().isActive());
+    EXPECT_FALSE(rig.port->isOpen());
+    // Jog messages went out on every tick of the wait, and nothing else.
+    EXPECT_GE(rig.line.frames().size(), 20u);
+    EXPECT_EQ(rig.line.messages(false).size(), 0u);
+
+    // The operator plugs the unit in and tries again.
+    rig.line.setConnected(true);
+    EXPECT_TRUE(rig.connect());
+}
+
+TEST(ConnectionSequence, UnitWithoutSecondCameraHidesItsControlsForGood) {
+    sim::UnitOptions options;
+    options.variant = 1;
+    ConsoleRig rig(options);
+    ASSERT_TRUE(rig.connect());
+    for (const char* name :
+         {"Z2LED", "F2LED", "Zoom2Label", "Focus2Label", "ZFScroll_0", "ZFLabel_3", "Label1_3"}) {
+        auto* widget = rig.find<QWidget>(QLatin1String(name));
+        ASSERT_NE(widget, nullptr) << name;
+        EXPECT_TRUE(widget->isHidden()) << name;
+    }
+    EXPECT_FALSE(rig.find<QWidget>(QStringLiteral("Z1LED"))->isHidden());
+    EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label1_1"))->text(), QStringLiteral("Zelvar"));
+}
+
+TEST(ConnectionSequence, ResetAndStopRequestsRideOnTheNextJogMessageOnce) {
+    ConsoleRig rig;
+    ASSERT_TRUE(rig.connect());
+    rig.line.clear();
+    rig.click(QStringLiteral("ResetBut"));
+    rig.click(QStringLiteral("ResetBut"));
+    rig.click(QStringLiteral("StopBut"));
+    ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.line.frames().size() >= 3; }));
+    const auto jogs = rig.line.messages(true);
+    EXPECT_EQ(jogs[0][0], 0x31);
+    EXPECT_EQ(jogs[0][1] & 0x03, 0x03);  // both requests, in one frame
+    for (std::size_t i = 1; i < jogs.size(); ++i) {
+        EXPECT_EQ(jogs[i][1] & 0x03, 0x00) << i;
+    }
+}
+
+TEST(ConnectionSequence, ExitTellsTheUnitToStopThenClosesThePort) {
+    ConsoleRig rig;
+    ASSERT_TRUE(rig.connect());
+    rig.line.clear();
+    rig.window->close();
+    EXPECT_FALSE(rig.port->isOpen());
+    ASSERT_FALSE(rig.line.frames().empty());
+    EXPECT_EQ(rig.line.frames().back().message[0], 0x31);
+    EXPECT_EQ(rig.line.frames().back().message[1] & 0x02, 0x02);
+    EXPECT_FALSE(rig.window->link().Timer2().isActive());
+}
+
+TEST(ConnectionSequence, ExitWithADeadLineDoesNotHang) {
+    ConsoleRig rig;
+    ASSERT_TRUE(rig.connect());
+    rig.line.setConnected(false);
+    rig.window->close();
+    EXPECT_FALSE(rig.port->isOpen());
+}

@@ -1,0 +1,180 @@
+#include <gtest/gtest.h>
+
+#include <QPushButton>
+#include <QRadioButton>
+#include <QStatusBar>
+#include <QTabWidget>
+
+#include "connection/unit_status.h"
+#include "tests/support/console_rig.h"
+#include "tests/support/scripted_unit.h"
+#include "ui/pages/pan_tilt_page.h"
+#include "ui/widgets/led_display.h"
+#include "ui/widgets/pan_gauge.h"
+#include "ui/widgets/status_lamp.h"
+
+using namespace halvex;
+using namespace halvex::testing;
+
+namespace {
+// The console with its port open but no ticks running, so the only replies
+// are the ones a test puts on the line.
+struct ReportRig : ConsoleRig {
+    ReportRig() {
+        port->open(QStringLiteral("COM1"), 9600);
+        window->SSTab1().setEnabled(true);
+    }
+
+    void arrive(const std::vector<Byte>& message) {
+        port->injectIncoming(ScriptedUnit::replyWire(0, message));
+    }
+
+    // A position report: pan and tilt in hundredths, status bytes, lenses.
+    static std::vector<Byte> report(Byte code, std::int32_t pan, std::int32_t tilt, Byte a, Byte b,
+                                    Byte c, std::vector<Byte> tail = {}) {
+        std::vector<Byte> m{code,
+                            static_cast<Byte>(pan & 0xFF),
+                            static_cast<Byte>((pan >> 8) & 0xFF),
+                            static_cast<Byte>((pan >> 16) & 0xFF),
+                            static_cast<Byte>(tilt & 0xFF),
+                            static_cast<Byte>((tilt >> 8) & 0xFF),
+                            static_cast<Byte>((tilt >> 16) & 0xFF),
+                            a,
+                            b,
+                            c,
+                            10,
+                            20,
+                            30,
+                            40};
+        m.insert(m.end(), tail.begin(), tail.end());
+        return m;
+    }
+
+    double led(const char* name) { return find<LedDisplay>(QLatin1String(name))->value(); }
+    QColor lamp(const char* name) { return find<StatusLamp>(QLatin1String(name))->color(); }
+    PanTiltPage& page() { return window->panTiltPage(); }
+};
+
+const QColor kRed(255, 0, 0), kYellow(255, 255, 0), kGreen(0, 255, 0), kGrey(224, 224, 224);
+}  // namespace
+
+TEST(PositionReport, CurrentAndTargetReportsFillTheirOwnDisplays) {
+    ReportRig rig;
+    rig.arrive(ReportRig::report(0x31, -100, 4550, 0, 0, 0x80, {0, 0}));
+    EXPECT_FLOAT_EQ(rig.led("PanPosLED"), -1.0);
+    EXPECT_FLOAT_EQ(rig.led("TiltPosLED"), 45.5);
+    EXPECT_FLOAT_EQ(rig.led("Z1LED"), 10);
+    EXPECT_FLOAT_EQ(rig.led("F2LED"), 40);
+    EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Focus1Label"))->text(), QStringLiteral("20"));
+    // Continuous pan: no pan soft limits to set.
+    EXPECT_FALSE(rig.page().SetSLBut[0]->isEnabled());
+    EXPECT_FALSE(rig.page().SetSLBut[1]->isEnabled());
+    EXPECT_TRUE(rig.page().SetSLBut[2]->isEnabled());
+
+    rig.arrive(ReportRig::report(0x33, 9000, -1234, 0, 0, 0x20));
+    EXPECT_FLOAT_EQ(rig.led("PDesLed"), 90.0);
+    EXPECT_FLOAT_EQ(rig.led("TDesLed"), -12.34f);
+    EXPECT_FLOAT_EQ(rig.led("PanPosLED"), -1.0);  // untouched by a target report
+    EXPECT_TRUE(rig.page().SetSLBut[0]->isEnabled());
+    EXPECT_EQ(rig.lamp("DesLed"), kYellow);
+}
+
+TEST(PositionReport, CameraBytesRideOnlyOnJogReplies) {
+    ReportRig rig;
+    auto* rx1 = rig.find<QLabel>(QStringLiteral("RXLabel_0"));
+    auto* rx2 = rig.find<QLabel>(QStringLiteral("RXLabel_1"));
+    rig.find<QRadioButton>(QStringLiteral("HexOp1_1"))->setChecked(true);
+    rig.arrive(ReportRig::report(0x31, 0, 0, 0, 0, 0, {2, 3, 'O', 'K', 0x90, 0x41, 0xFF}));
+    EXPECT_EQ(rx1->text(), QStringLiteral("OK"));
+    EXPECT_EQ(rx2->text(), QStringLiteral("9041FF"));
+    // A move reply carries no camera data: the text stays.
+    rig.arrive(ReportRig::report(0x33, 0, 0, 0, 0, 0x20));
+    EXPECT_EQ(rx1->text(), QStringLiteral("OK"));
+    // A count past the camera buffer stops the decoder, not the program.
+    std::vector<Byte> many{120, 0};
+    many.insert(many.end(), 120, 'x');
+    rig.arrive(ReportRig::report(0x31, 0, 0, 0, 0, 0, many));
+    EXPECT_TRUE(rig.window->statusBar()->currentMessage().contains(
+        QStringLiteral("Subscript out of range")));
+    rig.arrive(ReportRig::report(0x31, 500, 0, 0, 0, 0, {0, 0}));
+    EXPECT_FLOAT_EQ(rig.led("PanPosLED"), 5.0);
+}
+
+TEST(PositionReport, SoftLimitRepliesSetTheLimitsAndTheGaugeScale) {
+    ReportRig rig;
+    rig.arrive({0x81, 1, 0x18, 0xFC, 0xFF});  // -1000
+    EXPECT_FLOAT_EQ(rig.window->status().PanMinLimit, -10.0f);
+    EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label13_1"))->text(), QStringLiteral("-10.00"));
+    rig.arrive({0x81, 0, 0x28, 0x23, 0x00});  // 9000
+    EXPECT_FLOAT_EQ(rig.window->status().PanMaxLimit, 90.0f);
+    rig.arrive({0x81, 3, 0xD8, 0xDC, 0xFF});  // -9000
+    EXPECT_FLOAT_EQ(rig.window->status().TiltMinLimit, -90.0f);
+    EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label13_3"))->text(), QStringLiteral("-90.00"));
+    rig.arrive({0x81, 7, 0x01, 0x00, 0x00});  // no such limit: nothing changes
+    EXPECT_FLOAT_EQ(rig.window->status().TiltMaxLimit, 0.0f);
+
+    auto* gauge = rig.find<PanGauge>(QStringLiteral("PanGauge"));
+    EXPECT_DOUBLE_EQ(gauge->minimum(), -10.0);
+    EXPECT_DOUBLE_EQ(gauge->maximum(), 90.0);
+    rig.arrive(ReportRig::report(0x31, 17000, 0, 0, 0, 0, {0, 0}));
+    EXPECT_DOUBLE_EQ(gauge->needleValue(), 90.0);
+}
+
+TEST(PositionReport, LampsFollowTheStatusBytesAndRaiseTheFault) {
+    ReportRig rig;
+    // CW hard limit, CCW soft limit, moving up, pan timeout.
+    rig.arrive(ReportRig::report(0x31, 0, 0, 0x20 | 0x40 | 0x08, 0x00, 0x02, {0, 0}));
+    EXPECT_EQ(rig.lamp("CWLed"), kRed);
+    EXPECT_EQ(rig.lamp("CCWLed"), kYellow);
+    EXPECT_EQ(rig.lamp("UpLed"), kGreen);
+    EXPECT_EQ(rig.lamp("DownLed"), kGrey);
+    EXPECT_EQ(rig.lamp("PTOLed"), kRed);
+    EXPECT_EQ(rig.lamp("PDELed"), QColor(128, 0, 0));
+    EXPECT_TRUE(rig.window->status().LimitFault);
+
+    // Tour running, override on, nothing wrong.
+    rig.arrive(ReportRig::report(0x31, 0, 0, 0x00, 0x00, 0x40 | 0x10, {0, 0}));
+    EXPECT_FALSE(rig.window->status().LimitFault);
+    EXPECT_EQ(rig.lamp("ExecLed"), kGreen);
+    EXPECT_EQ(rig.lamp("SLOverLed"), kRed);
+    EXPECT_EQ(rig.lamp("CWLed"), kGrey);
+    EXPECT_EQ(rig.lamp("DesLed"), QColor(128, 128, 0));
+
+    // Tilt direction fault alone is a fault.
+    rig.arrive(ReportRig::report(0x31, 0, 0, 0x00, 0x04, 0x00, {0, 0}));
+    EXPECT_EQ(rig.lamp("TDELed"), kRed);
+    EXPECT_TRUE(rig.window->status().LimitFault);
+}
+
+TEST(PositionReport, ControllerCaptionNamesTheUnitType) {
+    ReportRig rig;
+    auto* caption = rig.find<QLabel>(QStringLiteral("Label1_1"));
+    EXPECT_EQ(caption->text(), QStringLiteral("Unknown"));
+    rig.arrive(ReportRig::report(0x31, 0, 0, 0, 0, 0, {0, 0}));
+    EXPECT_EQ(caption->text(), QStringLiteral("Halvex"));
+    rig.arrive(ReportRig::report(0x31, 0, 0, 1, 0, 0, {0, 0}));
+    EXPECT_EQ(caption->text(), QStringLiteral("Zelvar"));
+    rig.arrive(ReportRig::report(0x31, 0, 0, 2, 0, 0, {0, 0}));
+    EXPECT_EQ(caption->text(), QStringLiteral("Unknown"));
+}
+
+TEST(PositionReport, LeavingThePanTiltPageStopsJoggingAndComingBackRearmsIt) {
+    ReportRig rig;
+    QTabWidget& tabs = rig.window->SSTab1();
+    JogState& jog = rig.window->jogState();
+    tabs.setCurrentIndex(1);
+    tabs.setCurrentIndex(0);
+    EXPECT_TRUE(jog.JogEnabled);
+    jog.PanJogSpeed = 90;
+    jog.TiltJogSpeed = 12;
+    tabs.setCurrentIndex(2);
+    EXPECT_FALSE(jog.JogEnabled);
+    EXPECT_EQ(jog.PanJogSpeed, 0);
+    EXPECT_EQ(jog.TiltJogSpeed, 0);
+    jog.JogPanOn = false;
+    tabs.setCurrentIndex(0);
+    EXPECT_TRUE(jog.JogPanOn);
+    EXPECT_TRUE(jog.JogTiltOn);
+    EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label3"))->text(),
+              QStringLiteral("Jog Pan And Tilt"));
+}

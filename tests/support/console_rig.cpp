@@ -1,0 +1,41 @@
+#include "tests/support/console_rig.h"
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+
+namespace halvex::testing {
+
+ConsoleRig::ConsoleRig(const sim::UnitOptions& options)
+    : previousDirectory(QDir::currentPath()), unit(options), port(new InProcessPort(&line)) {
+    QDir::setCurrent(directory.path());
+    Messages::setPresenter([this](QWidget*, const Message& message) {
+        shown.push_back(message);
+        return true;
+    });
+    window = std::make_unique<VornixU>(port);
+    window->Form_Load();
+    window->show();
+}
+
+ConsoleRig::~ConsoleRig() {
+    window.reset();
+    Messages::resetPresenter();
+    QDir::setCurrent(previousDirectory);
+}
+
+bool ConsoleRig::connect() {
+    click(QStringLiteral("StartBut"));
+    return waitFor([this] { return window->windowTitle().endsWith(QStringLiteral(" Online")); },
+                   20000);
+}
+
+void ConsoleRig::click(const QString& buttonName) {
+    auto* button = window->findChild<QAbstractButton*>(buttonName);
+    if (button == nullptr) {
+        ADD_FAILURE() << "no button " << buttonName.toStdString();
+        return;
+    }
+    QTest::mouseClick(button, Qt::LeftButton);
+}
+
+}  // namespace halvex::testing

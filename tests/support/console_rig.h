@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+#include <memory>
+
+#include "protocol/in_process_port.h"
+#include "sim/unit.h"
+#include "tests/support/recording_peer.h"
+#include "ui/messages.h"
+#include "ui/vornixu.h"
+
+namespace halvex::testing {
+
+// The whole console against the virtual unit on the in-process port, in a
+// scratch current directory, with message boxes recorded instead of shown.
+class ConsoleRig {
+  public:
+    explicit ConsoleRig(const sim::UnitOptions& options = {});
+    ~ConsoleRig();
+    ConsoleRig(const ConsoleRig&) = delete;
+    ConsoleRig& operator=(const ConsoleRig&) = delete;
+
+    // Presses Start and waits until the title says " Online".
+    bool connect();
+    // Waits until `done` holds, letting the console and the unit run.
+    static bool waitFor(const std::function<bool()>& done, int timeoutMs = 5000) {
+        return QTest::qWaitFor(done, timeoutMs);
+    }
+    template <typename T>
+    T* find(const QString& name) {
+        return window->findChild<T*>(name);
+    }
+    void click(const QString& buttonName);
+
+    QTemporaryDir directory;
+    QString previousDirectory;
+    std::vector<Message> shown;
+    sim::Unit unit;
+    RecordingPeer line{unit};
+    InProcessPort* port;
+    std::unique_ptr<VornixU> window;
+};
+
+}  // namespace halvex::testing

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <vector>
+
+#include "protocol/frame.h"
+#include "protocol/unit_peer.h"
+
+namespace halvex::testing {
+
+// Sits between the console's port and a unit and keeps every console frame
+// that passes, unstuffed, so tests can compare what went down the line.
+class RecordingPeer : public UnitPeer {
+  public:
+    struct Frame {
+        Byte address = 0;
+        std::vector<Byte> message;  // code and payload, without the LRC
+        Byte lrc = 0;
+    };
+
+    explicit RecordingPeer(UnitPeer& unit) : unit_(unit) {}
+
+    void receiveFromConsole(const std::uint8_t* data, std::size_t size) override;
+    void advanceTo(std::int64_t nowMs) override { unit_.advanceTo(nowMs); }
+    std::vector<std::uint8_t> takeOutput() override;
+
+    // When false, the unit hears nothing and so says nothing.
+    void setConnected(bool connected) { connected_ = connected; }
+
+    const std::vector<Frame>& frames() const { return frames_; }
+    // The frames' messages, leaving out jog messages when asked.
+    std::vector<std::vector<Byte>> messages(bool withJogs = true) const;
+    void clear() { frames_.clear(); }
+
+  private:
+    UnitPeer& unit_;
+    std::vector<Frame> frames_;
+    std::vector<Byte> current_;
+    bool inFrame_ = false;
+    bool connected_ = true;
+};
+
+}  // namespace halvex::testing

@@ -1,0 +1,71 @@
+// Renders the console's pages to PNG files, offline and online against the
+// virtual unit, for the README and for looking at a change without a desktop.
+//
+//   halvex-screenshots OUTPUT_DIR
+
+#include <QApplication>
+#include <QDir>
+#include <QPushButton>
+#include <QTabWidget>
+#include <QTemporaryDir>
+#include <QTest>
+#include <cstdio>
+
+#include "protocol/in_process_port.h"
+#include "sim/unit.h"
+#include "ui/pages/pan_tilt_page.h"
+#include "ui/vornixu.h"
+
+namespace {
+bool save(QWidget& widget, const QString& path) {
+    const bool ok = widget.grab().save(path);
+    std::printf("%s %s\n", ok ? "wrote" : "FAILED", qPrintable(path));
+    return ok;
+}
+
+QString fileName(const QString& caption) {
+    return caption.toLower().remove(QLatin1Char('/')).remove(QLatin1Char(' '));
+}
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    QApplication app(argc, argv);
+    const QString out = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral(".");
+    QDir().mkpath(out);
+
+    // The settings file goes to a scratch directory, not the caller's.
+    QTemporaryDir scratch;
+    QDir::setCurrent(scratch.path());
+
+    halvex::sim::Unit unit;
+    auto* port = new halvex::InProcessPort(&unit);
+    halvex::VornixU window(port);
+    window.Form_Load();
+    window.resize(1240, 800);
+    window.show();
+    QTest::qWait(200);
+    bool ok = save(window, out + QStringLiteral("/offline.png"));
+
+    window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
+    if (!QTest::qWaitFor([&] { return window.windowTitle().endsWith(QStringLiteral(" Online")); },
+                         60000)) {
+        std::printf("the console did not come online\n");
+        return 1;
+    }
+    // Give the platform something to show: a move in progress.
+    window.panTiltPage().PanDesLED->setValue(45.0);
+    window.panTiltPage().TiltDesLED->setValue(-10.0);
+    window.panTiltPage().AbsoBut->click();
+    QTest::qWait(1500);
+
+    QTabWidget& tabs = window.SSTab1();
+    for (int i = 0; i < tabs.count(); ++i) {
+        tabs.setCurrentIndex(i);
+        QTest::qWait(300);
+        ok = save(window, out + QStringLiteral("/%1.png").arg(fileName(tabs.tabText(i)))) && ok;
+    }
+    return ok ? 0 : 1;
+}
