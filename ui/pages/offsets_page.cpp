@@ -83,7 +83,7 @@ QWidget* OffsetsPage::buildOffsetBox() {
     grid->addWidget(TiltCorLED, 1, 1);
     grid->addWidget(tiltSteps.row, 1, 2);
     grid->addWidget(ClrLEDBut_3, 1, 3);
-    grid->setColumnStretch(1, 1);
+    grid->setColumnStretch(3, 1);
 
     GetAlignBut =
         makeButton("GetAlignBut", "Get Current Offsets", "Retrieve The Current Offset Values", box);

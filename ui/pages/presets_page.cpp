@@ -92,7 +92,7 @@ QWidget* PresetsPage::buildEditBox() {
     grid->addWidget(new QLabel(QStringLiteral("Tilt"), angles), 1, 0);
     grid->addWidget(TiltPreLED, 1, 1);
     grid->addWidget(tiltSteps.row, 1, 2);
-    grid->setColumnStretch(1, 1);
+    grid->setColumnStretch(3, 1);
 
     SavePreBut = makeButton(
         QStringLiteral("SavePreBut"), QStringLiteral("Save Coordinates As Preset"),
