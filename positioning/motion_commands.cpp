@@ -1,5 +1,6 @@
 #include "positioning/motion_commands.h"
 
+#include "positioning/angle_steps.h"
 #include "positioning/position_encoding.h"
 #include "protocol/fault_guard.h"
 #include "protocol/senders.h"
@@ -24,6 +25,21 @@ MotionCommands::MotionCommands(ConsoleContext& context, PanTiltPage& page, QObje
         connect(page_.ZFScroll[static_cast<std::size_t>(i)], &QScrollBar::valueChanged, this,
                 [this, i] { ZFScroll_Change(i); });
     }
+    // The desired angles step within the soft limits; a unit that pans for
+    // ever has no pan limits to stop at.
+    UnitStatus& status = context_.status;
+    connectAngleSteps(
+        context_.state, page_.PanDesBut, page_.PanDesLED,
+        [&status]() -> std::optional<float> {
+            return status.PanContinuous ? std::nullopt : std::optional<float>(status.PanMinLimit);
+        },
+        [&status]() -> std::optional<float> {
+            return status.PanContinuous ? std::nullopt : std::optional<float>(status.PanMaxLimit);
+        });
+    connectAngleSteps(
+        context_.state, page_.TiltDesBut, page_.TiltDesLED,
+        [&status]() -> std::optional<float> { return status.TiltMinLimit; },
+        [&status]() -> std::optional<float> { return status.TiltMaxLimit; });
     for (int i = 0; i < 2; ++i) {
         on(page_.ClrLEDBut[static_cast<std::size_t>(i)], "ClrLEDBut_Click",
            [this, i] { ClrLEDBut_Click(i); });

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
 #include <QCheckBox>
 #include <QScrollBar>
 #include <QStatusBar>
@@ -133,4 +134,25 @@ TEST_F(MoveCommands, AbsoluteMoveShowsTheTargetAndThePlatformArrives) {
     EXPECT_FLOAT_EQ(rig.page().TDesLed->value(), 0.0);
     ASSERT_TRUE(ConsoleRig::waitFor(
         [&] { return std::abs(rig.page().PanPosLED->value() + 20.25) < 0.005; }, 20000));
+}
+
+TEST_F(MoveCommands, DesiredPanStepsStopAtTheSoftLimits) {
+    MotionRig& rig = *shared_;
+    const float top = rig.window->status().PanMaxLimit;
+    const float bottom = rig.window->status().PanMinLimit;
+    ASSERT_LT(bottom, top);
+    auto* up = rig.find<QWidget>(QStringLiteral("PanDesBut_2"))
+                   ->findChild<QAbstractButton*>(QStringLiteral("up"));
+    auto* down100 = rig.find<QWidget>(QStringLiteral("PanDesBut_4"))
+                        ->findChild<QAbstractButton*>(QStringLiteral("down"));
+    rig.line.clear();
+    rig.page().PanDesLED->setValue(top - 0.5);
+    QTest::mouseClick(up, Qt::LeftButton);
+    EXPECT_FLOAT_EQ(rig.page().PanDesLED->value(), top);
+    rig.page().PanDesLED->setValue(bottom + 50.0f);
+    QTest::mouseClick(down100, Qt::LeftButton);
+    EXPECT_FLOAT_EQ(rig.page().PanDesLED->value(), bottom);
+    // Stepping sends nothing.
+    QTest::qWait(150);
+    EXPECT_TRUE(rig.line.messages(false).empty());
 }

@@ -4,6 +4,8 @@
 #include <QGroupBox>
 #include <QHBoxLayout>
 
+#include "positioning/angle_steps.h"
+
 namespace halvex {
 
 namespace {
@@ -46,23 +48,6 @@ QWidget* captioned(QWidget* parent, StatusLamp* lamp, const QString& caption) {
     return box;
 }
 
-// Five step buttons under an angle read-out: 0.01, 0.1, 1, 10 and 100 degrees.
-QWidget* stepRow(QWidget* parent, const QString& prefix, std::array<SpinButton*, 5>& buttons) {
-    auto* box = new QWidget(parent);
-    auto* row = new QHBoxLayout(box);
-    row->setContentsMargins(0, 0, 0, 0);
-    row->setSpacing(2);
-    const char* const steps[] = {".01", ".1", "1", "10", "100"};
-    for (int k = 4; k >= 0; --k) {
-        auto* spin = named(new SpinButton(box), QStringLiteral("%1_%2").arg(prefix).arg(k));
-        spin->setFixedSize(20, 30);
-        spin->setToolTip(QStringLiteral("Step %1 degrees").arg(QLatin1String(steps[k])));
-        buttons[static_cast<std::size_t>(k)] = spin;
-        row->addWidget(spin);
-    }
-    row->addStretch();
-    return box;
-}
 }  // namespace
 
 PanTiltPage::PanTiltPage(QWidget* parent) : QWidget(parent) {
@@ -236,11 +221,15 @@ QWidget* PanTiltPage::buildMoveGroup() {
     desired->addWidget(new QLabel(QStringLiteral("Desired Pan"), group), 0, 0);
     desired->addWidget(PanDesLED, 0, 1);
     desired->addWidget(ClrLEDBut[0], 0, 2);
-    desired->addWidget(stepRow(group, QStringLiteral("PanDesBut"), PanDesBut), 1, 1);
+    const AngleStepRow panSteps = makeAngleStepRow(QStringLiteral("PanDesBut"), group);
+    PanDesBut = panSteps.buttons;
+    desired->addWidget(panSteps.row, 1, 1);
     desired->addWidget(new QLabel(QStringLiteral("Desired Tilt"), group), 2, 0);
     desired->addWidget(TiltDesLED, 2, 1);
     desired->addWidget(ClrLEDBut[1], 2, 2);
-    desired->addWidget(stepRow(group, QStringLiteral("TiltDesBut"), TiltDesBut), 3, 1);
+    const AngleStepRow tiltSteps = makeAngleStepRow(QStringLiteral("TiltDesBut"), group);
+    TiltDesBut = tiltSteps.buttons;
+    desired->addWidget(tiltSteps.row, 3, 1);
     layout->addLayout(desired);
 
     HoldPanCheck = named(new QCheckBox(QStringLiteral("Hold Curr Pan"), group),
