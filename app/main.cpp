@@ -1,9 +1,12 @@
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QElapsedTimer>
+#include <QPushButton>
 #include <QTimer>
 #include <cstdio>
 #include <memory>
 
+#include "connection/connection_sequence.h"
 #include "sim/pty_unit.h"
 #include "ui/messages.h"
 #include "ui/vornixu.h"
@@ -56,6 +59,26 @@ int main(int argc, char* argv[]) {
     if (!settingsError.isEmpty()) {
         halvex::Messages::exclamation(&window, QStringLiteral("Settings File"), settingsError);
     }
+    // One line on stderr when the connection sequence ends, for scripts and
+    // for whoever watches the terminal.
+    QElapsedTimer sinceStart;
+    quint64 framesBefore = 0;
+    QObject::connect(window.findChild<QPushButton*>(QStringLiteral("StartBut")),
+                     &QPushButton::pressed, &window, [&] {
+                         sinceStart.start();
+                         framesBefore = window.link().framesSent();
+                     });
+    QObject::connect(
+        &window.connection(), &halvex::ConnectionSequence::finished, &window, [&](bool online) {
+            if (online) {
+                std::fprintf(
+                    stderr, "halvex: online after %llu frames in %lld ms\n",
+                    static_cast<unsigned long long>(window.link().framesSent() - framesBefore),
+                    static_cast<long long>(sinceStart.elapsed()));
+            } else {
+                std::fprintf(stderr, "halvex: no connection\n");
+            }
+        });
     if (parser.isSet(connectAtStart)) {
         QTimer::singleShot(0, &window, [&window] {
             if (auto* start = window.findChild<QPushButton*>(QStringLiteral("StartBut"))) {

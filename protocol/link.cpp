@@ -89,6 +89,7 @@ void Link::transmit(int count) {
     port_->writeByte(kEtx);
     capture += QStringLiteral("03");
 
+    ++framesSent_;
     emit frameSent(capture);
     // Armed once and left running: re-arming on every frame would keep a
     // silent unit from ever being noticed while the jog message flows.

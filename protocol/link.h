@@ -35,6 +35,9 @@ class Link : public QObject {
     // Runs on every tick that no other frame is waiting for (the jog message).
     void setJogSender(std::function<void()> sender) { jogSender_ = std::move(sender); }
 
+    // Frames written since the program started, jog messages included.
+    quint64 framesSent() const { return framesSent_; }
+
     QTimer& Timer1() { return timer1_; }
     QTimer& Timer2() { return timer2_; }
     QTimer& Timer4() { return timer4_; }
@@ -55,6 +58,7 @@ class Link : public QObject {
     QTimer timer1_;
     QTimer timer2_;
     QTimer timer4_;
+    quint64 framesSent_ = 0;
 };
 
 // "9A " style text of one byte.
