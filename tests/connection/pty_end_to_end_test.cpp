@@ -1,0 +1,110 @@
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QProcess>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <cmath>
+
+#include "ui/messages.h"
+#include "ui/pages/pan_tilt_page.h"
+#include "ui/vornixu.h"
+#include "ui/widgets/led_display.h"
+
+using namespace halvex;
+
+namespace {
+// halvex-sim as an operator would run it, on its own pseudo-terminal, with
+// the console's real serial port code on the other end.
+class SimProcess {
+public:
+    explicit SimProcess(const QStringList& arguments = {}) {
+        process_.setProgram(QStringLiteral(HALVEX_SIM_PATH));
+        process_.setArguments(arguments);
+        process_.start();
+        if (process_.waitForStarted(5000) && process_.waitForReadyRead(5000)) {
+            device_ = QString::fromLocal8Bit(process_.readLine()).trimmed();
+        }
+    }
+    ~SimProcess() {
+        process_.terminate();
+        if (!process_.waitForFinished(3000)) {
+            process_.kill();
+            process_.waitForFinished(3000);
+        }
+    }
+    const QString& device() const { return device_; }
+
+private:
+    QProcess process_;
+    QString device_;
+};
+}  // namespace
+
+TEST(EndToEnd, ConsoleComesOnlineThroughAPseudoTerminalAndMovesThePlatform) {
+    SimProcess sim;
+    ASSERT_TRUE(sim.device().startsWith(QStringLiteral("/dev/"))) << sim.device().toStdString();
+    QTemporaryDir directory;
+    const QString previous = QDir::currentPath();
+    QDir::setCurrent(directory.path());
+    qputenv("HALVEX_COM1", sim.device().toLocal8Bit());
+    std::vector<Message> shown;
+    Messages::setPresenter([&shown](QWidget*, const Message& message) {
+        shown.push_back(message);
+        return true;
+    });
+    {
+        VornixU window;  // a real QSerialPort
+        window.Form_Load();
+        window.show();
+        window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] { return window.windowTitle().endsWith(QStringLiteral(" Online")); }, 30000));
+        EXPECT_TRUE(shown.empty());
+        EXPECT_EQ(window.findChild<QPushButton*>(QStringLiteral("StartBut"))
+                      ->property("lamp")
+                      .toString(),
+                  QStringLiteral("good"));
+
+        PanTiltPage& page = window.panTiltPage();
+        page.PanDesLED->setValue(12.34);
+        page.TiltDesLED->setValue(-4.5);
+        page.AbsoBut->click();
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] {
+                return std::abs(page.PanPosLED->value() - 12.34) < 0.005 &&
+                       std::abs(page.TiltPosLED->value() + 4.5) < 0.005;
+            },
+            20000));
+        EXPECT_FLOAT_EQ(page.PDesLed->value(), 12.34f);
+        window.close();
+        EXPECT_FALSE(window.SerPort1().isOpen());
+    }
+    Messages::resetPresenter();
+    qunsetenv("HALVEX_COM1");
+    QDir::setCurrent(previous);
+}
+
+TEST(EndToEnd, RepliesTricklingInAtLineSpeedStillBringTheConsoleOnline) {
+    SimProcess sim({QStringLiteral("--pace"), QStringLiteral("9600")});
+    ASSERT_TRUE(sim.device().startsWith(QStringLiteral("/dev/")));
+    QTemporaryDir directory;
+    const QString previous = QDir::currentPath();
+    QDir::setCurrent(directory.path());
+    qputenv("HALVEX_COM1", sim.device().toLocal8Bit());
+    Messages::setPresenter([](QWidget*, const Message&) { return true; });
+    {
+        VornixU window;
+        window.Form_Load();
+        window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
+        EXPECT_TRUE(QTest::qWaitFor(
+            [&] { return window.windowTitle().endsWith(QStringLiteral(" Online")); }, 30000));
+        // The link stays good while reports keep coming in pieces.
+        QTest::qWait(1000);
+        EXPECT_FALSE(window.state().LinkFault);
+    }
+    Messages::resetPresenter();
+    qunsetenv("HALVEX_COM1");
+    QDir::setCurrent(previous);
+}
