@@ -7,6 +7,6 @@ scripts/setup.sh
 scripts/build.sh build
 if [[ "${1:-}" == "--real" ]]; then
     shift
-    exec build/halvex "$@"
+    exec build/app/halvex "$@"
 fi
-exec build/halvex --simulate "$@"
+exec build/app/halvex --simulate "$@"
