@@ -95,16 +95,28 @@ QSize LedDisplay::minimumSizeHint() const {
 }
 
 void LedDisplay::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF panel = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
-    const double radius = std::min(4.0, panel.height() / 4.0);
-    painter.setPen(QPen(kBezel, 1.0));
-    painter.setBrush(kPanel);
-    painter.drawRoundedRect(panel, radius, radius);
-
-    const QRectF digits = panel.adjusted(kPadding, kPadding, -kPadding, -kPadding);
-    drawSevenSegmentText(painter, digits, text_, digitColor_);
+    // The segments are many small antialiased paths; a panel is drawn once
+    // per text, size and colour and then only copied, so that repainting a
+    // page (say when it is enabled again) costs next to nothing.
+    const qreal ratio = devicePixelRatioF();
+    const QSize pixels = size() * ratio;
+    if (cache_.size() != pixels || cachedText_ != text_ || cachedColor_ != digitColor_) {
+        cache_ = QPixmap(pixels);
+        cache_.setDevicePixelRatio(ratio);
+        cache_.fill(Qt::transparent);
+        QPainter painter(&cache_);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const QRectF panel = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+        const double radius = std::min(4.0, panel.height() / 4.0);
+        painter.setPen(QPen(kBezel, 1.0));
+        painter.setBrush(kPanel);
+        painter.drawRoundedRect(panel, radius, radius);
+        const QRectF digits = panel.adjusted(kPadding, kPadding, -kPadding, -kPadding);
+        drawSevenSegmentText(painter, digits, text_, digitColor_);
+        cachedText_ = text_;
+        cachedColor_ = digitColor_;
+    }
+    QPainter(this).drawPixmap(0, 0, cache_);
 }
 
 }  // namespace halvex

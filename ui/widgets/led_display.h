@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QColor>
+#include <QPixmap>
 #include <QString>
 #include <QWidget>
 
@@ -57,6 +58,9 @@ class LedDisplay : public QWidget {
     int fieldWidth_ = 0;
     QColor digitColor_{0x4c, 0xff, 0x7a};
     QString text_;
+    QPixmap cache_;
+    QString cachedText_;
+    QColor cachedColor_;
 };
 
 }  // namespace halvex

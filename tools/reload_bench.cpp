@@ -1,0 +1,111 @@
+// Measures what a preset reload costs the console: CPU time against wall
+// time while the deferred refresh re-reads offsets, limits and all 32
+// presets from the virtual unit, each request waiting for its reply.
+//
+//   halvex-reload-bench [ROUNDS]
+
+#include <sys/resource.h>
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <cstdio>
+#include <functional>
+
+#include "connection/connection_sequence.h"
+#include "sim/pty_unit.h"
+#include "ui/vornixu.h"
+
+namespace {
+double cpuSeconds() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+           static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+// Waits without polling hard, so the harness does not add to the figure.
+bool waitSleeping(const std::function<bool()>& done, int timeoutMs) {
+    QElapsedTimer clock;
+    clock.start();
+    QEventLoop loop;
+    QTimer check;
+    check.setInterval(50);
+    QObject::connect(&check, &QTimer::timeout, &loop, [&] {
+        if (done() || clock.elapsed() > timeoutMs) {
+            loop.quit();
+        }
+    });
+    check.start();
+    if (!done()) {
+        loop.exec();
+    }
+    return done();
+}
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    QApplication app(argc, argv);
+    const int rounds = argc > 1 ? std::max(1, std::atoi(argv[1])) : 3;
+    QTemporaryDir scratch;
+    QDir::setCurrent(scratch.path());
+
+    // As `halvex --simulate` runs: the virtual unit on a pseudo-terminal in
+    // this process, the console on a real serial port.
+    halvex::sim::PtyUnit unit{halvex::sim::PtyUnitOptions{}};
+    if (!unit.open()) {
+        std::printf("cannot open a pseudo-terminal\n");
+        return 1;
+    }
+    qputenv("HALVEX_COM1", unit.slavePath().toLocal8Bit());
+    halvex::VornixU window;
+    window.Form_Load();
+    window.show();
+    window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
+    if (!QTest::qWaitFor([&] { return window.windowTitle().endsWith(QStringLiteral(" Online")); },
+                         60000)) {
+        std::printf("the console did not come online\n");
+        return 1;
+    }
+    waitSleeping([] { return false; }, 1000);
+
+    // The same console idle for as long, as the baseline.
+    const double idleBefore = cpuSeconds();
+    QElapsedTimer idleClock;
+    idleClock.start();
+    waitSleeping([] { return false; }, 4000 * rounds);
+    const double idleShare =
+        (cpuSeconds() - idleBefore) / (static_cast<double>(idleClock.elapsed()) / 1000.0);
+
+    double cpu = 0.0;
+    double wall = 0.0;
+    for (int round = 0; round < rounds; ++round) {
+        QElapsedTimer clock;
+        auto& refresh = window.connection();
+        const double before = cpuSeconds();
+        clock.start();
+        // The deferred refresh disables the pages while it runs and enables
+        // them again at its end.
+        refresh.Timer5().start();
+        waitSleeping([&] { return !window.SSTab1().isEnabled(); }, 5000);
+        const bool done = waitSleeping([&] { return window.SSTab1().isEnabled(); }, 60000);
+        cpu += cpuSeconds() - before;
+        wall += static_cast<double>(clock.elapsed()) / 1000.0;
+        if (!done) {
+            std::printf("the refresh did not finish\n");
+            return 1;
+        }
+    }
+    std::printf("idle online:   %.2f %% of one core (console and virtual unit in one process)\n",
+                100.0 * idleShare);
+    std::printf("during reload: %.2f %% of one core over %.1f s (%d rounds of 37 requests)\n",
+                100.0 * cpu / wall, wall, rounds);
+    return 0;
+}
