@@ -1,4 +1,5 @@
 #include "ui/pages/movement_monitor_panel.h"
+#include "ui/pages/page_parts.h"
 
 #include <QGridLayout>
 #include <QGroupBox>
@@ -8,13 +9,6 @@
 namespace halvex {
 
 namespace {
-QFont fixedPitchFont() {
-    QFont font(QStringLiteral("Courier New"));
-    font.setStyleHint(QFont::TypeWriter);
-    font.setFixedPitch(true);
-    return font;
-}
-
 QLabel* makeFigure(const char* name, const char* text, QWidget* parent) {
     auto* label = new QLabel(QString::fromLatin1(text), parent);
     label->setObjectName(QString::fromLatin1(name));

@@ -1,4 +1,5 @@
 #include "ui/pages/offsets_page.h"
+#include "ui/pages/page_parts.h"
 
 #include <QGridLayout>
 #include <QGroupBox>
@@ -28,13 +29,6 @@ QLabel* makeReading(const char* name, QWidget* parent) {
     return label;
 }
 
-LedDisplay* makeAngleLed(const char* name, QWidget* parent) {
-    auto* led = new LedDisplay(parent);
-    led->setObjectName(QString::fromLatin1(name));
-    led->setDecimals(2);
-    led->setFieldWidth(6);
-    return led;
-}
 }  // namespace
 
 OffsetsPage::OffsetsPage(QWidget* parent) : QWidget(parent) {
@@ -64,8 +58,8 @@ QWidget* OffsetsPage::buildOffsetBox() {
     grid->setHorizontalSpacing(10);
     grid->setVerticalSpacing(8);
 
-    PanCorLED = makeAngleLed("PanCorLED", box);
-    TiltCorLED = makeAngleLed("TiltCorLED", box);
+    PanCorLED = angleLed(QStringLiteral("PanCorLED"), box);
+    TiltCorLED = angleLed(QStringLiteral("TiltCorLED"), box);
     const AngleStepRow panSteps = makeAngleStepRow(QStringLiteral("PanCorBut"), box);
     const AngleStepRow tiltSteps = makeAngleStepRow(QStringLiteral("TiltCorBut"), box);
     PanCorBut = panSteps.buttons;

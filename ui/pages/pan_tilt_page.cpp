@@ -1,4 +1,5 @@
 #include "ui/pages/pan_tilt_page.h"
+#include "ui/pages/page_parts.h"
 
 #include <QGridLayout>
 #include <QGroupBox>
@@ -84,10 +85,10 @@ QWidget* PanTiltPage::buildPositionGroup() {
         font.setBold(true);
         caption->setFont(font);
     }
-    PanPosLED = led(group, QStringLiteral("PanPosLED"), 2, 6);
-    TiltPosLED = led(group, QStringLiteral("TiltPosLED"), 2, 6);
-    PDesLed = led(group, QStringLiteral("PDesLed"), 2, 6);
-    TDesLed = led(group, QStringLiteral("TDesLed"), 2, 6);
+    PanPosLED = angleLed(QStringLiteral("PanPosLED"), group);
+    TiltPosLED = angleLed(QStringLiteral("TiltPosLED"), group);
+    PDesLed = angleLed(QStringLiteral("PDesLed"), group);
+    TDesLed = angleLed(QStringLiteral("TDesLed"), group);
     PDesLed->setDigitColor(QColor(255, 200, 60));
     TDesLed->setDigitColor(QColor(255, 200, 60));
     grid->addWidget(Label2[0], 0, 1);
@@ -209,8 +210,8 @@ QWidget* PanTiltPage::buildMoveGroup() {
     auto* layout = new QVBoxLayout(group);
 
     auto* desired = new QGridLayout;
-    PanDesLED = led(group, QStringLiteral("PanDesLED"), 2, 6);
-    TiltDesLED = led(group, QStringLiteral("TiltDesLED"), 2, 6);
+    PanDesLED = angleLed(QStringLiteral("PanDesLED"), group);
+    TiltDesLED = angleLed(QStringLiteral("TiltDesLED"), group);
     PanDesLED->setDigitColor(QColor(90, 200, 255));
     TiltDesLED->setDigitColor(QColor(90, 200, 255));
     ClrLEDBut[0] = button(group, QStringLiteral("ClrLEDBut_0"), QStringLiteral("CL"));

@@ -1,4 +1,5 @@
 #include "ui/pages/presets_page.h"
+#include "ui/pages/page_parts.h"
 
 #include <QGridLayout>
 #include <QGroupBox>
@@ -12,13 +13,6 @@ namespace halvex {
 
 namespace {
 // The entries are columns of blanks and digits: they need a fixed pitch.
-QFont fixedPitchFont() {
-    QFont font(QStringLiteral("Courier New"));
-    font.setStyleHint(QFont::TypeWriter);
-    font.setFixedPitch(true);
-    return font;
-}
-
 QPushButton* makeButton(const QString& name, const QString& caption, const QString& tip,
                         QWidget* parent) {
     auto* button = new QPushButton(caption, parent);
@@ -27,13 +21,6 @@ QPushButton* makeButton(const QString& name, const QString& caption, const QStri
     return button;
 }
 
-LedDisplay* makeAngleLed(const QString& name, QWidget* parent) {
-    auto* led = new LedDisplay(parent);
-    led->setObjectName(name);
-    led->setDecimals(2);
-    led->setFieldWidth(6);
-    return led;
-}
 }  // namespace
 
 PresetsPage::PresetsPage(QWidget* parent) : QWidget(parent) {
@@ -80,8 +67,8 @@ QWidget* PresetsPage::buildEditBox() {
     auto* grid = new QGridLayout(angles);
     grid->setHorizontalSpacing(10);
     grid->setVerticalSpacing(8);
-    PanPreLED = makeAngleLed(QStringLiteral("PanPreLED"), angles);
-    TiltPreLED = makeAngleLed(QStringLiteral("TiltPreLED"), angles);
+    PanPreLED = angleLed(QStringLiteral("PanPreLED"), angles);
+    TiltPreLED = angleLed(QStringLiteral("TiltPreLED"), angles);
     const AngleStepRow panSteps = makeAngleStepRow(QStringLiteral("PanPreBut"), angles);
     const AngleStepRow tiltSteps = makeAngleStepRow(QStringLiteral("TiltPreBut"), angles);
     PanPreBut = panSteps.buttons;

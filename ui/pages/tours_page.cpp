@@ -1,4 +1,5 @@
 #include "ui/pages/tours_page.h"
+#include "ui/pages/page_parts.h"
 
 #include <QButtonGroup>
 #include <QGridLayout>
@@ -11,13 +12,6 @@
 namespace halvex {
 
 namespace {
-QFont fixedPitchFont() {
-    QFont font(QStringLiteral("Courier New"));
-    font.setStyleHint(QFont::TypeWriter);
-    font.setFixedPitch(true);
-    return font;
-}
-
 QString indexed(const char* name, int index) {
     return QString::fromLatin1(name) + QLatin1Char('_') + QString::number(index);
 }
