@@ -4,6 +4,7 @@
 #include <QPushButton>
 #include <QTimer>
 #include <cstdio>
+#include <ctime>
 #include <memory>
 
 #include "connection/connection_sequence.h"
@@ -23,6 +24,37 @@ std::unique_ptr<halvex::sim::PtyUnit> startVirtualUnit() {
     qputenv("HALVEX_COM1", unit->slavePath().toLocal8Bit());
     std::fprintf(stderr, "halvex: virtual unit on %s (COM1)\n", qPrintable(unit->slavePath()));
     return unit;
+}
+
+// One line on stderr when the connection sequence ends, for scripts and for
+// whoever watches the terminal: frames, wall time and CPU time it took.
+void reportConnection(halvex::VornixU& window) {
+    struct Start {
+        QElapsedTimer wall;
+        quint64 frames = 0;
+        std::clock_t cpu = 0;
+    };
+    auto start = std::make_shared<Start>();
+    QObject::connect(window.findChild<QPushButton*>(QStringLiteral("StartBut")),
+                     &QPushButton::pressed, &window, [start, &window] {
+                         start->wall.start();
+                         start->frames = window.link().framesSent();
+                         start->cpu = std::clock();
+                     });
+    QObject::connect(
+        &window.connection(), &halvex::ConnectionSequence::finished, &window,
+        [start, &window](bool online) {
+            if (!online) {
+                std::fprintf(stderr, "halvex: no connection\n");
+                return;
+            }
+            const long cpuMs =
+                static_cast<long>((std::clock() - start->cpu) * 1000 / CLOCKS_PER_SEC);
+            std::fprintf(
+                stderr, "halvex: online after %llu frames in %lld ms (CPU %ld ms)\n",
+                static_cast<unsigned long long>(window.link().framesSent() - start->frames),
+                static_cast<long long>(start->wall.elapsed()), cpuMs);
+        });
 }
 }  // namespace
 
@@ -59,26 +91,7 @@ int main(int argc, char* argv[]) {
     if (!settingsError.isEmpty()) {
         halvex::Messages::exclamation(&window, QStringLiteral("Settings File"), settingsError);
     }
-    // One line on stderr when the connection sequence ends, for scripts and
-    // for whoever watches the terminal.
-    QElapsedTimer sinceStart;
-    quint64 framesBefore = 0;
-    QObject::connect(window.findChild<QPushButton*>(QStringLiteral("StartBut")),
-                     &QPushButton::pressed, &window, [&] {
-                         sinceStart.start();
-                         framesBefore = window.link().framesSent();
-                     });
-    QObject::connect(
-        &window.connection(), &halvex::ConnectionSequence::finished, &window, [&](bool online) {
-            if (online) {
-                std::fprintf(
-                    stderr, "halvex: online after %llu frames in %lld ms\n",
-                    static_cast<unsigned long long>(window.link().framesSent() - framesBefore),
-                    static_cast<long long>(sinceStart.elapsed()));
-            } else {
-                std::fprintf(stderr, "halvex: no connection\n");
-            }
-        });
+    reportConnection(window);
     if (parser.isSet(connectAtStart)) {
         QTimer::singleShot(0, &window, [&window] {
             if (auto* start = window.findChild<QPushButton*>(QStringLiteral("StartBut"))) {
