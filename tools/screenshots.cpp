@@ -13,6 +13,7 @@
 
 #include "protocol/in_process_port.h"
 #include "sim/unit.h"
+#include "ui/data_watch.h"
 #include "ui/pages/pan_tilt_page.h"
 #include "ui/vornixu.h"
 
@@ -67,5 +68,9 @@ int main(int argc, char* argv[]) {
         QTest::qWait(300);
         ok = save(window, out + QStringLiteral("/%1.png").arg(fileName(tabs.tabText(i)))) && ok;
     }
+    window.dataWatch().show();
+    window.dataWatch().resize(640, 220);
+    QTest::qWait(300);
+    ok = save(window.dataWatch(), out + QStringLiteral("/datawatch.png")) && ok;
     return ok ? 0 : 1;
 }
