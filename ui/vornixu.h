@@ -45,6 +45,7 @@ class VornixU : public QMainWindow {
     QTabWidget& SSTab1() { return *tabs_; }
     PanTiltPage& panTiltPage() { return *panTilt_; }
     ConnectionSequence& connection() { return *connection_; }
+    ConsoleHooks& hooks() { return hooks_; }
 
     // Form_Load: puts everything offline and reads the settings file. Returns
     // the settings file's error sentence, empty when all was well.
