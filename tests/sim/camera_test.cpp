@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "tests/sim/unit_test_support.h"
 
 namespace halvex::sim::testing {
@@ -40,8 +42,10 @@ TEST(UnitCameras, ZoomInquiryAnswersFromTheLensAndAsciiIsEchoedOnCamera2) {
     UnitHarness unit;
     unit.exchange({0x62, 5, 0x81, 0x09, 0x04, 0x47, 0xFF});
     const Byte text[] = {'P', 'W', 'R', '?', 13};
-    std::vector<Byte> toCamera2{0x62, 0x80 | 5};
-    toCamera2.insert(toCamera2.end(), std::begin(text), std::end(text));
+    std::vector<Byte> toCamera2(2 + std::size(text));
+    toCamera2[0] = 0x62;
+    toCamera2[1] = 0x80 | 5;
+    std::copy(std::begin(text), std::end(text), toCamera2.begin() + 2);
     unit.exchange(toCamera2);
     unit.advance(200);
     const auto bytes = cameraBytes(unit.jog());

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace halvex::sim::testing {
 
 std::vector<DecodedFrame> decodeFrames(const std::vector<Byte>& wire) {
@@ -67,8 +69,14 @@ std::vector<Byte> UnitHarness::exchange(const std::vector<Byte>& message, Byte a
 }
 
 std::vector<Byte> UnitHarness::jog(Byte flags, Byte pan, Byte tilt, std::vector<Byte> lens) {
-    std::vector<Byte> message{0x31, flags, pan, tilt};
-    message.insert(message.end(), lens.begin(), lens.end());
+    // Sized up front: GCC 12 at -O2 mistakes an insert into a four-byte
+    // vector for an overflow (-Warray-bounds).
+    std::vector<Byte> message(4 + lens.size());
+    message[0] = 0x31;
+    message[1] = flags;
+    message[2] = pan;
+    message[3] = tilt;
+    std::copy(lens.begin(), lens.end(), message.begin() + 4);
     return exchange(message);
 }
 
