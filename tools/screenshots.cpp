@@ -5,7 +5,9 @@
 
 #include <QApplication>
 #include <QDir>
+#include <QListWidget>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
@@ -16,6 +18,7 @@
 #include "ui/data_watch.h"
 #include "ui/pages/pan_tilt_page.h"
 #include "ui/vornixu.h"
+#include "ui/widgets/led_display.h"
 
 namespace {
 bool save(QWidget& widget, const QString& path) {
@@ -56,6 +59,28 @@ int main(int argc, char* argv[]) {
         std::printf("the console did not come online\n");
         return 1;
     }
+    // Some presets and a tour, as an operator would leave them.
+    const double presets[][2] = {{-45.0, 10.0}, {30.5, -5.25}, {90.0, 0.0}, {-120.75, 22.5}};
+    auto* presetList = window.findChild<QListWidget*>(QStringLiteral("PresetList"));
+    for (int i = 0; i < 4; ++i) {
+        presetList->setCurrentRow(i + 1);
+        window.findChild<halvex::LedDisplay*>(QStringLiteral("PanPreLED"))->setValue(presets[i][0]);
+        window.findChild<halvex::LedDisplay*>(QStringLiteral("TiltPreLED"))
+            ->setValue(presets[i][1]);
+        window.findChild<QPushButton*>(QStringLiteral("SavePreBut"))->click();
+        QTest::qWait(150);
+    }
+    window.SSTab1().setCurrentIndex(3);
+    QTest::qWait(200);
+    auto* choices = window.findChild<QListWidget*>(QStringLiteral("ScriptPreList"));
+    window.findChild<QScrollBar*>(QStringLiteral("WaitScroll"))->setValue(5);
+    for (int preset : {1, 2, 3, 4}) {
+        choices->setCurrentRow(preset);
+        emit choices->itemDoubleClicked(choices->item(preset));
+        QTest::qWait(250);
+    }
+    window.SSTab1().setCurrentIndex(0);
+
     // Give the platform something to show: a move in progress.
     window.panTiltPage().PanDesLED->setValue(45.0);
     window.panTiltPage().TiltDesLED->setValue(-10.0);
