@@ -12,12 +12,8 @@ namespace halvex {
 
 namespace {
 QPushButton* makeButton(const char* name, const char* caption, const char* tip, QWidget* parent) {
-    auto* button = new QPushButton(QString::fromLatin1(caption), parent);
-    button->setObjectName(QString::fromLatin1(name));
-    if (tip != nullptr) {
-        button->setToolTip(QString::fromLatin1(tip));
-    }
-    return button;
+    return namedButton(QString::fromLatin1(name), QString::fromLatin1(caption),
+                       QString::fromLatin1(tip), parent);
 }
 
 QLabel* makeReading(const char* name, QWidget* parent) {

@@ -1,5 +1,7 @@
 #include "ui/pages/page_parts.h"
 
+#include <QPushButton>
+
 #include "ui/widgets/led_display.h"
 
 namespace halvex {
@@ -17,6 +19,16 @@ LedDisplay* angleLed(const QString& name, QWidget* parent) {
     led->setDecimals(2);
     led->setFieldWidth(6);
     return led;
+}
+
+QPushButton* namedButton(const QString& name, const QString& caption, const QString& tip,
+                         QWidget* parent) {
+    auto* button = new QPushButton(caption, parent);
+    button->setObjectName(name);
+    if (!tip.isEmpty()) {
+        button->setToolTip(tip);
+    }
+    return button;
 }
 
 }  // namespace halvex

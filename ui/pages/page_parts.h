@@ -3,6 +3,7 @@
 #include <QFont>
 #include <QString>
 
+class QPushButton;
 class QWidget;
 
 namespace halvex {
@@ -15,5 +16,9 @@ QFont fixedPitchFont();
 
 // An LED read-out of an angle in degrees, two decimals, six digit cells.
 LedDisplay* angleLed(const QString& name, QWidget* parent);
+
+// A push button with its control name, caption and (when not empty) tool tip.
+QPushButton* namedButton(const QString& name, const QString& caption, const QString& tip,
+                         QWidget* parent);
 
 }  // namespace halvex

@@ -25,11 +25,7 @@ LedDisplay* led(QWidget* parent, const QString& name, int decimals, int cells) {
 
 QPushButton* button(QWidget* parent, const QString& name, const QString& caption,
                     const QString& tip = QString()) {
-    auto* b = named(new QPushButton(caption, parent), name);
-    if (!tip.isEmpty()) {
-        b->setToolTip(tip);
-    }
-    return b;
+    return namedButton(name, caption, tip, parent);
 }
 
 StatusLamp* lamp(QWidget* parent, const QString& name) {

@@ -11,18 +11,6 @@
 
 namespace halvex {
 
-namespace {
-// The entries are columns of blanks and digits: they need a fixed pitch.
-QPushButton* makeButton(const QString& name, const QString& caption, const QString& tip,
-                        QWidget* parent) {
-    auto* button = new QPushButton(caption, parent);
-    button->setObjectName(name);
-    button->setToolTip(tip);
-    return button;
-}
-
-}  // namespace
-
 PresetsPage::PresetsPage(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("PresetsPage"));
     auto* layout = new QHBoxLayout(this);
@@ -50,9 +38,9 @@ QWidget* PresetsPage::buildListBox() {
     PresetList->setSelectionMode(QAbstractItemView::SingleSelection);
     layout->addWidget(PresetList, 1);
 
-    ClearPreBut =
-        makeButton(QStringLiteral("ClearPreBut"), QStringLiteral("Clear All Preset Entries To 0/0"),
-                   QStringLiteral("Zero All Preset List Entries (About 3 Seconds)"), box);
+    ClearPreBut = namedButton(
+        QStringLiteral("ClearPreBut"), QStringLiteral("Clear All Preset Entries To 0/0"),
+        QStringLiteral("Zero All Preset List Entries (About 3 Seconds)"), box);
     layout->addWidget(ClearPreBut);
     return box;
 }
@@ -81,7 +69,7 @@ QWidget* PresetsPage::buildEditBox() {
     grid->addWidget(tiltSteps.row, 1, 2);
     grid->setColumnStretch(3, 1);
 
-    SavePreBut = makeButton(
+    SavePreBut = namedButton(
         QStringLiteral("SavePreBut"), QStringLiteral("Save Coordinates As Preset"),
         QStringLiteral("Save The Above Coordinates To The Currently Selected Preset"), angles);
     grid->addWidget(SavePreBut, 2, 0, 1, 3);
@@ -89,12 +77,12 @@ QWidget* PresetsPage::buildEditBox() {
 
     auto* store = new QGroupBox(QStringLiteral("From The Current Position"), column);
     auto* storeLayout = new QVBoxLayout(store);
-    SaveCurPreBut = makeButton(
+    SaveCurPreBut = namedButton(
         QStringLiteral("SaveCurPreBut"), QStringLiteral("Save Current Position As Preset"),
         QStringLiteral(
             "Save The Current Platform And Zoom/Focus Positions To The Currently Selected Preset"),
         store);
-    AddAuxBut = makeButton(
+    AddAuxBut = namedButton(
         QStringLiteral("AddAuxBut"), QStringLiteral("Add Zoom/Focus To Preset"),
         QStringLiteral("Add The Current Zoom/Focus Positions To The Currently Selected Preset"),
         store);

@@ -16,14 +16,6 @@ QString indexed(const char* name, int index) {
     return QString::fromLatin1(name) + QLatin1Char('_') + QString::number(index);
 }
 
-QPushButton* makeButton(const QString& name, const QString& caption, const QString& tip,
-                        QWidget* parent) {
-    auto* button = new QPushButton(caption, parent);
-    button->setObjectName(name);
-    button->setToolTip(tip);
-    return button;
-}
-
 QLabel* makeHeading(const QString& text, QWidget* parent) {
     auto* label = new QLabel(text, parent);
     label->setFont(fixedPitchFont());
@@ -70,13 +62,13 @@ QWidget* ToursPage::buildTourBox() {
 
     auto* buttons = new QGridLayout;
     ExecScriptBut =
-        makeButton(QStringLiteral("ExecScriptBut"), QStringLiteral("Execute Tour 1"),
-                   QStringLiteral("Execute The Selected Tour-Press Stop To Terminate"), box);
-    ClearScriptBut = makeButton(QStringLiteral("ClearScriptBut"), QStringLiteral("Clear Tour 1"),
-                                QStringLiteral("Clear The Selected Tour"), box);
+        namedButton(QStringLiteral("ExecScriptBut"), QStringLiteral("Execute Tour 1"),
+                    QStringLiteral("Execute The Selected Tour-Press Stop To Terminate"), box);
+    ClearScriptBut = namedButton(QStringLiteral("ClearScriptBut"), QStringLiteral("Clear Tour 1"),
+                                 QStringLiteral("Clear The Selected Tour"), box);
     Command3 =
-        makeButton(QStringLiteral("Command3"), QStringLiteral("Tour Count"),
-                   QStringLiteral("Retrieve Tour Count (255 Indicates A Corrupt Tour)"), box);
+        namedButton(QStringLiteral("Command3"), QStringLiteral("Tour Count"),
+                    QStringLiteral("Retrieve Tour Count (255 Indicates A Corrupt Tour)"), box);
     Label23 = new QLabel(QStringLiteral("0"), box);
     Label23->setObjectName(QStringLiteral("Label23"));
     Label23->setFrameShape(QFrame::StyledPanel);
