@@ -6,6 +6,7 @@
 #include "positioning/jog_state.h"
 #include "sim/motion.h"
 #include "tests/support/console_rig.h"
+#include "tests/support/online_suite.h"
 #include "ui/pages/pan_tilt_page.h"
 #include "ui/widgets/led_display.h"
 #include "ui/widgets/status_lamp.h"
@@ -36,16 +37,8 @@ struct JogRig : ConsoleRig {
 
 // One console online for the suite; each test starts on the Pan/Tilt page
 // with the jog box released and the flags' check boxes clear.
-class Jogging : public ::testing::Test {
+class Jogging : public OnlineSuite<JogRig> {
   protected:
-    static void SetUpTestSuite() {
-        shared_ = new JogRig;
-        ASSERT_TRUE(shared_->connect());
-    }
-    static void TearDownTestSuite() {
-        delete shared_;
-        shared_ = nullptr;
-    }
     void SetUp() override {
         ASSERT_NE(shared_, nullptr);
         JogRig& rig = *shared_;
@@ -58,9 +51,7 @@ class Jogging : public ::testing::Test {
             rig.click(QStringLiteral("Command2"));
         }
     }
-    static JogRig* shared_;
 };
-JogRig* Jogging::shared_ = nullptr;
 }  // namespace
 
 TEST_F(Jogging, DistanceFromTheCentreBecomesSpeedAndDirection) {

@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "tests/support/console_rig.h"
+#include "tests/support/online_suite.h"
 #include "ui/pages/pan_tilt_page.h"
 #include "ui/widgets/led_display.h"
 
@@ -28,16 +29,8 @@ struct MotionRig : ConsoleRig {
     }
 };
 
-class MoveCommands : public ::testing::Test {
+class MoveCommands : public OnlineSuite<MotionRig> {
   protected:
-    static void SetUpTestSuite() {
-        shared_ = new MotionRig;
-        ASSERT_TRUE(shared_->connect());
-    }
-    static void TearDownTestSuite() {
-        delete shared_;
-        shared_ = nullptr;
-    }
     void SetUp() override {
         ASSERT_NE(shared_, nullptr);
         PanTiltPage& page = shared_->page();
@@ -49,9 +42,7 @@ class MoveCommands : public ::testing::Test {
             scroll->setValue(0);
         }
     }
-    static MotionRig* shared_;
 };
-MotionRig* MoveCommands::shared_ = nullptr;
 }  // namespace
 
 TEST_F(MoveCommands, AbsoluteMoveSendsDesiredAnglesOrTheHoldValue) {
