@@ -26,8 +26,8 @@ void appendStuffed(std::vector<Byte>& wire, Byte value) {
     }
 }
 
-Byte Calc_LRC(const ByteTable& tx, int count, Byte seed) {
-    Byte lrc = seed;
+Byte Calc_LRC(const ByteTable& tx, int count, Byte address) {
+    Byte lrc = address;
     for (int i = 0; i < count; ++i) {
         lrc ^= tx[i];
     }
@@ -102,12 +102,12 @@ bool BitIsSet(Byte value, int bit) {
 }
 
 std::vector<Byte> encodeFrame(Byte start, Byte address, const std::vector<Byte>& message,
-                              Byte lrcSeed) {
+                              Byte lrcAddress) {
     std::vector<Byte> wire;
     wire.reserve(message.size() * 2 + 6);
     wire.push_back(start);
     appendStuffed(wire, address);
-    Byte lrc = lrcSeed;
+    Byte lrc = lrcAddress;
     for (Byte b : message) {
         appendStuffed(wire, b);
         lrc ^= b;

@@ -42,16 +42,18 @@ bool needsStuffing(Byte value);
 // Appends one stuffed field byte to a wire image.
 void appendStuffed(std::vector<Byte>& wire, Byte value);
 
-// LRC of an outgoing frame: seed XOR tx[0] .. tx[count-1].
-Byte Calc_LRC(const ByteTable& tx, int count, Byte seed);
+// LRC of an outgoing frame: address XOR tx[0] .. tx[count-1], so that it
+// also covers the address byte of the frame that carries it.
+Byte Calc_LRC(const ByteTable& tx, int count, Byte address);
 
-// The address (and LRC seed) an outgoing frame uses.
+// The address an outgoing frame carries and its LRC starts from.
 inline Byte frameAddress(Byte unitId, Byte addressOverride) {
     return addressOverride < kNoOverride ? addressOverride : unitId;
 }
 
-// True when unitId XOR rx[0] .. rx[last] is zero. The seed is always the
-// configured unit id, never the address that arrived with the reply.
+// True when unitId XOR rx[0] .. rx[last] is zero. The check always starts
+// from the configured unit id, never from the address that arrived with the
+// reply, so a reply from another address fails unless the XOR happens to match.
 bool Check_LRC(const ByteTable& rx, int last, Byte unitId);
 
 // hi * 256 + lo, folded to negative only when strictly above 32768; exactly
@@ -75,6 +77,6 @@ bool BitIsSet(Byte value, int bit);
 // address, message bytes and LRC, then ETX. Used by the virtual unit and by
 // tests; the console's own transmit path writes byte by byte.
 std::vector<Byte> encodeFrame(Byte start, Byte address, const std::vector<Byte>& message,
-                              Byte lrcSeed);
+                              Byte lrcAddress);
 
 }  // namespace halvex

@@ -27,7 +27,7 @@ struct Response {
 
 using Handler = Response (*)(UnitState& state, const Command& command);
 
-struct CommandSpec {
+struct CommandEntry {
     Handler handler = nullptr;
     std::size_t minPayload = 0;
 };
@@ -35,17 +35,17 @@ struct CommandSpec {
 class CommandTable {
   public:
     void add(Byte code, std::size_t minPayload, Handler handler) {
-        specs_[code] = CommandSpec{handler, minPayload};
+        entries_[code] = CommandEntry{handler, minPayload};
     }
-    const CommandSpec* find(Byte code) const {
-        return specs_[code].handler != nullptr ? &specs_[code] : nullptr;
+    const CommandEntry* find(Byte code) const {
+        return entries_[code].handler != nullptr ? &entries_[code] : nullptr;
     }
 
     // The table of every command the unit knows.
     static const CommandTable& standard();
 
   private:
-    std::array<CommandSpec, 256> specs_{};
+    std::array<CommandEntry, 256> entries_{};
 };
 
 void addMotionCommands(CommandTable& table);

@@ -22,7 +22,7 @@ struct LineFaultOptions {
     double drop = 0.0;     // chance of a reply never sent
     // Replies sent before the unit stops answering altogether.
     std::optional<std::uint64_t> silentAfter;
-    std::uint32_t seed = 1;
+    std::uint32_t randomStart = 1;
 
     bool any() const { return noise > 0 || corrupt > 0 || drop > 0 || silentAfter.has_value(); }
 };
@@ -30,7 +30,7 @@ struct LineFaultOptions {
 class LineFaults {
   public:
     explicit LineFaults(const LineFaultOptions& options)
-        : options_(options), random_(options.seed) {}
+        : options_(options), random_(options.randomStart) {}
 
     // What goes on the wire for these reply frames.
     std::vector<Byte> apply(const std::vector<std::vector<Byte>>& frames);

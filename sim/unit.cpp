@@ -68,15 +68,15 @@ void Unit::handleFrame(const ConsoleFrame& frame) {
 
 void Unit::dispatch(const ConsoleFrame& frame) {
     const Command command(frame.message);
-    const CommandSpec* spec = CommandTable::standard().find(command.code());
-    if (spec == nullptr || command.payloadSize() < spec->minPayload) {
+    const CommandEntry* entry = CommandTable::standard().find(command.code());
+    if (entry == nullptr || command.payloadSize() < entry->minPayload) {
         sendNak(command.code());
         return;
     }
     if (command.code() != kJogCode) {
         state_.endAutomation();
     }
-    const Response response = spec->handler(state_, command);
+    const Response response = entry->handler(state_, command);
     switch (response.kind) {
         case Response::Kind::Answer:
             send(kAck, response.reply->message());

@@ -24,7 +24,7 @@ TEST(Stuffing, FrameWithStxInPayloadCarriesEscapeAndLrcOverRawValue) {
     EXPECT_EQ(wire, (std::vector<Byte>{0x02, 0x01, 0x33, 0x1B, 0x82, 0x30, 0x03}));
 }
 
-TEST(Lrc, CalcCoversSeedAndMessageButCheckUsesConfiguredUnitId) {
+TEST(Lrc, CalcCoversAddressAndMessageButCheckUsesConfiguredUnitId) {
     ByteTable tx;
     tx[0] = 0x9A;
     EXPECT_EQ(Calc_LRC(tx, 1, 1), 0x9B);

@@ -73,7 +73,7 @@ TEST(ReceiveFrame, EscapedEtxInPayloadIsDataNotTheEnd) {
 TEST(ReceiveFrame, FarAddressUpdatesNoCaptionButIsDecodedWhenLrcMatchesOurId) {
     ReceiveRig rig;
     rig.state.UnitId = 2;
-    // Sent from address 120 but with an LRC seeded with our id.
+    // Sent from address 120 but with an LRC that starts from our id.
     rig.arrive(encodeFrame(kAck, 120, {0x31, 0x01}, 2));
     EXPECT_EQ(rig.decoded.size(), 1u);
     EXPECT_TRUE(rig.caption.isEmpty());

@@ -28,7 +28,7 @@ TEST(SendFrame, AddressOverrideServesOneFrameAndCaptureShowsUnitId) {
     rig.send({0x9F, 0x80});
     rig.send({0x9F, 0x80});
     ASSERT_EQ(rig.unit.frames().size(), 2u);
-    // Broadcast: address 0 and an LRC seeded with 0.
+    // Broadcast: address 0 and an LRC that starts from 0.
     EXPECT_EQ(rig.unit.frames()[0].wire, (std::vector<Byte>{0x02, 0x00, 0x9F, 0x80, 0x1F, 0x03}));
     // Back to the configured unit.
     EXPECT_EQ(rig.unit.frames()[1].wire, (std::vector<Byte>{0x02, 0x05, 0x9F, 0x80, 0x1A, 0x03}));

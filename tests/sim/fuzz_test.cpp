@@ -11,7 +11,7 @@ namespace halvex::sim::testing {
 namespace {
 
 // Frames the console really sends, to mutate.
-const std::vector<std::vector<Byte>>& seeds() {
+const std::vector<std::vector<Byte>>& startingFrames() {
     static const std::vector<std::vector<Byte>> frames{
         {0x31, 0x84, 200, 100, 3, 0, 0, 0},
         {0x33, 0x10, 0x27, 0, 0x9F, 0x86, 0x01},
@@ -45,7 +45,8 @@ TEST(UnitFuzz, RandomAndMutatedFramesNeitherCrashNorStopTheUnit) {
         std::vector<Byte> wire;
         switch (pick(3)) {
             case 0: {  // a mutated good frame
-                std::vector<Byte> message = seeds()[pick(static_cast<int>(seeds().size()))];
+                std::vector<Byte> message =
+                    startingFrames()[pick(static_cast<int>(startingFrames().size()))];
                 const int edits = 1 + pick(3);
                 for (int e = 0; e < edits; ++e) {
                     const int where = pick(static_cast<int>(message.size()));

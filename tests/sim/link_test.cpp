@@ -21,7 +21,7 @@ TEST(UnitLink, AnswersItsOwnAddressAndBroadcastOnlyWithItsOwnId) {
         ASSERT_EQ(frames.size(), 1u);
         EXPECT_EQ(frames[0].start, kAck);
         EXPECT_EQ(frames[0].address, 7);
-        EXPECT_TRUE(frames[0].lrcGood) << "reply LRC must be seeded with the unit's own id";
+        EXPECT_TRUE(frames[0].lrcGood) << "reply LRC must start from the unit's own id";
         EXPECT_EQ(frames[0].message, (std::vector<Byte>{0x85, 0, 0, 0, 0, 0, 0}));
     }
 }
@@ -95,7 +95,7 @@ TEST(UnitLink, FrameSplitAcrossWritesIsAnsweredOnceComplete) {
 
 TEST(UnitLink, AddressChangeTakesEffectAfterTheReply) {
     UnitHarness unit;
-    // Set address 12: the reply still comes from address 0, seeded with 0.
+    // Set address 12: the reply still comes from address 0, its LRC starting from 0.
     EXPECT_EQ(unit.exchange({0x9F, 12}), (std::vector<Byte>{0x9F, 12}));
     unit.id = 12;
     EXPECT_EQ(unit.exchange({0x9F, 0x80}, 12), (std::vector<Byte>{0x9F, 12}));

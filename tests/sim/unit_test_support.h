@@ -42,7 +42,7 @@ class UnitHarness {
 
     Unit unit;
     std::int64_t now = 0;
-    Byte id = 0;  // LRC seed the replies are checked against
+    Byte id = 0;  // the address the replies' LRCs are checked against
 };
 
 }  // namespace halvex::sim::testing
