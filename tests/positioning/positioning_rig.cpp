@@ -180,10 +180,8 @@ PositioningRig::PositioningRig() {
     layout->addWidget(Label2_1);
     layout->addWidget(SSTab1);
 
-    scripted.setScript([this](const ScriptedUnit::Frame& frame) {
-        Message_ body(frame.message.begin(), frame.message.end() - 1);
-        return model.answer(body);
-    });
+    scripted.setScript(
+        [this](const ScriptedUnit::Frame& frame) { return model.answer(frame.message); });
     link.setPort(&port);
     receiver.attachPort(&port);
     port.open(QStringLiteral("COM1"), 9600);
@@ -242,7 +240,7 @@ std::vector<Message_> PositioningRig::sent() const {
     std::vector<Message_> result;
     for (const auto& frame : scripted.frames()) {
         if (!frame.message.empty() && frame.message.front() != 0x31) {
-            result.emplace_back(frame.message.begin(), frame.message.end() - 1);
+            result.push_back(frame.message);
         }
     }
     return result;

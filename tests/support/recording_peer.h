@@ -4,6 +4,7 @@
 
 #include "protocol/frame.h"
 #include "protocol/unit_peer.h"
+#include "sim/frame_assembler.h"
 
 namespace halvex::testing {
 
@@ -14,10 +15,9 @@ class RecordingPeer : public UnitPeer {
     struct Frame {
         Byte address = 0;
         std::vector<Byte> message;  // code and payload, without the LRC
-        Byte lrc = 0;
     };
 
-    explicit RecordingPeer(UnitPeer& unit) : unit_(unit) {}
+    explicit RecordingPeer(UnitPeer& unit);
 
     void receiveFromConsole(const std::uint8_t* data, std::size_t size) override;
     void advanceTo(std::int64_t nowMs) override { unit_.advanceTo(nowMs); }
@@ -34,8 +34,7 @@ class RecordingPeer : public UnitPeer {
   private:
     UnitPeer& unit_;
     std::vector<Frame> frames_;
-    std::vector<Byte> current_;
-    bool inFrame_ = false;
+    sim::FrameAssembler assembler_;
     bool connected_ = true;
 };
 

@@ -6,6 +6,7 @@
 
 #include "protocol/frame.h"
 #include "protocol/unit_peer.h"
+#include "sim/frame_assembler.h"
 
 namespace halvex::testing {
 
@@ -15,14 +16,14 @@ class ScriptedUnit : public UnitPeer {
   public:
     struct Frame {
         Byte address = 0;
-        std::vector<Byte> message;  // code, payload and LRC, unstuffed
+        std::vector<Byte> message;  // code and payload, unstuffed
         std::vector<Byte> wire;     // as it came down the line
         std::int64_t atMs = 0;
     };
     // Returns the reply message (code + payload) or nothing for silence.
     using Script = std::function<std::optional<std::vector<Byte>>(const Frame&)>;
 
-    explicit ScriptedUnit(Byte id = 0) : id_(id) {}
+    explicit ScriptedUnit(Byte id = 0);
 
     void setScript(Script script) { script_ = std::move(script); }
     // Answers every frame with a reply of the same code and `payload`.
@@ -40,12 +41,13 @@ class ScriptedUnit : public UnitPeer {
     static std::vector<Byte> replyWire(Byte id, const std::vector<Byte>& message);
 
   private:
+    void answer(const sim::ConsoleFrame& frame);
+
     Byte id_;
     Script script_;
     std::vector<Frame> frames_;
     std::vector<Byte> wire_;
-    std::vector<Byte> current_;
-    bool inFrame_ = false;
+    sim::FrameAssembler assembler_;
     std::vector<Byte> output_;
     std::int64_t nowMs_ = 0;
 };
