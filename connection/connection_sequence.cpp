@@ -1,11 +1,10 @@
 #include "connection/connection_sequence.h"
 
-#include <QApplication>
-#include <QCursor>
-
 #include "connection/initial_reads.h"
+#include "connection/page_lock.h"
 #include "positioning/jog.h"
 #include "protocol/fault_guard.h"
+#include "protocol/flag_scope.h"
 #include "protocol/port_map.h"
 #include "protocol/senders.h"
 #include "protocol/wait.h"
@@ -26,26 +25,6 @@ const char* const kSecondCameraControls[] = {
     "CamTypeCombo", "FormatFrame1",   "SendBut",    "CRCheck",    "TXBox",       "RXLabel",
     "ZoomMinLabel", "FocusMinLabel",  "ZoomMinSpin"};
 
-// Puts the arrow back however the sequence ends.
-class HourglassScope {
-  public:
-    HourglassScope() { QApplication::setOverrideCursor(Qt::WaitCursor); }
-    ~HourglassScope() { QApplication::restoreOverrideCursor(); }
-    HourglassScope(const HourglassScope&) = delete;
-    HourglassScope& operator=(const HourglassScope&) = delete;
-};
-
-// Clears the running mark however the sequence ends.
-class RunningScope {
-  public:
-    explicit RunningScope(bool& running) : running_(running) { running_ = true; }
-    ~RunningScope() { running_ = false; }
-    RunningScope(const RunningScope&) = delete;
-    RunningScope& operator=(const RunningScope&) = delete;
-
-  private:
-    bool& running_;
-};
 }  // namespace
 
 ConnectionSequence::ConnectionSequence(ConsoleContext& context, PortSelection& ports,
@@ -96,7 +75,7 @@ void ConnectionSequence::requestLimits() {
 }
 
 bool ConnectionSequence::initialise() {
-    RunningScope running(running_);
+    FlagScope running(running_);
     view_.setTitle(ports_.title(QStringLiteral(" Initializing Pan & Tilt")));
     showProgress(QStringLiteral("Initializing"), QStringLiteral("Pan/Tilt"));
     letEventsRun();
@@ -226,16 +205,12 @@ void ConnectionSequence::ExitBut_Click() {
 
 void ConnectionSequence::Timer5_Timer() {
     timer5_.stop();
-    view_.SSTab1->setEnabled(false);
-    HourglassScope hourglass;
-    showProgress(QStringLiteral("Reinitializing"), QStringLiteral("Reinitializing"));
+    PageLock lock(view_.SSTab1, view_.Label2[0], view_.Label2[1]);
     sendMessage(context_.state, context_.link, {0x85});
     requestLimits();
     runHook(context_.hooks.reloadPresets);
     sendMessage(context_.state, context_.link, {0x41});
     runHook(context_.hooks.rebuildTourPresetChoices);
-    view_.SSTab1->setEnabled(true);
-    showProgress(QStringLiteral("Pan"), QStringLiteral("Tilt"));
 }
 
 }  // namespace halvex

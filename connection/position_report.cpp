@@ -1,5 +1,6 @@
 #include "connection/position_report.h"
 
+#include "positioning/position_encoding.h"
 #include "protocol/fault_guard.h"
 #include "protocol/range_fault.h"
 #include "ui/pages/pan_tilt_page.h"
@@ -45,8 +46,8 @@ void PositionReport::registerLateRefresh() {
 void PositionReport::decodePositionReport() {
     const ByteTable& rx = context_.state.RxBuffer;
     UnitStatus& status = context_.status;
-    const std::int32_t pan = Build24(rx[3], rx[2], rx[1]);
-    const std::int32_t tilt = Build24(rx[6], rx[5], rx[4]);
+    const std::int32_t pan = getPosition(rx, 1);
+    const std::int32_t tilt = getPosition(rx, 4);
     status.StatusBytes[0] = rx[7];
     status.StatusBytes[3] = rx[7] & 3;
     status.StatusBytes[1] = rx[8];
@@ -122,7 +123,7 @@ void PositionReport::showCameraBytes(int& index, int count, int camera) {
 void PositionReport::decodeSoftLimit() {
     const ByteTable& rx = context_.state.RxBuffer;
     UnitStatus& status = context_.status;
-    const float value = hundredths(Build24(rx[4], rx[3], rx[2]));
+    const float value = hundredths(getPosition(rx, 2));
     const int index = rx[1];
     switch (index) {
         case 0:

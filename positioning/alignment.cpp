@@ -1,8 +1,8 @@
 #include "positioning/alignment.h"
 
-#include <QApplication>
 #include <QPushButton>
 
+#include "connection/page_lock.h"
 #include "positioning/position_encoding.h"
 #include "protocol/fault_guard.h"
 #include "protocol/senders.h"
@@ -28,31 +28,17 @@ void setCaption(QLabel* label, const char* text) {
 class TableReloadLock {
   public:
     TableReloadLock(QLabel* heading, const Alignment::Surroundings& around)
-        : heading_(heading), around_(around) {
-        if (around_.pageTabs != nullptr) {
-            around_.pageTabs->setEnabled(false);
-        }
-        QApplication::setOverrideCursor(Qt::WaitCursor);
+        : heading_(heading), lock_(around.pageTabs, around.panCaption, around.tiltCaption) {
         setCaption(heading_, "Reloading Tables");
-        setCaption(around_.panCaption, "Reinitializing");
-        setCaption(around_.tiltCaption, "Reinitializing");
         letEventsRun();
     }
-    ~TableReloadLock() {
-        setCaption(heading_, kHeading);
-        QApplication::restoreOverrideCursor();
-        if (around_.pageTabs != nullptr) {
-            around_.pageTabs->setEnabled(true);
-        }
-        setCaption(around_.panCaption, "Pan");
-        setCaption(around_.tiltCaption, "Tilt");
-    }
+    ~TableReloadLock() { setCaption(heading_, kHeading); }
     TableReloadLock(const TableReloadLock&) = delete;
     TableReloadLock& operator=(const TableReloadLock&) = delete;
 
   private:
     QLabel* heading_;
-    const Alignment::Surroundings& around_;
+    PageLock lock_;
 };
 
 QString unscaled(const ByteTable& rx, int first) {

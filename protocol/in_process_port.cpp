@@ -59,11 +59,8 @@ void InProcessPort::discardInput() {
 }
 
 bool InProcessPort::waitForBytes(int /*msecs*/) {
-    if (incoming_.empty() && open_ && peer_ != nullptr) {
-        peer_->advanceTo(clock_.elapsed());
-        for (Byte b : peer_->takeOutput()) {
-            incoming_.push_back(b);
-        }
+    if (incoming_.empty()) {
+        collect();
     }
     return !incoming_.empty();
 }
@@ -86,14 +83,18 @@ void InProcessPort::schedulePump() {
     });
 }
 
-void InProcessPort::pump() {
+void InProcessPort::collect() {
     if (!open_ || peer_ == nullptr) {
         return;
     }
     peer_->advanceTo(clock_.elapsed());
     const std::vector<Byte> out = peer_->takeOutput();
     incoming_.insert(incoming_.end(), out.begin(), out.end());
-    if (!incoming_.empty()) {
+}
+
+void InProcessPort::pump() {
+    collect();
+    if (open_ && !incoming_.empty()) {
         emit dataArrived();
     }
 }

@@ -34,6 +34,8 @@ class InProcessPort : public SerialPort {
     void injectIncoming(const std::vector<Byte>& bytes);
 
   private:
+    // Moves the peer's clock on and takes what it has said.
+    void collect();
     void pump();
     void schedulePump();
 

@@ -3,6 +3,7 @@
 #include <QTimer>
 
 #include "protocol/fault_guard.h"
+#include "protocol/flag_scope.h"
 #include "protocol/link.h"
 
 namespace halvex {
@@ -13,18 +14,6 @@ namespace {
 constexpr int kSettleCharacters = 8;
 constexpr int kSettleFloorMs = 20;
 
-// Marks the port as being read, so a data event raised by a short wait
-// inside the read does not start a second read.
-class ReadingScope {
-  public:
-    explicit ReadingScope(bool& flag) : flag_(flag) { flag_ = true; }
-    ~ReadingScope() { flag_ = false; }
-    ReadingScope(const ReadingScope&) = delete;
-    ReadingScope& operator=(const ReadingScope&) = delete;
-
-  private:
-    bool& flag_;
-};
 }  // namespace
 
 Receiver::Receiver(FormState& state, Link& link, QObject* parent)
@@ -101,7 +90,9 @@ void Receiver::ReceiveFrame() {
     QString capture;
     bool complete = false;
     {
-        ReadingScope scope(reading_);
+        // A data event raised by a short wait inside the read must not start
+        // a second read.
+        FlagScope reading(reading_);
         complete = readFrame(capture);
     }
     if (!complete) {
