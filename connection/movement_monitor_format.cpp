@@ -1,14 +1,14 @@
 #include "connection/movement_monitor_format.h"
 
+#include "connection/text_fields.h"
+
 namespace halvex {
 
 namespace {
 constexpr int kFieldWidth = 8;
 
 QString field(float degrees) {
-    const QString text = QString::number(degrees, 'f', 2);
-    return text.size() > kFieldWidth ? text.left(kFieldWidth)
-                                     : text.rightJustified(kFieldWidth, QLatin1Char(' '));
+    return fitRight(formatAngle(degrees), kFieldWidth);
 }
 }  // namespace
 
@@ -21,7 +21,7 @@ QString movementLine(float toPan, float fromPan, float toTilt, float fromTilt) {
 }
 
 QString formatLargestMove(float degrees) {
-    return QString::number(degrees, 'f', 2);
+    return formatAngle(degrees);
 }
 
 QString formatAverageMove(float degrees) {

@@ -1,5 +1,6 @@
 #include "connection/position_report.h"
 
+#include "connection/text_fields.h"
 #include "positioning/position_encoding.h"
 #include "protocol/fault_guard.h"
 #include "protocol/range_fault.h"
@@ -143,7 +144,7 @@ void PositionReport::decodeSoftLimit() {
     }
     if (index <= 3) {
         page_.Label13[static_cast<std::size_t>(index)]->setText(
-            QString::number(static_cast<double>(value), 'f', 2));
+            formatAngle(static_cast<double>(value)));
     }
     rescaleGauge();
 }

@@ -1,5 +1,7 @@
 #include "positioning/preset_table.h"
 
+#include "connection/text_fields.h"
+
 #include <string>
 
 #include "positioning/position_encoding.h"
@@ -41,14 +43,6 @@ PresetRecord readPresetRecord(const ByteTable& rx) {
     record.zoom2 = rx[10];
     record.focus2 = rx[11];
     return record;
-}
-
-QString fitRight(const QString& text, int width) {
-    return text.size() > width ? text.left(width) : text.rightJustified(width, QLatin1Char(' '));
-}
-
-QString formatAngle(double degrees) {
-    return QString::number(degrees, 'f', 2);
 }
 
 std::optional<QString> presetEntryText(int number, const PresetRecord& record, Byte unitVariant) {

@@ -41,13 +41,6 @@ class PresetTable {
 // number, 2..4 pan, 5..7 tilt, 8..11 the lens bytes.
 PresetRecord readPresetRecord(const ByteTable& rx);
 
-// Right-aligns text in a field of `width` characters; a longer text keeps
-// only its leftmost characters.
-QString fitRight(const QString& text, int width);
-
-// An angle in degrees with at least one whole digit and two decimals ("-0.50").
-QString formatAngle(double degrees);
-
 // The list entry of a preset: number, pan, tilt and the lens columns the
 // controller type has. Type 0 shows all four lens bytes, type 1 (no second
 // camera) only zoom 1 and focus 1; other types have no entry.

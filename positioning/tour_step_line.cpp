@@ -1,5 +1,6 @@
 #include "positioning/tour_step_line.h"
 
+#include "connection/text_fields.h"
 #include "positioning/preset_table.h"
 
 namespace halvex {
