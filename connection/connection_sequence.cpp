@@ -91,9 +91,14 @@ bool ConnectionSequence::initialise() {
         link.Timer2().start();
 
         context_.state.ReplyReceived = false;
-        waitUntil(context_.state, [this] {
-            return context_.state.ReplyReceived || context_.state.ConnectTimedOut;
+        waitUntil(context_.state, [this, &link] {
+            return context_.state.ReplyReceived || context_.state.ConnectTimedOut ||
+                   !link.portOpen();
         });
+        if (!link.portOpen()) {
+            abandon();
+            return false;
+        }
         if (!context_.state.ReplyReceived) {
             fail();
             return false;
@@ -136,6 +141,12 @@ bool ConnectionSequence::initialise() {
         sendMessage(context_.state, link, {0x70, 0x80});
         sendMessage(context_.state, link, {0x71, 0x80});
     }
+    // Exit (or a lost port) during the reads: the requests were dropped, and
+    // the console is not online.
+    if (!context_.link.portOpen()) {
+        abandon();
+        return false;
+    }
 
     view_.SSTab1->setEnabled(true);
     view_.SSTab1->setCurrentIndex(0);
@@ -150,9 +161,14 @@ bool ConnectionSequence::initialise() {
     return true;
 }
 
+void ConnectionSequence::abandon() {
+    context_.link.stop();
+    showProgress(QStringLiteral("Pan"), QStringLiteral("Tilt"));
+    view_.StartBut->setText(QStringLiteral("Start"));
+}
+
 void ConnectionSequence::fail() {
-    context_.link.Timer1().stop();
-    context_.link.Timer2().stop();
+    context_.link.stop();
     showProgress(QStringLiteral("Pan"), QStringLiteral("Tilt"));
     Messages::exclamation(view_.window, QStringLiteral("Could Not Establish Connection"),
                           QStringLiteral("There was a problem establishing a connection. Please "
@@ -188,18 +204,20 @@ void ConnectionSequence::ExitBut_Click() {
         return;
     }
     context_.state.JogFlags = SetBit(context_.state.JogFlags, 1);
-    if (!context_.state.LinkFault && context_.link.Timer2().isActive()) {
+    Link& link = context_.link;
+    if (!context_.state.LinkFault && link.Timer2().isActive()) {
         // Wait for the frame that carries the stop request to go out, then
         // for the reply that shows it reached the unit. A watchdog expiry
-        // meanwhile means no reply is coming.
+        // meanwhile means no reply is coming; the time-out covers a line
+        // that another sender holds for longer.
         FormState& state = context_.state;
-        waitUntil(state, [&state] { return !BitIsSet(state.JogFlags, 1) || state.LinkFault; });
-        state.ReplyReceived = false;
-        waitUntil(state, [&state] { return state.ReplyReceived || state.LinkFault; });
+        waitUntil(
+            state,
+            [&] { return !BitIsSet(state.JogFlags, 1) || state.LinkFault || !link.portOpen(); },
+            kExitSendTimeoutMs);
+        link.awaitNextReply();
     }
-    context_.link.Timer1().stop();
-    context_.link.Timer2().stop();
-    context_.link.Timer4().stop();
+    link.stop();
     port_.close();
 }
 

@@ -34,6 +34,8 @@ class ConnectionSequence : public QObject {
     Q_OBJECT
   public:
     static constexpr int kDeferredRefreshMs = 250;
+    // How long Exit waits for the stop request to get onto the line.
+    static constexpr int kExitSendTimeoutMs = 2000;
 
     ConnectionSequence(ConsoleContext& context, PortSelection& ports, SerialPort& port,
                        JogControl& jog, ConnectionView view, QObject* parent = nullptr);
@@ -58,6 +60,8 @@ class ConnectionSequence : public QObject {
     // Steps from the first jog message to online; false when no unit answered.
     bool initialise();
     void fail();
+    // The port closed under the sequence: back to offline without a message.
+    void abandon();
     void showProgress(const QString& pan, const QString& tilt);
     void requestLimits();
 

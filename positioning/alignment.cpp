@@ -119,6 +119,7 @@ void Alignment::changeOffsets(Byte code, bool withCoordinates) {
         tilt = encodePosition(page_.TiltCorLED->value());
     }
     TableReloadLock lock(page_.Label2_6, surroundings_);
+    FrameTicket change;
     {
         SendInProgressScope sending(state);
         state.TxBuffer[0] = code;
@@ -128,15 +129,17 @@ void Alignment::changeOffsets(Byte code, bool withCoordinates) {
             putPosition(state.TxBuffer, 4, tilt);
             count = 7;
         }
-        link.SendFrame(count);
+        change = link.SendFrame(count);
     }
-    awaitReply(state);
+    if (!wentOut(change)) {
+        return;  // the port is gone
+    }
+    link.awaitReply(change);
 
     // The soft limits and presets are held in angle terms, which the new
     // offsets have shifted.
     for (int index = 0; index < kSoftLimits; ++index) {
-        sendMessage(state, link, {kSoftLimit, static_cast<Byte>(index | 0x80)});
-        awaitReply(state);
+        sendAndAwaitReply(state, link, {kSoftLimit, static_cast<Byte>(index | 0x80)});
     }
     runHook(surroundings_.reloadPresets);
     context_.status.SyncDesiredPending = true;

@@ -78,15 +78,20 @@ void Presets::decodeReply() {
 }
 
 void Presets::reload() {
-    page_.PresetList->clear();
-    {
+    reloading_.run([this] {
+        page_.PresetList->clear();
         SendInProgressScope sending(context_.state);
-        for (int number = 0; number < kUnitPresets; ++number) {
-            sendHeld(context_.state, context_.link, {kGetPreset, static_cast<Byte>(number)});
-            awaitReply(context_.state);
+        for (int number = 0; number < kUnitPresets && !reloading_.superseded(); ++number) {
+            const FrameTicket request =
+                sendHeld(context_.state, context_.link, {kGetPreset, static_cast<Byte>(number)});
+            if (!wentOut(request)) {
+                return;  // the port is gone
+            }
+            if (!context_.link.awaitReply(request)) {
+                return;  // the unit has stopped answering
+            }
         }
-    }
-    awaitIdle(context_.state);
+    });
     if (page_.PresetList->count() > 0) {
         page_.PresetList->setCurrentRow(0);
     }
@@ -124,8 +129,7 @@ void Presets::SavePreBut_Click() {
 }
 
 void Presets::SaveCurPreBut_Click() {
-    sendMessage(context_.state, context_.link, {kStoreCurrent, selectedPreset()});
-    awaitReply(context_.state);
+    sendAndAwaitReply(context_.state, context_.link, {kStoreCurrent, selectedPreset()});
 }
 
 void Presets::AddAuxBut_Click() {
@@ -136,12 +140,11 @@ void Presets::ClearPreBut_Click() {
     FormState& state = context_.state;
     page_.ClearPreBut->setText(QString::fromLatin1(kClearingCaption));
     letEventsRun();
-    sendMessage(state, context_.link, {kClearPresets});
     // The unit's answer to the clear, then one more reply (the next jog
     // report) so the unit has finished zeroing before it is asked again.
-    awaitReply(state);
+    sendAndAwaitReply(state, context_.link, {kClearPresets});
     context_.link.Timer4().setInterval(Link::kWatchdogMs);
-    awaitReply(state);
+    context_.link.awaitNextReply();
     reload();
     page_.ClearPreBut->setText(QString::fromLatin1(kClearCaption));
 }

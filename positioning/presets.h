@@ -3,6 +3,7 @@
 #include <QObject>
 
 #include "connection/console_context.h"
+#include "console/rerun_guard.h"
 #include "positioning/preset_table.h"
 
 namespace halvex {
@@ -51,6 +52,7 @@ class Presets : public QObject {
     ConsoleContext& context_;
     PresetsPage& page_;
     PresetTable table_;
+    RerunGuard reloading_;
 };
 
 }  // namespace halvex

@@ -81,23 +81,33 @@ void Tours::showTourCaptions() {
 }
 
 void Tours::TourSel_Click(int index) {
+    // The latest selection wins: a click while a tour loads makes the load
+    // start over with it.
+    selectedTour_ = index;
+    loading_.run([this] { loadTour(selectedTour_); });
+}
+
+void Tours::loadTour(int index) {
     FormState& state = context_.state;
     page_.ScriptList->clear();
-    selectedTour_ = index;
     showTourCaptions();
     const Byte tour = checkedByte(index);
-    sendMessage(state, context_.link, {kSelect, tour});
-    awaitReply(state);
-    if (tourStepCount_ == 0) {
+    if (!sendAndAwaitReply(state, context_.link, {kSelect, tour}) || tourStepCount_ == 0) {
         return;
     }
     SendInProgressScope sending(state);
     // The count may be 255 for a corrupt tour: the unit is still asked for
     // every step it claims to have.
     const int count = tourStepCount_;
-    for (int step = 0; step < count; ++step) {
-        sendHeld(state, context_.link, {kGetStep, tour, static_cast<Byte>(step)});
-        awaitReply(state);
+    for (int step = 0; step < count && !loading_.superseded(); ++step) {
+        const FrameTicket request =
+            sendHeld(state, context_.link, {kGetStep, tour, static_cast<Byte>(step)});
+        if (!wentOut(request)) {
+            return;  // the port is gone
+        }
+        if (!context_.link.awaitReply(request)) {
+            return;  // the unit has stopped answering
+        }
     }
 }
 
@@ -135,15 +145,14 @@ void Tours::editAtSelection(Byte code, const QString& title, const QString& text
         return;
     }
     const Byte tour = checkedByte(selectedTour_);
-    sendMessage(context_.state, context_.link, {code, tour, checkedByte(selected), preset, dwell});
-    awaitReply(context_.state);
+    sendAndAwaitReply(context_.state, context_.link,
+                      {code, tour, checkedByte(selected), preset, dwell});
     TourSel_Click(selectedTour_);
 }
 
 void Tours::ScriptList_DblClick() {
     const Byte step = checkedByte(page_.ScriptList->currentRow());
-    sendMessage(context_.state, context_.link, {kDelete, checkedByte(selectedTour_), step});
-    awaitReply(context_.state);
+    sendAndAwaitReply(context_.state, context_.link, {kDelete, checkedByte(selectedTour_), step});
     TourSel_Click(selectedTour_);
 }
 

@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "connection/console_context.h"
+#include "console/rerun_guard.h"
 
 class QListWidget;
 
@@ -60,6 +61,7 @@ class Tours : public QObject {
 
   private:
     void connectControls();
+    void loadTour(int index);
     void decodeCount();
     void decodeStep();
     void decodeExecute();
@@ -78,6 +80,7 @@ class Tours : public QObject {
     const Presets& presets_;
     QListWidget* presetList_;
     std::function<bool()> videoBlank_;
+    RerunGuard loading_;
     int selectedTour_ = 0;
     int tourStepCount_ = 0;
     bool tourExecuting_ = false;

@@ -24,6 +24,24 @@ class WaitFlag {
     bool value_ = false;
 };
 
+// How many senders hold the line between their frames (a preset reload holds
+// it across 32 request/reply pairs). The jog message goes out on a tick only
+// when nobody does. A count, not a flag, so that a send nested inside another
+// sender's wait cannot release the outer sender's hold.
+class HoldCount {
+  public:
+    explicit HoldCount(FormState* owner) : owner_(owner) {}
+    HoldCount(const HoldCount&) = delete;
+    HoldCount& operator=(const HoldCount&) = delete;
+    operator bool() const { return holders_ > 0; }
+    void acquire();
+    void release();
+
+  private:
+    FormState* owner_;
+    int holders_ = 0;
+};
+
 enum class LinkLamp { None, Good, Fault };
 
 // The state the main window shares with its features: buffers, addresses and
@@ -42,8 +60,7 @@ class FormState : public QObject {
     Byte LastResponseCode = 0;
     bool UserClickEnabled = true;
 
-    WaitFlag SendInProgress{this};
-    WaitFlag SendGate{this};
+    HoldCount SendInProgress{this};
     WaitFlag ReplyReceived{this};
     WaitFlag LinkFault{this};
     WaitFlag ConnectTimedOut{this};
@@ -73,11 +90,24 @@ inline WaitFlag& WaitFlag::operator=(bool value) {
     return *this;
 }
 
-// Sets SendInProgress for one send and puts it back however the send ends.
+inline void HoldCount::acquire() {
+    ++holders_;
+    owner_->notifyChanged();
+}
+
+inline void HoldCount::release() {
+    --holders_;
+    owner_->notifyChanged();
+}
+
+// Holds SendInProgress for one send (or a run of them) and lets go however
+// the send ends.
 class SendInProgressScope {
   public:
-    explicit SendInProgressScope(FormState& state) : state_(state) { state_.SendInProgress = true; }
-    ~SendInProgressScope() { state_.SendInProgress = false; }
+    explicit SendInProgressScope(FormState& state) : state_(state) {
+        state_.SendInProgress.acquire();
+    }
+    ~SendInProgressScope() { state_.SendInProgress.release(); }
     SendInProgressScope(const SendInProgressScope&) = delete;
     SendInProgressScope& operator=(const SendInProgressScope&) = delete;
 

@@ -26,9 +26,13 @@ bool InProcessPort::open(const QString& /*device*/, qint32 baudRate) {
 }
 
 void InProcessPort::close() {
+    const bool wasOpen = open_;
     open_ = false;
     clockTimer_.stop();
     incoming_.clear();
+    if (wasOpen) {
+        emit closed();
+    }
 }
 
 void InProcessPort::writeByte(Byte value) {

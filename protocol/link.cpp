@@ -1,5 +1,7 @@
 #include "protocol/link.h"
 
+#include <algorithm>
+
 #include "protocol/fault_guard.h"
 #include "protocol/wait.h"
 
@@ -21,24 +23,80 @@ Link::Link(FormState& state, QObject* parent) : QObject(parent), state_(state) {
             [this] { guarded(state_, "Timer4_Timer", [this] { Timer4_Timer(); }); });
 }
 
+void Link::setPort(SerialPort* port) {
+    if (port_ != nullptr) {
+        disconnect(port_, nullptr, this, nullptr);
+    }
+    port_ = port;
+    if (port_ != nullptr) {
+        connect(port_, &SerialPort::closed, this, &Link::onPortClosed);
+    }
+}
+
 void Link::Timer1_Timer() {
     state_.ConnectTimedOut = true;
 }
 
 void Link::Timer2_Timer() {
-    if (!state_.SendInProgress) {
-        if (jogSender_) {
-            jogSender_();
-        }
-    } else {
-        state_.SendGate = true;
+    if (!queue_.empty()) {
+        const std::shared_ptr<FrameRecord> frame = queue_.front();
+        queue_.pop_front();
+        write(frame);
+        state_.notifyChanged();
+    } else if (!state_.SendInProgress && jogSender_) {
+        jogSender_();
     }
 }
 
 void Link::Timer4_Timer() {
     state_.setLamp(LinkLamp::Fault);
+    ++watchdogExpiries_;
+    giveUpOnReplies();
     state_.LinkFault = true;
     timer4_.stop();
+}
+
+std::shared_ptr<FrameRecord> Link::takeFrame(int count) {
+    const Byte address = frameAddress(state_.UnitId, state_.AddressOverride);
+    state_.TxBuffer[count] = Calc_LRC(state_.TxBuffer, count, address);
+    auto frame = std::make_shared<FrameRecord>();
+    frame->address = address;
+    frame->captureId = state_.UnitId;
+    // The override is for exactly one frame: this one.
+    state_.AddressOverride = kNoOverride;
+    frame->message.reserve(static_cast<std::size_t>(count) + 1);
+    for (int index = 0; index <= count; ++index) {
+        frame->message.push_back(state_.TxBuffer[index]);
+    }
+    return frame;
+}
+
+FrameTicket Link::SendFrame(int count) {
+    std::shared_ptr<FrameRecord> frame = takeFrame(count);
+    // With the port closed there is nobody to send to and no tick to wait for.
+    if (!portOpen()) {
+        frame->status = FrameRecord::Status::Dropped;
+        return frame;
+    }
+    queue_.push_back(frame);
+    const int ahead = static_cast<int>(queue_.size());
+    const bool went = waitUntil(
+        state_, [&frame] { return frame->status != FrameRecord::Status::Queued; },
+        ahead * timer2_.interval() + kSendGraceMs);
+    if (!went) {
+        queue_.erase(std::remove(queue_.begin(), queue_.end(), frame), queue_.end());
+        frame->status = FrameRecord::Status::Dropped;
+        state_.reportFault(QStringLiteral("Command %1not sent: no transmit tick")
+                               .arg(hexByte(frame->message.front())));
+    }
+    return frame;
+}
+
+void Link::transmit(int count) {
+    if (!portOpen()) {
+        return;
+    }
+    write(takeFrame(count));
 }
 
 void Link::writeStuffed(Byte value, QString& capture) {
@@ -51,38 +109,23 @@ void Link::writeStuffed(Byte value, QString& capture) {
     }
 }
 
-void Link::SendFrame(int count) {
-    state_.SendGate = false;
-    state_.TxBuffer[count] =
-        Calc_LRC(state_.TxBuffer, count, frameAddress(state_.UnitId, state_.AddressOverride));
-
-    // With the port closed there is nobody to send to and no tick to wait for.
-    if (port_ == nullptr || !port_->isOpen()) {
-        return;
+void Link::write(const std::shared_ptr<FrameRecord>& record) {
+    FrameRecord& frame = *record;
+    frame.status = FrameRecord::Status::Sent;
+    // A unit that stopped answering must not make this list grow.
+    constexpr std::size_t kMostAwaited = 8;
+    if (awaiting_.size() == kMostAwaited) {
+        awaiting_.front()->unanswered = true;
+        awaiting_.pop_front();
     }
-    waitUntil(state_, [this] { return static_cast<bool>(state_.SendGate); });
-    if (!port_->isOpen()) {
-        return;
-    }
+    awaiting_.push_back(record);
 
-    transmit(count);
-}
-
-void Link::transmit(int count) {
-    if (port_ == nullptr || !port_->isOpen()) {
-        return;
-    }
     QString capture = hexByte(kStx);
     port_->writeByte(kStx);
-
-    const Byte address = frameAddress(state_.UnitId, state_.AddressOverride);
-    state_.AddressOverride = kNoOverride;
-    writeStuffed(address, capture);
+    writeStuffed(frame.address, capture);
     // The capture names the configured unit, even when an override went out.
-    capture += hexByte(state_.UnitId);
-
-    for (int index = 0; index <= count; ++index) {
-        const Byte value = state_.TxBuffer[index];
+    capture += hexByte(frame.captureId);
+    for (const Byte value : frame.message) {
         writeStuffed(value, capture);
         capture += hexByte(value);
     }
@@ -100,6 +143,73 @@ void Link::transmit(int count) {
     state_.JogFlags = ClearBit(state_.JogFlags, 1);
     state_.JogFlags = ClearBit(state_.JogFlags, 0);
     state_.notifyChanged();
+}
+
+void Link::noteReceiveEvent() {
+    ++receiveEvents_;
+    if (!awaiting_.empty()) {
+        awaiting_.front()->answered = true;
+        awaiting_.pop_front();
+    }
+    state_.ReplyReceived = true;
+}
+
+int Link::replyTimeoutMs() const {
+    return timer4_.interval() + kReplyGraceMs;
+}
+
+bool Link::awaitReply(const FrameTicket& frame) {
+    state_.ReplyReceived = false;
+    if (!frame || frame->status != FrameRecord::Status::Sent) {
+        return false;
+    }
+    waitUntil(
+        state_, [&] { return frame->answered || frame->unanswered || !portOpen(); },
+        replyTimeoutMs());
+    return frame->answered;
+}
+
+bool Link::awaitNextReply() {
+    state_.ReplyReceived = false;
+    const quint64 events = receiveEvents_;
+    const quint64 expiries = watchdogExpiries_;
+    waitUntil(
+        state_,
+        [&] { return receiveEvents_ != events || watchdogExpiries_ != expiries || !portOpen(); },
+        replyTimeoutMs());
+    return receiveEvents_ != events;
+}
+
+void Link::giveUpOnReplies() {
+    for (const auto& frame : awaiting_) {
+        frame->unanswered = true;
+    }
+    awaiting_.clear();
+}
+
+void Link::dropQueued(const QString& why) {
+    giveUpOnReplies();
+    const auto dropped = queue_.size();
+    for (const auto& frame : queue_) {
+        frame->status = FrameRecord::Status::Dropped;
+    }
+    queue_.clear();
+    // Wakes every wait: the senders of those frames, and reply waits.
+    state_.notifyChanged();
+    if (dropped > 0) {
+        state_.reportFault(QStringLiteral("%1: %2 command(s) not sent").arg(why).arg(dropped));
+    }
+}
+
+void Link::stop() {
+    timer1_.stop();
+    timer2_.stop();
+    timer4_.stop();
+    dropQueued(QStringLiteral("Link stopped"));
+}
+
+void Link::onPortClosed() {
+    dropQueued(QStringLiteral("Port closed"));
 }
 
 }  // namespace halvex

@@ -3,40 +3,89 @@
 #include <QObject>
 #include <QString>
 #include <QTimer>
+#include <deque>
 #include <functional>
+#include <memory>
+#include <vector>
 
 #include "protocol/form_state.h"
 #include "protocol/serial_port.h"
 
 namespace halvex {
 
-// The transmit path: one frame per Timer2 tick, written byte by byte, echoed
-// as hexadecimal, guarded by the reply watchdog Timer4. Also owns Timer1, the
-// connection time-out.
+// One frame handed to the link, and what became of it.
+struct FrameRecord {
+    enum class Status { Queued, Sent, Dropped };
+
+    std::vector<Byte> message;  // code, payload and LRC, unstuffed
+    Byte address = 0;           // what goes on the wire
+    Byte captureId = 0;         // what the capture line shows: the configured unit
+    Status status = Status::Queued;
+    // A receive event came for it: replies come in the order of the frames.
+    bool answered = false;
+    // The watchdog fired or the port went away before that.
+    bool unanswered = false;
+};
+using FrameTicket = std::shared_ptr<const FrameRecord>;
+
+inline bool wentOut(const FrameTicket& frame) {
+    return frame && frame->status == FrameRecord::Status::Sent;
+}
+
+// The transmit path: frames wait in a queue and go out one per Timer2 tick,
+// written byte by byte, echoed as hexadecimal, guarded by the reply watchdog
+// Timer4. A tick with nothing queued and no sender holding the line carries
+// the jog message. Also owns Timer1, the connection time-out.
+//
+// A frame is copied out of TxBuffer when it is queued, so a second handler
+// that fills TxBuffer while the first one waits for its tick cannot change
+// it; every wait ends on its event, the port closing or a time-out.
 class Link : public QObject {
     Q_OBJECT
   public:
     static constexpr int kTickMs = 100;
     static constexpr int kWatchdogMs = 250;
     static constexpr int kConnectTimeoutMs = 2500;
+    // Beyond the ticks the frames ahead need: a stopped tick never strands a
+    // sender.
+    static constexpr int kSendGraceMs = 2000;
+    // Beyond the watchdog interval, for a reply wait.
+    static constexpr int kReplyGraceMs = 1000;
 
     explicit Link(FormState& state, QObject* parent = nullptr);
 
-    void setPort(SerialPort* port) { port_ = port; }
+    void setPort(SerialPort* port);
     SerialPort* port() const { return port_; }
+    bool portOpen() const { return port_ != nullptr && port_->isOpen(); }
 
-    // Frames TxBuffer[0..count-1], waits for the next tick and writes it.
-    void SendFrame(int count);
+    // Queues TxBuffer[0..count-1] with its LRC (also written to
+    // TxBuffer[count]) and sleeps until a tick has written it. The ticket
+    // says whether it went out, and later whether it was answered.
+    FrameTicket SendFrame(int count);
 
-    // Writes TxBuffer[0..count] (the LRC already at [count]) as a frame at
-    // once: for the jog message, which is sent from the tick itself.
+    // Writes TxBuffer[0..count] (the LRC already at [count]) at once: for the
+    // jog message, which is sent from the tick itself.
     void transmit(int count);
+
+    // Sleeps until the frame is answered, the watchdog gives up on it, the
+    // port closes or the reply time-out passes. True when it was answered.
+    bool awaitReply(const FrameTicket& frame);
+    // Clears ReplyReceived and sleeps until the next receive event, a
+    // watchdog expiry, the port closing or the reply time-out.
+    bool awaitNextReply();
+
+    // A receive event began: the last frame on the line counts as answered.
+    void noteReceiveEvent();
+
+    // Stops the three timers and drops whatever still waits for a tick.
+    void stop();
 
     // Runs on every tick that no other frame is waiting for (the jog message).
     void setJogSender(std::function<void()> sender) { jogSender_ = std::move(sender); }
 
     // Frames written since the program started, jog messages included.
     quint64 framesSent() const { return framesSent_; }
+    int framesQueued() const { return static_cast<int>(queue_.size()); }
 
     QTimer& Timer1() { return timer1_; }
     QTimer& Timer2() { return timer2_; }
@@ -50,11 +99,23 @@ class Link : public QObject {
     void Timer1_Timer();
     void Timer2_Timer();
     void Timer4_Timer();
+    std::shared_ptr<FrameRecord> takeFrame(int count);
+    void write(const std::shared_ptr<FrameRecord>& frame);
     void writeStuffed(Byte value, QString& capture);
+    // Drops the queue; `why` names the cause for the status bar.
+    void dropQueued(const QString& why);
+    void onPortClosed();
+    int replyTimeoutMs() const;
 
     FormState& state_;
     SerialPort* port_ = nullptr;
     std::function<void()> jogSender_;
+    std::deque<std::shared_ptr<FrameRecord>> queue_;
+    // Written frames whose reply has not come, oldest first.
+    std::deque<std::shared_ptr<FrameRecord>> awaiting_;
+    void giveUpOnReplies();
+    quint64 receiveEvents_ = 0;
+    quint64 watchdogExpiries_ = 0;
     QTimer timer1_;
     QTimer timer2_;
     QTimer timer4_;

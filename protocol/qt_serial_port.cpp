@@ -33,6 +33,7 @@ void QtSerialPort::close() {
     if (port_.isOpen()) {
         port_.flush();
         port_.close();
+        emit closed();
     }
 }
 

@@ -110,7 +110,7 @@ void Receiver::ReceiveFrame() {
 // Steps up to the LRC check; true when the frame is good and should be
 // dispatched.
 bool Receiver::readFrame(QString& capture) {
-    state_.ReplyReceived = true;
+    link_.noteReceiveEvent();
     int waiting = port_->bytesWaiting();
     if (waiting == 0) {
         showFault();

@@ -7,18 +7,17 @@
 
 namespace halvex {
 
-// The sender convention in one place: SendInProgress up, message into
-// TxBuffer, SendFrame, SendInProgress down (also when a range fault stops it).
-void sendMessage(FormState& state, Link& link, const std::vector<Byte>& message);
+// The sender convention in one place: SendInProgress held, message into
+// TxBuffer, SendFrame, SendInProgress let go (also when a range fault stops
+// it). The ticket tells whether the frame went out.
+FrameTicket sendMessage(FormState& state, Link& link, const std::vector<Byte>& message);
 
 // Writes a message into TxBuffer and sends it, for senders that already hold
 // SendInProgress across several frames.
-void sendHeld(FormState& state, Link& link, const std::vector<Byte>& message);
+FrameTicket sendHeld(FormState& state, Link& link, const std::vector<Byte>& message);
 
-// Clears ReplyReceived and sleeps until the receive path sets it again.
-void awaitReply(FormState& state);
-
-// Sleeps until no send is in progress.
-void awaitIdle(FormState& state);
+// Sends and waits for the reply; false when the frame did not go out or no
+// reply came (the port closed, the watchdog gave up, the time-out passed).
+bool sendAndAwaitReply(FormState& state, Link& link, const std::vector<Byte>& message);
 
 }  // namespace halvex

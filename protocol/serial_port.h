@@ -34,6 +34,8 @@ class SerialPort : public QObject {
   signals:
     // Raised when bytes have arrived; raised again while bytes remain.
     void dataArrived();
+    // Raised when an open port has been closed, for whatever reason.
+    void closed();
 };
 
 }  // namespace halvex

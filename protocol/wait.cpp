@@ -2,14 +2,15 @@
 
 #include <QCoreApplication>
 #include <QEventLoop>
+#include <QTimer>
 
 #include "protocol/form_state.h"
 
 namespace halvex {
 
-void waitUntil(FormState& state, const std::function<bool()>& done) {
+bool waitUntil(FormState& state, const std::function<bool()>& done, int timeoutMs) {
     if (done()) {
-        return;
+        return true;
     }
     QEventLoop loop;
     const auto connection = QObject::connect(&state, &FormState::changed, &loop, [&] {
@@ -21,8 +22,15 @@ void waitUntil(FormState& state, const std::function<bool()>& done) {
     // a closing program alive.
     QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &loop,
                      &QEventLoop::quit);
+    QTimer deadline;
+    if (timeoutMs >= 0) {
+        deadline.setSingleShot(true);
+        QObject::connect(&deadline, &QTimer::timeout, &loop, &QEventLoop::quit);
+        deadline.start(timeoutMs);
+    }
     loop.exec();
     QObject::disconnect(connection);
+    return done();
 }
 
 void letEventsRun() {

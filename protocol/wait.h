@@ -6,10 +6,12 @@ namespace halvex {
 
 class FormState;
 
-// Lets window, timer and port events run until done() holds. Sleeps in a
-// nested event loop that the form state wakes whenever one of its flags is
-// written; it never spins.
-void waitUntil(FormState& state, const std::function<bool()>& done);
+constexpr int kNoTimeout = -1;
+
+// Lets window, timer and port events run until done() holds or timeoutMs
+// has passed. Sleeps in a nested event loop that the form state wakes
+// whenever one of its flags is written; it never spins. Returns done().
+bool waitUntil(FormState& state, const std::function<bool()>& done, int timeoutMs = kNoTimeout);
 
 // Lets the events that are already pending run once (a "DoEvents").
 void letEventsRun();

@@ -1,0 +1,86 @@
+#include <gtest/gtest.h>
+
+#include <QTimer>
+
+#include "protocol/senders.h"
+#include "tests/support/link_rig.h"
+
+using namespace halvex;
+using namespace halvex::testing;
+
+using Wire = std::vector<Byte>;
+
+TEST(SendPath, AHandlerThatRunsInsideAnothersWaitSendsAWholeFrameAfterIt) {
+    LinkRig rig;
+    rig.state.UnitId = 1;
+    // The second click lands while the first command waits for its tick.
+    QTimer::singleShot(0, [&] { rig.send({0x33, 0x10, 0x20, 0x30, 0x40, 0x50, 0x60}); });
+    rig.send({0x36});
+    ASSERT_TRUE(waitFor([&] { return rig.unit.frames().size() == 2; }));
+    EXPECT_EQ(rig.unit.frames()[0].wire, (Wire{0x02, 0x01, 0x36, 0x37, 0x03}));
+    EXPECT_EQ(rig.unit.frames()[1].wire,
+              (Wire{0x02, 0x01, 0x33, 0x10, 0x20, 0x30, 0x40, 0x50, 0x60, 0x42, 0x03}));
+    EXPECT_EQ(rig.unit.wire().size(), 16u);  // nothing else went down the line
+}
+
+TEST(SendPath, ANestedSendKeepsTheOuterSendersHoldOnTheLine) {
+    LinkRig rig;
+    int jogs = 0;
+    rig.link.setJogSender([&] { ++jogs; });
+    {
+        SendInProgressScope reload(rig.state);
+        rig.send({0x36});  // a click during a reload's wait
+        jogs = 0;
+        QTest::qWait(350);
+        EXPECT_EQ(jogs, 0) << "the jog message went out while the reload held the line";
+    }
+    EXPECT_TRUE(waitFor([&] { return jogs > 0; }));
+}
+
+TEST(SendPath, EveryReplyWaitEnds) {
+    struct Case {
+        const char* what;
+        std::function<void(LinkRig&)> meanwhile;
+        bool answered;
+    };
+    const Case cases[] = {
+        {"reply", [](LinkRig& rig) { rig.unit.answerEverything({0x01}); }, true},
+        {"silent unit", [](LinkRig&) {}, false},
+        {"port closed",
+         [](LinkRig& rig) { QTimer::singleShot(30, &rig.port, [&rig] { rig.port.close(); }); },
+         false},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        LinkRig rig;
+        c.meanwhile(rig);
+        QElapsedTimer clock;
+        clock.start();
+        EXPECT_EQ(sendAndAwaitReply(rig.state, rig.link, {0x9A}), c.answered);
+        // The watchdog ends a silent wait; nothing may wait out the full
+        // reply time-out.
+        EXPECT_LT(clock.elapsed(), Link::kWatchdogMs + 400);
+        EXPECT_FALSE(rig.state.SendInProgress);
+    }
+}
+
+TEST(SendPath, FramesStillWaitingWhenThePortClosesAreReportedNotLost) {
+    LinkRig rig;
+    QStringList shown;
+    QObject::connect(&rig.state, &FormState::faultReported,
+                     [&](const QString& message) { shown << message; });
+    FrameTicket first;
+    FrameTicket second;
+    QTimer::singleShot(0, [&] {
+        QTimer::singleShot(0, [&] { rig.port.close(); });
+        second = sendMessage(rig.state, rig.link, {0x35});
+    });
+    first = sendMessage(rig.state, rig.link, {0x36});
+    EXPECT_FALSE(wentOut(first));
+    EXPECT_FALSE(wentOut(second));
+    EXPECT_EQ(shown, QStringList{QStringLiteral("Port closed: 2 command(s) not sent")});
+    EXPECT_TRUE(rig.unit.frames().empty());
+    // Once closed, a send returns at once.
+    EXPECT_FALSE(wentOut(sendMessage(rig.state, rig.link, {0x36})));
+    EXPECT_EQ(rig.link.framesQueued(), 0);
+}
