@@ -8,9 +8,9 @@
 #include <memory>
 
 #include "connection/connection_sequence.h"
+#include "console/messages.h"
 #include "sim/pty_unit.h"
-#include "ui/messages.h"
-#include "ui/vornixu.h"
+#include "window/vornixu.h"
 
 namespace {
 // The virtual unit in this process, on a pseudo-terminal that COM1 maps to.
@@ -89,7 +89,7 @@ int main(int argc, char* argv[]) {
     const QString settingsError = window.Form_Load();
     window.show();
     if (!settingsError.isEmpty()) {
-        halvex::Messages::exclamation(&window, QStringLiteral("Settings File"), settingsError);
+        window.messages().exclamation(QStringLiteral("Settings File"), settingsError);
     }
     reportConnection(window);
     if (parser.isSet(connectAtStart)) {

@@ -1,15 +1,14 @@
 #include "connection/connection_sequence.h"
 
 #include "connection/initial_reads.h"
-#include "connection/page_lock.h"
-#include "positioning/jog.h"
+#include "console/messages.h"
+#include "console/page_lock.h"
 #include "protocol/fault_guard.h"
 #include "protocol/flag_scope.h"
 #include "protocol/port_map.h"
 #include "protocol/senders.h"
 #include "protocol/wait.h"
-#include "ui/lamp_pictures.h"
-#include "ui/messages.h"
+#include "views/widgets/lamp_pictures.h"
 
 namespace halvex {
 
@@ -28,14 +27,8 @@ const char* const kSecondCameraControls[] = {
 }  // namespace
 
 ConnectionSequence::ConnectionSequence(ConsoleContext& context, PortSelection& ports,
-                                       SerialPort& port, JogControl& jog, ConnectionView view,
-                                       QObject* parent)
-    : QObject(parent), context_(context), ports_(ports), port_(port), jog_(jog), view_(view) {
-    timer5_.setInterval(kDeferredRefreshMs);
-    timer5_.setSingleShot(true);
-    connect(&timer5_, &QTimer::timeout, this,
-            [this] { guarded(context_.state, "Timer5_Timer", [this] { Timer5_Timer(); }); });
-}
+                                       SerialPort& port, ConnectionView view, QObject* parent)
+    : QObject(parent), context_(context), ports_(ports), port_(port), view_(view) {}
 
 void ConnectionSequence::showProgress(const QString& pan, const QString& tilt) {
     view_.Label2[0]->setText(pan);
@@ -48,11 +41,10 @@ void ConnectionSequence::StartBut_Click() {
     }
     const QString device = comPortDevice(ports_.comPort());
     if (!port_.open(device, ports_.baudRate())) {
-        Messages::exclamation(view_.window,
-                              QStringLiteral("Could Not Open COM%1").arg(ports_.comPort()),
-                              QStringLiteral("There was a problem opening the serial port. Please "
-                                             "check your port selection under 'Port' and try "
-                                             "again."));
+        context_.messages.exclamation(
+            QStringLiteral("Could Not Open COM%1").arg(ports_.comPort()),
+            QStringLiteral("There was a problem opening the serial port. Please check your port "
+                           "selection under 'Port' and try again."));
         return;
     }
     const bool online = initialise();
@@ -87,7 +79,7 @@ bool ConnectionSequence::initialise() {
         Link& link = context_.link;
         context_.state.ConnectTimedOut = false;
         link.Timer1().start();
-        jog_.sendJogMessage();
+        link.sendJogMessage();
         link.Timer2().start();
 
         context_.state.ReplyReceived = false;
@@ -119,11 +111,11 @@ bool ConnectionSequence::initialise() {
 
         view_.Label2[1]->setText(QStringLiteral("Presets"));
         letEventsRun();
-        runHook(context_.hooks.reloadPresets);
-        runHook(context_.hooks.prepareTourSelector);
+        emit context_.events.presetsReloadRequested();
+        emit context_.events.tourSelectorPrepareRequested();
         view_.Label2[1]->setText(QStringLiteral("Tours"));
         letEventsRun();
-        runHook(context_.hooks.loadSelectedTour);
+        emit context_.events.selectedTourLoadRequested();
 
         view_.Label2[1]->setText(QStringLiteral("Setup"));
         letEventsRun();
@@ -170,9 +162,10 @@ void ConnectionSequence::abandon() {
 void ConnectionSequence::fail() {
     context_.link.stop();
     showProgress(QStringLiteral("Pan"), QStringLiteral("Tilt"));
-    Messages::exclamation(view_.window, QStringLiteral("Could Not Establish Connection"),
-                          QStringLiteral("There was a problem establishing a connection. Please "
-                                         "check your port selection and baud rate and try again."));
+    context_.messages.exclamation(
+        QStringLiteral("Could Not Establish Connection"),
+        QStringLiteral("There was a problem establishing a connection. Please check your port "
+                       "selection and baud rate and try again."));
     port_.close();
     view_.StartBut->setText(QStringLiteral("Start"));
 }
@@ -196,7 +189,7 @@ void ConnectionSequence::ResetBut_Click() {
 
 void ConnectionSequence::StopBut_Click() {
     context_.state.JogFlags = SetBit(context_.state.JogFlags, 1);
-    runHook(context_.hooks.endTourDisplay);
+    emit context_.events.tourDisplayEndRequested();
 }
 
 void ConnectionSequence::ExitBut_Click() {
@@ -219,16 +212,6 @@ void ConnectionSequence::ExitBut_Click() {
     }
     link.stop();
     port_.close();
-}
-
-void ConnectionSequence::Timer5_Timer() {
-    timer5_.stop();
-    PageLock lock(view_.SSTab1, view_.Label2[0], view_.Label2[1]);
-    sendMessage(context_.state, context_.link, {0x85});
-    requestLimits();
-    runHook(context_.hooks.reloadPresets);
-    sendMessage(context_.state, context_.link, {0x41});
-    runHook(context_.hooks.rebuildTourPresetChoices);
 }
 
 }  // namespace halvex

@@ -9,13 +9,11 @@
 #include <array>
 #include <functional>
 
-#include "connection/console_context.h"
 #include "connection/port_selection.h"
+#include "console/console_context.h"
 #include "protocol/serial_port.h"
 
 namespace halvex {
-
-class JogControl;
 
 // The controls the connection sequence shows its progress on.
 struct ConnectionView {
@@ -33,12 +31,11 @@ struct ConnectionView {
 class ConnectionSequence : public QObject {
     Q_OBJECT
   public:
-    static constexpr int kDeferredRefreshMs = 250;
     // How long Exit waits for the stop request to get onto the line.
     static constexpr int kExitSendTimeoutMs = 2000;
 
     ConnectionSequence(ConsoleContext& context, PortSelection& ports, SerialPort& port,
-                       JogControl& jog, ConnectionView view, QObject* parent = nullptr);
+                       ConnectionView view, QObject* parent = nullptr);
 
     void StartBut_Click();
     void Reinitialize();
@@ -47,9 +44,7 @@ class ConnectionSequence : public QObject {
     // Returns when the program may end.
     void ExitBut_Click();
     void HideSecondCameraControls();
-    void Timer5_Timer();
 
-    QTimer& Timer5() { return timer5_; }
     bool running() const { return running_; }
 
   signals:
@@ -68,9 +63,7 @@ class ConnectionSequence : public QObject {
     ConsoleContext& context_;
     PortSelection& ports_;
     SerialPort& port_;
-    JogControl& jog_;
     ConnectionView view_;
-    QTimer timer5_;
     bool running_ = false;
 };
 

@@ -33,8 +33,8 @@ const std::vector<InitialRead>& cameraReads() {
 }
 
 void runInitialRead(ConsoleContext& context, const InitialRead& read) {
-    const auto handler = context.hooks.readHandlers.find(read.handler);
-    if (handler != context.hooks.readHandlers.end() && handler->second) {
+    const auto handler = context.readHandlers.find(read.handler);
+    if (handler != context.readHandlers.end() && handler->second) {
         handler->second();
         return;
     }

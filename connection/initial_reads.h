@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "connection/console_context.h"
+#include "console/console_context.h"
 
 namespace halvex {
 

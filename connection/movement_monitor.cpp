@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "connection/movement_monitor_format.h"
-#include "protocol/fault_guard.h"
-#include "ui/pages/movement_monitor_panel.h"
+#include "console/handler_wiring.h"
+#include "views/pages/movement_monitor_panel.h"
 
 namespace halvex {
 
@@ -12,18 +12,17 @@ MovementMonitor::MovementMonitor(ConsoleContext& context, MovementMonitorPanel& 
                                  QObject* parent)
     : QObject(parent), context_(context), panel_(panel) {
     FormState& state = context_.state;
-    connect(panel_.MoveMonBut, &QPushButton::clicked, this,
-            [this, &state] { guarded(state, "MoveMonBut_Click", [this] { MoveMonBut_Click(); }); });
-    connect(panel_.MoveClearBut, &QPushButton::clicked, this, [this, &state] {
-        guarded(state, "MoveClearBut_Click", [this] { MoveClearBut_Click(); });
-    });
+    onEvent(state, panel_.MoveMonBut, &QPushButton::clicked, this, "MoveMonBut_Click",
+            [this] { MoveMonBut_Click(); });
+    onEvent(state, panel_.MoveClearBut, &QPushButton::clicked, this, "MoveClearBut_Click",
+            [this] { MoveClearBut_Click(); });
 }
 
 void MovementMonitor::listen() {
-    context_.hooks.currentPositionListeners.push_back(
-        [this](float pan, float tilt) { currentPositionReported(pan, tilt); });
-    context_.hooks.targetPositionListeners.push_back(
-        [this](float pan, float tilt) { targetReported(pan, tilt); });
+    connect(&context_.events, &ConsoleEvents::currentPositionReported, this,
+            &MovementMonitor::currentPositionReported);
+    connect(&context_.events, &ConsoleEvents::targetPositionReported, this,
+            &MovementMonitor::targetReported);
 }
 
 void MovementMonitor::currentPositionReported(float pan, float tilt) {

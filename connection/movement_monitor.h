@@ -2,7 +2,7 @@
 
 #include <QObject>
 
-#include "connection/console_context.h"
+#include "console/console_context.h"
 
 namespace halvex {
 

@@ -1,6 +1,6 @@
 #include "connection/movement_monitor_format.h"
 
-#include "connection/text_fields.h"
+#include "console/text_fields.h"
 
 namespace halvex {
 

@@ -1,10 +1,11 @@
 #include "connection/position_report.h"
 
-#include "connection/text_fields.h"
-#include "positioning/position_encoding.h"
-#include "protocol/fault_guard.h"
+#include "console/handler_wiring.h"
+#include "console/page.h"
+#include "console/position_encoding.h"
+#include "console/text_fields.h"
 #include "protocol/range_fault.h"
-#include "ui/pages/pan_tilt_page.h"
+#include "views/pages/pan_tilt_page.h"
 
 namespace halvex {
 
@@ -16,8 +17,6 @@ const QColor kOlive(128, 128, 0);
 const QColor kGreen(0, 255, 0);
 const QColor kDarkGreen(0, 128, 0);
 const QColor kLightGrey(224, 224, 224);
-
-constexpr int kTourPage = 3;
 
 float hundredths(std::int32_t value) {
     return static_cast<float>(value) / 100.0f;
@@ -35,9 +34,8 @@ PositionReport::PositionReport(ConsoleContext& context, PanTiltPage& page, JogSt
 }
 
 void PositionReport::watchPageChanges() {
-    connect(&tabs_, &QTabWidget::currentChanged, this, [this](int shown) {
-        guarded(context_.state, "SSTab1_Click", [&] { SSTab1_Click(shown); });
-    });
+    onEvent(context_.state, &tabs_, &QTabWidget::currentChanged, this, "SSTab1_Click",
+            [this](int shown) { SSTab1_Click(shown); });
 }
 
 void PositionReport::registerLateRefresh() {
@@ -81,17 +79,13 @@ void PositionReport::decodePositionReport() {
         page_.F1LED->setValue(rx[11]);
         page_.Z2LED->setValue(rx[12]);
         page_.F2LED->setValue(rx[13]);
-        for (const auto& listener : context_.hooks.currentPositionListeners) {
-            listener(status.CurrentPan, status.CurrentTilt);
-        }
+        emit context_.events.currentPositionReported(status.CurrentPan, status.CurrentTilt);
     } else {
         status.TargetPan = hundredths(pan);
         status.TargetTilt = hundredths(tilt);
         page_.PDesLed->setValue(status.TargetPan);
         page_.TDesLed->setValue(status.TargetTilt);
-        for (const auto& listener : context_.hooks.targetPositionListeners) {
-            listener(status.TargetPan, status.TargetTilt);
-        }
+        emit context_.events.targetPositionReported(status.TargetPan, status.TargetTilt);
     }
 
     if (status.SyncDesiredPending) {
@@ -222,7 +216,7 @@ void PositionReport::refreshControllerAndGauge() {
 
 void PositionReport::SSTab1_Click(int shownPage) {
     jog_.stop();
-    if (shownPage == 0) {
+    if (shownPage == pageIndex(Page::PanTilt)) {
         jog_.JogEnabled = true;
         jog_.JogPanOn = true;
         jog_.JogTiltOn = true;
@@ -230,8 +224,8 @@ void PositionReport::SSTab1_Click(int shownPage) {
         return;
     }
     jog_.JogEnabled = false;
-    if (shownPage == kTourPage) {
-        runHook(context_.hooks.refillTourPresetChoices);
+    if (shownPage == pageIndex(Page::Tours)) {
+        emit context_.events.tourPresetChoicesRefillRequested();
     }
 }
 

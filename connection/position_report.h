@@ -6,8 +6,8 @@
 #include <QTabWidget>
 #include <array>
 
-#include "connection/console_context.h"
-#include "positioning/jog_state.h"
+#include "console/console_context.h"
+#include "console/jog_state.h"
 
 namespace halvex {
 

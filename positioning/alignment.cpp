@@ -2,13 +2,14 @@
 
 #include <QPushButton>
 
-#include "connection/page_lock.h"
-#include "positioning/position_encoding.h"
-#include "protocol/fault_guard.h"
+#include "console/handler_wiring.h"
+#include "console/page_lock.h"
+#include "console/position_encoding.h"
+#include "positioning/angle_steps.h"
 #include "protocol/senders.h"
 #include "protocol/wait.h"
-#include "ui/pages/offsets_page.h"
-#include "ui/widgets/led_display.h"
+#include "views/pages/offsets_page.h"
+#include "views/widgets/led_display.h"
 
 namespace halvex {
 
@@ -56,9 +57,8 @@ void Alignment::connectControls() {
     FormState& state = context_.state;
     const auto bind = [this, &state](QPushButton* button, const char* name,
                                      void (Alignment::*handler)()) {
-        connect(button, &QPushButton::clicked, this, [this, &state, name, handler] {
-            guarded(state, name, [&] { (this->*handler)(); });
-        });
+        onEvent(state, button, &QPushButton::clicked, this, name,
+                [this, handler] { (this->*handler)(); });
     };
     bind(page_.SetCorBut, "SetCorBut_Click", &Alignment::SetCorBut_Click);
     bind(page_.AlignCorBut, "AlignCorBut_Click", &Alignment::AlignCorBut_Click);
@@ -141,7 +141,7 @@ void Alignment::changeOffsets(Byte code, bool withCoordinates) {
     for (int index = 0; index < kSoftLimits; ++index) {
         sendAndAwaitReply(state, link, {kSoftLimit, static_cast<Byte>(index | 0x80)});
     }
-    runHook(surroundings_.reloadPresets);
+    emit context_.events.presetsReloadRequested();
     context_.status.SyncDesiredPending = true;
 }
 

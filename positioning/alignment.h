@@ -5,7 +5,7 @@
 #include <QWidget>
 #include <functional>
 
-#include "connection/console_context.h"
+#include "console/console_context.h"
 
 namespace halvex {
 
@@ -34,7 +34,6 @@ class Alignment : public QObject {
         QLabel* panCaption = nullptr;   // "Pan" above the position displays
         QLabel* tiltCaption = nullptr;  // "Tilt"
         QWidget* pageTabs = nullptr;    // locked during a change
-        std::function<void()> reloadPresets;
     };
 
     Alignment(ConsoleContext& context, OffsetsPage& page, Surroundings surroundings,

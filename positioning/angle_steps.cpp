@@ -1,18 +1,14 @@
 #include "positioning/angle_steps.h"
 
-#include <QGridLayout>
-#include <QLabel>
 #include <cmath>
 
 #include "protocol/fault_guard.h"
-#include "ui/widgets/led_display.h"
-#include "ui/widgets/spin_button.h"
+#include "views/widgets/led_display.h"
+#include "views/widgets/spin_button.h"
 
 namespace halvex {
 
 namespace {
-const char* const kStepCaptions[kAngleStepButtons] = {".01", ".1", "1", "10", "100"};
-
 QByteArray handlerName(const SpinButton* button, const char* event) {
     QString base = button->objectName();
     base.truncate(base.lastIndexOf(QLatin1Char('_')));
@@ -32,32 +28,6 @@ float stepAngleDown(float value, int index, std::optional<float> lower) {
 float stepAngleUp(float value, int index, std::optional<float> upper) {
     const float stepped = value + angleStep(index);
     return upper && stepped > *upper ? *upper : stepped;
-}
-
-AngleStepRow makeAngleStepRow(const QString& baseName, QWidget* parent) {
-    AngleStepRow result;
-    result.row = new QWidget(parent);
-    auto* grid = new QGridLayout(result.row);
-    grid->setContentsMargins(0, 0, 0, 0);
-    grid->setHorizontalSpacing(6);
-    grid->setVerticalSpacing(1);
-    // Largest step on the left, as the digits of the LED run.
-    for (int k = 0; k < kAngleStepButtons; ++k) {
-        const int column = kAngleStepButtons - 1 - k;
-        auto* button = new SpinButton(result.row);
-        button->setObjectName(baseName + QLatin1Char('_') + QString::number(k));
-        button->setFixedSize(22, 34);
-        button->setToolTip(QStringLiteral("Step %1 Degrees").arg(kStepCaptions[k]));
-        auto* caption = new QLabel(QString::fromLatin1(kStepCaptions[k]), result.row);
-        caption->setAlignment(Qt::AlignHCenter);
-        QFont small = caption->font();
-        small.setPointSizeF(small.pointSizeF() * 0.8);
-        caption->setFont(small);
-        grid->addWidget(button, 0, column, Qt::AlignHCenter);
-        grid->addWidget(caption, 1, column, Qt::AlignHCenter);
-        result.buttons[static_cast<std::size_t>(k)] = button;
-    }
-    return result;
 }
 
 void connectAngleSteps(FormState& state, const AngleStepButtons& buttons, LedDisplay* led,

@@ -18,21 +18,16 @@
 // callback that returns no value means "no bound" (a continuously panning
 // unit). Nothing is sent: the LED is read by the move and save commands.
 
-#include <QString>
-#include <QWidget>
-#include <array>
 #include <functional>
 #include <optional>
+
+#include "views/pages/angle_step_row.h"
 
 namespace halvex {
 
 class FormState;
 class LedDisplay;
-class SpinButton;
 
-constexpr int kAngleStepButtons = 5;
-
-using AngleStepButtons = std::array<SpinButton*, kAngleStepButtons>;
 using AngleBound = std::function<std::optional<float>()>;
 
 // 10 to the power index, times 0.01, in single precision.
@@ -41,14 +36,6 @@ float angleStep(int index);
 // The stepped value, clamped to the bound on its own side only.
 float stepAngleDown(float value, int index, std::optional<float> lower);
 float stepAngleUp(float value, int index, std::optional<float> upper);
-
-// A row of five spin buttons named <baseName>_0..4 with the step each one
-// makes written under it, smallest step on the right.
-struct AngleStepRow {
-    QWidget* row = nullptr;
-    AngleStepButtons buttons{};
-};
-AngleStepRow makeAngleStepRow(const QString& baseName, QWidget* parent);
 
 // Makes the buttons step the LED within the bounds. Each click runs as the
 // handler "<baseName>_SpinUp" / "_SpinDown" under the range-fault guard.

@@ -2,8 +2,8 @@
 
 #include <cmath>
 
-#include "protocol/fault_guard.h"
-#include "ui/pages/pan_tilt_page.h"
+#include "console/handler_wiring.h"
+#include "views/pages/pan_tilt_page.h"
 
 namespace halvex {
 
@@ -40,20 +40,19 @@ JogControl::JogControl(ConsoleContext& context, JogState& jog, PanTiltPage& page
     : QObject(parent), context_(context), jog_(jog), page_(page) {
     context_.link.setJogSender([this] { sendJogMessage(); });
 
-    connect(page_.Jog, &JogBox::mousePressed, this,
+    FormState& state = context_.state;
+    onEvent(state, page_.Jog, &JogBox::mousePressed, this, "JogBox_MouseDown",
             [this](Qt::MouseButton button, Qt::MouseButtons, double x, double y) {
-                guarded(context_.state, "JogBox_MouseDown",
-                        [&] { JogBox_MouseDown(buttonValue(button), x, y); });
+                JogBox_MouseDown(buttonValue(button), x, y);
             });
-    connect(page_.Jog, &JogBox::mouseMoved, this,
+    onEvent(state, page_.Jog, &JogBox::mouseMoved, this, "JogBox_MouseMove",
             [this](Qt::MouseButton, Qt::MouseButtons buttons, double x, double y) {
-                guarded(context_.state, "JogBox_MouseMove",
-                        [&] { JogBox_MouseMove(buttonValue(buttons), x, y); });
+                JogBox_MouseMove(buttonValue(buttons), x, y);
             });
-    connect(page_.Jog, &JogBox::mouseReleased, this,
-            [this] { guarded(context_.state, "JogBox_MouseUp", [&] { JogBox_MouseUp(); }); });
-    connect(page_.Command2, &QPushButton::clicked, this,
-            [this] { guarded(context_.state, "Command2_Click", [&] { Command2_Click(); }); });
+    onEvent(state, page_.Jog, &JogBox::mouseReleased, this, "JogBox_MouseUp",
+            [this] { JogBox_MouseUp(); });
+    onEvent(state, page_.Command2, &QPushButton::clicked, this, "Command2_Click",
+            [this] { Command2_Click(); });
 }
 
 void JogControl::refreshFlags() {

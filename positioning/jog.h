@@ -2,8 +2,8 @@
 
 #include <QObject>
 
-#include "connection/console_context.h"
-#include "positioning/jog_state.h"
+#include "console/console_context.h"
+#include "console/jog_state.h"
 
 namespace halvex {
 

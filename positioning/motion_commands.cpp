@@ -1,18 +1,17 @@
 #include "positioning/motion_commands.h"
 
+#include "console/handler_wiring.h"
+#include "console/position_encoding.h"
 #include "positioning/angle_steps.h"
-#include "positioning/position_encoding.h"
-#include "protocol/fault_guard.h"
 #include "protocol/senders.h"
-#include "ui/pages/pan_tilt_page.h"
+#include "views/pages/pan_tilt_page.h"
 
 namespace halvex {
 
 MotionCommands::MotionCommands(ConsoleContext& context, PanTiltPage& page, QObject* parent)
     : QObject(parent), context_(context), page_(page) {
     auto on = [this](QPushButton* button, const char* name, auto handler) {
-        connect(button, &QPushButton::clicked, this,
-                [this, name, handler] { guarded(context_.state, name, [&] { handler(); }); });
+        onEvent(context_.state, button, &QPushButton::clicked, this, name, handler);
     };
     on(page_.AbsoBut, "AbsoBut_Click", [this] { AbsoBut_Click(); });
     on(page_.AbsoZFBut, "AbsoZFBut_Click", [this] { AbsoZFBut_Click(); });

@@ -1,11 +1,12 @@
 #include "positioning/presets.h"
 
-#include "positioning/position_encoding.h"
-#include "protocol/fault_guard.h"
+#include "console/handler_wiring.h"
+#include "console/position_encoding.h"
+#include "positioning/angle_steps.h"
 #include "protocol/senders.h"
 #include "protocol/wait.h"
-#include "ui/pages/presets_page.h"
-#include "ui/widgets/led_display.h"
+#include "views/pages/presets_page.h"
+#include "views/widgets/led_display.h"
 
 namespace halvex {
 
@@ -23,21 +24,18 @@ void Presets::connectControls() {
     FormState& state = context_.state;
     QListWidget* list = page_.PresetList;
     // A selection made from the keyboard or by a reply shows the preset too.
-    connect(list, &QListWidget::currentRowChanged, this,
-            [this, &state] { guarded(state, "PresetList_Click", [this] { PresetList_Click(); }); });
-    connect(list, &QListWidget::itemDoubleClicked, this, [this, &state] {
-        guarded(state, "PresetList_DblClick", [this] { PresetList_DblClick(); });
-    });
-    connect(page_.SavePreBut, &QPushButton::clicked, this,
-            [this, &state] { guarded(state, "SavePreBut_Click", [this] { SavePreBut_Click(); }); });
-    connect(page_.SaveCurPreBut, &QPushButton::clicked, this, [this, &state] {
-        guarded(state, "SaveCurPreBut_Click", [this] { SaveCurPreBut_Click(); });
-    });
-    connect(page_.AddAuxBut, &QPushButton::clicked, this,
-            [this, &state] { guarded(state, "AddAuxBut_Click", [this] { AddAuxBut_Click(); }); });
-    connect(page_.ClearPreBut, &QPushButton::clicked, this, [this, &state] {
-        guarded(state, "ClearPreBut_Click", [this] { ClearPreBut_Click(); });
-    });
+    onEvent(state, list, &QListWidget::currentRowChanged, this, "PresetList_Click",
+            [this] { PresetList_Click(); });
+    onEvent(state, list, &QListWidget::itemDoubleClicked, this, "PresetList_DblClick",
+            [this] { PresetList_DblClick(); });
+    onEvent(state, page_.SavePreBut, &QPushButton::clicked, this, "SavePreBut_Click",
+            [this] { SavePreBut_Click(); });
+    onEvent(state, page_.SaveCurPreBut, &QPushButton::clicked, this, "SaveCurPreBut_Click",
+            [this] { SaveCurPreBut_Click(); });
+    onEvent(state, page_.AddAuxBut, &QPushButton::clicked, this, "AddAuxBut_Click",
+            [this] { AddAuxBut_Click(); });
+    onEvent(state, page_.ClearPreBut, &QPushButton::clicked, this, "ClearPreBut_Click",
+            [this] { ClearPreBut_Click(); });
 
     UnitStatus& status = context_.status;
     connectAngleSteps(
@@ -60,7 +58,7 @@ void Presets::decodeReply() {
     const ByteTable& rx = context_.state.RxBuffer;
     const int number = rx[1];
     const PresetRecord record = readPresetRecord(rx);
-    table_.store(number, record);
+    context_.presets.store(number, record);
 
     QListWidget* list = page_.PresetList;
     if (list->count() > number) {
@@ -70,6 +68,7 @@ void Presets::decodeReply() {
     if (const auto text = presetEntryText(number, record, context_.status.UnitVariant())) {
         list->insertItem(number, *text);
     }
+    publishListEntries();
     // An entry placed at the end of a shorter list has no position n to select.
     if (number < list->count()) {
         list->setCurrentRow(number);
@@ -80,6 +79,7 @@ void Presets::decodeReply() {
 void Presets::reload() {
     reloading_.run([this] {
         page_.PresetList->clear();
+        publishListEntries();
         SendInProgressScope sending(context_.state);
         for (int number = 0; number < kUnitPresets && !reloading_.superseded(); ++number) {
             const FrameTicket request =
@@ -97,12 +97,20 @@ void Presets::reload() {
     }
 }
 
+void Presets::publishListEntries() {
+    QStringList entries;
+    for (int row = 0; row < page_.PresetList->count(); ++row) {
+        entries << page_.PresetList->item(row)->text();
+    }
+    context_.presets.setListEntries(std::move(entries));
+}
+
 void Presets::PresetList_Click() {
     const int row = page_.PresetList->currentRow();
     if (row < 0) {
         return;
     }
-    const PresetRecord& record = table_.at(row);
+    const PresetRecord& record = context_.presets.at(row);
     page_.PanPreLED->setValue(static_cast<float>(record.pan) / 100.0f);
     page_.TiltPreLED->setValue(static_cast<float>(record.tilt) / 100.0f);
 }

@@ -2,9 +2,9 @@
 
 #include <QObject>
 
-#include "connection/console_context.h"
+#include "console/console_context.h"
+#include "console/preset_table.h"
 #include "console/rerun_guard.h"
-#include "positioning/preset_table.h"
 
 namespace halvex {
 
@@ -17,8 +17,6 @@ class Presets : public QObject {
     Q_OBJECT
   public:
     Presets(ConsoleContext& context, PresetsPage& page, QObject* parent = nullptr);
-
-    const PresetTable& table() const { return table_; }
 
     // Registers the decoder of the preset replies (codes 64..67).
     void registerDecoders();
@@ -45,13 +43,14 @@ class Presets : public QObject {
 
   private:
     void connectControls();
+    // Tells the other pages what the preset list now shows.
+    void publishListEntries();
     // The selected list position as the command's preset byte; no selection
     // (-1) does not fit a byte and stops the handler.
     Byte selectedPreset() const;
 
     ConsoleContext& context_;
     PresetsPage& page_;
-    PresetTable table_;
     RerunGuard reloading_;
 };
 

@@ -1,7 +1,7 @@
 #include "positioning/tour_step_line.h"
 
-#include "connection/text_fields.h"
-#include "positioning/preset_table.h"
+#include "console/preset_table.h"
+#include "console/text_fields.h"
 
 namespace halvex {
 

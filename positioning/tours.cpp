@@ -3,13 +3,10 @@
 #include <QTimer>
 #include <string>
 
-#include "positioning/preset_table.h"
-#include "positioning/presets.h"
+#include "console/handler_wiring.h"
 #include "positioning/tour_step_line.h"
-#include "protocol/fault_guard.h"
 #include "protocol/senders.h"
-#include "ui/messages.h"
-#include "ui/pages/tours_page.h"
+#include "views/pages/tours_page.h"
 
 namespace halvex {
 
@@ -18,14 +15,9 @@ constexpr Byte kCamera2Bit = 64;
 constexpr Byte kCamera3Bit = 128;
 }  // namespace
 
-Tours::Tours(ConsoleContext& context, ToursPage& page, const Presets& presets,
-             QListWidget* presetList, std::function<bool()> videoBlank, QObject* parent)
-    : QObject(parent),
-      context_(context),
-      page_(page),
-      presets_(presets),
-      presetList_(presetList),
-      videoBlank_(std::move(videoBlank)) {
+Tours::Tours(ConsoleContext& context, ToursPage& page, std::function<bool()> videoBlank,
+             QObject* parent)
+    : QObject(parent), context_(context), page_(page), videoBlank_(std::move(videoBlank)) {
     connectControls();
     WaitScroll_Change();
 }
@@ -33,26 +25,21 @@ Tours::Tours(ConsoleContext& context, ToursPage& page, const Presets& presets,
 void Tours::connectControls() {
     FormState& state = context_.state;
     for (int i = 0; i < ToursPage::kTours; ++i) {
-        connect(page_.TourSel[static_cast<std::size_t>(i)], &QRadioButton::clicked, this,
-                [this, &state, i] { guarded(state, "TourSel_Click", [&] { TourSel_Click(i); }); });
+        onEvent(state, page_.TourSel[static_cast<std::size_t>(i)], &QRadioButton::clicked, this,
+                "TourSel_Click", [this, i] { TourSel_Click(i); });
     }
-    connect(page_.ScriptPreList, &QListWidget::itemDoubleClicked, this, [this, &state] {
-        guarded(state, "ScriptPreList_DblClick", [this] { ScriptPreList_DblClick(); });
-    });
-    connect(page_.ScriptList, &QListWidget::itemDoubleClicked, this, [this, &state] {
-        guarded(state, "ScriptList_DblClick", [this] { ScriptList_DblClick(); });
-    });
-    connect(page_.ExecScriptBut, &QPushButton::clicked, this, [this, &state] {
-        guarded(state, "ExecScriptBut_Click", [this] { ExecScriptBut_Click(); });
-    });
-    connect(page_.ClearScriptBut, &QPushButton::clicked, this, [this, &state] {
-        guarded(state, "ClearScriptBut_Click", [this] { ClearScriptBut_Click(); });
-    });
-    connect(page_.Command3, &QPushButton::clicked, this,
-            [this, &state] { guarded(state, "Command3_Click", [this] { Command3_Click(); }); });
-    connect(page_.WaitScroll, &QScrollBar::valueChanged, this, [this, &state] {
-        guarded(state, "WaitScroll_Change", [this] { WaitScroll_Change(); });
-    });
+    onEvent(state, page_.ScriptPreList, &QListWidget::itemDoubleClicked, this,
+            "ScriptPreList_DblClick", [this] { ScriptPreList_DblClick(); });
+    onEvent(state, page_.ScriptList, &QListWidget::itemDoubleClicked, this, "ScriptList_DblClick",
+            [this] { ScriptList_DblClick(); });
+    onEvent(state, page_.ExecScriptBut, &QPushButton::clicked, this, "ExecScriptBut_Click",
+            [this] { ExecScriptBut_Click(); });
+    onEvent(state, page_.ClearScriptBut, &QPushButton::clicked, this, "ClearScriptBut_Click",
+            [this] { ClearScriptBut_Click(); });
+    onEvent(state, page_.Command3, &QPushButton::clicked, this, "Command3_Click",
+            [this] { Command3_Click(); });
+    onEvent(state, page_.WaitScroll, &QScrollBar::valueChanged, this, "WaitScroll_Change",
+            [this] { WaitScroll_Change(); });
 }
 
 void Tours::registerDecoders() {
@@ -141,7 +128,7 @@ void Tours::editAtSelection(Byte code, const QString& title, const QString& text
                             Byte dwell) {
     const int selected = page_.ScriptList->currentRow();
     if (selected < 0) {
-        Messages::exclamation(context_.window, title, text);
+        context_.messages.exclamation(title, text);
         return;
     }
     const Byte tour = checkedByte(selectedTour_);
@@ -201,8 +188,8 @@ void Tours::decodeStep() {
 void Tours::decodeExecute() {
     const int tour = context_.state.RxBuffer[1];
     if (tour == 255) {
-        Messages::exclamation(context_.window, QStringLiteral("Execute Tour"),
-                              QStringLiteral("The tour is empty."));
+        context_.messages.exclamation(QStringLiteral("Execute Tour"),
+                                      QStringLiteral("The tour is empty."));
         return;
     }
     selectedTour_ = tour;
@@ -255,25 +242,9 @@ void Tours::refillPresetChoices() {
     QListWidget* choices = page_.ScriptPreList;
     const int previous = choices->currentRow();
     choices->clear();
-    for (int row = 0; row < presetList_->count(); ++row) {
-        choices->addItem(presetList_->item(row)->text());
-    }
+    choices->addItems(context_.presets.listEntries());
     if (previous >= 0 && previous < choices->count()) {
         choices->setCurrentRow(previous);
-    }
-}
-
-void Tours::rebuildPresetChoices() {
-    QListWidget* choices = page_.ScriptPreList;
-    choices->clear();
-    const Byte variant = context_.status.UnitVariant();
-    for (int number = 0; number < kUnitPresets; ++number) {
-        if (const auto text = presetEntryText(number, presets_.table().at(number), variant)) {
-            choices->addItem(*text);
-        }
-    }
-    if (choices->count() > 0) {
-        choices->setCurrentRow(0);
     }
 }
 

@@ -3,14 +3,11 @@
 #include <QObject>
 #include <functional>
 
-#include "connection/console_context.h"
+#include "console/console_context.h"
 #include "console/rerun_guard.h"
-
-class QListWidget;
 
 namespace halvex {
 
-class Presets;
 class ToursPage;
 
 // Edits and starts the unit's three tours from the "Tours" page: loads the
@@ -31,8 +28,8 @@ class Tours : public QObject {
     static constexpr Byte kNoStep = 255;
 
     // `videoBlank` tells whether tour moves blank the video (may be empty).
-    Tours(ConsoleContext& context, ToursPage& page, const Presets& presets, QListWidget* presetList,
-          std::function<bool()> videoBlank, QObject* parent = nullptr);
+    Tours(ConsoleContext& context, ToursPage& page, std::function<bool()> videoBlank,
+          QObject* parent = nullptr);
 
     // Registers the tour reply decoders and the tour-end check.
     void registerDecoders();
@@ -56,8 +53,6 @@ class Tours : public QObject {
     void endTourDisplay();
     // Copies the preset list into the preset choices.
     void refillPresetChoices();
-    // Builds the preset choices from the preset tables; selects the first.
-    void rebuildPresetChoices();
 
   private:
     void connectControls();
@@ -77,8 +72,6 @@ class Tours : public QObject {
 
     ConsoleContext& context_;
     ToursPage& page_;
-    const Presets& presets_;
-    QListWidget* presetList_;
     std::function<bool()> videoBlank_;
     RerunGuard loading_;
     int selectedTour_ = 0;

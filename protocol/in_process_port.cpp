@@ -14,9 +14,6 @@ InProcessPort::InProcessPort(UnitPeer* peer, QObject* parent) : SerialPort(paren
 }
 
 bool InProcessPort::open(const QString& /*device*/, qint32 baudRate) {
-    if (openFails_) {
-        return false;
-    }
     baudRate_ = baudRate;
     open_ = true;
     incoming_.clear();
@@ -69,7 +66,7 @@ bool InProcessPort::waitForBytes(int /*msecs*/) {
     return !incoming_.empty();
 }
 
-void InProcessPort::injectIncoming(const std::vector<Byte>& bytes) {
+void InProcessPort::deliver(const std::vector<Byte>& bytes) {
     incoming_.insert(incoming_.end(), bytes.begin(), bytes.end());
     if (!incoming_.empty()) {
         emit dataArrived();

@@ -28,10 +28,9 @@ class InProcessPort : public SerialPort {
     void discardInput() override;
     bool waitForBytes(int msecs) override;
 
-    // Makes open() fail, as a missing device would.
-    void setOpenFails(bool fails) { openFails_ = fails; }
+  protected:
     // Puts bytes into the receive buffer as if they had come down the line.
-    void injectIncoming(const std::vector<Byte>& bytes);
+    void deliver(const std::vector<Byte>& bytes);
 
   private:
     // Moves the peer's clock on and takes what it has said.
@@ -45,7 +44,6 @@ class InProcessPort : public SerialPort {
     QTimer clockTimer_;
     qint32 baudRate_ = 9600;
     bool open_ = false;
-    bool openFails_ = false;
     bool pumpScheduled_ = false;
 };
 

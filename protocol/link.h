@@ -82,6 +82,12 @@ class Link : public QObject {
 
     // Runs on every tick that no other frame is waiting for (the jog message).
     void setJogSender(std::function<void()> sender) { jogSender_ = std::move(sender); }
+    // Sends the jog message now: the connection sequence's first frame.
+    void sendJogMessage() {
+        if (jogSender_) {
+            jogSender_();
+        }
+    }
 
     // Frames written since the program started, jog messages included.
     quint64 framesSent() const { return framesSent_; }

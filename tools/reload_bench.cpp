@@ -1,6 +1,6 @@
 // Measures what a preset reload costs the console: CPU time against wall
-// time while the deferred refresh re-reads offsets, limits and all 32
-// presets from the virtual unit, each request waiting for its reply.
+// time while it re-reads all 32 presets from the virtual unit, each request
+// waiting for its reply.
 //
 //   halvex-reload-bench [ROUNDS]
 
@@ -19,7 +19,7 @@
 
 #include "connection/connection_sequence.h"
 #include "sim/pty_unit.h"
-#include "ui/vornixu.h"
+#include "window/vornixu.h"
 
 namespace {
 double cpuSeconds() {
@@ -91,36 +91,15 @@ int main(int argc, char* argv[]) {
         QElapsedTimer clock;
         const double before = cpuSeconds();
         clock.start();
-        window.hooks().reloadPresets();
+        // As the connection sequence and an offset change ask for it.
+        emit window.events().presetsReloadRequested();
         reloadCpu += cpuSeconds() - before;
         reloadWall += static_cast<double>(clock.elapsed()) / 1000.0;
     }
 
-    // The deferred refresh: the page tabs locked, offsets, limits and the
-    // preset reload read again.
-    double cpu = 0.0;
-    double wall = 0.0;
-    for (int round = 0; round < rounds; ++round) {
-        QElapsedTimer clock;
-        const double before = cpuSeconds();
-        clock.start();
-        // The refresh disables the pages while it runs and enables them
-        // again at its end.
-        window.connection().Timer5().start();
-        waitSleeping([&] { return !window.SSTab1().isEnabled(); }, 5000);
-        const bool done = waitSleeping([&] { return window.SSTab1().isEnabled(); }, 60000);
-        cpu += cpuSeconds() - before;
-        wall += static_cast<double>(clock.elapsed()) / 1000.0;
-        if (!done) {
-            std::printf("the refresh did not finish\n");
-            return 1;
-        }
-    }
     std::printf("idle online:   %.2f %% of one core (console and virtual unit in one process)\n",
                 100.0 * idleShare);
     std::printf("preset reload: %.2f %% of one core over %.1f s (%d reloads of 32 requests)\n",
                 100.0 * reloadCpu / reloadWall, reloadWall, rounds);
-    std::printf("page refresh:  %.2f %% of one core over %.1f s (%d refreshes, pages locked)\n",
-                100.0 * cpu / wall, wall, rounds);
     return 0;
 }

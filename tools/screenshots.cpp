@@ -15,10 +15,10 @@
 
 #include "protocol/in_process_port.h"
 #include "sim/unit.h"
-#include "ui/data_watch.h"
-#include "ui/pages/pan_tilt_page.h"
-#include "ui/vornixu.h"
-#include "ui/widgets/led_display.h"
+#include "views/pages/pan_tilt_page.h"
+#include "views/widgets/led_display.h"
+#include "window/data_watch.h"
+#include "window/vornixu.h"
 
 namespace {
 bool save(QWidget& widget, const QString& path) {

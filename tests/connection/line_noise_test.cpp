@@ -5,8 +5,8 @@
 
 #include "tests/support/console_rig.h"
 #include "tests/support/scripted_unit.h"
-#include "ui/pages/pan_tilt_page.h"
-#include "ui/widgets/led_display.h"
+#include "views/pages/pan_tilt_page.h"
+#include "views/widgets/led_display.h"
 
 using namespace halvex;
 using namespace halvex::testing;

@@ -5,13 +5,13 @@
 #include <QStatusBar>
 #include <QTabWidget>
 
-#include "connection/unit_status.h"
+#include "console/unit_status.h"
 #include "tests/support/console_rig.h"
 #include "tests/support/scripted_unit.h"
-#include "ui/pages/pan_tilt_page.h"
-#include "ui/widgets/led_display.h"
-#include "ui/widgets/pan_gauge.h"
-#include "ui/widgets/status_lamp.h"
+#include "views/pages/pan_tilt_page.h"
+#include "views/widgets/led_display.h"
+#include "views/widgets/pan_gauge.h"
+#include "views/widgets/status_lamp.h"
 
 using namespace halvex;
 using namespace halvex::testing;

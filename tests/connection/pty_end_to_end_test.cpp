@@ -7,10 +7,10 @@
 #include <QTest>
 #include <cmath>
 
-#include "ui/messages.h"
-#include "ui/pages/pan_tilt_page.h"
-#include "ui/vornixu.h"
-#include "ui/widgets/led_display.h"
+#include "console/messages.h"
+#include "views/pages/pan_tilt_page.h"
+#include "views/widgets/led_display.h"
+#include "window/vornixu.h"
 
 using namespace halvex;
 
@@ -18,7 +18,7 @@ namespace {
 // halvex-sim as an operator would run it, on its own pseudo-terminal, with
 // the console's real serial port code on the other end.
 class SimProcess {
-public:
+  public:
     explicit SimProcess(const QStringList& arguments = {}) {
         process_.setProgram(QStringLiteral(HALVEX_SIM_PATH));
         process_.setArguments(arguments);
@@ -36,7 +36,7 @@ public:
     }
     const QString& device() const { return device_; }
 
-private:
+  private:
     QProcess process_;
     QString device_;
 };
@@ -50,22 +50,20 @@ TEST(EndToEnd, ConsoleComesOnlineThroughAPseudoTerminalAndMovesThePlatform) {
     QDir::setCurrent(directory.path());
     qputenv("HALVEX_COM1", sim.device().toLocal8Bit());
     std::vector<Message> shown;
-    Messages::setPresenter([&shown](QWidget*, const Message& message) {
-        shown.push_back(message);
-        return true;
-    });
     {
-        VornixU window;  // a real QSerialPort
+        VornixU window(nullptr, [&shown](QWidget*, const Message& message) {
+            shown.push_back(message);
+            return true;
+        });  // a real QSerialPort
         window.Form_Load();
         window.show();
         window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
         EXPECT_TRUE(QTest::qWaitFor(
             [&] { return window.windowTitle().endsWith(QStringLiteral(" Online")); }, 30000));
         EXPECT_TRUE(shown.empty());
-        EXPECT_EQ(window.findChild<QPushButton*>(QStringLiteral("StartBut"))
-                      ->property("lamp")
-                      .toString(),
-                  QStringLiteral("good"));
+        EXPECT_EQ(
+            window.findChild<QPushButton*>(QStringLiteral("StartBut"))->property("lamp").toString(),
+            QStringLiteral("good"));
 
         PanTiltPage& page = window.panTiltPage();
         page.PanDesLED->setValue(12.34);
@@ -81,7 +79,6 @@ TEST(EndToEnd, ConsoleComesOnlineThroughAPseudoTerminalAndMovesThePlatform) {
         window.close();
         EXPECT_FALSE(window.SerPort1().isOpen());
     }
-    Messages::resetPresenter();
     qunsetenv("HALVEX_COM1");
     QDir::setCurrent(previous);
 }
@@ -93,9 +90,8 @@ TEST(EndToEnd, RepliesTricklingInAtLineSpeedStillBringTheConsoleOnline) {
     const QString previous = QDir::currentPath();
     QDir::setCurrent(directory.path());
     qputenv("HALVEX_COM1", sim.device().toLocal8Bit());
-    Messages::setPresenter([](QWidget*, const Message&) { return true; });
     {
-        VornixU window;
+        VornixU window(nullptr, [](QWidget*, const Message&) { return true; });
         window.Form_Load();
         window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
         EXPECT_TRUE(QTest::qWaitFor(
@@ -104,7 +100,6 @@ TEST(EndToEnd, RepliesTricklingInAtLineSpeedStillBringTheConsoleOnline) {
         QTest::qWait(1000);
         EXPECT_FALSE(window.state().LinkFault);
     }
-    Messages::resetPresenter();
     qunsetenv("HALVEX_COM1");
     QDir::setCurrent(previous);
 }

@@ -5,8 +5,8 @@
 
 #include "positioning/angle_steps.h"
 #include "protocol/form_state.h"
-#include "ui/widgets/led_display.h"
-#include "ui/widgets/spin_button.h"
+#include "views/widgets/led_display.h"
+#include "views/widgets/spin_button.h"
 
 using namespace halvex;
 

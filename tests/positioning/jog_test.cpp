@@ -3,13 +3,13 @@
 #include <QCheckBox>
 #include <QPushButton>
 
-#include "positioning/jog_state.h"
+#include "console/jog_state.h"
 #include "sim/motion.h"
 #include "tests/support/console_rig.h"
 #include "tests/support/online_suite.h"
-#include "ui/pages/pan_tilt_page.h"
-#include "ui/widgets/led_display.h"
-#include "ui/widgets/status_lamp.h"
+#include "views/pages/pan_tilt_page.h"
+#include "views/widgets/led_display.h"
+#include "views/widgets/status_lamp.h"
 
 using namespace halvex;
 using namespace halvex::testing;

@@ -8,8 +8,8 @@
 
 #include "tests/support/console_rig.h"
 #include "tests/support/online_suite.h"
-#include "ui/pages/pan_tilt_page.h"
-#include "ui/widgets/led_display.h"
+#include "views/pages/pan_tilt_page.h"
+#include "views/widgets/led_display.h"
 
 using namespace halvex;
 using namespace halvex::testing;

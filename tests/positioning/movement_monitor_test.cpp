@@ -8,16 +8,8 @@ using namespace halvex::testing;
 
 namespace {
 struct MonitorRig : PositioningRig {
-    void current(float pan, float tilt) {
-        for (const auto& listener : hooks.currentPositionListeners) {
-            listener(pan, tilt);
-        }
-    }
-    void target(float pan, float tilt) {
-        for (const auto& listener : hooks.targetPositionListeners) {
-            listener(pan, tilt);
-        }
-    }
+    void current(float pan, float tilt) { emit events.currentPositionReported(pan, tilt); }
+    void target(float pan, float tilt) { emit events.targetPositionReported(pan, tilt); }
     QString label(const char* name) { return find<QLabel>(QString::fromLatin1(name))->text(); }
     QListWidget* log() { return list("MoveList"); }
 };

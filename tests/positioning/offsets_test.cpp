@@ -108,7 +108,7 @@ TEST(OffsetReadings, ReadButtonsSendBareRequestsAndRepliesFillTheReadouts) {
     rig.click("SetCenBut");
     rig.settle();
     EXPECT_EQ(rig.sent(), (std::vector<Message_>{{0x85}, {0x90}, {0x91}}));
-    ASSERT_TRUE(rig.hooks.readHandlers.count("GetCenBut"));
+    ASSERT_TRUE(rig.readHandlers.count("GetCenBut"));
 
     rig.inject({0x85, 0x30, 0x75, 0x00, 0x18, 0xFC, 0xFF});
     EXPECT_FLOAT_EQ(led(rig, "PanCorLED")->value(), 300.0f);

@@ -160,10 +160,6 @@ std::optional<Message_> PositioningUnit::answer(const Message_& m) {
 }
 
 PositioningRig::PositioningRig() {
-    Messages::setPresenter([this](QWidget*, const Message& message) {
-        messages.push_back(message);
-        return true;
-    });
     QObject::connect(&state, &FormState::faultReported,
                      [this](const QString& message) { faults << message; });
 
@@ -218,7 +214,6 @@ PositioningRig::PositioningRig() {
 PositioningRig::~PositioningRig() {
     link.Timer2().stop();
     link.Timer4().stop();
-    Messages::resetPresenter();
 }
 
 void PositioningRig::decodeReport() {

@@ -12,14 +12,14 @@
 #include <array>
 #include <map>
 
-#include "connection/console_context.h"
-#include "positioning/position_encoding.h"
-#include "positioning/preset_table.h"
-#include "protocol/in_process_port.h"
+#include "console/console_context.h"
+#include "console/messages.h"
+#include "console/position_encoding.h"
+#include "console/preset_table.h"
 #include "tests/support/scripted_unit.h"
-#include "ui/messages.h"
-#include "ui/positioning_pages.h"
-#include "ui/widgets/led_display.h"
+#include "tests/support/test_port.h"
+#include "views/widgets/led_display.h"
+#include "window/positioning_pages.h"
 
 namespace halvex::testing {
 
@@ -47,7 +47,7 @@ struct PositioningUnit {
     Message_ report(Byte code) const;
 };
 
-// Form state, link, receive path, hooks and the installed pages.
+// Form state, link, receive path, shared context and the installed pages.
 class PositioningRig {
   public:
     static constexpr int kTestTickMs = 10;
@@ -79,11 +79,18 @@ class PositioningRig {
     UnitStatus status;
     PositioningUnit model;
     ScriptedUnit scripted;
-    InProcessPort port{&scripted};
+    TestPort port{&scripted};
     Link link{state};
     Receiver receiver{state, link};
-    ConsoleHooks hooks;
+    PresetTable presets;
+    ConsoleEvents events;
+    ReadHandlers readHandlers;
     QWidget window;
+    std::vector<Message> messages;
+    Messages messageBoxes{&window, [this](QWidget*, const Message& message) {
+                              messages.push_back(message);
+                              return true;
+                          }};
     QTabWidget* SSTab1 = nullptr;
     QLabel* Label2_0 = nullptr;
     QLabel* Label2_1 = nullptr;
@@ -91,8 +98,8 @@ class PositioningRig {
     LedDisplay* TiltDesLED = nullptr;
     bool videoBlank = false;
     bool jogging = false;  // send a jog message on free ticks
-    ConsoleContext context{state, status, link, receiver, hooks, &window};
-    std::vector<Message> messages;
+    ConsoleContext context{state,  status,       presets,      link,   receiver,
+                           events, readHandlers, messageBoxes, &window};
     QStringList faults;
     QObject owner;
     PositioningPages pages;

@@ -9,7 +9,7 @@
 
 #include "sim/motion.h"
 #include "tests/support/console_rig.h"
-#include "ui/widgets/led_display.h"
+#include "views/widgets/led_display.h"
 
 using namespace halvex;
 using namespace halvex::testing;
@@ -56,7 +56,7 @@ double mechanicalPan(ConsoleRig& rig) {
 
 void reconnect(ConsoleRig& rig) {
     rig.window.reset();
-    rig.port = new InProcessPort(&rig.line);
+    rig.port = new TestPort(&rig.line);
     rig.window = std::make_unique<VornixU>(rig.port);
     rig.window->Form_Load();
     rig.window->show();

@@ -122,7 +122,7 @@ TEST(PresetReload, AsksForEachPresetOnlyAfterThePreviousReply) {
             rig.model.silentCodes.clear();
         }
     };
-    rig.hooks.reloadPresets();
+    emit rig.events.presetsReloadRequested();
 
     EXPECT_EQ(sentWhileHeld, 4u);
     const auto sent = rig.sent();
@@ -139,7 +139,7 @@ TEST(PresetReload, AsksForEachPresetOnlyAfterThePreviousReply) {
 
 TEST(PresetCommands, MoveStoreAndAddUseTheSelectedPosition) {
     PositioningRig rig;
-    rig.hooks.reloadPresets();
+    emit rig.events.presetsReloadRequested();
     rig.clearSent();
 
     rig.doubleClickRow("PresetList", 2);
@@ -187,7 +187,7 @@ TEST(PresetClear, ShowsItsCaptionWhileClearingAndReloadsAfterTwoReplies) {
     PositioningRig rig;
     rig.jogging = true;
     rig.model.presets[4].pan = 1000;
-    rig.hooks.reloadPresets();
+    emit rig.events.presetsReloadRequested();
     rig.clearSent();
     rig.link.Timer4().setInterval(20000);
 

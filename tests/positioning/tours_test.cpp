@@ -28,7 +28,7 @@ void fillPresetChoices(PositioningRig& rig) {
     for (Byte n = 0; n < 8; ++n) {
         rig.inject(*rig.model.answer({0x40, n}));
     }
-    rig.hooks.refillTourPresetChoices();
+    emit rig.events.tourPresetChoicesRefillRequested();
 }
 }  // namespace
 
@@ -193,7 +193,7 @@ TEST(TourExecute, StopHookEndsTheDisplayAndAnEmptyTourIsReported) {
     rig.click("ExecScriptBut");
     rig.settle();
     ASSERT_EQ(caption(rig, "ExecScriptBut"), QStringLiteral("Executing Tour 1"));
-    rig.hooks.endTourDisplay();
+    emit rig.events.tourDisplayEndRequested();
     EXPECT_EQ(caption(rig, "ExecScriptBut"), QStringLiteral("Execute Tour 1"));
     EXPECT_TRUE(rig.list("ScriptList")->isEnabled());
 
@@ -245,12 +245,4 @@ TEST(TourPage, DwellLabelAndPresetChoices) {
 
     fillPresetChoices(rig);
     EXPECT_EQ(lines(rig.list("ScriptPreList")), lines(rig.list("PresetList")));
-
-    // Rebuilt from the tables: all 32 presets, the first selected.
-    rig.hooks.rebuildTourPresetChoices();
-    QListWidget* choices = rig.list("ScriptPreList");
-    ASSERT_EQ(choices->count(), 32);
-    EXPECT_EQ(choices->currentRow(), 0);
-    EXPECT_EQ(choices->item(7)->text(), rig.list("PresetList")->item(7)->text());
-    EXPECT_TRUE(choices->item(31)->text().startsWith(QStringLiteral("  31     0.00")));
 }

@@ -6,20 +6,18 @@
 namespace halvex::testing {
 
 ConsoleRig::ConsoleRig(const sim::UnitOptions& options)
-    : previousDirectory(QDir::currentPath()), unit(options), port(new InProcessPort(&line)) {
+    : previousDirectory(QDir::currentPath()), unit(options), port(new TestPort(&line)) {
     QDir::setCurrent(directory.path());
-    Messages::setPresenter([this](QWidget*, const Message& message) {
+    window = std::make_unique<VornixU>(port, [this](QWidget*, const Message& message) {
         shown.push_back(message);
         return true;
     });
-    window = std::make_unique<VornixU>(port);
     window->Form_Load();
     window->show();
 }
 
 ConsoleRig::~ConsoleRig() {
     window.reset();
-    Messages::resetPresenter();
     QDir::setCurrent(previousDirectory);
 }
 

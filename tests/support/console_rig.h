@@ -5,11 +5,11 @@
 #include <QTest>
 #include <memory>
 
-#include "protocol/in_process_port.h"
+#include "console/messages.h"
 #include "sim/unit.h"
 #include "tests/support/recording_peer.h"
-#include "ui/messages.h"
-#include "ui/vornixu.h"
+#include "tests/support/test_port.h"
+#include "window/vornixu.h"
 
 namespace halvex::testing {
 
@@ -39,7 +39,7 @@ class ConsoleRig {
     std::vector<Message> shown;
     sim::Unit unit;
     RecordingPeer line{unit};
-    InProcessPort* port;
+    TestPort* port;
     std::unique_ptr<VornixU> window;
 };
 

@@ -5,10 +5,10 @@
 
 #include "protocol/fault_guard.h"
 #include "protocol/form_state.h"
-#include "protocol/in_process_port.h"
 #include "protocol/link.h"
 #include "protocol/receiver.h"
 #include "tests/support/scripted_unit.h"
+#include "tests/support/test_port.h"
 
 namespace halvex::testing {
 
@@ -17,7 +17,7 @@ namespace halvex::testing {
 struct LinkRig {
     FormState state;
     ScriptedUnit unit;
-    InProcessPort port{&unit};
+    TestPort port{&unit};
     Link link{state};
     Receiver receiver{state, link};
     QString lastSent;

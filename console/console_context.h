@@ -1,0 +1,39 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+
+#include "console/console_events.h"
+#include "console/messages.h"
+#include "console/preset_table.h"
+#include "console/unit_status.h"
+#include "protocol/form_state.h"
+#include "protocol/link.h"
+#include "protocol/receiver.h"
+
+class QWidget;
+
+namespace halvex {
+
+// "Get" handlers of the pages by control name ("GetCenBut", "GetLensBut",
+// ...), which the connection sequence runs in its own order. A page that has
+// none registered is read with a bare request.
+using ReadHandlers = std::map<std::string, std::function<void()>>;
+
+// What every feature is handed: the shared state, the link, the receive
+// dispatch, the events features raise for each other, the message boxes and
+// the window they belong to. The main window owns all of it.
+struct ConsoleContext {
+    FormState& state;
+    UnitStatus& status;
+    PresetTable& presets;
+    Link& link;
+    Receiver& receiver;
+    ConsoleEvents& events;
+    ReadHandlers& readHandlers;
+    const Messages& messages;
+    QWidget* window;
+};
+
+}  // namespace halvex

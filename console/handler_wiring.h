@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QObject>
+#include <type_traits>
+
+#include "protocol/fault_guard.h"
+
+namespace halvex {
+
+// Runs `handler` on every `signal` of `sender`, under the range-fault guard
+// and by the name the operator documentation gives it ("AbsoBut_Click"), so
+// a fault report names the handler. The handler may take the signal's
+// arguments or none.
+template <typename Sender, typename Signal, typename Handler>
+QMetaObject::Connection onEvent(FormState& state, Sender* sender, Signal signal, QObject* receiver,
+                                const char* name, Handler handler) {
+    return QObject::connect(sender, signal, receiver, [&state, name, handler](const auto&... args) {
+        guarded(state, name, [&] {
+            if constexpr (std::is_invocable_v<const Handler&, decltype(args)...>) {
+                handler(args...);
+            } else {
+                handler();
+            }
+        });
+    });
+}
+
+}  // namespace halvex

@@ -1,0 +1,34 @@
+#include "views/pages/page_parts.h"
+
+#include <QPushButton>
+
+#include "views/widgets/led_display.h"
+
+namespace halvex {
+
+QFont fixedPitchFont() {
+    QFont font(QStringLiteral("Courier New"));
+    font.setStyleHint(QFont::TypeWriter);
+    font.setFixedPitch(true);
+    return font;
+}
+
+LedDisplay* angleLed(const QString& name, QWidget* parent) {
+    auto* led = new LedDisplay(parent);
+    led->setObjectName(name);
+    led->setDecimals(2);
+    led->setFieldWidth(6);
+    return led;
+}
+
+QPushButton* namedButton(const QString& name, const QString& caption, const QString& tip,
+                         QWidget* parent) {
+    auto* button = new QPushButton(caption, parent);
+    button->setObjectName(name);
+    if (!tip.isEmpty()) {
+        button->setToolTip(tip);
+    }
+    return button;
+}
+
+}  // namespace halvex

@@ -1,0 +1,139 @@
+#include "views/pages/tours_page.h"
+#include "views/pages/page_parts.h"
+
+#include <QButtonGroup>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QHBoxLayout>
+#include <QVBoxLayout>
+
+#include "console/preset_table.h"
+
+namespace halvex {
+
+namespace {
+QString indexed(const char* name, int index) {
+    return QString::fromLatin1(name) + QLatin1Char('_') + QString::number(index);
+}
+
+QLabel* makeHeading(const QString& text, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    label->setFont(fixedPitchFont());
+    label->setContentsMargins(4, 0, 0, 0);
+    return label;
+}
+}  // namespace
+
+ToursPage::ToursPage(QWidget* parent) : QWidget(parent) {
+    setObjectName(QStringLiteral("ToursPage"));
+    auto* layout = new QHBoxLayout(this);
+    layout->setContentsMargins(12, 12, 12, 12);
+    layout->setSpacing(12);
+    layout->addWidget(buildTourBox(), 1);
+    layout->addWidget(buildChoiceBox(), 1);
+}
+
+QWidget* ToursPage::buildTourBox() {
+    auto* box = new QGroupBox(QStringLiteral("Tour"), this);
+    auto* layout = new QVBoxLayout(box);
+
+    auto* selectors = new QHBoxLayout;
+    auto* group = new QButtonGroup(box);
+    for (int i = 0; i < kTours; ++i) {
+        auto* button = new QRadioButton(QStringLiteral("Tour %1").arg(i + 1), box);
+        button->setObjectName(indexed("TourSel", i));
+        button->setToolTip(QStringLiteral("Select To Load And Work With Tour %1").arg(i + 1));
+        group->addButton(button, i);
+        selectors->addWidget(button);
+        TourSel[static_cast<std::size_t>(i)] = button;
+    }
+    TourSel[0]->setChecked(true);
+    selectors->addStretch(1);
+    layout->addLayout(selectors);
+
+    layout->addWidget(makeHeading(QStringLiteral("No   Preset Dwell      Blank Cam"), box));
+    ScriptList = new QListWidget(box);
+    ScriptList->setObjectName(QStringLiteral("ScriptList"));
+    ScriptList->setFont(fixedPitchFont());
+    ScriptList->setToolTip(
+        QStringLiteral("Single-Click To Select For Insert/Replace, Double-Click To Delete The  "
+                       "Entry From The Tour"));
+    layout->addWidget(ScriptList, 1);
+
+    auto* buttons = new QGridLayout;
+    ExecScriptBut =
+        namedButton(QStringLiteral("ExecScriptBut"), QStringLiteral("Execute Tour 1"),
+                    QStringLiteral("Execute The Selected Tour-Press Stop To Terminate"), box);
+    ClearScriptBut = namedButton(QStringLiteral("ClearScriptBut"), QStringLiteral("Clear Tour 1"),
+                                 QStringLiteral("Clear The Selected Tour"), box);
+    Command3 =
+        namedButton(QStringLiteral("Command3"), QStringLiteral("Tour Count"),
+                    QStringLiteral("Retrieve Tour Count (255 Indicates A Corrupt Tour)"), box);
+    Label23 = new QLabel(QStringLiteral("0"), box);
+    Label23->setObjectName(QStringLiteral("Label23"));
+    Label23->setFrameShape(QFrame::StyledPanel);
+    Label23->setMinimumWidth(48);
+    Label23->setAlignment(Qt::AlignCenter);
+    buttons->addWidget(ExecScriptBut, 0, 0);
+    buttons->addWidget(ClearScriptBut, 0, 1);
+    buttons->addWidget(Command3, 1, 0);
+    buttons->addWidget(Label23, 1, 1);
+    layout->addLayout(buttons);
+    return box;
+}
+
+QWidget* ToursPage::buildChoiceBox() {
+    auto* column = new QWidget(this);
+    auto* layout = new QVBoxLayout(column);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(12);
+
+    auto* presets = new QGroupBox(QStringLiteral("Presets"), column);
+    auto* presetLayout = new QVBoxLayout(presets);
+    presetLayout->addWidget(makeHeading(presetHeadingText(), presets));
+    ScriptPreList = new QListWidget(presets);
+    ScriptPreList->setObjectName(QStringLiteral("ScriptPreList"));
+    ScriptPreList->setFont(fixedPitchFont());
+    ScriptPreList->setToolTip(
+        QStringLiteral("Select Append/Insert/Replace, Set Dwell, Then Double-Click To Add A "
+                       "Preset To The Tour"));
+    presetLayout->addWidget(ScriptPreList, 1);
+    layout->addWidget(presets, 1);
+
+    auto* step = new QGroupBox(QStringLiteral("New Step"), column);
+    auto* grid = new QGridLayout(step);
+    grid->setHorizontalSpacing(16);
+    auto* modes = new QButtonGroup(step);
+    const char* const modeCaptions[] = {"Append", "Insert", "Replace"};
+    auto* cameras = new QButtonGroup(step);
+    const char* const cameraCaptions[] = {"Default Camera", "Camera 2", "Camera 3"};
+    for (int i = 0; i < 3; ++i) {
+        auto* mode = new QRadioButton(QString::fromLatin1(modeCaptions[i]), step);
+        mode->setObjectName(indexed("Option1", i));
+        modes->addButton(mode, i);
+        grid->addWidget(mode, i, 0);
+        Option1[static_cast<std::size_t>(i)] = mode;
+
+        auto* camera = new QRadioButton(QString::fromLatin1(cameraCaptions[i]), step);
+        camera->setObjectName(indexed("CamSel", i));
+        cameras->addButton(camera, i);
+        grid->addWidget(camera, i, 1);
+        CamSel[static_cast<std::size_t>(i)] = camera;
+    }
+    Option1[0]->setChecked(true);
+    CamSel[0]->setChecked(true);
+
+    WaitScroll = new QScrollBar(Qt::Horizontal, step);
+    WaitScroll->setObjectName(QStringLiteral("WaitScroll"));
+    WaitScroll->setRange(0, kMaxDwell);
+    WaitScroll->setPageStep(10);
+    WaitLabel = new QLabel(step);
+    WaitLabel->setObjectName(QStringLiteral("WaitLabel"));
+    WaitLabel->setMinimumWidth(90);
+    grid->addWidget(WaitScroll, 3, 0);
+    grid->addWidget(WaitLabel, 3, 1);
+    layout->addWidget(step);
+    return column;
+}
+
+}  // namespace halvex

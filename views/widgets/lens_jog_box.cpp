@@ -1,0 +1,85 @@
+#include "views/widgets/lens_jog_box.h"
+
+#include <QLinearGradient>
+#include <QPainter>
+#include <algorithm>
+
+namespace halvex {
+
+namespace {
+
+const QColor kTrackTop(0x2a, 0x34, 0x40);
+const QColor kTrackBottom(0x17, 0x1d, 0x24);
+const QColor kOutline(0x3c, 0x4b, 0x5a);
+const QColor kScale(0x6c, 0xb4, 0xe0);
+const QColor kMarker(0xff, 0xb3, 0x47);
+
+// "+" at the end that drives the motor forward, "-" at the other.
+void drawSign(QPainter& painter, const QPointF& centre, double size, bool plus) {
+    painter.setPen(QPen(kScale, std::max(1.5, size * 0.3), Qt::SolidLine, Qt::RoundCap));
+    painter.drawLine(centre - QPointF(size * 0.5, 0), centre + QPointF(size * 0.5, 0));
+    if (plus) {
+        painter.drawLine(centre - QPointF(0, size * 0.5), centre + QPointF(0, size * 0.5));
+    }
+}
+
+}  // namespace
+
+LensJogBox::LensJogBox(QWidget* parent)
+    : PointerPad(kUnitWidth, kUnitHeight, {kUnitWidth / 2.0, kUnitCentreY}, parent) {
+    setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
+}
+
+void LensJogBox::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    const QRectF area = padRect().adjusted(0.5, 0.5, 0.5, 0.5);
+    if (area.width() < 4.0 || area.height() < 8.0) {
+        return;  // too small to draw anything recognisable
+    }
+    const double radius = std::min(area.width() * 0.25, 6.0);
+    const double middleY = restPixel().y() + 0.5;  // on a pixel centre, so the line is crisp
+
+    QLinearGradient track(area.topLeft(), area.topRight());
+    track.setColorAt(0.0, kTrackBottom);
+    track.setColorAt(0.5, kTrackTop);
+    track.setColorAt(1.0, kTrackBottom);
+    painter.setPen(QPen(kOutline, 1.0));
+    painter.setBrush(track);
+    painter.drawRoundedRect(area, radius, radius);
+
+    // Ticks every tenth of the travel on each side, the rest line in full.
+    QColor tick = kScale;
+    tick.setAlpha(90);
+    painter.setPen(QPen(tick, 1.0));
+    const double tickLength = area.width() * 0.18;
+    for (int i = 1; i < 10; ++i) {
+        const double y = area.top() + area.height() * i / 10.0;
+        painter.drawLine(QPointF(area.left() + 2.0, y), QPointF(area.left() + 2.0 + tickLength, y));
+        painter.drawLine(QPointF(area.right() - 2.0 - tickLength, y),
+                         QPointF(area.right() - 2.0, y));
+    }
+
+    if (pointerHeld()) {
+        const double pointerY = clampedPointerPixel().y();
+        QColor fill = kMarker;
+        fill.setAlpha(110);
+        const QRectF band(QPointF(area.left() + 3.0, std::min(middleY, pointerY)),
+                          QPointF(area.right() - 3.0, std::max(middleY, pointerY)));
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(fill);
+        painter.drawRect(band);
+        painter.setPen(QPen(kMarker, 2.0, Qt::SolidLine, Qt::RoundCap));
+        painter.drawLine(QPointF(area.left() + 2.0, pointerY),
+                         QPointF(area.right() - 2.0, pointerY));
+    }
+
+    painter.setPen(QPen(kScale, 1.5));
+    painter.drawLine(QPointF(area.left() + 2.0, middleY), QPointF(area.right() - 2.0, middleY));
+
+    const double sign = std::clamp(area.width() * 0.3, 3.0, 8.0);
+    drawSign(painter, {area.center().x(), area.top() + sign + 3.0}, sign, true);
+    drawSign(painter, {area.center().x(), area.bottom() - sign - 3.0}, sign, false);
+}
+
+}  // namespace halvex

@@ -1,0 +1,243 @@
+#include "window/vornixu.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QHBoxLayout>
+#include <QMenuBar>
+#include <QStatusBar>
+#include <QVBoxLayout>
+
+#include "connection/connection_sequence.h"
+#include "connection/position_report.h"
+#include "console/handler_wiring.h"
+#include "console/page.h"
+#include "positioning/jog.h"
+#include "positioning/motion_commands.h"
+#include "protocol/qt_serial_port.h"
+#include "window/data_watch.h"
+#include "views/widgets/lamp_pictures.h"
+#include "console/messages.h"
+#include "views/pages/camera_page.h"
+#include "views/pages/pan_tilt_page.h"
+#include "window/positioning_pages.h"
+
+namespace halvex {
+
+namespace {
+// Page captions of SSTab1, in the order of Page.
+const char* const kPageCaptions[kPageCount] = {"Pan/Tilt", "Presets", "Offsets", "Tours",
+                                               "Camera",   "Video",   "Setup",   "Factory"};
+
+QWidget* placeholderPage(QWidget* parent, const char* caption) {
+    auto* page = new QWidget(parent);
+    page->setObjectName(QStringLiteral("Page_") + QString::fromLatin1(caption).remove('/'));
+    return page;
+}
+}  // namespace
+
+VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, QWidget* parent)
+    : QMainWindow(parent),
+      messages_(this, std::move(presenter)),
+      link_(state_),
+      receiver_(state_, link_),
+      context_{state_,  status_,       presets_,   link_, receiver_,
+               events_, readHandlers_, messages_, this},
+      port_(port != nullptr ? port : new QtSerialPort(this)) {
+    setObjectName(QStringLiteral("VornixU"));
+    if (port_->parent() == nullptr) {
+        port_->setParent(this);
+    }
+    link_.setPort(port_);
+    receiver_.attachPort(port_);
+
+    dataWatch_ = new DataWatch(this);
+    dataWatch_->setWindowFlag(Qt::Window);
+    connect(&link_, &Link::frameSent, dataWatch_, &DataWatch::showSentFrame);
+    connect(&receiver_, &Receiver::frameReceived, dataWatch_, &DataWatch::showReceivedFrame);
+
+    buildMenus();
+    buildCentralArea();
+    installFeatures();
+
+    connect(&receiver_, &Receiver::receivingIdChanged, label25_, &QLabel::setText);
+    connect(&state_, &FormState::lampChanged, this, &VornixU::showLamp);
+    connect(&state_, &FormState::faultReported, this,
+            [this](const QString& message) { statusBar()->showMessage(message, 15000); });
+    connect(portSelection_, &PortSelection::titleChanged, this, &QWidget::setWindowTitle);
+    connect(portSelection_, &PortSelection::settingsError, this, [this](const QString& message) {
+        messages_.exclamation(QStringLiteral("Settings File"), message);
+    });
+    resize(1180, 760);
+}
+
+VornixU::~VornixU() {
+    link_.Timer1().stop();
+    link_.Timer2().stop();
+    link_.Timer4().stop();
+}
+
+void VornixU::buildMenus() {
+    QMenu* portMenu = menuBar()->addMenu(QStringLiteral("&Port"));
+    portMenu->setObjectName(QStringLiteral("PortMenu"));
+    QMenu* speedMenu = menuBar()->addMenu(QStringLiteral("&Baud Rate"));
+    speedMenu->setObjectName(QStringLiteral("BaudMenu"));
+    portSelection_ = new PortSelection(portMenu, speedMenu, this);
+
+    QMenu* unitMenu = menuBar()->addMenu(QStringLiteral("&Unit"));
+    reinitialize_ = unitMenu->addAction(QStringLiteral("&Reinitialize"));
+    reinitialize_->setObjectName(QStringLiteral("MenuReinitialize"));
+    reinitialize_->setEnabled(false);
+
+    QMenu* viewMenu = menuBar()->addMenu(QStringLiteral("&View"));
+    QAction* watch = viewMenu->addAction(QStringLiteral("&Data Watch"));
+    watch->setObjectName(QStringLiteral("MenuDataWatch"));
+    connect(watch, &QAction::triggered, this, [this] {
+        dataWatch_->show();
+        dataWatch_->raise();
+    });
+}
+
+void VornixU::buildCentralArea() {
+    auto* central = new QWidget(this);
+    auto* layout = new QVBoxLayout(central);
+
+    auto* top = new QHBoxLayout;
+    startBut_ = new QPushButton(QStringLiteral("Start"), central);
+    startBut_->setObjectName(QStringLiteral("StartBut"));
+    startBut_->setIcon(idleLinkPicture());
+    startBut_->setIconSize(QSize(24, 24));
+    startBut_->setMinimumWidth(90);
+    startBut_->setProperty("lamp", QStringLiteral("none"));
+    startBut_->setToolTip(QStringLiteral("Connect to the unit; the lamp shows the link"));
+    stopBut_ = new QPushButton(QStringLiteral("Stop"), central);
+    stopBut_->setObjectName(QStringLiteral("StopBut"));
+    resetBut_ = new QPushButton(QStringLiteral("Reset"), central);
+    resetBut_->setObjectName(QStringLiteral("ResetBut"));
+    exitBut_ = new QPushButton(QStringLiteral("Exit"), central);
+    exitBut_->setObjectName(QStringLiteral("ExitBut"));
+    label25_ = new QLabel(central);
+    label25_->setObjectName(QStringLiteral("Label25"));
+    top->addWidget(startBut_);
+    top->addWidget(stopBut_);
+    top->addWidget(resetBut_);
+    top->addSpacing(16);
+    top->addWidget(label25_);
+    top->addStretch();
+    top->addWidget(exitBut_);
+    layout->addLayout(top);
+
+    tabs_ = new QTabWidget(central);
+    tabs_->setObjectName(QStringLiteral("SSTab1"));
+    layout->addWidget(tabs_, 1);
+    setCentralWidget(central);
+    statusBar()->setObjectName(QStringLiteral("StatusBar"));
+}
+
+void VornixU::installFeatures() {
+    panTilt_ = new PanTiltPage(tabs_);
+    camera_ = new CameraPage(tabs_);
+
+    CameraReplyView cameras;
+    cameras.RXLabel = camera_->RXLabel;
+    cameras.HexOp1 = {camera_->HexOp1[0], camera_->HexOp1[1]};
+    // The status lamps refresh first after every reply; the tour check that
+    // positioning registers reads the fault flag they leave.
+    positionReport_ = new PositionReport(context_, *panTilt_, jog_, cameras, *tabs_, this);
+    jogControl_ = new JogControl(context_, jog_, *panTilt_, this);
+    motion_ = new MotionCommands(context_, *panTilt_, this);
+
+    PositioningEnvironment environment;
+    environment.Label2_0 = panTilt_->Label2[0];
+    environment.Label2_1 = panTilt_->Label2[1];
+    environment.PanDesLED = panTilt_->PanDesLED;
+    environment.TiltDesLED = panTilt_->TiltDesLED;
+    environment.SSTab1 = tabs_;
+    environment.videoBlankChecked = [] { return false; };
+    const PositioningPages positioning = installPositioning(context_, environment, this);
+    positionReport_->registerLateRefresh();
+    if (positioning.movementMonitor != nullptr) {
+        panTilt_->MovementMonitorSlot->addWidget(positioning.movementMonitor);
+    }
+
+    QWidget* pages[kPageCount] = {panTilt_,
+                                  positioning.presets,
+                                  positioning.offsets,
+                                  positioning.tours,
+                                  camera_,
+                                  nullptr,
+                                  nullptr,
+                                  nullptr};
+    for (int i = 0; i < kPageCount; ++i) {
+        QWidget* page = pages[i] != nullptr ? pages[i] : placeholderPage(tabs_, kPageCaptions[i]);
+        tabs_->addTab(page, QString::fromLatin1(kPageCaptions[i]));
+    }
+
+    ConnectionView view;
+    view.window = this;
+    view.StartBut = startBut_;
+    view.Label2 = panTilt_->Label2;
+    view.SSTab1 = tabs_;
+    view.setTitle = [this](const QString& title) { setWindowTitle(title); };
+    view.showFirstPage = [this] { positionReport_->SSTab1_Click(pageIndex(Page::PanTilt)); };
+    connection_ = new ConnectionSequence(context_, *portSelection_, *port_, view, this);
+
+    onEvent(state_, startBut_, &QPushButton::clicked, this, "StartBut_Click",
+            [this] { connection_->StartBut_Click(); });
+    onEvent(state_, stopBut_, &QPushButton::clicked, this, "StopBut_Click",
+            [this] { connection_->StopBut_Click(); });
+    onEvent(state_, resetBut_, &QPushButton::clicked, this, "ResetBut_Click",
+            [this] { connection_->ResetBut_Click(); });
+    connect(exitBut_, &QPushButton::clicked, this, [this] { close(); });
+    onEvent(state_, reinitialize_, &QAction::triggered, this, "Reinitialize",
+            [this] { connection_->Reinitialize(); });
+    // The start button stays enabled: its picture is the link lamp, and a
+    // disabled button would grey it out. A click while connected does nothing.
+    connect(connection_, &ConnectionSequence::finished, this,
+            [this](bool online) { reinitialize_->setEnabled(online); });
+    positionReport_->watchPageChanges();
+}
+
+void VornixU::showLamp(LinkLamp lamp) {
+    switch (lamp) {
+        case LinkLamp::Good:
+            startBut_->setIcon(goodLinkPicture());
+            startBut_->setProperty("lamp", QStringLiteral("good"));
+            break;
+        case LinkLamp::Fault:
+            startBut_->setIcon(faultLinkPicture());
+            startBut_->setProperty("lamp", QStringLiteral("fault"));
+            break;
+        case LinkLamp::None:
+            startBut_->setIcon(idleLinkPicture());
+            startBut_->setProperty("lamp", QStringLiteral("none"));
+            break;
+    }
+}
+
+QString VornixU::Form_Load() {
+    state_.Online = false;
+    state_.ReplyReceived = false;
+    state_.LinkFault = false;
+    for (LedDisplay* led : {panTilt_->PanDesLED, panTilt_->TiltDesLED, panTilt_->PanPosLED,
+                            panTilt_->TiltPosLED, panTilt_->PDesLed, panTilt_->TDesLed}) {
+        led->setValue(0.0);
+    }
+    tabs_->setEnabled(false);
+    return portSelection_->load();
+}
+
+void VornixU::ExitBut_Click() {
+    guarded(state_, "ExitBut_Click", [this] { connection_->ExitBut_Click(); });
+}
+
+void VornixU::closeEvent(QCloseEvent* event) {
+    // Closing the window is the exit button: the unit is told to stop first.
+    if (!exiting_) {
+        exiting_ = true;
+        ExitBut_Click();
+    }
+    event->accept();
+    QMainWindow::closeEvent(event);
+}
+
+}  // namespace halvex

@@ -1,0 +1,95 @@
+#pragma once
+
+#include <QLabel>
+#include <QMainWindow>
+#include <QPushButton>
+#include <QTabWidget>
+
+#include "console/console_context.h"
+#include "console/messages.h"
+#include "connection/port_selection.h"
+#include "console/unit_status.h"
+#include "console/jog_state.h"
+#include "protocol/fault_guard.h"
+#include "protocol/form_state.h"
+#include "protocol/link.h"
+#include "protocol/receiver.h"
+#include "protocol/serial_port.h"
+
+namespace halvex {
+
+class DataWatch;
+class PanTiltPage;
+class CameraPage;
+class JogControl;
+class MotionCommands;
+class PositionReport;
+class ConnectionSequence;
+
+// The main window: owns the form state, the link and the pages, and wires
+// the features to them.
+class VornixU : public QMainWindow {
+    Q_OBJECT
+  public:
+    // `port` is the line to the unit; a real serial port when none is given.
+    // `presenter` shows the message boxes; real ones when none is given.
+    explicit VornixU(SerialPort* port = nullptr, Messages::Presenter presenter = {},
+                     QWidget* parent = nullptr);
+    ~VornixU() override;
+
+    FormState& state() { return state_; }
+    UnitStatus& status() { return status_; }
+    JogState& jogState() { return jog_; }
+    Link& link() { return link_; }
+    SerialPort& SerPort1() { return *port_; }
+    DataWatch& dataWatch() { return *dataWatch_; }
+    QTabWidget& SSTab1() { return *tabs_; }
+    PanTiltPage& panTiltPage() { return *panTilt_; }
+    ConnectionSequence& connection() { return *connection_; }
+    const Messages& messages() const { return messages_; }
+    ConsoleEvents& events() { return events_; }
+
+    // Form_Load: puts everything offline and reads the settings file. Returns
+    // the settings file's error sentence, empty when all was well.
+    QString Form_Load();
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+
+  private:
+    void buildMenus();
+    void buildCentralArea();
+    void installFeatures();
+    void showLamp(LinkLamp lamp);
+    void ExitBut_Click();
+
+    FormState state_;
+    UnitStatus status_;
+    JogState jog_;
+    PresetTable presets_;
+    ConsoleEvents events_;
+    ReadHandlers readHandlers_;
+    Messages messages_;
+    Link link_;
+    Receiver receiver_;
+    ConsoleContext context_;
+    SerialPort* port_;
+    PortSelection* portSelection_ = nullptr;
+    DataWatch* dataWatch_ = nullptr;
+    QTabWidget* tabs_ = nullptr;
+    PanTiltPage* panTilt_ = nullptr;
+    CameraPage* camera_ = nullptr;
+    QPushButton* startBut_ = nullptr;
+    QPushButton* stopBut_ = nullptr;
+    QPushButton* resetBut_ = nullptr;
+    QPushButton* exitBut_ = nullptr;
+    QAction* reinitialize_ = nullptr;
+    QLabel* label25_ = nullptr;
+    JogControl* jogControl_ = nullptr;
+    MotionCommands* motion_ = nullptr;
+    PositionReport* positionReport_ = nullptr;
+    ConnectionSequence* connection_ = nullptr;
+    bool exiting_ = false;
+};
+
+}  // namespace halvex
