@@ -19,6 +19,7 @@ class FakeRotator : public Rotator {
     // What every command answers instead, when set.
     std::optional<RotatorResult> forcedResult;
 
+    int positionRequests = 0;
     std::vector<AzEl> moves;
     int stops = 0;
     int parks = 0;
@@ -27,6 +28,7 @@ class FakeRotator : public Rotator {
     std::optional<AzEl> position() const override { return reported; }
 
     RotatorResult setPosition(double azimuth, double elevation) override {
+        ++positionRequests;
         if (forcedResult) {
             return *forcedResult;
         }
