@@ -27,8 +27,6 @@ RotctldSession::RotctldSession(QTcpSocket* socket, Rotator& rotator, QObject* pa
     connect(socket_, &QTcpSocket::readyRead, this, &RotctldSession::readLines);
     connect(socket_, &QTcpSocket::bytesWritten, this, &RotctldSession::readLines);
     connect(socket_, &QTcpSocket::disconnected, this, &RotctldSession::finish);
-    // Lines that came in with the connection, before these were connected.
-    QTimer::singleShot(0, this, &RotctldSession::readLines);
 }
 
 void RotctldSession::abort() {
@@ -58,6 +56,11 @@ void RotctldSession::readLines() {
         }
         pending_ += socket_->read(kReadChunk);
     }
+    // Out now rather than on the next turn of the event loop: a client that
+    // sends its request and then shuts its side (socat, nc -N) would see the
+    // socket closed first and get nothing. It may come back in through
+    // bytesWritten, which is why nothing follows it.
+    socket_->flush();
 }
 
 bool RotctldSession::answer(const QByteArray& line) {

@@ -1,6 +1,7 @@
 #include "network/rotctld_server.h"
 
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
 #include <QSignalSpy>
 #include <memory>
@@ -134,6 +135,16 @@ TEST_F(RotctldServerTest, DisconnectMidCommandIsCleanedUpAndNothingMoves) {
     auto after = connected();
     after->send("P 12 30\n");
     EXPECT_EQ(after->receive(QByteArray("RPRT 0\n")), "RPRT 0\n");
+}
+
+TEST_F(RotctldServerTest, ClientThatShutsItsSideGetsItsAnswers) {
+    // What socat and nc -N do once the request is sent.
+    auto client = connected();
+    client->send("p\n_\n");
+    ASSERT_EQ(::shutdown(static_cast<int>(client->socket().socketDescriptor()), SHUT_WR), 0);
+    EXPECT_TRUE(client->waitClosedByServer());
+    EXPECT_EQ(client->take(), kPosition + "Halvex test unit\n");
+    EXPECT_TRUE(clientsDropTo(0));
 }
 
 TEST_F(RotctldServerTest, QuitClosesTheConnection) {
