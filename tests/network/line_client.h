@@ -1,5 +1,7 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <QByteArray>
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -37,17 +39,20 @@ class LineClient {
         socket_.flush();
     }
 
-    // Everything received so far plus what arrives until `size` bytes are in.
-    QByteArray receive(qsizetype size) {
+    // Waits until as many bytes as `expected` has are in, and returns them.
+    QByteArray receive(const QByteArray& expected) {
         waitFor([&] {
             received_ += socket_.readAll();
-            return received_.size() >= size;
+            return received_.size() >= expected.size();
         });
         return take();
     }
 
-    // Waits until the text expected has come in whole, and returns what did.
-    QByteArray receive(const QByteArray& expected) { return receive(expected.size()); }
+    // Sends and expects the answer, whole and alone.
+    void exchange(const QByteArray& request, const QByteArray& answer) {
+        send(request);
+        EXPECT_EQ(receive(answer), answer) << "request " << request.toStdString();
+    }
 
     bool waitClosedByServer() {
         return waitFor([this] {

@@ -61,8 +61,8 @@ std::string describe(const RotctlRun& run) {
     return ("stdout:\n" + run.out + "\nstderr:\n" + run.err).toStdString();
 }
 
-TEST_F(RotctlClientTest, SetsReadsBackAndStops) {
-    const RotctlRun result = run({"P", "45", "10", "p", "S"});
+TEST_F(RotctlClientTest, SetsReadsBackStopsParksAndReadsInfo) {
+    const RotctlRun result = run({"P", "45", "10", "p", "S", "K", "_"});
     ASSERT_TRUE(result.finished) << describe(result);
     EXPECT_EQ(result.exitCode, 0) << describe(result);
 
@@ -70,18 +70,12 @@ TEST_F(RotctlClientTest, SetsReadsBackAndStops) {
     EXPECT_DOUBLE_EQ(rotator.moves[0].azimuth, 45.0);
     EXPECT_DOUBLE_EQ(rotator.moves[0].elevation, 10.0);
     EXPECT_EQ(rotator.stops, 1);
-    const QStringList position = result.out.split('\n', Qt::SkipEmptyParts);
-    ASSERT_EQ(position.size(), 2) << describe(result);
-    EXPECT_DOUBLE_EQ(position[0].toDouble(), 45.0);
-    EXPECT_DOUBLE_EQ(position[1].toDouble(), 10.0);
-}
-
-TEST_F(RotctlClientTest, ParksAndReadsInfo) {
-    const RotctlRun result = run({"K", "_"});
-    ASSERT_TRUE(result.finished) << describe(result);
-    EXPECT_EQ(result.exitCode, 0) << describe(result);
     EXPECT_EQ(rotator.parks, 1);
-    EXPECT_TRUE(result.out.contains("Halvex test unit")) << describe(result);
+    const QStringList lines = result.out.split('\n', Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 3) << describe(result);
+    EXPECT_DOUBLE_EQ(lines[0].toDouble(), 45.0);
+    EXPECT_DOUBLE_EQ(lines[1].toDouble(), 10.0);
+    EXPECT_EQ(lines[2], "Halvex test unit");
 }
 
 TEST_F(RotctlClientTest, RefusalsComeBackAsErrors) {
