@@ -3,7 +3,7 @@
 # missing. Safe to run again. Uses sudo when not run as root.
 set -euo pipefail
 
-packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libgtest-dev)
+packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libgtest-dev libhamlib-utils)
 if [[ "${1:-}" == "--with-display" ]]; then
     packages+=(xvfb)
 fi
