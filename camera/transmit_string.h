@@ -1,0 +1,39 @@
+#pragma once
+
+// The camera transmit string: the text of a camera's transmit box turned into
+// the bytes of the pass-through command (0x62), or the message that refuses it.
+
+#include <QString>
+#include <cstdint>
+#include <vector>
+
+namespace halvex {
+
+enum class TransmitMode { Ascii, Hex };
+
+inline constexpr std::uint8_t kCameraPassThrough = 0x62;
+inline constexpr int kMaxTransmitBytes = 80;
+
+struct TransmitString {
+    // TxBuffer bytes 0..n+1: the code 0x62, the length byte (bit 7 set for
+    // camera 2), the data and a carriage return when asked for. Its size is
+    // the count to hand to SendFrame. Empty when refused.
+    std::vector<std::uint8_t> command;
+    // The box's new text; empty when refused, as the box then keeps what the
+    // operator typed.
+    QString boxText;
+    // Set when refused: the message box's title and sentence.
+    QString messageTitle;
+    QString messageText;
+
+    bool refused() const { return !messageText.isEmpty(); }
+};
+
+// cameraIndex is 0 for camera 1 and 1 for camera 2. ASCII text is sent one
+// byte per character in Latin-1; a character outside Latin-1 is refused with
+// a message naming it. A carriage return is appended whenever appendCr is
+// set (the page keeps it cleared in hex mode).
+TransmitString buildTransmitString(const QString& boxText, TransmitMode mode, bool appendCr,
+                                   int cameraIndex);
+
+}  // namespace halvex

@@ -1,0 +1,228 @@
+// The help reader on real formatting: character runs, sizes, colours, fonts,
+// special characters, skipped destinations, paragraphs and the shipped files.
+
+#include "help/rtf_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTextBlock>
+#include <QTextDocument>
+#include <QTextFragment>
+
+namespace halvex {
+namespace {
+
+const QString kDataFolder = QStringLiteral(HALVEX_DATA_OUT);
+
+QString plainText(const QByteArray& rtf) {
+    QTextDocument document;
+    EXPECT_TRUE(readRtf(rtf, document));
+    return document.toPlainText();
+}
+
+// The character format of the run that holds `text`.
+QTextCharFormat formatOf(const QTextDocument& document, const QString& text) {
+    for (QTextBlock block = document.begin(); block.isValid(); block = block.next()) {
+        for (auto it = block.begin(); !it.atEnd(); ++it) {
+            if (it.fragment().text().contains(text)) {
+                return it.fragment().charFormat();
+            }
+        }
+    }
+    ADD_FAILURE() << "no run holds " << text.toStdString();
+    return {};
+}
+
+TEST(RtfReader, RefusesWhatIsNotRtfAndLeavesTheDocumentAlone) {
+    for (const QByteArray& bytes :
+         {QByteArray(), QByteArray("hello"), QByteArray(" {\\rtf1 x}"), QByteArray("{\\rt"),
+          QByteArray("{\\RTF1 x}"), QByteArray("\xEF\xBB\xBF{\\rtf1 x}")}) {
+        QTextDocument document;
+        document.setPlainText("before");
+        EXPECT_FALSE(readRtf(bytes, document)) << bytes.toStdString();
+        EXPECT_EQ(document.toPlainText(), "before");
+    }
+}
+
+TEST(RtfReader, CharacterRunsKeepTheirFormatsAndGroupsRestoreThem) {
+    QTextDocument document;
+    ASSERT_TRUE(
+        readRtf("{\\rtf1 plain {\\b bold {\\i both} back}\\i  italic\\i0  "
+                "\\ul under\\ulnone  \\strike gone\\strike0  \\b1 yes\\b0  end}",
+                document));
+    EXPECT_EQ(document.toPlainText(), "plain bold both back italic under gone yes end");
+    const struct {
+        const char* run;
+        bool bold, italic, underline, strike;
+    } cases[] = {
+        {"plain", false, false, false, false}, {"bold", true, false, false, false},
+        {"both", true, true, false, false},    {"back", true, false, false, false},
+        {"italic", false, true, false, false}, {"under", false, false, true, false},
+        {"gone", false, false, false, true},   {"yes", true, false, false, false},
+        {"end", false, false, false, false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.run);
+        const QTextCharFormat format = formatOf(document, c.run);
+        EXPECT_EQ(format.fontWeight() == QFont::Bold, c.bold);
+        EXPECT_EQ(format.fontItalic(), c.italic);
+        EXPECT_EQ(format.fontUnderline(), c.underline);
+        EXPECT_EQ(format.fontStrikeOut(), c.strike);
+    }
+}
+
+TEST(RtfReader, FontTableColourTableAndSizes) {
+    QTextDocument document;
+    ASSERT_TRUE(
+        readRtf("{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0\\fswiss Arial;}{\\f1\\fmodern{\\*\\panose 02}"
+                "Courier New;}}{\\colortbl;\\red200\\green10\\blue20;\\red0\\green0\\blue255;}"
+                "normal \\fs40 large\\fs20  small {\\f1 mono} {\\cf1 red}{\\cf2 blue}\\cf0  auto"
+                "\\plain  reset}",
+                document));
+    EXPECT_EQ(document.toPlainText(), "normal large small mono redblue auto reset");
+    EXPECT_EQ(formatOf(document, "normal").fontPointSize(), 12.0) << "RTF's default is 12 pt";
+    EXPECT_EQ(formatOf(document, "large").fontPointSize(), 20.0);
+    EXPECT_EQ(formatOf(document, "small").fontPointSize(), 10.0);
+    EXPECT_EQ(formatOf(document, "normal").fontFamilies().toStringList(), QStringList{"Arial"});
+    EXPECT_EQ(formatOf(document, "mono").fontFamilies().toStringList(), QStringList{"Courier New"});
+    EXPECT_TRUE(formatOf(document, "mono").fontFixedPitch());
+    EXPECT_EQ(formatOf(document, "red").foreground().color(), QColor(200, 10, 20));
+    EXPECT_EQ(formatOf(document, "blue").foreground().color(), QColor(0, 0, 255));
+    EXPECT_FALSE(formatOf(document, "auto").hasProperty(QTextFormat::ForegroundBrush));
+    EXPECT_EQ(formatOf(document, "reset").fontPointSize(), 12.0);
+}
+
+TEST(RtfReader, SpecialCharacters) {
+    const struct {
+        const char* what;
+        QByteArray rtf;
+        QString text;
+    } cases[] = {
+        {"hex byte in Latin-1", "{\\rtf1 caf\\'e9}", "caf\u00E9"},
+        {"hex byte in Windows-1252", "{\\rtf1 \\'80\\'93}", "\u20AC\u201C"},
+        {"raw high byte", "{\\rtf1 caf\xE9}", "caf\u00E9"},
+        {"unicode with its fallback skipped", "{\\rtf1 \\u8364?5}",
+         "\u20AC"
+         "5"},
+        {"two fallback characters", "{\\rtf1\\uc2 \\u8364\\'80\\'80x}", "\u20ACx"},
+        {"no fallback", "{\\rtf1\\uc0 \\u8364 x}", "\u20ACx"},
+        {"negative values are above U+7FFF", "{\\rtf1 \\u-3998?}", "\uF062"},
+        {"surrogate pair", "{\\rtf1 \\u-10179?\\u-8704?}", "\U0001F600"},
+        {"uc is kept per group", "{\\rtf1 {\\uc2 a}\\u8364?b}", "a\u20ACb"},
+        {"escaped specials", "{\\rtf1 \\\\ \\{ \\}}", "\\ { }"},
+        {"symbol words", "{\\rtf1 \\bullet\\endash\\emdash\\lquote\\rquote\\ldblquote\\rdblquote}",
+         "\u2022\u2013\u2014\u2018\u2019\u201C\u201D"},
+        {"non-breaking space", "{\\rtf1 a\\~b}", "a\u00A0b"},
+        {"tab and line break", "{\\rtf1 a\\tab b\\line c}", "a\tb\u2028c"},
+        {"raw line ends are not text", "{\\rtf1 a\r\nb}", "ab"},
+        {"the space after a word is its end", "{\\rtf1 \\b  two}", " two"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        QTextDocument document;
+        ASSERT_TRUE(readRtf(c.rtf, document));
+        // toRawText keeps the line separator that toPlainText turns into \n.
+        EXPECT_EQ(document.toRawText(), c.text);
+    }
+}
+
+TEST(RtfReader, SkippedDestinationsLeaveNoText) {
+    const QByteArray rtf =
+        "{\\rtf1{\\*\\generator Writer 1.0;}{\\info{\\title Secret}{\\author Me}}"
+        "{\\stylesheet{\\s1 Heading 1;}}{\\*\\unknownthing hidden}"
+        "A{\\pict\\pngblip 89504e47}B{\\pict\\bin4 }{}}}C"
+        "{\\field{\\*\\fldinst HYPERLINK x}{\\fldrslt D}}{\\header page}E"
+        "{\\object{\\objdata 0102}}F}";
+    EXPECT_EQ(plainText(rtf), "ABCDEF");
+}
+
+TEST(RtfReader, ParagraphsAndTheirFormats) {
+    QTextDocument document;
+    ASSERT_TRUE(
+        readRtf("{\\rtf1\\pard\\qc Title\\par\\pard\\li720\\fi-360\\sa120 Item\\par"
+                "\\pard Body\\par}",
+                document));
+    ASSERT_GE(document.blockCount(), 3);
+    const QTextBlock title = document.begin();
+    const QTextBlock item = title.next();
+    const QTextBlock body = item.next();
+    EXPECT_EQ(title.text(), "Title");
+    EXPECT_EQ(title.blockFormat().alignment() & Qt::AlignHorizontal_Mask, Qt::AlignHCenter);
+    EXPECT_EQ(item.text(), "Item");
+    EXPECT_EQ(item.blockFormat().leftMargin(), 48.0);
+    EXPECT_EQ(item.blockFormat().textIndent(), -24.0);
+    EXPECT_EQ(item.blockFormat().bottomMargin(), 8.0);
+    EXPECT_EQ(body.text(), "Body");
+    EXPECT_EQ(body.blockFormat().leftMargin(), 0.0);
+}
+
+TEST(RtfReader, DeepNestingAndUnbalancedBracesAreHarmless) {
+    const QByteArray deep =
+        "{\\rtf1 " + QByteArray(100000, '{') + "\\b deep" + QByteArray(100000, '}') + " after}";
+    EXPECT_EQ(plainText(deep), "deep after");
+
+    EXPECT_EQ(plainText("{\\rtf1 open {\\b never closed"), "open never closed");
+    EXPECT_EQ(plainText("{\\rtf1 done} ignored {more}"), "done");
+    EXPECT_EQ(plainText("{\\rtf1 cut at \\"), "cut at ");
+    EXPECT_EQ(plainText("{\\rtf1 half \\'e"), "half ");
+    EXPECT_EQ(plainText("{\\rtf1 \\fs99999999999999999999 big \\u99999999999? x}"), "big  x");
+}
+
+TEST(RtfReader, FilesThatCannotBeShownReportWhyAndLeaveTheDocumentAlone) {
+    QTemporaryDir dir;
+    ASSERT_TRUE(dir.isValid());
+    QFile text(dir.filePath("Plain.RTF"));
+    ASSERT_TRUE(text.open(QIODevice::WriteOnly));
+    text.write("just text");
+    text.close();
+
+    QTextDocument document;
+    document.setPlainText("before");
+    for (const QString& name : {QStringLiteral("Missing.RTF"), QStringLiteral("Plain.RTF")}) {
+        QString error;
+        EXPECT_FALSE(loadRtfFile(dir.filePath(name), document, &error));
+        EXPECT_TRUE(error.contains(name)) << error.toStdString();
+        EXPECT_EQ(document.toPlainText(), "before");
+    }
+}
+
+TEST(ShippedHelp, BothFilesLoadAndLookLikeHelp) {
+    const struct {
+        const char* file;
+        QStringList phrases;
+    } cases[] = {
+        {"Camera Help.RTF",
+         {"Camera Control And Configuration", "Camera control lists", "Writing a list",
+          "\"Zoom Tele\",H,\"81 01 04 07 02 FF\"", "80 bytes", "Response time-out",
+          "zoom and focus boxes", "\u20AC"}},
+        {"Tour Help.RTF",
+         {"Tour Setup", "Building a tour", "Editing a tour", "Running a tour", "Tour Count",
+          "63 steps"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.file);
+        QTextDocument document;
+        QString error;
+        ASSERT_TRUE(loadRtfFile(QDir(kDataFolder).filePath(c.file), document, &error))
+            << error.toStdString();
+        const QString text = document.toPlainText();
+        for (const QString& phrase : c.phrases) {
+            EXPECT_TRUE(text.contains(phrase)) << phrase.toStdString();
+        }
+        for (const char* leak : {"\\", "{", "}", "Arial", "fonttbl", "Halvex console help"}) {
+            EXPECT_FALSE(text.contains(leak)) << "markup shows: " << leak;
+        }
+        EXPECT_GT(document.blockCount(), 20);
+        EXPECT_EQ(formatOf(document, c.file == QStringLiteral("Tour Help.RTF")
+                                         ? "Tour Setup"
+                                         : "Camera Control And Configuration")
+                      .fontPointSize(),
+                  18.0);
+    }
+}
+
+}  // namespace
+}  // namespace halvex
