@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "connection/connection_sequence.h"
+#include "console/data_folder.h"
 #include "sim/pty_unit.h"
 #include "ui/messages.h"
 #include "ui/vornixu.h"
@@ -139,6 +140,7 @@ int main(int argc, char* argv[]) {
     if (!commandLine.read(QApplication::arguments())) {
         return 2;
     }
+    std::fprintf(stderr, "halvex: data files in %s\n", qPrintable(halvex::dataFolder()));
 
     std::unique_ptr<halvex::sim::PtyUnit> virtualUnit;
     if (commandLine.simulate()) {
