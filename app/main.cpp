@@ -132,6 +132,7 @@ class CommandLine {
 int main(int argc, char* argv[]) {
     QApplication::setApplicationName(QStringLiteral("halvex"));
     QApplication::setApplicationVersion(QStringLiteral(HALVEX_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral(HALVEX_APP_ID));
     CommandLine commandLine;
     if (const auto status = commandLine.answerAtOnce(argc, argv)) {
         return *status;
