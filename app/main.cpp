@@ -6,8 +6,10 @@
 #include <cstdio>
 #include <ctime>
 #include <memory>
+#include <optional>
 
 #include "connection/connection_sequence.h"
+#include "console/data_folder.h"
 #include "console/messages.h"
 #include "sim/pty_unit.h"
 #include "window/vornixu.h"
@@ -56,29 +58,93 @@ void reportConnection(halvex::VornixU& window) {
                 static_cast<long long>(start->wall.elapsed()), cpuMs);
         });
 }
+
+// The console's options. The command line is read twice: once before the
+// window system is touched, so that --help and --version work with no display,
+// and once after QApplication has taken out Qt's own options (-platform,
+// -style, ...), when anything left over that we do not know is an error.
+class CommandLine {
+  public:
+    CommandLine() {
+        parser_.setApplicationDescription(
+            QStringLiteral("Operator console for Halvex pan & tilt units.\n"
+                           "COMn is the device in $HALVEX_COM<n>, else /dev/ttyS<n-1>."));
+        parser_.addOption(help_);
+        parser_.addOption(version_);
+        parser_.addOption(simulate_);
+        parser_.addOption(connect_);
+    }
+
+    // Answers --help or --version before the window system starts; the exit
+    // status when it did.
+    std::optional<int> answerAtOnce(int& argc, char* argv[]) {
+        QStringList arguments;
+        for (int i = 0; i < argc; ++i) {
+            arguments << QString::fromLocal8Bit(argv[i]);
+        }
+        parser_.parse(arguments);
+        if (parser_.isSet(help_)) {
+            // The usage line names the program from QCoreApplication::arguments().
+            const QCoreApplication core(argc, argv);
+            std::fputs(qPrintable(parser_.helpText()), stdout);
+            return 0;
+        }
+        if (parser_.isSet(version_)) {
+            std::printf("halvex %s\n", HALVEX_VERSION);
+            return 0;
+        }
+        return std::nullopt;
+    }
+
+    // The full check, on what QApplication left; false after saying what is wrong.
+    bool read(const QStringList& arguments) {
+        QString error;
+        if (!parser_.parse(arguments)) {
+            error = parser_.errorText();
+        } else if (!parser_.positionalArguments().isEmpty()) {
+            error = QStringLiteral("Unexpected argument '%1'.")
+                        .arg(parser_.positionalArguments().constFirst());
+        }
+        if (error.isEmpty()) {
+            return true;
+        }
+        std::fprintf(stderr, "halvex: %s\nTry 'halvex --help' for the options.\n",
+                     qPrintable(error));
+        return false;
+    }
+
+    bool simulate() const { return parser_.isSet(simulate_); }
+    bool connectAtStart() const { return parser_.isSet(connect_); }
+
+  private:
+    QCommandLineParser parser_;
+    const QCommandLineOption help_{{QStringLiteral("h"), QStringLiteral("help")},
+                                   QStringLiteral("Show this text and exit.")};
+    const QCommandLineOption version_{QStringLiteral("version"),
+                                      QStringLiteral("Show the version and exit.")};
+    const QCommandLineOption simulate_{
+        QStringLiteral("simulate"), QStringLiteral("Run a virtual unit in this process on COM1.")};
+    const QCommandLineOption connect_{QStringLiteral("connect"),
+                                      QStringLiteral("Press Start as soon as the window is up.")};
+};
 }  // namespace
 
 int main(int argc, char* argv[]) {
-    QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("halvex"));
-    QApplication::setApplicationVersion(QStringLiteral("2.0"));
-
-    QCommandLineParser parser;
-    parser.setApplicationDescription(
-        QStringLiteral("Operator console for Halvex pan & tilt units.\n"
-                       "COMn is the device in $HALVEX_COM<n>, else /dev/ttyS<n-1>."));
-    parser.addHelpOption();
-    parser.addVersionOption();
-    const QCommandLineOption simulate(
-        QStringLiteral("simulate"), QStringLiteral("Run a virtual unit in this process on COM1."));
-    const QCommandLineOption connectAtStart(
-        QStringLiteral("connect"), QStringLiteral("Press Start as soon as the window is up."));
-    parser.addOption(simulate);
-    parser.addOption(connectAtStart);
-    parser.process(app);
+    QApplication::setApplicationVersion(QStringLiteral(HALVEX_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral(HALVEX_APP_ID));
+    CommandLine commandLine;
+    if (const auto status = commandLine.answerAtOnce(argc, argv)) {
+        return *status;
+    }
+    QApplication app(argc, argv);
+    if (!commandLine.read(QApplication::arguments())) {
+        return 2;
+    }
+    std::fprintf(stderr, "halvex: data files in %s\n", qPrintable(halvex::dataFolder()));
 
     std::unique_ptr<halvex::sim::PtyUnit> virtualUnit;
-    if (parser.isSet(simulate)) {
+    if (commandLine.simulate()) {
         virtualUnit = startVirtualUnit();
         if (!virtualUnit) {
             return 1;
@@ -92,7 +158,7 @@ int main(int argc, char* argv[]) {
         window.messages().exclamation(QStringLiteral("Settings File"), settingsError);
     }
     reportConnection(window);
-    if (parser.isSet(connectAtStart)) {
+    if (commandLine.connectAtStart()) {
         QTimer::singleShot(0, &window, [&window] {
             if (auto* start = window.findChild<QPushButton*>(QStringLiteral("StartBut"))) {
                 start->click();

@@ -1,12 +1,21 @@
 #!/usr/bin/env bash
 # Installs what building and testing the console needs on Debian 12, if it is
 # missing. Safe to run again. Uses sudo when not run as root.
+#   --with-display    also a virtual X server (xvfb)
+#   --with-packaging  also what building and checking the .deb needs
 set -euo pipefail
 
 packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libgtest-dev libhamlib-utils)
-if [[ "${1:-}" == "--with-display" ]]; then
-    packages+=(xvfb)
-fi
+for flag in "$@"; do
+    case "$flag" in
+        --with-display) packages+=(xvfb) ;;
+        --with-packaging) packages+=(dpkg-dev desktop-file-utils appstream libglib2.0-bin) ;;
+        *)
+            echo "setup.sh: unknown option $flag (known: --with-display, --with-packaging)" >&2
+            exit 2
+            ;;
+    esac
+done
 
 missing=()
 for package in "${packages[@]}"; do

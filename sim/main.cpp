@@ -81,6 +81,10 @@ int main(int argc, char** argv) {
         std::fputs(halvex::sim::simUsage().c_str(), stdout);
         return 0;
     }
+    if (line.version) {
+        std::printf("halvex-sim %s\n", HALVEX_VERSION);
+        return 0;
+    }
 
     halvex::sim::PtyUnit unit(line.options);
     QString error;

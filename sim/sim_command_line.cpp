@@ -1,7 +1,10 @@
 #include "sim/sim_command_line.h"
 
+#include <algorithm>
+#include <array>
 #include <charconv>
 #include <optional>
+#include <string_view>
 
 namespace halvex::sim {
 
@@ -44,6 +47,13 @@ std::optional<Fault> faultNamed(const std::string& name) {
     return std::nullopt;
 }
 
+bool takesValue(const std::string& option) {
+    static const std::array<std::string_view, 10> valued = {
+        "--id",    "--variant", "--state", "--link",         "--pace",
+        "--noise", "--corrupt", "--drop",  "--silent-after", "--fault"};
+    return std::find(valued.begin(), valued.end(), option) != valued.end();
+}
+
 }  // namespace
 
 std::variant<SimCommandLine, std::string> parseSimCommandLine(
@@ -59,9 +69,16 @@ std::variant<SimCommandLine, std::string> parseSimCommandLine(
             line.verbose = true;
             continue;
         }
-        if (i + 1 >= args.size()) {
-            return option.rfind("-", 0) == 0 ? option + " needs a value"
+        if (option == "--version") {
+            line.version = true;
+            continue;
+        }
+        if (!takesValue(option)) {
+            return option.rfind("-", 0) == 0 ? "unknown option " + option
                                              : "unexpected argument " + option;
+        }
+        if (i + 1 >= args.size()) {
+            return option + " needs a value";
         }
         const std::string& value = args[++i];
         const auto bad = [&option, &value] { return "bad value for " + option + ": " + value; };
@@ -108,8 +125,6 @@ std::variant<SimCommandLine, std::string> parseSimCommandLine(
                 return bad();
             }
             line.options.faults.push_back(*fault);
-        } else {
-            return "unknown option " + option;
         }
     }
     return line;
@@ -134,7 +149,8 @@ std::string simUsage() {
            "                     pan-timeout, tilt-timeout, pan-dir or tilt-dir\n"
            "                     (may be given more than once)\n"
            "  -v, --verbose      log every frame in and out, in hex, on stderr\n"
-           "  -h, --help         show this text\n";
+           "  -h, --help         show this text\n"
+           "      --version      show the version\n";
 }
 
 }  // namespace halvex::sim

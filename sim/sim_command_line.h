@@ -15,6 +15,7 @@ struct SimCommandLine {
     std::string link;  // symbolic link to the device, when asked for
     bool verbose = false;
     bool help = false;
+    bool version = false;
 };
 
 // The parsed options, or a message saying what is wrong.

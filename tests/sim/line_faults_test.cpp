@@ -82,10 +82,16 @@ TEST(SimCommandLine, ParsesEveryOptionAndRejectsBadValues) {
                                                                  {"--fault", "pan"},
                                                                  {"--pace"},
                                                                  {"--bogus", "1"},
+                                                                 {"--bogus"},
+                                                                 {"stray"},
                                                                  {"--id", "7x"}}) {
         EXPECT_TRUE(std::holds_alternative<std::string>(parseSimCommandLine(bad))) << bad[0];
     }
     EXPECT_TRUE(std::get<SimCommandLine>(parseSimCommandLine({"--help"})).help);
+    EXPECT_TRUE(std::get<SimCommandLine>(parseSimCommandLine({"--version"})).version);
+    // An unknown option is named as such, even as the last word.
+    EXPECT_EQ(std::get<std::string>(parseSimCommandLine({"--bogus"})), "unknown option --bogus");
+    EXPECT_EQ(std::get<std::string>(parseSimCommandLine({"--id"})), "--id needs a value");
 }
 
 TEST(ArmedFaults, LatchEachTimeTheAxisIsDriven) {

@@ -1,0 +1,123 @@
+#!/usr/bin/env bash
+# Builds the .deb with scripts/package.sh, installs it on this machine and
+# checks the installed copy: both programs' --version and their answer to an
+# unknown option, the package's dependencies, the desktop entry (validated,
+# and launched the way a menu launches it), the metainfo, where the console
+# finds its data files, and that it comes online against its built-in virtual
+# unit. Needs root or sudo. Removes the package at the end unless --keep is
+# given. Extra arguments go to CMake, through scripts/package.sh.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+keep=false
+if [[ "${1:-}" == "--keep" ]]; then
+    keep=true
+    shift
+fi
+as_root=()
+if [[ $(id -u) -ne 0 ]]; then
+    as_root=(sudo)
+fi
+
+failures=0
+fail() {
+    echo "FAIL: $*" >&2
+    failures=$((failures + 1))
+}
+pass() {
+    echo "ok: $*"
+}
+
+scripts/setup.sh --with-packaging
+deb=$(scripts/package.sh "$@")
+echo "== checking $deb =="
+version=$(dpkg-deb -f "$deb" Version)
+app_id=io.halvex.Console
+work=$(mktemp -d)
+cleanup() {
+    rm -rf "$work"
+    if ! $keep; then
+        "${as_root[@]}" dpkg -r halvex >/dev/null || true
+    fi
+}
+trap cleanup EXIT
+
+depends=$(dpkg-deb -f "$deb" Depends)
+for library in libqt6core6 libqt6gui6 libqt6widgets6 libqt6serialport6 libqt6network6; do
+    [[ ",$depends," == *[\ ,]"$library"[\ ,]* ]] || fail "Depends lacks $library: $depends"
+done
+[[ "$depends" != *-dev* ]] || fail "Depends names a development package: $depends"
+
+if ! "${as_root[@]}" dpkg -i "$deb"; then
+    echo "== installing the missing runtime packages ==" >&2
+    "${as_root[@]}" apt-get update
+    DEBIAN_FRONTEND=noninteractive "${as_root[@]}" apt-get install -y -f --no-install-recommends
+fi
+[[ -x /usr/bin/halvex && -x /usr/bin/halvex-sim ]] || fail "programs not in /usr/bin"
+
+# --version needs no display; an unknown option exits 2 with a message.
+for program in halvex halvex-sim; do
+    answer=$(env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM "/usr/bin/$program" --version) ||
+        fail "$program --version failed"
+    [[ "$answer" == "$program $version" ]] || fail "$program --version says '$answer'"
+    status=0
+    QT_QPA_PLATFORM=offscreen "/usr/bin/$program" --no-such-option >/dev/null 2>"$work/err" ||
+        status=$?
+    [[ $status -eq 2 ]] || fail "$program --no-such-option exits $status, not 2"
+    grep -q "no-such-option" "$work/err" || fail "$program does not name the unknown option"
+done
+pass "--version and unknown options"
+
+share=/usr/share
+desktop_file=$share/applications/$app_id.desktop
+metainfo=$share/metainfo/$app_id.metainfo.xml
+[[ -f $share/icons/hicolor/scalable/apps/$app_id.svg ]] || fail "no icon"
+[[ -d $share/halvex ]] || fail "no $share/halvex"
+desktop-file-validate "$desktop_file" || fail "desktop-file-validate $desktop_file"
+appstreamcli validate --no-net "$metainfo" || fail "appstreamcli validate $metainfo"
+release=$(grep -o -m1 '<release version="[^"]*"' "$metainfo" | cut -d'"' -f2)
+[[ "$release" == "$version" ]] || fail "newest release in the metainfo is $release, not $version"
+pass "desktop entry, icon and metainfo"
+
+# Launched as a menu launches it, the console runs in its settings folder,
+# made when missing. A stand-in earlier on PATH records where it started.
+mkdir -p "$work/bin" "$work/home"
+cat >"$work/bin/halvex" <<EOF
+#!/bin/sh
+pwd >"$work/started-in"
+EOF
+chmod +x "$work/bin/halvex"
+env -u XDG_CONFIG_HOME HOME="$work/home" PATH="$work/bin:$PATH" gio launch "$desktop_file" ||
+    fail "gio launch $desktop_file"
+for ((i = 0; i < 50; i++)); do
+    [[ -s "$work/started-in" ]] && break
+    sleep 0.1
+done
+started_in=$(cat "$work/started-in" 2>/dev/null || true)
+[[ "$started_in" == "$work/home/.config/halvex" ]] ||
+    fail "menu entry started the console in '$started_in'"
+pass "menu entry starts in ~/.config/halvex"
+
+# The installed console, offscreen, with its own virtual unit, until online.
+(cd "$work" && QT_QPA_PLATFORM=offscreen exec timeout 30 /usr/bin/halvex --simulate --connect) \
+    2>"$work/console.log" &
+console=$!
+for ((i = 0; i < 300; i++)); do
+    if grep -q "halvex: online after" "$work/console.log" || ! kill -0 "$console" 2>/dev/null; then
+        break
+    fi
+    sleep 0.1
+done
+kill "$console" 2>/dev/null || true
+wait "$console" || true
+grep "^halvex: " "$work/console.log" || true
+grep -q "^halvex: data files in $share/halvex\$" "$work/console.log" ||
+    fail "the console does not report its data files in $share/halvex"
+grep -q "^halvex: online after" "$work/console.log" || fail "the console did not come online"
+pass "installed console online"
+
+if ((failures > 0)); then
+    echo "package-check: $failures check(s) failed" >&2
+    exit 1
+fi
+echo "package-check: all checks passed for $deb"

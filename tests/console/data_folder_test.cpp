@@ -1,0 +1,60 @@
+#include "console/data_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+using namespace halvex;
+
+namespace {
+
+struct Layout {
+    const char* what;
+    QStringList files;    // relative to the top of the tree; the program is in bin/
+    QStringList folders;  // likewise
+    QString expected;     // the folder dataFolderFor("bin") should name
+};
+
+}  // namespace
+
+TEST(DataFolder, PrefersDataBesideTheProgramThenTheInstalledShareFolder) {
+    const std::vector<Layout> layouts = {
+        {"installed copy", {"bin/halvex", "share/halvex/PTZ.CCL"}, {}, "share/halvex"},
+        {"installed, no data files yet", {"bin/halvex"}, {"share/halvex"}, "share/halvex"},
+        {"help beside the program wins", {"bin/HELP.RTF"}, {"share/halvex"}, "bin"},
+        {"control list beside the program wins", {"bin/PTZ.CCL"}, {"share/halvex"}, "bin"},
+        {"names in lower case count", {"bin/pelco.ccl"}, {"share/halvex"}, "bin"},
+        {"other files do not count",
+         {"bin/HALVEX.BIN", "bin/notes.txt"},
+         {"share/halvex"},
+         "share/halvex"},
+        {"a folder named like a help file does not count",
+         {},
+         {"bin/OLD.RTF", "share/halvex"},
+         "share/halvex"},
+        {"nothing anywhere", {}, {"bin"}, "bin"},
+        {"share/halvex that is a file", {"share/halvex"}, {"bin"}, "bin"},
+    };
+    for (const auto& layout : layouts) {
+        QTemporaryDir top;
+        ASSERT_TRUE(top.isValid());
+        const QDir root(top.path());
+        for (const auto& folder : layout.folders) {
+            ASSERT_TRUE(root.mkpath(folder)) << layout.what;
+        }
+        for (const auto& file : layout.files) {
+            ASSERT_TRUE(root.mkpath(QFileInfo(file).path())) << layout.what;
+            QFile out(root.filePath(file));
+            ASSERT_TRUE(out.open(QIODevice::WriteOnly)) << layout.what;
+            out.write("x");
+        }
+        const std::string expected = root.filePath(layout.expected).toStdString();
+        EXPECT_EQ(dataFolderFor(root.filePath(QStringLiteral("bin"))).toStdString(), expected)
+            << layout.what;
+        // The printed folder is a plain path, with no "bin/.." in it.
+        EXPECT_EQ(dataFolderFor(root.filePath(QStringLiteral("bin/."))).toStdString(), expected)
+            << layout.what;
+    }
+}
