@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace halvex {
 namespace {
 
@@ -23,8 +25,11 @@ const QString kTooLongWithCr =
     QStringLiteral("With The Added CR The Transmit String Is Greater Than 80 Bytes.");
 
 Bytes withHeader(std::uint8_t lengthByte, const Bytes& data) {
-    Bytes command{kCameraPassThrough, lengthByte};
-    command.insert(command.end(), data.begin(), data.end());
+    // Sized first: GCC 12 at -O2 misreads an insert after a two-byte list.
+    Bytes command(2 + data.size());
+    command[0] = kCameraPassThrough;
+    command[1] = lengthByte;
+    std::copy(data.begin(), data.end(), command.begin() + 2);
     return command;
 }
 
