@@ -26,7 +26,6 @@ class MovementMonitor : public QObject {
     void MoveMonBut_Click();
     void MoveClearBut_Click();
 
-    bool MonitorOn() const { return monitorOn_; }
 
   private:
     void logMove();

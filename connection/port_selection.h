@@ -38,8 +38,6 @@ class PortSelection : public QObject {
     // prefix + " Using COM1 At 9600" + suffix
     QString title(const QString& suffix) const;
 
-    QAction* comAction(int index) const { return MenuCOM.at(static_cast<std::size_t>(index)); }
-    QAction* speedAction(int index) const { return MenuBPS.at(static_cast<std::size_t>(index)); }
 
     // Speed and character-format texts of a camera port, by index.
     static const QStringList BaudTextTable;

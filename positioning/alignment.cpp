@@ -159,10 +159,10 @@ void Alignment::SetCenBut_Click() {
 
 void Alignment::decodeOffsets() {
     const ByteTable& rx = context_.state.RxBuffer;
-    panAngleOffset_ = static_cast<float>(getPosition(rx, 1)) / 100.0f;
-    tiltAngleOffset_ = static_cast<float>(getPosition(rx, 4)) / 100.0f;
-    page_.PanCorLED->setValue(panAngleOffset_);
-    page_.TiltCorLED->setValue(tiltAngleOffset_);
+    const float panAngleOffset = static_cast<float>(getPosition(rx, 1)) / 100.0f;
+    const float tiltAngleOffset = static_cast<float>(getPosition(rx, 4)) / 100.0f;
+    page_.PanCorLED->setValue(panAngleOffset);
+    page_.TiltCorLED->setValue(tiltAngleOffset);
 }
 
 void Alignment::decodeCenter() {

@@ -41,8 +41,6 @@ class Alignment : public QObject {
 
     void registerDecoders();
 
-    float PanAngleOffset() const { return panAngleOffset_; }
-    float TiltAngleOffset() const { return tiltAngleOffset_; }
 
     void SetCorBut_Click();
     void AlignCorBut_Click();
@@ -64,8 +62,6 @@ class Alignment : public QObject {
     ConsoleContext& context_;
     OffsetsPage& page_;
     Surroundings surroundings_;
-    float panAngleOffset_ = 0.0f;
-    float tiltAngleOffset_ = 0.0f;
 };
 
 }  // namespace halvex

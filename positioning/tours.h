@@ -35,8 +35,6 @@ class Tours : public QObject {
     void registerDecoders();
 
     int SelectedTour() const { return selectedTour_; }
-    int TourStepCount() const { return tourStepCount_; }
-    bool TourExecuting() const { return tourExecuting_; }
 
     // Reloads tour i: its captions, its step count, then each step.
     void TourSel_Click(int index);

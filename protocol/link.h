@@ -91,7 +91,6 @@ class Link : public QObject {
 
     // Frames written since the program started, jog messages included.
     quint64 framesSent() const { return framesSent_; }
-    int framesQueued() const { return static_cast<int>(queue_.size()); }
 
     QTimer& Timer1() { return timer1_; }
     QTimer& Timer2() { return timer2_; }

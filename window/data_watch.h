@@ -19,7 +19,6 @@ class DataWatch : public QWidget {
 
     explicit DataWatch(QWidget* parent = nullptr);
 
-    int watchIndex() const { return WatchIndex; }
     int watchCode() const { return WatchCode; }
 
   public slots:

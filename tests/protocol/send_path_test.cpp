@@ -82,5 +82,4 @@ TEST(SendPath, FramesStillWaitingWhenThePortClosesAreReportedNotLost) {
     EXPECT_TRUE(rig.unit.frames().empty());
     // Once closed, a send returns at once.
     EXPECT_FALSE(wentOut(sendMessage(rig.state, rig.link, {0x36})));
-    EXPECT_EQ(rig.link.framesQueued(), 0);
 }
