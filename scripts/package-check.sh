@@ -20,11 +20,13 @@ if [[ $(id -u) -ne 0 ]]; then
 fi
 
 failures=0
+passes=0
 fail() {
     echo "FAIL: $*" >&2
     failures=$((failures + 1))
 }
 pass() {
+    passes=$((passes + 1))
     echo "ok: $*"
 }
 
@@ -116,8 +118,8 @@ grep -q "^halvex: data files in $share/halvex\$" "$work/console.log" ||
 grep -q "^halvex: online after" "$work/console.log" || fail "the console did not come online"
 pass "installed console online"
 
+echo "package-check: $deb"
+echo "package: $passes passed, $failures failed"
 if ((failures > 0)); then
-    echo "package-check: $failures check(s) failed" >&2
     exit 1
 fi
-echo "package-check: all checks passed for $deb"
