@@ -11,7 +11,9 @@
 #include "connection/connection_sequence.h"
 #include "console/data_folder.h"
 #include "console/messages.h"
+#include "network/rotctld_server.h"
 #include "sim/pty_unit.h"
+#include "window/network_control.h"
 #include "window/vornixu.h"
 
 namespace {
@@ -73,6 +75,25 @@ class CommandLine {
         parser_.addOption(version_);
         parser_.addOption(simulate_);
         parser_.addOption(connect_);
+        parser_.addOption(rotctld_);
+        parser_.addOption(rotctldPort_);
+        parser_.addOption(rotctldListen_);
+    }
+
+    // "--rotctld=PORT" is read as "--rotctld --rotctld-port PORT": the parser
+    // has no options whose value may be left out.
+    static QStringList spellOut(const QStringList& arguments) {
+        QStringList out;
+        const QString joined = QStringLiteral("--rotctld=");
+        for (const QString& argument : arguments) {
+            if (argument.startsWith(joined)) {
+                out << QStringLiteral("--rotctld") << QStringLiteral("--rotctld-port")
+                    << argument.mid(joined.size());
+            } else {
+                out << argument;
+            }
+        }
+        return out;
     }
 
     // Answers --help or --version before the window system starts; the exit
@@ -82,7 +103,7 @@ class CommandLine {
         for (int i = 0; i < argc; ++i) {
             arguments << QString::fromLocal8Bit(argv[i]);
         }
-        parser_.parse(arguments);
+        parser_.parse(spellOut(arguments));
         if (parser_.isSet(help_)) {
             // The usage line names the program from QCoreApplication::arguments().
             const QCoreApplication core(argc, argv);
@@ -99,11 +120,13 @@ class CommandLine {
     // The full check, on what QApplication left; false after saying what is wrong.
     bool read(const QStringList& arguments) {
         QString error;
-        if (!parser_.parse(arguments)) {
+        if (!parser_.parse(spellOut(arguments))) {
             error = parser_.errorText();
         } else if (!parser_.positionalArguments().isEmpty()) {
             error = QStringLiteral("Unexpected argument '%1'.")
                         .arg(parser_.positionalArguments().constFirst());
+        } else {
+            error = readRotctld();
         }
         if (error.isEmpty()) {
             return true;
@@ -115,8 +138,34 @@ class CommandLine {
 
     bool simulate() const { return parser_.isSet(simulate_); }
     bool connectAtStart() const { return parser_.isSet(connect_); }
+    // Network control asked for, and where.
+    bool rotctld() const { return parser_.isSet(rotctld_); }
+    quint16 rotctldPort() const { return rotctldPortNumber_; }
+    const QHostAddress& rotctldAddress() const { return rotctldAddress_; }
 
   private:
+    // Checks the network control options; an error sentence when wrong.
+    QString readRotctld() {
+        if (parser_.isSet(rotctldPort_)) {
+            bool ok = false;
+            const uint port = parser_.value(rotctldPort_).toUInt(&ok);
+            if (!ok || port == 0 || port > 65535) {
+                return QStringLiteral("Bad port '%1' for --rotctld.")
+                    .arg(parser_.value(rotctldPort_));
+            }
+            rotctldPortNumber_ = static_cast<quint16>(port);
+        }
+        if (parser_.isSet(rotctldListen_)) {
+            const QString text = parser_.value(rotctldListen_);
+            if (text == QStringLiteral("any")) {
+                rotctldAddress_ = QHostAddress(QHostAddress::Any);
+            } else if (!rotctldAddress_.setAddress(text)) {
+                return QStringLiteral("Bad address '%1' for --rotctld-listen.").arg(text);
+            }
+        }
+        return {};
+    }
+
     QCommandLineParser parser_;
     const QCommandLineOption help_{{QStringLiteral("h"), QStringLiteral("help")},
                                    QStringLiteral("Show this text and exit.")};
@@ -126,6 +175,21 @@ class CommandLine {
         QStringLiteral("simulate"), QStringLiteral("Run a virtual unit in this process on COM1.")};
     const QCommandLineOption connect_{QStringLiteral("connect"),
                                       QStringLiteral("Press Start as soon as the window is up.")};
+    const QCommandLineOption rotctld_{
+        QStringLiteral("rotctld"),
+        QStringLiteral("Turn network control on at start: tracking programs steer the unit "
+                       "with Hamlib's rotctld protocol. --rotctld=PORT also sets the port.")};
+    const QCommandLineOption rotctldPort_{
+        QStringLiteral("rotctld-port"),
+        QStringLiteral("TCP port for network control (default 4533)."), QStringLiteral("PORT")};
+    const QCommandLineOption rotctldListen_{
+        QStringLiteral("rotctld-listen"),
+        QStringLiteral("Address network control listens on (default 127.0.0.1; 'any' for all "
+                       "interfaces). The protocol has no password: open it up only on a "
+                       "network you trust."),
+        QStringLiteral("ADDRESS")};
+    quint16 rotctldPortNumber_ = halvex::network::RotctldServer::kDefaultPort;
+    QHostAddress rotctldAddress_{QHostAddress::LocalHost};
 };
 }  // namespace
 
@@ -158,6 +222,11 @@ int main(int argc, char* argv[]) {
         window.messages().exclamation(QStringLiteral("Settings File"), settingsError);
     }
     reportConnection(window);
+    window.networkControl().setEndpoint(commandLine.rotctldAddress(), commandLine.rotctldPort());
+    if (commandLine.rotctld()) {
+        // A port in use is told on stderr and in the status bar; the console runs on.
+        window.networkControl().start();
+    }
     if (commandLine.connectAtStart()) {
         QTimer::singleShot(0, &window, [&window] {
             if (auto* start = window.findChild<QPushButton*>(QStringLiteral("StartBut"))) {

@@ -10,15 +10,17 @@
 #include "connection/connection_sequence.h"
 #include "connection/position_report.h"
 #include "console/handler_wiring.h"
+#include "console/messages.h"
 #include "console/page.h"
 #include "positioning/jog.h"
 #include "positioning/motion_commands.h"
 #include "protocol/qt_serial_port.h"
-#include "window/data_watch.h"
-#include "views/widgets/lamp_pictures.h"
-#include "console/messages.h"
 #include "views/pages/camera_page.h"
 #include "views/pages/pan_tilt_page.h"
+#include "views/widgets/lamp_pictures.h"
+#include "window/console_rotator.h"
+#include "window/data_watch.h"
+#include "window/network_control.h"
 #include "window/positioning_pages.h"
 
 namespace halvex {
@@ -40,7 +42,7 @@ VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, QWidget* paren
       messages_(this, std::move(presenter)),
       link_(state_),
       receiver_(state_, link_),
-      context_{state_,  status_,       presets_,   link_, receiver_,
+      context_{state_,  status_,       presets_,  link_, receiver_,
                events_, readHandlers_, messages_, this},
       port_(port != nullptr ? port : new QtSerialPort(this)) {
     setObjectName(QStringLiteral("VornixU"));
@@ -87,6 +89,12 @@ void VornixU::buildMenus() {
     reinitialize_ = unitMenu->addAction(QStringLiteral("&Reinitialize"));
     reinitialize_->setObjectName(QStringLiteral("MenuReinitialize"));
     reinitialize_->setEnabled(false);
+    unitMenu->addSeparator();
+    rotctldAction_ = unitMenu->addAction(QStringLiteral("&Network Control (rotctld)"));
+    rotctldAction_->setObjectName(QStringLiteral("MenuRotctld"));
+    rotctldAction_->setCheckable(true);
+    rotctldAction_->setToolTip(
+        QStringLiteral("Let tracking programs steer the unit with Hamlib's rotctld protocol"));
 
     QMenu* viewMenu = menuBar()->addMenu(QStringLiteral("&View"));
     QAction* watch = viewMenu->addAction(QStringLiteral("&Data Watch"));
@@ -131,6 +139,9 @@ void VornixU::buildCentralArea() {
     layout->addWidget(tabs_, 1);
     setCentralWidget(central);
     statusBar()->setObjectName(QStringLiteral("StatusBar"));
+    rotctldLabel_ = new QLabel(statusBar());
+    rotctldLabel_->setObjectName(QStringLiteral("RotctldLabel"));
+    statusBar()->addPermanentWidget(rotctldLabel_);
 }
 
 void VornixU::installFeatures() {
@@ -195,6 +206,14 @@ void VornixU::installFeatures() {
     connect(connection_, &ConnectionSequence::finished, this,
             [this](bool online) { reinitialize_->setEnabled(online); });
     positionReport_->watchPageChanges();
+
+    rotator_ = new ConsoleRotator(
+        context_, *panTilt_, stopBut_, [this] { return portSelection_->comPort(); }, this);
+    // Reports from an earlier connection say nothing about the unit now.
+    connect(startBut_, &QPushButton::clicked, rotator_, &ConsoleRotator::forgetPosition);
+    networkControl_ = new NetworkControl(*rotator_, rotctldAction_, rotctldLabel_, this);
+    connect(networkControl_, &NetworkControl::failed, this,
+            [this](const QString& message) { statusBar()->showMessage(message, 15000); });
 }
 
 void VornixU::showLamp(LinkLamp lamp) {

@@ -5,11 +5,11 @@
 #include <QPushButton>
 #include <QTabWidget>
 
-#include "console/console_context.h"
-#include "console/messages.h"
 #include "connection/port_selection.h"
-#include "console/unit_status.h"
+#include "console/console_context.h"
 #include "console/jog_state.h"
+#include "console/messages.h"
+#include "console/unit_status.h"
 #include "protocol/fault_guard.h"
 #include "protocol/form_state.h"
 #include "protocol/link.h"
@@ -25,6 +25,8 @@ class JogControl;
 class MotionCommands;
 class PositionReport;
 class ConnectionSequence;
+class ConsoleRotator;
+class NetworkControl;
 
 // The main window: owns the form state, the link and the pages, and wires
 // the features to them.
@@ -46,6 +48,8 @@ class VornixU : public QMainWindow {
     QTabWidget& SSTab1() { return *tabs_; }
     PanTiltPage& panTiltPage() { return *panTilt_; }
     ConnectionSequence& connection() { return *connection_; }
+    // The rotctld server for tracking programs, off until started.
+    NetworkControl& networkControl() { return *networkControl_; }
     const Messages& messages() const { return messages_; }
     ConsoleEvents& events() { return events_; }
 
@@ -84,11 +88,15 @@ class VornixU : public QMainWindow {
     QPushButton* resetBut_ = nullptr;
     QPushButton* exitBut_ = nullptr;
     QAction* reinitialize_ = nullptr;
+    QAction* rotctldAction_ = nullptr;
+    QLabel* rotctldLabel_ = nullptr;
     QLabel* label25_ = nullptr;
     JogControl* jogControl_ = nullptr;
     MotionCommands* motion_ = nullptr;
     PositionReport* positionReport_ = nullptr;
     ConnectionSequence* connection_ = nullptr;
+    ConsoleRotator* rotator_ = nullptr;
+    NetworkControl* networkControl_ = nullptr;
     bool exiting_ = false;
 };
 
