@@ -35,7 +35,7 @@ struct PositioningPages {
 
 // Builds the pages and installs the features: registers their reply
 // decoders and fills in their hooks. `owner` keeps the feature objects alive.
-PositioningPages installPositioning(ConsoleContext& context, const PositioningEnvironment& environment,
-                                    QObject* owner);
+PositioningPages installPositioning(ConsoleContext& context,
+                                    const PositioningEnvironment& environment, QObject* owner);
 
 }  // namespace halvex
