@@ -28,7 +28,44 @@ const char* const kSecondCameraControls[] = {
 
 ConnectionSequence::ConnectionSequence(ConsoleContext& context, PortSelection& ports,
                                        SerialPort& port, ConnectionView view, QObject* parent)
-    : QObject(parent), context_(context), ports_(ports), port_(port), view_(view) {}
+    : QObject(parent), context_(context), ports_(ports), port_(port), view_(view) {
+    reconnect_.setInterval(kReconnectMs);
+    connect(&port_, &SerialPort::lost, this, [this](const QString& reason) {
+        guarded(context_.state, "SerPort1_OnComm", [&] { portLost(reason); });
+    });
+    connect(&reconnect_, &QTimer::timeout, this,
+            [this] { guarded(context_.state, "Reconnect_Timer", [this] { tryReconnect(); }); });
+}
+
+QString ConnectionSequence::portName() const {
+    return QStringLiteral("COM%1 (%2)").arg(ports_.comPort()).arg(comPortDevice(ports_.comPort()));
+}
+
+void ConnectionSequence::portLost(const QString& reason) {
+    context_.link.stop();
+    context_.state.Online = false;
+    context_.state.setLamp(LinkLamp::Fault);
+    view_.SSTab1->setEnabled(false);
+    showProgress(QStringLiteral("Pan"), QStringLiteral("Tilt"));
+    view_.setTitle(ports_.title(QStringLiteral(" Offline")));
+    context_.state.reportFault(
+        QStringLiteral("%1 lost: %2. Looking for it again.").arg(portName(), reason));
+    reconnect_.start();
+}
+
+void ConnectionSequence::tryReconnect() {
+    if (running_ || port_.isOpen()) {
+        reconnect_.stop();
+        return;
+    }
+    if (!port_.open(comPortDevice(ports_.comPort()), ports_.baudRate())) {
+        return;  // not back yet
+    }
+    reconnect_.stop();
+    context_.state.reportFault(QStringLiteral("%1 is back: connecting again.").arg(portName()));
+    const bool online = initialise();
+    emit finished(online);
+}
 
 void ConnectionSequence::showProgress(const QString& pan, const QString& tilt) {
     view_.Label2[0]->setText(pan);
@@ -36,6 +73,7 @@ void ConnectionSequence::showProgress(const QString& pan, const QString& tilt) {
 }
 
 void ConnectionSequence::StartBut_Click() {
+    reconnect_.stop();
     if (running_ || port_.isOpen()) {
         return;  // already connecting or connected
     }
@@ -188,11 +226,17 @@ void ConnectionSequence::ResetBut_Click() {
 }
 
 void ConnectionSequence::StopBut_Click() {
+    if (reconnect_.isActive()) {
+        reconnect_.stop();  // Stop ends the looking, and nothing else
+        context_.state.reportFault(QStringLiteral("No longer looking for %1.").arg(portName()));
+        return;
+    }
     context_.state.JogFlags = SetBit(context_.state.JogFlags, 1);
     emit context_.events.tourDisplayEndRequested();
 }
 
 void ConnectionSequence::ExitBut_Click() {
+    reconnect_.stop();
     if (!port_.isOpen()) {
         return;
     }

@@ -33,6 +33,8 @@ class ConnectionSequence : public QObject {
   public:
     // How long Exit waits for the stop request to get onto the line.
     static constexpr int kExitSendTimeoutMs = 2000;
+    // How often a lost device is looked for again.
+    static constexpr int kReconnectMs = 1000;
 
     ConnectionSequence(ConsoleContext& context, PortSelection& ports, SerialPort& port,
                        ConnectionView view, QObject* parent = nullptr);
@@ -44,6 +46,9 @@ class ConnectionSequence : public QObject {
     // Returns when the program may end.
     void ExitBut_Click();
     void HideSecondCameraControls();
+    // The device went away: offline, and look for it again every second.
+    void portLost(const QString& reason);
+    bool reconnecting() const { return reconnect_.isActive(); }
 
     bool running() const { return running_; }
 
@@ -58,12 +63,15 @@ class ConnectionSequence : public QObject {
     // The port closed under the sequence: back to offline without a message.
     void abandon();
     void showProgress(const QString& pan, const QString& tilt);
+    void tryReconnect();
+    QString portName() const;
     void requestLimits();
 
     ConsoleContext& context_;
     PortSelection& ports_;
     SerialPort& port_;
     ConnectionView view_;
+    QTimer reconnect_;
     bool running_ = false;
 };
 

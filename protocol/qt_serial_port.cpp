@@ -1,9 +1,40 @@
 #include "protocol/qt_serial_port.h"
 
+#include <QTimer>
+
 namespace halvex {
 
 QtSerialPort::QtSerialPort(QObject* parent) : SerialPort(parent) {
     connect(&port_, &QSerialPort::readyRead, this, &SerialPort::dataArrived);
+    connect(&port_, &QSerialPort::errorOccurred, this, &QtSerialPort::onError);
+}
+
+void QtSerialPort::onError(QSerialPort::SerialPortError error) {
+    switch (error) {
+        case QSerialPort::ResourceError:
+        case QSerialPort::ReadError:
+        case QSerialPort::WriteError:
+        case QSerialPort::PermissionError:
+        case QSerialPort::DeviceNotFoundError:
+            break;
+        default:
+            return;
+    }
+    if (!port_.isOpen() || lossPending_) {
+        return;
+    }
+    // Closed from the event loop, not from inside the read or write that
+    // failed; until then the port polls a dead device.
+    lossPending_ = true;
+    const QString reason = QStringLiteral("the device went away (%1)").arg(port_.errorString());
+    QTimer::singleShot(0, this, [this, reason] {
+        lossPending_ = false;
+        if (port_.isOpen()) {
+            port_.close();
+            emit closed();
+            emit lost(reason);
+        }
+    });
 }
 
 bool QtSerialPort::open(const QString& device, qint32 baudRate) {

@@ -24,7 +24,10 @@ class QtSerialPort : public SerialPort {
     bool waitForBytes(int msecs) override;
 
   private:
+    void onError(QSerialPort::SerialPortError error);
+
     QSerialPort port_;
+    bool lossPending_ = false;
     qint32 baudRate_ = 9600;
 };
 

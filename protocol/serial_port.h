@@ -36,6 +36,9 @@ class SerialPort : public QObject {
     void dataArrived();
     // Raised when an open port has been closed, for whatever reason.
     void closed();
+    // Raised after the port closed itself because the device went away (an
+    // adapter pulled out, the far end of a pseudo-terminal gone).
+    void lost(const QString& reason);
 };
 
 }  // namespace halvex
