@@ -12,7 +12,7 @@
 namespace halvex {
 namespace {
 
-std::vector<QByteArray> seeds() {
+std::vector<QByteArray> sampleFiles() {
     std::vector<QByteArray> result;
     const QDir data(QStringLiteral(HALVEX_DATA_OUT));
     for (const QString& name : data.entryList({"*.CCL"}, QDir::Files)) {
@@ -27,7 +27,7 @@ std::vector<QByteArray> seeds() {
 
 class Mutator {
   public:
-    explicit Mutator(unsigned seed) : random_(seed) {}
+    explicit Mutator(unsigned start) : random_(start) {}
 
     int pick(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n)); }
 
@@ -75,7 +75,7 @@ class Mutator {
 };
 
 TEST(ControlListFuzz, RandomAndMutatedFilesStayWithinBounds) {
-    const std::vector<QByteArray> starts = seeds();
+    const std::vector<QByteArray> starts = sampleFiles();
     ASSERT_GE(starts.size(), 3u);
     Mutator mutator(20240607);
     int faults = 0;

@@ -13,7 +13,7 @@ namespace {
 
 class TextMaker {
   public:
-    explicit TextMaker(unsigned seed) : random_(seed) {}
+    explicit TextMaker(unsigned start) : random_(start) {}
 
     int pick(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n)); }
 

@@ -25,7 +25,7 @@ std::vector<QByteArray> shippedHelp() {
 
 class RtfMaker {
   public:
-    explicit RtfMaker(unsigned seed) : random_(seed) {}
+    explicit RtfMaker(unsigned start) : random_(start) {}
 
     int pick(int n) { return static_cast<int>(random_() % static_cast<unsigned>(n)); }
 
