@@ -119,9 +119,12 @@ void Directions::EncHomeBut_Click() {
 
 void Directions::runProcedure(Byte code) {
     context_.link.Timer4().setInterval(kProcedureWatchdogMs);
-    // The unit answers when the procedure ends (the alignment reply shows
-    // the results); until then it hears nothing.
-    sendAndAwaitReply(context_.state, context_.link, {code});
+    // The unit answers when the procedure ends. The line is held until
+    // then: the unit hears nothing meanwhile, and jog messages piling up
+    // unanswered would crowd the procedure's frame out of the replies the
+    // link waits for.
+    SendInProgressScope holding(context_.state);
+    context_.link.awaitReply(sendHeld(context_.state, context_.link, {code}));
 }
 
 void Directions::decodeDirections() {
