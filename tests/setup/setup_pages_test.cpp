@@ -13,7 +13,19 @@ using namespace halvex::testing;
 
 namespace {
 
-class SetupPages : public OnlineSuite<PagesRig> {
+// A unit whose alignment and homing take a moment, not seconds.
+class QuickProcedureRig : public PagesRig {
+  public:
+    QuickProcedureRig() : PagesRig(options()) {}
+    static sim::UnitOptions options() {
+        sim::UnitOptions o;
+        o.alignmentMs = 300;
+        o.homingMs = 300;
+        return o;
+    }
+};
+
+class SetupPages : public OnlineSuite<QuickProcedureRig> {
   protected:
     void SetUp() override {
         shared_->window->SSTab1().setCurrentIndex(6);
@@ -24,7 +36,7 @@ class SetupPages : public OnlineSuite<PagesRig> {
 }  // namespace
 
 TEST_F(SetupPages, EveryButtonSendsItsBytes) {
-    PagesRig& rig = *shared_;
+    QuickProcedureRig& rig = *shared_;
     const auto press = [&rig](const char* name) { return [&rig, name] { rig.press(name); }; };
     // Scroll bars first, then the button that sends them.
     const auto set = [&rig](std::vector<std::pair<const char*, int>> values, const char* button) {
@@ -81,7 +93,7 @@ TEST_F(SetupPages, EveryButtonSendsItsBytes) {
 }
 
 TEST_F(SetupPages, GetIdIsBroadcastButItsReplyIsCheckedWithTheUnitInUse) {
-    PagesRig& rig = *shared_;
+    QuickProcedureRig& rig = *shared_;
     rig.scroll("IDScroll", 42);
     rig.scroll("CurrIDScroll", 5);
     EXPECT_EQ(rig.window->state().UnitId, 5);
@@ -105,7 +117,7 @@ TEST_F(SetupPages, GetIdIsBroadcastButItsReplyIsCheckedWithTheUnitInUse) {
 }
 
 TEST_F(SetupPages, RepliesFillTheControlsWithTheirSubstitutions) {
-    PagesRig& rig = *shared_;
+    QuickProcedureRig& rig = *shared_;
     struct Case {
         Bytes reply;
         std::vector<std::pair<const char*, int>> scrolls;
@@ -154,7 +166,7 @@ TEST_F(SetupPages, RepliesFillTheControlsWithTheirSubstitutions) {
 }
 
 TEST_F(SetupPages, ValuesOutOfRangeStopTheDecoderAndNothingSticks) {
-    PagesRig& rig = *shared_;
+    QuickProcedureRig& rig = *shared_;
     rig.scroll("PSafeScroll", 9);
     rig.inject({0x9A, 2, 3, 15, 6, 11});
     const QString revision = rig.text("RevLabel");
@@ -194,7 +206,7 @@ TEST_F(SetupPages, ValuesOutOfRangeStopTheDecoderAndNothingSticks) {
 }
 
 TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
-    PagesRig& rig = *shared_;
+    QuickProcedureRig& rig = *shared_;
     rig.window->SSTab1().setCurrentIndex(7);
     auto* frame = rig.find<QGroupBox>(QStringLiteral("PassFrame"));
     auto* text = rig.find<QLineEdit>(QStringLiteral("PassText"));
@@ -254,4 +266,16 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
     EXPECT_EQ(rig.shown[1].title, QStringLiteral("Critical Homing Cycle Checklist"));
     EXPECT_TRUE(rig.shown[1].question);
     EXPECT_EQ(rig.text("Pindex"), before);
+
+    // OK: the initial alignment shortens the watchdog again afterwards, the
+    // homing cycle leaves it long.
+    Link& link = rig.window->link();
+    EXPECT_EQ(rig.sentBy(press("InitEncBut")), (std::vector<Bytes>{{0x9D}}));
+    EXPECT_EQ(link.Timer4().interval(), 1000);
+    EXPECT_FALSE(rig.text("Label39").isEmpty());
+    EXPECT_EQ(rig.sentBy(press("EncHomeBut")), (std::vector<Bytes>{{0x9E}}));
+    EXPECT_EQ(link.Timer4().interval(), 20000);
+    // Resolver centre 32768 plus the pan encoder value set above.
+    EXPECT_EQ(rig.text("Pindex"), QStringLiteral("42768"));
+    link.Timer4().setInterval(Link::kWatchdogMs);
 }
