@@ -106,7 +106,7 @@ TEST_F(SetupPages, GetIdIsBroadcastButItsReplyIsCheckedWithTheUnitInUse) {
     ASSERT_NE(get, frames.end());
     EXPECT_EQ(get->address, 0);
     EXPECT_EQ(get->message, (Bytes{0x9F, 0x80}));
-    // The unit (address 0) answers with its address, its check seeded with
+    // The unit (address 0) answers with its address, its check starting from
     // 0: the console, talking to unit 5, does not take it.
     QTest::qWait(300);
     EXPECT_EQ(rig.value("IDScroll"), 42);
