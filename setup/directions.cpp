@@ -2,6 +2,7 @@
 
 #include "console/controls_from_reply.h"
 #include "console/handler_wiring.h"
+#include "protocol/flag_scope.h"
 #include "protocol/senders.h"
 #include "setup/checked_scroll.h"
 #include "views/pages/factory_page.h"
@@ -84,6 +85,9 @@ void Directions::SetEncBut_Click() {
 }
 
 void Directions::InitEncBut_Click() {
+    if (procedureRunning_) {
+        return;
+    }
     if (!context_.messages.confirm(
             QStringLiteral("Critical Initial Alignment Checklist"),
             QStringLiteral(
@@ -98,6 +102,9 @@ void Directions::InitEncBut_Click() {
 }
 
 void Directions::EncHomeBut_Click() {
+    if (procedureRunning_) {
+        return;
+    }
     if (!context_.messages.confirm(
             QStringLiteral("Critical Homing Cycle Checklist"),
             QStringLiteral(
@@ -118,6 +125,7 @@ void Directions::EncHomeBut_Click() {
 }
 
 void Directions::runProcedure(Byte code) {
+    FlagScope running(procedureRunning_);
     context_.link.Timer4().setInterval(kProcedureWatchdogMs);
     // The unit answers when the procedure ends. The line is held until
     // then: the unit hears nothing meanwhile, and jog messages piling up

@@ -59,6 +59,8 @@ class Directions : public QObject {
     FactoryPage& page_;
     IndexReadouts index_;
     Byte directionFlags_ = 0;
+    // A procedure is running: a second click meanwhile does nothing.
+    bool procedureRunning_ = false;
 };
 
 }  // namespace halvex
