@@ -62,6 +62,10 @@ QGroupBox* VideoPage::buildVideoConfig() {
     grid->addWidget(new QLabel(QStringLiteral("Vout 2"), VidConfigFrame), 0, 2);
     for (int i = 0; i < kRoutes; ++i) {
         VidOption[i] = namedOption(indexed("VidOption", i), QString(), VidConfigFrame);
+        // The option has no caption of its own; its row's labels name it.
+        VidOption[i]->setAccessibleName(
+            QStringLiteral("Vout 1 %1, Vout 2 %2")
+                .arg(QString::fromLatin1(kRouting[i][0]), QString::fromLatin1(kRouting[i][1])));
         grid->addWidget(VidOption[i], i + 1, 0);
         grid->addWidget(new QLabel(QString::fromLatin1(kRouting[i][0]), VidConfigFrame), i + 1, 1);
         auto* second = new QLabel(QString::fromLatin1(kRouting[i][1]), VidConfigFrame);
