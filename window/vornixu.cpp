@@ -22,6 +22,7 @@
 #include "window/data_watch.h"
 #include "window/network_control.h"
 #include "window/positioning_pages.h"
+#include "window/setup_features.h"
 
 namespace halvex {
 
@@ -163,21 +164,17 @@ void VornixU::installFeatures() {
     environment.PanDesLED = panTilt_->PanDesLED;
     environment.TiltDesLED = panTilt_->TiltDesLED;
     environment.SSTab1 = tabs_;
-    environment.videoBlankChecked = [] { return false; };
+    environment.videoBlankChecked = videoBlankReader(this);
     const PositioningPages positioning = installPositioning(context_, environment, this);
     positionReport_->registerLateRefresh();
     if (positioning.movementMonitor != nullptr) {
         panTilt_->MovementMonitorSlot->addWidget(positioning.movementMonitor);
     }
+    const SetupPages setup = installSetupFeatures(context_, positioning.offsets, this);
 
-    QWidget* pages[kPageCount] = {panTilt_,
-                                  positioning.presets,
-                                  positioning.offsets,
-                                  positioning.tours,
-                                  camera_,
-                                  nullptr,
-                                  nullptr,
-                                  nullptr};
+    QWidget* pages[kPageCount] = {
+        panTilt_, positioning.presets, positioning.offsets, positioning.tours,
+        camera_,  setup.video,         setup.setup,         setup.factory};
     for (int i = 0; i < kPageCount; ++i) {
         QWidget* page = pages[i] != nullptr ? pages[i] : placeholderPage(tabs_, kPageCaptions[i]);
         tabs_->addTab(page, QString::fromLatin1(kPageCaptions[i]));

@@ -10,7 +10,7 @@ ConsoleRig::ConsoleRig(const sim::UnitOptions& options)
     QDir::setCurrent(directory.path());
     window = std::make_unique<VornixU>(port, [this](QWidget*, const Message& message) {
         shown.push_back(message);
-        return true;
+        return presenterAnswer;
     });
     window->Form_Load();
     window->show();

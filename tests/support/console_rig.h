@@ -37,6 +37,8 @@ class ConsoleRig {
     QTemporaryDir directory;
     QString previousDirectory;
     std::vector<Message> shown;
+    // What the operator answers to an OK/Cancel box: OK when true.
+    bool presenterAnswer = true;
     sim::Unit unit;
     RecordingPeer line{unit};
     TestPort* port;

@@ -1,0 +1,172 @@
+#include "setup/identity.h"
+
+#include <QDate>
+#include <QLocale>
+#include <string>
+
+#include "console/controls_from_reply.h"
+#include "console/handler_wiring.h"
+#include "protocol/senders.h"
+#include "setup/checked_scroll.h"
+#include "views/pages/factory_page.h"
+#include "views/pages/setup_page.h"
+
+namespace halvex {
+
+namespace {
+constexpr Byte kRead = 0x80;
+const char* const kFactoryAccessCode = "7214";
+
+// HeaterEcho is the other way round from a plain flag: true except while a
+// reply is shown.
+class HeaterEchoOff {
+  public:
+    explicit HeaterEchoOff(bool& echo) : echo_(echo) { echo_ = false; }
+    ~HeaterEchoOff() { echo_ = true; }
+    HeaterEchoOff(const HeaterEchoOff&) = delete;
+    HeaterEchoOff& operator=(const HeaterEchoOff&) = delete;
+
+  private:
+    bool& echo_;
+};
+}  // namespace
+
+Identity::Identity(ConsoleContext& context, SetupPage& page, FactoryPage& factory, QObject* parent)
+    : QObject(parent), context_(context), page_(page), factory_(factory) {
+    connectControls();
+}
+
+void Identity::connectControls() {
+    FormState& state = context_.state;
+    const auto bind = [this, &state](QPushButton* button, const char* name,
+                                     void (Identity::*handler)()) {
+        onEvent(state, button, &QPushButton::clicked, this, name,
+                [this, handler] { (this->*handler)(); });
+    };
+    bind(page_.SetIDBut, "SetIDBut_Click", &Identity::SetIDBut_Click);
+    bind(page_.BSetIDBut, "BSetIDBut_Click", &Identity::BSetIDBut_Click);
+    bind(page_.GetIDBut, "GetIDBut_Click", &Identity::GetIDBut_Click);
+    bind(page_.SetTOBut, "SetTOBut_Click", &Identity::SetTOBut_Click);
+    bind(page_.GetTOBut, "GetTOBut_Click", &Identity::GetTOBut_Click);
+    bind(page_.GetHeatBut, "GetHeatBut_Click", &Identity::GetHeatBut_Click);
+    bind(page_.RevBut, "RevBut_Click", &Identity::RevBut_Click);
+    bind(factory_.PassEntBut, "PassEntBut_Click", &Identity::PassEntBut_Click);
+    onEvent(state, page_.CurrIDScroll, &QScrollBar::valueChanged, this, "CurrIDScroll_Change",
+            [this](int value) { CurrIDScroll_Change(value); });
+    for (int i = 0; i < static_cast<int>(page_.HeatOp.size()); ++i) {
+        onEvent(state, page_.HeatOp[i], &QRadioButton::toggled, this, "HeatOp_Click",
+                [this, i](bool on) {
+                    if (on) {
+                        HeatOp_Click(i);
+                    }
+                });
+    }
+}
+
+void Identity::registerDecoders() {
+    Receiver& receiver = context_.receiver;
+    receiver.registerDecoder(kAddress, [this] { decodeAddress(); });
+    receiver.registerDecoder(kCommTimeout, [this] { decodeCommTimeout(); });
+    receiver.registerDecoder(kHeater, [this] { decodeHeater(); });
+    receiver.registerDecoder(kFirmware, [this] { decodeFirmware(); });
+}
+
+void Identity::registerReads(ReadHandlers& reads) {
+    reads["GetTOBut"] = [this] { GetTOBut_Click(); };
+    reads["GetHeatBut"] = [this] { GetHeatBut_Click(); };
+    reads["RevBut"] = [this] { RevBut_Click(); };
+}
+
+void Identity::send(const std::vector<Byte>& message) {
+    sendMessage(context_.state, context_.link, message);
+}
+
+void Identity::CurrIDScroll_Change(int value) {
+    // The next frame goes to this unit, and both checks start from it.
+    context_.state.UnitId = checkedByte(value);
+}
+
+void Identity::SetIDBut_Click() {
+    send({kAddress, byteOf(page_.IDScroll)});
+}
+
+void Identity::BSetIDBut_Click() {
+    const Byte id = byteOf(page_.IDScroll);
+    context_.state.AddressOverride = kBroadcast;
+    send({kAddress, id});
+}
+
+void Identity::GetIDBut_Click() {
+    context_.state.AddressOverride = kBroadcast;
+    send({kAddress, kRead});
+}
+
+void Identity::SetTOBut_Click() {
+    send({kCommTimeout, byteOf(page_.TOScroll)});
+}
+
+void Identity::GetTOBut_Click() {
+    send({kCommTimeout, kRead});
+}
+
+void Identity::HeatOp_Click(int index) {
+    if (!HeaterEcho) {
+        return;
+    }
+    send({kHeater, checkedByte(index)});
+}
+
+void Identity::GetHeatBut_Click() {
+    send({kHeater, kRead});
+}
+
+void Identity::RevBut_Click() {
+    send({kFirmware});
+}
+
+void Identity::PassEntBut_Click() {
+    // Anything else: no message, no count, the text stays.
+    if (factory_.PassText->text().compare(QString::fromLatin1(kFactoryAccessCode),
+                                          Qt::CaseInsensitive) == 0) {
+        factory_.PassFrame->hide();
+    }
+}
+
+void Identity::decodeAddress() {
+    ControlsFromReply quiet(context_.state);
+    setScrollChecked(page_.IDScroll, context_.state.RxBuffer[1]);
+}
+
+void Identity::decodeCommTimeout() {
+    ControlsFromReply quiet(context_.state);
+    const Byte seconds = context_.state.RxBuffer[1];
+    page_.TOScroll->setValue(seconds > page_.TOScroll->maximum() ? page_.TOScroll->maximum()
+                                                                 : seconds);
+    page_.TOLabel->setText(QString::number(page_.TOScroll->value()));
+}
+
+void Identity::decodeHeater() {
+    ControlsFromReply quiet(context_.state);
+    HeaterEchoOff quietHeater(HeaterEcho);
+    page_.HeatOp[context_.state.RxBuffer[1] & 3]->setChecked(true);
+}
+
+void Identity::decodeFirmware() {
+    const ByteTable& rx = context_.state.RxBuffer;
+    page_.RevLabel->setText(revisionCaption(rx[1], rx[2], rx[3], rx[4], rx[5]));
+}
+
+QString Identity::revisionCaption(Byte major, Byte minor, Byte day, Byte month, Byte year) {
+    const QDate date(2000 + year, month, day);
+    if (!date.isValid()) {
+        throw RangeFault(RangeFault::Overflow, "invalid date " + std::to_string(day) + "/" +
+                                                   std::to_string(month) + "/" +
+                                                   std::to_string(2000 + year));
+    }
+    return QStringLiteral("Rev %1.%2  %3")
+        .arg(major)
+        .arg(minor, 2, 10, QLatin1Char('0'))
+        .arg(QLocale::system().toString(date, QLocale::ShortFormat));
+}
+
+}  // namespace halvex

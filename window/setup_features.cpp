@@ -1,0 +1,57 @@
+#include "window/setup_features.h"
+
+#include <QCheckBox>
+#include <QLabel>
+
+#include "setup/directions.h"
+#include "setup/identity.h"
+#include "setup/speeds_and_limits.h"
+#include "video/on_screen_display.h"
+#include "video/video_config.h"
+#include "views/pages/factory_page.h"
+#include "views/pages/setup_page.h"
+#include "views/pages/video_page.h"
+
+namespace halvex {
+
+SetupPages installSetupFeatures(ConsoleContext& context, QWidget* offsetsPage, QObject* owner) {
+    auto* videoPage = new VideoPage;
+    auto* setupPage = new SetupPage;
+    auto* factoryPage = new FactoryPage;
+
+    auto* video = new VideoConfig(context, *videoPage, owner);
+    video->registerDecoders();
+    auto* display = new OnScreenDisplay(context, *videoPage, owner);
+    display->registerDecoders();
+
+    auto* speeds = new SpeedsAndLimits(context, *setupPage, owner);
+    speeds->registerDecoders();
+    speeds->registerReads(context.readHandlers);
+    auto* identity = new Identity(context, *setupPage, *factoryPage, owner);
+    identity->registerDecoders();
+    identity->registerReads(context.readHandlers);
+
+    Directions::IndexReadouts index;
+    if (offsetsPage != nullptr) {
+        index.Pindex = offsetsPage->findChild<QLabel*>(QStringLiteral("Pindex"));
+        index.Tindex = offsetsPage->findChild<QLabel*>(QStringLiteral("Tindex"));
+    }
+    auto* directions = new Directions(context, *factoryPage, index, owner);
+    directions->registerDecoders();
+    directions->registerReads(context.readHandlers);
+
+    SetupPages pages;
+    pages.video = videoPage;
+    pages.setup = setupPage;
+    pages.factory = factoryPage;
+    return pages;
+}
+
+std::function<bool()> videoBlankReader(QWidget* window) {
+    return [window] {
+        const auto* box = window->findChild<QCheckBox*>(QStringLiteral("VBlankCheck"));
+        return box != nullptr && box->isChecked();
+    };
+}
+
+}  // namespace halvex
