@@ -7,8 +7,8 @@
 
 namespace halvex {
 
-CameraLists::CameraLists(ConsoleContext& context, CameraPage& page,
-                         std::function<QString()> folder, QObject* parent)
+CameraLists::CameraLists(ConsoleContext& context, CameraPage& page, std::function<QString()> folder,
+                         QObject* parent)
     : QObject(parent), context_(context), page_(page), folder_(std::move(folder)) {
     for (int camera = 0; camera < 2; ++camera) {
         const std::size_t c = index(camera);

@@ -36,8 +36,8 @@ void CameraTransmit::SendBut_Click(int camera) {
     const auto c = static_cast<std::size_t>(camera);
     const TransmitMode mode =
         page_.HexOp1[c]->isChecked() ? TransmitMode::Hex : TransmitMode::Ascii;
-    const TransmitString result = buildTransmitString(page_.TXBox[c]->text(), mode,
-                                                      page_.CRCheck[c]->isChecked(), camera);
+    const TransmitString result =
+        buildTransmitString(page_.TXBox[c]->text(), mode, page_.CRCheck[c]->isChecked(), camera);
     if (result.refused()) {
         context_.messages.exclamation(result.messageTitle, result.messageText);
         return;

@@ -53,8 +53,7 @@ Byte lensJogByte(int button, double x, double y) {
     return static_cast<Byte>(2 * std::abs(speed) + (speed >= 1 ? 1 : 0));
 }
 
-LensControl::LensControl(ConsoleContext& context, JogState& jog, CameraPage& page,
-                         QObject* parent)
+LensControl::LensControl(ConsoleContext& context, JogState& jog, CameraPage& page, QObject* parent)
     : QObject(parent), context_(context), jog_(jog), page_(page) {
     FormState& state = context_.state;
     for (int camera = 0; camera < 2; ++camera) {
@@ -63,9 +62,8 @@ LensControl::LensControl(ConsoleContext& context, JogState& jog, CameraPage& pag
         for (int bit = 1; bit <= CameraPage::kLensBits; ++bit) {
             // Toggles, as a click handler sees a box set from code too.
             onEvent(state, page_.LensCheck[c][static_cast<std::size_t>(bit - 1)],
-                    &QCheckBox::toggled, this, checkName, [this, camera, bit](bool checked) {
-                        LensCheck_Click(camera, bit, checked);
-                    });
+                    &QCheckBox::toggled, this, checkName,
+                    [this, camera, bit](bool checked) { LensCheck_Click(camera, bit, checked); });
         }
         onEvent(state, page_.ZoomMinSpin[c], &SpinButton::SpinUp, this, "ZoomMinSpin_SpinUp",
                 [this, camera] { ZoomMinSpin_SpinUp(camera); });
@@ -73,8 +71,8 @@ LensControl::LensControl(ConsoleContext& context, JogState& jog, CameraPage& pag
                 [this, camera] { ZoomMinSpin_SpinDown(camera); });
         onEvent(state, page_.FocusMinSpin[c], &SpinButton::SpinUp, this, "FocusMinSpin_SpinUp",
                 [this, camera] { FocusMinSpin_SpinUp(camera); });
-        onEvent(state, page_.FocusMinSpin[c], &SpinButton::SpinDown, this,
-                "FocusMinSpin_SpinDown", [this, camera] { FocusMinSpin_SpinDown(camera); });
+        onEvent(state, page_.FocusMinSpin[c], &SpinButton::SpinDown, this, "FocusMinSpin_SpinDown",
+                [this, camera] { FocusMinSpin_SpinDown(camera); });
     }
     onEvent(state, page_.SetLensBut, &QPushButton::clicked, this, "SetLensBut_Click",
             [this] { SetLensBut_Click(); });

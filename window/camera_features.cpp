@@ -19,7 +19,8 @@ CameraFeatures::CameraFeatures(ConsoleContext& context, JogState& jog, CameraPag
                                QPushButton* tourHelpBut, QObject* parent)
     : QObject(parent), context_(context), dataFolder_(halvex::dataFolder()) {
     setObjectName(QStringLiteral("CameraFeatures"));
-    new CameraLists(context, page, [this] { return dataFolder_; }, this);
+    new CameraLists(
+        context, page, [this] { return dataFolder_; }, this);
     new CameraTransmit(context, page, this);
     auto* lines = new CameraLines(context, page, this);
     lines->registerDecoders();

@@ -17,8 +17,8 @@ QString indexed(const char* name, int index) {
 }
 
 // Captions of Lens1Check(1..6): the lens configuration bit of the same number.
-const char* const kLensBitCaptions[CameraPage::kLensBits] = {
-    "Focus Inv", "Focus Rev", "Focus En", "Zoom Inv", "Zoom Rev", "Zoom En"};
+const char* const kLensBitCaptions[CameraPage::kLensBits] = {"Focus Inv", "Focus Rev", "Focus En",
+                                                             "Zoom Inv",  "Zoom Rev",  "Zoom En"};
 
 QLabel* valueLabel(const QString& name, QWidget* parent) {
     auto* label = new QLabel(QStringLiteral("0"), parent);
@@ -102,6 +102,8 @@ QWidget* CameraPage::buildCameraBox(int camera) {
     TXBox[c]->setObjectName(indexed("TXBox", camera));
     TXBox[c]->setToolTip(QStringLiteral("Enter TX Data Here, Double-click to Clear"));
     TXBox[c]->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    // Longer than any command, so a long paste is refused whole rather than cut.
+    TXBox[c]->setMaxLength(1 << 20);
     SendBut[c] = namedButton(indexed("SendBut", camera), QStringLiteral("TX ") + number,
                              QStringLiteral("Parse And Send The TX String"), box);
     grid->addWidget(TXBox[c], 2, 0, 1, 3);
@@ -128,7 +130,8 @@ QWidget* CameraPage::buildCameraBox(int camera) {
     options->addWidget(HexOp1[c]);
     CRCheck[c] = new QCheckBox(QStringLiteral("CR"), box);
     CRCheck[c]->setObjectName(indexed("CRCheck", camera));
-    CRCheck[c]->setToolTip(QStringLiteral("Append A Carriage Return To A Transmitted ASCII Command"));
+    CRCheck[c]->setToolTip(
+        QStringLiteral("Append A Carriage Return To A Transmitted ASCII Command"));
     grid->addWidget(FormatFrame1[c], 3, 0, 1, 2);
     grid->addWidget(CRCheck[c], 3, 2);
 
@@ -193,8 +196,8 @@ QWidget* CameraPage::buildLinesBox() {
     grid->addWidget(GetCamBut, 3, 2, 1, 2);
     grid->addWidget(SetCamTOBut, 3, 4, 1, 2);
     grid->addWidget(GetCamTOBut, 4, 4, 1, 2);
-    Label9 = new QLabel(QStringLiteral("RS-422 Camera Interface Not Functional With RS-232 Host"),
-                        box);
+    Label9 =
+        new QLabel(QStringLiteral("RS-422 Camera Interface Not Functional With RS-232 Host"), box);
     Label9->setObjectName(QStringLiteral("Label9"));
     Label9->setWordWrap(true);
     grid->addWidget(Label9, 4, 0, 1, 4);
@@ -251,8 +254,9 @@ QWidget* CameraPage::buildJogBox() {
         auto* jog = new LensJogBox(box);
         jog->setObjectName(QString::fromLatin1(names[i]));
         jog->setFixedSize(39, 120);
-        jog->setToolTip(QStringLiteral("Hold The Left Button Above The Line To Drive Up, Below To "
-                                       "Drive Down"));
+        jog->setToolTip(
+            QStringLiteral("Hold The Left Button Above The Line To Drive Up, Below To "
+                           "Drive Down"));
         auto* caption = new QLabel(QString::fromLatin1(captions[i]), box);
         caption->setAlignment(Qt::AlignCenter);
         grid->addWidget(caption, 0, i);
