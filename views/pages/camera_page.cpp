@@ -153,8 +153,9 @@ QWidget* CameraPage::buildLinesBox() {
     auto* grid = new QGridLayout(box);
     int column = 1;
     for (const char* heading : {"Baud (k)", "Format", "Level", "Time-Out"}) {
-        grid->addWidget(new QLabel(QString::fromLatin1(heading), box), 0, column,
-                        column == 4 ? 1 : 1, column == 4 ? 2 : 1);
+        // The time-out heading spans its spin button and its read-out.
+        grid->addWidget(new QLabel(QString::fromLatin1(heading), box), 0, column, 1,
+                        column == 4 ? 2 : 1);
         ++column;
     }
     for (int camera = 0; camera < 2; ++camera) {
