@@ -78,18 +78,24 @@ LensControl::LensControl(ConsoleContext& context, JogState& jog, CameraPage& pag
             [this] { SetLensBut_Click(); });
     onEvent(state, page_.GetLensBut, &QPushButton::clicked, this, "GetLensBut_Click",
             [this] { GetLensBut_Click(); });
-    const char* const boxNames[4] = {"ZoomBox1", "FocusBox1", "ZoomBox2", "FocusBox2"};
+    // Handler names for fault reports: down, move and up of each box.
+    static const char* const kBoxHandlers[4][3] = {
+        {"ZoomBox1_MouseDown", "ZoomBox1_MouseMove", "ZoomBox1_MouseUp"},
+        {"FocusBox1_MouseDown", "FocusBox1_MouseMove", "FocusBox1_MouseUp"},
+        {"ZoomBox2_MouseDown", "ZoomBox2_MouseMove", "ZoomBox2_MouseUp"},
+        {"FocusBox2_MouseDown", "FocusBox2_MouseMove", "FocusBox2_MouseUp"}};
     for (int box = 0; box < 4; ++box) {
         LensJogBox* jogBox = page_.LensBox[static_cast<std::size_t>(box)];
+        const char* const* names = kBoxHandlers[box];
         // Pressing and moving both count the buttons held, so a left press
         // with another button already down drives nothing.
         const auto follow = [this, box](Qt::MouseButton, Qt::MouseButtons held, double x,
                                         double y) {
             LensBox_Mouse(box, lensButtonValue(held), x, y);
         };
-        onEvent(state, jogBox, &LensJogBox::mousePressed, this, boxNames[box], follow);
-        onEvent(state, jogBox, &LensJogBox::mouseMoved, this, boxNames[box], follow);
-        onEvent(state, jogBox, &LensJogBox::mouseReleased, this, boxNames[box],
+        onEvent(state, jogBox, &LensJogBox::mousePressed, this, names[0], follow);
+        onEvent(state, jogBox, &LensJogBox::mouseMoved, this, names[1], follow);
+        onEvent(state, jogBox, &LensJogBox::mouseReleased, this, names[2],
                 [this, box] { LensBox_MouseUp(box); });
     }
 }
