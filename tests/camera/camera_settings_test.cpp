@@ -176,3 +176,23 @@ TEST_F(CameraSettings, SetSendsBothCamerasAndReconnectingReadsThroughTheGetHandl
     EXPECT_EQ(rig.sent(0x61), (std::vector<std::vector<Byte>>{{0x61, 0x80, 11, 10, 0x4A, 10, 9}}));
     EXPECT_EQ(rig.text("CamTOLabel_0"), "96ms");  // the unit's 12 steps, as a reply shows them
 }
+
+TEST_F(CameraSettings, LensBoxBytesRideOnTheJogMessage) {
+    SettingsRig& rig = *shared_;
+    rig.showPage(4);
+    // Bytes 4 to 7 of the next jog message: zoom 1, focus 1, zoom 2, focus 2.
+    const auto nextLensBytes = [&] {
+        rig.line.clear();
+        rig.waitFor([&] { return !rig.line.frames().empty(); });
+        const auto& frames = rig.line.frames();
+        if (frames.empty() || frames[0].message.size() != 8) {
+            return std::vector<Byte>{};
+        }
+        return std::vector<Byte>(frames[0].message.begin() + 4, frames[0].message.end());
+    };
+    auto* zoom2 = rig.at<LensJogBox>("ZoomBox2");
+    QTest::mousePress(zoom2, Qt::LeftButton, {}, QPoint(19, 119));
+    EXPECT_EQ(nextLensBytes(), (std::vector<Byte>{0, 0, 254, 0}));
+    QTest::mouseRelease(zoom2, Qt::LeftButton, {}, QPoint(19, 119));
+    EXPECT_EQ(nextLensBytes(), (std::vector<Byte>{0, 0, 0, 0}));
+}
