@@ -4,7 +4,9 @@
 //   halvex-screenshots OUTPUT_DIR
 
 #include <QApplication>
+#include <QComboBox>
 #include <QDir>
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QPushButton>
@@ -17,8 +19,11 @@
 #include "protocol/in_process_port.h"
 #include "sim/unit.h"
 #include "views/pages/pan_tilt_page.h"
+#include "views/widgets/clickable.h"
 #include "views/widgets/led_display.h"
+#include "window/camera_features.h"
 #include "window/data_watch.h"
+#include "window/help_box.h"
 #include "window/vornixu.h"
 
 namespace {
@@ -26,6 +31,34 @@ bool save(QWidget& widget, const QString& path) {
     const bool ok = widget.grab().save(path);
     std::printf("%s %s\n", ok ? "wrote" : "FAILED", qPrintable(path));
     return ok;
+}
+
+// The Camera page at work: camera 1's line set and a control list loaded;
+// camera 2 with the files listed.
+QWidget* find(halvex::VornixU& window, const char* name) {
+    return window.findChild<QWidget*>(QString::fromLatin1(name));
+}
+
+void useCameraPage(halvex::VornixU& window) {
+    emit qobject_cast<halvex::ClickLabel*>(find(window, "BaudLabel1"))->clicked();
+    qobject_cast<QPushButton*>(find(window, "SetCamBut"))->click();
+    qobject_cast<QPushButton*>(find(window, "CamTypeBut_0"))->click();
+    auto* list = qobject_cast<QComboBox*>(find(window, "CamTypeCombo_0"));
+    const int sony = list->findText(QStringLiteral("SONY-VISCA.CCL"));
+    list->setCurrentIndex(sony);
+    emit list->activated(sony);
+    const int zoom = list->findText(QStringLiteral("Zoom Tele"));
+    list->setCurrentIndex(zoom);
+    emit list->activated(zoom);
+    qobject_cast<QPushButton*>(find(window, "CamTypeBut_1"))->click();
+}
+
+// "TX 1", caught while the camera's answer is in the reply box (the next
+// report without camera bytes clears it).
+void sendAndCatchAnswer(halvex::VornixU& window) {
+    auto* replies = qobject_cast<QLabel*>(find(window, "RXLabel_0"));
+    qobject_cast<QPushButton*>(find(window, "SendBut_0"))->click();
+    (void)QTest::qWaitFor([&] { return replies->text().size() >= 6; }, 3000);
 }
 
 QString fileName(const QString& caption) {
@@ -88,10 +121,15 @@ int main(int argc, char* argv[]) {
     window.panTiltPage().AbsoBut->click();
     QTest::qWait(1500);
 
+    useCameraPage(window);
+
     QTabWidget& tabs = window.SSTab1();
     for (int i = 0; i < tabs.count(); ++i) {
         tabs.setCurrentIndex(i);
         QTest::qWait(300);
+        if (tabs.tabText(i) == QStringLiteral("Camera")) {
+            sendAndCatchAnswer(window);
+        }
         ok = save(window, out + QStringLiteral("/%1.png").arg(fileName(tabs.tabText(i)))) && ok;
     }
     // The factory controls, uncovered by the access code.
@@ -103,5 +141,12 @@ int main(int argc, char* argv[]) {
     window.dataWatch().resize(640, 220);
     QTest::qWait(300);
     ok = save(window.dataWatch(), out + QStringLiteral("/datawatch.png")) && ok;
+    window.findChild<QPushButton*>(QStringLiteral("SerHelpBut"))->click();
+    if (QWidget* help = window.findChild<halvex::CameraFeatures*>()->helpBox()) {
+        QTest::qWait(300);
+        ok = save(*help, out + QStringLiteral("/help.png")) && ok;
+    } else {
+        ok = false;
+    }
     return ok ? 0 : 1;
 }

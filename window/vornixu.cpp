@@ -18,6 +18,7 @@
 #include "views/pages/camera_page.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/lamp_pictures.h"
+#include "window/camera_features.h"
 #include "window/console_rotator.h"
 #include "window/data_watch.h"
 #include "window/network_control.h"
@@ -167,6 +168,9 @@ void VornixU::installFeatures() {
     environment.videoBlankChecked = videoBlankReader(this);
     const PositioningPages positioning = installPositioning(context_, environment, this);
     positionReport_->registerLateRefresh();
+    new CameraFeatures(context_, jog_, *camera_,
+                       positioning.tours->findChild<QPushButton*>(QStringLiteral("TourHelpBut")),
+                       this);
     if (positioning.movementMonitor != nullptr) {
         panTilt_->MovementMonitorSlot->addWidget(positioning.movementMonitor);
     }

@@ -78,6 +78,9 @@ QWidget* ToursPage::buildTourBox() {
     buttons->addWidget(ClearScriptBut, 0, 1);
     buttons->addWidget(Command3, 1, 0);
     buttons->addWidget(Label23, 1, 1);
+    TourHelpBut = namedButton(QStringLiteral("TourHelpBut"), QStringLiteral("Help"),
+                              QStringLiteral("Tour Setup Help"), box);
+    buttons->addWidget(TourHelpBut, 2, 1);
     layout->addLayout(buttons);
     return box;
 }

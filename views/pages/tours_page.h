@@ -35,6 +35,7 @@ class ToursPage : public QWidget {
     QPushButton* ClearScriptBut = nullptr;
     QPushButton* Command3 = nullptr;
     QLabel* Label23 = nullptr;
+    QPushButton* TourHelpBut = nullptr;
 
   private:
     QWidget* buildTourBox();

@@ -30,6 +30,14 @@ LensJogBox::LensJogBox(QWidget* parent)
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
 }
 
+void LensJogBox::hideEvent(QHideEvent* event) {
+    if (pointerHeld()) {
+        const QPointF at = pointerUnits();
+        emit mouseReleased(Qt::NoButton, Qt::NoButton, at.x(), at.y());
+    }
+    PointerPad::hideEvent(event);
+}
+
 void LensJogBox::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);

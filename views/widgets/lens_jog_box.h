@@ -26,6 +26,9 @@ class LensJogBox : public PointerPad {
 
   protected:
     void paintEvent(QPaintEvent* event) override;
+    // Hidden with a button down (the page changed), the box never sees the
+    // release; report one, so a lens does not keep running unseen.
+    void hideEvent(QHideEvent* event) override;
 };
 
 }  // namespace halvex

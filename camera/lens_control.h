@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QObject>
+#include <array>
+
+#include "console/console_context.h"
+#include "console/jog_state.h"
+
+namespace halvex {
+
+class CameraPage;
+
+// Mouse buttons as the lens jog rule counts them (left 1, right 2, middle 4).
+int lensButtonValue(Qt::MouseButtons buttons);
+
+// The lens jog byte for a pointer at (x, y) in a 39 by 120 box: bits 1..7 the
+// speed, bit 0 set when driving toward the top. Zero unless the left button
+// alone is held inside the box, and on the middle line.
+Byte lensJogByte(int button, double x, double y);
+
+// The lens configuration of both cameras (0x61): which motors are enabled,
+// reversed or inverted, their minimum speeds, and the four zoom/focus boxes
+// whose jog bytes ride on every jog message.
+class LensControl : public QObject {
+    Q_OBJECT
+  public:
+    static constexpr Byte kLensConfiguration = 0x61;
+
+    LensControl(ConsoleContext& context, JogState& jog, CameraPage& page,
+                QObject* parent = nullptr);
+
+    void registerDecoders();
+
+    void LensCheck_Click(int camera, int bit, bool checked);
+    void ZoomMinSpin_SpinUp(int camera);
+    void ZoomMinSpin_SpinDown(int camera);
+    void FocusMinSpin_SpinUp(int camera);
+    void FocusMinSpin_SpinDown(int camera);
+    void SetLensBut_Click();
+    void GetLensBut_Click();
+    // Reply of code 0x61.
+    void decodeLensConfiguration();
+    // box: 0 zoom 1, 1 focus 1, 2 zoom 2, 3 focus 2.
+    void LensBox_Mouse(int box, int button, double x, double y);
+    void LensBox_MouseUp(int box);
+
+    Byte LensConfig(int camera) const { return LensConfig_[static_cast<std::size_t>(camera)]; }
+
+  private:
+    void send(Byte first);
+    void showSpeeds();
+
+    ConsoleContext& context_;
+    JogState& jog_;
+    CameraPage& page_;
+    std::array<Byte, 2> LensConfig_{};
+    std::array<Byte, 2> ZoomMinSpeed{};
+    std::array<Byte, 2> FocusMinSpeed{};
+};
+
+}  // namespace halvex
