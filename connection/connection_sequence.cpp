@@ -15,14 +15,20 @@ namespace halvex {
 namespace {
 // Controls that mean nothing on a unit without the second camera and the
 // video hardware.
+// What a unit without the second camera and video hardware has no use for.
+// Of a per-camera pair only camera 2's element goes; of the zoom/focus
+// quadruples (zoom 1, focus 1, zoom 2, focus 2) and the aux outputs (two per
+// camera) the last two; every element of camera 2's lens boxes.
 const char* const kSecondCameraControls[] = {
-    "Label1_3",     "Z2LED",          "F2LED",      "Zoom2Label", "Focus2Label", "ZoomBox2",
-    "FocusBox2",    "Lens2Check",     "GetVidBut2", "PALCheck2",  "OSDOnCheck",  "InitVModeBut",
-    "EncHomeBut",   "Pindex",         "Tindex",     "SetCenBut",  "ZFScroll",    "ZFLabel",
-    "VideoFrame",   "VidConfigFrame", "Label9",     "Label26",    "FormLabel2",  "BaudLabel2",
-    "LevelLabel2",  "CamPwrCheck",    "AuxCheck",   "CamTOSpin",  "CamTOLabel",  "CamTypeBut",
-    "CamTypeCombo", "FormatFrame1",   "SendBut",    "CRCheck",    "TXBox",       "RXLabel",
-    "ZoomMinLabel", "FocusMinLabel",  "ZoomMinSpin"};
+    "Label1_3",        "Z2LED",          "F2LED",         "Zoom2Label",     "Focus2Label",
+    "ZoomBox2",        "FocusBox2",      "Lens2Check_*",  "GetVidBut2",     "PALCheck2",
+    "OSDOnCheck",      "InitVModeBut",   "EncHomeBut",    "Pindex",         "Tindex",
+    "SetCenBut",       "ZFScroll_2",     "ZFScroll_3",    "ZFLabel_2",      "ZFLabel_3",
+    "VideoFrame",      "VidConfigFrame", "Label9",        "Label26_1",      "FormLabel2",
+    "BaudLabel2",      "LevelLabel2",    "CamPwrCheck_1", "AuxCheck_2",     "AuxCheck_3",
+    "CamTOSpin_1",     "CamTOLabel_1",   "CamTypeBut_1",  "CamTypeCombo_1", "FormatFrame1_1",
+    "SendBut_1",       "CRCheck_1",      "TXBox_1",       "RXLabel_1",      "ZoomMinLabel_1",
+    "FocusMinLabel_1", "ZoomMinSpin_1"};
 
 }  // namespace
 
@@ -209,12 +215,16 @@ void ConnectionSequence::fail() {
 }
 
 void ConnectionSequence::HideSecondCameraControls() {
-    for (const char* name : kSecondCameraControls) {
-        const QString exact = QString::fromLatin1(name);
-        const QString element = exact + QLatin1Char('_');
+    for (const char* entry : kSecondCameraControls) {
+        // "Name_*" stands for every element of an array.
+        QString name = QString::fromLatin1(entry);
+        const bool wholeArray = name.endsWith(QLatin1String("_*"));
+        if (wholeArray) {
+            name.chop(1);
+        }
         for (QWidget* widget : view_.window->findChildren<QWidget*>()) {
             const QString objectName = widget->objectName();
-            if (objectName == exact || objectName.startsWith(element)) {
+            if (wholeArray ? objectName.startsWith(name) : objectName == name) {
                 widget->hide();
             }
         }
