@@ -8,7 +8,6 @@
 #include "protocol/port_map.h"
 #include "protocol/senders.h"
 #include "protocol/wait.h"
-#include "views/widgets/lamp_pictures.h"
 
 namespace halvex {
 
@@ -111,7 +110,9 @@ bool ConnectionSequence::initialise() {
     letEventsRun();
 
     view_.StartBut->setText(QString());
-    view_.StartBut->setIcon(idleLinkPicture());
+    // Through the lamp state, so that the first good reply lights the lamp
+    // again even when it showed good before (Reinitialize while online).
+    context_.state.setLamp(LinkLamp::None);
     {
         HourglassScope hourglass;
         Link& link = context_.link;

@@ -1,10 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QElapsedTimer>
 #include <QTabWidget>
+#include <QTimer>
+#include <algorithm>
 
 #include "connection/connection_sequence.h"
 #include "tests/support/console_rig.h"
+#include "views/widgets/lamp_pictures.h"
 
 using namespace halvex;
 using namespace halvex::testing;
@@ -143,6 +147,41 @@ TEST(ConnectionSequence, ResetAndStopRequestsRideOnTheNextJogMessageOnce) {
     for (std::size_t i = 1; i < jogs.size(); ++i) {
         EXPECT_EQ(jogs[i][1] & 0x03, 0x00) << i;
     }
+}
+
+TEST(ConnectionSequence, StopClickedWhileAMoveWaitsForItsTickStillReachesTheUnit) {
+    ConsoleRig rig;
+    ASSERT_TRUE(rig.connect());
+    rig.line.clear();
+    // The stop comes while the move sleeps in its wait for the tick.
+    QTimer::singleShot(0, [&rig] { rig.click(QStringLiteral("StopBut")); });
+    rig.click(QStringLiteral("HomeBut"));
+    ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.line.frames().size() >= 4; }));
+    const auto sent = rig.line.messages(true);
+    const auto home = std::find_if(sent.begin(), sent.end(),
+                                   [](const std::vector<Byte>& m) { return m[0] == 0x36; });
+    ASSERT_NE(home, sent.end());
+    int stops = 0;
+    for (auto it = sent.begin(); it != sent.end(); ++it) {
+        if ((*it)[0] == 0x31 && ((*it)[1] & 0x02) != 0) {
+            ++stops;
+            EXPECT_GT(it, home) << "the stop went out before the move it came after";
+        }
+    }
+    EXPECT_EQ(stops, 1);
+}
+
+TEST(ConnectionSequence, ReinitializeWhileOnlineLightsTheLampAgain) {
+    ConsoleRig rig;
+    ASSERT_TRUE(rig.connect());
+    auto* start = rig.find<QPushButton>(QStringLiteral("StartBut"));
+    ASSERT_EQ(start->property("lamp").toString(), QStringLiteral("good"));
+    rig.window->findChild<QAction*>(QStringLiteral("MenuReinitialize"))->trigger();
+    EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral(" Online")));
+    // The picture itself, not only the lamp state: it must not stay grey.
+    const QImage good = goodLinkPicture().pixmap(32).toImage();
+    EXPECT_TRUE(
+        ConsoleRig::waitFor([&] { return start->icon().pixmap(32).toImage() == good; }, 1000));
 }
 
 TEST(ConnectionSequence, ExitTellsTheUnitToStopThenClosesThePort) {
