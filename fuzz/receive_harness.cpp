@@ -13,7 +13,7 @@ namespace halvex::fuzz {
 
 namespace {
 constexpr int kFastTickMs = 1;
-constexpr int kFastWatchdogMs = 3;
+constexpr int kFastWatchdogMs = 1;
 }  // namespace
 
 // The virtual unit until the console is online, then silence.
