@@ -224,6 +224,7 @@ void ConnectionSequence::HideSecondCameraControls() {
 
 void ConnectionSequence::ResetBut_Click() {
     context_.state.JogFlags = SetBit(context_.state.JogFlags, 0);
+    context_.link.requestJogMessage();
 }
 
 void ConnectionSequence::StopBut_Click() {
@@ -233,6 +234,7 @@ void ConnectionSequence::StopBut_Click() {
         return;
     }
     context_.state.JogFlags = SetBit(context_.state.JogFlags, 1);
+    context_.link.requestJogMessage();
     emit context_.events.tourDisplayEndRequested();
 }
 
@@ -243,6 +245,7 @@ void ConnectionSequence::ExitBut_Click() {
     }
     context_.state.JogFlags = SetBit(context_.state.JogFlags, 1);
     Link& link = context_.link;
+    link.requestJogMessage();
     if (!context_.state.LinkFault && link.Timer2().isActive()) {
         // Wait for the frame that carries the stop request to go out, then
         // for the reply that shows it reached the unit. A watchdog expiry

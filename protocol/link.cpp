@@ -34,13 +34,27 @@ void Link::Timer1_Timer() {
     state_.ConnectTimedOut = true;
 }
 
+void Link::requestJogMessage() {
+    if (!jogRequested_) {
+        jogRequested_ = true;
+        framesBeforeJog_ = queue_.size();
+    }
+}
+
 void Link::Timer2_Timer() {
-    if (!queue_.empty()) {
+    if (jogRequested_ && framesBeforeJog_ == 0 && jogSender_) {
+        jogRequested_ = false;
+        jogSender_();
+    } else if (!queue_.empty()) {
         const std::shared_ptr<FrameRecord> frame = queue_.front();
         queue_.pop_front();
+        if (jogRequested_ && framesBeforeJog_ > 0) {
+            --framesBeforeJog_;
+        }
         write(frame);
         state_.notifyChanged();
     } else if (!state_.SendInProgress && jogSender_) {
+        jogRequested_ = false;
         jogSender_();
     }
 }
@@ -82,6 +96,7 @@ FrameTicket Link::SendFrame(int count) {
         ahead * timer2_.interval() + kSendGraceMs);
     if (!went) {
         queue_.erase(std::remove(queue_.begin(), queue_.end(), frame), queue_.end());
+        framesBeforeJog_ = std::min(framesBeforeJog_, queue_.size());
         frame->status = FrameRecord::Status::Dropped;
         state_.reportFault(QStringLiteral("Command %1 not sent: no transmit tick")
                                .arg(hexText(frame->message.front())));
@@ -203,6 +218,7 @@ void Link::dropQueued(const QString& why) {
         frame->status = FrameRecord::Status::Dropped;
     }
     queue_.clear();
+    framesBeforeJog_ = 0;
     // Wakes every wait: the senders of those frames, and reply waits.
     state_.notifyChanged();
     if (dropped > 0) {
@@ -211,6 +227,7 @@ void Link::dropQueued(const QString& why) {
 }
 
 void Link::stop() {
+    jogRequested_ = false;
     timer1_.stop();
     timer2_.stop();
     timer4_.stop();

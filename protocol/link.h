@@ -83,6 +83,11 @@ class Link : public QObject {
     // Stops the three timers and drops whatever still waits for a tick.
     void stop();
 
+    // A jog message goes out as soon as the frames already waiting have gone,
+    // even while a sender holds the line: a stop or reset must not wait for
+    // the end of a long reload, nor overtake a move clicked before it.
+    void requestJogMessage();
+
     // Runs on every tick that no other frame is waiting for (the jog message).
     void setJogSender(std::function<void()> sender) { jogSender_ = std::move(sender); }
     // Sends the jog message now: the connection sequence's first frame.
@@ -129,6 +134,9 @@ class Link : public QObject {
     QTimer timer2_;
     QTimer timer4_;
     quint64 framesSent_ = 0;
+    bool jogRequested_ = false;
+    // Frames that were waiting when the jog message was asked for.
+    std::size_t framesBeforeJog_ = 0;
 };
 
 }  // namespace halvex

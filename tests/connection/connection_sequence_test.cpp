@@ -171,6 +171,21 @@ TEST(ConnectionSequence, StopClickedWhileAMoveWaitsForItsTickStillReachesTheUnit
     EXPECT_EQ(stops, 1);
 }
 
+TEST(ConnectionSequence, StopDuringAPresetReloadGoesOutBeforeTheReloadEnds) {
+    ConsoleRig rig;
+    // The connection sequence holds the line for 32 preset requests.
+    QTimer::singleShot(1500, [&rig] { rig.click(QStringLiteral("StopBut")); });
+    ASSERT_TRUE(rig.connect());
+    const auto sent = rig.line.messages(true);
+    const auto stop = std::find_if(sent.begin(), sent.end(), [](const std::vector<Byte>& m) {
+        return m[0] == 0x31 && (m[1] & 0x02) != 0;
+    });
+    ASSERT_NE(stop, sent.end());
+    const auto lastPreset =
+        std::find_if(sent.rbegin(), sent.rend(), [](const auto& m) { return m[0] == 0x40; });
+    EXPECT_LT(stop, lastPreset.base()) << "the stop waited for the reload to end";
+}
+
 TEST(ConnectionSequence, ReinitializeWhileOnlineLightsTheLampAgain) {
     ConsoleRig rig;
     ASSERT_TRUE(rig.connect());
