@@ -70,7 +70,8 @@ class CommandLine {
     CommandLine() {
         parser_.setApplicationDescription(
             QStringLiteral("Operator console for Halvex pan & tilt units.\n"
-                           "COMn is the device in $HALVEX_COM<n>, else /dev/ttyS<n-1>."));
+                           "COMn is the device in $HALVEX_COM<n>, else the one chosen in\n"
+                           "Port > Device For COMn, else /dev/ttyS<n-1>."));
         parser_.addOption(help_);
         parser_.addOption(version_);
         parser_.addOption(simulate_);

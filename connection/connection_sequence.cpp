@@ -8,7 +8,6 @@
 #include "protocol/port_map.h"
 #include "protocol/senders.h"
 #include "protocol/wait.h"
-#include "views/widgets/lamp_pictures.h"
 
 namespace halvex {
 
@@ -117,7 +116,9 @@ bool ConnectionSequence::initialise() {
     letEventsRun();
 
     view_.StartBut->setText(QString());
-    view_.StartBut->setIcon(idleLinkPicture());
+    // Through the lamp state, so that the first good reply lights the lamp
+    // again even when it showed good before (Reinitialize while online).
+    context_.state.setLamp(LinkLamp::None);
     {
         HourglassScope hourglass;
         Link& link = context_.link;
@@ -233,6 +234,7 @@ void ConnectionSequence::HideSecondCameraControls() {
 
 void ConnectionSequence::ResetBut_Click() {
     context_.state.JogFlags = SetBit(context_.state.JogFlags, 0);
+    context_.link.requestJogMessage();
 }
 
 void ConnectionSequence::StopBut_Click() {
@@ -242,6 +244,7 @@ void ConnectionSequence::StopBut_Click() {
         return;
     }
     context_.state.JogFlags = SetBit(context_.state.JogFlags, 1);
+    context_.link.requestJogMessage();
     emit context_.events.tourDisplayEndRequested();
 }
 
@@ -252,6 +255,7 @@ void ConnectionSequence::ExitBut_Click() {
     }
     context_.state.JogFlags = SetBit(context_.state.JogFlags, 1);
     Link& link = context_.link;
+    link.requestJogMessage();
     if (!context_.state.LinkFault && link.Timer2().isActive()) {
         // Wait for the frame that carries the stop request to go out, then
         // for the reply that shows it reached the unit. A watchdog expiry

@@ -15,14 +15,20 @@ const QStringList PortSelection::SerialFormatTable = {
     QStringLiteral("7/E/2"), QStringLiteral("7/O/2")};
 
 PortSelection::PortSelection(QMenu* portMenu, QMenu* speedMenu, QObject* parent) : QObject(parent) {
+    setObjectName(QStringLiteral("PortSelection"));
     for (int n = 1; n <= 8; ++n) {
-        auto* action =
-            portMenu->addAction(QStringLiteral("COM%1   (%2)").arg(n).arg(comPortDevice(n)));
+        auto* action = portMenu->addAction(QString());
         action->setObjectName(QStringLiteral("MenuCOM_%1").arg(n));
         action->setCheckable(true);
         connect(action, &QAction::triggered, this, [this, n] { MenuCOM_Click(n); });
         MenuCOM[static_cast<std::size_t>(n)] = action;
     }
+    showDevices();
+    portMenu->addSeparator();
+    deviceMenu_ = new DeviceMenu(
+        portMenu, [this] { return ComPort; }, this);
+    connect(deviceMenu_, &DeviceMenu::mappingChanged, this, &PortSelection::showDevices);
+    connect(portMenu, &QMenu::aboutToShow, this, &PortSelection::showDevices);
     for (int i = 0; i < static_cast<int>(kMenuSpeeds.size()); ++i) {
         auto* action =
             speedMenu->addAction(QString::number(kMenuSpeeds[static_cast<std::size_t>(i)]));
@@ -30,6 +36,13 @@ PortSelection::PortSelection(QMenu* portMenu, QMenu* speedMenu, QObject* parent)
         action->setCheckable(true);
         connect(action, &QAction::triggered, this, [this, i] { MenuBPS_Click(i); });
         MenuBPS[static_cast<std::size_t>(i)] = action;
+    }
+}
+
+void PortSelection::showDevices() {
+    for (int n = 1; n <= 8; ++n) {
+        MenuCOM[static_cast<std::size_t>(n)]->setText(
+            QStringLiteral("COM%1   (%2)").arg(n).arg(comPortDevice(n)));
     }
 }
 
@@ -61,6 +74,7 @@ QString PortSelection::load(const SettingsFile& file) {
         ComPort = 1;  // in memory only; the file keeps what it says
     }
     MenuCOM[static_cast<std::size_t>(ComPort)]->setChecked(true);
+    deviceMenu_->refresh();
 
     UncheckBaudMenu();
     if (BaudRate == 0) {
@@ -95,6 +109,7 @@ void PortSelection::MenuCOM_Click(int index) {
     UncheckComMenu();
     MenuCOM[static_cast<std::size_t>(index)]->setChecked(true);
     ComPort = index;
+    deviceMenu_->refresh();
     save();
     // No state suffix after a menu change: " Offline" drops from the title.
     emit titleChanged(title(QString()));

@@ -7,6 +7,7 @@
 #include <array>
 #include <functional>
 
+#include "connection/device_menu.h"
 #include "connection/settings_file.h"
 
 namespace halvex {
@@ -31,13 +32,14 @@ class PortSelection : public QObject {
     void MenuBPS_Click(int index);
 
     int comPort() const { return ComPort; }
+    // "Device For COMn": maps the chosen COM number to a device present.
+    DeviceMenu& deviceMenu() { return *deviceMenu_; }
     qint32 baudRate() const { return BaudRate; }
 
     // "Halvex Remote Control Emulator Ver 2.00"
     static QString titlePrefix();
     // prefix + " Using COM1 At 9600" + suffix
     QString title(const QString& suffix) const;
-
 
     // Speed and character-format texts of a camera port, by index.
     static const QStringList BaudTextTable;
@@ -48,6 +50,8 @@ class PortSelection : public QObject {
     void settingsError(const QString& message);
 
   private:
+    // Shows beside each COM entry the device it opens.
+    void showDevices();
     void UncheckComMenu();
     void UncheckBaudMenu();
     void save();
@@ -57,6 +61,7 @@ class PortSelection : public QObject {
     qint32 BaudRate = 9600;
     std::array<QAction*, 9> MenuCOM{};  // entries 1..8
     std::array<QAction*, 6> MenuBPS{};
+    DeviceMenu* deviceMenu_ = nullptr;
 };
 
 }  // namespace halvex

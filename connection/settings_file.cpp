@@ -46,8 +46,19 @@ bool SettingsFile::write(const PortSettings& settings, QString& error) const {
     // Written to a temporary and renamed, so a failed write never leaves a
     // half-written file behind.
     QSaveFile file(path_);
-    if (!file.open(QIODevice::WriteOnly) || file.write(bytes, kFileSize) != kFileSize ||
-        !file.commit()) {
+    if (file.open(QIODevice::WriteOnly)) {
+        if (file.write(bytes, kFileSize) == kFileSize && file.commit()) {
+            return true;
+        }
+        error = QStringLiteral("The settings file \"%1\" could not be written: %2.")
+                    .arg(path_, file.errorString());
+        return false;
+    }
+    // No new file may be made beside it (a folder where only the file itself
+    // is writable): write the file in place.
+    QFile inPlace(path_);
+    if (!exists() || !inPlace.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+        inPlace.write(bytes, kFileSize) != kFileSize || !inPlace.flush()) {
         error = QStringLiteral("The settings file \"%1\" could not be written: %2.")
                     .arg(path_, file.errorString());
         return false;

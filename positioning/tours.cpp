@@ -180,7 +180,9 @@ void Tours::decodeStep() {
     QListWidget* list = page_.ScriptList;
     if (rx[0] == kReplace && step < list->count()) {
         list->item(step)->setText(line);
-    } else {
+    } else if (list->count() < kNoStep) {
+        // A tour has at most 255 steps; a line that keeps sending step
+        // replies must not grow the list without end.
         list->addItem(line);
     }
 }

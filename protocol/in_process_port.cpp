@@ -32,14 +32,15 @@ void InProcessPort::close() {
     }
 }
 
-void InProcessPort::writeByte(Byte value) {
+bool InProcessPort::writeByte(Byte value) {
     if (!open_) {
-        return;
+        return false;
     }
     if (peer_ != nullptr) {
         peer_->receiveFromConsole(&value, 1);
     }
     schedulePump();
+    return true;
 }
 
 int InProcessPort::bytesWaiting() {

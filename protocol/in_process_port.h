@@ -22,7 +22,7 @@ class InProcessPort : public SerialPort {
     bool isOpen() const override { return open_; }
     qint32 baudRate() const override { return baudRate_; }
 
-    void writeByte(Byte value) override;
+    bool writeByte(Byte value) override;
     int bytesWaiting() override;
     Byte readByte() override;
     void discardInput() override;

@@ -2,14 +2,11 @@
 
 #include <algorithm>
 
+#include "protocol/capture_line.h"
 #include "protocol/fault_guard.h"
 #include "protocol/wait.h"
 
 namespace halvex {
-
-QString hexByte(Byte value) {
-    return QStringLiteral("%1 ").arg(value, 2, 16, QLatin1Char('0')).toUpper();
-}
 
 Link::Link(FormState& state, QObject* parent) : QObject(parent), state_(state) {
     timer1_.setInterval(kConnectTimeoutMs);
@@ -37,13 +34,27 @@ void Link::Timer1_Timer() {
     state_.ConnectTimedOut = true;
 }
 
+void Link::requestJogMessage() {
+    if (!jogRequested_) {
+        jogRequested_ = true;
+        framesBeforeJog_ = queue_.size();
+    }
+}
+
 void Link::Timer2_Timer() {
-    if (!queue_.empty()) {
+    if (jogRequested_ && framesBeforeJog_ == 0 && jogSender_) {
+        jogRequested_ = false;
+        jogSender_();
+    } else if (!queue_.empty()) {
         const std::shared_ptr<FrameRecord> frame = queue_.front();
         queue_.pop_front();
+        if (jogRequested_ && framesBeforeJog_ > 0) {
+            --framesBeforeJog_;
+        }
         write(frame);
         state_.notifyChanged();
     } else if (!state_.SendInProgress && jogSender_) {
+        jogRequested_ = false;
         jogSender_();
     }
 }
@@ -85,9 +96,10 @@ FrameTicket Link::SendFrame(int count) {
         ahead * timer2_.interval() + kSendGraceMs);
     if (!went) {
         queue_.erase(std::remove(queue_.begin(), queue_.end(), frame), queue_.end());
+        framesBeforeJog_ = std::min(framesBeforeJog_, queue_.size());
         frame->status = FrameRecord::Status::Dropped;
-        state_.reportFault(QStringLiteral("Command %1not sent: no transmit tick")
-                               .arg(hexByte(frame->message.front())));
+        state_.reportFault(QStringLiteral("Command %1 not sent: no transmit tick")
+                               .arg(hexText(frame->message.front())));
     }
     return frame;
 }
@@ -96,21 +108,48 @@ void Link::transmit(int count) {
     if (!portOpen()) {
         return;
     }
-    write(takeFrame(count));
+    const std::shared_ptr<FrameRecord> frame = takeFrame(count);
+    write(frame);
+    // Stop and reset requests are one-shot, and only the jog message carries
+    // them: a command frame that takes a tick in between must not swallow a
+    // stop that no frame has carried yet.
+    if (wentOut(frame)) {
+        state_.JogFlags = ClearBit(state_.JogFlags, 1);
+        state_.JogFlags = ClearBit(state_.JogFlags, 0);
+        state_.notifyChanged();
+    }
 }
 
-void Link::writeStuffed(Byte value, QString& capture) {
-    if (needsStuffing(value)) {
-        port_->writeByte(kEsc);
-        capture += hexByte(kEsc);
-        port_->writeByte(static_cast<Byte>(value | 0x80));
-    } else {
-        port_->writeByte(value);
+bool Link::writeStuffed(Byte value, CaptureLine& capture) {
+    if (!needsStuffing(value)) {
+        return port_->writeByte(value);
     }
+    capture.addEscape();
+    return port_->writeByte(kEsc) && port_->writeByte(static_cast<Byte>(value | 0x80));
 }
 
 void Link::write(const std::shared_ptr<FrameRecord>& record) {
     FrameRecord& frame = *record;
+    CaptureLine capture;
+    capture.add(kStx);
+    bool written = port_->writeByte(kStx) && writeStuffed(frame.address, capture);
+    // The capture names the configured unit, even when an override went out.
+    capture.add(frame.captureId);
+    for (std::size_t i = 0; written && i < frame.message.size(); ++i) {
+        written = writeStuffed(frame.message[i], capture);
+        capture.add(frame.message[i]);
+    }
+    written = written && port_->writeByte(kEtx);
+    if (!written) {
+        // The port has taken it as a port error and closes; nothing will
+        // answer a frame that did not get out whole.
+        frame.status = FrameRecord::Status::Dropped;
+        state_.reportFault(QStringLiteral("Command %1 not sent: writing to the port failed")
+                               .arg(hexText(frame.message.front())));
+        state_.notifyChanged();
+        return;
+    }
+    capture.add(kEtx);
     frame.status = FrameRecord::Status::Sent;
     // A unit that stopped answering must not make this list grow.
     constexpr std::size_t kMostAwaited = 8;
@@ -120,28 +159,13 @@ void Link::write(const std::shared_ptr<FrameRecord>& record) {
     }
     awaiting_.push_back(record);
 
-    QString capture = hexByte(kStx);
-    port_->writeByte(kStx);
-    writeStuffed(frame.address, capture);
-    // The capture names the configured unit, even when an override went out.
-    capture += hexByte(frame.captureId);
-    for (const Byte value : frame.message) {
-        writeStuffed(value, capture);
-        capture += hexByte(value);
-    }
-    port_->writeByte(kEtx);
-    capture += QStringLiteral("03");
-
     ++framesSent_;
-    emit frameSent(capture);
+    emit frameSent(capture.text());
     // Armed once and left running: re-arming on every frame would keep a
     // silent unit from ever being noticed while the jog message flows.
     if (!timer4_.isActive()) {
         timer4_.start();
     }
-    // Stop and reset requests go out with one frame only.
-    state_.JogFlags = ClearBit(state_.JogFlags, 1);
-    state_.JogFlags = ClearBit(state_.JogFlags, 0);
     state_.notifyChanged();
 }
 
@@ -194,6 +218,7 @@ void Link::dropQueued(const QString& why) {
         frame->status = FrameRecord::Status::Dropped;
     }
     queue_.clear();
+    framesBeforeJog_ = 0;
     // Wakes every wait: the senders of those frames, and reply waits.
     state_.notifyChanged();
     if (dropped > 0) {
@@ -202,6 +227,7 @@ void Link::dropQueued(const QString& why) {
 }
 
 void Link::stop() {
+    jogRequested_ = false;
     timer1_.stop();
     timer2_.stop();
     timer4_.stop();

@@ -40,6 +40,8 @@ inline bool wentOut(const FrameTicket& frame) {
 // A frame is copied out of TxBuffer when it is queued, so a second handler
 // that fills TxBuffer while the first one waits for its tick cannot change
 // it; every wait ends on its event, the port closing or a time-out.
+class CaptureLine;
+
 class Link : public QObject {
     Q_OBJECT
   public:
@@ -64,7 +66,8 @@ class Link : public QObject {
     FrameTicket SendFrame(int count);
 
     // Writes TxBuffer[0..count] (the LRC already at [count]) at once: for the
-    // jog message, which is sent from the tick itself.
+    // jog message, which is sent from the tick itself. Once it is out, the
+    // stop and reset requests it carried are cleared.
     void transmit(int count);
 
     // Sleeps until the frame is answered, the watchdog gives up on it, the
@@ -79,6 +82,11 @@ class Link : public QObject {
 
     // Stops the three timers and drops whatever still waits for a tick.
     void stop();
+
+    // A jog message goes out as soon as the frames already waiting have gone,
+    // even while a sender holds the line: a stop or reset must not wait for
+    // the end of a long reload, nor overtake a move clicked before it.
+    void requestJogMessage();
 
     // Runs on every tick that no other frame is waiting for (the jog message).
     void setJogSender(std::function<void()> sender) { jogSender_ = std::move(sender); }
@@ -106,7 +114,8 @@ class Link : public QObject {
     void Timer4_Timer();
     std::shared_ptr<FrameRecord> takeFrame(int count);
     void write(const std::shared_ptr<FrameRecord>& frame);
-    void writeStuffed(Byte value, QString& capture);
+    // False when the port failed to take a byte.
+    bool writeStuffed(Byte value, CaptureLine& capture);
     // Drops the queue; `why` names the cause for the status bar.
     void dropQueued(const QString& why);
     void onPortClosed();
@@ -125,9 +134,9 @@ class Link : public QObject {
     QTimer timer2_;
     QTimer timer4_;
     quint64 framesSent_ = 0;
+    bool jogRequested_ = false;
+    // Frames that were waiting when the jog message was asked for.
+    std::size_t framesBeforeJog_ = 0;
 };
-
-// "9A " style text of one byte.
-QString hexByte(Byte value);
 
 }  // namespace halvex

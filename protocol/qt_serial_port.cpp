@@ -1,7 +1,5 @@
 #include "protocol/qt_serial_port.h"
 
-#include <QTimer>
-
 namespace halvex {
 
 QtSerialPort::QtSerialPort(QObject* parent) : SerialPort(parent) {
@@ -20,21 +18,13 @@ void QtSerialPort::onError(QSerialPort::SerialPortError error) {
         default:
             return;
     }
-    if (!port_.isOpen() || lossPending_) {
-        return;
-    }
-    // Closed from the event loop, not from inside the read or write that
-    // failed; until then the port polls a dead device.
-    lossPending_ = true;
-    const QString reason = QStringLiteral("the device went away (%1)").arg(port_.errorString());
-    QTimer::singleShot(0, this, [this, reason] {
-        lossPending_ = false;
-        if (port_.isOpen()) {
-            port_.close();
-            emit closed();
-            emit lost(reason);
-        }
-    });
+    deviceFailed(QStringLiteral("the device went away (%1)").arg(port_.errorString()));
+}
+
+void QtSerialPort::abandonDevice() {
+    // No flush: the device is gone, and a flush would only fail on it.
+    port_.close();
+    emit closed();
 }
 
 bool QtSerialPort::open(const QString& device, qint32 baudRate) {
@@ -72,9 +62,13 @@ bool QtSerialPort::isOpen() const {
     return port_.isOpen();
 }
 
-void QtSerialPort::writeByte(Byte value) {
+bool QtSerialPort::writeByte(Byte value) {
     const char c = static_cast<char>(value);
-    port_.write(&c, 1);
+    if (port_.write(&c, 1) == 1) {
+        return true;
+    }
+    deviceFailed(QStringLiteral("writing to it failed (%1)").arg(port_.errorString()));
+    return false;
 }
 
 int QtSerialPort::bytesWaiting() {

@@ -17,17 +17,19 @@ class QtSerialPort : public SerialPort {
     bool isOpen() const override;
     qint32 baudRate() const override { return baudRate_; }
 
-    void writeByte(Byte value) override;
+    bool writeByte(Byte value) override;
     int bytesWaiting() override;
     Byte readByte() override;
     void discardInput() override;
     bool waitForBytes(int msecs) override;
 
+  protected:
+    void abandonDevice() override;
+
   private:
     void onError(QSerialPort::SerialPortError error);
 
     QSerialPort port_;
-    bool lossPending_ = false;
     qint32 baudRate_ = 9600;
 };
 

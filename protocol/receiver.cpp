@@ -2,6 +2,7 @@
 
 #include <QTimer>
 
+#include "protocol/capture_line.h"
 #include "protocol/fault_guard.h"
 #include "protocol/flag_scope.h"
 #include "protocol/link.h"
@@ -68,16 +69,14 @@ void Receiver::showFault() {
     state_.setLamp(LinkLamp::Fault);
 }
 
-Byte Receiver::readUnstuffed(int waiting, Byte& raw, QString& capture, bool captureEscape) {
+Byte Receiver::readUnstuffed(int waiting, Byte& raw, CaptureLine& capture) {
     raw = port_->readByte();
     if (raw != kEsc) {
         return raw;
     }
     // An escape needs its partner; if it has not come yet, give it a moment.
     if (waiting >= 2 || port_->waitForBytes(settleMs())) {
-        if (captureEscape) {
-            capture += hexByte(kEsc);
-        }
+        capture.addEscape();
         return static_cast<Byte>(port_->readByte() & 0x7F);
     }
     return raw;
@@ -87,7 +86,7 @@ void Receiver::ReceiveFrame() {
     if (port_ == nullptr) {
         return;
     }
-    QString capture;
+    CaptureLine capture;
     bool complete = false;
     {
         // A data event raised by a short wait inside the read must not start
@@ -109,7 +108,7 @@ void Receiver::ReceiveFrame() {
 
 // Steps up to the LRC check; true when the frame is good and should be
 // dispatched.
-bool Receiver::readFrame(QString& capture) {
+bool Receiver::readFrame(CaptureLine& capture) {
     link_.noteReceiveEvent();
     int waiting = port_->bytesWaiting();
     if (waiting == 0) {
@@ -140,7 +139,7 @@ bool Receiver::readFrame(QString& capture) {
         return false;
     }
 
-    capture = hexByte(kAck);
+    capture.add(kAck);
     waiting = port_->bytesWaiting();
     if (waiting < 1 && port_->waitForBytes(settleMs())) {
         waiting = port_->bytesWaiting();
@@ -152,11 +151,11 @@ bool Receiver::readFrame(QString& capture) {
     }
 
     Byte raw = 0;
-    const Byte address = readUnstuffed(waiting, raw, capture, false);
+    const Byte address = readUnstuffed(waiting, raw, capture);
     if (address < 100) {
         emit receivingIdChanged(QStringLiteral("Currently Receiving ID Of %1").arg(address));
     }
-    capture += hexByte(address);
+    capture.add(address);
 
     int index = 0;
     bool ended = false;
@@ -168,17 +167,16 @@ bool Receiver::readFrame(QString& capture) {
         if (waiting == 0) {
             break;
         }
-        const Byte value = readUnstuffed(waiting, raw, capture, true);
+        const Byte value = readUnstuffed(waiting, raw, capture);
         state_.RxBuffer[index] = value;
-        capture += hexByte(value);
+        capture.add(value);
         ++index;
         if (raw == kEtx) {
             ended = true;
             break;
         }
     }
-    capture = capture.trimmed();
-    emit frameReceived(capture);
+    emit frameReceived(capture.text());
 
     if (!ended) {
         showFault();

@@ -11,6 +11,7 @@
 
 namespace halvex {
 
+class CaptureLine;
 class Link;
 
 // The receive path: finds a reply in the port's buffer, unstuffs it into
@@ -44,8 +45,8 @@ class Receiver : public QObject {
     void scheduleLeftovers();
     // Reads one byte of a stuffed field; `waiting` is what the port held
     // before the read. `raw` gets the byte as it came off the line.
-    Byte readUnstuffed(int waiting, Byte& raw, QString& capture, bool captureEscape);
-    bool readFrame(QString& capture);
+    Byte readUnstuffed(int waiting, Byte& raw, CaptureLine& capture);
+    bool readFrame(CaptureLine& capture);
     int settleMs() const;
     void showFault();
 

@@ -19,7 +19,9 @@ class SerialPort : public QObject {
     virtual bool isOpen() const = 0;
     virtual qint32 baudRate() const = 0;
 
-    virtual void writeByte(Byte value) = 0;
+    // False when the byte could not be handed to the device: a port error,
+    // after which the port closes as if the device had gone (deviceFailed).
+    virtual bool writeByte(Byte value) = 0;
     virtual int bytesWaiting() = 0;
     virtual Byte readByte() = 0;
     virtual void discardInput() = 0;
@@ -39,6 +41,17 @@ class SerialPort : public QObject {
     // Raised after the port closed itself because the device went away (an
     // adapter pulled out, the far end of a pseudo-terminal gone).
     void lost(const QString& reason);
+
+  protected:
+    // The device failed under the open port. The port is closed from the
+    // event loop, never inside the read or write that failed, and then
+    // closed() and lost() are raised; failures until then are the same one.
+    void deviceFailed(const QString& reason);
+    // Closes the port without touching the device any more, raising closed().
+    virtual void abandonDevice() { close(); }
+
+  private:
+    bool lossPending_ = false;
 };
 
 }  // namespace halvex

@@ -1,9 +1,10 @@
 #!/usr/bin/env bash
 # Configures and builds into the folder given (default: build).
-# Extra arguments go to CMake, e.g. -DHALVEX_SANITIZE=ON.
+# Extra arguments go to CMake, e.g. -DHALVEX_SANITIZE=ON. Warnings are errors
+# here (and so in CI); a plain cmake build leaves them warnings.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 dir=${1:-build}
 shift || true
-cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo "$@" >/dev/null
+cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DHALVEX_WERROR=ON "$@" >/dev/null
 cmake --build "$dir" -j"$(nproc)"

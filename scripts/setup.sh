@@ -3,6 +3,7 @@
 # missing. Safe to run again. Uses sudo when not run as root.
 #   --with-display    also a virtual X server (xvfb)
 #   --with-packaging  also what building and checking the .deb needs
+#   --with-fuzzing    also clang and its libFuzzer runtime (bench/fuzz-receive.sh)
 set -euo pipefail
 
 packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libgtest-dev libhamlib-utils)
@@ -10,8 +11,11 @@ for flag in "$@"; do
     case "$flag" in
         --with-display) packages+=(xvfb) ;;
         --with-packaging) packages+=(dpkg-dev desktop-file-utils appstream libglib2.0-bin) ;;
+        # Debian 12's clang keeps the libFuzzer and sanitizer runtimes in
+        # libclang-rt-14-dev, which clang's packages only recommend.
+        --with-fuzzing) packages+=(clang libclang-rt-14-dev) ;;
         *)
-            echo "setup.sh: unknown option $flag (known: --with-display, --with-packaging)" >&2
+            echo "setup.sh: unknown option $flag (known: --with-display, --with-packaging, --with-fuzzing)" >&2
             exit 2
             ;;
     esac

@@ -9,13 +9,17 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
+#include <QPainter>
 #include <QPushButton>
 #include <QScrollBar>
+#include <QSettings>
 #include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <cstdio>
 
+#include "connection/port_selection.h"
 #include "protocol/in_process_port.h"
 #include "sim/unit.h"
 #include "views/pages/pan_tilt_page.h"
@@ -61,6 +65,36 @@ void sendAndCatchAnswer(halvex::VornixU& window) {
     (void)QTest::qWaitFor([&] { return replies->text().size() >= 6; }, 3000);
 }
 
+// The Port menu with its device submenu open beside it, for an adapter
+// mapped to COM1.
+bool savePortMenu(halvex::VornixU& window, const QString& path) {
+    window.findChild<halvex::PortSelection*>()->deviceMenu().setDeviceSource([] {
+        return QList<halvex::SerialDevice>{
+            {QStringLiteral("/dev/serial/by-id/usb-FTDI_FT232R_USB_UART_A10K3XYZ-if00-port0"),
+             QStringLiteral("/dev/ttyUSB0"), QStringLiteral("FT232R USB UART"),
+             QStringLiteral("FTDI"), QStringLiteral("A10K3XYZ")}};
+    });
+    window.findChild<QAction*>(QStringLiteral("MenuDevice_0"))->trigger();
+    auto* portMenu = window.findChild<QMenu*>(QStringLiteral("PortMenu"));
+    auto* deviceMenu = window.findChild<QMenu*>(QStringLiteral("MenuDevice"));
+    portMenu->popup(QPoint(0, 0));
+    deviceMenu->popup(QPoint(0, 0));
+    QTest::qWait(200);
+    const QPixmap left = portMenu->grab();
+    const QPixmap right = deviceMenu->grab();
+    portMenu->hide();
+    deviceMenu->hide();
+    QPixmap both(left.width() + right.width(), std::max(left.height(), right.height()));
+    both.fill(Qt::white);
+    QPainter painter(&both);
+    painter.drawPixmap(0, 0, left);
+    painter.drawPixmap(left.width(), 0, right);
+    painter.end();
+    const bool ok = both.save(path);
+    std::printf("%s %s\n", ok ? "wrote" : "FAILED", qPrintable(path));
+    return ok;
+}
+
 QString fileName(const QString& caption) {
     return caption.toLower().remove(QLatin1Char('/')).remove(QLatin1Char(' '));
 }
@@ -74,9 +108,11 @@ int main(int argc, char* argv[]) {
     const QString out = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral(".");
     QDir().mkpath(out);
 
-    // The settings file goes to a scratch directory, not the caller's.
+    // The settings file and the user's settings go to a scratch directory,
+    // not the caller's.
     QTemporaryDir scratch;
     QDir::setCurrent(scratch.path());
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, scratch.path());
 
     halvex::sim::Unit unit;
     auto* port = new halvex::InProcessPort(&unit);
@@ -86,6 +122,7 @@ int main(int argc, char* argv[]) {
     window.show();
     QTest::qWait(200);
     bool ok = save(window, out + QStringLiteral("/offline.png"));
+    ok = savePortMenu(window, out + QStringLiteral("/portmenu.png")) && ok;
 
     window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
     if (!QTest::qWaitFor([&] { return window.windowTitle().endsWith(QStringLiteral(" Online")); },

@@ -1,11 +1,15 @@
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QElapsedTimer>
 #include <QTabWidget>
+#include <QTimer>
+#include <algorithm>
 #include <utility>
 
 #include "connection/connection_sequence.h"
 #include "tests/support/console_rig.h"
+#include "views/widgets/lamp_pictures.h"
 
 using namespace halvex;
 using namespace halvex::testing;
@@ -154,15 +158,68 @@ TEST(ConnectionSequence, ResetAndStopRequestsRideOnTheNextJogMessageOnce) {
     }
 }
 
+TEST(ConnectionSequence, StopClickedWhileAMoveWaitsForItsTickStillReachesTheUnit) {
+    ConsoleRig rig;
+    ASSERT_TRUE(rig.connect());
+    rig.line.clear();
+    // The stop comes while the move sleeps in its wait for the tick.
+    QTimer::singleShot(0, [&rig] { rig.click(QStringLiteral("StopBut")); });
+    rig.click(QStringLiteral("HomeBut"));
+    ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.line.frames().size() >= 4; }));
+    const auto sent = rig.line.messages(true);
+    const auto home = std::find_if(sent.begin(), sent.end(),
+                                   [](const std::vector<Byte>& m) { return m[0] == 0x36; });
+    ASSERT_NE(home, sent.end());
+    int stops = 0;
+    for (auto it = sent.begin(); it != sent.end(); ++it) {
+        if ((*it)[0] == 0x31 && ((*it)[1] & 0x02) != 0) {
+            ++stops;
+            EXPECT_GT(it, home) << "the stop went out before the move it came after";
+        }
+    }
+    EXPECT_EQ(stops, 1);
+}
+
+TEST(ConnectionSequence, StopDuringAPresetReloadGoesOutBeforeTheReloadEnds) {
+    ConsoleRig rig;
+    // The connection sequence holds the line for 32 preset requests.
+    QTimer::singleShot(1500, [&rig] { rig.click(QStringLiteral("StopBut")); });
+    ASSERT_TRUE(rig.connect());
+    const auto sent = rig.line.messages(true);
+    const auto stop = std::find_if(sent.begin(), sent.end(), [](const std::vector<Byte>& m) {
+        return m[0] == 0x31 && (m[1] & 0x02) != 0;
+    });
+    ASSERT_NE(stop, sent.end());
+    const auto lastPreset =
+        std::find_if(sent.rbegin(), sent.rend(), [](const auto& m) { return m[0] == 0x40; });
+    EXPECT_LT(stop, lastPreset.base()) << "the stop waited for the reload to end";
+}
+
+TEST(ConnectionSequence, ReinitializeWhileOnlineLightsTheLampAgain) {
+    ConsoleRig rig;
+    ASSERT_TRUE(rig.connect());
+    auto* start = rig.find<QPushButton>(QStringLiteral("StartBut"));
+    ASSERT_EQ(start->property("lamp").toString(), QStringLiteral("good"));
+    rig.window->findChild<QAction*>(QStringLiteral("MenuReinitialize"))->trigger();
+    EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral(" Online")));
+    // The picture itself, not only the lamp state: it must not stay grey.
+    const QImage good = goodLinkPicture().pixmap(32).toImage();
+    EXPECT_TRUE(
+        ConsoleRig::waitFor([&] { return start->icon().pixmap(32).toImage() == good; }, 1000));
+}
+
 TEST(ConnectionSequence, ExitTellsTheUnitToStopThenClosesThePort) {
     ConsoleRig rig;
     ASSERT_TRUE(rig.connect());
     rig.line.clear();
     rig.window->close();
     EXPECT_FALSE(rig.port->isOpen());
-    ASSERT_FALSE(rig.line.frames().empty());
-    EXPECT_EQ(rig.line.frames().back().message[0], 0x31);
-    EXPECT_EQ(rig.line.frames().back().message[1] & 0x02, 0x02);
+    // A jog message carried the stop request (on a slow machine another may
+    // follow it while Exit waits for the reply).
+    const auto& frames = rig.line.frames();
+    EXPECT_TRUE(std::any_of(frames.begin(), frames.end(), [](const auto& frame) {
+        return frame.message[0] == 0x31 && (frame.message[1] & 0x02) != 0;
+    }));
     EXPECT_FALSE(rig.window->link().Timer2().isActive());
 }
 

@@ -97,6 +97,14 @@ TEST(TourEdit, AppendSendsPresetCameraAndDwellBytesAndTheReplyAddsTheLine) {
     EXPECT_EQ(rig.list("ScriptList")->count(), 2);
 }
 
+TEST(TourEdit, StepRepliesNeverGrowTheListPastTheLongestTour) {
+    PositioningRig rig;
+    for (int i = 0; i < 300; ++i) {
+        rig.inject({0x52, 0, static_cast<Byte>(i % 200), 1, 5});
+    }
+    EXPECT_EQ(rig.list("ScriptList")->count(), 255);
+}
+
 TEST(TourEdit, InsertAndReplaceNeedASelectedStep) {
     PositioningRig rig;
     rig.model.tours[0] = {{1, 5}};

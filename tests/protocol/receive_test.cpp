@@ -160,3 +160,26 @@ TEST(ReceiveFrame, GoodReplyStopsTheWatchdog) {
     ASSERT_TRUE(waitFor([&] { return rig.state.LastResponseCode == 0x31; }));
     EXPECT_FALSE(rig.link.Timer4().isActive());
 }
+
+TEST(ReceiveFrame, CaptureShowsEveryEscapeTheAddresssTooAndNoTrailingBlank) {
+    struct Case {
+        const char* what;
+        Byte unitId;
+        std::vector<Byte> wire;
+        const char* capture;
+    };
+    const Case cases[] = {
+        {"plain", 1, ScriptedUnit::replyWire(1, {0x31, 0x10}), "06 01 31 10 20 03"},
+        {"escaped address", 3, ScriptedUnit::replyWire(3, {0x31, 0x10}), "06 1B 03 31 10 22 03"},
+        {"escaped payload", 1, ScriptedUnit::replyWire(1, {0x33, 0x1B}), "06 01 33 1B 1B 29 03"},
+        {"cut short", 1, {0x06, 0x01, 0x31, 0x10}, "06 01 31 10"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        ReceiveRig rig;
+        rig.state.UnitId = c.unitId;
+        rig.arrive(c.wire);
+        QTest::qWait(40);  // a cut frame is given up after a few character times
+        EXPECT_EQ(rig.lastReceived, QLatin1String(c.capture));
+    }
+}

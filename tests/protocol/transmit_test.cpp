@@ -44,7 +44,7 @@ TEST(SendFrame, EscapedAddressIsSentEscapedButCapturedPlain) {
     EXPECT_EQ(rig.lastSent, QStringLiteral("02 1B 03 31 32 03"));
 }
 
-TEST(SendFrame, CommandsGoOutOnePerTickAndJogFlagsRequestsAreOneShot) {
+TEST(SendFrame, CommandsGoOutOnePerTickAndLeaveTheStopRequestToTheJogMessage) {
     LinkRig rig;
     QElapsedTimer clock;
     clock.start();
@@ -52,7 +52,9 @@ TEST(SendFrame, CommandsGoOutOnePerTickAndJogFlagsRequestsAreOneShot) {
     QObject::connect(&rig.link, &Link::frameSent, [&] { sentAt.push_back(clock.elapsed()); });
     rig.state.JogFlags = 0xC3;  // direction bits and both requests
     rig.send({0x33, 1, 2, 3, 4, 5, 6});
-    EXPECT_EQ(rig.state.JogFlags, 0xC0);
+    // The move does not carry the flags byte, so it must not use up the
+    // requests.
+    EXPECT_EQ(rig.state.JogFlags, 0xC3);
     rig.send({0x34, 1, 2, 3, 4, 5, 6});
     ASSERT_EQ(rig.unit.frames().size(), 2u);
     ASSERT_EQ(sentAt.size(), 2u);
@@ -124,4 +126,22 @@ TEST(RangeFault, StopsTheHandlerSendsNothingAndPutsTheFlagBack) {
     // The link still works afterwards.
     rig.send({0x9A});
     EXPECT_EQ(rig.unit.frames().size(), 1u);
+}
+
+TEST(SendFrame, AFailedWriteDropsTheFrameAndLosesThePort) {
+    LinkRig rig;
+    QString lostReason;
+    QObject::connect(&rig.port, &SerialPort::lost, [&](const QString& why) { lostReason = why; });
+    rig.port.setWriteFails(true);
+    FrameTicket ticket;
+    guarded(rig.state, "test sender", [&] {
+        SendInProgressScope sending(rig.state);
+        rig.state.TxBuffer[0] = 0x35;
+        ticket = rig.link.SendFrame(1);
+    });
+    EXPECT_FALSE(wentOut(ticket));
+    EXPECT_TRUE(rig.lastSent.isEmpty());
+    EXPECT_FALSE(rig.link.Timer4().isActive());  // nothing to wait for a reply to
+    ASSERT_TRUE(waitFor([&] { return !rig.port.isOpen(); }));
+    EXPECT_EQ(lostReason, QStringLiteral("writing to it failed"));
 }

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <sys/wait.h>
+#include <unistd.h>
 #include <QDir>
 #include <QFile>
 #include <QPushButton>
@@ -7,10 +9,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include "tests/support/test_port.h"
-#include "tests/support/scripted_unit.h"
-#include "window/data_watch.h"
 #include "console/messages.h"
+#include "tests/support/scripted_unit.h"
+#include "tests/support/test_port.h"
+#include "window/data_watch.h"
 #include "window/vornixu.h"
 
 using namespace halvex;
@@ -25,9 +27,7 @@ class MainWindowTest : public ::testing::Test {
         previous_ = QDir::currentPath();
         QDir::setCurrent(dir_.path());
     }
-    void TearDown() override {
-        QDir::setCurrent(previous_);
-    }
+    void TearDown() override { QDir::setCurrent(previous_); }
 
     // Message boxes are recorded, not shown.
     Messages::Presenter recorder() {
@@ -114,6 +114,41 @@ TEST_F(MainWindowTest, MenuChoicesAreWrittenAtOnceAndDropTheOfflineWord) {
     EXPECT_FALSE(action(window, QStringLiteral("MenuCOM_1"))->isChecked());
     EXPECT_EQ(window.windowTitle(),
               QStringLiteral("Halvex Remote Control Emulator Ver 2.00 Using COM3 At 57600"));
+}
+
+TEST_F(MainWindowTest, MenuChoiceIsWrittenInPlaceWhenOnlyTheFileMayBeWritten) {
+    writeSettings(QByteArray::fromHex("010080250000"));
+    // Root may create files anywhere, so as root the menu is clicked in a
+    // child process that has become nobody, who owns the file but may not
+    // add to the folder.
+    constexpr uid_t kNobody = 65534;
+    const bool root = geteuid() == 0;
+    if (root) {
+        ASSERT_EQ(chown("HALVEX.BIN", kNobody, kNobody), 0);
+    }
+    QFile::setPermissions(dir_.path(),
+                          QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther);
+    {
+        VornixU window(new TestPort(&unit_), recorder());
+        window.Form_Load();
+        const pid_t child = root ? fork() : 0;
+        if (child == 0) {
+            if (root && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) {
+                _exit(2);
+            }
+            action(window, QStringLiteral("MenuCOM_2"))->trigger();
+            if (root) {
+                _exit(shown_.empty() ? 0 : 1);
+            }
+        } else {
+            int status = -1;
+            ASSERT_EQ(waitpid(child, &status, 0), child);
+            EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0) << "a message was shown";
+        }
+    }
+    QFile::setPermissions(dir_.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    EXPECT_TRUE(shown_.empty());
+    EXPECT_EQ(settingsBytes(), QByteArray::fromHex("020080250000"));
 }
 
 TEST_F(MainWindowTest, PortMenuShowsMappedDevices) {

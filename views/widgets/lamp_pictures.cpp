@@ -24,14 +24,19 @@ QIcon lamp(const QColor& colour) {
 }
 }  // namespace
 
+// Drawn once: the lamp changes with every fault and good reply. Kept for the
+// life of the program (never destroyed after the application object).
 QIcon goodLinkPicture() {
-    return lamp(QColor(40, 200, 70));
+    static const QIcon* const picture = new QIcon(lamp(QColor(40, 200, 70)));
+    return *picture;
 }
 QIcon faultLinkPicture() {
-    return lamp(QColor(220, 40, 40));
+    static const QIcon* const picture = new QIcon(lamp(QColor(220, 40, 40)));
+    return *picture;
 }
 QIcon idleLinkPicture() {
-    return lamp(QColor(150, 150, 150));
+    static const QIcon* const picture = new QIcon(lamp(QColor(150, 150, 150)));
+    return *picture;
 }
 
 }  // namespace halvex
