@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include "tests/support/sim_process.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/led_display.h"
 #include "views/widgets/lens_jog_box.h"
@@ -19,29 +20,6 @@
 using namespace halvex;
 
 namespace {
-// halvex-sim on its own pseudo-terminal, as an operator runs it.
-class SimProcess {
-  public:
-    SimProcess() {
-        process_.setProgram(QStringLiteral(HALVEX_SIM_PATH));
-        process_.start();
-        if (process_.waitForStarted(5000) && process_.waitForReadyRead(5000)) {
-            device_ = QString::fromLocal8Bit(process_.readLine()).trimmed();
-        }
-    }
-    ~SimProcess() {
-        process_.terminate();
-        if (!process_.waitForFinished(3000)) {
-            process_.kill();
-            process_.waitForFinished(3000);
-        }
-    }
-    const QString& device() const { return device_; }
-
-  private:
-    QProcess process_;
-    QString device_;
-};
 
 // The real window on a real serial port, online, showing the Camera page.
 struct Console {

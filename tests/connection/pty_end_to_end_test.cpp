@@ -10,39 +10,14 @@
 #include <memory>
 
 #include "console/messages.h"
+#include "tests/support/sim_process.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/led_display.h"
 #include "window/vornixu.h"
 
 using namespace halvex;
 
-namespace {
-// halvex-sim as an operator would run it, on its own pseudo-terminal, with
-// the console's real serial port code on the other end.
-class SimProcess {
-  public:
-    explicit SimProcess(const QStringList& arguments = {}) {
-        process_.setProgram(QStringLiteral(HALVEX_SIM_PATH));
-        process_.setArguments(arguments);
-        process_.start();
-        if (process_.waitForStarted(5000) && process_.waitForReadyRead(5000)) {
-            device_ = QString::fromLocal8Bit(process_.readLine()).trimmed();
-        }
-    }
-    ~SimProcess() {
-        process_.terminate();
-        if (!process_.waitForFinished(3000)) {
-            process_.kill();
-            process_.waitForFinished(3000);
-        }
-    }
-    const QString& device() const { return device_; }
-
-  private:
-    QProcess process_;
-    QString device_;
-};
-}  // namespace
+namespace {}  // namespace
 
 TEST(EndToEnd, ConsoleComesOnlineThroughAPseudoTerminalAndMovesThePlatform) {
     SimProcess sim;

@@ -13,35 +13,12 @@
 #include <memory>
 
 #include "console/messages.h"
+#include "tests/support/sim_process.h"
 #include "window/vornixu.h"
 
 using namespace halvex;
 
 namespace {
-// halvex-sim on its own pseudo-terminal, keeping its settings in a file.
-class SimProcess {
-  public:
-    explicit SimProcess(const QString& stateFile) {
-        process_.setProgram(QStringLiteral(HALVEX_SIM_PATH));
-        process_.setArguments({QStringLiteral("--state"), stateFile});
-        process_.start();
-        if (process_.waitForStarted(5000) && process_.waitForReadyRead(5000)) {
-            device_ = QString::fromLocal8Bit(process_.readLine()).trimmed();
-        }
-    }
-    ~SimProcess() {
-        process_.terminate();
-        if (!process_.waitForFinished(3000)) {
-            process_.kill();
-            process_.waitForFinished(3000);
-        }
-    }
-    const QString& device() const { return device_; }
-
-  private:
-    QProcess process_;
-    QString device_;
-};
 
 // The console on a real serial port, online, OK answered to every box.
 class Console {
@@ -80,7 +57,7 @@ TEST(SetupEndToEnd, SettingsSurviveAReconnectAndARestartAndTheConsoleFollowsANew
     QDir::setCurrent(directory.path());
     const QString stateFile = directory.filePath(QStringLiteral("unit.state"));
     {
-        SimProcess sim(stateFile);
+        SimProcess sim({QStringLiteral("--state"), stateFile});
         ASSERT_TRUE(sim.device().startsWith(QStringLiteral("/dev/")));
         Console console(sim.device());
         ASSERT_TRUE(console.online());
@@ -94,7 +71,8 @@ TEST(SetupEndToEnd, SettingsSurviveAReconnectAndARestartAndTheConsoleFollowsANew
         Console::settle();
     }
     {
-        SimProcess sim(stateFile);  // a restart: only what the unit stores
+        SimProcess sim(
+            {QStringLiteral("--state"), stateFile});  // a restart: only what the unit stores
         Console console(sim.device());
         ASSERT_TRUE(console.online());
         EXPECT_TRUE(console.checked("VidOption_3"));
