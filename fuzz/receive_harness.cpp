@@ -49,7 +49,13 @@ class FeedPort : public InProcessPort {
 
 ReceiveHarness::ReceiveHarness() : peer_(std::make_unique<SilenceablePeer>()) {
     port_ = new FeedPort(peer_.get());
-    window_ = std::make_unique<VornixU>(port_, [](QWidget*, const Message&) { return true; });
+    // Some replies make the console ask the unit for more (a cleared tour is
+    // loaded again), and each request waits for a tick and then for the
+    // watchdog. Zero-interval timers fire whenever the event loop is idle:
+    // the order of events stays, but nothing sleeps, so the fuzzer is not
+    // held up by the clock.
+    window_ = std::make_unique<VornixU>(
+        port_, [](QWidget*, const Message&) { return true; }, kFastTickMs);
     // The settings file goes to a scratch folder, not wherever we were started.
     const QString previous = QDir::currentPath();
     QDir::setCurrent(directory_.path());
@@ -65,12 +71,6 @@ ReceiveHarness::ReceiveHarness() : peer_(std::make_unique<SilenceablePeer>()) {
     window_->findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
     online_ = window_->windowTitle().endsWith(QStringLiteral(" Online"));
     peer_->silence();
-    // Some replies make the console ask the unit for more (a cleared tour is
-    // loaded again), and each request waits for a tick and then for the
-    // watchdog. Zero-interval timers fire whenever the event loop is idle:
-    // the order of events stays, but nothing sleeps, so the fuzzer is not
-    // held up by the clock.
-    window_->link().Timer2().setInterval(kFastTickMs);
     window_->link().Timer4().setInterval(kFastWatchdogMs);
 }
 

@@ -8,9 +8,9 @@
 
 namespace halvex {
 
-Link::Link(FormState& state, QObject* parent) : QObject(parent), state_(state) {
+Link::Link(FormState& state, int tickMs, QObject* parent) : QObject(parent), state_(state) {
     timer1_.setInterval(kConnectTimeoutMs);
-    timer2_.setInterval(kTickMs);
+    timer2_.setInterval(tickMs);
     timer4_.setInterval(kWatchdogMs);
     connect(&timer1_, &QTimer::timeout, this,
             [this] { guarded(state_, "Timer1_Timer", [this] { Timer1_Timer(); }); });

@@ -54,7 +54,9 @@ class Link : public QObject {
     // Beyond the watchdog interval, for a reply wait.
     static constexpr int kReplyGraceMs = 1000;
 
-    explicit Link(FormState& state, QObject* parent = nullptr);
+    // `tickMs` is the time between frames; the unit expects kTickMs, and a
+    // console talking to the virtual unit in the same process may go faster.
+    explicit Link(FormState& state, int tickMs = kTickMs, QObject* parent = nullptr);
 
     void setPort(SerialPort* port);
     SerialPort* port() const { return port_; }

@@ -39,10 +39,10 @@ QWidget* placeholderPage(QWidget* parent, const char* caption) {
 }
 }  // namespace
 
-VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, QWidget* parent)
+VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, int linkTickMs, QWidget* parent)
     : QMainWindow(parent),
       messages_(this, std::move(presenter)),
-      link_(state_),
+      link_(state_, linkTickMs),
       receiver_(state_, link_),
       context_{state_,  status_,       presets_,  link_, receiver_,
                events_, readHandlers_, messages_, this},

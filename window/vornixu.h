@@ -35,8 +35,9 @@ class VornixU : public QMainWindow {
   public:
     // `port` is the line to the unit; a real serial port when none is given.
     // `presenter` shows the message boxes; real ones when none is given.
+    // `linkTickMs` is the time between frames on the line.
     explicit VornixU(SerialPort* port = nullptr, Messages::Presenter presenter = {},
-                     QWidget* parent = nullptr);
+                     int linkTickMs = Link::kTickMs, QWidget* parent = nullptr);
     ~VornixU() override;
 
     FormState& state() { return state_; }

@@ -182,8 +182,13 @@ TEST(ConnectionSequence, StopClickedWhileAMoveWaitsForItsTickStillReachesTheUnit
 
 TEST(ConnectionSequence, StopDuringAPresetReloadGoesOutBeforeTheReloadEnds) {
     ConsoleRig rig;
-    // The connection sequence holds the line for 32 preset requests.
-    QTimer::singleShot(1500, [&rig] { rig.click(QStringLiteral("StopBut")); });
+    // The connection sequence holds the line for 32 preset requests; Stop is
+    // clicked as the first one goes out.
+    rig.line.onFrame = [&rig](const RecordingPeer::Frame& frame) {
+        if (frame.message.at(0) == 0x40 && frame.message.at(1) == 1) {
+            QTimer::singleShot(0, [&rig] { rig.click(QStringLiteral("StopBut")); });
+        }
+    };
     ASSERT_TRUE(rig.connect());
     const auto sent = rig.line.messages(true);
     const auto stop = std::find_if(sent.begin(), sent.end(), [](const std::vector<Byte>& m) {

@@ -58,18 +58,24 @@ const Operation kOperations[] = {
     {"connection sequence", "StartBut", true, {0x71, 0x80}},
 };
 
-// Runs the operation's click and, `afterMs` into it, `meanwhile`. Returns
-// how long the click took.
-qint64 runWith(TickingConsole& rig, const Operation& op, int afterMs,
-               const std::function<void()>& meanwhile) {
+// Runs the operation's click and, once three of its requests are out,
+// `meanwhile`. Returns how long the click took.
+qint64 runWith(TickingConsole& rig, const Operation& op, const std::function<void()>& meanwhile) {
     if (op.fromOffline) {
         rig.window->link().stop();
         rig.port->close();
     }
-    QTimer::singleShot(afterMs, rig.window.get(), meanwhile);
+    int requests = 0;
+    rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
+        if (frame.message.front() != 0x31 && ++requests == 3) {
+            QTimer::singleShot(0, rig.window.get(), meanwhile);
+        }
+    };
     QElapsedTimer clock;
     clock.start();
     rig.press(op.button);
+    rig.line.onFrame = nullptr;
+    EXPECT_GE(requests, 3) << "the operation was over before anything happened meanwhile";
     return clock.elapsed();
 }
 }  // namespace
@@ -79,7 +85,7 @@ TEST(SendRaces, AClickDuringALongOperationGoesOutAndTheOperationFinishes) {
         SCOPED_TRACE(op.name);
         TickingConsole rig;
         const std::size_t start = rig.line.frames().size();
-        runWith(rig, op, 400, [&] { rig.press("HomeBut"); });
+        runWith(rig, op, [&] { rig.press("HomeBut"); });
         EXPECT_TRUE(rig.sawAfter(start, kHome));
         EXPECT_TRUE(rig.sawAfter(start, op.lastRequest));
         EXPECT_TRUE(rig.shown.empty());
@@ -94,7 +100,7 @@ TEST(SendRaces, ExitDuringALongOperationClosesThePortPromptly) {
         SCOPED_TRACE(op.name);
         TickingConsole rig;
         std::size_t atExit = 0;
-        const qint64 took = runWith(rig, op, 400, [&] {
+        const qint64 took = runWith(rig, op, [&] {
             rig.window->close();
             atExit = rig.line.frames().size();
         });
@@ -110,7 +116,7 @@ TEST(SendRaces, AUnitThatFallsSilentEndsTheOperationAndTheConsoleCarriesOn) {
     for (const Operation& op : kOperations) {
         SCOPED_TRACE(op.name);
         TickingConsole rig;
-        const qint64 took = runWith(rig, op, 300, [&] { rig.line.setConnected(false); });
+        const qint64 took = runWith(rig, op, [&] { rig.line.setConnected(false); });
         EXPECT_LT(took, 4000);
         EXPECT_FALSE(rig.window->state().SendInProgress);
         rig.line.setConnected(true);

@@ -5,13 +5,16 @@
 
 namespace halvex::testing {
 
-ConsoleRig::ConsoleRig(const sim::UnitOptions& options)
+ConsoleRig::ConsoleRig(const sim::UnitOptions& options, int tickMs)
     : previousDirectory(QDir::currentPath()), unit(options), port(new TestPort(&line)) {
     QDir::setCurrent(directory.path());
-    window = std::make_unique<VornixU>(port, [this](QWidget*, const Message& message) {
-        shown.push_back(message);
-        return presenterAnswer;
-    });
+    window = std::make_unique<VornixU>(
+        port,
+        [this](QWidget*, const Message& message) {
+            shown.push_back(message);
+            return presenterAnswer;
+        },
+        tickMs);
     window->Form_Load();
     window->show();
 }

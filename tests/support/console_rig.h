@@ -17,7 +17,11 @@ namespace halvex::testing {
 // scratch current directory, with message boxes recorded instead of shown.
 class ConsoleRig {
   public:
-    explicit ConsoleRig(const sim::UnitOptions& options = {});
+    // The unit in the same process answers at once, so the console may send
+    // its frames ten times as fast as a real line allows.
+    static constexpr int kFastTickMs = 10;
+
+    explicit ConsoleRig(const sim::UnitOptions& options = {}, int tickMs = kFastTickMs);
     ~ConsoleRig();
     ConsoleRig(const ConsoleRig&) = delete;
     ConsoleRig& operator=(const ConsoleRig&) = delete;

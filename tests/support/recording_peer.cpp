@@ -5,6 +5,9 @@ namespace halvex::testing {
 RecordingPeer::RecordingPeer(UnitPeer& unit)
     : unit_(unit), assembler_([this](const sim::ConsoleFrame& frame) {
           frames_.push_back(Frame{frame.address, frame.message});
+          if (onFrame) {
+              onFrame(frames_.back());
+          }
       }) {}
 
 void RecordingPeer::receiveFromConsole(const std::uint8_t* data, std::size_t size) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <vector>
 
 #include "protocol/frame.h"
@@ -30,6 +31,9 @@ class RecordingPeer : public UnitPeer {
     // The frames' messages, leaving out jog messages when asked.
     std::vector<std::vector<Byte>> messages(bool withJogs = true) const;
     void clear() { frames_.clear(); }
+
+    // Called with each frame as it arrives, before the unit hears it.
+    std::function<void(const Frame&)> onFrame;
 
   private:
     UnitPeer& unit_;
