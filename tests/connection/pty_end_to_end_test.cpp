@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
-#include <QProcess>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -17,107 +16,101 @@
 
 using namespace halvex;
 
-namespace {}  // namespace
+namespace {
+// The console on a real QSerialPort with COM1 mapped to `device`, run from a
+// scratch folder. The virtual unit answers at once, so the link may tick
+// faster than a real line's 100 ms.
+struct PtyConsole {
+    explicit PtyConsole(const QString& device, int tickMs = 25) : previous(QDir::currentPath()) {
+        QDir::setCurrent(directory.path());
+        qputenv("HALVEX_COM1", device.toLocal8Bit());
+        window = std::make_unique<VornixU>(
+            nullptr,
+            [this](QWidget*, const Message& message) {
+                shown.push_back(message);
+                return true;
+            },
+            tickMs);
+        QObject::connect(&window->state(), &FormState::faultReported,
+                         [this](const QString& message) { faults << message; });
+        window->Form_Load();
+        window->show();
+    }
+    ~PtyConsole() {
+        window.reset();
+        qunsetenv("HALVEX_COM1");
+        QDir::setCurrent(previous);
+    }
+    bool titleEnds(const char* suffix) const {
+        return window->windowTitle().endsWith(QString::fromLatin1(suffix));
+    }
+    bool start(int timeoutMs = 30000) {
+        window->findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
+        return QTest::qWaitFor([this] { return titleEnds(" Online"); }, timeoutMs);
+    }
+
+    QTemporaryDir directory;
+    QString previous;
+    std::vector<Message> shown;
+    QStringList faults;
+    std::unique_ptr<VornixU> window;
+};
+}  // namespace
 
 TEST(EndToEnd, ConsoleComesOnlineThroughAPseudoTerminalAndMovesThePlatform) {
     SimProcess sim;
     ASSERT_TRUE(sim.device().startsWith(QStringLiteral("/dev/"))) << sim.device().toStdString();
-    QTemporaryDir directory;
-    const QString previous = QDir::currentPath();
-    QDir::setCurrent(directory.path());
-    qputenv("HALVEX_COM1", sim.device().toLocal8Bit());
-    std::vector<Message> shown;
-    {
-        VornixU window(nullptr, [&shown](QWidget*, const Message& message) {
-            shown.push_back(message);
-            return true;
-        });  // a real QSerialPort
-        window.Form_Load();
-        window.show();
-        window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
-        EXPECT_TRUE(QTest::qWaitFor(
-            [&] { return window.windowTitle().endsWith(QStringLiteral(" Online")); }, 30000));
-        EXPECT_TRUE(shown.empty());
-        EXPECT_EQ(
-            window.findChild<QPushButton*>(QStringLiteral("StartBut"))->property("lamp").toString(),
-            QStringLiteral("good"));
+    PtyConsole console(sim.device());
+    ASSERT_TRUE(console.start());
+    EXPECT_TRUE(console.shown.empty());
+    EXPECT_EQ(console.window->findChild<QPushButton*>(QStringLiteral("StartBut"))
+                  ->property("lamp")
+                  .toString(),
+              QStringLiteral("good"));
 
-        PanTiltPage& page = window.panTiltPage();
-        page.PanDesLED->setValue(12.34);
-        page.TiltDesLED->setValue(-4.5);
-        page.AbsoBut->click();
-        EXPECT_TRUE(QTest::qWaitFor(
-            [&] {
-                return std::abs(page.PanPosLED->value() - 12.34) < 0.005 &&
-                       std::abs(page.TiltPosLED->value() + 4.5) < 0.005;
-            },
-            20000));
-        EXPECT_FLOAT_EQ(page.PDesLed->value(), 12.34f);
-        window.close();
-        EXPECT_FALSE(window.SerPort1().isOpen());
-    }
-    qunsetenv("HALVEX_COM1");
-    QDir::setCurrent(previous);
+    PanTiltPage& page = console.window->panTiltPage();
+    page.PanDesLED->setValue(12.34);
+    page.TiltDesLED->setValue(-4.5);
+    page.AbsoBut->click();
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] {
+            return std::abs(page.PanPosLED->value() - 12.34) < 0.005 &&
+                   std::abs(page.TiltPosLED->value() + 4.5) < 0.005;
+        },
+        20000));
+    EXPECT_FLOAT_EQ(page.PDesLed->value(), 12.34f);
+    console.window->close();
+    EXPECT_FALSE(console.window->SerPort1().isOpen());
 }
 
 TEST(EndToEnd, RepliesTricklingInAtLineSpeedStillBringTheConsoleOnline) {
     SimProcess sim({QStringLiteral("--pace"), QStringLiteral("9600")});
     ASSERT_TRUE(sim.device().startsWith(QStringLiteral("/dev/")));
-    QTemporaryDir directory;
-    const QString previous = QDir::currentPath();
-    QDir::setCurrent(directory.path());
-    qputenv("HALVEX_COM1", sim.device().toLocal8Bit());
-    {
-        VornixU window(nullptr, [](QWidget*, const Message&) { return true; });
-        window.Form_Load();
-        window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
-        EXPECT_TRUE(QTest::qWaitFor(
-            [&] { return window.windowTitle().endsWith(QStringLiteral(" Online")); }, 30000));
-        // The link stays good while reports keep coming in pieces.
-        QTest::qWait(1000);
-        EXPECT_FALSE(window.state().LinkFault);
-    }
-    qunsetenv("HALVEX_COM1");
-    QDir::setCurrent(previous);
+    // A real line's pace on both sides.
+    PtyConsole console(sim.device(), Link::kTickMs);
+    ASSERT_TRUE(console.start());
+    // The link stays good while reports keep coming in pieces.
+    QTest::qWait(1000);
+    EXPECT_FALSE(console.window->state().LinkFault);
 }
 
 TEST(EndToEnd, ConsoleLetsGoOfAnUnpluggedUnitAndTakesItBackByItself) {
-    QTemporaryDir directory;
-    const QString previous = QDir::currentPath();
-    QDir::setCurrent(directory.path());
-    const QString link = directory.filePath(QStringLiteral("unit"));
+    QTemporaryDir unitFolder;
+    const QString link = unitFolder.filePath(QStringLiteral("unit"));
     const QStringList arguments{QStringLiteral("--link"), link};
     auto sim = std::make_unique<SimProcess>(arguments);
-    qputenv("HALVEX_COM1", link.toLocal8Bit());
-    std::vector<Message> shown;
-    {
-        VornixU window(nullptr, [&shown](QWidget*, const Message& message) {
-            shown.push_back(message);
-            return true;
-        });
-        QStringList faults;
-        QObject::connect(&window.state(), &FormState::faultReported,
-                         [&faults](const QString& message) { faults << message; });
-        const auto titleEnds = [&window](const char* suffix) {
-            return window.windowTitle().endsWith(QString::fromLatin1(suffix));
-        };
-        window.Form_Load();
-        window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
-        ASSERT_TRUE(QTest::qWaitFor([&] { return titleEnds(" Online"); }, 30000));
+    PtyConsole console(link);
+    ASSERT_TRUE(console.start());
 
-        sim.reset();  // the cable is pulled
-        EXPECT_TRUE(QTest::qWaitFor([&] { return titleEnds(" Offline"); }, 5000));
-        EXPECT_TRUE(faults.join(QLatin1Char('\n')).contains(QStringLiteral("COM1 (") + link));
-        const std::clock_t before = std::clock();
-        QTest::qWait(5000);
-        const double cpuShare = static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC / 5.0;
-        EXPECT_LT(cpuShare, 0.02) << "the console keeps working a lost port";
+    sim.reset();  // the cable is pulled
+    EXPECT_TRUE(QTest::qWaitFor([&] { return console.titleEnds(" Offline"); }, 5000));
+    EXPECT_TRUE(console.faults.join(QLatin1Char('\n')).contains(QStringLiteral("COM1 (") + link));
+    const std::clock_t before = std::clock();
+    QTest::qWait(5000);
+    const double cpuShare = static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC / 5.0;
+    EXPECT_LT(cpuShare, 0.02) << "the console keeps working a lost port";
 
-        sim = std::make_unique<SimProcess>(arguments);  // plugged in again
-        EXPECT_TRUE(QTest::qWaitFor([&] { return titleEnds(" Online"); }, 10000));
-        EXPECT_TRUE(shown.empty()) << "a message box for a lost port";
-        window.close();
-    }
-    qunsetenv("HALVEX_COM1");
-    QDir::setCurrent(previous);
+    sim = std::make_unique<SimProcess>(arguments);  // plugged in again
+    EXPECT_TRUE(QTest::qWaitFor([&] { return console.titleEnds(" Online"); }, 10000));
+    EXPECT_TRUE(console.shown.empty()) << "a message box for a lost port";
 }

@@ -70,17 +70,22 @@ TEST(ReceiveFrame, EscapedEtxInPayloadIsDataNotTheEnd) {
     EXPECT_EQ(rig.decoded[0][3], 0x44);
 }
 
-TEST(ReceiveFrame, FarAddressUpdatesNoCaptionButIsDecodedWhenLrcMatchesOurId) {
-    ReceiveRig rig;
-    rig.state.UnitId = 2;
-    // Sent from address 120 but with an LRC that starts from our id.
-    rig.arrive(encodeFrame(kAck, 120, {0x31, 0x01}, 2));
-    EXPECT_EQ(rig.decoded.size(), 1u);
-    EXPECT_TRUE(rig.caption.isEmpty());
-    // Made by unit 120 for itself: fails the check here.
-    rig.arrive(encodeFrame(kAck, 120, {0x31, 0x01}, 120));
-    EXPECT_EQ(rig.decoded.size(), 1u);
-    EXPECT_TRUE(rig.state.LinkFault);
+TEST(ReceiveFrame, AddressesFromAHundredUpShowNoCaptionButAreDecodedWhenLrcMatchesOurId) {
+    const std::pair<Byte, const char*> cases[] = {
+        {99, "Currently Receiving ID Of 99"}, {100, ""}, {120, ""}};
+    for (const auto& [address, caption] : cases) {
+        SCOPED_TRACE(address);
+        ReceiveRig rig;
+        rig.state.UnitId = 2;
+        // Sent from another address but with an LRC that starts from our id.
+        rig.arrive(encodeFrame(kAck, address, {0x31, 0x01}, 2));
+        EXPECT_EQ(rig.decoded.size(), 1u);
+        EXPECT_EQ(rig.caption, QLatin1String(caption));
+        // Made by that unit for itself: fails the check here.
+        rig.arrive(encodeFrame(kAck, address, {0x31, 0x01}, address));
+        EXPECT_EQ(rig.decoded.size(), 1u);
+        EXPECT_TRUE(rig.state.LinkFault);
+    }
 }
 
 TEST(ReceiveFrame, FailuresLightTheLampAndDispatchNothing) {

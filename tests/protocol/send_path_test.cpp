@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QElapsedTimer>
 #include <QTimer>
 
 #include "protocol/senders.h"
@@ -82,4 +83,20 @@ TEST(SendPath, FramesStillWaitingWhenThePortClosesAreReportedNotLost) {
     EXPECT_TRUE(rig.unit.frames().empty());
     // Once closed, a send returns at once.
     EXPECT_FALSE(wentOut(sendMessage(rig.state, rig.link, {0x36})));
+}
+
+TEST(SendPath, AStoppedTickDropsTheFrameWithAMessageInsteadOfStrandingTheSender) {
+    LinkRig rig(false);
+    QString shown;
+    QObject::connect(&rig.state, &FormState::faultReported,
+                     [&](const QString& message) { shown = message; });
+    // Should the sender wait on regardless, the tick comes back and shows it.
+    QTimer::singleShot(Link::kSendGraceMs + 1000, &rig.link, [&rig] { rig.link.Timer2().start(); });
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_FALSE(wentOut(sendMessage(rig.state, rig.link, {0x9A})));
+    EXPECT_GE(clock.elapsed(), Link::kSendGraceMs);
+    EXPECT_EQ(shown, QStringLiteral("Command 9A not sent: no transmit tick"));
+    EXPECT_FALSE(rig.state.SendInProgress);
+    EXPECT_TRUE(rig.unit.frames().empty());
 }
