@@ -3,10 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <QByteArray>
-#include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QHostAddress>
 #include <QTcpSocket>
+#include <QTest>
 #include <functional>
 
 namespace halvex::network {
@@ -16,17 +15,8 @@ namespace halvex::network {
 // few seconds, so a fault fails the test instead of hanging it.
 class LineClient {
   public:
-    static constexpr int kWaitMs = 5000;
-
-    static bool waitFor(const std::function<bool()>& done, int ms = kWaitMs) {
-        QDeadlineTimer deadline(ms);
-        while (!done()) {
-            if (deadline.hasExpired()) {
-                return false;
-            }
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        }
-        return true;
+    static bool waitFor(const std::function<bool()>& done, int ms = 5000) {
+        return QTest::qWaitFor(done, ms);
     }
 
     bool connectTo(quint16 port) {
