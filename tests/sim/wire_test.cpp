@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 
 #include "sim/line_faults.h"
@@ -88,6 +89,7 @@ TEST(UnitWire, ReplyBytesAreStuffedAndSplitFramesWaitForTheirEnd) {
     // A new address takes effect after the reply, which still comes from 0.
     EXPECT_EQ(unit.exchange({0x9F, 12}), (std::vector<Byte>{0x9F, 12}));
     unit.id = 12;
+    EXPECT_EQ(unit.exchange({0x9F, 0x80}, 12), (std::vector<Byte>{0x9F, 12}));
     EXPECT_TRUE(unit.send({0x9F, 0x80}, 5).empty());
     EXPECT_EQ(unit.exchange({0x9F, 0x80}, 0), (std::vector<Byte>{0x9F, 12}));
     EXPECT_EQ(unit.exchange({0x9F, 120}, 12), (std::vector<Byte>{0x9F, 12})) << "above 99";
@@ -111,34 +113,27 @@ TEST(UnitWire, RandomAndMutatedInputNeitherCrashesNorStopsTheUnit) {
     std::mt19937 random(12345);
     const auto pick = [&random](std::size_t n) { return random() % n; };
     std::int64_t now = 0;
+    const auto randomBytes = [&random](std::size_t n) {
+        std::vector<Byte> bytes(n);
+        std::generate(bytes.begin(), bytes.end(), [&random] { return Byte(random()); });
+        return bytes;
+    };
     for (int round = 0; round < 200000; ++round) {
-        std::vector<Byte> wire;
+        // A frame the console sends changed in a few places, any code with
+        // any payload, or raw noise.
         std::vector<Byte> message = console[pick(console.size())];
-        switch (pick(3)) {
-            case 0:  // a frame the console sends, changed in a few places
-                for (std::size_t edits = 1 + pick(3); edits > 0; --edits) {
-                    const std::size_t where = pick(message.size());
-                    if (pick(2) == 0) {
-                        message[where] = static_cast<Byte>(random());
-                    } else {
-                        message.resize(pick(3) == 0 ? where + 1 : message.size() + 1);
-                    }
-                }
-                wire = frame(pick(4) == 0 ? 1 : 0, message, pick(8) == 0 ? 5 : 0);
-                break;
-            case 1:  // any code, any payload
-                message.resize(1 + pick(20));
-                for (Byte& b : message) {
-                    b = static_cast<Byte>(random());
-                }
-                wire = frame(0, message, 0);
-                break;
-            default:  // raw noise
-                wire.resize(pick(40));
-                for (Byte& b : wire) {
-                    b = static_cast<Byte>(random());
-                }
+        for (std::size_t edits = 1 + pick(3); edits > 0; --edits) {
+            const std::size_t where = pick(message.size());
+            if (pick(2) == 0) {
+                message[where] = static_cast<Byte>(random());
+            } else {
+                message.resize(pick(3) == 0 ? where + 1 : message.size() + 1);
+            }
         }
+        const std::size_t kind = pick(3);
+        const auto wire = kind == 0   ? frame(pick(4) == 0 ? 1 : 0, message, pick(8) == 0 ? 5 : 0)
+                          : kind == 1 ? frame(0, randomBytes(1 + pick(20)), 0)
+                                      : randomBytes(pick(40));
         unit.receiveFromConsole(wire.data(), wire.size());
         now += static_cast<std::int64_t>(pick(30));
         unit.advanceTo(now);
