@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <QByteArray>
+#include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QHostAddress>
 #include <QTcpSocket>
 #include <QTest>
@@ -16,7 +18,14 @@ namespace halvex::network {
 class LineClient {
   public:
     static bool waitFor(const std::function<bool()>& done, int ms = 5000) {
-        return QTest::qWaitFor(done, ms);
+        QDeadlineTimer deadline(ms);
+        while (!done()) {
+            if (deadline.hasExpired()) {
+                return false;
+            }
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        }
+        return true;
     }
 
     bool connectTo(quint16 port) {
