@@ -1,6 +1,6 @@
 // What the console's own tests against the unit do not reach: refused and
-// out-of-range values, injected faults, the comm time-out, camera bytes
-// spread over reports.
+// out-of-range values, injected faults, the comm time-out, the limits,
+// camera bytes spread over reports.
 
 #include <gtest/gtest.h>
 
@@ -101,6 +101,35 @@ TEST(UnitFaults, InjectedFaultsLatchUntilResetAndTheCommTimeoutStopsATour) {
     EXPECT_EQ(unit.jog(0x01)[7] & 0x08, 0);
     EXPECT_EQ(unit.jog(0, 0, 100)[7] & 0x08, 0) << "driving tilt leaves pan alone";
     EXPECT_EQ(unit.jog(0x80, 100, 0)[7] & 0x08, 0x08) << "and it comes back";
+}
+
+TEST(UnitLimits, JogStopsAtTheSoftLimitUnlessOverriddenAndEndlessPanWraps) {
+    UnitHarness unit;
+    std::vector<Byte> report;
+    for (int i = 0; i < 160; ++i) {
+        unit.advance(100);
+        report = unit.jog(i < 120 ? 0x80 : 0x84, 255, 0);  // CW, then with the override
+        if (i == 119) {
+            EXPECT_EQ(angleAt(report, 1), 17000);
+            EXPECT_EQ(report[7] & 0xA0, 0x80) << "soft-limit bit, not the hard one";
+        }
+    }
+    EXPECT_EQ(report[9] & 0x10, 0x10) << "override shows in status byte C";
+    EXPECT_EQ(angleAt(report, 1), 18000);
+    EXPECT_EQ(report[7] & 0x20, 0x20) << "CW hard-limit bit";
+    EXPECT_EQ(unit.exchange({0x81, 0}), (std::vector<Byte>{0x81, 0, 0x50, 0x46, 0x00}));
+
+    unit.exchange({0x95, 0x10});  // turning without end
+    bool wrapped = false;
+    for (int i = 0; i < 20; ++i) {
+        unit.advance(100);
+        report = unit.jog(0x80, 255, 0);
+        EXPECT_EQ(report[7] & 0xF0, 0) << "no limit bits";
+        EXPECT_GT(angleAt(report, 1), -18000);
+        EXPECT_LE(angleAt(report, 1), 18000);
+        wrapped = wrapped || angleAt(report, 1) < 0;
+    }
+    EXPECT_TRUE(wrapped) << "past 180.00 the reading goes on from -180.00";
 }
 
 TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
