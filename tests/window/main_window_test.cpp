@@ -2,19 +2,14 @@
 
 #include <sys/wait.h>
 #include <unistd.h>
-#include <QDir>
 #include <QFile>
-#include <QPushButton>
+#include <QLineEdit>
 #include <QStatusBar>
 #include <QTemporaryDir>
-#include <QTest>
 
-#include "console/messages.h"
 #include "tests/support/console_rig.h"
 #include "tests/support/scripted_unit.h"
-#include "tests/support/test_port.h"
 #include "window/data_watch.h"
-#include "window/vornixu.h"
 
 using namespace halvex;
 using namespace halvex::testing;

@@ -1,10 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
-#include <QDir>
-#include <QFile>
 #include <QMenu>
-#include <QTemporaryDir>
 
 #include "connection/port_selection.h"
 #include "protocol/port_map.h"
