@@ -7,6 +7,7 @@
 #include <QDeadlineTimer>
 #include <QHostAddress>
 #include <QTcpSocket>
+#include <QTest>
 #include <functional>
 
 namespace halvex::network {
@@ -16,9 +17,7 @@ namespace halvex::network {
 // few seconds, so a fault fails the test instead of hanging it.
 class LineClient {
   public:
-    static constexpr int kWaitMs = 5000;
-
-    static bool waitFor(const std::function<bool()>& done, int ms = kWaitMs) {
+    static bool waitFor(const std::function<bool()>& done, int ms = 5000) {
         QDeadlineTimer deadline(ms);
         while (!done()) {
             if (deadline.hasExpired()) {

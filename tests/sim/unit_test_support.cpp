@@ -17,13 +17,9 @@ std::vector<DecodedFrame> decodeFrames(const std::vector<Byte>& wire) {
         DecodedFrame frame;
         frame.start = wire[i++];
         std::vector<Byte> fields;
-        while (i < wire.size() && wire[i] != kEtx) {
-            if (wire[i] == kEsc && i + 1 < wire.size()) {
-                fields.push_back(static_cast<Byte>(wire[i + 1] & 0x7F));
-                i += 2;
-            } else {
-                fields.push_back(wire[i++]);
-            }
+        for (; i < wire.size() && wire[i] != kEtx; ++i) {
+            const bool escaped = wire[i] == kEsc && i + 1 < wire.size();
+            fields.push_back(escaped ? static_cast<Byte>(wire[++i] & 0x7F) : wire[i]);
         }
         ++i;  // ETX
         if (fields.size() < 3) {
@@ -39,11 +35,6 @@ std::vector<DecodedFrame> decodeFrames(const std::vector<Byte>& wire) {
         frames.push_back(frame);
     }
     return frames;
-}
-
-std::vector<Byte> angleBytes(std::int32_t value) {
-    return {static_cast<Byte>(value & 0xFF), static_cast<Byte>((value >> 8) & 0xFF),
-            static_cast<Byte>((value >> 16) & 0xFF)};
 }
 
 std::int32_t angleAt(const std::vector<Byte>& message, std::size_t first) {
@@ -66,18 +57,6 @@ std::vector<Byte> UnitHarness::exchange(const std::vector<Byte>& message, Byte a
     EXPECT_EQ(frames[0].address, id);
     EXPECT_TRUE(frames[0].lrcGood);
     return frames[0].message;
-}
-
-std::vector<Byte> UnitHarness::jog(Byte flags, Byte pan, Byte tilt, std::vector<Byte> lens) {
-    // Sized up front: GCC 12 at -O2 mistakes an insert into a four-byte
-    // vector for an overflow (-Warray-bounds).
-    std::vector<Byte> message(4 + lens.size());
-    message[0] = 0x31;
-    message[1] = flags;
-    message[2] = pan;
-    message[3] = tilt;
-    std::copy(lens.begin(), lens.end(), message.begin() + 4);
-    return exchange(message);
 }
 
 void UnitHarness::advance(std::int64_t ms, bool jogSender) {

@@ -1,7 +1,7 @@
 #pragma once
 
 // Talks to a unit model the way the console does: builds command frames,
-// reads the unit's reply frames back with its own decoder and steps time.
+// reads the unit's reply frames back and steps time.
 
 #include <cstdint>
 #include <vector>
@@ -20,9 +20,7 @@ struct DecodedFrame {
 
 // Splits a byte stream into unit frames (ACK or NAK to ETX), unstuffed.
 std::vector<DecodedFrame> decodeFrames(const std::vector<Byte>& wire);
-
-// Little-endian 24-bit angle bytes, as the console encodes them.
-std::vector<Byte> angleBytes(std::int32_t value);
+// A little-endian 24-bit angle starting at message[first].
 std::int32_t angleAt(const std::vector<Byte>& message, std::size_t first);
 
 class UnitHarness {
@@ -31,13 +29,13 @@ class UnitHarness {
 
     // Sends one command frame and returns every frame that came back.
     std::vector<DecodedFrame> send(const std::vector<Byte>& message, Byte address = 0);
-    // Sends a command and returns the message of its single ACK reply; fails
-    // the test when there is not exactly one good reply.
+    // The message of the single good ACK reply; fails the test otherwise.
     std::vector<Byte> exchange(const std::vector<Byte>& message, Byte address = 0);
-    std::vector<Byte> jog(Byte flags = 0, Byte pan = 0, Byte tilt = 0,
-                          std::vector<Byte> lens = {0, 0, 0, 0});
-    // Moves the clock on, sending a jog message every 100 ms as the console
-    // does when jogSender is set.
+    std::vector<Byte> jog(Byte flags = 0, Byte pan = 0, Byte tilt = 0, Byte zoom1 = 0) {
+        return exchange({0x31, flags, pan, tilt, zoom1, 0, 0, 0});
+    }
+    // Moves the clock on in 100 ms steps, jogging at speed 0 after each when
+    // asked, as the console does.
     void advance(std::int64_t ms, bool jogSender = false);
 
     Unit unit;

@@ -2,18 +2,14 @@
 
 #include <sys/wait.h>
 #include <unistd.h>
-#include <QDir>
 #include <QFile>
-#include <QPushButton>
+#include <QLineEdit>
 #include <QStatusBar>
 #include <QTemporaryDir>
-#include <QTest>
 
-#include "console/messages.h"
+#include "tests/support/console_rig.h"
 #include "tests/support/scripted_unit.h"
-#include "tests/support/test_port.h"
 #include "window/data_watch.h"
-#include "window/vornixu.h"
 
 using namespace halvex;
 using namespace halvex::testing;
@@ -29,25 +25,26 @@ class MainWindowTest : public ::testing::Test {
     }
     void TearDown() override { QDir::setCurrent(previous_); }
 
-    // Message boxes are recorded, not shown.
-    Messages::Presenter recorder() {
-        return [this](QWidget*, const Message& message) {
-            shown_.push_back(message);
-            return true;
-        };
+    std::unique_ptr<VornixU> window(TestPort* port = nullptr) {
+        return std::make_unique<VornixU>(
+            port ? port : new TestPort(&unit_),
+            [this](QWidget*, const Message& message) {
+                shown_.push_back(message);
+                return true;
+            },
+            ConsoleRig::kFastTickMs);
     }
-
     static QByteArray settingsBytes() {
         QFile file(QStringLiteral("HALVEX.BIN"));
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
     }
-    static void writeSettings(const QByteArray& bytes) {
+    static void writeSettings(const QByteArray& hex) {
         QFile file(QStringLiteral("HALVEX.BIN"));
         ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
+        file.write(QByteArray::fromHex(hex));
     }
-    static QAction* action(VornixU& window, const QString& name) {
-        return window.findChild<QAction*>(name);
+    static bool checked(VornixU& window, const QString& name) {
+        return window.findChild<QAction*>(name)->isChecked();
     }
 
     QTemporaryDir dir_;
@@ -57,67 +54,60 @@ class MainWindowTest : public ::testing::Test {
 };
 }  // namespace
 
-TEST_F(MainWindowTest, FirstStartCreatesSettingsAndShowsOfflineTitle) {
-    VornixU window(new TestPort(&unit_), recorder());
-    EXPECT_EQ(window.Form_Load(), QString());
-    EXPECT_EQ(settingsBytes(), QByteArray::fromHex("010080250000"));
-    EXPECT_EQ(window.windowTitle(),
-              QStringLiteral("Halvex Remote Control Emulator Ver 2.00 Using COM1 At 9600 Offline"));
-    EXPECT_TRUE(action(window, QStringLiteral("MenuCOM_1"))->isChecked());
-    EXPECT_TRUE(action(window, QStringLiteral("MenuBPS_0"))->isChecked());
-    EXPECT_FALSE(window.findChild<QTabWidget*>(QStringLiteral("SSTab1"))->isEnabled());
+TEST_F(MainWindowTest, StoredSettingsAreUsedAsTheyAreAndAMissingFileIsCreated) {
+    struct Case {
+        QByteArray stored;  // hex; empty: no file
+        QByteArray after;
+        QString error;  // words the load error must name, "|" between
+        QString title;  // how the title ends
+        int com, bps;   // the checked menu entries; -1: none
+    };
+    const Case cases[] = {
+        {"", "010080250000", "", "Ver 2.00 Using COM1 At 9600 Offline", 1, 0},
+        {"0900004B0000", "0900004B0000", "", "", 1, 2},  // port 9: the COM1 entry stays checked
+        {"020000C20100", "020000C20100", "", "Using COM2 At 115200 Offline", 2, -1},
+        {"0100", "0100", "HALVEX.BIN|2 bytes", "Using COM1 At 9600 Offline", 1, 0}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.stored.toStdString());
+        QFile::remove(QStringLiteral("HALVEX.BIN"));
+        if (!c.stored.isEmpty()) {
+            writeSettings(c.stored);
+        }
+        auto w = window();
+        const QString error = w->Form_Load();
+        for (const QString& word : c.error.split('|', Qt::SkipEmptyParts)) {
+            EXPECT_TRUE(error.contains(word)) << error.toStdString();
+        }
+        EXPECT_EQ(error.isEmpty(), c.error.isEmpty());
+        EXPECT_EQ(settingsBytes(), QByteArray::fromHex(c.after));
+        EXPECT_TRUE(w->windowTitle().endsWith(c.title)) << w->windowTitle().toStdString();
+        EXPECT_TRUE(w->windowTitle().startsWith("Halvex Remote Control Emulator Ver 2.00 Using"));
+        EXPECT_TRUE(checked(*w, QStringLiteral("MenuCOM_%1").arg(c.com)));
+        for (int i = 0; i < 6; ++i) {
+            EXPECT_EQ(checked(*w, QStringLiteral("MenuBPS_%1").arg(i)), i == c.bps) << i;
+        }
+        EXPECT_FALSE(w->findChild<QTabWidget*>(QStringLiteral("SSTab1"))->isEnabled());
+    }
     EXPECT_TRUE(unit_.wire().empty());
 }
 
-TEST_F(MainWindowTest, OddStoredValuesAreUsedWithoutRewritingTheFile) {
-    // Port 9, speed 19200.
-    writeSettings(QByteArray::fromHex("0900004B0000"));
-    VornixU window(new TestPort(&unit_), recorder());
-    window.Form_Load();
-    EXPECT_TRUE(action(window, QStringLiteral("MenuCOM_1"))->isChecked());
-    EXPECT_TRUE(action(window, QStringLiteral("MenuBPS_2"))->isChecked());
-    EXPECT_EQ(settingsBytes(), QByteArray::fromHex("0900004B0000"));
-
-    // Speed 115200: kept, shown, nothing checked.
-    writeSettings(
-        QByteArray::fromHex("0200"
-                            "00C20100"));
-    VornixU other(new TestPort(&unit_), recorder());
-    other.Form_Load();
-    EXPECT_TRUE(other.windowTitle().endsWith(QStringLiteral("Using COM2 At 115200 Offline")));
-    for (int i = 0; i < 6; ++i) {
-        EXPECT_FALSE(action(other, QStringLiteral("MenuBPS_%1").arg(i))->isChecked());
-    }
-}
-
-TEST_F(MainWindowTest, ShortSettingsFileIsReportedAndLeftAlone) {
-    writeSettings(QByteArray::fromHex("0100"));
-    VornixU window(new TestPort(&unit_), recorder());
-    const QString error = window.Form_Load();
-    EXPECT_TRUE(error.contains(QStringLiteral("HALVEX.BIN")));
-    EXPECT_TRUE(error.contains(QStringLiteral("2 bytes")));
-    EXPECT_EQ(settingsBytes(), QByteArray::fromHex("0100"));
-    EXPECT_TRUE(window.windowTitle().endsWith(QStringLiteral("Using COM1 At 9600 Offline")));
-}
-
 TEST_F(MainWindowTest, MenuChoicesAreWrittenAtOnceAndDropTheOfflineWord) {
-    VornixU window(new TestPort(&unit_), recorder());
-    window.Form_Load();
-    action(window, QStringLiteral("MenuBPS_5"))->trigger();
+    auto w = window();
+    w->Form_Load();
+    w->findChild<QAction*>(QStringLiteral("MenuBPS_5"))->trigger();
     EXPECT_EQ(settingsBytes(), QByteArray::fromHex("010000E10000"));
-    EXPECT_TRUE(window.windowTitle().endsWith(QStringLiteral("Using COM1 At 57600")));
-    EXPECT_FALSE(action(window, QStringLiteral("MenuBPS_0"))->isChecked());
-
-    action(window, QStringLiteral("MenuCOM_3"))->trigger();
+    EXPECT_TRUE(w->windowTitle().endsWith(QStringLiteral("Using COM1 At 57600")));
+    EXPECT_FALSE(checked(*w, QStringLiteral("MenuBPS_0")));
+    w->findChild<QAction*>(QStringLiteral("MenuCOM_3"))->trigger();
     EXPECT_EQ(settingsBytes(), QByteArray::fromHex("030000E10000"));
-    EXPECT_TRUE(action(window, QStringLiteral("MenuCOM_3"))->isChecked());
-    EXPECT_FALSE(action(window, QStringLiteral("MenuCOM_1"))->isChecked());
-    EXPECT_EQ(window.windowTitle(),
+    EXPECT_TRUE(checked(*w, QStringLiteral("MenuCOM_3")));
+    EXPECT_FALSE(checked(*w, QStringLiteral("MenuCOM_1")));
+    EXPECT_EQ(w->windowTitle(),
               QStringLiteral("Halvex Remote Control Emulator Ver 2.00 Using COM3 At 57600"));
 }
 
 TEST_F(MainWindowTest, MenuChoiceIsWrittenInPlaceWhenOnlyTheFileMayBeWritten) {
-    writeSettings(QByteArray::fromHex("010080250000"));
+    writeSettings("010080250000");
     // Root may create files anywhere, so as root the menu is clicked in a
     // child process that has become nobody, who owns the file but may not
     // add to the folder.
@@ -129,14 +119,14 @@ TEST_F(MainWindowTest, MenuChoiceIsWrittenInPlaceWhenOnlyTheFileMayBeWritten) {
     QFile::setPermissions(dir_.path(),
                           QFile::ReadOwner | QFile::ExeOwner | QFile::ReadOther | QFile::ExeOther);
     {
-        VornixU window(new TestPort(&unit_), recorder());
-        window.Form_Load();
+        auto w = window();
+        w->Form_Load();
         const pid_t child = root ? fork() : 0;
         if (child == 0) {
             if (root && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) {
                 _exit(2);
             }
-            action(window, QStringLiteral("MenuCOM_2"))->trigger();
+            w->findChild<QAction*>(QStringLiteral("MenuCOM_2"))->trigger();
             if (root) {
                 _exit(shown_.empty() ? 0 : 1);
             }
@@ -151,58 +141,41 @@ TEST_F(MainWindowTest, MenuChoiceIsWrittenInPlaceWhenOnlyTheFileMayBeWritten) {
     EXPECT_EQ(settingsBytes(), QByteArray::fromHex("020080250000"));
 }
 
-TEST_F(MainWindowTest, PortMenuShowsMappedDevices) {
-    qputenv("HALVEX_COM2", "/tmp/halvex-test-port");
-    VornixU window(new TestPort(&unit_), recorder());
-    qunsetenv("HALVEX_COM2");
-    EXPECT_TRUE(
-        action(window, QStringLiteral("MenuCOM_2"))->text().contains("/tmp/halvex-test-port"));
-    EXPECT_TRUE(action(window, QStringLiteral("MenuCOM_4"))->text().contains("/dev/ttyS3"));
-}
-
-TEST_F(MainWindowTest, RepliesLightTheStartButtonAndFeedTheDataWatch) {
+TEST_F(MainWindowTest, RepliesLightTheStartButtonSilenceFaultsItAndRangeFaultsAreShown) {
     auto* port = new TestPort(&unit_);
-    VornixU window(port, recorder());
-    window.Form_Load();
-    auto* start = window.findChild<QPushButton*>(QStringLiteral("StartBut"));
-    auto* label25 = window.findChild<QLabel*>(QStringLiteral("Label25"));
-    ASSERT_NE(start, nullptr);
-    ASSERT_NE(label25, nullptr);
+    auto w = window(port);
+    w->Form_Load();
+    auto* start = w->findChild<QPushButton*>(QStringLiteral("StartBut"));
     port->open(QStringLiteral("COM1"), 9600);
-    window.link().Timer2().start();
-
+    w->link().Timer2().start();
+    const auto askRevision = [&w] {
+        guarded(w->state(), "GetRevBut_Click", [&w] {
+            SendInProgressScope sending(w->state());
+            w->state().TxBuffer[0] = 0x9A;
+            w->state().TxBuffer[1] = 0x80;
+            w->link().SendFrame(2);
+        });
+    };
     unit_.setScript([](const ScriptedUnit::Frame& frame) -> std::optional<std::vector<Byte>> {
         return std::vector<Byte>{frame.message[0], 0x42};
     });
-    guarded(window.state(), "GetRevBut_Click", [&] {
-        SendInProgressScope sending(window.state());
-        window.state().TxBuffer[0] = 0x9A;
-        window.state().TxBuffer[1] = 0x80;
-        window.link().SendFrame(2);
-    });
+    askRevision();
     ASSERT_TRUE(QTest::qWaitFor([&] { return start->property("lamp").toString() == "good"; }));
-    EXPECT_EQ(label25->text(), QStringLiteral("Currently Receiving ID Of 0"));
-    auto* tx = window.dataWatch().findChild<QLineEdit*>(QStringLiteral("TXData"));
-    auto* rx = window.dataWatch().findChild<QLineEdit*>(QStringLiteral("RXData"));
-    EXPECT_EQ(tx->text(), QStringLiteral("02 00 9A 80 1A 03"));
-    EXPECT_TRUE(rx->text().startsWith(QStringLiteral("06 00 9A 42")));
+    EXPECT_EQ(w->findChild<QLabel*>(QStringLiteral("Label25"))->text(),
+              QStringLiteral("Currently Receiving ID Of 0"));
+    EXPECT_EQ(w->dataWatch().findChild<QLineEdit*>(QStringLiteral("TXData"))->text(),
+              QStringLiteral("02 00 9A 80 1A 03"));
+    EXPECT_TRUE(w->dataWatch()
+                    .findChild<QLineEdit*>(QStringLiteral("RXData"))
+                    ->text()
+                    .startsWith(QStringLiteral("06 00 9A 42")));
 
-    // Silence now: the watchdog turns the lamp to fault.
-    unit_.setScript(nullptr);
-    guarded(window.state(), "GetRevBut_Click", [&] {
-        SendInProgressScope sending(window.state());
-        window.state().TxBuffer[0] = 0x9A;
-        window.state().TxBuffer[1] = 0x80;
-        window.link().SendFrame(2);
-    });
+    unit_.setScript(nullptr);  // silence: the watchdog turns the lamp to fault
+    askRevision();
     ASSERT_TRUE(QTest::qWaitFor([&] { return start->property("lamp").toString() == "fault"; }));
-    EXPECT_TRUE(window.state().LinkFault);
-}
+    EXPECT_TRUE(w->state().LinkFault);
 
-TEST_F(MainWindowTest, RangeFaultIsShownInTheStatusBar) {
-    VornixU window(new TestPort(&unit_), recorder());
-    window.Form_Load();
-    guarded(window.state(), "JogBox_MouseMove", [] { (void)checkedByte(256); });
-    EXPECT_EQ(window.statusBar()->currentMessage(),
+    guarded(w->state(), "JogBox_MouseMove", [] { (void)checkedByte(256); });
+    EXPECT_EQ(w->statusBar()->currentMessage(),
               QStringLiteral("Run-time error 6: Overflow in JogBox_MouseMove"));
 }

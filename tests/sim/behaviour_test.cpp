@@ -1,0 +1,174 @@
+// What the console's own tests against the unit do not reach: refused and
+// out-of-range values, injected faults, the comm time-out, the limits,
+// camera bytes spread over reports.
+
+#include <gtest/gtest.h>
+
+#include "tests/sim/unit_test_support.h"
+
+namespace halvex::sim::testing {
+namespace {
+
+TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
+    struct Step {
+        std::vector<Byte> send;
+        std::vector<Byte> reply;
+    };
+    const Step steps[] = {
+        {{0x40, 32}, {0x40, 255, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}},
+        {{0x41, 40, 1, 2, 3, 4, 5, 6}, {0x41, 255, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}},
+        {{0x37, 0}, {0x37, 255}},  // empty tour
+        {{0x52, 1, 3, 4}, {0x52, 1, 0, 3, 4}},
+        {{0x51, 1, 1}, {0x51, 1, 255, 0, 0}},
+        {{0x54, 1, 5}, {0x54, 1, 255, 0, 0}},
+        {{0x53, 1, 2, 1, 1}, {0x53, 1, 255, 1, 1}},
+        {{0x55, 1, 9, 1, 1}, {0x55, 1, 255, 1, 1}},
+        {{0x96, 121}, {0x96, 120}},
+        {{0x97, 3}, {0x97, 1}},
+        {{0x65, 0, 101}, {0x65, 10, 10}},
+        {{0x64, 0x49, 0x04}, {0x64, 0x09, 0x04}},  // stored for power up: bit 6 stays out
+        {{0x64, 0x41}, {0x64, 0x01, 0x04}},        // the short form keeps the power
+        {{0x75, 'S', 'i', 't', 'e', ' ', '1', 9, ' ', ' ', ' ', ' ', ' '}, {0x75}},
+        {{0x99, 40, 50}, {0x99, 40, 50}},
+        {{0x98}, {0x98, 40, 50}},  // one byte each
+        // Preset 2 at 10.00/0.00 and offsets of +5.00/-2.00 read 15.00/-2.00.
+        {{0x41, 2, 0xE8, 0x03, 0, 0, 0, 0}, {0x41, 2, 0xE8, 0x03, 0, 0, 0, 0, 0, 0, 0, 0}},
+        {{0x80, 0xF4, 0x01, 0x00, 0x38, 0xFF, 0xFF}, {0x80, 0xF4, 0x01, 0x00, 0x38, 0xFF, 0xFF}},
+        {{0x40, 2}, {0x40, 2, 0xDC, 0x05, 0x00, 0x38, 0xFF, 0xFF, 0, 0, 0, 0}},
+        {{0x81, 0x80}, {0x81, 0, 0x5C, 0x44, 0x00}},  // the CW limit reads 175.00
+        {{0x83, 0x64, 0, 0, 0xC8, 0, 0}, {0x83, 0x64, 0, 0, 0xC8, 0, 0}},  // here reads 1.00/2.00
+        {{0x84}, {0x84, 0, 0, 0, 0, 0, 0}}};
+    UnitHarness unit;
+    for (const Step& step : steps) {
+        SCOPED_TRACE(::testing::Message() << "command 0x" << std::hex << int(step.send[0]));
+        EXPECT_EQ(unit.exchange(step.send), step.reply);
+    }
+    EXPECT_EQ(unit.unit.state().settings.siteName[6], ' ') << "control characters become blanks";
+    EXPECT_EQ(unit.unit.state().powerUp.videoMode, 0x01);
+    for (int i = 1; i < 63; ++i) {
+        ASSERT_EQ(unit.exchange({0x52, 1, 1, 0})[2], i);
+    }
+    EXPECT_EQ(unit.exchange({0x52, 1, 1, 0}), (std::vector<Byte>{0x52, 1, 255, 1, 0})) << "full";
+    EXPECT_EQ(unit.exchange({0x53, 1, 0, 1, 0}), (std::vector<Byte>{0x53, 1, 255, 1, 0}));
+
+    // Going to the preset lands on the same mechanical place whatever the offset.
+    unit.exchange({0x80, 0xF4, 0x01, 0x00, 0x38, 0xFF, 0xFF});
+    unit.exchange({0x32, 2});
+    unit.advance(3000);
+    EXPECT_EQ(unit.unit.state().motion.mechanicalPan(), 1000);
+    EXPECT_EQ(angleAt(unit.jog(), 1), 1500);
+    // 99999 holds pan; tilt 95.00 is past the end: the reply echoes where it is.
+    EXPECT_EQ(angleAt(unit.exchange({0x33, 0x9F, 0x86, 0x01, 0xF4, 0x01, 0}), 1), 1500);
+    unit.advance(3000);
+    const auto refused = unit.exchange({0x33, 0, 0, 0, 0x1C, 0x25, 0});
+    EXPECT_EQ(angleAt(refused, 1), 1500);
+    EXPECT_EQ(angleAt(refused, 4), 500);
+    EXPECT_EQ(refused[9] & 0x20, 0x20) << "target bit";
+    unit.advance(3000);
+    EXPECT_EQ(unit.unit.state().motion.mechanicalPan(), 1000);
+}
+
+TEST(UnitFaults, InjectedFaultsLatchUntilResetAndTheCommTimeoutStopsATour) {
+    UnitHarness unit;
+    unit.exchange({0x41, 0, 0x28, 0x23, 0, 0, 0, 0});  // 90.00
+    unit.exchange({0x52, 0, 0, 0});
+    unit.exchange({0x96, 2});
+    EXPECT_EQ(unit.exchange({0x37, 0}), (std::vector<Byte>{0x37, 0}));
+    unit.advance(1000, true);  // speed 0 jogs keep it alive without ending it
+    EXPECT_EQ(unit.jog()[9] & 0x40, 0x40) << "executing bit";
+    unit.advance(1000);
+    EXPECT_TRUE(unit.unit.state().tourRunner.running());
+    unit.advance(1500);
+    EXPECT_FALSE(unit.unit.state().tourRunner.running()) << "silent for 2 s";
+    EXPECT_EQ(unit.jog()[9] & 0x40, 0);
+
+    const auto pan = unit.unit.state().motion.mechanicalPan();
+    unit.unit.state().motion.latchFault(Fault::PanTimeout);
+    unit.unit.state().motion.latchFault(Fault::TiltDirection);
+    unit.exchange({0x33, 0xB8, 0x0B, 0, 0xB8, 0x0B, 0});
+    unit.advance(2000);
+    auto report = unit.jog();
+    EXPECT_EQ(unit.unit.state().motion.mechanicalPan(), pan) << "a faulted axis does not move";
+    EXPECT_EQ(report[7] & 0x0C, 0x08);
+    EXPECT_EQ(report[8] & 0x0C, 0x04);
+    report = unit.jog(0x01);  // reset
+    EXPECT_EQ(report[7] & 0x0C, 0);
+    EXPECT_EQ(report[8] & 0x0C, 0);
+
+    unit.unit.state().motion.armFault(Fault::PanTimeout);
+    EXPECT_EQ(unit.jog()[7] & 0x08, 0) << "not before the axis is driven";
+    EXPECT_EQ(unit.jog(0x80, 100, 0)[7] & 0x08, 0x08);
+    EXPECT_EQ(unit.jog(0x01)[7] & 0x08, 0);
+    EXPECT_EQ(unit.jog(0, 0, 100)[7] & 0x08, 0) << "driving tilt leaves pan alone";
+    EXPECT_EQ(unit.jog(0x80, 100, 0)[7] & 0x08, 0x08) << "and it comes back";
+}
+
+TEST(UnitLimits, JogStopsAtTheSoftLimitUnlessOverriddenAndEndlessPanWraps) {
+    UnitHarness unit;
+    std::vector<Byte> report;
+    for (int i = 0; i < 160; ++i) {
+        unit.advance(100);
+        report = unit.jog(i < 120 ? 0x80 : 0x84, 255, 0);  // CW, then with the override
+        if (i == 119) {
+            EXPECT_EQ(angleAt(report, 1), 17000);
+            EXPECT_EQ(report[7] & 0xA0, 0x80) << "soft-limit bit, not the hard one";
+        }
+    }
+    EXPECT_EQ(report[9] & 0x10, 0x10) << "override shows in status byte C";
+    EXPECT_EQ(angleAt(report, 1), 18000);
+    EXPECT_EQ(report[7] & 0x20, 0x20) << "CW hard-limit bit";
+    EXPECT_EQ(unit.exchange({0x81, 0}), (std::vector<Byte>{0x81, 0, 0x50, 0x46, 0x00}));
+
+    unit.exchange({0x95, 0x10});  // turning without end
+    bool wrapped = false;
+    for (int i = 0; i < 20; ++i) {
+        unit.advance(100);
+        report = unit.jog(0x80, 255, 0);
+        EXPECT_EQ(report[7] & 0xF0, 0) << "no limit bits";
+        EXPECT_GT(angleAt(report, 1), -18000);
+        EXPECT_LE(angleAt(report, 1), 18000);
+        wrapped = wrapped || angleAt(report, 1) < 0;
+    }
+    EXPECT_TRUE(wrapped) << "past 180.00 the reading goes on from -180.00";
+}
+
+TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
+    UnitHarness unit;
+    // Camera bytes of a jog report: counts at 14 and 15, then the bytes.
+    const auto camera1 = [&unit] {
+        const auto r = unit.jog();
+        EXPECT_EQ(r.size(), 16u + r.at(14) + r.at(15));
+        return std::vector<Byte>(r.begin() + 16, r.begin() + 16 + r.at(14));
+    };
+    unit.exchange({0x62, 6, 0x81, 0x01, 0x04, 0x07, 0x02, 0xFF});  // zoom tele
+    EXPECT_TRUE(camera1().empty()) << "not before the response time-out";
+    unit.advance(100);
+    EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x41, 0xFF}));
+    unit.advance(200);
+    EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x51, 0xFF}));
+    EXPECT_TRUE(camera1().empty()) << "each byte is delivered once";
+
+    std::vector<Byte> text{0x62, 60};
+    for (int i = 0; i < 60; ++i) {
+        text.push_back(static_cast<Byte>('A' + i % 26));
+    }
+    unit.exchange({0x65, 50, 10});  // camera 1 answers after 400 ms
+    unit.exchange(text);
+    unit.advance(300);
+    EXPECT_TRUE(camera1().empty());
+    unit.advance(200);
+    std::vector<Byte> received;
+    for (int i = 0; i < 3; ++i) {
+        const auto bytes = camera1();
+        EXPECT_LE(bytes.size(), 24u);
+        received.insert(received.end(), bytes.begin(), bytes.end());
+    }
+    EXPECT_EQ(received, std::vector<Byte>(text.begin() + 2, text.end()));
+    unit.exchange({0x60, 0x00, 0x01});  // camera 1 port off
+    unit.exchange({0x62, 2, 'h', 'i'});
+    unit.advance(1000);
+    EXPECT_TRUE(camera1().empty());
+}
+
+}  // namespace
+}  // namespace halvex::sim::testing

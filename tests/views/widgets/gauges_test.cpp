@@ -1,0 +1,207 @@
+// The display widgets: a value to ticks, angle, text and pixels.
+
+#include <gtest/gtest.h>
+
+#include <QImage>
+#include <QSignalSpy>
+#include <cmath>
+#include <limits>
+
+#include "views/widgets/gauge_scale.h"
+#include "views/widgets/led_display.h"
+#include "views/widgets/pan_gauge.h"
+#include "views/widgets/status_lamp.h"
+
+namespace halvex {
+namespace {
+
+constexpr double kInf = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+TEST(GaugeTicks, RoundStepsWithinTheRangeAndNoneForUnusableRanges) {
+    struct Case {
+        double low, high;
+        int count;
+        double step, first, last;  // step 0: no ticks at all
+    };
+    const Case cases[] = {{-180, 180, 8, 50, -150, 150}, {90, -90, 8, 20, -80, 80},
+                          {0, 1, 5, 0.2, 0, 1},          {5, 5, 8, 0, 0, 0},
+                          {-kInf, kInf, 8, 0, 0, 0},     {kNaN, 10, 8, 0, 0, 0},
+                          {0, 10, 0, 0, 0, 0},           {-1e308, 1e308, 8, 0, 0, 0}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.low << ".." << c.high);
+        const GaugeTicks ticks = gaugeTicks(c.low, c.high, c.count);
+        if (c.step == 0) {
+            EXPECT_TRUE(ticks.major.empty());
+            continue;
+        }
+        ASSERT_FALSE(ticks.major.empty());
+        EXPECT_DOUBLE_EQ(ticks.step, c.step);
+        EXPECT_DOUBLE_EQ(ticks.major.front(), c.first);
+        EXPECT_DOUBLE_EQ(ticks.major.back(), c.last);
+        EXPECT_TRUE(std::is_sorted(ticks.major.begin(), ticks.major.end()));
+        for (double tick : ticks.major) {
+            EXPECT_NEAR(std::remainder(tick, ticks.step), 0.0, ticks.step * 1e-9);
+        }
+        for (double tick : ticks.minor) {
+            EXPECT_GE(tick, std::min(c.low, c.high));
+            EXPECT_LE(tick, std::max(c.low, c.high));
+            EXPECT_GT(std::abs(std::remainder(tick, ticks.step)), ticks.step * 1e-6) << tick;
+        }
+    }
+    // Tick indices past 2^53, where counting by adding one would never end.
+    const GaugeTicks far = gaugeTicks(1e30, 1e30 + 1e15, 8);
+    EXPECT_LE(far.major.size() + far.minor.size(), 400u);
+}
+
+TEST(PanGauge, NeedleStaysOnTheScaleAndSweepsClockwise) {
+    struct Case {
+        double minimum, maximum, value, needle, angle;
+    };
+    const Case cases[] = {{-170, 170, 200.5, 170, -45},
+                          {-170, 170, -500, -170, 225},
+                          {-170, 170, 12.25, 12.25, 0},
+                          {-170, 170, kInf, 170, -45},
+                          {-170, 170, kNaN, -170, 225},
+                          {-180, 180, 0, 0, 90},
+                          {-180, 180, -180, -180, 225},
+                          {-90, 150, 120, 120, 0},
+                          {130, 150, 120, 130, 225},
+                          {100, -100, 120, 100, 225},
+                          {5, 5, 7, 5, 225}};
+    PanGauge gauge;
+    QSignalSpy valueSpy(&gauge, &PanGauge::valueChanged);
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.minimum << ".." << c.maximum << " " << c.value);
+        gauge.setValue(c.value);
+        gauge.setRange(c.minimum, c.maximum);  // rescaling moves an out-of-range needle
+        EXPECT_TRUE(gauge.value() == c.value || (std::isnan(c.value) && std::isnan(gauge.value())));
+        EXPECT_EQ(gauge.property("needleValue").toDouble(), c.needle);
+        if (c.angle != 0) {
+            EXPECT_DOUBLE_EQ(gauge.angleFor(gauge.needleValue()), c.angle);
+        }
+    }
+    gauge.setValue(7);
+    EXPECT_EQ(valueSpy.count(), 9) << "one signal per change, none for the same value";
+
+    // Range marks: the second never closer than the gap to the first.
+    QSignalSpy marks(&gauge, &PanGauge::rangeMarksChanged);
+    EXPECT_FALSE(gauge.rangeMarks(0).shown);
+    gauge.setRangeMarks(0, 10.0, 2.0);
+    gauge.setRangeMarks(1, -30.0, 40.0);
+    EXPECT_TRUE(gauge.rangeMarks(0).shown);
+    EXPECT_EQ(gauge.rangeMarks(0).second, 10.0 + PanGauge::kMinRangeMarkGap);
+    EXPECT_EQ(gauge.rangeMarks(1).second, 40.0);
+    gauge.clearRangeMarks(0);
+    EXPECT_FALSE(gauge.rangeMarks(0).shown);
+    gauge.setRangeMarks(2, 1.0, 2.0);  // no such pair
+    gauge.setRangeMarks(-1, 1.0, 2.0);
+    gauge.clearRangeMarks(7);
+    EXPECT_EQ(marks.count(), 3);
+
+    // Drawn at any size, with marks past the scale and odd scales.
+    gauge.setRangeMarks(0, -400.0, 400.0);
+    const std::pair<double, double> scales[] = {
+        {0, 0}, {-kInf, kInf}, {kNaN, 10}, {-1e300, 1e300}, {0, 0.001}};
+    for (auto [minimum, maximum] : scales) {
+        gauge.setRange(minimum, maximum);
+        for (QSize size : {QSize(1, 1), QSize(12, 12), QSize(900, 900)}) {
+            gauge.resize(size);
+            EXPECT_FALSE(gauge.grab().isNull());
+        }
+    }
+    EXPECT_EQ(gauge.heightForWidth(150), 150);
+}
+
+TEST(LedDisplay, ShowsTheValueWithItsDecimalsAndFieldWidth) {
+    struct Case {
+        int decimals, width;
+        double value;
+        const char* text;
+    };
+    const Case cases[] = {
+        {2, 0, 12.345678, "12.35"}, {2, 0, -123.456, "-123.46"}, {2, 0, -0.001, "0.00"},
+        {2, 0, -0.0, "0.00"},       {2, 0, -0.005001, "-0.01"},  {0, 0, -0.6, "-1"},
+        {0, 0, 255, "255"},         {3, 7, 1.5, "   1.500"},     {3, 2, 1.5, "1.500"},
+        {2, 0, kInf, "----"},       {2, 0, -kInf, "----"},       {2, 0, kNaN, "----"}};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.text);
+        LedDisplay led;
+        led.setDecimals(c.decimals);
+        led.setFieldWidth(c.width);
+        led.setValue(c.value);
+        EXPECT_EQ(led.text(), QString::fromLatin1(c.text));
+        EXPECT_TRUE(led.value() == c.value || std::isnan(c.value)) << "kept exactly as set";
+    }
+    LedDisplay led;
+    led.setDecimals(-4);
+    EXPECT_EQ(led.decimals(), 0);
+    led.setDecimals(99);
+    EXPECT_EQ(led.decimals(), LedDisplay::kMaxDecimals);
+    QSignalSpy spy(&led, &LedDisplay::valueChanged);
+    for (double v : {1.5, 1.5, kNaN, kNaN}) {
+        led.setValue(v);
+    }
+    EXPECT_EQ(spy.count(), 2);
+}
+
+// Whether any pixel is close to colour, i.e. something was drawn in it.
+bool showsColour(const QImage& image, const QColor& colour) {
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor p = image.pixelColor(x, y);
+            if (std::abs(p.red() - colour.red()) < 24 &&
+                std::abs(p.green() - colour.green()) < 24 &&
+                std::abs(p.blue() - colour.blue()) < 24) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+TEST(LedDisplay, DrawsLitDigitsInTheChosenColourAtAnySize) {
+    LedDisplay led;
+    led.resize(led.sizeHint());
+    led.setValue(88.88);
+    EXPECT_TRUE(showsColour(led.grab().toImage(), led.digitColor()));
+    const QColor amber(255, 176, 0);
+    EXPECT_FALSE(showsColour(led.grab().toImage(), amber));
+    led.setDigitColor(amber);
+    EXPECT_TRUE(showsColour(led.grab().toImage(), amber));
+    led.setValue(1e300);  // hundreds of digits squeezed into the panel
+    for (QSize size : {QSize(1, 1), QSize(3, 40), QSize(60, 2), QSize(1600, 400)}) {
+        led.resize(size);
+        EXPECT_FALSE(led.grab().isNull());
+    }
+}
+
+TEST(StatusLamp, RoundBodyIsDrawnInTheLampColour) {
+    StatusLamp lamp;
+    lamp.resize(40, 40);
+    const auto body = [&lamp] { return lamp.grab().toImage().pixelColor(20, 26); };
+    lamp.setColor(QColor(255, 0, 0));
+    EXPECT_GT(body().red(), 200);
+    EXPECT_LT(body().green(), 80);
+    lamp.setColor(QColor(0, 128, 0));
+    EXPECT_GT(body().green(), 90);
+    EXPECT_LT(body().green(), 170);
+    EXPECT_LT(body().red(), 60);
+
+    // The far ends of a wide widget lie outside the round lamp.
+    lamp.setColor(QColor(0, 255, 0));
+    lamp.resize(120, 20);
+    const QImage image = lamp.grab().toImage();
+    EXPECT_NE(image.pixelColor(2, 10), image.pixelColor(60, 12));
+    EXPECT_EQ(image.pixelColor(2, 10), image.pixelColor(117, 10));
+
+    lamp.setColor(QColor());
+    for (QSize size : {QSize(0, 0), QSize(1, 1), QSize(3, 3), QSize(500, 500)}) {
+        lamp.resize(size);
+        lamp.grab();
+    }
+    EXPECT_FALSE(lamp.color().isValid());
+}
+
+}  // namespace
+}  // namespace halvex

@@ -1,0 +1,184 @@
+// The jog boxes: where a click or drag lands in the units the jog messages
+// are made from, and the marker that follows a held pointer.
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QMouseEvent>
+#include <QTest>
+#include <cmath>
+
+#include "views/widgets/jog_box.h"
+#include "views/widgets/lens_jog_box.h"
+
+namespace halvex {
+namespace {
+
+// What a pad reported, one entry per signal, in order.
+struct Report {
+    enum Kind { Press, Move, Release } kind;
+    Qt::MouseButton button;
+    Qt::MouseButtons buttons;
+    QPointF units;
+};
+
+void record(PointerPad& pad, std::vector<Report>& reports) {
+    const auto as = [&reports](Report::Kind kind) {
+        return [&reports, kind](Qt::MouseButton b, Qt::MouseButtons held, double x, double y) {
+            reports.push_back({kind, b, held, {x, y}});
+        };
+    };
+    QObject::connect(&pad, &PointerPad::mousePressed, as(Report::Press));
+    QObject::connect(&pad, &PointerPad::mouseMoved, as(Report::Move));
+    QObject::connect(&pad, &PointerPad::mouseReleased, as(Report::Release));
+}
+
+// Presses and releases at one pixel. QTest reads (0, 0) as "the centre", so
+// the top left corner gets events of its own.
+void clickAt(QWidget& widget, QPoint pixel, Qt::MouseButton button = Qt::LeftButton) {
+    const QPointF global = widget.mapToGlobal(QPointF(pixel));
+    QMouseEvent press(QEvent::MouseButtonPress, QPointF(pixel), global, button, button,
+                      Qt::NoModifier);
+    QApplication::sendEvent(&widget, &press);
+    QMouseEvent release(QEvent::MouseButtonRelease, QPointF(pixel), global, button, Qt::NoButton,
+                        Qt::NoModifier);
+    QApplication::sendEvent(&widget, &release);
+}
+
+// The held-pointer marker is drawn in amber; nothing else on the target is.
+bool markerAt(JogBox& box, QPoint pixel) {
+    const QColor c = box.grab().toImage().pixelColor(pixel);
+    return c.red() > 200 && c.green() > 140 && c.green() < 210 && c.blue() < 120;
+}
+
+// A 513 pixel square: pixel 256 is the middle, 256 pixels on each side of it
+// cover 255 units above the centre and 257 below.
+TEST(JogBox, ClicksAndDragsLandOnTheRightUnits) {
+    JogBox box;
+    std::vector<Report> reports;
+    record(box, reports);
+    box.resize(513, 513);
+    box.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&box));
+    const double c = JogBox::kUnitCentre;
+    const std::pair<QPoint, QPointF> clicks[] = {{{0, 0}, {0, 0}},
+                                                 {{512, 0}, {512, 0}},
+                                                 {{0, 512}, {0, 512}},
+                                                 {{512, 512}, {512, 512}},
+                                                 {{256, 256}, {c, c}},
+                                                 {{128, 384}, {255.0 / 2, c + 257.0 / 2}},
+                                                 {{384, 128}, {c + 257.0 / 2, 255.0 / 2}}};
+    for (const auto& [pixel, units] : clicks) {
+        SCOPED_TRACE(::testing::Message() << pixel.x() << "," << pixel.y());
+        reports.clear();
+        clickAt(box, pixel, Qt::RightButton);
+        ASSERT_EQ(reports.size(), 2u);
+        EXPECT_EQ(reports[0].units, units);
+        EXPECT_EQ(reports[0].button, Qt::RightButton);
+        EXPECT_EQ(reports[1].kind, Report::Release);
+    }
+
+    reports.clear();
+    EXPECT_FALSE(markerAt(box, {384, 256}));
+    QTest::mousePress(&box, Qt::LeftButton, Qt::NoModifier, {384, 256});
+    EXPECT_TRUE(box.pointerHeld());
+    EXPECT_TRUE(markerAt(box, {384, 256}));
+    QTest::mouseMove(&box, {256, 128});
+    QTest::mouseMove(&box, {120, 700});  // dragged out below: the marker waits on the edge
+    EXPECT_FALSE(markerAt(box, {384, 256}));
+    EXPECT_TRUE(markerAt(box, {120, 508}));
+    QTest::mouseRelease(&box, Qt::LeftButton, Qt::NoModifier, {120, 700});
+    EXPECT_FALSE(box.pointerHeld());
+    EXPECT_FALSE(markerAt(box, {120, 508}));
+    ASSERT_EQ(reports.size(), 4u);
+    EXPECT_EQ(reports[0].kind, Report::Press);
+    EXPECT_EQ(reports[0].buttons, Qt::MouseButtons(Qt::LeftButton));
+    EXPECT_EQ(reports[0].units, QPointF(c + 257.0 / 2, c));
+    EXPECT_EQ(reports[1].kind, Report::Move);
+    EXPECT_EQ(reports[1].buttons, Qt::MouseButtons(Qt::LeftButton));
+    EXPECT_EQ(reports[1].units, QPointF(c, 255.0 / 2));
+    EXPECT_GT(reports[2].units.y(), JogBox::kUnitSpan) << "outside stays outside";
+    EXPECT_EQ(reports[3].kind, Report::Release);
+    EXPECT_EQ(reports[3].button, Qt::LeftButton);
+    EXPECT_EQ(reports[3].buttons, Qt::MouseButtons(Qt::NoButton));
+
+    // Hidden mid-drag (the page changed): the release never comes, the marker must not stay.
+    QTest::mousePress(&box, Qt::LeftButton, Qt::NoModifier, {400, 100});
+    box.hide();
+    box.show();
+    EXPECT_FALSE(box.pointerHeld());
+    EXPECT_FALSE(markerAt(box, {400, 100}));
+    QTest::mouseRelease(&box, Qt::LeftButton);  // QTest keeps its own record of held buttons
+}
+
+TEST(JogBox, TargetIsTheCentredSquareOfAnOblongWidget) {
+    JogBox box;
+    box.resize(301, 201);  // 200 pixel spans, 50 pixels to spare each side
+    EXPECT_EQ(box.padRect(), QRectF(50, 0, 200, 200));
+    EXPECT_EQ(box.toUnits({250, 200}), QPointF(512, 512));
+    EXPECT_EQ(box.toUnits({150, 100}), QPointF(JogBox::kUnitCentre, JogBox::kUnitCentre));
+    EXPECT_LT(box.toUnits({49, 100}).x(), 0.0);
+    const QPointF back = box.toUnits(box.toWidget({511.5, 254.5}));
+    EXPECT_NEAR(back.x(), 511.5, 1e-9);
+    EXPECT_NEAR(back.y(), 254.5, 1e-9);
+    EXPECT_EQ(box.heightForWidth(240), 240);
+    for (QSize size : {QSize(0, 0), QSize(1, 1), QSize(2, 50), QSize(1200, 1200)}) {
+        box.resize(size);
+        box.grab();
+        const QPointF units = box.toUnits({0.5, 0.5});
+        EXPECT_TRUE(std::isfinite(units.x()) && std::isfinite(units.y()));
+    }
+}
+
+// 40 by 121 pixels: 120 pixel rows for the 120 units, the rest line on row 60.
+TEST(LensJogBox, RowsAreUnitsAndDragsAreReportedAsTheyHappen) {
+    LensJogBox box;
+    std::vector<Report> reports;
+    record(box, reports);
+    box.resize(40, 121);
+    box.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&box));
+    const std::pair<QPoint, double> clicks[] = {
+        {{0, 0}, 0}, {{39, 120}, LensJogBox::kUnitWidth}, {{20, 60}, -1}, {{30, 119}, -1}};
+    for (const auto& [pixel, x] : clicks) {
+        reports.clear();
+        clickAt(box, pixel);
+        ASSERT_EQ(reports.size(), 2u);
+        EXPECT_EQ(reports[0].units.y(), pixel.y());
+        if (x >= 0) {
+            EXPECT_EQ(reports[0].units.x(), x);
+        } else {
+            EXPECT_GT(reports[0].units.x(), 0.0);
+            EXPECT_LT(reports[0].units.x(), LensJogBox::kUnitWidth);
+        }
+    }
+    reports.clear();
+    QTest::mousePress(&box, Qt::LeftButton, Qt::NoModifier, {20, 30});
+    for (QPoint pixel : {QPoint(45, 30), QPoint(20, -10), QPoint(20, 90)}) {
+        QTest::mouseMove(&box, pixel);
+    }
+    QTest::mouseRelease(&box, Qt::LeftButton, Qt::NoModifier, {20, 90});
+    ASSERT_EQ(reports.size(), 5u);
+    EXPECT_GT(reports[1].units.x(), LensJogBox::kUnitWidth);
+    EXPECT_EQ(reports[2].units.y(), -10.0);
+    EXPECT_EQ(reports[3].units.y(), 90.0);
+    EXPECT_EQ(reports[3].buttons, Qt::MouseButtons(Qt::LeftButton));
+    EXPECT_EQ(reports[4].kind, Report::Release);
+    EXPECT_FALSE(box.pointerHeld());
+
+    // At its natural size the rest line still falls on a whole pixel row.
+    box.resize(box.sizeHint());
+    EXPECT_EQ(box.sizeHint(), QSize(39, 120));
+    EXPECT_EQ(box.toUnits({38, 119}), QPointF(LensJogBox::kUnitWidth, LensJogBox::kUnitHeight));
+    EXPECT_EQ(box.toUnits({19, 59}).y(), LensJogBox::kUnitCentreY);
+    box.resize(39, 481);
+    EXPECT_EQ(box.toUnits({19, 480}).y(), LensJogBox::kUnitHeight);
+    EXPECT_EQ(box.toUnits({19, 240}).y(), LensJogBox::kUnitCentreY);
+    for (QSize size : {QSize(1, 1), QSize(5, 3), QSize(200, 1000)}) {
+        box.resize(size);
+        EXPECT_FALSE(box.grab().isNull());
+    }
+}
+
+}  // namespace
+}  // namespace halvex
