@@ -66,6 +66,7 @@ TEST_F(MainWindowTest, StoredSettingsAreUsedAsTheyAreAndAMissingFileIsCreated) {
         {"", "010080250000", "", "Ver 2.00 Using COM1 At 9600 Offline", 1, 0},
         {"0900004B0000", "0900004B0000", "", "", 1, 2},  // port 9: the COM1 entry stays checked
         {"020000C20100", "020000C20100", "", "Using COM2 At 115200 Offline", 2, -1},
+        {"030080250000", "030080250000", "", "Using COM3 At 9600 Offline", 3, 0},
         {"0100", "0100", "HALVEX.BIN|2 bytes", "Using COM1 At 9600 Offline", 1, 0}};
     for (const Case& c : cases) {
         SCOPED_TRACE(c.stored.toStdString());

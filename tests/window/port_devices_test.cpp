@@ -63,15 +63,19 @@ TEST(PortDevices, DeviceChosenForCom1SurvivesARestartUnlessTheEnvironmentSaysOth
         EXPECT_EQ(second.action("MenuCOM_1")->text(), QStringLiteral("COM1   (/dev/ttyS0)"));
     }
     setComPortDevice(1, kAdapter);
-    qputenv("HALVEX_COM1", "/tmp/halvex-unit");
+    // The environment names the other device present: it is used, and no
+    // menu entry claims to be the choice.
+    qputenv("HALVEX_COM1", "/dev/ttyACM0");
     {
         DeviceRig third;
-        EXPECT_EQ(comPortDevice(1), QStringLiteral("/tmp/halvex-unit"));
-        EXPECT_EQ(third.action("MenuCOM_1")->text(), QStringLiteral("COM1   (/tmp/halvex-unit)"));
+        EXPECT_EQ(comPortDevice(1), QStringLiteral("/dev/ttyACM0"));
+        EXPECT_EQ(third.action("MenuCOM_1")->text(), QStringLiteral("COM1   (/dev/ttyACM0)"));
         EXPECT_EQ(third.action("MenuDeviceEnvironment")->text(),
-                  QStringLiteral("Set by HALVEX_COM1: /tmp/halvex-unit"));
-        EXPECT_FALSE(third.action("MenuDevice_0")->isEnabled());
-        EXPECT_FALSE(third.action("MenuDevice_0")->isChecked());
+                  QStringLiteral("Set by HALVEX_COM1: /dev/ttyACM0"));
+        for (const char* entry : {"MenuDevice_0", "MenuDevice_1"}) {
+            EXPECT_FALSE(third.action(entry)->isEnabled()) << entry;
+            EXPECT_FALSE(third.action(entry)->isChecked()) << entry;
+        }
     }
     qunsetenv("HALVEX_COM1");
     setComPortDevice(1, QString());
