@@ -5,43 +5,52 @@
 using namespace halvex;
 using namespace halvex::testing;
 
-TEST(SendFrame, WritesStuffedFrameWithLrcAndEchoesIt) {
-    LinkRig rig;
-    rig.state.UnitId = 1;
-    rig.send({0x9A});
-    ASSERT_EQ(rig.unit.frames().size(), 1u);
-    EXPECT_EQ(rig.unit.wire(), (std::vector<Byte>{0x02, 0x01, 0x9A, 0x9B, 0x03}));
-    EXPECT_EQ(rig.lastSent, QStringLiteral("02 01 9A 9B 03"));
-
-    rig.unit.clear();
-    // A code byte 0x02 and a payload byte 0x1B both travel escaped; the LRC
-    // is over the raw values (1 ^ 0x02 ^ 0x1B = 0x18).
-    rig.send({0x02, 0x1B});
-    EXPECT_EQ(rig.unit.wire(), (std::vector<Byte>{0x02, 0x01, 0x1B, 0x82, 0x1B, 0x9B, 0x18, 0x03}));
-    EXPECT_EQ(rig.lastSent, QStringLiteral("02 01 1B 02 1B 1B 18 03"));
-}
-
-TEST(SendFrame, AddressOverrideServesOneFrameAndCaptureShowsUnitId) {
-    LinkRig rig;
-    rig.state.UnitId = 5;
-    rig.state.AddressOverride = kBroadcast;
-    rig.send({0x9F, 0x80});
-    rig.send({0x9F, 0x80});
-    ASSERT_EQ(rig.unit.frames().size(), 2u);
-    // Broadcast: address 0 and an LRC that starts from 0.
-    EXPECT_EQ(rig.unit.frames()[0].wire, (std::vector<Byte>{0x02, 0x00, 0x9F, 0x80, 0x1F, 0x03}));
-    // Back to the configured unit.
-    EXPECT_EQ(rig.unit.frames()[1].wire, (std::vector<Byte>{0x02, 0x05, 0x9F, 0x80, 0x1A, 0x03}));
-    EXPECT_EQ(rig.lastSent, QStringLiteral("02 05 9F 80 1A 03"));
-    EXPECT_EQ(rig.state.AddressOverride, kNoOverride);
-}
-
-TEST(SendFrame, EscapedAddressIsSentEscapedButCapturedPlain) {
-    LinkRig rig;
-    rig.state.UnitId = 3;
-    rig.send({0x31});
-    EXPECT_EQ(rig.unit.wire(), (std::vector<Byte>{0x02, 0x1B, 0x83, 0x31, 0x32, 0x03}));
-    EXPECT_EQ(rig.lastSent, QStringLiteral("02 1B 03 31 32 03"));
+TEST(SendFrame, WritesTheStuffedFrameWithItsLrcAndEchoesItPlain) {
+    struct Case {
+        const char* what;
+        Byte unitId;
+        Byte addressOverride;
+        std::vector<Byte> message;
+        std::vector<Byte> wire;
+        const char* echo;
+    };
+    const Case cases[] = {
+        {"plain", 1, kNoOverride, {0x9A}, {0x02, 0x01, 0x9A, 0x9B, 0x03}, "02 01 9A 9B 03"},
+        // The LRC is over the raw values: 1 ^ 0x02 ^ 0x1B = 0x18.
+        {"escaped code and payload",
+         1,
+         kNoOverride,
+         {0x02, 0x1B},
+         {0x02, 0x01, 0x1B, 0x82, 0x1B, 0x9B, 0x18, 0x03},
+         "02 01 1B 02 1B 1B 18 03"},
+        {"escaped address",
+         3,
+         kNoOverride,
+         {0x31},
+         {0x02, 0x1B, 0x83, 0x31, 0x32, 0x03},
+         "02 1B 03 31 32 03"},
+        // Address 0 and an LRC that starts from 0; the echo names the unit.
+        {"broadcast",
+         5,
+         kBroadcast,
+         {0x9F, 0x80},
+         {0x02, 0x00, 0x9F, 0x80, 0x1F, 0x03},
+         "02 05 9F 80 1F 03"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        LinkRig rig;
+        rig.state.UnitId = c.unitId;
+        rig.state.AddressOverride = c.addressOverride;
+        rig.send(c.message);
+        ASSERT_EQ(rig.unit.frames().size(), 1u);
+        EXPECT_EQ(rig.unit.wire(), c.wire);
+        EXPECT_EQ(rig.lastSent, QLatin1String(c.echo));
+        // An override serves one frame; the next goes to the configured unit.
+        EXPECT_EQ(rig.state.AddressOverride, kNoOverride);
+        rig.send(c.message);
+        EXPECT_EQ(rig.unit.frames()[1].address, c.unitId);
+    }
 }
 
 TEST(SendFrame, CommandsGoOutOnePerTickAndLeaveTheStopRequestToTheJogMessage) {
