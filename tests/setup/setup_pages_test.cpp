@@ -37,54 +37,30 @@ class SetupPages : public OnlineSuite<QuickProcedureRig> {
 
 TEST_F(SetupPages, EveryButtonSendsItsBytes) {
     QuickProcedureRig& rig = *shared_;
-    const auto press = [&rig](const char* name) { return [&rig, name] { rig.press(name); }; };
-    // Scroll bars first, then the button that sends them.
-    const auto set = [&rig](std::vector<std::pair<const char*, int>> values, const char* button) {
-        return [&rig, values, button] {
-            for (const auto& [name, value] : values) {
-                rig.scroll(name, value);
-            }
-            rig.press(button);
-        };
-    };
     rig.runRows({
-        {"get rates", press("GetRateBut"), {0x92, 0x80, 0, 0, 0, 0, 0, 0, 0}},
-        {"set rates",
-         set({{"PSafeScroll", 5},
-              {"PRampScroll", 10},
-              {"PDecelScroll", 3},
-              {"TSafeScroll", 127},
-              {"TRampScroll", 255},
-              {"TDecelScroll", 63}},
-             "SetRateBut"),
+        {"GetRateBut", {0x92, 0x80, 0, 0, 0, 0, 0, 0, 0}},
+        {"PSafeScroll=5 PRampScroll=10 PDecelScroll=3 TSafeScroll=127 TRampScroll=255 "
+         "TDecelScroll=63 SetRateBut",
          {0x92, 5, 10, 3, 0, 127, 255, 63, 0}},
-        {"get top", press("GetCMaxBut"), {0x9C, 0x80, 0, 0}},
-        {"set top",
-         set({{"PTopScroll", 100}, {"TTopScroll", 90}}, "SetCMaxBut"),
-         {0x9C, 0x00, 100, 90}},
-        {"get jog top", press("GetIMaxBut"), {0x9C, 0xC0, 0, 0}},
-        {"set jog top",
-         set({{"PITopScroll", 1}, {"TITopScroll", 255}}, "SetIMaxBut"),
-         {0x9C, 0x40, 1, 255}},
-        {"get pan min/max", press("GetPStepBut"), {0xA1, 0x80, 0, 0, 0, 0}},
-        {"set pan min/max, low byte first",
-         set({{"PMinScroll", 300}, {"PMaxScroll", 30000}}, "SetPStepBut"),
-         {0xA1, 0x00, 0x2C, 0x01, 0x30, 0x75}},
-        {"get tilt min/max", press("GetTStepBut"), {0xA2, 0x80, 0, 0, 0, 0}},
-        {"set tilt min/max",
-         set({{"TMinScroll", 15}, {"TMaxScroll", 255}}, "SetTStepBut"),
-         {0xA2, 0x00, 15, 0, 255, 0}},
-        {"maximum pair above 255 sends nothing", press("SetMaxPairBut"), {}},
-        {"maximum pair", set({{"PMaxScroll", 200}}, "SetMaxPairBut"), {0x99, 200, 255}},
-        {"minimum pair above 255 sends nothing", press("SetMinPairBut"), {}},
-        {"minimum pair", set({{"PMinScroll", 20}}, "SetMinPairBut"), {0x93, 20, 15}},
-        {"tilt set", press("SetTiltBut"), {0x93, 127, 255, 15, 0, 255, 0}},
-        {"get time-out", press("GetTOBut"), {0x96, 0x80}},
-        {"set time-out", set({{"TOScroll", 45}}, "SetTOBut"), {0x96, 45}},
-        {"get heater", press("GetHeatBut"), {0x97, 0x80}},
-        {"heater full power", press("HeatOp_2"), {0x97, 2}},
-        {"heater off", press("HeatOp_0"), {0x97, 0}},
-        {"firmware", press("RevBut"), {0x9A}},
+        {"GetCMaxBut", {0x9C, 0x80, 0, 0}},
+        {"PTopScroll=100 TTopScroll=90 SetCMaxBut", {0x9C, 0x00, 100, 90}},
+        {"GetIMaxBut", {0x9C, 0xC0, 0, 0}},
+        {"PITopScroll=1 TITopScroll=255 SetIMaxBut", {0x9C, 0x40, 1, 255}},
+        {"GetPStepBut", {0xA1, 0x80, 0, 0, 0, 0}},
+        {"PMinScroll=300 PMaxScroll=30000 SetPStepBut", {0xA1, 0x00, 0x2C, 0x01, 0x30, 0x75}},
+        {"GetTStepBut", {0xA2, 0x80, 0, 0, 0, 0}},
+        {"TMinScroll=15 TMaxScroll=255 SetTStepBut", {0xA2, 0x00, 15, 0, 255, 0}},
+        {"SetMaxPairBut", {}},  // above 255: nothing
+        {"PMaxScroll=200 SetMaxPairBut", {0x99, 200, 255}},
+        {"SetMinPairBut", {}},
+        {"PMinScroll=20 SetMinPairBut", {0x93, 20, 15}},
+        {"SetTiltBut", {0x93, 127, 255, 15, 0, 255, 0}},
+        {"GetTOBut", {0x96, 0x80}},
+        {"TOScroll=45 SetTOBut", {0x96, 45}},
+        {"GetHeatBut", {0x97, 0x80}},
+        {"HeatOp_2", {0x97, 2}},
+        {"HeatOp_0", {0x97, 0}},
+        {"RevBut", {0x9A}},
     });
     EXPECT_TRUE(rig.statusMessage().contains(QStringLiteral("SetMinPairBut_Click")));
     EXPECT_EQ(rig.text("Label28"), QStringLiteral("5"));
@@ -112,7 +88,7 @@ TEST_F(SetupPages, GetIdIsBroadcastButItsReplyIsCheckedWithTheUnitInUse) {
     EXPECT_EQ(rig.value("IDScroll"), 42);
 
     rig.scroll("CurrIDScroll", 0);
-    rig.sentBy([&] { rig.press("GetIDBut"); });
+    rig.sentBy("GetIDBut");
     EXPECT_EQ(rig.value("IDScroll"), 0);
 }
 
@@ -198,10 +174,8 @@ TEST_F(SetupPages, ValuesOutOfRangeStopTheDecoderAndNothingSticks) {
     EXPECT_EQ(rig.value("PSafeScroll"), 9);
     EXPECT_EQ(rig.text("RevLabel"), revision);
     // The console goes on: a read still gets its answer into the page.
-    rig.scroll("TOScroll", 17);
-    rig.sentBy([&] { rig.press("SetTOBut"); });
-    rig.scroll("TOScroll", 3);
-    rig.sentBy([&] { rig.press("GetTOBut"); });
+    rig.sentBy("TOScroll=17 SetTOBut");
+    rig.sentBy("TOScroll=3 GetTOBut");
     EXPECT_EQ(rig.value("TOScroll"), 17);
 }
 
@@ -224,24 +198,11 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
     EXPECT_FALSE(frame->isVisible());
     EXPECT_TRUE(rig.find<QWidget>(QStringLiteral("FactoryControls"))->isEnabled());
 
-    const auto press = [&rig](const char* name) { return [&rig, name] { rig.press(name); }; };
     rig.runRows({
-        {"get directions", press("GetRevBut"), {0x95, 0x80}},
-        {"get encoders", press("GetEncBut"), {0xA5, 0x80, 0, 0, 0, 0}},
-        {"con rotation and pan motor reverse",
-         [&rig] {
-             rig.press("ConCheck");
-             rig.press("RevCheck_0");
-             rig.press("SetRevBut");
-         },
-         {0x95, 0x11}},
-        {"encoders, low byte first",
-         [&rig] {
-             rig.scroll("PEncScroll", 10000);
-             rig.scroll("TEncScroll", 300);
-             rig.press("SetEncBut");
-         },
-         {0xA5, 0x00, 0x10, 0x27, 0x2C, 0x01}},
+        {"GetRevBut", {0x95, 0x80}},
+        {"GetEncBut", {0xA5, 0x80, 0, 0, 0, 0}},
+        {"ConCheck RevCheck_0 SetRevBut", {0x95, 0x11}},
+        {"PEncScroll=10000 TEncScroll=300 SetEncBut", {0xA5, 0x00, 0x10, 0x27, 0x2C, 0x01}},
     });
     // A direction reply sets the boxes and the flags the next Set sends.
     EXPECT_TRUE(rig.sentBy([&] { rig.inject({0x95, 0x24}); }).empty());
@@ -250,16 +211,16 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
     for (int bit = 0; bit < 6; ++bit) {
         EXPECT_EQ(rig.checked(boxes[bit]), bit == 2 || bit == 5) << boxes[bit];
     }
-    EXPECT_EQ(rig.sentBy(press("SetRevBut")), (std::vector<Bytes>{{0x95, 0x24}}));
-    rig.sentBy(press("SetRevBut"));  // the unit's answer, 0x24 again
+    EXPECT_EQ(rig.sentBy("SetRevBut"), (std::vector<Bytes>{{0x95, 0x24}}));
+    rig.sentBy("SetRevBut");  // the unit's answer, 0x24 again
     rig.sentBy([&] { rig.inject({0x95, 0x00}); });
 
     // Cancel in either checklist: nothing sent, the index read-outs as they were.
     rig.shown.clear();
     const QString before = rig.text("Pindex");
     rig.presenterAnswer = false;
-    EXPECT_TRUE(rig.sentBy(press("InitEncBut")).empty());
-    EXPECT_TRUE(rig.sentBy(press("EncHomeBut")).empty());
+    EXPECT_TRUE(rig.sentBy("InitEncBut").empty());
+    EXPECT_TRUE(rig.sentBy("EncHomeBut").empty());
     rig.presenterAnswer = true;
     ASSERT_EQ(rig.shown.size(), 2u);
     EXPECT_EQ(rig.shown[0].title, QStringLiteral("Critical Initial Alignment Checklist"));
@@ -270,10 +231,10 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
     // OK: the initial alignment shortens the watchdog again afterwards, the
     // homing cycle leaves it long.
     Link& link = rig.window->link();
-    EXPECT_EQ(rig.sentBy(press("InitEncBut")), (std::vector<Bytes>{{0x9D}}));
+    EXPECT_EQ(rig.sentBy("InitEncBut"), (std::vector<Bytes>{{0x9D}}));
     EXPECT_EQ(link.Timer4().interval(), 1000);
     EXPECT_FALSE(rig.text("Label39").isEmpty());
-    EXPECT_EQ(rig.sentBy(press("EncHomeBut")), (std::vector<Bytes>{{0x9E}}));
+    EXPECT_EQ(rig.sentBy("EncHomeBut"), (std::vector<Bytes>{{0x9E}}));
     EXPECT_EQ(link.Timer4().interval(), 20000);
     // Resolver centre 32768 plus the pan encoder value set above.
     EXPECT_EQ(rig.text("Pindex"), QStringLiteral("42768"));
