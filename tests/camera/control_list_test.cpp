@@ -1,5 +1,5 @@
 // Reading camera control lists: the list-input field rules, the 101-command
-// limit, faults reported with file and line, and the file listing.
+// limit, faults reported with file and line, the shipped lists, and odd input.
 
 #include "camera/control_list.h"
 
@@ -8,6 +8,9 @@
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
+#include <random>
+
+#include "camera/transmit_string.h"
 
 namespace halvex {
 namespace {
@@ -72,16 +75,13 @@ TEST(ControlListFields, FollowTheListInputRules) {
 }
 
 TEST(ControlListFields, OnlyTheExactModeHMeansHex) {
-    const struct {
-        QByteArray mode;
-        bool hex;
-    } cases[] = {{"H", true},    {"\"H\"", true},   {"H   ", true}, {"h", false},
-                 {"HEX", false}, {"\" H\"", false}, {"A", false},   {"", false}};
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.mode.toStdString());
-        const ControlList list = parsed("\"Header\"\n\"Name\"," + c.mode + ",\"01\"\n");
-        ASSERT_EQ(list.commands.size(), 1u);
-        EXPECT_EQ(list.commands[0].isHex(), c.hex);
+    const std::pair<QByteArray, bool> cases[] = {{"H", true},  {"\"H\"", true}, {"H   ", true},
+                                                 {"h", false}, {"HEX", false},  {"\" H\"", false},
+                                                 {"A", false}, {"", false}};
+    for (const auto& [mode, hex] : cases) {
+        const ControlList list = parsed("\"Header\"\n\"Name\"," + mode + ",\"01\"\n");
+        ASSERT_EQ(list.commands.size(), 1u) << mode.toStdString();
+        EXPECT_EQ(list.commands[0].isHex(), hex) << mode.toStdString();
     }
 }
 
@@ -94,101 +94,125 @@ TEST(ControlListFile, HeaderQuotedWithCommasAndBlankLinesIgnored) {
     ASSERT_EQ(list.commands.size(), 2u);
     EXPECT_EQ(list.commands[0].name, "Power On");
     EXPECT_EQ(list.commands[1].name, "Power Off");
+    EXPECT_EQ(parsed("\"Just a camera\"\r\n\r\n").header, "Just a camera");
 }
 
-TEST(ControlListFile, HeaderOnlyGivesAnEmptyList) {
-    for (const QByteArray& bytes :
-         {QByteArray("\"Just a camera\""), QByteArray("\"Just a camera\"\r\n\r\n")}) {
-        const ControlList list = parsed(bytes);
-        EXPECT_EQ(list.header, "Just a camera");
-        EXPECT_TRUE(list.commands.empty());
-    }
-}
-
-TEST(ControlListFile, HoldsAtMost101Commands) {
-    EXPECT_EQ(parsed(commands(101)).commands.size(), 101u);
-
-    QString error;
-    const ControlList list = parsed(commands(102), &error);
-    EXPECT_EQ(list.commands.size(), 101u) << "what was read stays";
-    EXPECT_EQ(list.commands.back().name, "Command 100");
-    EXPECT_TRUE(error.contains("\"TEST.CCL\"")) << error.toStdString();
-    EXPECT_TRUE(error.contains("101 commands")) << error.toStdString();
-    // The header is line 1, so the 102nd command starts on line 103.
-    EXPECT_TRUE(error.contains("line 103")) << error.toStdString();
-}
-
-TEST(ControlListFile, ARecordCutShortNamesFileAndLineAndKeepsWhatWasRead) {
+TEST(ControlListFile, FaultsNameFileAndLineAndKeepWhatWasRead) {
     const struct {
-        const char* what;
         QByteArray bytes;
-        int line;
+        int line;  // 0: the message names no line
         std::size_t kept;
     } cases[] = {
-        {"name only", "\"Hdr\"\n\"A\",H,\"01\"\n\"B\"\n", 3, 1},
-        {"no transmit string", "\"Hdr\"\n\"A\",H,\"01\"\n\n\"B\",H", 4, 1},
-        {"first record", "\"Hdr\"\r\n\"A\",H\r\n", 2, 0},
-        {"after blank lines", "\"Hdr\"\n\n\n  \"A\"", 4, 0},
+        {"\"Hdr\"\n\"A\",H,\"01\"\n\"B\"\n", 3, 1},    // name only
+        {"\"Hdr\"\n\"A\",H,\"01\"\n\n\"B\",H", 4, 1},  // no transmit string
+        {"\"Hdr\"\r\n\"A\",H\r\n", 2, 0},
+        {"\"Hdr\"\n\n\n  \"A\"", 4, 0},
+        {commands(102), 103, 101},  // the header is line 1
+        {"", 0, 0},
+        {"\r\n  \r\n", 0, 0},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+        SCOPED_TRACE(c.bytes.left(40).toStdString());
         QString error;
         const ControlList list = parsed(c.bytes, &error);
-        EXPECT_EQ(list.header, "Hdr");
         EXPECT_EQ(list.commands.size(), c.kept);
         EXPECT_TRUE(error.contains("\"TEST.CCL\"")) << error.toStdString();
-        EXPECT_TRUE(error.contains(QStringLiteral("line %1 ").arg(c.line))) << error.toStdString();
+        if (c.line > 0) {
+            EXPECT_TRUE(error.contains(QStringLiteral("line %1 ").arg(c.line)))
+                << error.toStdString();
+        }
     }
+    EXPECT_EQ(parsed(commands(101)).commands.size(), 101u);
+    QString error;
+    EXPECT_EQ(parsed(commands(102), &error).commands.back().name, "Command 100");
+    EXPECT_TRUE(error.contains("101 commands")) << error.toStdString();
 }
 
-TEST(ControlListFile, AnEmptyFileIsReported) {
-    for (const QByteArray& bytes : {QByteArray(), QByteArray("\r\n  \r\n")}) {
-        QString error;
-        const ControlList list = parsed(bytes, &error);
-        EXPECT_TRUE(list.commands.empty());
-        EXPECT_TRUE(error.contains("\"TEST.CCL\"")) << error.toStdString();
-    }
-}
-
-TEST(ControlListFile, LoadingReplacesTheCameraTableAndReportsUnreadableFiles) {
+TEST(ControlListFile, UnreadableAndOversizedFilesAreReported) {
     QTemporaryDir dir;
-    ASSERT_TRUE(dir.isValid());
-    const auto write = [&dir](const QString& name, const QByteArray& bytes) {
-        QFile file(dir.filePath(name));
-        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(bytes);
-        return file.fileName();
-    };
-    ControlList camera1;
-    EXPECT_EQ(loadControlList(write("LONG.CCL", commands(5)), camera1), QString());
-    EXPECT_EQ(loadControlList(write("SHORT.CCL", "\"Short\"\n\"Only\",A,\"x\"\n"), camera1),
-              QString());
-    ASSERT_EQ(camera1.commands.size(), 1u) << "a shorter file lists only its own commands";
-    EXPECT_EQ(camera1.header, "Short");
-    EXPECT_EQ(camera1.commands[0].name, "Only");
-
-    const QString missing = loadControlList(dir.filePath("GONE.CCL"), camera1);
-    EXPECT_TRUE(missing.contains("\"GONE.CCL\"")) << missing.toStdString();
-    EXPECT_TRUE(camera1.commands.empty());
-
+    ControlList list = parsed(commands(3));
+    EXPECT_TRUE(loadControlList(dir.filePath("GONE.CCL"), list).contains("\"GONE.CCL\""));
+    EXPECT_TRUE(list.commands.empty());
     QDir(dir.path()).mkdir("FOLDER.CCL");
-    EXPECT_FALSE(loadControlList(dir.filePath("FOLDER.CCL"), camera1).isEmpty());
-
-    const QByteArray huge(kMaxControlListBytes + 1, ' ');
-    const QString tooBig = loadControlList(write("HUGE.CCL", huge), camera1);
-    EXPECT_TRUE(tooBig.contains("\"HUGE.CCL\"")) << tooBig.toStdString();
+    EXPECT_FALSE(loadControlList(dir.filePath("FOLDER.CCL"), list).isEmpty());
+    QFile huge(dir.filePath("HUGE.CCL"));
+    ASSERT_TRUE(huge.open(QIODevice::WriteOnly));
+    huge.write(QByteArray(kMaxControlListBytes + 1, ' '));
+    huge.close();
+    EXPECT_TRUE(loadControlList(huge.fileName(), list).contains("\"HUGE.CCL\""));
 }
 
-TEST(ControlListFolder, ListsCclFilesOfAnyCaseSortedByName) {
-    QTemporaryDir dir;
-    ASSERT_TRUE(dir.isValid());
-    for (const char* name : {"b.CCL", "A.ccl", "c.Ccl", "notes.txt", "old.CCL.bak", "CCL"}) {
-        QFile file(dir.filePath(name));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+TEST(ControlListFile, ShippedListsLoadAndEveryCommandConverts) {
+    const QDir data(QStringLiteral(HALVEX_DATA_OUT));
+    EXPECT_TRUE(listControlListFiles(data.path()).contains("SONY-VISCA.CCL"));
+    EXPECT_TRUE(listControlListFiles(data.path()).contains("PANASONIC-AW.CCL"));
+    for (const QString& file : listControlListFiles(data.path())) {
+        SCOPED_TRACE(file.toStdString());
+        ControlList list;
+        EXPECT_EQ(loadControlList(data.filePath(file), list), QString());
+        EXPECT_TRUE(list.header.contains("Cam")) << "the header says which cameras it suits";
+        EXPECT_GE(list.commands.size(), 12u);
+        for (const CclCommand& command : list.commands) {
+            const bool hex = command.isHex();
+            EXPECT_EQ(hex, file == "SONY-VISCA.CCL") << command.name.toStdString();
+            EXPECT_TRUE(hex ? command.text.endsWith("FF") : command.text.startsWith('#'));
+            const TransmitString sent = buildTransmitString(
+                command.text, hex ? TransmitMode::Hex : TransmitMode::Ascii, !hex, 0);
+            EXPECT_GT(sent.command.size(), 2u) << sent.messageText.toStdString();
+        }
     }
-    QDir(dir.path()).mkdir("folder.CCL");
-    EXPECT_EQ(listControlListFiles(dir.path()), (QStringList{"A.ccl", "b.CCL", "c.Ccl"}));
-    EXPECT_TRUE(listControlListFiles(dir.filePath("no such folder")).isEmpty());
+}
+
+// Random edits of good and odd lists never crash the reader, and what it
+// keeps stays within the limits: at most 101 commands, fields cut from the
+// input, faults naming the file.
+TEST(ControlListFile, MutatedFilesStayWithinBounds) {
+    std::vector<QByteArray> starts{
+        commands(120), "", "\"Odd, quoted\"\r\n  Name  ,H  , 01 02 \r\n\"Open,A,\"x\"\r\"\",,\n"};
+    const QDir data(QStringLiteral(HALVEX_DATA_OUT));
+    for (const QString& name : listControlListFiles(data.path())) {
+        QFile file(data.filePath(name));
+        starts.push_back(file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray());
+    }
+    std::mt19937 random(20240607);
+    const auto pick = [&](qsizetype n) { return n > 0 ? static_cast<int>(random() % n) : 0; };
+    static const char odd[] = ",\"\r\n H\0\xEF\xC3";
+    int faults = 0;
+    int full = 0;
+    for (int round = 0; round < 20000; ++round) {
+        QByteArray input = starts[pick(starts.size())];
+        for (int edit = pick(8); edit >= 0; --edit) {
+            const int at = pick(input.size());
+            switch (pick(4)) {
+                case 0:
+                    input.insert(at, odd[pick(sizeof odd - 1)]);
+                    break;
+                case 1:
+                    input.remove(at, 1 + pick(20));
+                    break;
+                case 2:
+                    input.insert(at, static_cast<char>(random()));
+                    break;
+                default:
+                    input.truncate(at + pick(400));
+                    break;
+            }
+        }
+        ControlList list;
+        const QString error = parseControlList(input, QStringLiteral("FUZZ.CCL"), list);
+        ASSERT_LE(list.commands.size(), static_cast<std::size_t>(ControlList::kMaxCommands));
+        qsizetype kept = list.header.size();
+        for (const CclCommand& command : list.commands) {
+            kept += command.name.size() + command.mode.size() + command.text.size();
+        }
+        ASSERT_LE(kept, input.size()) << "fields are pieces of the input";
+        ASSERT_TRUE(error.isEmpty() || error.contains("\"FUZZ.CCL\"")) << error.toStdString();
+        faults += !error.isEmpty();
+        full += list.commands.size() == static_cast<std::size_t>(ControlList::kMaxCommands);
+    }
+    // The inputs reach the fault paths and the limit, not only the easy path.
+    EXPECT_GT(faults, 1000);
+    EXPECT_GT(full, 100);
 }
 
 }  // namespace
