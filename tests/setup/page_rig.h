@@ -74,6 +74,19 @@ struct Controls {
             }
         }
     }
+    // Checks controls against "Name=7" (a scroll bar's value), "Name" (checked)
+    // and "!Name" (not checked), split by spaces.
+    void expect(const QString& states) {
+        for (const QString& state : states.split(' ', Qt::SkipEmptyParts)) {
+            const QStringList nameValue = state.split('=');
+            if (nameValue.size() == 2) {
+                EXPECT_EQ(value(nameValue[0]), nameValue[1].toInt()) << nameValue[0].toStdString();
+            } else {
+                EXPECT_EQ(checked(QString(state).remove('!')), !state.startsWith('!'))
+                    << state.toStdString();
+            }
+        }
+    }
     // Does the steps and waits for the unit's reply of this code.
     bool answered(const QString& steps, Byte code) {
         console->state().LastResponseCode = 0;

@@ -14,21 +14,19 @@ using namespace halvex::testing;
 namespace {
 
 // A unit whose alignment and homing take a moment, not seconds.
-class QuickProcedureRig : public PagesRig {
-  public:
-    QuickProcedureRig() : PagesRig(options()) {}
-    static sim::UnitOptions options() {
-        sim::UnitOptions o;
-        o.alignmentMs = 300;
-        o.homingMs = 300;
-        return o;
-    }
+struct QuickProcedureRig : PagesRig {
+    QuickProcedureRig()
+        : PagesRig([] {
+              sim::UnitOptions options;
+              options.alignmentMs = options.homingMs = 300;
+              return options;
+          }()) {}
 };
 
 class SetupPages : public OnlineSuite<QuickProcedureRig> {
   protected:
     void SetUp() override {
-        shared_->window->SSTab1().setCurrentIndex(6);
+        shared_->showPage(6);
         shared_->clearStatus();
     }
 };
@@ -36,7 +34,7 @@ class SetupPages : public OnlineSuite<QuickProcedureRig> {
 }  // namespace
 
 TEST_F(SetupPages, EveryButtonSendsItsBytes) {
-    QuickProcedureRig& rig = *shared_;
+    auto& rig = *shared_;
     rig.runRows({
         {"GetRateBut", {0x92, 0x80, 0, 0, 0, 0, 0, 0, 0}},
         {"PSafeScroll=5 PRampScroll=10 PDecelScroll=3 TSafeScroll=127 TRampScroll=255 "
@@ -62,18 +60,17 @@ TEST_F(SetupPages, EveryButtonSendsItsBytes) {
         {"HeatOp_0", {0x97, 0}},
         {"RevBut", {0x9A}},
     });
-    EXPECT_TRUE(rig.statusMessage().contains(QStringLiteral("SetMinPairBut_Click")));
-    EXPECT_EQ(rig.text("Label28"), QStringLiteral("5"));
-    EXPECT_EQ(rig.text("Label1_21"), QStringLiteral("255"));
-    EXPECT_EQ(rig.text("TOLabel"), QStringLiteral("45"));
+    EXPECT_TRUE(rig.statusMessage().contains("SetMinPairBut_Click"));
+    EXPECT_EQ(rig.text("Label28"), ("5"));
+    EXPECT_EQ(rig.text("Label1_21"), ("255"));
+    EXPECT_EQ(rig.text("TOLabel"), ("45"));
 }
 
 TEST_F(SetupPages, GetIdIsBroadcastButItsReplyIsCheckedWithTheUnitInUse) {
-    QuickProcedureRig& rig = *shared_;
-    rig.scroll("IDScroll", 42);
-    rig.scroll("CurrIDScroll", 5);
+    auto& rig = *shared_;
+    rig.act("IDScroll=42 CurrIDScroll=5");
     EXPECT_EQ(rig.window->state().UnitId, 5);
-    EXPECT_EQ(rig.text("CurrIDLabel"), QStringLiteral("5"));
+    EXPECT_EQ(rig.text("CurrIDLabel"), ("5"));
     rig.line.clear();
     rig.press("GetIDBut");
     const auto& frames = rig.line.frames();
@@ -93,64 +90,44 @@ TEST_F(SetupPages, GetIdIsBroadcastButItsReplyIsCheckedWithTheUnitInUse) {
 }
 
 TEST_F(SetupPages, RepliesFillTheControlsWithTheirSubstitutions) {
-    QuickProcedureRig& rig = *shared_;
-    struct Case {
-        Bytes reply;
-        std::vector<std::pair<const char*, int>> scrolls;
-    };
-    const std::vector<Case> cases = {
+    auto& rig = *shared_;
+    const std::pair<Bytes, const char*> cases[] = {
         {{0x92, 0x85, 10, 64, 0, 0xFF, 255, 63},
-         {{"PSafeScroll", 5},
-          {"PRampScroll", 10},
-          {"PDecelScroll", 1},
-          {"TSafeScroll", 127},
-          {"TRampScroll", 255},
-          {"TDecelScroll", 63}}},
-        {{0x86, 0x80, 0x85}, {{"PRampScroll", 1}, {"TRampScroll", 5}}},
-        {{0x9C, 0x00, 7, 8}, {{"PTopScroll", 7}, {"TTopScroll", 8}}},
-        {{0x9C, 0x40, 9, 10}, {{"PITopScroll", 9}, {"TITopScroll", 10}, {"PTopScroll", 7}}},
-        {{0xA1, 0x10, 0x27, 0x30, 0x75}, {{"PMinScroll", 10000}, {"PMaxScroll", 30000}}},
-        {{0xA2, 0x0F, 0x00, 0x10, 0x00}, {{"TMinScroll", 15}, {"TMaxScroll", 16}}},
-        {{0x98, 200, 100}, {{"PMaxScroll", 200}, {"TMaxScroll", 100}}},
-        {{0x96, 200}, {{"TOScroll", 120}}},
-        {{0x9F, 99}, {{"IDScroll", 99}}},
-        {{0xA5, 0x10, 0x27, 0x00, 0x00}, {{"PEncScroll", 10000}, {"TEncScroll", 0}}},
+         "PSafeScroll=5 PRampScroll=10 PDecelScroll=1 TSafeScroll=127 TRampScroll=255 "
+         "TDecelScroll=63"},
+        {{0x86, 0x80, 0x85}, "PRampScroll=1 TRampScroll=5"},
+        {{0x9C, 0x00, 7, 8}, "PTopScroll=7 TTopScroll=8"},
+        {{0x9C, 0x40, 9, 10}, "PITopScroll=9 TITopScroll=10 PTopScroll=7"},
+        {{0xA1, 0x10, 0x27, 0x30, 0x75}, "PMinScroll=10000 PMaxScroll=30000"},
+        {{0xA2, 0x0F, 0x00, 0x10, 0x00}, "TMinScroll=15 TMaxScroll=16"},
+        {{0x98, 200, 100}, "PMaxScroll=200 TMaxScroll=100"},
+        {{0x96, 200}, "TOScroll=120"},
+        {{0x9F, 99}, "IDScroll=99"},
+        {{0xA5, 0x10, 0x27, 0x00, 0x00}, "PEncScroll=10000 TEncScroll=0"},
+        {{0x97, 3}, "HeatOp_3 !HeatOp_0 !HeatOp_1 !HeatOp_2"},  // the hidden option
+        {{0x97, 0x81}, "HeatOp_1"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message() << "reply 0x" << std::hex << int(c.reply.front()));
-        EXPECT_TRUE(rig.sentBy([&] { rig.inject(c.reply); }).empty());
-        for (const auto& [name, value] : c.scrolls) {
-            EXPECT_EQ(rig.value(name), value) << name;
-        }
+    for (const auto& [reply, states] : cases) {
+        SCOPED_TRACE(states);
+        EXPECT_TRUE(rig.sentBy([&] { rig.inject(reply); }).empty());
+        rig.expect(states);
     }
-    EXPECT_EQ(rig.text("Label35"), QStringLiteral("1"));
-    EXPECT_EQ(rig.text("TOLabel"), QStringLiteral("120"));
-    EXPECT_EQ(rig.text("Label34"), QStringLiteral("10000"));
-
-    // Heater mode 3 selects the hidden option, and nothing is sent back.
-    EXPECT_TRUE(rig.sentBy([&] { rig.inject({0x97, 3}); }).empty());
-    EXPECT_TRUE(rig.checked("HeatOp_3"));
-    EXPECT_FALSE(rig.checked("HeatOp_0") || rig.checked("HeatOp_1") || rig.checked("HeatOp_2"));
-    EXPECT_TRUE(rig.sentBy([&] { rig.inject({0x97, 0x81}); }).empty());
-    EXPECT_TRUE(rig.checked("HeatOp_1"));
+    EXPECT_EQ(rig.text("Label35"), ("1"));
+    EXPECT_EQ(rig.text("TOLabel"), ("120"));
+    EXPECT_EQ(rig.text("Label34"), ("10000"));
 
     rig.inject({0x9A, 2, 3, 15, 6, 11});
-    EXPECT_EQ(rig.text("RevLabel"),
-              QStringLiteral("Rev 2.03  ") +
-                  QLocale::system().toString(QDate(2011, 6, 15), QLocale::ShortFormat));
+    EXPECT_EQ(rig.text("RevLabel"), ("Rev 2.03  ") + QLocale::system().toString(
+                                                         QDate(2011, 6, 15), QLocale::ShortFormat));
     EXPECT_TRUE(rig.statusMessage().isEmpty());
 }
 
 TEST_F(SetupPages, ValuesOutOfRangeStopTheDecoderAndNothingSticks) {
-    QuickProcedureRig& rig = *shared_;
+    auto& rig = *shared_;
     rig.scroll("PSafeScroll", 9);
     rig.inject({0x9A, 2, 3, 15, 6, 11});
     const QString revision = rig.text("RevLabel");
-    struct Case {
-        const char* what;
-        Bytes reply;
-    };
-    const std::vector<Case> cases = {
+    const std::pair<const char*, Bytes> cases[] = {
         {"maxima below 16 (read-outs still show them)", {0x99, 0, 7}},
         {"safe speed 0", {0x92, 0x80, 1, 1, 0, 1, 1, 1}},
         {"minimum word above 32767", {0xA2, 0xFF, 0xFF, 0x10, 0x00}},
@@ -161,16 +138,16 @@ TEST_F(SetupPages, ValuesOutOfRangeStopTheDecoderAndNothingSticks) {
         {"day 32", {0x9A, 2, 3, 32, 1, 11}},
         {"29 February of a common year", {0x9A, 2, 3, 29, 2, 23}},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& [what, reply] : cases) {
+        SCOPED_TRACE(what);
         rig.clearStatus();
-        EXPECT_TRUE(rig.sentBy([&] { rig.inject(c.reply); }).empty());
-        EXPECT_TRUE(rig.statusMessage().startsWith(QStringLiteral("Run-time error 6")))
+        EXPECT_TRUE(rig.sentBy([&] { rig.inject(reply); }).empty());
+        EXPECT_TRUE(rig.statusMessage().startsWith("Run-time error 6"))
             << rig.statusMessage().toStdString();
         EXPECT_TRUE(rig.window->state().UserClickEnabled);
     }
-    EXPECT_EQ(rig.text("Label1_20"), QStringLiteral("1"));
-    EXPECT_EQ(rig.text("Label1_21"), QStringLiteral("7"));
+    EXPECT_EQ(rig.text("Label1_20"), ("1"));
+    EXPECT_EQ(rig.text("Label1_21"), ("7"));
     EXPECT_EQ(rig.value("PSafeScroll"), 9);
     EXPECT_EQ(rig.text("RevLabel"), revision);
     // The console goes on: a read still gets its answer into the page.
@@ -180,12 +157,12 @@ TEST_F(SetupPages, ValuesOutOfRangeStopTheDecoderAndNothingSticks) {
 }
 
 TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
-    QuickProcedureRig& rig = *shared_;
-    rig.window->SSTab1().setCurrentIndex(7);
-    auto* frame = rig.find<QGroupBox>(QStringLiteral("PassFrame"));
-    auto* text = rig.find<QLineEdit>(QStringLiteral("PassText"));
+    auto& rig = *shared_;
+    rig.showPage(7);
+    auto* frame = rig.at("PassFrame");
+    auto* text = rig.at<QLineEdit>("PassText");
     ASSERT_TRUE(frame->isVisible());
-    EXPECT_FALSE(rig.find<QWidget>(QStringLiteral("FactoryControls"))->isEnabled());
+    EXPECT_FALSE(rig.at("FactoryControls")->isEnabled());
     for (const char* wrong : {"07214", "7214 ", "721", ""}) {
         text->setText(QString::fromLatin1(wrong));
         rig.press("PassEntBut");
@@ -193,10 +170,10 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
         EXPECT_EQ(text->text(), QString::fromLatin1(wrong));
     }
     EXPECT_TRUE(rig.shown.empty());
-    text->setText(QStringLiteral("7214"));
+    text->setText("7214");
     rig.press("PassEntBut");
     EXPECT_FALSE(frame->isVisible());
-    EXPECT_TRUE(rig.find<QWidget>(QStringLiteral("FactoryControls"))->isEnabled());
+    EXPECT_TRUE(rig.at("FactoryControls")->isEnabled());
 
     rig.runRows({
         {"GetRevBut", {0x95, 0x80}},
@@ -206,11 +183,7 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
     });
     // A direction reply sets the boxes and the flags the next Set sends.
     EXPECT_TRUE(rig.sentBy([&] { rig.inject({0x95, 0x24}); }).empty());
-    const char* const boxes[] = {"RevCheck_0", "RevCheck_1", "RevCheck_2",
-                                 "RevCheck_3", "ConCheck",   "InvCheck"};
-    for (int bit = 0; bit < 6; ++bit) {
-        EXPECT_EQ(rig.checked(boxes[bit]), bit == 2 || bit == 5) << boxes[bit];
-    }
+    rig.expect("!RevCheck_0 !RevCheck_1 RevCheck_2 !RevCheck_3 !ConCheck InvCheck");
     EXPECT_EQ(rig.sentBy("SetRevBut"), (std::vector<Bytes>{{0x95, 0x24}}));
     rig.sentBy("SetRevBut");  // the unit's answer, 0x24 again
     rig.sentBy([&] { rig.inject({0x95, 0x00}); });
@@ -223,8 +196,8 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
     EXPECT_TRUE(rig.sentBy("EncHomeBut").empty());
     rig.presenterAnswer = true;
     ASSERT_EQ(rig.shown.size(), 2u);
-    EXPECT_EQ(rig.shown[0].title, QStringLiteral("Critical Initial Alignment Checklist"));
-    EXPECT_EQ(rig.shown[1].title, QStringLiteral("Critical Homing Cycle Checklist"));
+    EXPECT_EQ(rig.shown[0].title, ("Critical Initial Alignment Checklist"));
+    EXPECT_EQ(rig.shown[1].title, ("Critical Homing Cycle Checklist"));
     EXPECT_TRUE(rig.shown[1].question);
     EXPECT_EQ(rig.text("Pindex"), before);
 
@@ -237,6 +210,6 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
     EXPECT_EQ(rig.sentBy("EncHomeBut"), (std::vector<Bytes>{{0x9E}}));
     EXPECT_EQ(link.Timer4().interval(), 20000);
     // Resolver centre 32768 plus the pan encoder value set above.
-    EXPECT_EQ(rig.text("Pindex"), QStringLiteral("42768"));
+    EXPECT_EQ(rig.text("Pindex"), ("42768"));
     link.Timer4().setInterval(Link::kWatchdogMs);
 }
