@@ -14,18 +14,17 @@ namespace {
 
 class VideoPage : public OnlineSuite<PagesRig> {
   protected:
-    void SetUp() override { shared_->window->SSTab1().setCurrentIndex(5); }
+    void SetUp() override { shared_->showPage(5); }
 };
 
 // A unit of the older type, whose legacy video frame is the one enabled.
-class LegacyRig : public PagesRig {
-  public:
-    LegacyRig() : PagesRig(options()) {}
-    static sim::UnitOptions options() {
-        sim::UnitOptions o;
-        o.variant = 2;
-        return o;
-    }
+struct LegacyRig : PagesRig {
+    LegacyRig()
+        : PagesRig([] {
+              sim::UnitOptions options;
+              options.variant = 2;
+              return options;
+          }()) {}
 };
 class LegacyVideoPage : public OnlineSuite<LegacyRig> {};
 
@@ -33,8 +32,8 @@ class LegacyVideoPage : public OnlineSuite<LegacyRig> {};
 
 TEST_F(VideoPage, EveryControlSendsItsWholeConfiguration) {
     PagesRig& rig = *shared_;
-    EXPECT_TRUE(rig.find<QGroupBox>(QStringLiteral("VidConfigFrame"))->isEnabled());
-    EXPECT_FALSE(rig.find<QGroupBox>(QStringLiteral("VideoFrame"))->isEnabled());
+    EXPECT_TRUE(rig.at("VidConfigFrame")->isEnabled());
+    EXPECT_FALSE(rig.at("VideoFrame")->isEnabled());
     // The unit came up with routing 0 and both cameras powered (0x0C).
     ASSERT_TRUE(rig.checked("VidOption_0"));
     rig.runRows({
@@ -62,10 +61,10 @@ TEST_F(VideoPage, EveryControlSendsItsWholeConfiguration) {
         {"NameStoreBut", {0x71, 0x53}},
     });
     // Names are cut or padded to twelve, tabs and letters beyond ASCII as spaces.
-    for (const auto& [typed, sent] :
-         std::vector<std::pair<const char*, const char*>>{{"Tower\tNorth Gate", "Tower North "},
-                                                          {"", "            "},
-                                                          {"Caf\xC3\xA9", "Caf         "}}) {
+    const std::pair<const char*, const char*> names[] = {{"Tower\tNorth Gate", "Tower North "},
+                                                         {"", "            "},
+                                                         {"Caf\xC3\xA9", "Caf         "}};
+    for (const auto& [typed, sent] : names) {
         rig.setText("NameText", QString::fromUtf8(typed));
         Bytes expected{0x75};
         expected.insert(expected.end(), sent, sent + 12);
@@ -76,34 +75,23 @@ TEST_F(VideoPage, EveryControlSendsItsWholeConfiguration) {
 
 TEST_F(VideoPage, RepliesFillTheControlsAndSendNothing) {
     PagesRig& rig = *shared_;
-    const auto sentBy = [&rig](const Bytes& reply) {
-        return rig.sentBy([&] { rig.inject(reply); });
+    const std::pair<Bytes, const char*> cases[] = {
+        // Store and read bits dropped, power bits only.
+        {{0x64, 0xFD, 0xFF},
+         "VidOption_5 BlankCheck_0 BlankCheck_1 PALCheck PALCheck2 CamPwrCheck_0 CamPwrCheck_1 "
+         "LCamPwrCheck_0 LCamPwrCheck_1"},
+        {{0x63, 0xF6}, "LVidOption_1 LCamPwrCheck_0 !LCamPwrCheck_1"},
+        // Lines 12 to 15 show as line 0; the on and signed bits still count.
+        {{0x70, 0x3E}, "AngLineScroll=0 AngDisCheck AngSgnCheck"},
+        {{0x71, 0x1C}, "NumLineScroll=0 NumDisCheck"},
+        {{0x71, 0x05}, "NumLineScroll=5 !NumDisCheck"},
     };
-    // Store and read bits dropped, power bits only.
-    EXPECT_TRUE(sentBy({0x64, 0xFD, 0xFF}).empty());
-    EXPECT_TRUE(rig.checked("VidOption_5"));
-    for (const char* box : {"BlankCheck_0", "BlankCheck_1", "PALCheck", "PALCheck2",
-                            "CamPwrCheck_0", "CamPwrCheck_1", "LCamPwrCheck_0", "LCamPwrCheck_1"}) {
-        EXPECT_TRUE(rig.checked(box)) << box;
+    for (const auto& [reply, states] : cases) {
+        SCOPED_TRACE(states);
+        EXPECT_TRUE(rig.sentBy([&] { rig.inject(reply); }).empty());
+        rig.expect(states);
     }
     EXPECT_EQ(rig.sentBy("VidOption_6"), (std::vector<Bytes>{{0x64, 0x3E, 0x0C}}));
-
-    EXPECT_TRUE(sentBy({0x63, 0xF6}).empty());
-    EXPECT_TRUE(rig.checked("LVidOption_1"));
-    EXPECT_TRUE(rig.checked("LCamPwrCheck_0"));
-    EXPECT_FALSE(rig.checked("LCamPwrCheck_1"));
-
-    // Lines 12 to 15 show as line 0; the on and signed bits still count.
-    EXPECT_TRUE(sentBy({0x70, 0x3E}).empty());
-    EXPECT_EQ(rig.value("AngLineScroll"), 0);
-    EXPECT_TRUE(rig.checked("AngDisCheck"));
-    EXPECT_TRUE(rig.checked("AngSgnCheck"));
-    EXPECT_TRUE(sentBy({0x71, 0x1C}).empty());
-    EXPECT_EQ(rig.value("NumLineScroll"), 0);
-    EXPECT_TRUE(rig.checked("NumDisCheck"));
-    EXPECT_TRUE(sentBy({0x71, 0x05}).empty());
-    EXPECT_EQ(rig.value("NumLineScroll"), 5);
-    EXPECT_FALSE(rig.checked("NumDisCheck"));
     EXPECT_TRUE(rig.window->state().UserClickEnabled);
 }
 
@@ -126,9 +114,9 @@ TEST_F(VideoPage, BlankCheckMarksTheDwellByteOfATourStep) {
 
 TEST_F(LegacyVideoPage, LegacyControlsSendTheirShortCommands) {
     LegacyRig& rig = *shared_;
-    rig.window->SSTab1().setCurrentIndex(5);
-    EXPECT_FALSE(rig.find<QGroupBox>(QStringLiteral("VidConfigFrame"))->isEnabled());
-    ASSERT_TRUE(rig.find<QGroupBox>(QStringLiteral("VideoFrame"))->isEnabled());
+    rig.showPage(5);
+    EXPECT_FALSE(rig.at("VidConfigFrame")->isEnabled());
+    ASSERT_TRUE(rig.at("VideoFrame")->isEnabled());
     rig.runRows({
         {"LVidOption_0", {0x63, 0x01}},
         {"LVidOption_1", {0x63, 0x02}},
