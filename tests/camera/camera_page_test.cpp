@@ -318,6 +318,7 @@ TEST(HelpWindow, ShowsEachHelpFileInPlaceClosesByHidingAndReportsBadFiles) {
     EXPECT_EQ(help->parent(), nullptr);  // not tied to the main window
     const QString camera = help->RichTextBox1->toPlainText();
     EXPECT_TRUE(camera.contains("control list", Qt::CaseInsensitive));
+    EXPECT_FALSE(camera.contains('\\') || camera.contains('{') || camera.contains("fonttbl"));
 
     rig.showPage(3);
     rig.press("TourHelpBut");
