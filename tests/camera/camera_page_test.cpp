@@ -35,17 +35,6 @@ struct CameraRig : PagesRig {
         }
         return names;
     }
-    QStringList clicks(const QString& label, int count) {
-        QStringList shown;
-        for (int i = 0; i < count; ++i) {
-            QTest::mouseClick(at<QLabel>(label), Qt::LeftButton);
-            shown << text(label);
-        }
-        return shown;
-    }
-    QCheckBox* lensCheck(int camera, int bit) {
-        return at<QCheckBox>(QStringLiteral("Lens%1Check_%2").arg(camera).arg(bit));
-    }
 };
 
 void write(const QString& path, const QByteArray& bytes) {
@@ -132,12 +121,17 @@ TEST(CameraLists, ListFilesLoadAListAndPickCommandsPerCamera) {
 TEST(CameraLines, RepliesSetLabelsLensesAndTimeOutsAndClicksStepOnFromThere) {
     CameraRig rig;  // port open, no ticks: the only replies are the injected ones
     rig.port->open(QStringLiteral("COM1"), 9600);
-    EXPECT_EQ(rig.clicks("BaudLabel1", 8),
-              QStringList({"9.6", "14.4", "19.2", "28.8", "38.4", "57.6", "115.2", "Dis"}));
-    EXPECT_EQ(rig.clicks("FormLabel2", 8), QStringList({"7/N/1", "7/E/1", "7/O/1", "8/N/2", "7/N/2",
-                                                        "7/E/2", "7/O/2", "8/N/1"}));
-    EXPECT_EQ(rig.clicks("LevelLabel1", 2), QStringList({"422", "232"}));
-
+    // Each click steps a label on; a reply sets where it stands.
+    const std::pair<const char*, QStringList> cycles[] = {
+        {"BaudLabel1", {"9.6", "14.4", "19.2", "28.8", "38.4", "57.6", "115.2", "Dis"}},
+        {"FormLabel2", {"7/N/1", "7/E/1", "7/O/1", "8/N/2", "7/N/2", "7/E/2", "7/O/2", "8/N/1"}},
+        {"LevelLabel1", {"422", "232"}}};
+    for (const auto& [label, steps] : cycles) {
+        for (const QString& step : steps) {
+            rig.press(label);
+            EXPECT_EQ(rig.text(label), step) << label;
+        }
+    }
     // 0x7D: baud 5, 7/O, RS-422, two stop bits.
     rig.inject({0x60, 0x7D, 0x00});
     const char* const lines[][2] = {{"BaudLabel1", "38.4"},  {"FormLabel1", "7/O/2"},
@@ -146,8 +140,9 @@ TEST(CameraLines, RepliesSetLabelsLensesAndTimeOutsAndClicksStepOnFromThere) {
     for (const auto& [label, shown] : lines) {
         EXPECT_EQ(rig.text(label), shown) << label;
     }
-    EXPECT_EQ(rig.clicks("BaudLabel1", 1), QStringList({"57.6"}));
-    EXPECT_EQ(rig.clicks("FormLabel1", 1), QStringList({"8/N/1"}));
+    rig.act("BaudLabel1 FormLabel1");
+    EXPECT_EQ(rig.text("BaudLabel1"), "57.6");
+    EXPECT_EQ(rig.text("FormLabel1"), "8/N/1");
 
     // Time-outs: a reply counts 8 ms a step, the spin 9 ms; out of range is "*U*" and 1.
     struct Reply {
@@ -161,35 +156,28 @@ TEST(CameraLines, RepliesSetLabelsLensesAndTimeOutsAndClicksStepOnFromThere) {
         rig.inject({0x65, r.camera1, r.camera2});
         EXPECT_EQ(rig.text("CamTOLabel_0"), r.shown1);
         EXPECT_EQ(rig.text("CamTOLabel_1"), r.shown2);
-        rig.at<SpinButton>("CamTOSpin_0")->SpinUp();
-        rig.at<SpinButton>("CamTOSpin_1")->SpinDown();
+        rig.act("CamTOSpin_0+ CamTOSpin_1-");
         EXPECT_EQ(rig.text("CamTOLabel_0"), r.afterUp1);
         EXPECT_EQ(rig.text("CamTOLabel_1"), r.afterDown2);
     }
 
     // Lenses: a box sets its bit; a reply drops bit 7 and sets the boxes.
     auto* lenses = rig.window->findChild<LensControl*>();
-    rig.lensCheck(1, 2)->setChecked(true);
+    rig.press("Lens1Check_2");
     EXPECT_EQ(lenses->LensConfig(0), 0x04);
-    rig.lensCheck(1, 2)->setChecked(false);
+    rig.press("Lens1Check_2");
     EXPECT_EQ(lenses->LensConfig(0), 0x00);
     rig.inject({0x61, 0xC4, 5, 6, 0x82, 7, 8});
     EXPECT_EQ(lenses->LensConfig(0), 0x44);
     EXPECT_EQ(lenses->LensConfig(1), 0x02);
-    for (int bit = 1; bit <= 6; ++bit) {
-        EXPECT_EQ(rig.lensCheck(1, bit)->isChecked(), bit == 2 || bit == 6) << bit;
-        EXPECT_EQ(rig.lensCheck(2, bit)->isChecked(), bit == 1) << bit;
-    }
+    rig.expect("!Lens1Check_1 Lens1Check_2 !Lens1Check_3 !Lens1Check_4 !Lens1Check_5 Lens1Check_6");
+    rig.expect(
+        "Lens2Check_1 !Lens2Check_2 !Lens2Check_3 !Lens2Check_4 !Lens2Check_5 !Lens2Check_6");
     EXPECT_TRUE(rig.window->state().UserClickEnabled);
     EXPECT_EQ(rig.text("ZoomMinLabel_0"), "5");
     EXPECT_EQ(rig.text("FocusMinLabel_1"), "8");
     // Minimum speeds stop at their ends.
-    for (int i = 0; i < 10; ++i) {
-        rig.at<SpinButton>("ZoomMinSpin_0")->SpinDown();
-    }
-    for (int i = 0; i < 300; ++i) {
-        rig.at<SpinButton>("FocusMinSpin_1")->SpinUp();
-    }
+    rig.act(QString("ZoomMinSpin_0- ").repeated(10) + QString("FocusMinSpin_1+ ").repeated(300));
     EXPECT_EQ(rig.text("ZoomMinLabel_0"), "0");
     EXPECT_EQ(rig.text("FocusMinLabel_1"), "255");
 }
@@ -262,15 +250,10 @@ TEST_F(CameraOnline, BoxTextBecomesThePassThroughCommandOrIsRefused) {
 TEST_F(CameraOnline, SetSendsBothCamerasAndReconnectingReadsThroughTheGetHandlers) {
     CameraRig& rig = *shared_;
     // From what the unit reported on connecting: 9.6 8/N/1 232, 80 ms, lens 0x48.
-    for (const char* label : {"BaudLabel1", "LevelLabel1", "FormLabel2"}) {  // 14.4, 422, 7/N/1
-        QTest::mouseClick(rig.at<QLabel>(label), Qt::LeftButton);
-    }
-    rig.at<SpinButton>("CamTOSpin_0")->SpinUp();
-    rig.at<SpinButton>("CamTOSpin_0")->SpinUp();
-    rig.lensCheck(1, 6)->setChecked(false);
-    rig.lensCheck(2, 1)->setChecked(true);
-    rig.at<SpinButton>("ZoomMinSpin_0")->SpinUp();
-    rig.at<SpinButton>("FocusMinSpin_1")->SpinDown();
+    // To 14.4, 422, 7/N/1, 96 ms, lens bits 6 off and 1 of camera 2 on, minimum speeds.
+    rig.act(
+        "BaudLabel1 LevelLabel1 FormLabel2 CamTOSpin_0+ CamTOSpin_0+ Lens1Check_6 Lens2Check_1 "
+        "ZoomMinSpin_0+ FocusMinSpin_1-");
     EXPECT_EQ(rig.sentBy("SetCamBut"), (std::vector<Bytes>{{0x60, 0x22, 0x09}}));
     EXPECT_EQ(rig.sentBy("SetCamTOBut"), (std::vector<Bytes>{{0x65, 12, 10}}));
     EXPECT_EQ(rig.sentBy("SetLensBut"), (std::vector<Bytes>{{0x61, 0x08, 11, 10, 0x4A, 10, 9}}));

@@ -16,6 +16,7 @@
 #include "tests/support/console_rig.h"
 #include "tests/support/online_suite.h"
 #include "tests/support/scripted_unit.h"
+#include "views/widgets/spin_button.h"
 
 namespace halvex::testing {
 
@@ -37,16 +38,17 @@ struct Controls {
         console->SSTab1().setCurrentIndex(index);
     }
     void press(const QString& name) {
-        auto* button = at<QAbstractButton>(name);
-        if (button == nullptr || !button->isEnabled()) {
+        QWidget* widget = at(name);
+        if (widget == nullptr || !widget->isEnabled()) {
             ADD_FAILURE() << "no enabled control " << name.toStdString();
             return;
         }
         // Check boxes and option buttons on their indicator, wherever the
         // layout has stretched them to.
-        const bool pushButton = qobject_cast<QPushButton*>(button) != nullptr;
-        QTest::mouseClick(button, Qt::LeftButton, {},
-                          pushButton ? button->rect().center() : QPoint(7, button->height() / 2));
+        const bool box = qobject_cast<QAbstractButton*>(widget) != nullptr &&
+                         qobject_cast<QPushButton*>(widget) == nullptr;
+        QTest::mouseClick(widget, Qt::LeftButton, {},
+                          box ? QPoint(7, widget->height() / 2) : widget->rect().center());
     }
     void scroll(const QString& name, int value) { at<QScrollBar>(name)->setValue(value); }
     int value(const QString& name) { return at<QScrollBar>(name)->value(); }
@@ -62,15 +64,19 @@ struct Controls {
         emit combo->activated(index);
     }
 
-    // Operator steps split by spaces: "Name=7" moves a scroll bar, "Name"
-    // presses a control.
+    // Operator steps split by spaces: "Name=7" moves a scroll bar, "Name+"
+    // and "Name-" step a spin button, "Name" clicks a control.
     void act(const QString& steps) {
         for (const QString& step : steps.split(' ', Qt::SkipEmptyParts)) {
             const qsizetype equals = step.indexOf('=');
-            if (equals < 0) {
-                press(step);
-            } else {
+            if (equals > 0) {
                 scroll(step.left(equals), step.mid(equals + 1).toInt());
+            } else if (step.endsWith('+')) {
+                emit at<SpinButton>(step.chopped(1))->SpinUp();
+            } else if (step.endsWith('-')) {
+                emit at<SpinButton>(step.chopped(1))->SpinDown();
+            } else {
+                press(step);
             }
         }
     }
