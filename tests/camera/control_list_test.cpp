@@ -35,53 +35,39 @@ QByteArray commands(int count) {
     return bytes;
 }
 
-TEST(ControlListFields, FollowTheListInputRules) {
-    struct Case {
-        const char* what;
+TEST(ControlListFields, FollowTheListInputRulesAndOnlyTheExactModeHMeansHex) {
+    const struct {
         QByteArray record;  // follows a header line
-        QString name;
-        QString mode;
-        QString text;
+        QString name, mode, text;
+    } cases[] = {
+        {R"("Zoom Tele",H,"81 01 04 07 02 FF")", "Zoom Tele", "H", "81 01 04 07 02 FF"},
+        {R"("Zoom, fast",A,"#Z99,#Z50")", "Zoom, fast", "A", "#Z99,#Z50"},
+        {R"(   "Zoom",    H,    "0102")", "Zoom", "H", "0102"},
+        {"Zoom Tele   ,H   ,PWR ON   ", "Zoom Tele", "H", "PWR ON"},  // unquoted: trimmed
+        {R"("  Zoom  ",A," 01 02 ")", "  Zoom  ", "A", " 01 02 "},
+        {R"("Zoom"xx,H,"01" yy)", "Zoom", "H", "01"},    // text after a closing mark is dropped
+        {"\"Zoom\"\nH\n\"0102\"", "Zoom", "H", "0102"},  // line ends separate fields too
+        {"\"Zoom\",H,\"01\"\r\n", "Zoom", "H", "01"},
+        {"\"Zoom\"\rH\r\"01\"\r", "Zoom", "H", "01"},
+        {R"("",H,"")", "", "H", ""},
+        {R"("Zoom",H,)", "Zoom", "H", ""},  // a final comma announces an empty field
+        {"\"Zoom,H,01\nH,\"02\"", "Zoom,H,01", "H", "02"},  // an open quote ends with its line
+        {"\"Cam\xC3\xA9ra\",A,\"\xC3\xA9\"", "Cam\u00E9ra", "A", "\u00E9"},
+        {"\"Cam\xE9ra\",A,\"\xE9\"", "Cam\u00E9ra", "A", "\u00E9"},
+        {R"("N","H","01")", "N", "H", "01"},
+        {R"("N",h,"01")", "N", "h", "01"},
+        {R"("N",HEX,"01")", "N", "HEX", "01"},
+        {R"("N"," H","01")", "N", " H", "01"},
+        {R"("N",,"01")", "N", "", "01"},
     };
-    const Case cases[] = {
-        {"conventional record", R"("Zoom Tele",H,"81 01 04 07 02 FF")", "Zoom Tele", "H",
-         "81 01 04 07 02 FF"},
-        {"quoted fields hold commas", R"("Zoom, fast",A,"#Z99,#Z50")", "Zoom, fast", "A",
-         "#Z99,#Z50"},
-        {"spaces before a field are skipped", R"(   "Zoom",    H,    "0102")", "Zoom", "H", "0102"},
-        {"unquoted fields lose trailing spaces", "Zoom Tele   ,H   ,PWR ON   ", "Zoom Tele", "H",
-         "PWR ON"},
-        {"quoted fields keep their spaces", R"("  Zoom  ",A," 01 02 ")", "  Zoom  ", "A",
-         " 01 02 "},
-        {"text after a closing mark is dropped", R"("Zoom"xx,H,"01" yy)", "Zoom", "H", "01"},
-        {"line ends separate fields too", "\"Zoom\"\nH\n\"0102\"", "Zoom", "H", "0102"},
-        {"CR LF line ends", "\"Zoom\",H,\"01\"\r\n", "Zoom", "H", "01"},
-        {"CR line ends", "\"Zoom\"\rH\r\"01\"\r", "Zoom", "H", "01"},
-        {"empty fields", R"("",H,"")", "", "H", ""},
-        {"a final comma announces an empty field", R"("Zoom",H,)", "Zoom", "H", ""},
-        {"an open quotation mark ends with its line", "\"Zoom,H,01\nH,\"02\"", "Zoom,H,01", "H",
-         "02"},
-        {"UTF-8 text", "\"Cam\xC3\xA9ra\",A,\"\xC3\xA9\"", "Cam\u00E9ra", "A", "\u00E9"},
-        {"single-byte text", "\"Cam\xE9ra\",A,\"\xE9\"", "Cam\u00E9ra", "A", "\u00E9"},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.record.toStdString());
         const ControlList list = parsed("\"Header\"\n" + c.record);
         ASSERT_EQ(list.commands.size(), 1u);
         EXPECT_EQ(list.commands[0].name, c.name);
         EXPECT_EQ(list.commands[0].mode, c.mode);
         EXPECT_EQ(list.commands[0].text, c.text);
-    }
-}
-
-TEST(ControlListFields, OnlyTheExactModeHMeansHex) {
-    const std::pair<QByteArray, bool> cases[] = {{"H", true},  {"\"H\"", true}, {"H   ", true},
-                                                 {"h", false}, {"HEX", false},  {"\" H\"", false},
-                                                 {"A", false}, {"", false}};
-    for (const auto& [mode, hex] : cases) {
-        const ControlList list = parsed("\"Header\"\n\"Name\"," + mode + ",\"01\"\n");
-        ASSERT_EQ(list.commands.size(), 1u) << mode.toStdString();
-        EXPECT_EQ(list.commands[0].isHex(), hex) << mode.toStdString();
+        EXPECT_EQ(list.commands[0].isHex(), c.mode == "H");
     }
 }
 
@@ -183,19 +169,14 @@ TEST(ControlListFile, MutatedFilesStayWithinBounds) {
         QByteArray input = starts[pick(starts.size())];
         for (int edit = pick(8); edit >= 0; --edit) {
             const int at = pick(input.size());
-            switch (pick(4)) {
-                case 0:
-                    input.insert(at, odd[pick(sizeof odd - 1)]);
-                    break;
-                case 1:
-                    input.remove(at, 1 + pick(20));
-                    break;
-                case 2:
-                    input.insert(at, static_cast<char>(random()));
-                    break;
-                default:
-                    input.truncate(at + pick(400));
-                    break;
+            const int what = pick(4);
+            if (what < 2) {
+                input.insert(at,
+                             what == 0 ? odd[pick(sizeof odd - 1)] : static_cast<char>(random()));
+            } else if (what == 2) {
+                input.remove(at, 1 + pick(20));
+            } else {
+                input.truncate(at + pick(400));
             }
         }
         ControlList list;

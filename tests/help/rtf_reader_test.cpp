@@ -161,20 +161,16 @@ TEST(RtfReader, MutatedInputStaysBounded) {
             file.left(pick(3) == 0 ? 400 : 6) + file.mid(pick(file.size()), pick(500));
         for (int edit = pick(6); edit >= 0; --edit) {
             const int at = pick(input.size());
-            switch (pick(4)) {
-                case 0:
-                    input.insert(at, static_cast<char>(random()));
-                    break;
-                case 1:
-                    input.insert(
-                        at, QByteArray(tokens[pick(std::size(tokens))]).repeated(1 + pick(50)));
-                    break;
-                case 2:
-                    input.remove(at, 1 + pick(30));
-                    break;
-                default:
-                    input.truncate(at + pick(200));
-                    break;
+            const int what = pick(4);
+            if (what == 0) {
+                input.insert(at, static_cast<char>(random()));
+            } else if (what == 1) {
+                input.insert(at,
+                             QByteArray(tokens[pick(std::size(tokens))]).repeated(1 + pick(50)));
+            } else if (what == 2) {
+                input.remove(at, 1 + pick(30));
+            } else {
+                input.truncate(at + pick(200));
             }
         }
         const bool rtf = input.startsWith("{\\rtf");
