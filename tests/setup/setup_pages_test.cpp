@@ -61,16 +61,16 @@ TEST_F(SetupPages, EveryButtonSendsItsBytes) {
         {"RevBut", {0x9A}},
     });
     EXPECT_TRUE(rig.statusMessage().contains("SetMinPairBut_Click"));
-    EXPECT_EQ(rig.text("Label28"), ("5"));
-    EXPECT_EQ(rig.text("Label1_21"), ("255"));
-    EXPECT_EQ(rig.text("TOLabel"), ("45"));
+    EXPECT_EQ(rig.text("Label28"), "5");
+    EXPECT_EQ(rig.text("Label1_21"), "255");
+    EXPECT_EQ(rig.text("TOLabel"), "45");
 }
 
 TEST_F(SetupPages, GetIdIsBroadcastButItsReplyIsCheckedWithTheUnitInUse) {
     auto& rig = *shared_;
     rig.act("IDScroll=42 CurrIDScroll=5");
     EXPECT_EQ(rig.window->state().UnitId, 5);
-    EXPECT_EQ(rig.text("CurrIDLabel"), ("5"));
+    EXPECT_EQ(rig.text("CurrIDLabel"), "5");
     rig.line.clear();
     rig.press("GetIDBut");
     const auto& frames = rig.line.frames();
@@ -112,13 +112,13 @@ TEST_F(SetupPages, RepliesFillTheControlsWithTheirSubstitutions) {
         EXPECT_TRUE(rig.sentBy([&] { rig.inject(reply); }).empty());
         rig.expect(states);
     }
-    EXPECT_EQ(rig.text("Label35"), ("1"));
-    EXPECT_EQ(rig.text("TOLabel"), ("120"));
-    EXPECT_EQ(rig.text("Label34"), ("10000"));
+    EXPECT_EQ(rig.text("Label35"), "1");
+    EXPECT_EQ(rig.text("TOLabel"), "120");
+    EXPECT_EQ(rig.text("Label34"), "10000");
 
     rig.inject({0x9A, 2, 3, 15, 6, 11});
-    EXPECT_EQ(rig.text("RevLabel"), ("Rev 2.03  ") + QLocale::system().toString(
-                                                         QDate(2011, 6, 15), QLocale::ShortFormat));
+    EXPECT_EQ(rig.text("RevLabel"),
+              "Rev 2.03  " + QLocale::system().toString(QDate(2011, 6, 15), QLocale::ShortFormat));
     EXPECT_TRUE(rig.statusMessage().isEmpty());
 }
 
@@ -146,8 +146,8 @@ TEST_F(SetupPages, ValuesOutOfRangeStopTheDecoderAndNothingSticks) {
             << rig.statusMessage().toStdString();
         EXPECT_TRUE(rig.window->state().UserClickEnabled);
     }
-    EXPECT_EQ(rig.text("Label1_20"), ("1"));
-    EXPECT_EQ(rig.text("Label1_21"), ("7"));
+    EXPECT_EQ(rig.text("Label1_20"), "1");
+    EXPECT_EQ(rig.text("Label1_21"), "7");
     EXPECT_EQ(rig.value("PSafeScroll"), 9);
     EXPECT_EQ(rig.text("RevLabel"), revision);
     // The console goes on: a read still gets its answer into the page.
@@ -196,8 +196,8 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
     EXPECT_TRUE(rig.sentBy("EncHomeBut").empty());
     rig.presenterAnswer = true;
     ASSERT_EQ(rig.shown.size(), 2u);
-    EXPECT_EQ(rig.shown[0].title, ("Critical Initial Alignment Checklist"));
-    EXPECT_EQ(rig.shown[1].title, ("Critical Homing Cycle Checklist"));
+    EXPECT_EQ(rig.shown[0].title, "Critical Initial Alignment Checklist");
+    EXPECT_EQ(rig.shown[1].title, "Critical Homing Cycle Checklist");
     EXPECT_TRUE(rig.shown[1].question);
     EXPECT_EQ(rig.text("Pindex"), before);
 
@@ -210,6 +210,6 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
     EXPECT_EQ(rig.sentBy("EncHomeBut"), (std::vector<Bytes>{{0x9E}}));
     EXPECT_EQ(link.Timer4().interval(), 20000);
     // Resolver centre 32768 plus the pan encoder value set above.
-    EXPECT_EQ(rig.text("Pindex"), ("42768"));
+    EXPECT_EQ(rig.text("Pindex"), "42768");
     link.Timer4().setInterval(Link::kWatchdogMs);
 }

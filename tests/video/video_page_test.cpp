@@ -98,17 +98,14 @@ TEST_F(VideoPage, RepliesFillTheControlsAndSendNothing) {
 TEST_F(VideoPage, BlankCheckMarksTheDwellByteOfATourStep) {
     PagesRig& rig = *shared_;
     rig.press("VBlankCheck");
-    rig.window->SSTab1().setCurrentIndex(3);
-    QTest::qWait(300);
-    rig.press("CamSel_1");
-    rig.scroll("WaitScroll", 10);
-    auto* choices = rig.find<QListWidget>(QStringLiteral("ScriptPreList"));
+    rig.sentBy([&] { rig.showPage(3); });  // the Tours page reads the tour when shown
+    rig.act("CamSel_1 WaitScroll=10");
+    auto* choices = rig.at<QListWidget>("ScriptPreList");
     ASSERT_GT(choices->count(), 5);
     choices->setCurrentRow(5);
     const auto sent = rig.sentBy([&] { emit choices->itemDoubleClicked(choices->item(5)); });
     // Preset 5 + 64 for camera 2; dwell 10 + 128 for the blanking.
-    ASSERT_FALSE(sent.empty());
-    EXPECT_EQ(sent.front(), (Bytes{0x52, 0, 69, 138}));
+    EXPECT_EQ(sent.at(0), (Bytes{0x52, 0, 69, 138}));
     rig.press("CamSel_0");
 }
 
