@@ -169,13 +169,6 @@ class PagesRig : public ConsoleRig, public Controls {
         }
         return found;
     }
-    // The first message of this code, or nothing within the time.
-    Bytes nextSent(Byte code, int timeoutMs = 2000) {
-        waitFor([&] { return !sent(code).empty(); }, timeoutMs);
-        const auto found = sent(code);
-        return found.empty() ? Bytes{} : found.front();
-    }
-
     // A reply as if the unit had sent it, decoded before this returns.
     void inject(const Bytes& message) {
         FormState& state = window->state();
