@@ -207,8 +207,19 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
     EXPECT_EQ(rig.sentBy("InitEncBut"), (std::vector<Bytes>{{0x9D}}));
     EXPECT_EQ(link.Timer4().interval(), 1000);
     EXPECT_FALSE(rig.text("Label39").isEmpty());
+    // The homing cycle: "Looking..." while the unit is silent (longer than the
+    // usual watchdog), then the index points it found.
+    QStringList whileHoming;
+    rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
+        if (frame.message.front() == 0x9E) {
+            whileHoming = {rig.text("Pindex"), rig.text("Tindex")};
+        }
+    };
     EXPECT_EQ(rig.sentBy("EncHomeBut"), (std::vector<Bytes>{{0x9E}}));
+    rig.line.onFrame = nullptr;
+    EXPECT_EQ(whileHoming, QStringList({"Looking...", "Looking..."}));
     EXPECT_EQ(link.Timer4().interval(), 20000);
+    EXPECT_FALSE(rig.window->state().LinkFault);
     // Resolver centre 32768 plus the pan encoder value set above.
     EXPECT_EQ(rig.text("Pindex"), "42768");
     link.Timer4().setInterval(Link::kWatchdogMs);
