@@ -183,18 +183,17 @@ TEST(CameraLines, RepliesSetLabelsLensesAndTimeOutsAndClicksStepOnFromThere) {
 }
 
 TEST(LensJog, PointerPositionBecomesTheJogByte) {
-    struct Case {
+    const struct {
         int button;
         double x, y;
         Byte expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {1, 19, 60, 0},  {1, 19, 1, 253},     {1, 19, 120, 254}, {1, 19, 30, 129},
         {1, 1, 90, 128}, {1, 38.9, 1.5, 251}, {2, 19, 1, 0},     {3, 19, 1, 0},
         {0, 19, 1, 0},   {1, 39, 1, 0},       {1, 0.9, 1, 0},    {1, 19, 0.5, 0},
         {1, 19, 121, 0}, {1, -5, 10, 0},      {1, 19, 59.9, 3},  {1, 19, 60.5, 2},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         EXPECT_EQ(lensJogByte(c.button, c.x, c.y), c.expected)
             << c.button << " at " << c.x << "," << c.y;
     }
