@@ -58,6 +58,7 @@ TEST(CameraLists, ListFilesLoadAListAndPickCommandsPerCamera) {
     write(lists.filePath("Short.ccl"), "\"Short camera\"\n\"Lower h\",h,\"1234\"\n");
     write(lists.filePath("cut.CCL"), "\"Cut camera\"\n\"Whole\",A,\"x\"\n\"Cut\",H\n");
     write(lists.filePath("notes.txt"), "not a list");
+    write(lists.filePath("old.CCL.bak"), "\"Old\"\n");
     QDir(lists.path()).mkdir("folder.CCL");
 
     rig.press("CamTypeBut_0");
@@ -288,6 +289,11 @@ TEST_F(CameraOnline, LensBoxesDriveTheirByteOfTheJogMessageUntilReleased) {
     EXPECT_EQ(nextLensBytes(), (Bytes{0, 0, 253, 0}));
     QTest::mouseRelease(zoom2, Qt::LeftButton, {}, QPoint(19, 1));
     EXPECT_EQ(nextLensBytes(), (Bytes{0, 0, 0, 0}));
+    auto* focus2 = rig.at<LensJogBox>("FocusBox2");
+    QTest::mousePress(focus2, Qt::LeftButton, {}, QPoint(19, 119));
+    EXPECT_EQ(nextLensBytes(), (Bytes{0, 0, 0, 254}));
+    QTest::mouseRelease(focus2, Qt::LeftButton, {}, QPoint(19, 119));
+    EXPECT_EQ(nextLensBytes(), (Bytes{0, 0, 0, 0}));
 }
 
 TEST(HelpWindow, ShowsEachHelpFileInPlaceClosesByHidingAndReportsBadFiles) {
@@ -306,6 +312,7 @@ TEST(HelpWindow, ShowsEachHelpFileInPlaceClosesByHidingAndReportsBadFiles) {
     rig.press("TourHelpBut");
     EXPECT_EQ(rig.features()->helpBox(), help);
     EXPECT_EQ(help->windowTitle(), "Tour Setup");
+    EXPECT_NE(help->RichTextBox1->toPlainText(), camera);
     EXPECT_TRUE(help->RichTextBox1->toPlainText().contains("tour", Qt::CaseInsensitive));
     QTest::mouseClick(help->Command1, Qt::LeftButton);
     EXPECT_EQ(help->Command1->text(), "Close");

@@ -7,6 +7,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QTemporaryDir>
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QTextFragment>
@@ -134,6 +135,21 @@ TEST(RtfReader, ParagraphsAndTheirFormats) {
     EXPECT_EQ(item.blockFormat().bottomMargin(), 8.0);
     EXPECT_EQ(body.text(), "Body");
     EXPECT_EQ(body.blockFormat().leftMargin(), 0.0);
+}
+
+TEST(RtfReader, FilesThatCannotBeShownAreNamedAndLeaveTheDocumentAlone) {
+    QTemporaryDir dir;
+    QFile plain(dir.filePath("Plain.RTF"));
+    ASSERT_TRUE(plain.open(QIODevice::WriteOnly) && plain.write("just text") > 0);
+    plain.close();
+    QTextDocument document;
+    document.setPlainText("before");
+    for (const char* name : {"Missing.RTF", "Plain.RTF"}) {
+        QString error;
+        EXPECT_FALSE(loadRtfFile(dir.filePath(name), document, &error));
+        EXPECT_TRUE(error.contains(name)) << error.toStdString();
+    }
+    EXPECT_EQ(document.toPlainText(), "before");
 }
 
 // Mutated pieces of the shipped help never crash or hang the reader, and the
