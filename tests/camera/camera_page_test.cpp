@@ -1,30 +1,46 @@
+// The Camera page in the real window: control lists, the transmit box, the
+// camera lines and lenses, lens jogging and the help window.
+
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QCheckBox>
 #include <QFile>
-#include <QLineEdit>
-#include <QPushButton>
+#include <QLabel>
 #include <QRadioButton>
 
-#include "tests/camera/camera_rig.h"
-#include "tests/support/online_suite.h"
+#include "camera/lens_control.h"
+#include "tests/setup/page_rig.h"
+#include "views/widgets/lens_jog_box.h"
+#include "views/widgets/spin_button.h"
+#include "window/camera_features.h"
+#include "window/help_box.h"
 
 using namespace halvex;
 using namespace halvex::testing;
 
 namespace {
+// The console with its control lists and help files in the build's data
+// folder, showing the Camera page.
+struct CameraRig : PagesRig {
+    CameraRig() {
+        features()->setDataFolder(QStringLiteral(HALVEX_DATA_OUT));
+        showPage(4);
+    }
+    CameraFeatures* features() { return window->findChild<CameraFeatures*>(); }
+    QStringList items(const QString& list) {
+        QStringList names;
+        for (int i = 0; i < at<QComboBox>(list)->count(); ++i) {
+            names << at<QComboBox>(list)->itemText(i);
+        }
+        return names;
+    }
+};
+
 void write(const QString& path, const QByteArray& bytes) {
     QFile file(path);
     ASSERT_TRUE(file.open(QIODevice::WriteOnly));
     file.write(bytes);
-}
-
-QStringList items(QComboBox* combo) {
-    QStringList names;
-    for (int i = 0; i < combo->count(); ++i) {
-        names << combo->itemText(i);
-    }
-    return names;
 }
 }  // namespace
 
@@ -32,161 +48,298 @@ TEST(CameraLists, ListFilesLoadAListAndPickCommandsPerCamera) {
     CameraRig rig;
     QTemporaryDir lists;
     rig.features()->setDataFolder(lists.path());
-    auto* combo1 = rig.at<QComboBox>(QStringLiteral("CamTypeCombo_0"));
-    auto* combo2 = rig.at<QComboBox>(QStringLiteral("CamTypeCombo_1"));
+    rig.press("CamTypeBut_0");
+    EXPECT_EQ(rig.text("Label26_0"), "No CCL Files Found");
+    EXPECT_FALSE(rig.at("CamTypeCombo_0")->isEnabled());
 
-    rig.click(QStringLiteral("CamTypeBut_0"));
-    EXPECT_EQ(rig.text(QStringLiteral("Label26_0")), QStringLiteral("No CCL Files Found"));
-    EXPECT_FALSE(combo1->isEnabled());
+    write(lists.filePath("long.CCL"),
+          "\"Long camera\"\n  \"Zoom, fast\" , H , \"81 01 04 07 27 FF\"\n"
+          "\"Say hello\",A,\"hello there\"\nPlain name  ,H,0A0B  \n");
+    write(lists.filePath("Short.ccl"), "\"Short camera\"\n\"Lower h\",h,\"1234\"\n");
+    write(lists.filePath("cut.CCL"), "\"Cut camera\"\n\"Whole\",A,\"x\"\n\"Cut\",H\n");
+    write(lists.filePath("notes.txt"), "not a list");
+    write(lists.filePath("old.CCL.bak"), "\"Old\"\n");
+    QDir(lists.path()).mkdir("folder.CCL");
 
-    write(lists.filePath(QStringLiteral("long.CCL")),
-          "\"Long camera\"\n"
-          "  \"Zoom, fast\" , H , \"81 01 04 07 27 FF\"\n"
-          "\"Say hello\",A,\"hello there\"\n"
-          "Plain name  ,H,0A0B  \n");
-    write(lists.filePath(QStringLiteral("Short.ccl")),
-          "\"Short camera\"\n\"Lower h\",h,\"1234\"\n");
-    write(lists.filePath(QStringLiteral("cut.CCL")),
-          "\"Cut camera\"\n\"Whole\",A,\"x\"\n\"Cut\",H\n");
-    write(lists.filePath(QStringLiteral("notes.txt")), "not a list");
-
-    rig.click(QStringLiteral("CamTypeBut_0"));
-    EXPECT_EQ(items(combo1), QStringList({"cut.CCL", "long.CCL", "Short.ccl"}));
-    EXPECT_TRUE(combo1->isEnabled());
-    EXPECT_EQ(rig.text(QStringLiteral("Label26_0")), QStringLiteral("Select CCL File"));
-
-    rig.pick(0, QStringLiteral("long.CCL"));
-    EXPECT_EQ(rig.text(QStringLiteral("Label26_0")), QStringLiteral("Long camera"));
-    EXPECT_EQ(items(combo1), QStringList({"Zoom, fast", "Say hello", "Plain name"}));
+    rig.press("CamTypeBut_0");
+    EXPECT_EQ(rig.items("CamTypeCombo_0"), QStringList({"cut.CCL", "long.CCL", "Short.ccl"}));
+    EXPECT_TRUE(rig.at("CamTypeCombo_0")->isEnabled());
+    EXPECT_EQ(rig.text("Label26_0"), "Select CCL File");
+    rig.pick("CamTypeCombo_0", "long.CCL");
+    EXPECT_EQ(rig.text("Label26_0"), "Long camera");
+    EXPECT_EQ(rig.items("CamTypeCombo_0"), QStringList({"Zoom, fast", "Say hello", "Plain name"}));
 
     // Picking fills the transmit box and its mode; hex clears the CR box.
-    auto* box = rig.at<QLineEdit>(QStringLiteral("TXBox_0"));
-    auto* cr = rig.at<QCheckBox>(QStringLiteral("CRCheck_0"));
+    auto* cr = rig.at<QCheckBox>("CRCheck_0");
     cr->setChecked(true);
-    rig.pick(0, QStringLiteral("Zoom, fast"));
-    EXPECT_EQ(box->text(), QStringLiteral("81 01 04 07 27 FF"));
-    EXPECT_TRUE(rig.at<QRadioButton>(QStringLiteral("HexOp1_0"))->isChecked());
+    rig.pick("CamTypeCombo_0", "Zoom, fast");
+    EXPECT_EQ(rig.text("TXBox_0"), "81 01 04 07 27 FF");
+    EXPECT_TRUE(rig.checked("HexOp1_0"));
     EXPECT_FALSE(cr->isChecked());
     cr->setChecked(true);  // refused in hex mode
     EXPECT_FALSE(cr->isChecked());
-    rig.pick(0, QStringLiteral("Say hello"));
-    EXPECT_EQ(box->text(), QStringLiteral("hello there"));
-    EXPECT_TRUE(rig.at<QRadioButton>(QStringLiteral("AscOp1_0"))->isChecked());
-    rig.pick(0, QStringLiteral("Plain name"));
-    EXPECT_EQ(box->text(), QStringLiteral("0A0B"));
+    rig.pick("CamTypeCombo_0", "Say hello");
+    EXPECT_EQ(rig.text("TXBox_0"), "hello there");
+    EXPECT_TRUE(rig.checked("AscOp1_0"));
+    rig.pick("CamTypeCombo_0", "Plain name");
+    EXPECT_EQ(rig.text("TXBox_0"), "0A0B");
 
     // Camera 2 has a list of its own; only the exact "H" means hex.
-    rig.click(QStringLiteral("CamTypeBut_1"));
-    rig.pick(1, QStringLiteral("Short.ccl"));
-    rig.pick(1, QStringLiteral("Lower h"));
-    EXPECT_TRUE(rig.at<QRadioButton>(QStringLiteral("AscOp1_1"))->isChecked());
-    EXPECT_EQ(items(combo1).size(), 3);
-    EXPECT_EQ(rig.text(QStringLiteral("Label26_0")), QStringLiteral("Long camera"));
+    rig.press("CamTypeBut_1");
+    rig.pick("CamTypeCombo_1", "Short.ccl");
+    rig.pick("CamTypeCombo_1", "Lower h");
+    EXPECT_TRUE(rig.checked("AscOp1_1"));
+    EXPECT_EQ(rig.items("CamTypeCombo_0").size(), 3);
+    EXPECT_EQ(rig.text("Label26_0"), "Long camera");
 
     // A shorter list after a longer one: only its own commands.
-    rig.click(QStringLiteral("CamTypeBut_0"));
-    rig.pick(0, QStringLiteral("Short.ccl"));
-    EXPECT_EQ(items(combo1), QStringList({"Lower h"}));
-    rig.pick(0, QStringLiteral("Lower h"));
-    EXPECT_EQ(box->text(), QStringLiteral("1234"));
+    rig.press("CamTypeBut_0");
+    rig.pick("CamTypeCombo_0", "Short.ccl");
+    EXPECT_EQ(rig.items("CamTypeCombo_0"), QStringList({"Lower h"}));
+    rig.pick("CamTypeCombo_0", "Lower h");
+    EXPECT_EQ(rig.text("TXBox_0"), "1234");
 
-    // A record cut short: a message naming file and line, and what was read stays.
-    rig.click(QStringLiteral("CamTypeBut_0"));
-    rig.pick(0, QStringLiteral("cut.CCL"));
+    // A record cut short: a message naming file and line; what was read stays.
+    rig.press("CamTypeBut_0");
+    rig.pick("CamTypeCombo_0", "cut.CCL");
     ASSERT_EQ(rig.shown.size(), 1u);
-    EXPECT_TRUE(rig.shown[0].text.contains(QStringLiteral("\"cut.CCL\"")));
-    EXPECT_TRUE(rig.shown[0].text.contains(QStringLiteral("line 3")));
-    EXPECT_EQ(items(combo1), QStringList({"Whole"}));
+    EXPECT_TRUE(rig.shown[0].text.contains("\"cut.CCL\""));
+    EXPECT_TRUE(rig.shown[0].text.contains("line 3"));
+    EXPECT_EQ(rig.items("CamTypeCombo_0"), QStringList({"Whole"}));
 
     // A file that went away: the message, and the files are offered again.
-    rig.click(QStringLiteral("CamTypeBut_0"));
-    QFile::remove(lists.filePath(QStringLiteral("long.CCL")));
-    rig.pick(0, QStringLiteral("long.CCL"));
+    rig.press("CamTypeBut_0");
+    QFile::remove(lists.filePath("long.CCL"));
+    rig.pick("CamTypeCombo_0", "long.CCL");
     ASSERT_EQ(rig.shown.size(), 2u);
-    EXPECT_EQ(items(combo1), QStringList({"cut.CCL", "Short.ccl"}));
-    EXPECT_EQ(items(combo2), QStringList({"Lower h"}));
+    EXPECT_EQ(rig.items("CamTypeCombo_0"), QStringList({"cut.CCL", "Short.ccl"}));
+    EXPECT_EQ(rig.items("CamTypeCombo_1"), QStringList({"Lower h"}));
 
-    QTest::mouseDClick(box, Qt::LeftButton);  // double-click clears the box
-    EXPECT_TRUE(box->text().isEmpty());
+    QTest::mouseDClick(rig.at("TXBox_0"), Qt::LeftButton);  // double-click clears the box
+    EXPECT_TRUE(rig.text("TXBox_0").isEmpty());
+}
+
+TEST(CameraLines, RepliesSetLabelsLensesAndTimeOutsAndClicksStepOnFromThere) {
+    CameraRig rig;  // port open, no ticks: the only replies are the injected ones
+    rig.port->open(QStringLiteral("COM1"), 9600);
+    // Each click steps a label on; a reply sets where it stands.
+    const std::pair<const char*, QStringList> cycles[] = {
+        {"BaudLabel1", {"9.6", "14.4", "19.2", "28.8", "38.4", "57.6", "115.2", "Dis"}},
+        {"FormLabel2", {"7/N/1", "7/E/1", "7/O/1", "8/N/2", "7/N/2", "7/E/2", "7/O/2", "8/N/1"}},
+        {"LevelLabel1", {"422", "232"}}};
+    for (const auto& [label, steps] : cycles) {
+        for (const QString& step : steps) {
+            rig.press(label);
+            EXPECT_EQ(rig.text(label), step) << label;
+        }
+    }
+    // 0x7D: baud 5, 7/O, RS-422, two stop bits.
+    rig.inject({0x60, 0x7D, 0x00});
+    const char* const lines[][2] = {{"BaudLabel1", "38.4"},  {"FormLabel1", "7/O/2"},
+                                    {"LevelLabel1", "422"},  {"BaudLabel2", "Dis"},
+                                    {"FormLabel2", "8/N/1"}, {"LevelLabel2", "232"}};
+    for (const auto& [label, shown] : lines) {
+        EXPECT_EQ(rig.text(label), shown) << label;
+    }
+    rig.act("BaudLabel1 FormLabel1");
+    EXPECT_EQ(rig.text("BaudLabel1"), "57.6");
+    EXPECT_EQ(rig.text("FormLabel1"), "8/N/1");
+
+    // Time-outs: a reply counts 8 ms a step, the spin 9 ms; out of range is "*U*" and 1.
+    struct Reply {
+        Byte camera1, camera2;
+        const char *shown1, *shown2, *afterUp1, *afterDown2;
+    };
+    const Reply replies[] = {{0, 101, "*U*", "*U*", "18ms", "9ms"},
+                             {100, 1, "800ms", "8ms", "900ms", "9ms"},
+                             {255, 50, "*U*", "400ms", "18ms", "441ms"}};
+    for (const Reply& r : replies) {
+        rig.inject({0x65, r.camera1, r.camera2});
+        EXPECT_EQ(rig.text("CamTOLabel_0"), r.shown1);
+        EXPECT_EQ(rig.text("CamTOLabel_1"), r.shown2);
+        rig.act("CamTOSpin_0+ CamTOSpin_1-");
+        EXPECT_EQ(rig.text("CamTOLabel_0"), r.afterUp1);
+        EXPECT_EQ(rig.text("CamTOLabel_1"), r.afterDown2);
+    }
+
+    // Lenses: a box sets its bit; a reply drops bit 7 and sets the boxes.
+    auto* lenses = rig.window->findChild<LensControl*>();
+    rig.press("Lens1Check_2");
+    EXPECT_EQ(lenses->LensConfig(0), 0x04);
+    rig.press("Lens1Check_2");
+    EXPECT_EQ(lenses->LensConfig(0), 0x00);
+    rig.inject({0x61, 0xC4, 5, 6, 0x82, 7, 8});
+    EXPECT_EQ(lenses->LensConfig(0), 0x44);
+    EXPECT_EQ(lenses->LensConfig(1), 0x02);
+    rig.expect("!Lens1Check_1 Lens1Check_2 !Lens1Check_3 !Lens1Check_4 !Lens1Check_5 Lens1Check_6");
+    rig.expect(
+        "Lens2Check_1 !Lens2Check_2 !Lens2Check_3 !Lens2Check_4 !Lens2Check_5 !Lens2Check_6");
+    EXPECT_TRUE(rig.window->state().UserClickEnabled);
+    EXPECT_EQ(rig.text("ZoomMinLabel_0"), "5");
+    EXPECT_EQ(rig.text("FocusMinLabel_1"), "8");
+    // Minimum speeds stop at their ends.
+    rig.act(QString("ZoomMinSpin_0- ").repeated(10) + QString("FocusMinSpin_1+ ").repeated(300));
+    EXPECT_EQ(rig.text("ZoomMinLabel_0"), "0");
+    EXPECT_EQ(rig.text("FocusMinLabel_1"), "255");
+}
+
+TEST(LensJog, PointerPositionBecomesTheJogByte) {
+    const struct {
+        int button;
+        double x, y;
+        Byte expected;
+    } cases[] = {
+        {1, 19, 60, 0},  {1, 19, 1, 253},     {1, 19, 120, 254}, {1, 19, 30, 129},
+        {1, 1, 90, 128}, {1, 38.9, 1.5, 251}, {2, 19, 1, 0},     {3, 19, 1, 0},
+        {0, 19, 1, 0},   {1, 39, 1, 0},       {1, 0.9, 1, 0},    {1, 19, 0.5, 0},
+        {1, 19, 121, 0}, {1, -5, 10, 0},      {1, 19, 59.9, 3},  {1, 19, 60.5, 2},
+    };
+    for (const auto& c : cases) {
+        EXPECT_EQ(lensJogByte(c.button, c.x, c.y), c.expected)
+            << c.button << " at " << c.x << "," << c.y;
+    }
 }
 
 namespace {
-// One console online for the transmit tests: each starts with ASCII, no CR.
-class Transmit : public OnlineSuite<CameraRig> {
+// One console online for the tests below.
+class CameraOnline : public OnlineSuite<CameraRig> {
   protected:
     void SetUp() override {
-        ASSERT_NE(shared_, nullptr);
         shared_->shown.clear();
         shared_->showPage(4);
-        for (int c = 0; c < 2; ++c) {
-            shared_->at<QRadioButton>(QStringLiteral("AscOp1_%1").arg(c))->setChecked(true);
-            shared_->at<QCheckBox>(QStringLiteral("CRCheck_%1").arg(c))->setChecked(false);
-        }
-    }
-
-    // Types `text` into camera c's box with the given options and presses TX.
-    void send(int c, bool hex, bool cr, const QString& text) {
-        CameraRig& rig = *shared_;
-        rig.at<QCheckBox>(QStringLiteral("CRCheck_%1").arg(c))->setChecked(cr);
-        if (hex) {
-            rig.at<QRadioButton>(QStringLiteral("HexOp1_%1").arg(c))->setChecked(true);
-        }
-        rig.at<QLineEdit>(QStringLiteral("TXBox_%1").arg(c))->setText(text);
-        rig.line.clear();
-        rig.click(QStringLiteral("SendBut_%1").arg(c));
     }
 };
-
-std::vector<Byte> command(int lengthByte, const QByteArray& data) {
-    std::vector<Byte> bytes{0x62, static_cast<Byte>(lengthByte)};
-    for (const char c : data) {
-        bytes.push_back(static_cast<Byte>(c));
-    }
-    return bytes;
-}
 }  // namespace
 
-TEST_F(Transmit, BoxTextBecomesThePassThroughCommandOrIsRefused) {
-    const QByteArray a80(80, 'a');
+TEST_F(CameraOnline, BoxTextBecomesThePassThroughCommandOrIsRefused) {
+    CameraRig& rig = *shared_;
     struct Case {
         int camera;
         bool hex, cr;
         QString text;
-        std::vector<Byte> wire;  // empty: refused with a message titled `title`
-        QString box;             // the box afterwards
+        Bytes wire;   // empty: refused with a message titled `title`
+        QString box;  // the box afterwards
         const char* title = "";
     };
     const Case cases[] = {
-        {0, false, false, "", command(0, ""), ""},
-        {1, false, false, "", command(0x80, ""), ""},
-        {0, false, true, "", command(1, "\r"), ""},
-        {0, true, false, "   ", command(0, ""), ""},
-        {0, true, false, "1 2 3 4", command(2, "\x12\x34"), "12 34 "},
-        {1, true, false, "ff00", command(0x82, QByteArray("\xFF\x00", 2)), "FF 00 "},
-        {0, false, false, " a b ", command(5, " a b "), " a b "},
-        {0, false, false, QString(a80), command(80, a80), QString(a80)},
-        {0, false, true, QString(79, 'z'), command(80, QByteArray(79, 'z') + "\r"),
-         QString(79, 'z')},
-        {1, false, false, QString(20, 'c'), command(0x94, QByteArray(20, 'c')), QString(20, 'c')},
-        {0, false, false, QString::fromLatin1("caf\xE9"), command(4, "caf\xE9"),
-         QString::fromLatin1("caf\xE9")},
-        {0, true, false, "123", {}, "123", "Bad Hex TX String"},
-        {1, true, false, "1g", {}, "1g", "Bad Hex TX String"},
+        {1, false, false, "", {0x62, 0x80}, ""},
+        {0, false, true, "#Z", {0x62, 3, '#', 'Z', 13}, "#Z"},
+        {1, true, false, "ff0", {}, "ff0", "Bad Hex TX String"},
+        {1, true, false, "ff00", {0x62, 0x82, 0xFF, 0}, "FF 00 "},
         {0, false, false, QString(81, 'a'), {}, QString(81, 'a'), "TX String Too Long"},
-        {1, false, false, QString(100000, 'a'), {}, QString(100000, 'a'), "TX String Too Long"},
-        {0, false, true, QString(a80), {}, QString(a80), "TX String Too Long"},
         {0, false, false, "price \u20AC5", {}, "price \u20AC5", "Bad ASCII TX String"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.text.left(20).toStdString());
-        send(c.camera, c.hex, c.cr, c.text);
-        EXPECT_EQ(shared_->nextSent(0x62, c.wire.empty() ? 300 : 2000), c.wire);
-        EXPECT_EQ(shared_->at<QLineEdit>(QStringLiteral("TXBox_%1").arg(c.camera))->text(), c.box);
-        ASSERT_EQ(shared_->shown.size(), c.wire.empty() ? 1u : 0u);
+        const QString camera = QString::number(c.camera);
+        rig.at<QRadioButton>((c.hex ? "HexOp1_" : "AscOp1_") + camera)->setChecked(true);
+        rig.at<QCheckBox>("CRCheck_" + camera)->setChecked(c.cr);
+        rig.setText("TXBox_" + camera, c.text);
+        rig.shown.clear();
+        EXPECT_EQ(rig.sentBy([&] { rig.press("SendBut_" + camera); }),
+                  c.wire.empty() ? std::vector<Bytes>{} : std::vector<Bytes>{c.wire});
+        EXPECT_EQ(rig.text("TXBox_" + camera), c.box);
+        ASSERT_EQ(rig.shown.size(), c.wire.empty() ? 1u : 0u);
         if (c.wire.empty()) {
-            EXPECT_EQ(shared_->shown[0].title, QString::fromLatin1(c.title));
+            EXPECT_EQ(rig.shown[0].title, c.title);
         }
-        EXPECT_FALSE(shared_->window->state().SendInProgress);
-        SetUp();
+        EXPECT_FALSE(rig.window->state().SendInProgress);
+    }
+}
+
+TEST_F(CameraOnline, SetSendsBothCamerasAndReconnectingReadsThroughTheGetHandlers) {
+    CameraRig& rig = *shared_;
+    // From what the unit reported on connecting: 9.6 8/N/1 232, 80 ms, lens 0x48.
+    // To 14.4, 422, 7/N/1, 96 ms, lens bits 6 off and 1 of camera 2 on, minimum speeds.
+    rig.act(
+        "BaudLabel1 LevelLabel1 FormLabel2 CamTOSpin_0+ CamTOSpin_0+ Lens1Check_6 Lens2Check_1 "
+        "ZoomMinSpin_0+ FocusMinSpin_1-");
+    EXPECT_EQ(rig.sentBy("SetCamBut"), (std::vector<Bytes>{{0x60, 0x22, 0x09}}));
+    EXPECT_EQ(rig.sentBy("SetCamTOBut"), (std::vector<Bytes>{{0x65, 12, 10}}));
+    EXPECT_EQ(rig.sentBy("SetLensBut"), (std::vector<Bytes>{{0x61, 0x08, 11, 10, 0x4A, 10, 9}}));
+
+    // Reconnect: the connection sequence reads them back through the Get
+    // handlers (the lens request carries the console's own values).
+    rig.line.clear();
+    rig.window->findChild<QAction*>("MenuReinitialize")->trigger();
+    ASSERT_TRUE(rig.waitFor([&] { return rig.window->windowTitle().endsWith(" Online"); }));
+    EXPECT_EQ(rig.sent(0x60), (std::vector<Bytes>{{0x60, 0x80, 0}}));
+    EXPECT_EQ(rig.sent(0x65), (std::vector<Bytes>{{0x65, 0x80, 0}}));
+    EXPECT_EQ(rig.sent(0x61), (std::vector<Bytes>{{0x61, 0x80, 11, 10, 0x4A, 10, 9}}));
+    EXPECT_EQ(rig.text("CamTOLabel_0"), "96ms");  // the unit's 12 steps, as a reply shows them
+}
+
+TEST_F(CameraOnline, LensBoxesDriveTheirByteOfTheJogMessageUntilReleased) {
+    CameraRig& rig = *shared_;
+    // Bytes 4 to 7 of the next jog message: zoom 1, focus 1, zoom 2, focus 2.
+    const auto nextLensBytes = [&] {
+        rig.line.clear();
+        rig.waitFor([&] { return !rig.line.frames().empty(); });
+        const auto& frames = rig.line.frames();
+        return frames.empty() || frames[0].message.size() != 8
+                   ? Bytes{}
+                   : Bytes(frames[0].message.begin() + 4, frames[0].message.end());
+    };
+    auto* zoom2 = rig.at<LensJogBox>("ZoomBox2");
+    QTest::mousePress(zoom2, Qt::LeftButton, {}, QPoint(19, 119));
+    EXPECT_EQ(nextLensBytes(), (Bytes{0, 0, 254, 0}));
+    emit zoom2->mouseMoved(Qt::NoButton, Qt::LeftButton, 39.5, 1);  // off the side: stop
+    EXPECT_EQ(nextLensBytes(), (Bytes{0, 0, 0, 0}));
+    emit zoom2->mouseMoved(Qt::NoButton, Qt::LeftButton, 19, 1);  // back in: drive again
+    EXPECT_EQ(nextLensBytes(), (Bytes{0, 0, 253, 0}));
+    QTest::mouseRelease(zoom2, Qt::LeftButton, {}, QPoint(19, 1));
+    EXPECT_EQ(nextLensBytes(), (Bytes{0, 0, 0, 0}));
+    auto* focus2 = rig.at<LensJogBox>("FocusBox2");
+    QTest::mousePress(focus2, Qt::LeftButton, {}, QPoint(19, 119));
+    EXPECT_EQ(nextLensBytes(), (Bytes{0, 0, 0, 254}));
+    QTest::mouseRelease(focus2, Qt::LeftButton, {}, QPoint(19, 119));
+    EXPECT_EQ(nextLensBytes(), (Bytes{0, 0, 0, 0}));
+}
+
+TEST(HelpWindow, ShowsEachHelpFileInPlaceClosesByHidingAndReportsBadFiles) {
+    CameraRig rig;
+    rig.press("SerHelpBut");
+    HelpBox* help = rig.features()->helpBox();
+    ASSERT_NE(help, nullptr);
+    EXPECT_TRUE(help->isVisible());
+    EXPECT_EQ(help->windowTitle(), "Camera Control And Configuration");
+    EXPECT_EQ(help->parent(), nullptr);  // not tied to the main window
+    const QString camera = help->RichTextBox1->toPlainText();
+    EXPECT_TRUE(camera.contains("control list", Qt::CaseInsensitive));
+    EXPECT_FALSE(camera.contains('\\') || camera.contains('{') || camera.contains("fonttbl"));
+
+    rig.showPage(3);
+    rig.press("TourHelpBut");
+    EXPECT_EQ(rig.features()->helpBox(), help);
+    EXPECT_EQ(help->windowTitle(), "Tour Setup");
+    EXPECT_NE(help->RichTextBox1->toPlainText(), camera);
+    EXPECT_TRUE(help->RichTextBox1->toPlainText().contains("tour", Qt::CaseInsensitive));
+    QTest::mouseClick(help->Command1, Qt::LeftButton);
+    EXPECT_EQ(help->Command1->text(), "Close");
+    EXPECT_FALSE(help->isVisible());
+    rig.showPage(4);
+    rig.press("SerHelpBut");
+    EXPECT_TRUE(help->isVisible());
+    EXPECT_EQ(help->RichTextBox1->toPlainText(), camera);
+    EXPECT_TRUE(rig.shown.empty());
+
+    // A file that is not RTF, then a missing one: the message, and the
+    // window keeps what it showed, hidden.
+    QTest::mouseClick(help->Command1, Qt::LeftButton);
+    QTemporaryDir folder;
+    rig.features()->setDataFolder(folder.path());
+    write(folder.filePath("Tour Help.RTF"), "Plain text pretending to be help\n");
+    for (const auto& [page, button] : {std::pair{3, "TourHelpBut"}, {4, "SerHelpBut"}}) {
+        rig.shown.clear();
+        rig.showPage(page);
+        rig.press(button);
+        ASSERT_EQ(rig.shown.size(), 1u) << button;
+        EXPECT_EQ(rig.shown[0].title, "Could Not Open Help File");
+        EXPECT_EQ(rig.shown[0].text,
+                  "There was a problem opening the RTF help file. Please be sure it is in the same "
+                  "directory as your application.");
+        EXPECT_FALSE(help->isVisible());
+        EXPECT_EQ(help->windowTitle(), "Camera Control And Configuration");
+        EXPECT_EQ(help->RichTextBox1->toPlainText(), camera);
     }
 }

@@ -1,120 +1,49 @@
 #include <gtest/gtest.h>
 
-#include <QAbstractButton>
 #include <QDir>
-#include <QLabel>
-#include <QLineEdit>
-#include <QProcess>
-#include <QPushButton>
-#include <QScrollBar>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
-#include <memory>
 
-#include "console/messages.h"
+#include "tests/setup/page_rig.h"
 #include "tests/support/sim_process.h"
-#include "window/vornixu.h"
 
 using namespace halvex;
+using namespace halvex::testing;
 
-namespace {
-
-// The console on a real serial port, online, OK answered to every box.
-class Console {
-  public:
-    explicit Console(const QString& device) {
-        qputenv("HALVEX_COM1", device.toLocal8Bit());
-        window_ = std::make_unique<VornixU>(nullptr, [](QWidget*, const Message&) { return true; });
-        window_->Form_Load();
-        window_->show();
-        press("StartBut");
-        online_ = QTest::qWaitFor(
-            [&] { return window_->windowTitle().endsWith(QStringLiteral(" Online")); }, 30000);
-    }
-    bool online() const { return online_; }
-    VornixU& window() { return *window_; }
-    template <typename T>
-    T* find(const char* name) {
-        return window_->findChild<T*>(QString::fromLatin1(name));
-    }
-    void press(const char* name) { find<QAbstractButton>(name)->click(); }
-    void scroll(const char* name, int value) { find<QScrollBar>(name)->setValue(value); }
-    int value(const char* name) { return find<QScrollBar>(name)->value(); }
-    bool checked(const char* name) { return find<QAbstractButton>(name)->isChecked(); }
-    // Lets the replies to what was just sent arrive.
-    static void settle() { QTest::qWait(400); }
-
-  private:
-    std::unique_ptr<VornixU> window_;
-    bool online_ = false;
-};
-}  // namespace
-
-TEST(SetupEndToEnd, SettingsSurviveAReconnectAndARestartAndTheConsoleFollowsANewId) {
+TEST(SetupEndToEnd, SettingsSurviveARestartAndTheConsoleFollowsANewId) {
     QTemporaryDir directory;
     const QString previous = QDir::currentPath();
     QDir::setCurrent(directory.path());
-    const QString stateFile = directory.filePath(QStringLiteral("unit.state"));
+    const QStringList keepState{QStringLiteral("--state"), directory.filePath("unit.state")};
     {
-        SimProcess sim({QStringLiteral("--state"), stateFile});
+        SimProcess sim(keepState);
         ASSERT_TRUE(sim.device().startsWith(QStringLiteral("/dev/")));
-        Console console(sim.device());
-        ASSERT_TRUE(console.online());
-        console.press("VidOption_3");
-        console.press("StoreInitBut");  // kept for power up
-        console.scroll("PSafeScroll", 9);
-        console.press("SetRateBut");
-        console.scroll("TOScroll", 45);
-        console.press("SetTOBut");
-        console.press("HeatOp_2");
-        Console::settle();
+        qputenv("HALVEX_COM1", sim.device().toLocal8Bit());
+        SimConsole console;
+        ASSERT_TRUE(console.online);
+        console.showPage(5);
+        EXPECT_TRUE(console.answered("VidOption_3", 0x64));
+        EXPECT_TRUE(console.answered("StoreInitBut", 0x64));  // kept for power up
+        console.showPage(6);
+        EXPECT_TRUE(console.answered("PSafeScroll=9 SetRateBut", 0x92));
+        EXPECT_TRUE(console.answered("TOScroll=45 SetTOBut", 0x96));
+        EXPECT_TRUE(console.answered("HeatOp_2", 0x97));
     }
     {
-        SimProcess sim(
-            {QStringLiteral("--state"), stateFile});  // a restart: only what the unit stores
-        Console console(sim.device());
-        ASSERT_TRUE(console.online());
-        EXPECT_TRUE(console.checked("VidOption_3"));
-        EXPECT_EQ(console.value("PSafeScroll"), 9);
-        EXPECT_EQ(console.value("TOScroll"), 45);
-        EXPECT_TRUE(console.checked("HeatOp_2"));
+        SimProcess sim(keepState);  // a restart: only what the unit stores
+        qputenv("HALVEX_COM1", sim.device().toLocal8Bit());
+        SimConsole console;
+        ASSERT_TRUE(console.online);
+        console.expect("VidOption_3 PSafeScroll=9 TOScroll=45 HeatOp_2");
         // The connection sequence ran the firmware read too.
-        EXPECT_TRUE(
-            console.find<QLabel>("RevLabel")->text().startsWith(QStringLiteral("Rev 2.10  ")));
+        EXPECT_TRUE(console.text("RevLabel").startsWith(QStringLiteral("Rev 2.10  ")));
 
         // A new address: the unit answers there once the console follows.
-        console.scroll("IDScroll", 7);
-        console.press("SetIDBut");
-        Console::settle();
+        console.showPage(6);
+        EXPECT_TRUE(console.answered("IDScroll=7 SetIDBut", 0x9F));
         EXPECT_EQ(console.value("IDScroll"), 7);
-        console.scroll("CurrIDScroll", 7);
-        console.scroll("TOScroll", 0);
-        console.press("GetTOBut");
+        console.act("CurrIDScroll=7 TOScroll=0 GetTOBut");
         EXPECT_TRUE(QTest::qWaitFor([&] { return console.value("TOScroll") == 45; }, 3000));
-        EXPECT_EQ(console.window().state().UnitId, 7);
-
-        // The homing cycle: "Looking..." while the unit is silent, then the
-        // index points it found.
-        console.window().SSTab1().setCurrentIndex(7);
-        console.find<QLineEdit>("PassText")->setText(QStringLiteral("7214"));
-        console.press("PassEntBut");
-        auto* pindex = console.find<QLabel>("Pindex");
-        auto* tindex = console.find<QLabel>("Tindex");
-        QString duringPan;
-        QString duringTilt;
-        QTimer::singleShot(1000, [&] {
-            duringPan = pindex->text();
-            duringTilt = tindex->text();
-        });
-        console.press("EncHomeBut");
-        EXPECT_EQ(duringPan, QStringLiteral("Looking..."));
-        EXPECT_EQ(duringTilt, QStringLiteral("Looking..."));
-        // Resolver centre 32768 plus the encoder value 15.
-        EXPECT_EQ(pindex->text(), QStringLiteral("32783"));
-        EXPECT_EQ(tindex->text(), QStringLiteral("32783"));
-        EXPECT_EQ(console.window().link().Timer4().interval(), 20000);
-        EXPECT_FALSE(console.window().state().LinkFault);
+        EXPECT_EQ(console.window.state().UnitId, 7);
     }
     QDir::setCurrent(previous);
 }

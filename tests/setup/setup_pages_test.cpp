@@ -14,21 +14,19 @@ using namespace halvex::testing;
 namespace {
 
 // A unit whose alignment and homing take a moment, not seconds.
-class QuickProcedureRig : public PagesRig {
-  public:
-    QuickProcedureRig() : PagesRig(options()) {}
-    static sim::UnitOptions options() {
-        sim::UnitOptions o;
-        o.alignmentMs = 300;
-        o.homingMs = 300;
-        return o;
-    }
+struct QuickProcedureRig : PagesRig {
+    QuickProcedureRig()
+        : PagesRig([] {
+              sim::UnitOptions options;
+              options.alignmentMs = options.homingMs = 300;
+              return options;
+          }()) {}
 };
 
 class SetupPages : public OnlineSuite<QuickProcedureRig> {
   protected:
     void SetUp() override {
-        shared_->window->SSTab1().setCurrentIndex(6);
+        shared_->showPage(6);
         shared_->clearStatus();
     }
 };
@@ -36,68 +34,43 @@ class SetupPages : public OnlineSuite<QuickProcedureRig> {
 }  // namespace
 
 TEST_F(SetupPages, EveryButtonSendsItsBytes) {
-    QuickProcedureRig& rig = *shared_;
-    const auto press = [&rig](const char* name) { return [&rig, name] { rig.press(name); }; };
-    // Scroll bars first, then the button that sends them.
-    const auto set = [&rig](std::vector<std::pair<const char*, int>> values, const char* button) {
-        return [&rig, values, button] {
-            for (const auto& [name, value] : values) {
-                rig.scroll(name, value);
-            }
-            rig.press(button);
-        };
-    };
+    auto& rig = *shared_;
     rig.runRows({
-        {"get rates", press("GetRateBut"), {0x92, 0x80, 0, 0, 0, 0, 0, 0, 0}},
-        {"set rates",
-         set({{"PSafeScroll", 5},
-              {"PRampScroll", 10},
-              {"PDecelScroll", 3},
-              {"TSafeScroll", 127},
-              {"TRampScroll", 255},
-              {"TDecelScroll", 63}},
-             "SetRateBut"),
+        {"GetRateBut", {0x92, 0x80, 0, 0, 0, 0, 0, 0, 0}},
+        {"PSafeScroll=5 PRampScroll=10 PDecelScroll=3 TSafeScroll=127 TRampScroll=255 "
+         "TDecelScroll=63 SetRateBut",
          {0x92, 5, 10, 3, 0, 127, 255, 63, 0}},
-        {"get top", press("GetCMaxBut"), {0x9C, 0x80, 0, 0}},
-        {"set top",
-         set({{"PTopScroll", 100}, {"TTopScroll", 90}}, "SetCMaxBut"),
-         {0x9C, 0x00, 100, 90}},
-        {"get jog top", press("GetIMaxBut"), {0x9C, 0xC0, 0, 0}},
-        {"set jog top",
-         set({{"PITopScroll", 1}, {"TITopScroll", 255}}, "SetIMaxBut"),
-         {0x9C, 0x40, 1, 255}},
-        {"get pan min/max", press("GetPStepBut"), {0xA1, 0x80, 0, 0, 0, 0}},
-        {"set pan min/max, low byte first",
-         set({{"PMinScroll", 300}, {"PMaxScroll", 30000}}, "SetPStepBut"),
-         {0xA1, 0x00, 0x2C, 0x01, 0x30, 0x75}},
-        {"get tilt min/max", press("GetTStepBut"), {0xA2, 0x80, 0, 0, 0, 0}},
-        {"set tilt min/max",
-         set({{"TMinScroll", 15}, {"TMaxScroll", 255}}, "SetTStepBut"),
-         {0xA2, 0x00, 15, 0, 255, 0}},
-        {"maximum pair above 255 sends nothing", press("SetMaxPairBut"), {}},
-        {"maximum pair", set({{"PMaxScroll", 200}}, "SetMaxPairBut"), {0x99, 200, 255}},
-        {"minimum pair above 255 sends nothing", press("SetMinPairBut"), {}},
-        {"minimum pair", set({{"PMinScroll", 20}}, "SetMinPairBut"), {0x93, 20, 15}},
-        {"tilt set", press("SetTiltBut"), {0x93, 127, 255, 15, 0, 255, 0}},
-        {"get time-out", press("GetTOBut"), {0x96, 0x80}},
-        {"set time-out", set({{"TOScroll", 45}}, "SetTOBut"), {0x96, 45}},
-        {"get heater", press("GetHeatBut"), {0x97, 0x80}},
-        {"heater full power", press("HeatOp_2"), {0x97, 2}},
-        {"heater off", press("HeatOp_0"), {0x97, 0}},
-        {"firmware", press("RevBut"), {0x9A}},
+        {"GetCMaxBut", {0x9C, 0x80, 0, 0}},
+        {"PTopScroll=100 TTopScroll=90 SetCMaxBut", {0x9C, 0x00, 100, 90}},
+        {"GetIMaxBut", {0x9C, 0xC0, 0, 0}},
+        {"PITopScroll=1 TITopScroll=255 SetIMaxBut", {0x9C, 0x40, 1, 255}},
+        {"GetPStepBut", {0xA1, 0x80, 0, 0, 0, 0}},
+        {"PMinScroll=300 PMaxScroll=30000 SetPStepBut", {0xA1, 0x00, 0x2C, 0x01, 0x30, 0x75}},
+        {"GetTStepBut", {0xA2, 0x80, 0, 0, 0, 0}},
+        {"TMinScroll=15 TMaxScroll=255 SetTStepBut", {0xA2, 0x00, 15, 0, 255, 0}},
+        {"SetMaxPairBut", {}},  // above 255: nothing
+        {"PMaxScroll=200 SetMaxPairBut", {0x99, 200, 255}},
+        {"SetMinPairBut", {}},
+        {"PMinScroll=20 SetMinPairBut", {0x93, 20, 15}},
+        {"SetTiltBut", {0x93, 127, 255, 15, 0, 255, 0}},
+        {"GetTOBut", {0x96, 0x80}},
+        {"TOScroll=45 SetTOBut", {0x96, 45}},
+        {"GetHeatBut", {0x97, 0x80}},
+        {"HeatOp_2", {0x97, 2}},
+        {"HeatOp_0", {0x97, 0}},
+        {"RevBut", {0x9A}},
     });
-    EXPECT_TRUE(rig.statusMessage().contains(QStringLiteral("SetMinPairBut_Click")));
-    EXPECT_EQ(rig.text("Label28"), QStringLiteral("5"));
-    EXPECT_EQ(rig.text("Label1_21"), QStringLiteral("255"));
-    EXPECT_EQ(rig.text("TOLabel"), QStringLiteral("45"));
+    EXPECT_TRUE(rig.statusMessage().contains("SetMinPairBut_Click"));
+    EXPECT_EQ(rig.text("Label28"), "5");
+    EXPECT_EQ(rig.text("Label1_21"), "255");
+    EXPECT_EQ(rig.text("TOLabel"), "45");
 }
 
 TEST_F(SetupPages, GetIdIsBroadcastButItsReplyIsCheckedWithTheUnitInUse) {
-    QuickProcedureRig& rig = *shared_;
-    rig.scroll("IDScroll", 42);
-    rig.scroll("CurrIDScroll", 5);
+    auto& rig = *shared_;
+    rig.act("IDScroll=42 CurrIDScroll=5");
     EXPECT_EQ(rig.window->state().UnitId, 5);
-    EXPECT_EQ(rig.text("CurrIDLabel"), QStringLiteral("5"));
+    EXPECT_EQ(rig.text("CurrIDLabel"), "5");
     rig.line.clear();
     rig.press("GetIDBut");
     const auto& frames = rig.line.frames();
@@ -112,69 +85,49 @@ TEST_F(SetupPages, GetIdIsBroadcastButItsReplyIsCheckedWithTheUnitInUse) {
     EXPECT_EQ(rig.value("IDScroll"), 42);
 
     rig.scroll("CurrIDScroll", 0);
-    rig.sentBy([&] { rig.press("GetIDBut"); });
+    rig.sentBy("GetIDBut");
     EXPECT_EQ(rig.value("IDScroll"), 0);
 }
 
 TEST_F(SetupPages, RepliesFillTheControlsWithTheirSubstitutions) {
-    QuickProcedureRig& rig = *shared_;
-    struct Case {
-        Bytes reply;
-        std::vector<std::pair<const char*, int>> scrolls;
-    };
-    const std::vector<Case> cases = {
+    auto& rig = *shared_;
+    const std::pair<Bytes, const char*> cases[] = {
         {{0x92, 0x85, 10, 64, 0, 0xFF, 255, 63},
-         {{"PSafeScroll", 5},
-          {"PRampScroll", 10},
-          {"PDecelScroll", 1},
-          {"TSafeScroll", 127},
-          {"TRampScroll", 255},
-          {"TDecelScroll", 63}}},
-        {{0x86, 0x80, 0x85}, {{"PRampScroll", 1}, {"TRampScroll", 5}}},
-        {{0x9C, 0x00, 7, 8}, {{"PTopScroll", 7}, {"TTopScroll", 8}}},
-        {{0x9C, 0x40, 9, 10}, {{"PITopScroll", 9}, {"TITopScroll", 10}, {"PTopScroll", 7}}},
-        {{0xA1, 0x10, 0x27, 0x30, 0x75}, {{"PMinScroll", 10000}, {"PMaxScroll", 30000}}},
-        {{0xA2, 0x0F, 0x00, 0x10, 0x00}, {{"TMinScroll", 15}, {"TMaxScroll", 16}}},
-        {{0x98, 200, 100}, {{"PMaxScroll", 200}, {"TMaxScroll", 100}}},
-        {{0x96, 200}, {{"TOScroll", 120}}},
-        {{0x9F, 99}, {{"IDScroll", 99}}},
-        {{0xA5, 0x10, 0x27, 0x00, 0x00}, {{"PEncScroll", 10000}, {"TEncScroll", 0}}},
+         "PSafeScroll=5 PRampScroll=10 PDecelScroll=1 TSafeScroll=127 TRampScroll=255 "
+         "TDecelScroll=63"},
+        {{0x86, 0x80, 0x85}, "PRampScroll=1 TRampScroll=5"},
+        {{0x9C, 0x00, 7, 8}, "PTopScroll=7 TTopScroll=8"},
+        {{0x9C, 0x40, 9, 10}, "PITopScroll=9 TITopScroll=10 PTopScroll=7"},
+        {{0xA1, 0x10, 0x27, 0x30, 0x75}, "PMinScroll=10000 PMaxScroll=30000"},
+        {{0xA2, 0x0F, 0x00, 0x10, 0x00}, "TMinScroll=15 TMaxScroll=16"},
+        {{0x98, 200, 100}, "PMaxScroll=200 TMaxScroll=100"},
+        {{0x96, 200}, "TOScroll=120"},
+        {{0x9F, 99}, "IDScroll=99"},
+        {{0xA5, 0x10, 0x27, 0x00, 0x00}, "PEncScroll=10000 TEncScroll=0"},
+        {{0x97, 3}, "HeatOp_3 !HeatOp_0 !HeatOp_1 !HeatOp_2"},  // the hidden option
+        {{0x97, 0x81}, "HeatOp_1"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message() << "reply 0x" << std::hex << int(c.reply.front()));
-        EXPECT_TRUE(rig.sentBy([&] { rig.inject(c.reply); }).empty());
-        for (const auto& [name, value] : c.scrolls) {
-            EXPECT_EQ(rig.value(name), value) << name;
-        }
+    for (const auto& [reply, states] : cases) {
+        SCOPED_TRACE(states);
+        EXPECT_TRUE(rig.sentBy([&] { rig.inject(reply); }).empty());
+        rig.expect(states);
     }
-    EXPECT_EQ(rig.text("Label35"), QStringLiteral("1"));
-    EXPECT_EQ(rig.text("TOLabel"), QStringLiteral("120"));
-    EXPECT_EQ(rig.text("Label34"), QStringLiteral("10000"));
-
-    // Heater mode 3 selects the hidden option, and nothing is sent back.
-    EXPECT_TRUE(rig.sentBy([&] { rig.inject({0x97, 3}); }).empty());
-    EXPECT_TRUE(rig.checked("HeatOp_3"));
-    EXPECT_FALSE(rig.checked("HeatOp_0") || rig.checked("HeatOp_1") || rig.checked("HeatOp_2"));
-    EXPECT_TRUE(rig.sentBy([&] { rig.inject({0x97, 0x81}); }).empty());
-    EXPECT_TRUE(rig.checked("HeatOp_1"));
+    EXPECT_EQ(rig.text("Label35"), "1");
+    EXPECT_EQ(rig.text("TOLabel"), "120");
+    EXPECT_EQ(rig.text("Label34"), "10000");
 
     rig.inject({0x9A, 2, 3, 15, 6, 11});
     EXPECT_EQ(rig.text("RevLabel"),
-              QStringLiteral("Rev 2.03  ") +
-                  QLocale::system().toString(QDate(2011, 6, 15), QLocale::ShortFormat));
+              "Rev 2.03  " + QLocale::system().toString(QDate(2011, 6, 15), QLocale::ShortFormat));
     EXPECT_TRUE(rig.statusMessage().isEmpty());
 }
 
 TEST_F(SetupPages, ValuesOutOfRangeStopTheDecoderAndNothingSticks) {
-    QuickProcedureRig& rig = *shared_;
+    auto& rig = *shared_;
     rig.scroll("PSafeScroll", 9);
     rig.inject({0x9A, 2, 3, 15, 6, 11});
     const QString revision = rig.text("RevLabel");
-    struct Case {
-        const char* what;
-        Bytes reply;
-    };
-    const std::vector<Case> cases = {
+    const std::pair<const char*, Bytes> cases[] = {
         {"maxima below 16 (read-outs still show them)", {0x99, 0, 7}},
         {"safe speed 0", {0x92, 0x80, 1, 1, 0, 1, 1, 1}},
         {"minimum word above 32767", {0xA2, 0xFF, 0xFF, 0x10, 0x00}},
@@ -185,33 +138,31 @@ TEST_F(SetupPages, ValuesOutOfRangeStopTheDecoderAndNothingSticks) {
         {"day 32", {0x9A, 2, 3, 32, 1, 11}},
         {"29 February of a common year", {0x9A, 2, 3, 29, 2, 23}},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& [what, reply] : cases) {
+        SCOPED_TRACE(what);
         rig.clearStatus();
-        EXPECT_TRUE(rig.sentBy([&] { rig.inject(c.reply); }).empty());
-        EXPECT_TRUE(rig.statusMessage().startsWith(QStringLiteral("Run-time error 6")))
+        EXPECT_TRUE(rig.sentBy([&] { rig.inject(reply); }).empty());
+        EXPECT_TRUE(rig.statusMessage().startsWith("Run-time error 6"))
             << rig.statusMessage().toStdString();
         EXPECT_TRUE(rig.window->state().UserClickEnabled);
     }
-    EXPECT_EQ(rig.text("Label1_20"), QStringLiteral("1"));
-    EXPECT_EQ(rig.text("Label1_21"), QStringLiteral("7"));
+    EXPECT_EQ(rig.text("Label1_20"), "1");
+    EXPECT_EQ(rig.text("Label1_21"), "7");
     EXPECT_EQ(rig.value("PSafeScroll"), 9);
     EXPECT_EQ(rig.text("RevLabel"), revision);
     // The console goes on: a read still gets its answer into the page.
-    rig.scroll("TOScroll", 17);
-    rig.sentBy([&] { rig.press("SetTOBut"); });
-    rig.scroll("TOScroll", 3);
-    rig.sentBy([&] { rig.press("GetTOBut"); });
+    rig.sentBy("TOScroll=17 SetTOBut");
+    rig.sentBy("TOScroll=3 GetTOBut");
     EXPECT_EQ(rig.value("TOScroll"), 17);
 }
 
 TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
-    QuickProcedureRig& rig = *shared_;
-    rig.window->SSTab1().setCurrentIndex(7);
-    auto* frame = rig.find<QGroupBox>(QStringLiteral("PassFrame"));
-    auto* text = rig.find<QLineEdit>(QStringLiteral("PassText"));
+    auto& rig = *shared_;
+    rig.showPage(7);
+    auto* frame = rig.at("PassFrame");
+    auto* text = rig.at<QLineEdit>("PassText");
     ASSERT_TRUE(frame->isVisible());
-    EXPECT_FALSE(rig.find<QWidget>(QStringLiteral("FactoryControls"))->isEnabled());
+    EXPECT_FALSE(rig.at("FactoryControls")->isEnabled());
     for (const char* wrong : {"07214", "7214 ", "721", ""}) {
         text->setText(QString::fromLatin1(wrong));
         rig.press("PassEntBut");
@@ -219,63 +170,57 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
         EXPECT_EQ(text->text(), QString::fromLatin1(wrong));
     }
     EXPECT_TRUE(rig.shown.empty());
-    text->setText(QStringLiteral("7214"));
+    text->setText("7214");
     rig.press("PassEntBut");
     EXPECT_FALSE(frame->isVisible());
-    EXPECT_TRUE(rig.find<QWidget>(QStringLiteral("FactoryControls"))->isEnabled());
+    EXPECT_TRUE(rig.at("FactoryControls")->isEnabled());
 
-    const auto press = [&rig](const char* name) { return [&rig, name] { rig.press(name); }; };
     rig.runRows({
-        {"get directions", press("GetRevBut"), {0x95, 0x80}},
-        {"get encoders", press("GetEncBut"), {0xA5, 0x80, 0, 0, 0, 0}},
-        {"con rotation and pan motor reverse",
-         [&rig] {
-             rig.press("ConCheck");
-             rig.press("RevCheck_0");
-             rig.press("SetRevBut");
-         },
-         {0x95, 0x11}},
-        {"encoders, low byte first",
-         [&rig] {
-             rig.scroll("PEncScroll", 10000);
-             rig.scroll("TEncScroll", 300);
-             rig.press("SetEncBut");
-         },
-         {0xA5, 0x00, 0x10, 0x27, 0x2C, 0x01}},
+        {"GetRevBut", {0x95, 0x80}},
+        {"GetEncBut", {0xA5, 0x80, 0, 0, 0, 0}},
+        {"ConCheck RevCheck_0 SetRevBut", {0x95, 0x11}},
+        {"PEncScroll=10000 TEncScroll=300 SetEncBut", {0xA5, 0x00, 0x10, 0x27, 0x2C, 0x01}},
     });
     // A direction reply sets the boxes and the flags the next Set sends.
     EXPECT_TRUE(rig.sentBy([&] { rig.inject({0x95, 0x24}); }).empty());
-    const char* const boxes[] = {"RevCheck_0", "RevCheck_1", "RevCheck_2",
-                                 "RevCheck_3", "ConCheck",   "InvCheck"};
-    for (int bit = 0; bit < 6; ++bit) {
-        EXPECT_EQ(rig.checked(boxes[bit]), bit == 2 || bit == 5) << boxes[bit];
-    }
-    EXPECT_EQ(rig.sentBy(press("SetRevBut")), (std::vector<Bytes>{{0x95, 0x24}}));
-    rig.sentBy(press("SetRevBut"));  // the unit's answer, 0x24 again
+    rig.expect("!RevCheck_0 !RevCheck_1 RevCheck_2 !RevCheck_3 !ConCheck InvCheck");
+    EXPECT_EQ(rig.sentBy("SetRevBut"), (std::vector<Bytes>{{0x95, 0x24}}));
+    rig.sentBy("SetRevBut");  // the unit's answer, 0x24 again
     rig.sentBy([&] { rig.inject({0x95, 0x00}); });
 
     // Cancel in either checklist: nothing sent, the index read-outs as they were.
     rig.shown.clear();
     const QString before = rig.text("Pindex");
     rig.presenterAnswer = false;
-    EXPECT_TRUE(rig.sentBy(press("InitEncBut")).empty());
-    EXPECT_TRUE(rig.sentBy(press("EncHomeBut")).empty());
+    EXPECT_TRUE(rig.sentBy("InitEncBut").empty());
+    EXPECT_TRUE(rig.sentBy("EncHomeBut").empty());
     rig.presenterAnswer = true;
     ASSERT_EQ(rig.shown.size(), 2u);
-    EXPECT_EQ(rig.shown[0].title, QStringLiteral("Critical Initial Alignment Checklist"));
-    EXPECT_EQ(rig.shown[1].title, QStringLiteral("Critical Homing Cycle Checklist"));
+    EXPECT_EQ(rig.shown[0].title, "Critical Initial Alignment Checklist");
+    EXPECT_EQ(rig.shown[1].title, "Critical Homing Cycle Checklist");
     EXPECT_TRUE(rig.shown[1].question);
     EXPECT_EQ(rig.text("Pindex"), before);
 
     // OK: the initial alignment shortens the watchdog again afterwards, the
     // homing cycle leaves it long.
     Link& link = rig.window->link();
-    EXPECT_EQ(rig.sentBy(press("InitEncBut")), (std::vector<Bytes>{{0x9D}}));
+    EXPECT_EQ(rig.sentBy("InitEncBut"), (std::vector<Bytes>{{0x9D}}));
     EXPECT_EQ(link.Timer4().interval(), 1000);
     EXPECT_FALSE(rig.text("Label39").isEmpty());
-    EXPECT_EQ(rig.sentBy(press("EncHomeBut")), (std::vector<Bytes>{{0x9E}}));
+    // The homing cycle: "Looking..." while the unit is silent (longer than the
+    // usual watchdog), then the index points it found.
+    QStringList whileHoming;
+    rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
+        if (frame.message.front() == 0x9E) {
+            whileHoming = {rig.text("Pindex"), rig.text("Tindex")};
+        }
+    };
+    EXPECT_EQ(rig.sentBy("EncHomeBut"), (std::vector<Bytes>{{0x9E}}));
+    rig.line.onFrame = nullptr;
+    EXPECT_EQ(whileHoming, QStringList({"Looking...", "Looking..."}));
     EXPECT_EQ(link.Timer4().interval(), 20000);
+    EXPECT_FALSE(rig.window->state().LinkFault);
     // Resolver centre 32768 plus the pan encoder value set above.
-    EXPECT_EQ(rig.text("Pindex"), QStringLiteral("42768"));
+    EXPECT_EQ(rig.text("Pindex"), "42768");
     link.Timer4().setInterval(Link::kWatchdogMs);
 }

@@ -14,140 +14,115 @@ namespace {
 
 class VideoPage : public OnlineSuite<PagesRig> {
   protected:
-    void SetUp() override { shared_->window->SSTab1().setCurrentIndex(5); }
+    void SetUp() override { shared_->showPage(5); }
 };
 
 // A unit of the older type, whose legacy video frame is the one enabled.
-class LegacyRig : public PagesRig {
-  public:
-    LegacyRig() : PagesRig(options()) {}
-    static sim::UnitOptions options() {
-        sim::UnitOptions o;
-        o.variant = 2;
-        return o;
-    }
+struct LegacyRig : PagesRig {
+    LegacyRig()
+        : PagesRig([] {
+              sim::UnitOptions options;
+              options.variant = 2;
+              return options;
+          }()) {}
 };
 class LegacyVideoPage : public OnlineSuite<LegacyRig> {};
-
-std::vector<Byte> siteName(const std::string& twelve) {
-    std::vector<Byte> message{0x75};
-    for (const char character : twelve) {
-        message.push_back(static_cast<Byte>(character));
-    }
-    return message;
-}
 
 }  // namespace
 
 TEST_F(VideoPage, EveryControlSendsItsWholeConfiguration) {
     PagesRig& rig = *shared_;
-    EXPECT_TRUE(rig.find<QGroupBox>(QStringLiteral("VidConfigFrame"))->isEnabled());
-    EXPECT_FALSE(rig.find<QGroupBox>(QStringLiteral("VideoFrame"))->isEnabled());
+    EXPECT_TRUE(rig.at("VidConfigFrame")->isEnabled());
+    EXPECT_FALSE(rig.at("VideoFrame")->isEnabled());
     // The unit came up with routing 0 and both cameras powered (0x0C).
     ASSERT_TRUE(rig.checked("VidOption_0"));
-    const auto press = [&rig](const char* name) { return [&rig, name] { rig.press(name); }; };
-    const auto name = [&rig](const char* text) {
-        return [&rig, text] {
-            rig.find<QLineEdit>(QStringLiteral("NameText"))->setText(QString::fromUtf8(text));
-            rig.press("NameSaveBut");
-        };
-    };
     rig.runRows({
-        {"route 7", press("VidOption_7"), {0x64, 0x07, 0x0C}},
-        {"route 5 keeps the other bits", press("VidOption_5"), {0x64, 0x05, 0x0C}},
-        {"BlankCheck(0) is Vout 2, bit 4", press("BlankCheck_0"), {0x64, 0x15, 0x0C}},
-        {"BlankCheck(1) is Vout 1, bit 5", press("BlankCheck_1"), {0x64, 0x35, 0x0C}},
-        {"PAL", press("PALCheck"), {0x64, 0x3D, 0x0C}},
-        {"camera 1 power off", press("CamPwrCheck_0"), {0x64, 0x3D, 0x08}},
-        {"store", press("StoreInitBut"), {0x64, 0x7D, 0x08}},
-        {"store again, same bytes", press("StoreInitBut"), {0x64, 0x7D, 0x08}},
-        {"store bit not kept", press("VidOption_6"), {0x64, 0x3E, 0x08}},
-        {"read", press("GetVidBut"), {0x64, 0x80, 0x00}},
-        {"aux 1 of camera 1", press("AuxCheck_0"), {0x66, 0x01}},
-        {"aux 2 of camera 2", press("AuxCheck_3"), {0x66, 0x09}},
-        {"aux off", press("AuxCheck_0"), {0x66, 0x08}},
-        {"all aux off", press("AuxCheck_3"), {0x66, 0x00}},
-        {"angle display on", press("AngDisCheck"), {0x70, 0x10}},
-        {"signed", press("AngSgnCheck"), {0x70, 0x30}},
-        {"angle line", [&rig] { rig.scroll("AngLineScroll", 11); }, {0x70, 0x3B}},
-        {"angle store", press("AngStorBut"), {0x70, 0x7B}},
-        {"angle store bit not kept", press("AngSgnCheck"), {0x70, 0x1B}},
-        {"name display on", press("NumDisCheck"), {0x71, 0x10}},
-        {"name line", [&rig] { rig.scroll("NumLineScroll", 3); }, {0x71, 0x13}},
-        {"name store", press("NameStoreBut"), {0x71, 0x53}},
-        {"long name cut, tab as space", name("Tower\tNorth Gate"), siteName("Tower North ")},
-        {"empty name", name(""), siteName("            ")},
-        {"accented letter as space", name("Caf\xC3\xA9"), siteName("Caf         ")},
+        {"VidOption_7", {0x64, 0x07, 0x0C}},
+        {"VidOption_5", {0x64, 0x05, 0x0C}},   // keeps the other bits
+        {"BlankCheck_0", {0x64, 0x15, 0x0C}},  // Vout 2, bit 4
+        {"BlankCheck_1", {0x64, 0x35, 0x0C}},  // Vout 1, bit 5
+        {"PALCheck", {0x64, 0x3D, 0x0C}},
+        {"CamPwrCheck_0", {0x64, 0x3D, 0x08}},
+        {"StoreInitBut", {0x64, 0x7D, 0x08}},
+        {"StoreInitBut", {0x64, 0x7D, 0x08}},
+        {"VidOption_6", {0x64, 0x3E, 0x08}},  // the store bit is not kept
+        {"GetVidBut", {0x64, 0x80, 0x00}},
+        {"AuxCheck_0", {0x66, 0x01}},
+        {"AuxCheck_3", {0x66, 0x09}},
+        {"AuxCheck_0", {0x66, 0x08}},
+        {"AuxCheck_3", {0x66, 0x00}},
+        {"AngDisCheck", {0x70, 0x10}},
+        {"AngSgnCheck", {0x70, 0x30}},
+        {"AngLineScroll=11", {0x70, 0x3B}},
+        {"AngStorBut", {0x70, 0x7B}},
+        {"AngSgnCheck", {0x70, 0x1B}},
+        {"NumDisCheck", {0x71, 0x10}},
+        {"NumLineScroll=3", {0x71, 0x13}},
+        {"NameStoreBut", {0x71, 0x53}},
     });
+    // Names are cut or padded to twelve, tabs and letters beyond ASCII as spaces.
+    const std::pair<const char*, const char*> names[] = {{"Tower\tNorth Gate", "Tower North "},
+                                                         {"", "            "},
+                                                         {"Caf\xC3\xA9", "Caf         "}};
+    for (const auto& [typed, sent] : names) {
+        rig.setText("NameText", QString::fromUtf8(typed));
+        Bytes expected{0x75};
+        expected.insert(expected.end(), sent, sent + 12);
+        EXPECT_EQ(rig.sentBy("NameSaveBut"), std::vector<Bytes>{expected}) << sent;
+    }
     EXPECT_EQ(rig.text("AngLineLabel"), QStringLiteral("11"));
 }
 
 TEST_F(VideoPage, RepliesFillTheControlsAndSendNothing) {
     PagesRig& rig = *shared_;
-    const auto sentBy = [&rig](const Bytes& reply) {
-        return rig.sentBy([&] { rig.inject(reply); });
+    const std::pair<Bytes, const char*> cases[] = {
+        // Store and read bits dropped, power bits only.
+        {{0x64, 0xFD, 0xFF},
+         "VidOption_5 BlankCheck_0 BlankCheck_1 PALCheck PALCheck2 CamPwrCheck_0 CamPwrCheck_1 "
+         "LCamPwrCheck_0 LCamPwrCheck_1"},
+        {{0x63, 0xF6}, "LVidOption_1 LCamPwrCheck_0 !LCamPwrCheck_1"},
+        // Lines 12 to 15 show as line 0; the on and signed bits still count.
+        {{0x70, 0x3E}, "AngLineScroll=0 AngDisCheck AngSgnCheck"},
+        {{0x71, 0x1C}, "NumLineScroll=0 NumDisCheck"},
+        {{0x71, 0x05}, "NumLineScroll=5 !NumDisCheck"},
     };
-    // Store and read bits dropped, power bits only.
-    EXPECT_TRUE(sentBy({0x64, 0xFD, 0xFF}).empty());
-    EXPECT_TRUE(rig.checked("VidOption_5"));
-    for (const char* box : {"BlankCheck_0", "BlankCheck_1", "PALCheck", "PALCheck2",
-                            "CamPwrCheck_0", "CamPwrCheck_1", "LCamPwrCheck_0", "LCamPwrCheck_1"}) {
-        EXPECT_TRUE(rig.checked(box)) << box;
+    for (const auto& [reply, states] : cases) {
+        SCOPED_TRACE(states);
+        EXPECT_TRUE(rig.sentBy([&] { rig.inject(reply); }).empty());
+        rig.expect(states);
     }
-    EXPECT_EQ(rig.sentBy([&] { rig.press("VidOption_6"); }),
-              (std::vector<Bytes>{{0x64, 0x3E, 0x0C}}));
-
-    EXPECT_TRUE(sentBy({0x63, 0xF6}).empty());
-    EXPECT_TRUE(rig.checked("LVidOption_1"));
-    EXPECT_TRUE(rig.checked("LCamPwrCheck_0"));
-    EXPECT_FALSE(rig.checked("LCamPwrCheck_1"));
-
-    // Lines 12 to 15 show as line 0; the on and signed bits still count.
-    EXPECT_TRUE(sentBy({0x70, 0x3E}).empty());
-    EXPECT_EQ(rig.value("AngLineScroll"), 0);
-    EXPECT_TRUE(rig.checked("AngDisCheck"));
-    EXPECT_TRUE(rig.checked("AngSgnCheck"));
-    EXPECT_TRUE(sentBy({0x71, 0x1C}).empty());
-    EXPECT_EQ(rig.value("NumLineScroll"), 0);
-    EXPECT_TRUE(rig.checked("NumDisCheck"));
-    EXPECT_TRUE(sentBy({0x71, 0x05}).empty());
-    EXPECT_EQ(rig.value("NumLineScroll"), 5);
-    EXPECT_FALSE(rig.checked("NumDisCheck"));
+    EXPECT_EQ(rig.sentBy("VidOption_6"), (std::vector<Bytes>{{0x64, 0x3E, 0x0C}}));
     EXPECT_TRUE(rig.window->state().UserClickEnabled);
 }
 
 TEST_F(VideoPage, BlankCheckMarksTheDwellByteOfATourStep) {
     PagesRig& rig = *shared_;
     rig.press("VBlankCheck");
-    rig.window->SSTab1().setCurrentIndex(3);
-    QTest::qWait(300);
-    rig.press("CamSel_1");
-    rig.scroll("WaitScroll", 10);
-    auto* choices = rig.find<QListWidget>(QStringLiteral("ScriptPreList"));
+    rig.sentBy([&] { rig.showPage(3); });  // the Tours page reads the tour when shown
+    rig.act("CamSel_1 WaitScroll=10");
+    auto* choices = rig.at<QListWidget>("ScriptPreList");
     ASSERT_GT(choices->count(), 5);
     choices->setCurrentRow(5);
     const auto sent = rig.sentBy([&] { emit choices->itemDoubleClicked(choices->item(5)); });
     // Preset 5 + 64 for camera 2; dwell 10 + 128 for the blanking.
-    ASSERT_FALSE(sent.empty());
-    EXPECT_EQ(sent.front(), (Bytes{0x52, 0, 69, 138}));
+    EXPECT_EQ(sent.at(0), (Bytes{0x52, 0, 69, 138}));
     rig.press("CamSel_0");
 }
 
 TEST_F(LegacyVideoPage, LegacyControlsSendTheirShortCommands) {
     LegacyRig& rig = *shared_;
-    rig.window->SSTab1().setCurrentIndex(5);
-    EXPECT_FALSE(rig.find<QGroupBox>(QStringLiteral("VidConfigFrame"))->isEnabled());
-    ASSERT_TRUE(rig.find<QGroupBox>(QStringLiteral("VideoFrame"))->isEnabled());
-    const auto press = [&rig](const char* name) { return [&rig, name] { rig.press(name); }; };
+    rig.showPage(5);
+    EXPECT_FALSE(rig.at("VidConfigFrame")->isEnabled());
+    ASSERT_TRUE(rig.at("VideoFrame")->isEnabled());
     rig.runRows({
-        {"Undefined sets bit 0", press("LVidOption_0"), {0x63, 0x01}},
-        {"Video Sel sets bit 1", press("LVidOption_1"), {0x63, 0x02}},
+        {"LVidOption_0", {0x63, 0x01}},
+        {"LVidOption_1", {0x63, 0x02}},
         // The unit's answer to the first click cleared both power boxes.
-        {"camera 2 power on", press("LCamPwrCheck_1"), {0x63, 0x0A}},
-        {"Blank Video clears both", press("LVidOption_2"), {0x63, 0x08}},
-        {"PAL", press("PALCheck2"), {0x64, 0x08, 0x04}},
-        {"OSD on", press("OSDOnCheck"), {0x64, 0x09, 0x04}},
-        {"store, two bytes", press("InitVModeBut"), {0x64, 0x49}},
-        {"read", press("GetVidBut2"), {0x64, 0x80, 0x00}},
+        {"LCamPwrCheck_1", {0x63, 0x0A}},
+        {"LVidOption_2", {0x63, 0x08}},  // blanking clears both bits
+        {"PALCheck2", {0x64, 0x08, 0x04}},
+        {"OSDOnCheck", {0x64, 0x09, 0x04}},
+        {"InitVModeBut", {0x64, 0x49}},  // the store message has two bytes
+        {"GetVidBut2", {0x64, 0x80, 0x00}},
     });
 }
