@@ -164,14 +164,14 @@ bool ConnectionSequence::initialise() {
 
         view_.Label2[1]->setText(QStringLiteral("Setup"));
         letEventsRun();
-        for (const InitialRead& read : setupReads()) {
+        for (const char* read : setupReads()) {
             runInitialRead(context_, read);
         }
 
         view_.setTitle(ports_.title(QStringLiteral(" Initializing Camera")));
         view_.Label2[1]->setText(QStringLiteral("Camera"));
         letEventsRun();
-        for (const InitialRead& read : cameraReads()) {
+        for (const char* read : cameraReads()) {
             runInitialRead(context_, read);
         }
         sendMessage(context_.state, link, {0x64, 0x80, 0x00});

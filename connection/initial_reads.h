@@ -1,23 +1,19 @@
 #pragma once
 
-#include <string>
 #include <vector>
 
 #include "console/console_context.h"
 
 namespace halvex {
 
-// The "Get" handlers the connection sequence runs, in its order, with the
-// bare request each sends when its page has not registered a handler.
-struct InitialRead {
-    std::string handler;
-    std::vector<Byte> request;
-};
+// The "Get" handlers the connection sequence runs, in its order. Each page
+// registers its own in the context's read handlers, so the bytes of every
+// request live with the page that decodes the reply.
+const std::vector<const char*>& setupReads();
+const std::vector<const char*>& cameraReads();
 
-const std::vector<InitialRead>& setupReads();
-const std::vector<InitialRead>& cameraReads();
-
-// Runs the registered handler, or sends the bare request.
-void runInitialRead(ConsoleContext& context, const InitialRead& read);
+// Runs the registered handler; a missing one is reported, never skipped
+// without a word.
+void runInitialRead(ConsoleContext& context, const char* handler);
 
 }  // namespace halvex
