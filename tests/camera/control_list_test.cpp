@@ -1,5 +1,5 @@
 // Reading camera control lists: the list-input field rules, the 101-command
-// limit, faults reported with file and line, the shipped lists, and odd input.
+// limit, faults reported with file and line, and odd input.
 
 #include "camera/control_list.h"
 
@@ -60,17 +60,6 @@ TEST(ControlListFields, FollowTheListInputRulesAndOnlyTheExactModeHMeansHex) {
         EXPECT_EQ(list.commands[0].text, c.text);
         EXPECT_EQ(list.commands[0].isHex(), c.mode == "H");
     }
-}
-
-TEST(ControlListFile, HeaderQuotedWithCommasAndBlankLinesIgnored) {
-    const ControlList list = parsed(
-        "\xEF\xBB\xBF\n\"Sony VISCA, address 1 - Cam 1 or 2\"\r\n\r\n"
-        "\"Power On\",H,\"81 01 04 00 02 FF\"\r\n   \r\n"
-        "\"Power Off\",H,\"81 01 04 00 03 FF\"\r\n\r\n\r\n");
-    EXPECT_EQ(list.header, "Sony VISCA, address 1 - Cam 1 or 2");
-    ASSERT_EQ(list.commands.size(), 2u);
-    EXPECT_EQ(list.commands[0].name, "Power On");
-    EXPECT_EQ(list.commands[1].name, "Power Off");
 }
 
 TEST(ControlListFile, FaultsNameFileAndLineAndKeepWhatWasRead) {

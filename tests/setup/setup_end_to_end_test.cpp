@@ -1,8 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QDir>
-#include <QTemporaryDir>
-
 #include "tests/setup/page_rig.h"
 #include "tests/support/sim_process.h"
 
