@@ -1,8 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <QDate>
-#include <QGroupBox>
-#include <QLineEdit>
 #include <QLocale>
 #include <algorithm>
 
