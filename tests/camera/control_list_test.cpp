@@ -104,9 +104,10 @@ TEST(ControlListFile, UnreadableAndOversizedFilesAreReported) {
 
 // Random edits never crash the reader nor let it keep more than it may.
 TEST(ControlListFile, EditedFilesStayWithinBounds) {
+    const QByteArray full = commands(110);
     std::mt19937 random(2024);
-    for (int round = 0; round < 3000; ++round) {
-        QByteArray input = commands(110);
+    for (int round = 0; round < 1000; ++round) {
+        QByteArray input = full;
         for (int edit = 0; edit < 6; ++edit) {
             input.insert(random() % input.size(), ",\"\r\n H\xC3"[random() % 7]);
         }
