@@ -29,17 +29,6 @@ QTextCharFormat formatOf(const QTextDocument& document, const QString& text) {
     return {};
 }
 
-TEST(RtfReader, RefusesWhatIsNotRtfAndLeavesTheDocumentAlone) {
-    for (const QByteArray& bytes :
-         {QByteArray(), QByteArray("hello"), QByteArray(" {\\rtf1 x}"), QByteArray("{\\rt"),
-          QByteArray("{\\RTF1 x}"), QByteArray("\xEF\xBB\xBF{\\rtf1 x}")}) {
-        QTextDocument document;
-        document.setPlainText("before");
-        EXPECT_FALSE(readRtf(bytes, document)) << bytes.toStdString();
-        EXPECT_EQ(document.toPlainText(), "before");
-    }
-}
-
 TEST(RtfReader, RunsKeepTheirFormatsAndGroupsRestoreThem) {
     QTextDocument document;
     ASSERT_TRUE(readRtf(
@@ -51,26 +40,19 @@ TEST(RtfReader, RunsKeepTheirFormatsAndGroupsRestoreThem) {
         document));
     EXPECT_EQ(document.toPlainText(),
               "plain bold both back italic under gone yes large small mono redblue auto reset");
-    const struct {
-        const char* run;
-        bool bold, italic, underline, strike;
-        double size;
-    } cases[] = {
-        {"plain", false, false, false, false, 12}, {"bold", true, false, false, false, 12},
-        {"both", true, true, false, false, 12},    {"back", true, false, false, false, 12},
-        {"italic", false, true, false, false, 12}, {"under", false, false, true, false, 12},
-        {"gone", false, false, false, true, 12},   {"yes", true, false, false, false, 12},
-        {"large", false, false, false, false, 20}, {"small", false, false, false, false, 10},
-        {"reset", false, false, false, false, 12},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.run);
-        const QTextCharFormat format = formatOf(document, c.run);
-        EXPECT_EQ(format.fontWeight() == QFont::Bold, c.bold);
-        EXPECT_EQ(format.fontItalic(), c.italic);
-        EXPECT_EQ(format.fontUnderline(), c.underline);
-        EXPECT_EQ(format.fontStrikeOut(), c.strike);
-        EXPECT_EQ(format.fontPointSize(), c.size);
+    // Each run: b(old), i(talic), u(nderline), s(trike), and its size.
+    const std::tuple<const char*, QString, double> cases[] = {
+        {"plain", "", 12},   {"bold", "b", 12},  {"both", "bi", 12}, {"back", "b", 12},
+        {"italic", "i", 12}, {"under", "u", 12}, {"gone", "s", 12},  {"yes", "b", 12},
+        {"large", "", 20},   {"small", "", 10},  {"reset", "", 12}};
+    for (const auto& [run, flags, size] : cases) {
+        SCOPED_TRACE(run);
+        const QTextCharFormat format = formatOf(document, run);
+        EXPECT_EQ(format.fontWeight() == QFont::Bold, flags.contains('b'));
+        EXPECT_EQ(format.fontItalic(), flags.contains('i'));
+        EXPECT_EQ(format.fontUnderline(), flags.contains('u'));
+        EXPECT_EQ(format.fontStrikeOut(), flags.contains('s'));
+        EXPECT_EQ(format.fontPointSize(), size);
     }
     EXPECT_EQ(formatOf(document, "plain").fontFamilies().toStringList(), QStringList{"Arial"});
     EXPECT_EQ(formatOf(document, "mono").fontFamilies().toStringList(), QStringList{"Courier New"});
@@ -82,12 +64,9 @@ TEST(RtfReader, RunsKeepTheirFormatsAndGroupsRestoreThem) {
 
 TEST(RtfReader, TextFromSpecialCharactersSkippedGroupsAndOddInput) {
     const std::pair<QByteArray, QString> cases[] = {
-        {"{\\rtf1 caf\\'e9}", "caf\u00E9"},
         {"{\\rtf1 \\'80\\'93}", "\u20AC\u201C"},  // Windows-1252
         {"{\\rtf1 caf\xE9}", "caf\u00E9"},
-        {"{\\rtf1 \\u8364?5}",
-         "\u20AC"
-         "5"},  // the fallback is skipped
+        {"{\\rtf1 \\u8364?5}", "\u20AC5"},  // the fallback is skipped
         {"{\\rtf1\\uc2 \\u8364\\'80\\'80x}", "\u20ACx"},
         {"{\\rtf1\\uc0 \\u8364 x}", "\u20ACx"},
         {"{\\rtf1 \\u-3998?}", "\uF062"},
@@ -107,7 +86,6 @@ TEST(RtfReader, TextFromSpecialCharactersSkippedGroupsAndOddInput) {
         {"{\\rtf1 open {\\b never closed", "open never closed"},
         {"{\\rtf1 done} ignored {more}", "done"},
         {"{\\rtf1 cut at \\", "cut at "},
-        {"{\\rtf1 half \\'e", "half "},
         {"{\\rtf1 \\fs99999999999999999999 big \\u99999999999? x}", "big  x"},
     };
     for (const auto& [rtf, text] : cases) {
@@ -119,31 +97,32 @@ TEST(RtfReader, TextFromSpecialCharactersSkippedGroupsAndOddInput) {
     }
 }
 
-TEST(RtfReader, ParagraphsAndTheirFormats) {
+TEST(RtfReader, ParagraphsKeepTheirAlignmentAndMarginsUntilReset) {
     QTextDocument document;
     ASSERT_TRUE(readRtf(
         "{\\rtf1\\pard\\qc Title\\par\\pard\\li720\\fi-360\\sa120 Item\\par\\pard Body\\par}",
         document));
-    const QTextBlock title = document.begin();
-    const QTextBlock item = title.next();
-    const QTextBlock body = item.next();
-    EXPECT_EQ(title.text(), "Title");
-    EXPECT_EQ(title.blockFormat().alignment() & Qt::AlignHorizontal_Mask, Qt::AlignHCenter);
-    EXPECT_EQ(item.text(), "Item");
-    EXPECT_EQ(item.blockFormat().leftMargin(), 48.0);
-    EXPECT_EQ(item.blockFormat().textIndent(), -24.0);
-    EXPECT_EQ(item.blockFormat().bottomMargin(), 8.0);
-    EXPECT_EQ(body.text(), "Body");
-    EXPECT_EQ(body.blockFormat().leftMargin(), 0.0);
+    EXPECT_EQ(document.begin().blockFormat().alignment() & Qt::AlignHorizontal_Mask,
+              Qt::AlignHCenter);
+    const QTextBlockFormat item = document.begin().next().blockFormat();
+    EXPECT_EQ(item.leftMargin(), 48.0);
+    EXPECT_EQ(item.textIndent(), -24.0);
+    EXPECT_EQ(item.bottomMargin(), 8.0);
+    EXPECT_EQ(document.lastBlock().previous().blockFormat().leftMargin(), 0.0);
 }
 
-TEST(RtfReader, FilesThatCannotBeShownAreNamedAndLeaveTheDocumentAlone) {
+TEST(RtfReader, RefusesWhatIsNotRtfNamesFilesItCannotShowAndLeavesTheDocumentAlone) {
+    QTextDocument document;
+    document.setPlainText("before");
+    for (const QByteArray& bytes :
+         {QByteArray(), QByteArray(" {\\rtf1 x}"), QByteArray("{\\rt"), QByteArray("{\\RTF1 x}"),
+          QByteArray("\xEF\xBB\xBF{\\rtf1 x}")}) {
+        EXPECT_FALSE(readRtf(bytes, document)) << bytes.toStdString();
+    }
     QTemporaryDir dir;
     QFile plain(dir.filePath("Plain.RTF"));
     ASSERT_TRUE(plain.open(QIODevice::WriteOnly) && plain.write("just text") > 0);
     plain.close();
-    QTextDocument document;
-    document.setPlainText("before");
     for (const char* name : {"Missing.RTF", "Plain.RTF"}) {
         QString error;
         EXPECT_FALSE(loadRtfFile(dir.filePath(name), document, &error));
@@ -152,53 +131,27 @@ TEST(RtfReader, FilesThatCannotBeShownAreNamedAndLeaveTheDocumentAlone) {
     EXPECT_EQ(document.toPlainText(), "before");
 }
 
-// Mutated pieces of the shipped help never crash or hang the reader, and the
+// Random edits of the shipped help never crash or hang the reader, and the
 // document it builds never outgrows its input.
-TEST(RtfReader, MutatedInputStaysBounded) {
-    std::vector<QByteArray> files;
-    for (const char* name : {"Camera Help.RTF", "Tour Help.RTF"}) {
-        QFile file(QDir(QStringLiteral(HALVEX_DATA_OUT)).filePath(name));
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly)) << name;
-        files.push_back(file.readAll());
-    }
-    static const char* const tokens[] = {
-        "{",          "}",      "\\",    "\\'e9", "\\u-",         "\\uc0", "\\bin99 ",
-        "\\*",        "\\pict", "\\par", "\\fs",  "\\cf",         "\\li-", "\\f",
-        ";",          "\\red",  "?",     "\\u",   "\\uc",         "\\b0",  "\\fonttbl",
-        "\\colortbl", "\\tab",  "\r\n",  " ",     "9999999999999"};
+TEST(RtfReader, EditedHelpStaysBounded) {
+    QFile file(QDir(QStringLiteral(HALVEX_DATA_OUT)).filePath("Camera Help.RTF"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray help = file.readAll();
+    static const char* const tokens[] = {"{",        "}",   "\\'e",   "\\u-",  "\\uc0",
+                                         "\\bin99 ", "\\*", "\\pict", "\\par", "\\fs",
+                                         "\\cf",     "?",   "\\red",  ";",     "99999999999"};
     std::mt19937 random(1998);
-    const auto pick = [&](qsizetype n) { return n > 0 ? static_cast<int>(random() % n) : 0; };
     QTextDocument document;
-    int read = 0;
-    for (int round = 0; round < 30000; ++round) {
-        // The head keeps the tables now and then; a window of the body the formatting.
-        const QByteArray& file = files[pick(2)];
-        QByteArray input =
-            file.left(pick(3) == 0 ? 400 : 6) + file.mid(pick(file.size()), pick(500));
-        for (int edit = pick(6); edit >= 0; --edit) {
-            const int at = pick(input.size());
-            const int what = pick(4);
-            if (what == 0) {
-                input.insert(at, static_cast<char>(random()));
-            } else if (what == 1) {
-                input.insert(at,
-                             QByteArray(tokens[pick(std::size(tokens))]).repeated(1 + pick(50)));
-            } else if (what == 2) {
-                input.remove(at, 1 + pick(30));
-            } else {
-                input.truncate(at + pick(200));
-            }
+    for (int round = 0; round < 4000; ++round) {
+        QByteArray input = help.left(400) + help.mid(random() % help.size(), 300);
+        for (int edit = 0; edit < 6; ++edit) {
+            input.insert(random() % input.size(), tokens[random() % std::size(tokens)]);
         }
+        input.truncate(1 + random() % input.size());
         const bool rtf = input.startsWith("{\\rtf");
         ASSERT_EQ(readRtf(input, document), rtf);
-        if (rtf) {
-            ++read;
-            // Every character and paragraph costs at least one input byte.
-            ASSERT_LE(document.characterCount(), input.size() + 1);
-            ASSERT_LE(document.blockCount(), input.size() + 1);
-        }
+        ASSERT_TRUE(!rtf || document.characterCount() <= input.size() + 1) << input.size();
     }
-    EXPECT_GT(read, 10000);
 }
 
 }  // namespace

@@ -93,12 +93,6 @@ struct Controls {
             }
         }
     }
-    // Does the steps and waits for the unit's reply of this code.
-    bool answered(const QString& steps, Byte code) {
-        console->state().LastResponseCode = 0;
-        act(steps);
-        return QTest::qWaitFor([&] { return console->state().LastResponseCode == code; }, 3000);
-    }
 };
 
 // The real window on the serial port that HALVEX_COM1 names, online. The unit
@@ -159,16 +153,6 @@ class PagesRig : public ConsoleRig, public Controls {
         EXPECT_TRUE(line.messages(false).empty()) << "a reply's controls sent a frame";
     }
 
-    // Every message of this code that went down the line since it was cleared.
-    std::vector<Bytes> sent(Byte code) const {
-        std::vector<Bytes> found;
-        for (const auto& message : line.messages(false)) {
-            if (!message.empty() && message.front() == code) {
-                found.push_back(message);
-            }
-        }
-        return found;
-    }
     // A reply as if the unit had sent it, decoded before this returns.
     void inject(const Bytes& message) {
         FormState& state = window->state();
