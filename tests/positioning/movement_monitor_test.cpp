@@ -16,12 +16,9 @@ TEST(MovementLog, LogsMovesWhileRunningInEightCharacterColumnsAndKeepsSumsAcross
     };
     // Largest and average pan move, largest and average tilt move, count.
     auto statistics = [&] {
-        QStringList texts;
-        for (const char* name :
-             {"Label6", "Label1_24", "Label1_22", "Label1_25", "MoveCountLabel"}) {
-            texts << rig.text(name);
-        }
-        return texts.join(' ');
+        return QStringList{rig.text("Label6"), rig.text("Label1_24"), rig.text("Label1_22"),
+                           rig.text("Label1_25"), rig.text("MoveCountLabel")}
+            .join(' ');
     };
     QListWidget* log = rig.list("MoveList");
     move(10.0f, 2.0f, 20.0f, 3.0f);  // monitor off: nothing logged
@@ -31,11 +28,9 @@ TEST(MovementLog, LogsMovesWhileRunningInEightCharacterColumnsAndKeepsSumsAcross
     EXPECT_EQ(rig.text("MoveMonBut"), QStringLiteral("Stop Monitor"));
     move(10.0f, 2.0f, 20.0f, 3.0f);  // the first line is a zero move
     move(10.0f, 2.0f, -5.5f, -2.0f);
-    ASSERT_EQ(log->count(), 2);
-    EXPECT_EQ(log->item(0)->text(),
-              QStringLiteral("   20.00    20.00     0.00      3.00     3.00     0.00"));
-    EXPECT_EQ(log->item(1)->text(),
-              QStringLiteral("   -5.50    10.00   -15.50     -2.00     2.00    -4.00"));
+    EXPECT_EQ(rig.lines("MoveList").join('|'),
+              QStringLiteral("   20.00    20.00     0.00      3.00     3.00     0.00|"
+                             "   -5.50    10.00   -15.50     -2.00     2.00    -4.00"));
     EXPECT_EQ(log->currentRow(), 1);
     EXPECT_EQ(statistics(), QStringLiteral("15.50 7.750 4.00 2.000 2 Moves"));
 
@@ -56,8 +51,8 @@ TEST(MovementLog, LogsMovesWhileRunningInEightCharacterColumnsAndKeepsSumsAcross
     EXPECT_EQ(rig.text("MoveMonBut"), QStringLiteral("Stop Monitor"));
     // The first line after a clear is a zero move and counts once.
     move(0.0f, 0.0f, 50.0f, 5.0f);
-    EXPECT_EQ(log->item(0)->text(),
-              QStringLiteral("   50.00    50.00     0.00      5.00     5.00     0.00"));
+    EXPECT_EQ(rig.lines("MoveList"),
+              QStringList{"   50.00    50.00     0.00      5.00     5.00     0.00"});
     EXPECT_EQ(statistics(), QStringLiteral("0.00 0.000 0.00 0.000 1 Moves"));
     // A number longer than its column keeps its leftmost eight characters.
     EXPECT_EQ(movementLine(123456.5f, 0.0f, 0.0f, 0.0f).left(26),

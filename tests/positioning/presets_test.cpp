@@ -13,9 +13,9 @@ Message_ presetReply(Byte code, Byte number, std::int32_t pan, std::int32_t tilt
                      std::array<Byte, 4> lens = {}) {
     Message_ reply{code, number};
     for (std::int32_t angle : {pan, tilt}) {
-        const auto bits = static_cast<std::uint32_t>(angle);
-        reply.insert(reply.end(), {static_cast<Byte>(bits), static_cast<Byte>(bits >> 8),
-                                   static_cast<Byte>(bits >> 16)});
+        for (int shift : {0, 8, 16}) {
+            reply.push_back(static_cast<Byte>(angle >> shift));
+        }
     }
     reply.insert(reply.end(), lens.begin(), lens.end());
     return reply;
@@ -76,13 +76,23 @@ TEST(PresetReplies, EachReplyFormatsItsEntryAndSelectsIt) {
     EXPECT_EQ(rig.lines("PresetList").size(), 4);
 }
 
-TEST(PresetReload, AsksForEachPresetOnlyAfterThePreviousReply) {
+TEST(PresetCommands, ReloadWaitsForEachReplyCommandsUseTheSelectionClearReloads) {
     PagesRig rig;
+    // Without a selection nothing goes out, and each click stops alone.
+    for (const char* button : {"SavePreBut", "SaveCurPreBut", "AddAuxBut"}) {
+        rig.click(button);
+    }
+    rig.ticks(3);
+    EXPECT_TRUE(rig.sent().empty());
+    EXPECT_EQ(rig.faults.size(), 3);
+    EXPECT_FALSE(rig.window->state().SendInProgress);
+
+    // A reload asks for each preset only after the previous reply: the unit
+    // is slow with preset 3, and nothing more may go out meanwhile.
     for (int n = 0; n < 32; ++n) {
         rig.unit.state().presets.at(n).pan = n * 150;
     }
     rig.window->link().Timer4().setInterval(20000);  // no watchdog while held
-    // The unit is slow with preset 3: nothing more may go out meanwhile.
     std::size_t sentWhileHeld = 0;
     rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
         if (frame.message == Message_{0x40, 3}) {
@@ -94,28 +104,14 @@ TEST(PresetReload, AsksForEachPresetOnlyAfterThePreviousReply) {
         }
     };
     emit rig.window->events().presetsReloadRequested();
-
+    rig.line.onFrame = nullptr;
     EXPECT_EQ(sentWhileHeld, 4u);
     EXPECT_EQ(rig.sent(), presetReads());
     ASSERT_EQ(rig.lines("PresetList").size(), 32);
     EXPECT_TRUE(rig.lines("PresetList")[31].startsWith(QStringLiteral("  31    46.50")));
     EXPECT_EQ(rig.list("PresetList")->currentRow(), 0);
     EXPECT_FALSE(rig.window->state().SendInProgress);
-}
 
-TEST(PresetCommands, UseTheSelectedPresetAndClearReloadsAfterTwoReplies) {
-    PagesRig rig;
-    // Without a selection nothing goes out, and each click stops alone.
-    for (const char* button : {"SavePreBut", "SaveCurPreBut", "AddAuxBut"}) {
-        rig.click(button);
-    }
-    rig.ticks(3);
-    EXPECT_TRUE(rig.sent().empty());
-    EXPECT_EQ(rig.faults.size(), 3);
-    EXPECT_FALSE(rig.window->state().SendInProgress);
-
-    rig.unit.state().presets.at(4).pan = 1000;
-    emit rig.window->events().presetsReloadRequested();
     rig.line.clear();
     rig.doubleClickRow("PresetList", 2);
     // Halves go to the even neighbour: 0.125 -> 12; -1 -> 9C FF FF.
@@ -137,7 +133,6 @@ TEST(PresetCommands, UseTheSelectedPresetAndClearReloadsAfterTwoReplies) {
     // Clear: its caption shows until the reload is over, and one more reply
     // (a jog report) comes between the clear and the reload.
     rig.line.clear();
-    rig.window->link().Timer4().setInterval(20000);
     QStringList captions;  // at the clear and at the last preset's request
     rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
         if (frame.message == Message_{0x94} || frame.message == Message_{0x40, 31}) {
@@ -154,5 +149,5 @@ TEST(PresetCommands, UseTheSelectedPresetAndClearReloadsAfterTwoReplies) {
     ASSERT_LT(clear, reload);
     EXPECT_NE(std::find_if(clear, reload, [](const Message_& m) { return m[0] == 0x31; }), reload);
     EXPECT_EQ(rig.sent().size(), 33u);
-    EXPECT_TRUE(rig.lines("PresetList")[4].startsWith(QStringLiteral("   4     0.00")));
+    EXPECT_TRUE(rig.lines("PresetList")[31].startsWith(QStringLiteral("  31     0.00")));
 }
