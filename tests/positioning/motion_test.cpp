@@ -21,7 +21,6 @@ struct JogRig : PagesRig {
         window->SSTab1().setCurrentIndex(0);
     }
     PanTiltPage& page() { return window->panTiltPage(); }
-    JogState& jog() { return window->jogState(); }
 
     void press(Qt::MouseButton button, double x, double y) {
         emit page().Jog->mousePressed(button, button, x, y);
@@ -30,7 +29,8 @@ struct JogRig : PagesRig {
         emit page().Jog->mouseMoved(Qt::NoButton, buttons, x, y);
     }
     void release() { emit page().Jog->mouseReleased(Qt::LeftButton, Qt::NoButton, 0, 0); }
-    // Flags, pan speed and tilt speed of the next jog message.
+    // Flags, pan speed and tilt speed of the next jog message; no lens is
+    // jogged, so its lens bytes are zero.
     std::array<int, 3> nextJog() {
         line.clear();
         waitFor([this] { return !line.frames().empty(); });
@@ -40,7 +40,8 @@ struct JogRig : PagesRig {
     }
     // Pan and tilt jog speeds.
     QString speeds() {
-        return QStringLiteral("%1 %2").arg(jog().PanJogSpeed).arg(jog().TiltJogSpeed);
+        const JogState& jog = window->jogState();
+        return QStringLiteral("%1 %2").arg(jog.PanJogSpeed).arg(jog.TiltJogSpeed);
     }
 };
 }  // namespace
@@ -63,27 +64,21 @@ TEST(AngleSteps, EachButtonStepsItsLedByItsPowerOfTenWithinItsBounds) {
         cases.push_back({"PanDesBut_" + std::to_string(k), "up", 0.0, step});
         cases.push_back({"PanDesBut_" + std::to_string(k), "down", 0.0, -step});
     }
+    // clang-format off
     const Case bounded[] = {
         // Each click tests only the bound on its own side.
-        {"PanDesBut_2", "up", 169.5, 170.0f},
-        {"PanDesBut_1", "down", -169.95, -170.0f},
-        {"PanDesBut_0", "down", 200.0, 199.99f},
-        {"PanDesBut_2", "up", -200.0, -199.0f},
-        {"TiltDesBut_3", "up", 40.0, 45.0f},
-        {"TiltDesBut_3", "down", -40.0, -45.0f},
-        {"PanPreBut_4", "down", -100.0, -170.0f},
-        {"PanPreBut_3", "up", 165.0, 170.0f},
-        {"TiltPreBut_3", "up", 40.0, 45.0f},
-        {"TiltPreBut_3", "down", -40.0, -45.0f},
-        {"PanCorBut_4", "up", 150.0, 180.0f},
-        {"PanCorBut_4", "down", -150.0, -180.0f},
-        {"TiltCorBut_2", "up", 89.5, 90.0f},
-        {"TiltCorBut_3", "down", -85.0, -90.0f},
+        {"PanDesBut_2", "up", 169.5, 170.0f},    {"PanDesBut_1", "down", -169.95, -170.0f},
+        {"PanDesBut_0", "down", 200.0, 199.99f}, {"PanDesBut_2", "up", -200.0, -199.0f},
+        {"TiltDesBut_3", "up", 40.0, 45.0f},     {"TiltDesBut_3", "down", -40.0, -45.0f},
+        {"PanPreBut_3", "up", 165.0, 170.0f},    {"PanPreBut_4", "down", -100.0, -170.0f},
+        {"TiltPreBut_3", "up", 40.0, 45.0f},     {"TiltPreBut_3", "down", -40.0, -45.0f},
+        {"PanCorBut_4", "up", 150.0, 180.0f},    {"PanCorBut_4", "down", -150.0, -180.0f},
+        {"TiltCorBut_2", "up", 89.5, 90.0f},     {"TiltCorBut_3", "down", -85.0, -90.0f},
         // A unit that pans for ever frees the desired pan only.
-        {"PanDesBut_4", "down", -169.0, -269.0f, true},
-        {"PanDesBut_4", "up", 169.0, 269.0f, true},
+        {"PanDesBut_4", "up", 169.0, 269.0f, true}, {"PanDesBut_4", "down", -169.0, -269.0f, true},
         {"PanPreBut_4", "down", -100.0, -170.0f, true},
     };
+    // clang-format on
     cases.insert(cases.end(), std::begin(bounded), std::end(bounded));
     rig.line.clear();
     for (const Case& c : cases) {
@@ -159,6 +154,8 @@ TEST(MoveCommands, EachButtonSendsItsMessageAndABadAngleSendsNothing) {
 
 TEST(Jogging, SpeedsDirectionsAndFlagsTravelInTheJogMessage) {
     JogRig rig;
+    rig.page().TiltDesLED->setValue(-1.0);  // a move leaves bytes behind
+    rig.click("AbsoBut");
     // Directions in bits 7 (pan) and 6 (tilt) of the flags.
     rig.press(Qt::LeftButton, 100, 400);  // left of and below the centre
     EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0x00, 155, 145}));

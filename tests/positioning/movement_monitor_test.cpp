@@ -9,10 +9,9 @@ using namespace halvex::testing;
 TEST(MovementLog, LogsMovesWhileRunningInEightCharacterColumnsAndKeepsSumsAcrossARestart) {
     PagesRig rig;  // the reports are sent by hand from here on
     rig.window->link().stop();
-    ConsoleEvents& events = rig.window->events();
     auto move = [&](float fromPan, float fromTilt, float toPan, float toTilt) {
-        emit events.currentPositionReported(fromPan, fromTilt);
-        emit events.targetPositionReported(toPan, toTilt);
+        emit rig.window->events().currentPositionReported(fromPan, fromTilt);
+        emit rig.window->events().targetPositionReported(toPan, toTilt);
     };
     // Largest and average pan move, largest and average tilt move, count.
     auto statistics = [&] {
@@ -20,9 +19,8 @@ TEST(MovementLog, LogsMovesWhileRunningInEightCharacterColumnsAndKeepsSumsAcross
                            rig.text("Label1_25"), rig.text("MoveCountLabel")}
             .join(' ');
     };
-    QListWidget* log = rig.list("MoveList");
     move(10.0f, 2.0f, 20.0f, 3.0f);  // monitor off: nothing logged
-    EXPECT_EQ(log->count(), 0);
+    EXPECT_TRUE(rig.lines("MoveList").isEmpty());
 
     rig.click("MoveMonBut");
     EXPECT_EQ(rig.text("MoveMonBut"), QStringLiteral("Stop Monitor"));
@@ -31,7 +29,7 @@ TEST(MovementLog, LogsMovesWhileRunningInEightCharacterColumnsAndKeepsSumsAcross
     EXPECT_EQ(rig.lines("MoveList").join('|'),
               QStringLiteral("   20.00    20.00     0.00      3.00     3.00     0.00|"
                              "   -5.50    10.00   -15.50     -2.00     2.00    -4.00"));
-    EXPECT_EQ(log->currentRow(), 1);
+    EXPECT_EQ(rig.list("MoveList")->currentRow(), 1);
     EXPECT_EQ(statistics(), QStringLiteral("15.50 7.750 4.00 2.000 2 Moves"));
 
     // A restart starts the maxima afresh; the averages run over all lines.
@@ -46,7 +44,7 @@ TEST(MovementLog, LogsMovesWhileRunningInEightCharacterColumnsAndKeepsSumsAcross
     EXPECT_EQ(statistics(), QStringLiteral("10.00 8.875 1.00 1.250 4 Moves"));
 
     rig.click("MoveClearBut");
-    EXPECT_EQ(log->count(), 0);
+    EXPECT_TRUE(rig.lines("MoveList").isEmpty());
     EXPECT_EQ(statistics(), QStringLiteral("0.00 0.000 0.00 0.000 4 Moves"));
     EXPECT_EQ(rig.text("MoveMonBut"), QStringLiteral("Stop Monitor"));
     // The first line after a clear is a zero move and counts once.

@@ -9,9 +9,7 @@ using namespace halvex::testing;
 
 TEST(OffsetChange, EachChangeSendsItsAnglesThenRereadsLimitsAndPresetsWithThePageLocked) {
     PagesRig rig;
-    sim::Settings& unit = rig.unit.state().settings;
-    unit.panOffset = 1500;
-    unit.tiltOffset = -250;
+    rig.unit.state().settings.panOffset = 1500;
     rig.unit.state().presets.at(3).pan = 4000;
     rig.window->SSTab1().setCurrentIndex(2);
     // The lock: tabs enabled, heading, pan and tilt captions.
@@ -52,11 +50,8 @@ TEST(OffsetChange, EachChangeSendsItsAnglesThenRereadsLimitsAndPresetsWithThePag
         rig.click(c.button);
         rig.line.onFrame = nullptr;
 
-        Messages_ expected{c.change, {0x81, 0x80}, {0x81, 0x81}, {0x81, 0x82}, {0x81, 0x83}};
-        for (const Message_& read : presetReads()) {
-            expected.push_back(read);
-        }
-        EXPECT_EQ(rig.sent(), expected);
+        EXPECT_EQ(rig.sent(),
+                  presetReads({c.change, {0x81, 0x80}, {0x81, 0x81}, {0x81, 0x82}, {0x81, 0x83}}));
         EXPECT_EQ(looks, QStringList(37, "0 Reloading Tables Reinitializing Reinitializing"));
         EXPECT_EQ(look(), QStringLiteral("1 Angle Offsets Adjustment Pan Tilt"));
         EXPECT_FLOAT_EQ(rig.led("PanCorLED")->value(), c.panAfter);

@@ -2,10 +2,9 @@
 
 // The whole console against the virtual unit with the port open and the jog
 // message ticking, but without the connection sequence: each test starts in
-// a second's fraction from empty lists. Helpers drive the pages by name.
+// a fraction of a second, from empty lists. Helpers drive the pages by name.
 
 #include <QAbstractButton>
-#include <QLabel>
 #include <QListWidget>
 
 #include "tests/support/console_rig.h"
@@ -17,9 +16,8 @@ namespace halvex::testing {
 using Message_ = std::vector<Byte>;
 using Messages_ = std::vector<Message_>;
 
-// The 32 requests of a preset reload.
-inline Messages_ presetReads() {
-    Messages_ reads;
+// The 32 requests of a preset reload, after `reads`.
+inline Messages_ presetReads(Messages_ reads = {}) {
     for (Byte n = 0; n < 32; ++n) {
         reads.push_back({0x40, n});
     }
@@ -27,7 +25,7 @@ inline Messages_ presetReads() {
 }
 
 struct PagesRig : ConsoleRig {
-    explicit PagesRig(const sim::UnitOptions& options = {}) : ConsoleRig(options) {
+    PagesRig() {
         QObject::connect(&window->state(), &FormState::faultReported,
                          [this](const QString& fault) { faults << fault; });
         port->open(QStringLiteral("COM1"), 9600);
@@ -59,6 +57,7 @@ struct PagesRig : ConsoleRig {
         }
         return texts;
     }
+    // Clicks a row, and clicks it again when `twice`.
     void selectRow(const char* name, int row, bool twice = false) {
         QListWidget* widget = list(name);
         ASSERT_LT(row, widget->count()) << name;
@@ -68,7 +67,6 @@ struct PagesRig : ConsoleRig {
             QTest::mouseDClick(widget->viewport(), Qt::LeftButton, {}, at);
         }
     }
-    void doubleClickRow(const char* name, int row) { selectRow(name, row, true); }
     // Without the mouse: a radio button's middle may lie beyond its text.
     void click(const char* name) { find<QAbstractButton>(QLatin1String(name))->click(); }
 
