@@ -32,6 +32,8 @@ struct PagesRig : ConsoleRig {
         window->link().Timer2().start();
         window->SSTab1().setEnabled(true);
     }
+    // A test's frame watcher may refer to its locals, gone by now.
+    ~PagesRig() { line.onFrame = nullptr; }
     // Requests since the last line.clear(), jog messages left out.
     Messages_ sent() const { return line.messages(false); }
     // A reply as if the unit had sent it.

@@ -101,7 +101,6 @@ TEST(PresetCommands, ReloadWaitsForEachReplyCommandsUseTheSelectionClearReloads)
         }
     };
     emit rig.window->events().presetsReloadRequested();
-    rig.line.onFrame = nullptr;
     EXPECT_EQ(sentWhileHeld, 4u);
     EXPECT_EQ(rig.sent(), presetReads());
     ASSERT_EQ(rig.lines("PresetList").size(), 32);
