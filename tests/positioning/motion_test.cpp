@@ -1,149 +1,214 @@
 #include <gtest/gtest.h>
 
-#include <QAbstractButton>
 #include <QCheckBox>
 #include <QScrollBar>
 #include <QStatusBar>
+#include <QToolButton>
 #include <cmath>
 
-#include "tests/support/console_rig.h"
-#include "tests/support/online_suite.h"
+#include "console/jog_state.h"
+#include "tests/positioning/pages_rig.h"
 #include "views/pages/pan_tilt_page.h"
-#include "views/widgets/led_display.h"
 
 using namespace halvex;
 using namespace halvex::testing;
-using Message_ = std::vector<Byte>;
 
 namespace {
-// One console online against the virtual unit for the whole suite (coming
-// online takes seconds); each test starts from cleared entries.
-struct MotionRig : ConsoleRig {
+// The console on its Pan/Tilt page, where the jog box is live.
+struct JogRig : PagesRig {
+    JogRig() {
+        window->SSTab1().setCurrentIndex(1);
+        window->SSTab1().setCurrentIndex(0);
+    }
     PanTiltPage& page() { return window->panTiltPage(); }
 
-    // Clicks a button and returns the requests it put on the line.
-    std::vector<Message_> press(const QString& name) {
-        line.clear();
-        click(name);
-        return line.messages(false);
+    void press(Qt::MouseButton button, double x, double y) {
+        emit page().Jog->mousePressed(button, button, x, y);
     }
-};
-
-class MoveCommands : public OnlineSuite<MotionRig> {
-  protected:
-    void SetUp() override {
-        ASSERT_NE(shared_, nullptr);
-        PanTiltPage& page = shared_->page();
-        page.HoldPanCheck->setChecked(false);
-        page.HoldTiltCheck->setChecked(false);
-        page.PanDesLED->setValue(0.0);
-        page.TiltDesLED->setValue(0.0);
-        for (QScrollBar* scroll : page.ZFScroll) {
-            scroll->setValue(0);
-        }
+    void move(Qt::MouseButtons buttons, double x, double y) {
+        emit page().Jog->mouseMoved(Qt::NoButton, buttons, x, y);
+    }
+    void release() { emit page().Jog->mouseReleased(Qt::LeftButton, Qt::NoButton, 0, 0); }
+    // Flags, pan speed and tilt speed of the next jog message; no lens is
+    // jogged, so its lens bytes are zero.
+    std::array<int, 3> nextJog() {
+        line.clear();
+        waitFor([this] { return !line.frames().empty(); });
+        const Message_ jog = line.frames().at(0).message;
+        EXPECT_EQ(jog, (Message_{0x31, jog[1], jog[2], jog[3], 0, 0, 0, 0}));
+        return {jog[1], jog[2], jog[3]};
+    }
+    // Pan and tilt jog speeds.
+    QString speeds() {
+        const JogState& jog = window->jogState();
+        return QStringLiteral("%1 %2").arg(jog.PanJogSpeed).arg(jog.TiltJogSpeed);
     }
 };
 }  // namespace
 
-TEST_F(MoveCommands, AbsoluteMoveSendsDesiredAnglesOrTheHoldValue) {
-    MotionRig& rig = *shared_;
-    rig.page().PanDesLED->setValue(0.125);   // 12.5 hundredths: even neighbour 12
-    rig.page().TiltDesLED->setValue(0.375);  // 37.5: even neighbour 38
-    EXPECT_EQ(rig.press(QStringLiteral("AbsoBut")),
-              (std::vector<Message_>{{0x33, 0x0C, 0x00, 0x00, 0x26, 0x00, 0x00}}));
-
-    rig.page().PanDesLED->setValue(-1.0);
-    rig.page().TiltDesLED->setValue(-123.45);
-    EXPECT_EQ(rig.press(QStringLiteral("AbsoBut")),
-              (std::vector<Message_>{{0x33, 0x9C, 0xFF, 0xFF, 0xC7, 0xCF, 0xFF}}));
-
-    rig.page().HoldPanCheck->setChecked(true);
-    rig.page().HoldTiltCheck->setChecked(true);
-    EXPECT_EQ(rig.press(QStringLiteral("AbsoBut")),
-              (std::vector<Message_>{{0x33, 0x9F, 0x86, 0x01, 0x9F, 0x86, 0x01}}));
-    // A relative move ignores the hold boxes.
-    EXPECT_EQ(rig.press(QStringLiteral("DeltaBut")),
-              (std::vector<Message_>{{0x34, 0x9C, 0xFF, 0xFF, 0xC7, 0xCF, 0xFF}}));
-}
-
-TEST_F(MoveCommands, LensMoveAddsTheFourScrollBarsAndScrollingSendsNothing) {
-    MotionRig& rig = *shared_;
-    const int values[] = {1, 2, 200, 255};
-    rig.line.clear();
-    for (int i = 0; i < 4; ++i) {
-        rig.page().ZFScroll[static_cast<std::size_t>(i)]->setValue(values[i]);
+TEST(AngleSteps, EachButtonStepsItsLedByItsPowerOfTenWithinItsBounds) {
+    PagesRig rig;
+    UnitStatus& status = rig.window->status();
+    std::tie(status.PanMinLimit, status.PanMaxLimit) = std::pair(-170.0f, 170.0f);
+    std::tie(status.TiltMinLimit, status.TiltMaxLimit) = std::pair(-45.0f, 45.0f);
+    struct Case {
+        std::string spin;  // its arrow and start value
+        const char* arrow;
+        double start;
+        float expected;
+        bool continuous = false;
+    };
+    std::vector<Case> cases;
+    for (int k = 0; k < 5; ++k) {
+        const auto step = static_cast<float>(std::pow(10.0, k) / 100.0);
+        cases.push_back({"PanDesBut_" + std::to_string(k), "up", 0.0, step});
+        cases.push_back({"PanDesBut_" + std::to_string(k), "down", 0.0, -step});
     }
-    EXPECT_EQ(rig.find<QLabel>(QStringLiteral("ZFLabel_2"))->text(), QStringLiteral("200"));
-    QTest::qWait(150);
-    EXPECT_TRUE(rig.line.messages(false).empty());
-
-    rig.page().HoldTiltCheck->setChecked(true);
-    rig.page().PanDesLED->setValue(10.0);
-    EXPECT_EQ(rig.press(QStringLiteral("AbsoZFBut")),
-              (std::vector<Message_>{
-                  {0x3A, 0xE8, 0x03, 0x00, 0x9F, 0x86, 0x01, 0x01, 0x02, 0xC8, 0xFF}}));
+    // clang-format off
+    const Case bounded[] = {
+        // Each click tests only the bound on its own side.
+        {"PanDesBut_2", "up", 169.5, 170.0f},    {"PanDesBut_1", "down", -169.95, -170.0f},
+        {"PanDesBut_0", "down", 200.0, 199.99f}, {"PanDesBut_2", "up", -200.0, -199.0f},
+        {"TiltDesBut_3", "up", 40.0, 45.0f},     {"TiltDesBut_3", "down", -40.0, -45.0f},
+        {"PanPreBut_3", "up", 165.0, 170.0f},    {"PanPreBut_4", "down", -100.0, -170.0f},
+        {"TiltPreBut_3", "up", 40.0, 45.0f},     {"TiltPreBut_3", "down", -40.0, -45.0f},
+        {"PanCorBut_4", "up", 150.0, 180.0f},    {"PanCorBut_4", "down", -150.0, -180.0f},
+        {"TiltCorBut_2", "up", 89.5, 90.0f},     {"TiltCorBut_3", "down", -85.0, -90.0f},
+        // A unit that pans for ever frees the desired pan only.
+        {"PanDesBut_4", "up", 169.0, 269.0f, true}, {"PanDesBut_4", "down", -169.0, -269.0f, true},
+        {"PanPreBut_4", "down", -100.0, -170.0f, true},
+    };
+    // clang-format on
+    cases.insert(cases.end(), std::begin(bounded), std::end(bounded));
+    rig.line.clear();
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.spin + ' ' + c.arrow);
+        const QString spin = QString::fromStdString(c.spin);
+        LedDisplay* led = rig.find<LedDisplay>(spin.left(spin.indexOf("But")) + "LED");
+        status.PanContinuous = c.continuous;
+        led->setValue(c.start);
+        rig.find<QWidget>(spin)->findChild<QToolButton*>(c.arrow)->click();
+        EXPECT_FLOAT_EQ(led->value(), c.expected);
+    }
+    rig.ticks(3);
+    EXPECT_TRUE(rig.sent().empty());
 }
 
-TEST_F(MoveCommands, SingleByteMovesAndSoftLimits) {
-    MotionRig& rig = *shared_;
-    EXPECT_EQ(rig.press(QStringLiteral("CenterBut")), (std::vector<Message_>{{0x35}}));
-    EXPECT_EQ(rig.press(QStringLiteral("HomeBut")), (std::vector<Message_>{{0x36}}));
-    EXPECT_EQ(rig.press(QStringLiteral("SetSLBut_2")), (std::vector<Message_>{{0x81, 0x02}}));
-    EXPECT_EQ(rig.press(QStringLiteral("SetSLBut_3")), (std::vector<Message_>{{0x81, 0x03}}));
-}
+TEST(MoveCommands, EachButtonSendsItsMessageAndABadAngleSendsNothing) {
+    PagesRig rig;
+    PanTiltPage& page = rig.window->panTiltPage();
+    for (int i : {0, 1, 2, 3}) {
+        page.ZFScroll[static_cast<std::size_t>(i)]->setValue(std::array{1, 2, 200, 255}[i]);
+    }
+    EXPECT_EQ(rig.text("ZFLabel_2"), QStringLiteral("200"));
+    struct Case {
+        double pan, tilt;
+        bool holdPan, holdTilt;
+        const char* button;
+        Message_ sent;
+    };
+    // clang-format off
+    const Case cases[] = {
+        // Halves go to the even neighbour: 12.5 -> 12, 37.5 -> 38.
+        {0.125, 0.375, false, false, "AbsoBut", {0x33, 0x0C, 0x00, 0x00, 0x26, 0x00, 0x00}},
+        {-1.0, -123.45, false, false, "AbsoBut", {0x33, 0x9C, 0xFF, 0xFF, 0xC7, 0xCF, 0xFF}},
+        {-1.0, -123.45, true, true, "AbsoBut", {0x33, 0x9F, 0x86, 0x01, 0x9F, 0x86, 0x01}},
+        // A relative move ignores the hold boxes.
+        {-1.0, -123.45, true, true, "DeltaBut", {0x34, 0x9C, 0xFF, 0xFF, 0xC7, 0xCF, 0xFF}},
+        {10.0, 0.0, false, true, "AbsoZFBut", {0x3A, 0xE8, 0x03, 0x00, 0x9F, 0x86, 0x01, 0x01, 0x02, 0xC8, 0xFF}},
+        {0.0, 0.0, false, false, "CenterBut", {0x35}},
+        {0.0, 0.0, false, false, "HomeBut", {0x36}},
+        {0.0, 0.0, false, false, "SetSLBut_0", {0x81, 0x00}},
+        {0.0, 0.0, false, false, "SetSLBut_3", {0x81, 0x03}},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.button);
+        page.PanDesLED->setValue(c.pan);
+        page.TiltDesLED->setValue(c.tilt);
+        page.HoldPanCheck->setChecked(c.holdPan);
+        page.HoldTiltCheck->setChecked(c.holdTilt);
+        rig.line.clear();
+        rig.click(c.button);
+        ASSERT_TRUE(rig.waitFor([&] { return !rig.sent().empty(); }));
+        EXPECT_EQ(rig.sent(), Messages_{c.sent});
+    }
 
-TEST_F(MoveCommands, ClearButtonsZeroTheirOwnLedAndSendNothing) {
-    MotionRig& rig = *shared_;
-    rig.page().PanDesLED->setValue(12.5);
-    rig.page().TiltDesLED->setValue(-3.0);
-    EXPECT_TRUE(rig.press(QStringLiteral("ClrLEDBut_1")).empty());
-    EXPECT_DOUBLE_EQ(rig.page().TiltDesLED->value(), 0.0);
-    EXPECT_DOUBLE_EQ(rig.page().PanDesLED->value(), 12.5);
-    rig.press(QStringLiteral("ClrLEDBut_0"));
-    EXPECT_DOUBLE_EQ(rig.page().PanDesLED->value(), 0.0);
-}
-
-TEST_F(MoveCommands, AnAngleThatIsNotANumberStopsTheMoveAndSendsNothing) {
-    MotionRig& rig = *shared_;
-    rig.page().PanDesLED->setValue(std::nan(""));
-    EXPECT_TRUE(rig.press(QStringLiteral("AbsoBut")).empty());
+    // The clear buttons zero their own LED and send nothing; nor does a
+    // move whose angle is not a number.
+    rig.line.clear();
+    page.PanDesLED->setValue(12.5);
+    rig.click("ClrLEDBut_1");
+    EXPECT_EQ(page.PanDesLED->value() + page.TiltDesLED->value(), 12.5);
+    rig.click("ClrLEDBut_0");
+    EXPECT_EQ(page.PanDesLED->value(), 0.0);
+    page.HoldPanCheck->setChecked(false);
+    page.PanDesLED->setValue(std::nan(""));
+    rig.click("AbsoBut");
+    rig.ticks(3);
+    EXPECT_TRUE(rig.sent().empty());
     EXPECT_EQ(rig.window->statusBar()->currentMessage(),
               QStringLiteral("Run-time error 6: Overflow in AbsoBut_Click"));
     EXPECT_FALSE(rig.window->state().SendInProgress);
-    // The next move goes out as usual.
-    rig.page().PanDesLED->setValue(1.0);
-    EXPECT_EQ(rig.press(QStringLiteral("AbsoBut")).size(), 1u);
 }
 
-TEST_F(MoveCommands, AbsoluteMoveShowsTheTargetAndThePlatformArrives) {
-    MotionRig& rig = *shared_;
-    // Tilt stays level: the soft-limit test before set both tilt limits there.
-    rig.page().PanDesLED->setValue(-20.25);
-    rig.page().TiltDesLED->setValue(0.0);
-    rig.click(QStringLiteral("AbsoBut"));
-    ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.page().PDesLed->value() == -20.25; }));
-    EXPECT_FLOAT_EQ(rig.page().TDesLed->value(), 0.0);
-    ASSERT_TRUE(ConsoleRig::waitFor(
-        [&] { return std::abs(rig.page().PanPosLED->value() + 20.25) < 0.005; }, 20000));
-}
+TEST(Jogging, SpeedsDirectionsAndFlagsTravelInTheJogMessage) {
+    JogRig rig;
+    rig.page().TiltDesLED->setValue(-1.0);  // a move leaves bytes behind
+    rig.click("AbsoBut");
+    // Directions in bits 7 (pan) and 6 (tilt) of the flags.
+    rig.press(Qt::LeftButton, 100, 400);  // left of and below the centre
+    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0x00, 155, 145}));
+    rig.move(Qt::LeftButton, 400, 100);  // right of and above
+    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0xC0, 145, 155}));
+    // On the centre lines: no speed, and the directions stay as they were.
+    rig.move(Qt::LeftButton, 255, 255);
+    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0xC0, 0, 0}));
 
-TEST_F(MoveCommands, DesiredPanStepsStopAtTheSoftLimits) {
-    MotionRig& rig = *shared_;
-    const float top = rig.window->status().PanMaxLimit;
-    const float bottom = rig.window->status().PanMinLimit;
-    ASSERT_LT(bottom, top);
-    auto* up = rig.find<QWidget>(QStringLiteral("PanDesBut_2"))
-                   ->findChild<QAbstractButton*>(QStringLiteral("up"));
-    auto* down100 = rig.find<QWidget>(QStringLiteral("PanDesBut_4"))
-                        ->findChild<QAbstractButton*>(QStringLiteral("down"));
-    rig.line.clear();
-    rig.page().PanDesLED->setValue(top - 0.5);
-    QTest::mouseClick(up, Qt::LeftButton);
-    EXPECT_FLOAT_EQ(rig.page().PanDesLED->value(), top);
-    rig.page().PanDesLED->setValue(bottom + 50.0f);
-    QTest::mouseClick(down100, Qt::LeftButton);
-    EXPECT_FLOAT_EQ(rig.page().PanDesLED->value(), bottom);
-    // Stepping sends nothing.
-    QTest::qWait(150);
-    EXPECT_TRUE(rig.line.messages(false).empty());
+    // Far edges stop at the largest speed byte; 512.9 is still inside.
+    rig.move(Qt::LeftButton, 512.9, 0);
+    EXPECT_EQ(rig.speeds(), "255 255");
+    // Just outside, or with another button held too: everything stops.
+    rig.move(Qt::LeftButton, -0.1, 200);
+    EXPECT_EQ(rig.speeds(), "0 0");
+    rig.move(Qt::LeftButton, 300, 200);
+    EXPECT_EQ(rig.speeds(), "45 55");
+    rig.move(Qt::LeftButton | Qt::RightButton, 300, 200);
+    EXPECT_EQ(rig.speeds(), "0 0");
+    rig.move(Qt::LeftButton, 0, 510);
+    rig.release();
+    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0x00, 0, 0}));  // last directions kept
+
+    // A right click cycles the mode; the speeds change at the next move.
+    rig.press(Qt::LeftButton, 100, 100);
+    EXPECT_EQ(rig.text("Label3"), QStringLiteral("Jog Pan And Tilt"));
+    const char* modes[][3] = {{"Jog Pan Only", "155 155", "155 0"},
+                              {"Jog Tilt Only", "155 0", "0 155"},
+                              {"Jog Pan And Tilt", "0 155", "155 155"}};
+    for (const auto& [mode, before, after] : modes) {
+        rig.press(Qt::RightButton, 0, 0);
+        EXPECT_EQ(rig.text("Label3"), QLatin1String(mode));
+        EXPECT_EQ(rig.speeds(), QLatin1String(before));
+        rig.move(Qt::LeftButton, 100, 100);
+        EXPECT_EQ(rig.speeds(), QLatin1String(after));
+    }
+
+    // Away from the Pan/Tilt page the jog box is dead.
+    rig.release();
+    rig.window->SSTab1().setCurrentIndex(1);
+    rig.press(Qt::LeftButton, 100, 100);
+    EXPECT_EQ(rig.speeds(), "0 0");
+    rig.window->SSTab1().setCurrentIndex(0);
+
+    // Low speed: pan bit 4, tilt bit 3; override bit 2.
+    rig.page().PanSloCheck->setChecked(true);
+    EXPECT_EQ(rig.nextJog()[0] & 0x1C, 0x10);
+    rig.page().TiltSloCheck->setChecked(true);
+    rig.page().PanSloCheck->setChecked(false);
+    EXPECT_EQ(rig.nextJog()[0] & 0x1C, 0x08);
+    rig.page().TiltSloCheck->setChecked(false);
+    rig.click("Command2");
+    EXPECT_EQ(rig.nextJog()[0] & 0x1C, 0x04);
+    rig.click("Command2");
+    EXPECT_EQ(rig.nextJog()[0] & 0x1C, 0x00);
 }

@@ -1,95 +1,58 @@
 #include <gtest/gtest.h>
 
 #include "connection/movement_monitor_format.h"
-#include "tests/positioning/positioning_rig.h"
+#include "tests/positioning/pages_rig.h"
 
 using namespace halvex;
 using namespace halvex::testing;
 
-namespace {
-struct MonitorRig : PositioningRig {
-    void current(float pan, float tilt) { emit events.currentPositionReported(pan, tilt); }
-    void target(float pan, float tilt) { emit events.targetPositionReported(pan, tilt); }
-    QString label(const char* name) { return find<QLabel>(QString::fromLatin1(name))->text(); }
-    QListWidget* log() { return list("MoveList"); }
-};
-}  // namespace
-
-TEST(MovementLog, LineColumnsAreEightCharactersAndLongNumbersAreCut) {
-    EXPECT_EQ(movementLine(-5.5f, 10.0f, 1.25f, 0.0f),
-              QStringLiteral("   -5.50    10.00   -15.50      1.25     0.00     1.25"));
-    EXPECT_EQ(movementLine(123456.5f, 0.0f, 0.0f, 0.0f).left(26),
-              QStringLiteral("123456.5     0.00 123456.5"));
-}
-
-TEST(MovementLog, LogsTargetsOnlyWhileRunningWithAZeroFirstMove) {
-    MonitorRig rig;
-    rig.current(10.0f, 2.0f);
-    rig.target(20.0f, 3.0f);  // monitor off: nothing logged
-    EXPECT_EQ(rig.log()->count(), 0);
+TEST(MovementLog, LogsMovesWhileRunningInEightCharacterColumnsAndKeepsSumsAcrossARestart) {
+    PagesRig rig;  // the reports are sent by hand from here on
+    rig.window->link().stop();
+    auto move = [&](float fromPan, float fromTilt, float toPan, float toTilt) {
+        emit rig.window->events().currentPositionReported(fromPan, fromTilt);
+        emit rig.window->events().targetPositionReported(toPan, toTilt);
+    };
+    // Largest and average pan move, largest and average tilt move, count.
+    auto statistics = [&] {
+        return QStringList{rig.text("Label6"), rig.text("Label1_24"), rig.text("Label1_22"),
+                           rig.text("Label1_25"), rig.text("MoveCountLabel")}
+            .join(' ');
+    };
+    move(10.0f, 2.0f, 20.0f, 3.0f);  // monitor off: nothing logged
+    EXPECT_TRUE(rig.lines("MoveList").isEmpty());
 
     rig.click("MoveMonBut");
-    EXPECT_EQ(rig.find<QAbstractButton>(QStringLiteral("MoveMonBut"))->text(),
-              QStringLiteral("Stop Monitor"));
-    rig.current(10.0f, 2.0f);
-    rig.target(20.0f, 3.0f);
-    ASSERT_EQ(rig.log()->count(), 1);
-    EXPECT_EQ(rig.log()->item(0)->text(),
-              QStringLiteral("   20.00    20.00     0.00      3.00     3.00     0.00"));
+    EXPECT_EQ(rig.text("MoveMonBut"), QStringLiteral("Stop Monitor"));
+    move(10.0f, 2.0f, 20.0f, 3.0f);  // the first line is a zero move
+    move(10.0f, 2.0f, -5.5f, -2.0f);
+    EXPECT_EQ(rig.lines("MoveList").join('|'),
+              QStringLiteral("   20.00    20.00     0.00      3.00     3.00     0.00|"
+                             "   -5.50    10.00   -15.50     -2.00     2.00    -4.00"));
+    EXPECT_EQ(rig.list("MoveList")->currentRow(), 1);
+    EXPECT_EQ(statistics(), QStringLiteral("15.50 7.750 4.00 2.000 2 Moves"));
 
-    rig.current(10.0f, 2.0f);
-    rig.target(-5.5f, -2.0f);
-    ASSERT_EQ(rig.log()->count(), 2);
-    EXPECT_EQ(rig.log()->item(1)->text(),
-              QStringLiteral("   -5.50    10.00   -15.50     -2.00     2.00    -4.00"));
-    EXPECT_EQ(rig.log()->currentRow(), 1);
-    EXPECT_EQ(rig.label("MoveCountLabel"), QStringLiteral("2 Moves"));
-    EXPECT_EQ(rig.label("Label6"), QStringLiteral("15.50"));
-    EXPECT_EQ(rig.label("Label1_24"), QStringLiteral("7.750"));
-    EXPECT_EQ(rig.label("Label1_22"), QStringLiteral("4.00"));
-    EXPECT_EQ(rig.label("Label1_25"), QStringLiteral("2.000"));
-}
-
-TEST(MovementLog, RestartKeepsSumsButResetsMaximaAndClearResetsAll) {
-    MonitorRig rig;
+    // A restart starts the maxima afresh; the averages run over all lines.
     rig.click("MoveMonBut");
-    rig.target(0.0f, 0.0f);
-    rig.current(0.0f, 0.0f);
-    rig.target(30.0f, 10.0f);
-    EXPECT_EQ(rig.label("Label6"), QStringLiteral("30.00"));
-
+    EXPECT_EQ(rig.text("MoveMonBut"), QStringLiteral("Start Monitor"));
+    move(0.0f, 0.0f, 90.0f, 90.0f);  // stopped: not logged
     rig.click("MoveMonBut");
-    EXPECT_EQ(rig.find<QAbstractButton>(QStringLiteral("MoveMonBut"))->text(),
-              QStringLiteral("Start Monitor"));
-    rig.click("MoveMonBut");
-    rig.current(30.0f, 10.0f);
-    rig.target(40.0f, 11.0f);
-    // Maxima start afresh, averages run over all three lines.
-    EXPECT_EQ(rig.label("Label6"), QStringLiteral("10.00"));
-    EXPECT_EQ(rig.label("Label1_24"), QStringLiteral("13.333"));
-    EXPECT_EQ(rig.label("Label1_22"), QStringLiteral("1.00"));
-    EXPECT_EQ(rig.label("Label1_25"), QStringLiteral("3.667"));
-
+    move(30.0f, 10.0f, 40.0f, 11.0f);
+    EXPECT_EQ(statistics(), QStringLiteral("10.00 8.500 1.00 1.667 3 Moves"));
     // A move equal to the maximum leaves it; the statistics still count it.
-    rig.current(40.0f, 11.0f);
-    rig.target(30.0f, 11.0f);
-    EXPECT_EQ(rig.label("Label6"), QStringLiteral("10.00"));
-    EXPECT_EQ(rig.label("MoveCountLabel"), QStringLiteral("4 Moves"));
+    move(40.0f, 11.0f, 30.0f, 11.0f);
+    EXPECT_EQ(statistics(), QStringLiteral("10.00 8.875 1.00 1.250 4 Moves"));
 
     rig.click("MoveClearBut");
-    EXPECT_EQ(rig.log()->count(), 0);
-    EXPECT_EQ(rig.label("Label6"), QStringLiteral("0.00"));
-    EXPECT_EQ(rig.label("Label1_24"), QStringLiteral("0.000"));
-    EXPECT_EQ(rig.label("Label1_22"), QStringLiteral("0.00"));
-    EXPECT_EQ(rig.label("Label1_25"), QStringLiteral("0.000"));
-    EXPECT_EQ(rig.label("MoveCountLabel"), QStringLiteral("4 Moves"));
-    EXPECT_EQ(rig.find<QAbstractButton>(QStringLiteral("MoveMonBut"))->text(),
-              QStringLiteral("Stop Monitor"));
-
+    EXPECT_TRUE(rig.lines("MoveList").isEmpty());
+    EXPECT_EQ(statistics(), QStringLiteral("0.00 0.000 0.00 0.000 4 Moves"));
+    EXPECT_EQ(rig.text("MoveMonBut"), QStringLiteral("Stop Monitor"));
     // The first line after a clear is a zero move and counts once.
-    rig.current(0.0f, 0.0f);
-    rig.target(50.0f, 5.0f);
-    EXPECT_TRUE(rig.log()->item(0)->text().contains(QStringLiteral("    0.00  ")));
-    EXPECT_EQ(rig.label("MoveCountLabel"), QStringLiteral("1 Moves"));
-    EXPECT_EQ(rig.label("Label1_24"), QStringLiteral("0.000"));
+    move(0.0f, 0.0f, 50.0f, 5.0f);
+    EXPECT_EQ(rig.lines("MoveList"),
+              QStringList{"   50.00    50.00     0.00      5.00     5.00     0.00"});
+    EXPECT_EQ(statistics(), QStringLiteral("0.00 0.000 0.00 0.000 1 Moves"));
+    // A number longer than its column keeps its leftmost eight characters.
+    EXPECT_EQ(movementLine(123456.5f, 0.0f, 0.0f, 0.0f).left(26),
+              QStringLiteral("123456.5     0.00 123456.5"));
 }

@@ -1,5 +1,7 @@
 #include "tests/support/recording_peer.h"
 
+#include <utility>
+
 namespace halvex::testing {
 
 RecordingPeer::RecordingPeer(UnitPeer& unit)
@@ -22,7 +24,11 @@ std::vector<std::uint8_t> RecordingPeer::takeOutput() {
     if (!connected_) {
         out.clear();
     }
-    return out;
+    held_.insert(held_.end(), out.begin(), out.end());
+    if (holding_) {
+        return {};
+    }
+    return std::exchange(held_, {});
 }
 
 std::vector<std::vector<Byte>> RecordingPeer::messages(bool withJogs) const {

@@ -26,6 +26,9 @@ class RecordingPeer : public UnitPeer {
 
     // When false, the unit hears nothing and so says nothing.
     void setConnected(bool connected) { connected_ = connected; }
+    // While held, the unit's replies wait here and go out together once
+    // released: a unit that is slow to answer one request.
+    void holdReplies(bool hold) { holding_ = hold; }
 
     const std::vector<Frame>& frames() const { return frames_; }
     // The frames' messages, leaving out jog messages when asked.
@@ -40,6 +43,8 @@ class RecordingPeer : public UnitPeer {
     std::vector<Frame> frames_;
     sim::FrameAssembler assembler_;
     bool connected_ = true;
+    bool holding_ = false;
+    std::vector<std::uint8_t> held_;
 };
 
 }  // namespace halvex::testing
