@@ -39,9 +39,9 @@ MotionCommands::MotionCommands(ConsoleContext& context, PanTiltPage& page, QObje
         context_.state, page_.TiltDesBut, page_.TiltDesLED,
         [&status]() -> std::optional<float> { return status.TiltMinLimit; },
         [&status]() -> std::optional<float> { return status.TiltMaxLimit; });
-    for (int i = 0; i < 2; ++i) {
-        on(page_.ClrLEDBut[static_cast<std::size_t>(i)], "ClrLEDBut_Click",
-           [this, i] { ClrLEDBut_Click(i); });
+    for (std::size_t i = 0; i < page_.ClrLEDBut.size(); ++i) {
+        on(page_.ClrLEDBut[i], "ClrLEDBut_Click",
+           [this, i] { ClrLEDBut_Click(static_cast<int>(i)); });
     }
 }
 
