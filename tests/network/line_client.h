@@ -22,11 +22,6 @@ class LineClient {
         return QTest::qWaitFor([&] { return socket.state() == QAbstractSocket::ConnectedState; });
     }
 
-    void send(const QByteArray& bytes) {
-        socket.write(bytes);
-        socket.flush();
-    }
-
     // Waits until as many bytes as `expected` has are in, and returns them.
     QByteArray receive(const QByteArray& expected) {
         QDeadlineTimer deadline(5000);
@@ -38,7 +33,7 @@ class LineClient {
 
     // Sends and expects the answer, whole and alone.
     void exchange(const QByteArray& request, const QByteArray& answer) {
-        send(request);
+        socket.write(request);
         EXPECT_EQ(receive(answer), answer) << "request " << request.toStdString();
     }
 
