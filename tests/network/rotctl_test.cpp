@@ -191,6 +191,7 @@ TEST_F(RotctldServerTest, AnswersEachLineInOrderHoweverItArrivesAndSignalsMoves)
                                                    "RPRT 0\n90.000000\n45.000000\n");
     for (const char* piece : {"P 4", "5 1", "0\r", "\n"}) {
         client->socket.write(piece);
+        client->socket.flush();
         QCoreApplication::processEvents();
     }
     EXPECT_EQ(client->receive("RPRT 0\n"), "RPRT 0\n");
