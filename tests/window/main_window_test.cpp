@@ -69,9 +69,11 @@ TEST(MainWindow, MenuChoicesAreWrittenAtOnceAndDropTheOfflineWord) {
     rig.find<QAction>(QStringLiteral("MenuBPS_5"))->trigger();
     EXPECT_EQ(settingsBytes(), QByteArray::fromHex("010000E10000"));
     EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral("Using COM1 At 57600")));
+    EXPECT_FALSE(checked(*rig.window, QStringLiteral("MenuBPS_0")));
     rig.find<QAction>(QStringLiteral("MenuCOM_3"))->trigger();
     EXPECT_EQ(settingsBytes(), QByteArray::fromHex("030000E10000"));
     EXPECT_TRUE(checked(*rig.window, QStringLiteral("MenuCOM_3")));
+    EXPECT_FALSE(checked(*rig.window, QStringLiteral("MenuCOM_1")));
     EXPECT_EQ(rig.window->windowTitle(),
               QStringLiteral("Halvex Remote Control Emulator Ver 2.00 Using COM3 At 57600"));
 }
