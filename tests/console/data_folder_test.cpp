@@ -8,24 +8,17 @@
 
 using namespace halvex;
 
-namespace {
-
-struct Layout {
-    const char* what;
-    QStringList files;    // relative to the top of the tree; the program is in bin/
-    QStringList folders;  // likewise
-    QString expected;     // the folder dataFolderFor("bin") should name
-};
-
-}  // namespace
-
 TEST(DataFolder, PrefersDataBesideTheProgramThenTheInstalledShareFolder) {
-    const std::vector<Layout> layouts = {
+    struct Layout {
+        const char* what;
+        QStringList files;    // relative to the top of the tree; the program is in bin/
+        QStringList folders;  // likewise
+        QString expected;     // the folder dataFolderFor("bin") should name
+    };
+    const Layout layouts[] = {
         {"installed copy", {"bin/halvex", "share/halvex/PTZ.CCL"}, {}, "share/halvex"},
-        {"installed, no data files yet", {"bin/halvex"}, {"share/halvex"}, "share/halvex"},
-        {"help beside the program wins", {"bin/HELP.RTF"}, {"share/halvex"}, "bin"},
         {"control list beside the program wins", {"bin/PTZ.CCL"}, {"share/halvex"}, "bin"},
-        {"names in lower case count", {"bin/pelco.ccl"}, {"share/halvex"}, "bin"},
+        {"help in lower case beside the program wins", {"bin/help.rtf"}, {"share/halvex"}, "bin"},
         {"other files do not count",
          {"bin/HALVEX.BIN", "bin/notes.txt"},
          {"share/halvex"},

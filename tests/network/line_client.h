@@ -8,7 +8,7 @@
 #include <QHostAddress>
 #include <QTcpSocket>
 #include <QTest>
-#include <functional>
+#include <utility>
 
 namespace halvex::network {
 
@@ -17,60 +17,36 @@ namespace halvex::network {
 // few seconds, so a fault fails the test instead of hanging it.
 class LineClient {
   public:
-    static bool waitFor(const std::function<bool()>& done, int ms = 5000) {
-        QDeadlineTimer deadline(ms);
-        while (!done()) {
-            if (deadline.hasExpired()) {
-                return false;
-            }
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        }
-        return true;
-    }
-
     bool connectTo(quint16 port) {
-        socket_.connectToHost(QHostAddress::LocalHost, port);
-        return waitFor([this] { return socket_.state() == QAbstractSocket::ConnectedState; });
-    }
-
-    void send(const QByteArray& bytes) {
-        socket_.write(bytes);
-        socket_.flush();
+        socket.connectToHost(QHostAddress::LocalHost, port);
+        return QTest::qWaitFor([&] { return socket.state() == QAbstractSocket::ConnectedState; });
     }
 
     // Waits until as many bytes as `expected` has are in, and returns them.
     QByteArray receive(const QByteArray& expected) {
-        waitFor([&] {
-            received_ += socket_.readAll();
-            return received_.size() >= expected.size();
-        });
-        return take();
+        QDeadlineTimer deadline(5000);
+        while ((received += socket.readAll()).size() < expected.size() && !deadline.hasExpired()) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        }
+        return std::exchange(received, {});
     }
 
     // Sends and expects the answer, whole and alone.
     void exchange(const QByteArray& request, const QByteArray& answer) {
-        send(request);
+        socket.write(request);
         EXPECT_EQ(receive(answer), answer) << "request " << request.toStdString();
     }
 
+    // Waits for the server to close; what it sent before is in `received`.
     bool waitClosedByServer() {
-        return waitFor([this] {
-            received_ += socket_.readAll();
-            return socket_.state() == QAbstractSocket::UnconnectedState;
+        return QTest::qWaitFor([&] {
+            received += socket.readAll();
+            return socket.state() == QAbstractSocket::UnconnectedState;
         });
     }
 
-    QByteArray take() {
-        const QByteArray out = received_;
-        received_.clear();
-        return out;
-    }
-
-    QTcpSocket& socket() { return socket_; }
-
-  private:
-    QTcpSocket socket_;
-    QByteArray received_;
+    QTcpSocket socket;
+    QByteArray received;
 };
 
 }  // namespace halvex::network

@@ -3,6 +3,9 @@
 // Talks to a unit model the way the console does: builds command frames,
 // reads the unit's reply frames back and steps time.
 
+#include <gtest/gtest.h>
+
+#include <algorithm>
 #include <cstdint>
 #include <vector>
 
@@ -19,24 +22,79 @@ struct DecodedFrame {
 };
 
 // Splits a byte stream into unit frames (ACK or NAK to ETX), unstuffed.
-std::vector<DecodedFrame> decodeFrames(const std::vector<Byte>& wire);
+inline std::vector<DecodedFrame> decodeFrames(const std::vector<Byte>& wire) {
+    std::vector<DecodedFrame> frames;
+    std::size_t i = 0;
+    while (i < wire.size()) {
+        if (wire[i] != kAck && wire[i] != kNak) {
+            ++i;
+            continue;
+        }
+        DecodedFrame frame;
+        frame.start = wire[i++];
+        std::vector<Byte> fields;
+        for (; i < wire.size() && wire[i] != kEtx; ++i) {
+            const bool escaped = wire[i] == kEsc && i + 1 < wire.size();
+            fields.push_back(escaped ? static_cast<Byte>(wire[++i] & 0x7F) : wire[i]);
+        }
+        ++i;  // ETX
+        if (fields.size() < 3) {
+            continue;
+        }
+        frame.address = fields.front();
+        frame.message.assign(fields.begin() + 1, fields.end() - 1);
+        Byte lrc = frame.address;
+        for (std::size_t k = 1; k < fields.size(); ++k) {
+            lrc ^= fields[k];
+        }
+        frame.lrcGood = lrc == 0;
+        frames.push_back(frame);
+    }
+    return frames;
+}
+
 // A little-endian 24-bit angle starting at message[first].
-std::int32_t angleAt(const std::vector<Byte>& message, std::size_t first);
+inline std::int32_t angleAt(const std::vector<Byte>& message, std::size_t first) {
+    return Build24(message.at(first + 2), message.at(first + 1), message.at(first));
+}
 
 class UnitHarness {
   public:
     explicit UnitHarness(const UnitOptions& options = {}) : unit(options) {}
 
     // Sends one command frame and returns every frame that came back.
-    std::vector<DecodedFrame> send(const std::vector<Byte>& message, Byte address = 0);
+    std::vector<DecodedFrame> send(const std::vector<Byte>& message, Byte address = 0) {
+        const auto wire = encodeFrame(kStx, address, message, address);
+        unit.receiveFromConsole(wire.data(), wire.size());
+        return decodeFrames(unit.takeOutput());
+    }
     // The message of the single good ACK reply; fails the test otherwise.
-    std::vector<Byte> exchange(const std::vector<Byte>& message, Byte address = 0);
-    std::vector<Byte> jog(Byte flags = 0, Byte pan = 0, Byte tilt = 0, Byte zoom1 = 0) {
-        return exchange({0x31, flags, pan, tilt, zoom1, 0, 0, 0});
+    std::vector<Byte> exchange(const std::vector<Byte>& message, Byte address = 0) {
+        const auto frames = send(message, address);
+        EXPECT_EQ(frames.size(), 1u) << "command 0x" << std::hex << int(message.at(0));
+        if (frames.size() != 1) {
+            return {};
+        }
+        EXPECT_EQ(frames[0].start, kAck);
+        EXPECT_EQ(frames[0].address, id);
+        EXPECT_TRUE(frames[0].lrcGood);
+        return frames[0].message;
+    }
+    std::vector<Byte> jog(Byte flags = 0, Byte pan = 0, Byte tilt = 0) {
+        return exchange({0x31, flags, pan, tilt, 0, 0, 0, 0});
     }
     // Moves the clock on in 100 ms steps, jogging at speed 0 after each when
     // asked, as the console does.
-    void advance(std::int64_t ms, bool jogSender = false);
+    void advance(std::int64_t ms, bool jogSender = false) {
+        const std::int64_t end = now + ms;
+        while (now < end) {
+            now = std::min(end, now + 100);
+            unit.advanceTo(now);
+            if (jogSender) {
+                jog();
+            }
+        }
+    }
 
     Unit unit;
     std::int64_t now = 0;
