@@ -26,7 +26,6 @@ class MovementMonitor : public QObject {
     void MoveMonBut_Click();
     void MoveClearBut_Click();
 
-
   private:
     void logMove();
     void showStatistics(int moves);

@@ -41,7 +41,6 @@ class Alignment : public QObject {
 
     void registerDecoders();
 
-
     void SetCorBut_Click();
     void AlignCorBut_Click();
     void AlignCenBut_Click();
