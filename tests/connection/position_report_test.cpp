@@ -143,6 +143,7 @@ TEST(PositionReport, LampsFollowTheStatusBytesAndRaiseTheFault) {
     // Tilt direction fault alone is a fault.
     rig.arrive(ReportRig::report(0x31, 0, 0, 0x00, 0x04, 0x00, {0, 0}));
     EXPECT_EQ(rig.lamp("TDELed"), kRed);
+    EXPECT_EQ(rig.lamp("ExecLed"), QColor(0, 128, 0));  // the tour has ended
     EXPECT_TRUE(rig.window->status().LimitFault);
 }
 
