@@ -51,10 +51,10 @@ TEST_F(VideoPage, EveryControlSendsItsWholeConfiguration) {
         {"NumLineScroll=3", {0x71, 0x13}},
         {"NameStoreBut", {0x71, 0x53}},
     });
-    // Names are cut or padded to twelve, tabs and letters beyond ASCII as spaces.
-    rig.setText("NameText", QString::fromUtf8("Caf\xC3\xA9\tNorth Gate"));
+    // Names are cut or padded to twelve, tabs and characters beyond ASCII as spaces.
+    rig.setText("NameText", QString::fromUtf8("Caf\xC3\xA9\t\xC2\x80North Gate"));
     EXPECT_EQ(rig.sentBy("NameSaveBut").at(0),
-              (Bytes{0x75, 'C', 'a', 'f', ' ', ' ', 'N', 'o', 'r', 't', 'h', ' ', 'G'}));
+              (Bytes{0x75, 'C', 'a', 'f', ' ', ' ', ' ', 'N', 'o', 'r', 't', 'h', ' '}));
     rig.setText("NameText", "Gate");
     EXPECT_EQ(rig.sentBy("NameSaveBut").at(0),
               (Bytes{0x75, 'G', 'a', 't', 'e', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '}));
