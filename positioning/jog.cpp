@@ -71,8 +71,8 @@ void JogControl::sendJogMessage() {
     tx[1] = context_.state.JogFlags;
     tx[2] = jog_.PanJogSpeed;
     tx[3] = jog_.TiltJogSpeed;
-    for (int i = 0; i < 4; ++i) {
-        tx[4 + i] = jog_.LensJogSpeeds[static_cast<std::size_t>(i)];
+    for (std::size_t i = 0; i < jog_.LensJogSpeeds.size(); ++i) {
+        tx[4 + i] = jog_.LensJogSpeeds[i];
     }
     tx[8] = Calc_LRC(tx, 8, frameAddress(context_.state.UnitId, context_.state.AddressOverride));
     context_.link.transmit(8);

@@ -18,11 +18,12 @@ MotionCommands::MotionCommands(ConsoleContext& context, PanTiltPage& page, QObje
     on(page_.DeltaBut, "DeltaBut_Click", [this] { DeltaBut_Click(); });
     on(page_.CenterBut, "CenterBut_Click", [this] { CenterBut_Click(); });
     on(page_.HomeBut, "HomeBut_Click", [this] { HomeBut_Click(); });
-    for (int i = 0; i < 4; ++i) {
-        on(page_.SetSLBut[static_cast<std::size_t>(i)], "SetSLBut_Click",
-           [this, i] { SetSLBut_Click(i); });
-        connect(page_.ZFScroll[static_cast<std::size_t>(i)], &QScrollBar::valueChanged, this,
-                [this, i] { ZFScroll_Change(i); });
+    for (std::size_t i = 0; i < page_.SetSLBut.size(); ++i) {
+        on(page_.SetSLBut[i], "SetSLBut_Click", [this, i] { SetSLBut_Click(static_cast<int>(i)); });
+    }
+    for (std::size_t i = 0; i < page_.ZFScroll.size(); ++i) {
+        connect(page_.ZFScroll[i], &QScrollBar::valueChanged, this,
+                [this, i] { ZFScroll_Change(static_cast<int>(i)); });
     }
     // The desired angles step within the soft limits; a unit that pans for
     // ever has no pan limits to stop at.
@@ -68,9 +69,8 @@ void MotionCommands::AbsoZFBut_Click() {
     SendInProgressScope sending(context_.state);
     context_.state.TxBuffer[0] = 0x3A;
     putDesiredPosition(true);
-    for (int i = 0; i < 4; ++i) {
-        context_.state.TxBuffer[7 + i] =
-            checkedByte(page_.ZFScroll[static_cast<std::size_t>(i)]->value());
+    for (std::size_t i = 0; i < page_.ZFScroll.size(); ++i) {
+        context_.state.TxBuffer[7 + i] = checkedByte(page_.ZFScroll[i]->value());
     }
     context_.link.SendFrame(11);
 }

@@ -28,8 +28,8 @@ void Directions::connectControls() {
         onEvent(state, box, &QCheckBox::clicked, this, name,
                 [this, bit](bool checked) { DirectionCheck_Click(bit, checked); });
     };
-    for (int i = 0; i < 4; ++i) {
-        bindCheck(page_.RevCheck[i], "RevCheck_Click", i);
+    for (std::size_t i = 0; i < page_.RevCheck.size(); ++i) {
+        bindCheck(page_.RevCheck[i], "RevCheck_Click", static_cast<int>(i));
     }
     bindCheck(page_.ConCheck, "ConCheck_Click", kConRotationBit);
     bindCheck(page_.InvCheck, "InvCheck_Click", kInvertMountBit);
@@ -138,8 +138,8 @@ void Directions::runProcedure(Byte code) {
 void Directions::decodeDirections() {
     ControlsFromReply quiet(context_.state);
     directionFlags_ = context_.state.RxBuffer[1];
-    for (int i = 0; i < 4; ++i) {
-        page_.RevCheck[i]->setChecked(BitIsSet(directionFlags_, i));
+    for (std::size_t i = 0; i < page_.RevCheck.size(); ++i) {
+        page_.RevCheck[i]->setChecked(BitIsSet(directionFlags_, static_cast<int>(i)));
     }
     page_.ConCheck->setChecked(BitIsSet(directionFlags_, kConRotationBit));
     page_.InvCheck->setChecked(BitIsSet(directionFlags_, kInvertMountBit));

@@ -143,8 +143,8 @@ void VideoConfig::AuxCheck_Click() {
         return;
     }
     Byte aux = 0;
-    for (int i = 0; i < 4; ++i) {
-        aux = withBit(aux, i, page_.AuxCheck[i]->isChecked());
+    for (std::size_t i = 0; i < page_.AuxCheck.size(); ++i) {
+        aux = withBit(aux, static_cast<int>(i), page_.AuxCheck[i]->isChecked());
     }
     sendMessage(context_.state, context_.link, {kAux, aux});
 }
