@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStatusBar>
@@ -122,12 +124,32 @@ TEST(PositionReport, SoftLimitRepliesSetTheLimitsAndTheGaugeScale) {
 
 TEST(PositionReport, LampsFollowTheStatusBytesAndRaiseTheFault) {
     ReportRig rig;
-    // CW hard limit, CCW soft limit, moving up, pan timeout.
-    rig.arrive(ReportRig::report(0x31, 0, 0, 0x20 | 0x40 | 0x08, 0x00, 0x02, {0, 0}));
-    EXPECT_EQ(rig.lamp("CWLed"), kRed);
-    EXPECT_EQ(rig.lamp("CCWLed"), kYellow);
-    EXPECT_EQ(rig.lamp("UpLed"), kGreen);
-    EXPECT_EQ(rig.lamp("DownLed"), kGrey);
+    // Each travel lamp has a hard-limit and a soft-limit bit in the pan (a) or
+    // tilt (b) byte and a moving bit in the third byte; one bit lights one lamp.
+    struct Travel {
+        const char* lamp;
+        int limitByte, hardBit, softBit, movingBit;
+    };
+    const Travel lamps[] = {{"CWLed", 0, 5, 7, 3},
+                            {"CCWLed", 0, 4, 6, 2},
+                            {"UpLed", 1, 5, 7, 1},
+                            {"DownLed", 1, 4, 6, 0}};
+    for (const Travel& t : lamps) {
+        for (const auto& [byte, bit, colour] :
+             {std::tuple{t.limitByte, t.hardBit, kRed}, std::tuple{t.limitByte, t.softBit, kYellow},
+              std::tuple{2, t.movingBit, kGreen}}) {
+            Byte bytes[3] = {0, 0, 0};
+            bytes[byte] = static_cast<Byte>(1 << bit);
+            rig.arrive(ReportRig::report(0x31, 0, 0, bytes[0], bytes[1], bytes[2], {0, 0}));
+            for (const Travel& other : lamps) {
+                EXPECT_EQ(rig.lamp(other.lamp), &other == &t ? colour : kGrey)
+                    << other.lamp << " with bit " << bit << " of byte " << byte;
+            }
+            EXPECT_EQ(rig.window->status().LimitFault, byte != 2) << t.lamp;
+        }
+    }
+    // A pan timeout is a fault of its own.
+    rig.arrive(ReportRig::report(0x31, 0, 0, 0x08, 0x00, 0x00, {0, 0}));
     EXPECT_EQ(rig.lamp("PTOLed"), kRed);
     EXPECT_EQ(rig.lamp("PDELed"), QColor(128, 0, 0));
     EXPECT_TRUE(rig.window->status().LimitFault);
