@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QTimer>
+#include <optional>
 
 #include "protocol/senders.h"
 #include "tests/support/link_rig.h"
@@ -99,4 +100,25 @@ TEST(SendPath, AStoppedTickDropsTheFrameWithAMessageInsteadOfStrandingTheSender)
     EXPECT_EQ(shown, QStringLiteral("Command 9A not sent: no transmit tick"));
     EXPECT_FALSE(rig.state.SendInProgress);
     EXPECT_TRUE(rig.unit.frames().empty());
+}
+
+TEST(SendPath, AStopRequestedJustBeforeThePortWasLostGoesFirstWhenItIsBack) {
+    LinkRig rig;
+    SendInProgressScope reload(rig.state);  // a sender holds the line throughout
+    QTimer::singleShot(0, [&] {
+        rig.link.requestJogMessage();  // Stop, behind the queued command
+        rig.port.close();
+    });
+    EXPECT_FALSE(wentOut(sendMessage(rig.state, rig.link, {0x36})));
+
+    ASSERT_TRUE(rig.port.open(QStringLiteral("COM1"), 9600));
+    std::optional<std::size_t> framesBeforeStop;
+    rig.link.setJogSender([&] {
+        if (!framesBeforeStop) {
+            framesBeforeStop = rig.unit.frames().size();
+        }
+    });
+    EXPECT_TRUE(wentOut(sendMessage(rig.state, rig.link, {0x35})));
+    ASSERT_TRUE(waitFor([&] { return framesBeforeStop.has_value(); }));
+    EXPECT_EQ(*framesBeforeStop, 0u) << "the stop request waited for a frame that was dropped";
 }
