@@ -92,12 +92,18 @@ TEST(PositionReport, CameraBytesRideOnlyOnJogReplies) {
     // A move reply carries no camera data: the text stays.
     rig.arrive(ReportRig::report(0x33, 0, 0, 0, 0, 0x20));
     EXPECT_EQ(rx1->text(), QStringLiteral("OK"));
-    // A count past the camera buffer stops the decoder, not the program.
-    std::vector<Byte> many{120, 0};
-    many.insert(many.end(), 120, 'x');
-    rig.arrive(ReportRig::report(0x31, 0, 0, 0, 0, 0, many));
-    EXPECT_TRUE(rig.window->statusBar()->currentMessage().contains(
-        QStringLiteral("Subscript out of range")));
+    // The camera buffer holds 101 bytes; one more stops the decoder, not the
+    // program.
+    for (const int count : {101, 102}) {
+        std::vector<Byte> many{static_cast<Byte>(count), 0};
+        many.insert(many.end(), static_cast<std::size_t>(count), 'x');
+        rig.window->statusBar()->clearMessage();
+        rig.arrive(ReportRig::report(0x31, 0, 0, 0, 0, 0, many));
+        EXPECT_EQ(rig.window->statusBar()->currentMessage().contains(
+                      QStringLiteral("Subscript out of range")),
+                  count > 101);
+    }
+    EXPECT_EQ(rx1->text(), QString(101, u'x'));
     rig.arrive(ReportRig::report(0x31, 500, 0, 0, 0, 0, {0, 0}));
     EXPECT_FLOAT_EQ(rig.led("PanPosLED"), 5.0);
 }
