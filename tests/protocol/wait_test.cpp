@@ -42,11 +42,13 @@ TEST(WaitUntil, SleepsWhileWaitingAndWakesWhenTheFlagIsSet) {
     EXPECT_GE(ticks, 8);
 }
 
-TEST(WaitUntil, ReturnsAtOnceWhenAlreadyDone) {
+TEST(WaitUntil, SaysWhetherTheConditionCameTrueOrTheTimeRanOut) {
     FormState state;
     state.ConnectTimedOut = true;
     QElapsedTimer wall;
     wall.start();
-    waitUntil(state, [&] { return static_cast<bool>(state.ConnectTimedOut); });
+    EXPECT_TRUE(waitUntil(state, [&] { return static_cast<bool>(state.ConnectTimedOut); }));
     EXPECT_LT(wall.elapsed(), 50);
+    EXPECT_FALSE(waitUntil(state, [] { return false; }, 100));
+    EXPECT_GE(wall.elapsed(), 95);
 }
