@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <tuple>
+#include <map>
 
 #include <QPushButton>
 #include <QRadioButton>
@@ -128,51 +128,47 @@ TEST(PositionReport, SoftLimitRepliesSetTheLimitsAndTheGaugeScale) {
     EXPECT_DOUBLE_EQ(gauge->needleValue(), 90.0);
 }
 
-TEST(PositionReport, LampsFollowTheStatusBytesAndRaiseTheFault) {
+TEST(PositionReport, EachStatusBitLightsItsOwnLampAndOnlyLimitsAndFaultsRaiseTheFault) {
     ReportRig rig;
-    // Each travel lamp has a hard-limit and a soft-limit bit in the pan (a) or
-    // tilt (b) byte and a moving bit in the third byte; one bit lights one lamp.
-    struct Travel {
+    const QColor kDarkRed(128, 0, 0);
+    const std::map<QString, QColor> dark = {{"CWLed", kGrey},
+                                            {"CCWLed", kGrey},
+                                            {"UpLed", kGrey},
+                                            {"DownLed", kGrey},
+                                            {"PTOLed", kDarkRed},
+                                            {"PDELed", kDarkRed},
+                                            {"TTOLed", kDarkRed},
+                                            {"TDELed", kDarkRed},
+                                            {"SLOverLed", kDarkRed},
+                                            {"DesLed", QColor(128, 128, 0)},
+                                            {"ExecLed", QColor(0, 128, 0)}};
+    // Status byte (pan, tilt, motion), bit, the lamp it lights, its colour.
+    struct Bit {
+        int byte, bit;
         const char* lamp;
-        int limitByte, hardBit, softBit, movingBit;
+        QColor lit;
+        bool fault;
     };
-    const Travel lamps[] = {{"CWLed", 0, 5, 7, 3},
-                            {"CCWLed", 0, 4, 6, 2},
-                            {"UpLed", 1, 5, 7, 1},
-                            {"DownLed", 1, 4, 6, 0}};
-    for (const Travel& t : lamps) {
-        for (const auto& [byte, bit, colour] :
-             {std::tuple{t.limitByte, t.hardBit, kRed}, std::tuple{t.limitByte, t.softBit, kYellow},
-              std::tuple{2, t.movingBit, kGreen}}) {
-            Byte bytes[3] = {0, 0, 0};
-            bytes[byte] = static_cast<Byte>(1 << bit);
-            rig.arrive(ReportRig::report(0x31, 0, 0, bytes[0], bytes[1], bytes[2], {0, 0}));
-            for (const Travel& other : lamps) {
-                EXPECT_EQ(rig.lamp(other.lamp), &other == &t ? colour : kGrey)
-                    << other.lamp << " with bit " << bit << " of byte " << byte;
-            }
-            EXPECT_EQ(rig.window->status().LimitFault, byte != 2) << t.lamp;
+    const Bit bits[] = {{0, 5, "CWLed", kRed, true},      {0, 7, "CWLed", kYellow, true},
+                        {2, 3, "CWLed", kGreen, false},   {0, 4, "CCWLed", kRed, true},
+                        {0, 6, "CCWLed", kYellow, true},  {2, 2, "CCWLed", kGreen, false},
+                        {1, 5, "UpLed", kRed, true},      {1, 7, "UpLed", kYellow, true},
+                        {2, 1, "UpLed", kGreen, false},   {1, 4, "DownLed", kRed, true},
+                        {1, 6, "DownLed", kYellow, true}, {2, 0, "DownLed", kGreen, false},
+                        {0, 3, "PTOLed", kRed, true},     {0, 2, "PDELed", kRed, true},
+                        {1, 3, "TTOLed", kRed, true},     {1, 2, "TDELed", kRed, true},
+                        {2, 4, "SLOverLed", kRed, false}, {2, 5, "DesLed", kYellow, false},
+                        {2, 6, "ExecLed", kGreen, false}};
+    for (const Bit& b : bits) {
+        Byte status[3] = {0, 0, 0};
+        status[b.byte] = static_cast<Byte>(1 << b.bit);
+        rig.arrive(ReportRig::report(0x31, 0, 0, status[0], status[1], status[2], {0, 0}));
+        for (const auto& [lamp, off] : dark) {
+            EXPECT_EQ(rig.lamp(qPrintable(lamp)), lamp == QLatin1String(b.lamp) ? b.lit : off)
+                << qPrintable(lamp) << " with bit " << b.bit << " of byte " << b.byte;
         }
+        EXPECT_EQ(rig.window->status().LimitFault, b.fault) << b.lamp;
     }
-    // A pan timeout is a fault of its own.
-    rig.arrive(ReportRig::report(0x31, 0, 0, 0x08, 0x00, 0x00, {0, 0}));
-    EXPECT_EQ(rig.lamp("PTOLed"), kRed);
-    EXPECT_EQ(rig.lamp("PDELed"), QColor(128, 0, 0));
-    EXPECT_TRUE(rig.window->status().LimitFault);
-
-    // Tour running, override on, nothing wrong.
-    rig.arrive(ReportRig::report(0x31, 0, 0, 0x00, 0x00, 0x40 | 0x10, {0, 0}));
-    EXPECT_FALSE(rig.window->status().LimitFault);
-    EXPECT_EQ(rig.lamp("ExecLed"), kGreen);
-    EXPECT_EQ(rig.lamp("SLOverLed"), kRed);
-    EXPECT_EQ(rig.lamp("CWLed"), kGrey);
-    EXPECT_EQ(rig.lamp("DesLed"), QColor(128, 128, 0));
-
-    // Tilt direction fault alone is a fault.
-    rig.arrive(ReportRig::report(0x31, 0, 0, 0x00, 0x04, 0x00, {0, 0}));
-    EXPECT_EQ(rig.lamp("TDELed"), kRed);
-    EXPECT_EQ(rig.lamp("ExecLed"), QColor(0, 128, 0));  // the tour has ended
-    EXPECT_TRUE(rig.window->status().LimitFault);
 }
 
 TEST(PositionReport, ControllerCaptionNamesTheUnitType) {
