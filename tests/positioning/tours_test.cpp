@@ -107,6 +107,10 @@ TEST(TourEdit, SelectingATourReadsItsStepsAndEachEditSendsItsBytes) {
               "Could Not Replace In The Tour: You must select a position in the tour list to "
               "replace.");
 
+    // A replace reply rewrites its own line; only other step replies add one.
+    rig.inject({0x55, 0, 0, 9, 4});
+    EXPECT_EQ(rig.lines("ScriptList"), QStringList({" 0   Pre  9    4 Secs  N       0",
+                                                    " 1   Pre  1    5 Secs  N       2"}));
     // Step replies never grow the list past the longest tour.
     for (int i = 0; i < 300; ++i) {
         rig.inject({0x52, 0, static_cast<Byte>(i % 200), 1, 5});
