@@ -200,9 +200,14 @@ TEST(ConnectionSequence, StopDuringAPresetReloadGoesOutBeforeTheReloadEnds) {
     EXPECT_LT(stop, lastPreset.base()) << "the stop waited for the reload to end";
 }
 
-TEST(ConnectionSequence, ReinitializeWhileOnlineLightsTheLampAgain) {
+TEST(ConnectionSequence, StartWhileOnlineDoesNothingAndReinitializeLightsTheLampAgain) {
     ConsoleRig rig;
     ASSERT_TRUE(rig.connect());
+    rig.line.clear();
+    rig.click(QStringLiteral("StartBut"));
+    for (const auto& frame : rig.line.frames()) {
+        EXPECT_EQ(frame.message[0], 0x31) << "Start ran the connection sequence again";
+    }
     auto* start = rig.find<QPushButton>(QStringLiteral("StartBut"));
     ASSERT_EQ(start->property("lamp").toString(), QStringLiteral("good"));
     rig.window->findChild<QAction*>(QStringLiteral("MenuReinitialize"))->trigger();
