@@ -224,12 +224,13 @@ TEST_F(CameraOnline, BoxTextBecomesThePassThroughCommandOrIsRefused) {
 TEST_F(CameraOnline, SetSendsBothCamerasAndReconnectingReadsThroughTheGetHandlers) {
     CameraRig& rig = *shared_;
     // From what the unit reported on connecting: 9.6 8/N/1 232, 80 ms, lens 0x48.
-    // To 14.4, 422, camera 2 at 8/N/2 (the first two-stop format), 96 ms, lens bits 6 off and 1 of
-    // camera 2 on, minimum speeds.
-    rig.act("BaudLabel1 LevelLabel1" + QString(" FormLabel2").repeated(4) +
+    // To 14.4, 422 and 7/E/2, camera 2 at 8/N/2 (the first two-stop format), 96 ms, lens
+    // bits 6 off and 1 of camera 2 on, minimum speeds.
+    rig.act("BaudLabel1 LevelLabel1" + QString(" FormLabel1").repeated(6) +
+            QString(" FormLabel2").repeated(4) +
             " CamTOSpin_0+ CamTOSpin_0+ Lens1Check_6 Lens2Check_1 "
             "ZoomMinSpin_0+ FocusMinSpin_1-");
-    EXPECT_EQ(rig.sentBy("SetCamBut"), (std::vector<Bytes>{{0x60, 0x22, 0x41}}));
+    EXPECT_EQ(rig.sentBy("SetCamBut"), (std::vector<Bytes>{{0x60, 0x72, 0x41}}));
     EXPECT_EQ(rig.sentBy("SetCamTOBut"), (std::vector<Bytes>{{0x65, 12, 10}}));
     EXPECT_EQ(rig.sentBy("SetLensBut"), (std::vector<Bytes>{{0x61, 0x08, 11, 10, 0x4A, 10, 9}}));
 
