@@ -120,6 +120,11 @@ TEST(ReceiveFrame, FailuresLightTheLampAndDispatchNothing) {
     EXPECT_EQ(rig.port.bytesWaiting(), 0);
     EXPECT_EQ(rig.decoded.size(), 1u);
     EXPECT_EQ(rig.refreshes, 1);
+
+    // A data event that finds nothing (an earlier one took the bytes).
+    rig.state.setLamp(LinkLamp::Good);
+    rig.receiver.ReceiveFrame();
+    EXPECT_EQ(rig.state.lamp(), LinkLamp::Fault);
 }
 
 TEST(ReceiveFrame, UnknownCodeIsAcceptedAndRefreshesWithoutDecoding) {
