@@ -53,6 +53,7 @@ TEST(PortDevices, DeviceChosenForCom1SurvivesARestartUnlessTheEnvironmentSaysOth
         // Unplugged: the choice is still shown, marked as not present.
         second.devices().setDeviceSource([] { return QList<SerialDevice>(); });
         EXPECT_TRUE(second.action("MenuDeviceKept")->isChecked());
+        EXPECT_FALSE(second.action("MenuDeviceKept")->isEnabled());
         EXPECT_TRUE(second.action("MenuDeviceKept")->text().startsWith(kAdapter));
         // The menu follows the chosen COM number; Default forgets the choice.
         second.action("MenuCOM_3")->trigger();
