@@ -38,6 +38,7 @@ TEST_F(VideoPage, EveryControlSendsItsWholeConfiguration) {
         {"CamPwrCheck_0", {0x64, 0x3D, 0x08}},
         {"StoreInitBut", {0x64, 0x7D, 0x08}},
         {"VidOption_6", {0x64, 0x3E, 0x08}},  // the store bit is not kept
+        {"VidOption_0", {0x64, 0x38, 0x08}},
         {"GetVidBut", {0x64, 0x80, 0x00}},
         {"AuxCheck_0", {0x66, 0x01}},
         {"AuxCheck_3", {0x66, 0x09}},
