@@ -34,6 +34,7 @@ TEST(MainWindow, StoredSettingsAreUsedAsTheyAreAndAMissingFileIsCreated) {
         {"", "010080250000", "", "Ver 2.00 Using COM1 At 9600 Offline", 1, 0},
         {"0900004B0000", "0900004B0000", "", "", 1, 2},  // port 9: the COM1 entry stays checked
         {"020000C20100", "020000C20100", "", "Using COM2 At 115200 Offline", 2, -1},
+        {"020078563412", "020078563412", "", "Using COM2 At 305419896 Offline", 2, -1},
         {"0100", "0100", "HALVEX.BIN|2 bytes", "Using COM1 At 9600 Offline", 1, 0}};
     ConsoleRig rig;
     for (const Case& c : cases) {
@@ -64,6 +65,10 @@ TEST(MainWindow, StoredSettingsAreUsedAsTheyAreAndAMissingFileIsCreated) {
             EXPECT_EQ(checked(w, QStringLiteral("MenuBPS_%1").arg(i)), i == c.bps) << i;
         }
         EXPECT_FALSE(w.findChild<QTabWidget*>(QStringLiteral("SSTab1"))->isEnabled());
+        // Choosing a port keeps the speed, every byte of it.
+        w.findChild<QAction*>(QStringLiteral("MenuCOM_4"))->trigger();
+        const QByteArray speed = c.after.size() == 12 ? c.after.mid(4) : "80250000";
+        EXPECT_EQ(settingsBytes(), QByteArray::fromHex("0400" + speed));
     }
     EXPECT_TRUE(rig.line.frames().empty());
 }
