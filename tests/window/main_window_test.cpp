@@ -78,6 +78,7 @@ TEST(MainWindow, MenuChoicesAreWrittenAtOnceAndDropTheOfflineWord) {
     rig.find<QAction>(QStringLiteral("MenuBPS_5"))->trigger();
     EXPECT_EQ(settingsBytes(), QByteArray::fromHex("010000E10000"));
     EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral("Using COM1 At 57600")));
+    EXPECT_TRUE(checked(*rig.window, QStringLiteral("MenuBPS_5")));
     EXPECT_FALSE(checked(*rig.window, QStringLiteral("MenuBPS_0")));
     rig.find<QAction>(QStringLiteral("MenuCOM_3"))->trigger();
     EXPECT_EQ(settingsBytes(), QByteArray::fromHex("030000E10000"));
