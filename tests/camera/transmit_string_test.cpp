@@ -80,6 +80,7 @@ TEST(TransmitString, RefusedTextsGiveTheirMessageAndNoBytes) {
         {QString(162, '0'), kHex, false, kTooLong},
         // The whole text is checked before its length.
         {QString(100, 'x') + "\u20AC", kAscii, false, "\"\u20AC\" (U+20AC)"},
+        {"\u00FF\u0100", kAscii, false, "\"\u0100\" (U+0100)"},  // the first past Latin-1
         {"ok \U0001F600 then more", kAscii, true, "\"\U0001F600\" (U+1F600)"},
         {QString("x") + QChar(0xD800) + "y", kAscii, false, "U+D800"},
     };
