@@ -118,7 +118,7 @@ TEST(PositionReport, SoftLimitRepliesSetTheLimitsAndTheGaugeScale) {
     rig.arrive({0x81, 3, 0xD8, 0xDC, 0xFF});  // -9000
     EXPECT_FLOAT_EQ(rig.window->status().TiltMinLimit, -90.0f);
     EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label13_3"))->text(), QStringLiteral("-90.00"));
-    rig.arrive({0x81, 7, 0x01, 0x00, 0x00});  // no such limit: nothing changes
+    rig.arrive({0x81, 4, 0x01, 0x00, 0x00});  // no such limit: nothing changes
     EXPECT_FLOAT_EQ(rig.window->status().TiltMaxLimit, 0.0f);
 
     auto* gauge = rig.find<PanGauge>(QStringLiteral("PanGauge"));
