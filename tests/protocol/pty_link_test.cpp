@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QTimer>
+#include <thread>
 
 #include "protocol/qt_serial_port.h"
 #include "tests/support/link_rig.h"
@@ -60,4 +61,22 @@ TEST(PtyLink, MissingDeviceDoesNotOpen) {
     QtSerialPort port;
     EXPECT_FALSE(port.open(QStringLiteral("/dev/halvex-no-such-port"), 9600));
     EXPECT_FALSE(port.isOpen());
+}
+
+TEST(PtyLink, ANoiseByteJustBeforeAReplyDoesNotSpoilTheReply) {
+    PtyRig rig;
+    Receiver receiver(rig.state, rig.link);
+    receiver.attachPort(&rig.port);
+    int decoded = 0;
+    receiver.registerDecoder(0x31, [&] { ++decoded; });
+    ASSERT_TRUE(rig.port.open(rig.pty.slavePath(), 9600));
+    rig.state.UnitId = 1;
+    rig.pty.write({0x11});
+    // From another thread: the console may be in a blocking wait for more.
+    std::thread unit([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        rig.pty.write(ScriptedUnit::replyWire(1, {0x31}));
+    });
+    EXPECT_TRUE(waitFor([&] { return decoded == 1; }));
+    unit.join();
 }
