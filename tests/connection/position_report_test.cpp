@@ -73,8 +73,11 @@ TEST(PositionReport, CurrentAndTargetReportsFillTheirOwnDisplays) {
     EXPECT_FALSE(rig.page().SetSLBut[1]->isEnabled());
     EXPECT_TRUE(rig.page().SetSLBut[2]->isEnabled());
 
-    rig.arrive(ReportRig::report(0x33, 9000, -1234, 0, 0, 0x20));
-    EXPECT_FLOAT_EQ(rig.led("PDesLed"), 90.0);
+    // Every move reply carries the target it heads for.
+    for (const Byte code : {0x32, 0x34, 0x35, 0x36, 0x3A, 0x33}) {
+        rig.arrive(ReportRig::report(code, 9000 + code, -1234, 0, 0, 0x20));
+        EXPECT_FLOAT_EQ(rig.led("PDesLed"), (9000 + code) / 100.0f) << int{code};
+    }
     EXPECT_FLOAT_EQ(rig.led("TDesLed"), -12.34f);
     EXPECT_FLOAT_EQ(rig.led("PanPosLED"), -1.0);  // untouched by a target report
     EXPECT_TRUE(rig.page().SetSLBut[0]->isEnabled());
