@@ -106,6 +106,7 @@ TEST_F(LegacyVideoPage, LegacyControlsSendTheirShortCommands) {
         // The unit's answer to the first click cleared both power boxes.
         {"LCamPwrCheck_1", {0x63, 0x0A}},
         {"LVidOption_2", {0x63, 0x08}},  // blanking clears both bits
+        {"LVidOption_0", {0x63, 0x09}},
         {"PALCheck2", {0x64, 0x08, 0x04}},
         {"OSDOnCheck", {0x64, 0x09, 0x04}},
         {"InitVModeBut", {0x64, 0x49}},  // the store message has two bytes
