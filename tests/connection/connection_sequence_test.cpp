@@ -90,6 +90,14 @@ TEST(ConnectionSequence, MissingPortShowsTheMessageAndStaysOffline) {
     EXPECT_FALSE(rig.window->link().Timer2().isActive());
     EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral(" Offline")));
     EXPECT_TRUE(rig.line.frames().empty());
+
+    // The port opens but goes away before the unit answers: no second box.
+    rig.port->setOpenFails(false);
+    rig.line.setConnected(false);
+    QTimer::singleShot(200, rig.window.get(), [&] { rig.port->close(); });
+    rig.click(QStringLiteral("StartBut"));
+    EXPECT_EQ(rig.shown.size(), 1u);
+    EXPECT_FALSE(rig.find<QAction>(QStringLiteral("MenuReinitialize"))->isEnabled());
 }
 
 TEST(ConnectionSequence, SilentUnitGivesUpAfterTheConnectionTimeout) {
