@@ -51,8 +51,17 @@ void Identity::connectControls() {
     bind(page_.GetHeatBut, "GetHeatBut_Click", &Identity::GetHeatBut_Click);
     bind(page_.RevBut, "RevBut_Click", &Identity::RevBut_Click);
     bind(factory_.PassEntBut, "PassEntBut_Click", &Identity::PassEntBut_Click);
+    // The address changes when the bar has come to rest, as a scroll bar's
+    // change event does: a dragged thumb passes over other units' addresses,
+    // and on a shared line each of them would get jog messages.
     onEvent(state, page_.CurrIDScroll, &QScrollBar::valueChanged, this, "CurrIDScroll_Change",
-            [this](int value) { CurrIDScroll_Change(value); });
+            [this](int value) {
+                if (!page_.CurrIDScroll->isSliderDown()) {
+                    CurrIDScroll_Change(value);
+                }
+            });
+    onEvent(state, page_.CurrIDScroll, &QScrollBar::sliderReleased, this, "CurrIDScroll_Change",
+            [this] { CurrIDScroll_Change(page_.CurrIDScroll->value()); });
     for (int i = 0; i < static_cast<int>(page_.HeatOp.size()); ++i) {
         onEvent(state, page_.HeatOp[i], &QRadioButton::toggled, this, "HeatOp_Click",
                 [this, i](bool on) {

@@ -2,6 +2,8 @@
 
 #include <QDate>
 #include <QLocale>
+#include <QStyle>
+#include <QStyleOptionSlider>
 #include <algorithm>
 
 #include "tests/setup/page_rig.h"
@@ -100,6 +102,47 @@ TEST_F(SetupPages, AddressIsReadAndSetByBroadcastAndTheConsoleFollowsANewOne) {
     EXPECT_EQ(state.LastResponseCode, 0x96);
 }
 
+TEST_F(SetupPages, DraggingTheTalkToBarAddressesNoUnitUntilItIsReleased) {
+    auto& rig = *shared_;
+    auto* bar = rig.at<QScrollBar>("CurrIDScroll");
+    FormState& state = rig.window->state();
+    ASSERT_EQ(state.UnitId, 0);
+    QStyleOptionSlider option;
+    option.initFrom(bar);
+    option.orientation = bar->orientation();
+    option.minimum = bar->minimum();
+    option.maximum = bar->maximum();
+    option.sliderPosition = option.sliderValue = bar->value();
+    option.pageStep = bar->pageStep();
+    option.singleStep = bar->singleStep();
+    option.subControls = QStyle::SC_All;
+    const QPoint thumb =
+        bar->style()
+            ->subControlRect(QStyle::CC_ScrollBar, &option, QStyle::SC_ScrollBarSlider, bar)
+            .center();
+
+    QTest::mousePress(bar, Qt::LeftButton, {}, thumb);
+    for (int step = 1; step <= 4; ++step) {
+        rig.line.clear();
+        QTest::mouseMove(bar, thumb + QPoint(step * 15, 0));
+        QTest::qWait(60);  // jog messages go on meanwhile
+        EXPECT_EQ(state.UnitId, 0);
+        EXPECT_EQ(rig.text("CurrIDLabel"), QString::number(bar->value()));
+        ASSERT_FALSE(rig.line.frames().empty());
+        EXPECT_TRUE(std::ranges::all_of(rig.line.frames(),
+                                        [](const auto& frame) { return frame.address == 0; }));
+    }
+    const int chosen = bar->value();
+    ASSERT_GT(chosen, 0) << "the thumb did not move";
+    QTest::mouseRelease(bar, Qt::LeftButton, {}, thumb + QPoint(60, 0));
+    EXPECT_EQ(state.UnitId, chosen);
+    // An arrow click moves it at once.
+    bar->triggerAction(QAbstractSlider::SliderSingleStepSub);
+    EXPECT_EQ(state.UnitId, chosen - 1);
+    rig.scroll("CurrIDScroll", 0);
+    EXPECT_EQ(state.UnitId, 0);
+}
+
 TEST_F(SetupPages, RepliesFillTheControlsWithTheirSubstitutions) {
     auto& rig = *shared_;
     const std::pair<Bytes, const char*> cases[] = {
@@ -135,11 +178,11 @@ TEST_F(SetupPages, RepliesFillTheControlsWithTheirSubstitutions) {
 
 TEST_F(SetupPages, ValuesOutOfRangeStopTheDecoderAndNothingSticks) {
     auto& rig = *shared_;
-    rig.scroll("PSafeScroll", 9);
+    rig.act("PSafeScroll=9 PMaxScroll=300 TMaxScroll=400");
     rig.inject({0x9A, 2, 3, 15, 6, 11});
     const QString revision = rig.text("RevLabel");
     const std::pair<const char*, Bytes> cases[] = {
-        {"maxima below 16 (read-outs still show them)", {0x99, 0, 7}},
+        {"maxima below 16", {0x99, 0, 7}},
         {"safe speed 0", {0x92, 0x80, 1, 1, 0, 1, 1, 1}},
         {"minimum word above 32767", {0xA2, 0xFF, 0xFF, 0x10, 0x00}},
         {"address above 99", {0x9F, 150}},
@@ -154,8 +197,10 @@ TEST_F(SetupPages, ValuesOutOfRangeStopTheDecoderAndNothingSticks) {
             << rig.statusMessage().toStdString();
         EXPECT_TRUE(rig.window->state().UserClickEnabled);
     }
-    EXPECT_EQ(rig.text("Label1_20"), "1");
-    EXPECT_EQ(rig.text("Label1_21"), "7");
+    // The read-outs show what the bars hold, and so what Set would send.
+    EXPECT_EQ(rig.value("PMaxScroll"), 300);
+    EXPECT_EQ(rig.text("Label1_20"), "300");
+    EXPECT_EQ(rig.text("Label1_21"), "400");
     EXPECT_EQ(rig.value("PSafeScroll"), 9);
     EXPECT_EQ(rig.text("RevLabel"), revision);
     // The console goes on: a read still gets its answer into the page.
