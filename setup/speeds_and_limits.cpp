@@ -190,10 +190,8 @@ void SpeedsAndLimits::decodeMaxima() {
     const ByteTable& rx = context_.state.RxBuffer;
     const Byte pan = atLeastOne(rx[1]);
     const Byte tilt = atLeastOne(rx[2]);
-    // The read-outs show what the unit said even when the scroll bars, whose
-    // maxima start at 16, cannot take it (a range fault of the bar).
-    page_.Label1_20->setText(QString::number(pan));
-    page_.Label1_21->setText(QString::number(tilt));
+    // A value below 16 is a range fault of the bar, which keeps its value:
+    // the read-outs follow their bars, so they show what Set would send.
     setScrollChecked(page_.PMaxScroll, pan);
     setScrollChecked(page_.TMaxScroll, tilt);
 }
