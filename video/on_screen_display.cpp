@@ -1,5 +1,7 @@
 #include "video/on_screen_display.h"
 
+#include <QTextBoundaryFinder>
+
 #include "console/controls_from_reply.h"
 #include "console/handler_wiring.h"
 #include "protocol/senders.h"
@@ -8,6 +10,14 @@
 namespace halvex {
 
 namespace {
+Byte siteNameByte(const QString& character) {
+    // The low byte of a character's code, when it is a printable one; a
+    // character made of several codes has no one code to send.
+    const QList<uint> codes = character.toUcs4();
+    const uint value = codes.size() == 1 ? codes.front() & 0xFF : 0;
+    return static_cast<Byte>(value >= 32 && value <= 127 ? value : ' ');
+}
+
 constexpr int kDisplayOnBit = 4;
 constexpr int kSignedBit = 5;
 constexpr int kStoreBit = 6;
@@ -92,11 +102,20 @@ void OnScreenDisplay::NameSaveBut_Click() {
 
 std::vector<Byte> OnScreenDisplay::siteNameMessage(const QString& text) {
     std::vector<Byte> message{kSiteName};
-    const QString fitted = text.left(kNameLength).leftJustified(kNameLength, QLatin1Char(' '));
-    for (const QChar character : fitted) {
-        const int value = character.unicode() & 0xFF;
-        message.push_back(static_cast<Byte>(value >= 32 && value <= 127 ? value : 32));
+    // Twelve characters as the operator sees them: a letter with its accents
+    // or an emoji is one character, however many codes it takes.
+    const QString composed = text.normalized(QString::NormalizationForm_C);
+    QTextBoundaryFinder characters(QTextBoundaryFinder::Grapheme, composed);
+    int start = 0;
+    while (message.size() < 1 + kNameLength) {
+        const int end = characters.toNextBoundary();
+        if (end < 0) {
+            break;
+        }
+        message.push_back(siteNameByte(composed.mid(start, end - start)));
+        start = end;
     }
+    message.resize(1 + kNameLength, ' ');
     return message;
 }
 

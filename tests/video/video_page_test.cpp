@@ -59,6 +59,13 @@ TEST_F(VideoPage, EveryControlSendsItsWholeConfiguration) {
     rig.setText("NameText", "Gate");
     EXPECT_EQ(rig.sentBy("NameSaveBut").at(0),
               (Bytes{0x75, 'G', 'a', 't', 'e', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '}));
+    // Twelve characters as the operator sees them: an emoji, and an e with
+    // a combining accent, are one character and one space each.
+    rig.setText("NameText", QString::fromUtf8("\xF0\x9F\x98\x80"
+                                              "Cafe\xCC\x81"
+                                              "ABCDEFGHIJ"));
+    EXPECT_EQ(rig.sentBy("NameSaveBut").at(0),
+              (Bytes{0x75, ' ', 'C', 'a', 'f', ' ', 'A', 'B', 'C', 'D', 'E', 'F', 'G'}));
 }
 
 TEST_F(VideoPage, RepliesFillTheControlsAndSendNothing) {
