@@ -104,7 +104,7 @@ class CommandLine {
         for (int i = 0; i < argc; ++i) {
             arguments << QString::fromLocal8Bit(argv[i]);
         }
-        parser_.parse(spellOut(arguments));
+        const bool understood = parser_.parse(withoutToolkitOptions(spellOut(arguments)));
         if (parser_.isSet(help_)) {
             // The usage line names the program from QCoreApplication::arguments().
             const QCoreApplication core(argc, argv);
@@ -114,6 +114,12 @@ class CommandLine {
         if (parser_.isSet(version_)) {
             std::printf("halvex %s\n", HALVEX_VERSION);
             return 0;
+        }
+        // Said here, before the window system starts: with no display it
+        // would end the program before the options were read.
+        if (!understood) {
+            complain(parser_.errorText());
+            return 2;
         }
         return std::nullopt;
     }
@@ -132,8 +138,7 @@ class CommandLine {
         if (error.isEmpty()) {
             return true;
         }
-        std::fprintf(stderr, "halvex: %s\nTry 'halvex --help' for the options.\n",
-                     qPrintable(error));
+        complain(error);
         return false;
     }
 
@@ -145,6 +150,50 @@ class CommandLine {
     const QHostAddress& rotctldAddress() const { return rotctldAddress_; }
 
   private:
+    static void complain(const QString& error) {
+        std::fprintf(stderr, "halvex: %s\nTry 'halvex --help' for the options.\n",
+                     qPrintable(error));
+    }
+
+    // The arguments without the toolkit's own options (-platform offscreen,
+    // -style=fusion, ...), which QApplication takes out later.
+    static QStringList withoutToolkitOptions(const QStringList& arguments) {
+        static const QStringList valued = {
+            QStringLiteral("platform"),      QStringLiteral("platformpluginpath"),
+            QStringLiteral("platformtheme"), QStringLiteral("plugin"),
+            QStringLiteral("qmljsdebugger"), QStringLiteral("qwindowgeometry"),
+            QStringLiteral("qwindowicon"),   QStringLiteral("qwindowtitle"),
+            QStringLiteral("session"),       QStringLiteral("display"),
+            QStringLiteral("geometry"),      QStringLiteral("style"),
+            QStringLiteral("stylesheet"),    QStringLiteral("name"),
+            QStringLiteral("title"),         QStringLiteral("icon")};
+        static const QStringList flags = {QStringLiteral("reverse"), QStringLiteral("widgetcount"),
+                                          QStringLiteral("nograb"), QStringLiteral("dograb"),
+                                          QStringLiteral("sync")};
+        QStringList kept;
+        for (int i = 0; i < arguments.size(); ++i) {
+            QString name = arguments[i];
+            if (i == 0 || !name.startsWith(QLatin1Char('-'))) {
+                kept << arguments[i];
+                continue;
+            }
+            name.remove(0, name.startsWith(QLatin1String("--")) ? 2 : 1);
+            const bool joined = name.contains(QLatin1Char('='));
+            name = name.section(QLatin1Char('='), 0, 0);
+            if (flags.contains(name)) {
+                continue;
+            }
+            if (valued.contains(name)) {
+                if (!joined) {
+                    ++i;  // its value
+                }
+                continue;
+            }
+            kept << arguments[i];
+        }
+        return kept;
+    }
+
     // Checks the network control options; an error sentence when wrong.
     QString readRotctld() {
         if (parser_.isSet(rotctldPort_)) {
