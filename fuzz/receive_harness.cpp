@@ -14,6 +14,7 @@ namespace halvex::fuzz {
 namespace {
 constexpr int kFastTickMs = 0;
 constexpr int kFastWatchdogMs = 0;
+constexpr int kFastSettleMs = 0;
 }  // namespace
 
 // The virtual unit until the console is online, then silence.
@@ -72,6 +73,7 @@ ReceiveHarness::ReceiveHarness() : peer_(std::make_unique<SilenceablePeer>()) {
     online_ = window_->windowTitle().endsWith(QStringLiteral(" Online"));
     peer_->silence();
     window_->link().Timer4().setInterval(kFastWatchdogMs);
+    window_->receiver().setSettleMs(kFastSettleMs);
 }
 
 ReceiveHarness::~ReceiveHarness() {
@@ -82,9 +84,9 @@ ReceiveHarness::~ReceiveHarness() {
 QString ReceiveHarness::feed(const std::uint8_t* data, std::size_t size) {
     unexpectedErrors_.clear();
     port_->feed(data, size);
-    // Every data event takes at least one byte, and the receiver raises the
-    // event again while bytes remain.
-    for (std::size_t i = 0; i <= size && port_->bytesWaiting() > 0; ++i) {
+    // Every data event, or the settle time after it, takes at least one
+    // byte, and the receiver raises the event again while bytes remain.
+    for (std::size_t i = 0; i <= 2 * size && port_->bytesWaiting() > 0; ++i) {
         QCoreApplication::processEvents();
     }
     QCoreApplication::processEvents();

@@ -1,5 +1,7 @@
 #include "protocol/in_process_port.h"
 
+#include <algorithm>
+
 namespace halvex {
 
 namespace {
@@ -47,24 +49,13 @@ int InProcessPort::bytesWaiting() {
     return static_cast<int>(incoming_.size());
 }
 
-Byte InProcessPort::readByte() {
-    if (incoming_.empty()) {
-        return 0;
-    }
-    const Byte value = incoming_.front();
-    incoming_.pop_front();
-    return value;
+std::vector<Byte> InProcessPort::peekWaiting() {
+    return std::vector<Byte>(incoming_.begin(), incoming_.end());
 }
 
-void InProcessPort::discardInput() {
-    incoming_.clear();
-}
-
-bool InProcessPort::waitForBytes(int /*msecs*/) {
-    if (incoming_.empty()) {
-        collect();
-    }
-    return !incoming_.empty();
+void InProcessPort::consume(int count) {
+    const auto taken = std::min(incoming_.size(), static_cast<std::size_t>(std::max(count, 0)));
+    incoming_.erase(incoming_.begin(), incoming_.begin() + static_cast<std::ptrdiff_t>(taken));
 }
 
 void InProcessPort::deliver(const std::vector<Byte>& bytes) {

@@ -24,9 +24,8 @@ class InProcessPort : public SerialPort {
 
     bool writeByte(Byte value) override;
     int bytesWaiting() override;
-    Byte readByte() override;
-    void discardInput() override;
-    bool waitForBytes(int msecs) override;
+    std::vector<Byte> peekWaiting() override;
+    void consume(int count) override;
 
   protected:
     // Puts bytes into the receive buffer as if they had come down the line.

@@ -27,6 +27,7 @@ void Link::setPort(SerialPort* port) {
     port_ = port;
     if (port_ != nullptr) {
         connect(port_, &SerialPort::closed, this, &Link::onPortClosed);
+        connect(port_, &SerialPort::reopened, this, &Link::onPortReopened);
     }
 }
 
@@ -236,6 +237,15 @@ void Link::stop() {
 
 void Link::onPortClosed() {
     dropQueued(QStringLiteral("Port closed"));
+}
+
+void Link::onPortReopened() {
+    // A reply that was on its way in may have gone with the reopen, and a
+    // reply that had begun no longer holds the watchdog off: it watches the
+    // frames still waiting for an answer, as after any other frame.
+    if (!awaiting_.empty() && !timer4_.isActive()) {
+        timer4_.start();
+    }
 }
 
 }  // namespace halvex

@@ -121,6 +121,7 @@ class Link : public QObject {
     // Drops the queue; `why` names the cause for the status bar.
     void dropQueued(const QString& why);
     void onPortClosed();
+    void onPortReopened();
     int replyTimeoutMs() const;
 
     FormState& state_;

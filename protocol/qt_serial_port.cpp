@@ -1,10 +1,14 @@
 #include "protocol/qt_serial_port.h"
 
+#include <poll.h>
+
+#include <QFileInfo>
+
 namespace halvex {
 
-QtSerialPort::QtSerialPort(QObject* parent) : SerialPort(parent) {
-    connect(&port_, &QSerialPort::readyRead, this, &SerialPort::dataArrived);
-    connect(&port_, &QSerialPort::errorOccurred, this, &QtSerialPort::onError);
+QtSerialPort::QtSerialPort(QObject* parent) : SerialPort(parent), port_(new QSerialPort(this)) {
+    connect(port_, &QSerialPort::readyRead, this, &SerialPort::dataArrived);
+    connect(port_, &QSerialPort::errorOccurred, this, &QtSerialPort::onError);
 }
 
 void QtSerialPort::onError(QSerialPort::SerialPortError error) {
@@ -18,82 +22,102 @@ void QtSerialPort::onError(QSerialPort::SerialPortError error) {
         default:
             return;
     }
-    deviceFailed(QStringLiteral("the device went away (%1)").arg(port_.errorString()));
+    deviceFailed(port_->errorString());
+}
+
+bool QtSerialPort::deviceGone() {
+    // A by-id link or a device node that has vanished: the adapter is out.
+    if (!QFileInfo::exists(device_)) {
+        return true;
+    }
+    // A terminal whose far end hung up (an adapter being removed, the other
+    // side of a pseudo-terminal closed) says so without being read.
+    pollfd check{};
+    check.fd = static_cast<int>(port_->handle());
+    check.events = 0;
+    if (check.fd < 0 || ::poll(&check, 1, 0) < 0) {
+        return true;
+    }
+    return (check.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+}
+
+bool QtSerialPort::reopenInPlace() {
+    // What the kernel still holds of a reply stays: only the library's own
+    // buffer goes with the close.
+    port_->close();
+    port_->clearError();
+    return openDevice();
 }
 
 void QtSerialPort::abandonDevice() {
     // No flush: the device is gone, and a flush would only fail on it.
-    port_.close();
+    port_->close();
     emit closed();
 }
 
-bool QtSerialPort::open(const QString& device, qint32 baudRate) {
-    if (port_.isOpen()) {
-        port_.close();
-    }
-    baudRate_ = baudRate;
-    port_.setPortName(device);
-    if (!port_.open(QIODevice::ReadWrite)) {
+bool QtSerialPort::openDevice() {
+    port_->setPortName(device_);
+    if (!port_->open(QIODevice::ReadWrite)) {
         return false;
     }
     // Pseudo-terminals accept any speed; a real port that refuses the speed
     // or the format is as unusable as one that did not open.
-    const bool configured = port_.setBaudRate(baudRate) && port_.setDataBits(QSerialPort::Data8) &&
-                            port_.setParity(QSerialPort::NoParity) &&
-                            port_.setStopBits(QSerialPort::OneStop) &&
-                            port_.setFlowControl(QSerialPort::NoFlowControl);
+    const bool configured =
+        port_->setBaudRate(baudRate_) && port_->setDataBits(QSerialPort::Data8) &&
+        port_->setParity(QSerialPort::NoParity) && port_->setStopBits(QSerialPort::OneStop) &&
+        port_->setFlowControl(QSerialPort::NoFlowControl);
     if (!configured) {
-        port_.close();
+        port_->close();
         return false;
     }
-    port_.clear();
+    return true;
+}
+
+bool QtSerialPort::open(const QString& device, qint32 baudRate) {
+    if (port_->isOpen()) {
+        port_->close();
+    }
+    device_ = device;
+    baudRate_ = baudRate;
+    if (!openDevice()) {
+        return false;
+    }
+    port_->clear();
     return true;
 }
 
 void QtSerialPort::close() {
-    if (port_.isOpen()) {
-        port_.flush();
-        port_.close();
+    if (port_->isOpen()) {
+        port_->flush();
+        port_->close();
         emit closed();
     }
 }
 
 bool QtSerialPort::isOpen() const {
-    return port_.isOpen();
+    return port_->isOpen();
 }
 
 bool QtSerialPort::writeByte(Byte value) {
     const char c = static_cast<char>(value);
-    if (port_.write(&c, 1) == 1) {
+    if (port_->write(&c, 1) == 1) {
         return true;
     }
-    deviceFailed(QStringLiteral("writing to it failed (%1)").arg(port_.errorString()));
+    deviceFailed(QStringLiteral("writing to it failed: %1").arg(port_->errorString()));
     return false;
 }
 
 int QtSerialPort::bytesWaiting() {
-    return static_cast<int>(port_.bytesAvailable());
+    return static_cast<int>(port_->bytesAvailable());
 }
 
-Byte QtSerialPort::readByte() {
-    char c = 0;
-    if (port_.read(&c, 1) != 1) {
-        return 0;
-    }
-    return static_cast<Byte>(c);
+std::vector<Byte> QtSerialPort::peekWaiting() {
+    const QByteArray waiting = port_->peek(port_->bytesAvailable());
+    return std::vector<Byte>(waiting.cbegin(), waiting.cend());
 }
 
-void QtSerialPort::discardInput() {
-    port_.readAll();
-    port_.clear(QSerialPort::Input);
-}
-
-bool QtSerialPort::waitForBytes(int msecs) {
-    if (port_.bytesAvailable() > 0) {
-        return true;
-    }
-    port_.waitForReadyRead(msecs);
-    return port_.bytesAvailable() > 0;
+void QtSerialPort::consume(int count) {
+    port_->skip(count);
 }
 
 }  // namespace halvex

@@ -19,17 +19,23 @@ class QtSerialPort : public SerialPort {
 
     bool writeByte(Byte value) override;
     int bytesWaiting() override;
-    Byte readByte() override;
-    void discardInput() override;
-    bool waitForBytes(int msecs) override;
+    std::vector<Byte> peekWaiting() override;
+    void consume(int count) override;
 
   protected:
+    bool deviceGone() override;
+    bool reopenInPlace() override;
     void abandonDevice() override;
 
   private:
     void onError(QSerialPort::SerialPortError error);
+    // Opens device_ at baudRate_ in the console's format.
+    bool openDevice();
 
-    QSerialPort port_;
+    // A child, so that whoever holds this port can reach the library's own
+    // objects (its notifiers) to test how a false alarm is handled.
+    QSerialPort* port_;
+    QString device_;
     qint32 baudRate_ = 9600;
 };
 

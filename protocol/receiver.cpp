@@ -1,32 +1,42 @@
 #include "protocol/receiver.h"
 
-#include <QTimer>
-
 #include "protocol/capture_line.h"
 #include "protocol/fault_guard.h"
-#include "protocol/flag_scope.h"
 #include "protocol/link.h"
+#include "protocol/reply_scan.h"
 
 namespace halvex {
 
 namespace {
-// A frame still arriving is waited for this many character times (and at
-// least the floor, to ride over scheduling jitter) before it counts as cut.
+// An unfinished reply is waited for this many character times after its last
+// byte (and at least the floor, to ride over scheduling jitter) before it
+// counts as cut.
 constexpr int kSettleCharacters = 8;
 constexpr int kSettleFloorMs = 20;
-
 }  // namespace
 
 Receiver::Receiver(FormState& state, Link& link, QObject* parent)
-    : QObject(parent), state_(state), link_(link) {}
+    : QObject(parent), state_(state), link_(link) {
+    settle_.setSingleShot(true);
+    connect(&settle_, &QTimer::timeout, this,
+            [this] { guarded(state_, "SerPort1_OnComm", [this] { onSettled(); }); });
+}
 
 void Receiver::attachPort(SerialPort* port) {
     if (port_ != nullptr) {
         disconnect(port_, nullptr, this, nullptr);
     }
     port_ = port;
+    unfinished_ = false;
+    settle_.stop();
     if (port_ != nullptr) {
         connect(port_, &SerialPort::dataArrived, this, &Receiver::onDataArrived);
+        connect(port_, &SerialPort::reopened, this,
+                [this] { guarded(state_, "SerPort1_OnComm", [this] { onPortReopened(); }); });
+        connect(port_, &SerialPort::closed, this, [this] {
+            unfinished_ = false;
+            settle_.stop();
+        });
     }
 }
 
@@ -38,65 +48,128 @@ void Receiver::addRefreshHook(std::function<void()> hook) {
     refreshHooks_.push_back(std::move(hook));
 }
 
-void Receiver::onDataArrived() {
-    if (reading_) {
-        return;
+int Receiver::settleMs() const {
+    if (fixedSettleMs_ >= 0 || port_ == nullptr) {
+        return std::max(fixedSettleMs_, 0);
     }
+    return port_->characterTimeMs(kSettleCharacters, kSettleFloorMs);
+}
+
+void Receiver::onDataArrived() {
     guarded(state_, "SerPort1_OnComm", [this] { ReceiveFrame(); });
     scheduleLeftovers();
 }
 
+void Receiver::onSettled() {
+    if (!unfinished_) {
+        return;
+    }
+    receive(true);
+    scheduleLeftovers();
+}
+
+void Receiver::onPortReopened() {
+    // Whatever of a reply had come is gone with the library's buffer; what
+    // is left of it now is all there will be.
+    if (unfinished_) {
+        settle_.stop();
+        receive(true);
+    }
+}
+
 void Receiver::scheduleLeftovers() {
-    // A second frame that came with the first stays in the port; raise the
-    // event again for it, as the port itself would.
-    if (leftoversScheduled_ || port_ == nullptr || !port_->isOpen() || port_->bytesWaiting() == 0) {
+    // A second reply that came with the first stays in the port, and the port
+    // raises no event for bytes it already holds: raise it here. An
+    // unfinished reply waits for its own event or the settle time instead.
+    if (unfinished_ || leftoversScheduled_ || port_ == nullptr || !port_->isOpen() ||
+        port_->bytesWaiting() == 0) {
         return;
     }
     leftoversScheduled_ = true;
     QTimer::singleShot(0, this, [this] {
         leftoversScheduled_ = false;
-        if (port_ != nullptr && port_->isOpen() && port_->bytesWaiting() > 0) {
+        if (!unfinished_ && port_ != nullptr && port_->isOpen() && port_->bytesWaiting() > 0) {
             onDataArrived();
         }
     });
-}
-
-int Receiver::settleMs() const {
-    return port_->characterTimeMs(kSettleCharacters, kSettleFloorMs);
 }
 
 void Receiver::showFault() {
     state_.setLamp(LinkLamp::Fault);
 }
 
-Byte Receiver::readUnstuffed(int waiting, Byte& raw, CaptureLine& capture) {
-    raw = port_->readByte();
-    if (raw != kEsc) {
-        return raw;
+void Receiver::ReceiveFrame() {
+    if (port_ != nullptr) {
+        receive(false);
     }
-    // An escape needs its partner; if it has not come yet, give it a moment.
-    if (waiting >= 2 || port_->waitForBytes(settleMs())) {
-        capture.addEscape();
-        return static_cast<Byte>(port_->readByte() & 0x7F);
-    }
-    return raw;
 }
 
-void Receiver::ReceiveFrame() {
-    if (port_ == nullptr) {
+void Receiver::receive(bool settled) {
+    const int waiting = port_->bytesWaiting();
+    if (waiting == 0) {
+        // An event that finds nothing, or a reply whose bytes went with a
+        // reopened port: the lamp says so, and a waiting sender is released.
+        unfinished_ = false;
+        link_.noteReceiveEvent();
+        showFault();
         return;
+    }
+    // The unit is answering.
+    link_.Timer4().stop();
+    const ReplyScan scan = scanReply(port_->peekWaiting(), settled);
+    if (scan.outcome == ReplyScan::Outcome::Unfinished) {
+        // Only new bytes put the settle time off again.
+        if (!unfinished_ || waiting != unfinishedBytes_ || !settle_.isActive()) {
+            settle_.start(settleMs());
+        }
+        unfinished_ = true;
+        unfinishedBytes_ = waiting;
+        return;
+    }
+    unfinished_ = false;
+    settle_.stop();
+    take(scan);
+}
+
+void Receiver::take(const ReplyScan& scan) {
+    // Out of the port first: whatever the decoders do, these bytes are done.
+    port_->consume(static_cast<int>(scan.used));
+    link_.noteReceiveEvent();
+    if (scan.outcome == ReplyScan::Outcome::NoStart) {
+        showFault();
+        return;
+    }
+
+    const Byte address = scan.address.value_or(0);
+    if (address < 100) {
+        emit receivingIdChanged(QStringLiteral("Currently Receiving ID Of %1").arg(address));
+    }
+    int index = 0;
+    for (const Byte value : scan.body) {
+        // A runaway reply stops here with a range fault, as its 1002nd byte
+        // does not fit.
+        state_.RxBuffer[index] = value;
+        ++index;
     }
     CaptureLine capture;
-    bool complete = false;
-    {
-        // A data event raised by a short wait inside the read must not start
-        // a second read.
-        FlagScope reading(reading_);
-        complete = readFrame(capture);
+    for (const Byte value : scan.capture) {
+        capture.add(value);
     }
-    if (!complete) {
+    emit frameReceived(capture.text());
+
+    if (scan.outcome != ReplyScan::Outcome::Ended) {
+        showFault();
         return;
     }
+    if (!Check_LRC(state_.RxBuffer, index - 2, state_.UnitId)) {
+        state_.LinkFault = true;
+        showFault();
+        return;
+    }
+    state_.LinkFault = false;
+    state_.setLamp(LinkLamp::Good);
+    state_.LastResponseCode = state_.RxBuffer[0];
+
     const auto decoder = decoders_.find(state_.RxBuffer[0]);
     if (decoder != decoders_.end()) {
         decoder->second();
@@ -104,93 +177,6 @@ void Receiver::ReceiveFrame() {
     for (const auto& hook : refreshHooks_) {
         hook();
     }
-}
-
-// Steps up to the LRC check; true when the frame is good and should be
-// dispatched.
-bool Receiver::readFrame(CaptureLine& capture) {
-    link_.noteReceiveEvent();
-    int waiting = port_->bytesWaiting();
-    if (waiting == 0) {
-        showFault();
-        return false;
-    }
-    link_.Timer4().stop();
-
-    // Hunt for the ACK that starts a reply. The count test comes first: an
-    // ACK that is the last byte waiting only counts if more bytes follow it.
-    int count = 0;
-    bool found = false;
-    while (true) {
-        const Byte value = port_->readByte();
-        ++count;
-        if (count == waiting) {
-            found = value == kAck && port_->waitForBytes(settleMs());
-            break;
-        }
-        if (value == kAck) {
-            found = true;
-            break;
-        }
-    }
-    if (!found) {
-        showFault();
-        port_->discardInput();
-        return false;
-    }
-
-    capture.add(kAck);
-    waiting = port_->bytesWaiting();
-    if (waiting < 1 && port_->waitForBytes(settleMs())) {
-        waiting = port_->bytesWaiting();
-    }
-    if (waiting < 1) {
-        showFault();
-        port_->discardInput();
-        return false;
-    }
-
-    Byte raw = 0;
-    const Byte address = readUnstuffed(waiting, raw, capture);
-    if (address < 100) {
-        emit receivingIdChanged(QStringLiteral("Currently Receiving ID Of %1").arg(address));
-    }
-    capture.add(address);
-
-    int index = 0;
-    bool ended = false;
-    while (true) {
-        waiting = port_->bytesWaiting();
-        if (waiting == 0 && port_->waitForBytes(settleMs())) {
-            waiting = port_->bytesWaiting();
-        }
-        if (waiting == 0) {
-            break;
-        }
-        const Byte value = readUnstuffed(waiting, raw, capture);
-        state_.RxBuffer[index] = value;
-        capture.add(value);
-        ++index;
-        if (raw == kEtx) {
-            ended = true;
-            break;
-        }
-    }
-    emit frameReceived(capture.text());
-
-    if (!ended) {
-        showFault();
-        return false;
-    }
-    if (!Check_LRC(state_.RxBuffer, index - 2, state_.UnitId)) {
-        state_.LinkFault = true;
-        showFault();
-        return false;
-    }
-    state_.LinkFault = false;
-    state_.setLamp(LinkLamp::Good);
-    state_.LastResponseCode = state_.RxBuffer[0];
-    return true;
 }
 
 }  // namespace halvex

@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QString>
+#include <QTimer>
 #include <functional>
 #include <map>
 #include <vector>
@@ -11,11 +12,17 @@
 
 namespace halvex {
 
-class CaptureLine;
 class Link;
+struct ReplyScan;
 
-// The receive path: finds a reply in the port's buffer, unstuffs it into
-// RxBuffer, checks its LRC and hands it to the decoder registered for its code.
+// The receive path: finds a reply among the bytes waiting in the port,
+// unstuffs it into RxBuffer, checks its LRC and hands it to the decoder
+// registered for its code.
+//
+// It never waits inside a data event. It looks at what is waiting without
+// taking it; a reply whose end has not come yet stays in the port and is
+// finished by a later data event, or given up when the line has been quiet
+// for a few character times (the settle time).
 class Receiver : public QObject {
     Q_OBJECT
   public:
@@ -34,6 +41,12 @@ class Receiver : public QObject {
     // One data-arrived event.
     void ReceiveFrame();
 
+    // How long an unfinished reply is waited for after the last byte came.
+    int settleMs() const;
+    // Fixes the settle time (the fuzzer runs it at 0); -1 goes back to a few
+    // character times at the line speed.
+    void setSettleMs(int ms) { fixedSettleMs_ = ms; }
+
   signals:
     // The hexadecimal image of the reply just read ("06 01 31 ... 03").
     void frameReceived(const QString& capture);
@@ -42,12 +55,14 @@ class Receiver : public QObject {
 
   private:
     void onDataArrived();
+    void onSettled();
+    void onPortReopened();
     void scheduleLeftovers();
-    // Reads one byte of a stuffed field; `waiting` is what the port held
-    // before the read. `raw` gets the byte as it came off the line.
-    Byte readUnstuffed(int waiting, Byte& raw, CaptureLine& capture);
-    bool readFrame(CaptureLine& capture);
-    int settleMs() const;
+    // Looks at the waiting bytes; `settled` gives up an unfinished reply.
+    void receive(bool settled);
+    // Takes a reply (or noise) that the scan has made out of the port and
+    // acts on it.
+    void take(const ReplyScan& scan);
     void showFault();
 
     FormState& state_;
@@ -55,7 +70,12 @@ class Receiver : public QObject {
     SerialPort* port_ = nullptr;
     std::map<Byte, Decoder> decoders_;
     std::vector<std::function<void()>> refreshHooks_;
-    bool reading_ = false;
+    QTimer settle_;
+    int fixedSettleMs_ = -1;
+    // An unfinished reply is waiting in the port; this many bytes were there
+    // when it was last looked at.
+    bool unfinished_ = false;
+    int unfinishedBytes_ = 0;
     bool leftoversScheduled_ = false;
 };
 

@@ -13,17 +13,41 @@ int SerialPort::characterTimeMs(int characters, int floorMs) const {
 }
 
 void SerialPort::deviceFailed(const QString& reason) {
-    if (lossPending_ || !isOpen()) {
+    if (failurePending_ || !isOpen()) {
         return;
     }
-    lossPending_ = true;
+    failurePending_ = true;
     QTimer::singleShot(0, this, [this, reason] {
-        lossPending_ = false;
+        failurePending_ = false;
         if (isOpen()) {
-            abandonDevice();
-            emit lost(reason);
+            confirmFailure(reason);
         }
     });
+}
+
+void SerialPort::confirmFailure(const QString& reason) {
+    // A serial library may report an error for a wakeup that found nothing
+    // to read, and then stop listening to the device. The device is still
+    // there: reopening it brings the notifications back without the
+    // connection sequence.
+    QString why;
+    if (deviceGone()) {
+        why = QStringLiteral("the device went away (%1)").arg(reason);
+    } else if (lastReopen_.isValid() && lastReopen_.elapsed() < kReopenIntervalMs) {
+        why = QStringLiteral("it keeps failing (%1)").arg(reason);
+    } else if (reopenInPlace()) {
+        lastReopen_.start();
+        emit reopened(reason);
+        return;
+    } else {
+        why = QStringLiteral("it could not be opened again (%1)").arg(reason);
+    }
+    if (isOpen()) {
+        abandonDevice();
+    } else {
+        emit closed();  // the reopen failed and left it closed
+    }
+    emit lost(why);
 }
 
 }  // namespace halvex

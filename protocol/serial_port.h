@@ -1,7 +1,9 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QObject>
 #include <QString>
+#include <vector>
 
 #include "protocol/frame.h"
 
@@ -12,6 +14,10 @@ namespace halvex {
 class SerialPort : public QObject {
     Q_OBJECT
   public:
+    // A port that fails again this soon after being reopened in place is
+    // taken for lost: a device that keeps failing is not a false alarm.
+    static constexpr int kReopenIntervalMs = 1000;
+
     using QObject::QObject;
 
     virtual bool open(const QString& device, qint32 baudRate) = 0;
@@ -20,38 +26,51 @@ class SerialPort : public QObject {
     virtual qint32 baudRate() const = 0;
 
     // False when the byte could not be handed to the device: a port error,
-    // after which the port closes as if the device had gone (deviceFailed).
+    // after which the port is looked at (deviceFailed).
     virtual bool writeByte(Byte value) = 0;
     virtual int bytesWaiting() = 0;
-    virtual Byte readByte() = 0;
-    virtual void discardInput() = 0;
-
-    // Waits a short, bounded time for more bytes (a frame still arriving at
-    // line speed). Returns true when bytes are waiting afterwards.
-    virtual bool waitForBytes(int msecs) = 0;
+    // The bytes waiting, oldest first, left where they are.
+    virtual std::vector<Byte> peekWaiting() = 0;
+    // Takes the oldest `count` waiting bytes out.
+    virtual void consume(int count) = 0;
 
     // Time for `characters` characters at the current speed, at least `floorMs`.
     int characterTimeMs(int characters, int floorMs) const;
 
   signals:
-    // Raised when bytes have arrived; raised again while bytes remain.
+    // Raised when bytes have arrived. Bytes left waiting do not raise it again.
     void dataArrived();
     // Raised when an open port has been closed, for whatever reason.
     void closed();
     // Raised after the port closed itself because the device went away (an
     // adapter pulled out, the far end of a pseudo-terminal gone).
     void lost(const QString& reason);
+    // Raised after a port error on a device that is still there: the port
+    // was reopened in place and stays open. Bytes that were on their way in
+    // may be gone.
+    void reopened(const QString& reason);
 
   protected:
-    // The device failed under the open port. The port is closed from the
-    // event loop, never inside the read or write that failed, and then
-    // closed() and lost() are raised; failures until then are the same one.
+    // The device reported an error under the open port. It is looked at from
+    // the event loop, never inside the read or write that failed: when it is
+    // really gone, or cannot be reopened in place, the port closes and
+    // closed() and lost() are raised; otherwise reopened() is. Failures until
+    // then are the same one.
     void deviceFailed(const QString& reason);
+    // True when the device has vanished or hung up. A port kind that cannot
+    // tell says it is gone.
+    virtual bool deviceGone() { return true; }
+    // Closes and opens the same device again with the same settings, without
+    // raising closed(). False when it did not open.
+    virtual bool reopenInPlace() { return false; }
     // Closes the port without touching the device any more, raising closed().
     virtual void abandonDevice() { close(); }
 
   private:
-    bool lossPending_ = false;
+    void confirmFailure(const QString& reason);
+
+    bool failurePending_ = false;
+    QElapsedTimer lastReopen_;
 };
 
 }  // namespace halvex

@@ -44,6 +44,7 @@ class VornixU : public QMainWindow {
     UnitStatus& status() { return status_; }
     JogState& jogState() { return jog_; }
     Link& link() { return link_; }
+    Receiver& receiver() { return receiver_; }
     SerialPort& SerPort1() { return *port_; }
     DataWatch& dataWatch() { return *dataWatch_; }
     QTabWidget& SSTab1() { return *tabs_; }

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "protocol/qt_serial_port.h"
+#include "tests/support/empty_wakeup.h"
 #include "tests/support/link_rig.h"
 #include "tests/support/pty_pair.h"
 
@@ -72,11 +73,81 @@ TEST(PtyLink, ANoiseByteJustBeforeAReplyDoesNotSpoilTheReply) {
     ASSERT_TRUE(rig.port.open(rig.pty.slavePath(), 9600));
     rig.state.UnitId = 1;
     rig.pty.write({0x11});
-    // From another thread: the console may be in a blocking wait for more.
+    // The reply follows a moment later, as on a real line.
     std::thread unit([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
         rig.pty.write(ScriptedUnit::replyWire(1, {0x31}));
     });
     EXPECT_TRUE(waitFor([&] { return decoded == 1; }));
     unit.join();
+}
+
+namespace {
+// A real QtSerialPort on a pseudo-terminal with what it says about itself.
+struct WatchedPort {
+    PtyPair pty;
+    QtSerialPort port;
+    QStringList reopened;
+    QStringList lost;
+    int arrivals = 0;
+
+    WatchedPort() {
+        QObject::connect(&port, &SerialPort::reopened,
+                         [this](const QString& why) { reopened << why; });
+        QObject::connect(&port, &SerialPort::lost, [this](const QString& why) { lost << why; });
+        QObject::connect(&port, &SerialPort::dataArrived, [this] { ++arrivals; });
+    }
+    // Bytes from the unit reach the console's side and are peeked there.
+    bool hears(const std::vector<Byte>& bytes) {
+        const int before = port.bytesWaiting();
+        pty.write(bytes);
+        return waitFor(
+            [&] { return port.bytesWaiting() >= before + static_cast<int>(bytes.size()); });
+    }
+};
+}  // namespace
+
+TEST(PtyLink, AWakeupWithNothingToReadIsNotALostDevice) {
+    WatchedPort rig;
+    ASSERT_TRUE(rig.port.open(rig.pty.slavePath(), 9600));
+    ASSERT_TRUE(rig.hears({0x11, 0x22}));
+    // Looking ahead takes nothing out of the port.
+    EXPECT_EQ(rig.port.peekWaiting(), (std::vector<Byte>{0x11, 0x22}));
+    rig.port.consume(1);
+    EXPECT_EQ(rig.port.peekWaiting(), (std::vector<Byte>{0x22}));
+    rig.port.consume(1);
+
+    ASSERT_TRUE(raiseEmptyWakeup(rig.port));
+    ASSERT_TRUE(waitFor([&] { return !rig.reopened.isEmpty(); }));
+    EXPECT_TRUE(rig.lost.isEmpty());
+    EXPECT_TRUE(rig.port.isOpen());
+    // The port listens to the device again.
+    const int arrivals = rig.arrivals;
+    EXPECT_TRUE(rig.hears({0x06, 0x00}));
+    EXPECT_GT(rig.arrivals, arrivals);
+}
+
+TEST(PtyLink, APortThatKeepsFailingOrHangsUpIsLost) {
+    {
+        WatchedPort rig;
+        ASSERT_TRUE(rig.port.open(rig.pty.slavePath(), 9600));
+        ASSERT_TRUE(raiseEmptyWakeup(rig.port));
+        ASSERT_TRUE(waitFor([&] { return rig.reopened.size() == 1; }));
+        // A second alarm within the second is not taken for a false one.
+        ASSERT_TRUE(raiseEmptyWakeup(rig.port));
+        ASSERT_TRUE(waitFor([&] { return !rig.lost.isEmpty(); }));
+        EXPECT_TRUE(rig.lost.front().startsWith(QStringLiteral("it keeps failing")))
+            << rig.lost.front().toStdString();
+        EXPECT_FALSE(rig.port.isOpen());
+    }
+    {
+        WatchedPort rig;
+        ASSERT_TRUE(rig.port.open(rig.pty.slavePath(), 9600));
+        rig.pty.closeUnitSide();
+        ASSERT_TRUE(waitFor([&] { return !rig.lost.isEmpty(); }));
+        EXPECT_TRUE(rig.lost.front().startsWith(QStringLiteral("the device went away")))
+            << rig.lost.front().toStdString();
+        EXPECT_TRUE(rig.reopened.isEmpty());
+        EXPECT_FALSE(rig.port.isOpen());
+    }
 }

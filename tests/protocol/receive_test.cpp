@@ -193,3 +193,46 @@ TEST(ReceiveFrame, CaptureShowsEveryEscapeTheAddresssTooAndNoTrailingBlank) {
         EXPECT_EQ(rig.lastReceived, QLatin1String(c.capture));
     }
 }
+
+TEST(ReceiveFrame, AReplyInPiecesStaysInThePortUntilItsEndComes) {
+    ReceiveRig rig;
+    rig.state.UnitId = 1;
+    const auto wire = ScriptedUnit::replyWire(1, {0x33, 0x10, 0x03, 0x20});
+    rig.state.ReplyReceived = false;
+    int waiting = 0;
+    for (std::size_t i = 0; i + 1 < wire.size(); ++i) {
+        rig.arrive({wire[i]});
+        waiting += 1;
+        // Nothing taken, nothing decoded, nobody released yet.
+        EXPECT_EQ(rig.port.bytesWaiting(), waiting);
+        EXPECT_TRUE(rig.decoded.empty());
+        EXPECT_FALSE(rig.state.ReplyReceived);
+        QTest::qWait(rig.receiver.settleMs() / 2);
+    }
+    rig.arrive({wire.back()});
+    ASSERT_EQ(rig.decoded.size(), 1u);
+    EXPECT_EQ(rig.decoded[0][2], 0x03);
+    EXPECT_EQ(rig.port.bytesWaiting(), 0);
+    EXPECT_TRUE(rig.state.ReplyReceived);
+    EXPECT_EQ(rig.state.lamp(), LinkLamp::Good);
+    EXPECT_EQ(rig.lastReceived, QStringLiteral("06 01 33 10 1B 03 20 01 03"));
+    // Nothing is decoded twice once the settle time has passed.
+    QTest::qWait(rig.receiver.settleMs() * 2);
+    EXPECT_EQ(rig.decoded.size(), 1u);
+}
+
+TEST(ReceiveFrame, ATailThatComesAfterTheLineSettledIsNoise) {
+    ReceiveRig rig;
+    rig.state.UnitId = 1;
+    const auto wire = ScriptedUnit::replyWire(1, {0x31, 0x10});
+    rig.arrive({wire.begin(), wire.begin() + 3});
+    ASSERT_TRUE(waitFor([&] { return rig.port.bytesWaiting() == 0; }));
+    EXPECT_EQ(rig.lastReceived, QStringLiteral("06 01 31"));
+    EXPECT_EQ(rig.state.lamp(), LinkLamp::Fault);
+    rig.arrive({wire.begin() + 3, wire.end()});
+    EXPECT_EQ(rig.port.bytesWaiting(), 0);
+    EXPECT_TRUE(rig.decoded.empty());
+    // The next whole reply is read as usual.
+    rig.arrive(wire);
+    EXPECT_EQ(rig.decoded.size(), 1u);
+}

@@ -152,5 +152,5 @@ TEST(SendFrame, AFailedWriteDropsTheFrameAndLosesThePort) {
     EXPECT_TRUE(rig.lastSent.isEmpty());
     EXPECT_FALSE(rig.link.Timer4().isActive());  // nothing to wait for a reply to
     ASSERT_TRUE(waitFor([&] { return !rig.port.isOpen(); }));
-    EXPECT_EQ(lostReason, QStringLiteral("writing to it failed"));
+    EXPECT_EQ(lostReason, QStringLiteral("the device went away (writing to it failed)"));
 }
