@@ -38,6 +38,12 @@ ConnectionSequence::ConnectionSequence(ConsoleContext& context, PortSelection& p
     connect(&port_, &SerialPort::lost, this, [this](const QString& reason) {
         guarded(context_.state, "SerPort1_OnComm", [&] { portLost(reason); });
     });
+    connect(&port_, &SerialPort::reopened, this, [this](const QString& reason) {
+        context_.state.reportFault(
+            QStringLiteral(
+                "%1 reported an error (%2) but is still there: opened it again in place.")
+                .arg(portName(), reason));
+    });
     connect(&reconnect_, &QTimer::timeout, this,
             [this] { guarded(context_.state, "Reconnect_Timer", [this] { tryReconnect(); }); });
 }

@@ -41,6 +41,15 @@ void PtyPair::write(const std::vector<unsigned char>& bytes) {
     }
 }
 
+void PtyPair::closeUnitSide() {
+    for (int* fd : {&master_, &slave_}) {
+        if (*fd >= 0) {
+            ::close(*fd);
+            *fd = -1;
+        }
+    }
+}
+
 std::vector<unsigned char> PtyPair::readAvailable() {
     std::vector<unsigned char> out;
     unsigned char buffer[512];

@@ -21,6 +21,8 @@ class PtyPair {
     void write(const std::vector<unsigned char>& bytes);
     // Reads what is there now (non-blocking).
     std::vector<unsigned char> readAvailable();
+    // The unit's side goes away: the console's side hangs up.
+    void closeUnitSide();
 
   private:
     int master_ = -1;
