@@ -48,6 +48,21 @@ std::vector<Byte> LineFaults::apply(const std::vector<std::vector<Byte>>& frames
     return wire;
 }
 
+std::vector<Byte> LineFaults::chatter(Byte unitId) {
+    constexpr int kMostPayload = 16;
+    constexpr unsigned kOneIn = 5;
+    std::vector<Byte> message(1 + random_() % (kMostPayload + 1));
+    for (Byte& value : message) {
+        value = static_cast<Byte>(random_());
+    }
+    std::vector<Byte> wire = encodeFrame(kAck, unitId, message, unitId);
+    if (random_() % kOneIn == 0) {
+        // Cut anywhere after the start byte and before the end byte.
+        wire.resize(1 + random_() % (wire.size() - 1));
+    }
+    return wire;
+}
+
 void corruptLrc(std::vector<Byte>& frame) {
     // The LRC is the field before ETX: one raw byte, or ESC and its value.
     if (frame.size() < 4) {

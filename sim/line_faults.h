@@ -35,6 +35,15 @@ class LineFaults {
     // What goes on the wire for these reply frames.
     std::vector<Byte> apply(const std::vector<std::vector<Byte>>& frames);
 
+    // Other faults from now on; the count of replies sent goes on.
+    void setOptions(const LineFaultOptions& options) { options_ = options; }
+    const LineFaultOptions& options() const { return options_; }
+
+    // A reply nobody asked for, as on a line shared with a chattering unit:
+    // any code, a few payload bytes, an LRC that a console talking to
+    // `unitId` accepts; one in five is cut short.
+    std::vector<Byte> chatter(Byte unitId);
+
   private:
     bool chance(double probability);
     void appendNoise(std::vector<Byte>& wire);

@@ -8,6 +8,7 @@
 #include <QSocketNotifier>
 #include <csignal>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -66,6 +67,37 @@ bool makeLink(const std::string& target, const std::string& link) {
     return true;
 }
 
+// Reads line commands from standard input and applies them to the unit; a
+// bad command is told on stderr and changes nothing.
+void listenForLineCommands(QCoreApplication& app, halvex::sim::PtyUnit& unit) {
+    auto* notifier = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, &app);
+    auto pending = std::make_shared<std::string>();
+    QObject::connect(notifier, &QSocketNotifier::activated, &app, [notifier, pending, &unit] {
+        char buffer[512];
+        const ssize_t count = ::read(STDIN_FILENO, buffer, sizeof buffer);
+        if (count <= 0) {
+            notifier->setEnabled(false);  // nobody will say more
+            return;
+        }
+        pending->append(buffer, static_cast<std::size_t>(count));
+        std::size_t end = 0;
+        while ((end = pending->find('\n')) != std::string::npos) {
+            const std::string line = pending->substr(0, end);
+            pending->erase(0, end + 1);
+            const auto command = halvex::sim::parseLineCommand(line);
+            if (const auto* error = std::get_if<std::string>(&command)) {
+                std::fprintf(stderr, "halvex-sim: %s\n", error->c_str());
+            } else {
+                unit.apply(std::get<halvex::sim::LineCommand>(command));
+            }
+        }
+        // A line with no end in sight is not a command.
+        if (pending->size() > sizeof buffer) {
+            pending->clear();
+        }
+    });
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -98,6 +130,9 @@ int main(int argc, char** argv) {
     const std::string device = unit.slavePath().toStdString();
     if (!line.link.empty() && !makeLink(device, line.link)) {
         return 1;
+    }
+    if (line.control) {
+        listenForLineCommands(app, unit);
     }
     if (!quitOnSignals(app)) {
         std::perror("halvex-sim: signals");

@@ -25,7 +25,7 @@ QString systemError(const char* what) {
 }  // namespace
 
 PtyUnit::PtyUnit(const PtyUnitOptions& options, QObject* parent)
-    : QObject(parent), options_(options), unit_(options.unit), faults_(options.line) {
+    : QObject(parent), unit_(options.unit), faults_(options.line), paceBaud_(options.paceBaud) {
     for (Fault fault : options.faults) {
         unit_.state().motion.armFault(fault);
     }
@@ -33,6 +33,8 @@ PtyUnit::PtyUnit(const PtyUnitOptions& options, QObject* parent)
     connect(&clockTimer_, &QTimer::timeout, this, &PtyUnit::runClock);
     paceTimer_.setTimerType(Qt::PreciseTimer);
     connect(&paceTimer_, &QTimer::timeout, this, &PtyUnit::writePaced);
+    chatterTimer_.setTimerType(Qt::PreciseTimer);
+    connect(&chatterTimer_, &QTimer::timeout, this, &PtyUnit::chatter);
     resumeTimer_.setSingleShot(true);
     connect(&resumeTimer_, &QTimer::timeout, this, [this] {
         if (readNotifier_) {
@@ -131,7 +133,18 @@ void PtyUnit::scheduleClock() {
 }
 
 void PtyUnit::queueOutput() {
-    const auto bytes = faults_.apply(unit_.takeFrames());
+    const auto frames = unit_.takeFrames();
+    if (nowMs() < silentUntilMs_) {
+        return;
+    }
+    sendOut(faults_.apply(frames));
+}
+
+void PtyUnit::chatter() {
+    sendOut(faults_.chatter(unit_.state().settings.unitId));
+}
+
+void PtyUnit::sendOut(const std::vector<Byte>& bytes) {
     if (bytes.empty()) {
         return;
     }
@@ -139,16 +152,55 @@ void PtyUnit::queueOutput() {
     while (pending_.size() > kMaxPending) {
         pending_.pop_front();
     }
-    if (options_.paceBaud <= 0) {
+    if (paceBaud_ <= 0) {
         writeNow();
         return;
     }
     if (!paceTimer_.isActive()) {
         paceStartMs_ = nowMs();
         pacedSent_ = 0;
-        const int byteMs = std::max(1, kBitsPerByte * 1000 / options_.paceBaud);
+        const int byteMs = std::max(1, kBitsPerByte * 1000 / paceBaud_);
         paceTimer_.start(byteMs);
     }
+}
+
+void PtyUnit::apply(const LineCommand& command) {
+    LineFaultOptions line = faults_.options();
+    switch (command.kind) {
+        case LineCommand::Kind::Clean:
+            line = LineFaultOptions{};
+            chatterTimer_.stop();
+            paceBaud_ = 0;
+            silentUntilMs_ = 0;
+            break;
+        case LineCommand::Kind::Noise:
+            line.noise = command.rate;
+            break;
+        case LineCommand::Kind::Corrupt:
+            line.corrupt = command.rate;
+            break;
+        case LineCommand::Kind::Drop:
+            line.drop = command.rate;
+            break;
+        case LineCommand::Kind::Chatter:
+            if (command.number > 0) {
+                chatterTimer_.start(command.number);
+            } else {
+                chatterTimer_.stop();
+            }
+            break;
+        case LineCommand::Kind::Pace:
+            paceBaud_ = command.number;
+            if (paceBaud_ <= 0) {
+                paceTimer_.stop();
+                writeNow();
+            }
+            break;
+        case LineCommand::Kind::Silent:
+            silentUntilMs_ = nowMs() + command.number * 1000LL;
+            break;
+    }
+    faults_.setOptions(line);
 }
 
 void PtyUnit::writeNow() {
@@ -162,8 +214,7 @@ void PtyUnit::writeNow() {
 
 void PtyUnit::writePaced() {
     // Bytes due by now at the line speed, each written on its own.
-    const std::int64_t due =
-        (nowMs() - paceStartMs_) * options_.paceBaud / (kBitsPerByte * 1000) + 1;
+    const std::int64_t due = (nowMs() - paceStartMs_) * paceBaud_ / (kBitsPerByte * 1000) + 1;
     while (pacedSent_ < due && !pending_.empty()) {
         const Byte value = pending_.front();
         if (::write(master_, &value, 1) != 1) {

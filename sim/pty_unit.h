@@ -14,6 +14,7 @@
 #include <memory>
 #include <vector>
 
+#include "sim/line_control.h"
 #include "sim/line_faults.h"
 #include "sim/pty_unit_options.h"
 #include "sim/unit.h"
@@ -34,6 +35,9 @@ class PtyUnit : public QObject {
 
     Unit& unit() { return unit_; }
 
+    // Changes the line from now on (see line_control.h).
+    void apply(const LineCommand& command);
+
   private:
     void readFromConsole();
     void runClock();
@@ -41,9 +45,10 @@ class PtyUnit : public QObject {
     void queueOutput();
     void writeNow();
     void writePaced();
+    void chatter();
+    void sendOut(const std::vector<Byte>& bytes);
     std::int64_t nowMs() const { return clock_.elapsed(); }
 
-    PtyUnitOptions options_;
     Unit unit_;
     LineFaults faults_;
     int master_ = -1;
@@ -56,6 +61,10 @@ class PtyUnit : public QObject {
     QTimer clockTimer_;
     QTimer paceTimer_;
     QTimer resumeTimer_;
+    QTimer chatterTimer_;
+    int paceBaud_ = 0;
+    // Replies before this time are not sent.
+    std::int64_t silentUntilMs_ = 0;
     std::deque<Byte> pending_;
     std::int64_t paceStartMs_ = 0;
     std::int64_t pacedSent_ = 0;

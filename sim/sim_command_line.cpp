@@ -73,6 +73,10 @@ std::variant<SimCommandLine, std::string> parseSimCommandLine(
             line.version = true;
             continue;
         }
+        if (option == "--control") {
+            line.control = true;
+            continue;
+        }
         if (!takesValue(option)) {
             return option.rfind("-", 0) == 0 ? "unknown option " + option
                                              : "unexpected argument " + option;
@@ -148,6 +152,11 @@ std::string simUsage() {
            "  --fault F          axis fault each time the axis is driven, until reset:\n"
            "                     pan-timeout, tilt-timeout, pan-dir or tilt-dir\n"
            "                     (may be given more than once)\n"
+           "  --control          read line changes from standard input, one a line:\n"
+           "                     clean, noise RATE, corrupt RATE, drop RATE,\n"
+           "                     chatter MS (a random reply every MS ms, one in five\n"
+           "                     cut short; 0 stops it), pace BAUD (0: whole replies),\n"
+           "                     silent SECONDS\n"
            "  -v, --verbose      log every frame in and out, in hex, on stderr\n"
            "  -h, --help         show this text\n"
            "      --version      show the version\n";

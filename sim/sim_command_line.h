@@ -14,6 +14,8 @@ struct SimCommandLine {
     PtyUnitOptions options;
     std::string link;  // symbolic link to the device, when asked for
     bool verbose = false;
+    // Line commands are read from standard input.
+    bool control = false;
     bool help = false;
     bool version = false;
 };

@@ -29,6 +29,12 @@ class SimProcess {
 
     const QString& device() const { return device_; }
 
+    // One line on the program's standard input (a line command, with --control).
+    void say(const QString& line) {
+        process_.write((line + QLatin1Char('\n')).toLocal8Bit());
+        process_.waitForBytesWritten(1000);
+    }
+
   private:
     QProcess process_;
     QString device_;
