@@ -1,0 +1,60 @@
+#include <gtest/gtest.h>
+
+#include <QTest>
+
+#include "tests/connection/pty_console.h"
+#include "tests/support/empty_wakeup.h"
+#include "tests/support/sim_process.h"
+
+using namespace halvex;
+using namespace halvex::testing;
+
+namespace {
+bool anyLostDevice(const QStringList& faults) {
+    return faults.join(QLatin1Char('\n')).contains(QStringLiteral(" lost: "));
+}
+
+// Replies keep coming: the jog messages are answered.
+bool repliesFlow(PtyConsole& console) {
+    FormState& state = console.window->state();
+    state.LastResponseCode = 0;
+    return QTest::qWaitFor([&] { return state.LastResponseCode == 0x31; }, 3000);
+}
+}  // namespace
+
+TEST(LineHiccup, AWakeupWithNothingToReadLeavesTheConsoleOnlineAndJogging) {
+    SimProcess sim;
+    PtyConsole console(sim.device());
+    ASSERT_TRUE(console.start());
+    const quint64 sentBefore = console.window->link().framesSent();
+
+    ASSERT_TRUE(raiseEmptyWakeup(console.window->SerPort1()));
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return console.faults.join(' ').contains(QStringLiteral("in place")); }, 2000));
+    EXPECT_TRUE(console.titleEnds(" Online"));
+    EXPECT_TRUE(repliesFlow(console));
+    EXPECT_TRUE(console.titleEnds(" Online"));
+    EXPECT_FALSE(anyLostDevice(console.faults)) << console.faults.join('\n').toStdString();
+    // No connection sequence ran again: only jog messages went out.
+    EXPECT_LT(console.window->link().framesSent() - sentBefore, 200u);
+    EXPECT_TRUE(console.window->SSTab1().isEnabled());
+}
+
+TEST(LineHiccup, ABurstOfChatterOnTheLineIsNoLostDevice) {
+    SimProcess sim({QStringLiteral("--control")});
+    PtyConsole console(sim.device());
+    ASSERT_TRUE(console.start());
+    // Random replies every 2 ms, one in five cut short, for three seconds.
+    sim.say(QStringLiteral("chatter 2"));
+    bool stayedOnline = true;
+    QObject::connect(console.window.get(), &QWidget::windowTitleChanged, [&](const QString& title) {
+        stayedOnline = stayedOnline && title.endsWith(QStringLiteral(" Online"));
+    });
+    QTest::qWait(3000);
+    sim.say(QStringLiteral("clean"));
+    EXPECT_TRUE(stayedOnline);
+    EXPECT_FALSE(anyLostDevice(console.faults)) << console.faults.join('\n').toStdString();
+    EXPECT_TRUE(console.window->SerPort1().isOpen());
+    EXPECT_TRUE(repliesFlow(console));
+    EXPECT_TRUE(console.titleEnds(" Online"));
+}
