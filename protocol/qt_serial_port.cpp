@@ -25,20 +25,26 @@ void QtSerialPort::onError(QSerialPort::SerialPortError error) {
     deviceFailed(port_->errorString());
 }
 
-bool QtSerialPort::deviceGone() {
+QString QtSerialPort::whyGone(const QString& reported) {
     // A by-id link or a device node that has vanished: the adapter is out.
     if (!QFileInfo::exists(device_)) {
-        return true;
+        return QStringLiteral("the device is no longer there");
     }
     // A terminal whose far end hung up (an adapter being removed, the other
     // side of a pseudo-terminal closed) says so without being read.
     pollfd check{};
     check.fd = static_cast<int>(port_->handle());
     check.events = 0;
-    if (check.fd < 0 || ::poll(&check, 1, 0) < 0) {
-        return true;
+    if (check.fd < 0 || ::poll(&check, 1, 0) < 0 || (check.revents & POLLNVAL) != 0) {
+        return QStringLiteral("the device went away (%1)").arg(reported);
     }
-    return (check.revents & (POLLHUP | POLLERR | POLLNVAL)) != 0;
+    if ((check.revents & POLLHUP) != 0) {
+        return QStringLiteral("the line hung up");
+    }
+    if ((check.revents & POLLERR) != 0) {
+        return QStringLiteral("the device went away (%1)").arg(reported);
+    }
+    return {};
 }
 
 bool QtSerialPort::reopenInPlace() {

@@ -23,7 +23,7 @@ class QtSerialPort : public SerialPort {
     void consume(int count) override;
 
   protected:
-    bool deviceGone() override;
+    QString whyGone(const QString& reported) override;
     bool reopenInPlace() override;
     void abandonDevice() override;
 

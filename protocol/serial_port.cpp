@@ -30,17 +30,17 @@ void SerialPort::confirmFailure(const QString& reason) {
     // to read, and then stop listening to the device. The device is still
     // there: reopening it brings the notifications back without the
     // connection sequence.
-    QString why;
-    if (deviceGone()) {
-        why = QStringLiteral("the device went away (%1)").arg(reason);
-    } else if (lastReopen_.isValid() && lastReopen_.elapsed() < kReopenIntervalMs) {
-        why = QStringLiteral("it keeps failing (%1)").arg(reason);
-    } else if (reopenInPlace()) {
-        lastReopen_.start();
-        emit reopened(reason);
-        return;
-    } else {
-        why = QStringLiteral("it could not be opened again (%1)").arg(reason);
+    QString why = whyGone(reason);
+    if (why.isEmpty()) {
+        if (lastReopen_.isValid() && lastReopen_.elapsed() < kReopenIntervalMs) {
+            why = QStringLiteral("it keeps failing (%1)").arg(reason);
+        } else if (reopenInPlace()) {
+            lastReopen_.start();
+            emit reopened(reason);
+            return;
+        } else {
+            why = QStringLiteral("it could not be opened again (%1)").arg(reason);
+        }
     }
     if (isOpen()) {
         abandonDevice();

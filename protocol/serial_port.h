@@ -57,9 +57,11 @@ class SerialPort : public QObject {
     // closed() and lost() are raised; otherwise reopened() is. Failures until
     // then are the same one.
     void deviceFailed(const QString& reason);
-    // True when the device has vanished or hung up. A port kind that cannot
-    // tell says it is gone.
-    virtual bool deviceGone() { return true; }
+    // Why the device is gone (it vanished, it hung up), or an empty string
+    // while it is still there. A port kind that cannot tell says it went away.
+    virtual QString whyGone(const QString& reported) {
+        return QStringLiteral("the device went away (%1)").arg(reported);
+    }
     // Closes and opens the same device again with the same settings, without
     // raising closed(). False when it did not open.
     virtual bool reopenInPlace() { return false; }
