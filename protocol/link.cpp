@@ -175,6 +175,7 @@ void Link::noteReceiveEvent() {
     if (!awaiting_.empty()) {
         awaiting_.front()->answered = true;
         awaiting_.pop_front();
+        ++framesAnswered_;
     }
     state_.ReplyReceived = true;
 }

@@ -101,6 +101,8 @@ class Link : public QObject {
 
     // Frames written since the program started, jog messages included.
     quint64 framesSent() const { return framesSent_; }
+    // Frames that a receive event came for.
+    quint64 framesAnswered() const { return framesAnswered_; }
 
     QTimer& Timer1() { return timer1_; }
     QTimer& Timer2() { return timer2_; }
@@ -137,6 +139,7 @@ class Link : public QObject {
     QTimer timer2_;
     QTimer timer4_;
     quint64 framesSent_ = 0;
+    quint64 framesAnswered_ = 0;
     bool jogRequested_ = false;
     // Frames that were waiting when the jog message was asked for.
     std::size_t framesBeforeJog_ = 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QtGlobal>
 #include <functional>
 
 namespace halvex {
@@ -15,5 +16,16 @@ bool waitUntil(FormState& state, const std::function<bool()>& done, int timeoutM
 
 // Lets the events that are already pending run once (a "DoEvents").
 void letEventsRun();
+
+// How the waits have gone since the program started, for long runs that
+// must show that every wait ended.
+struct WaitCensus {
+    quint64 ended = 0;
+    qint64 longestMs = 0;
+    // Waits still running, and how long the oldest of them has been.
+    int running = 0;
+    qint64 oldestRunningMs = 0;
+};
+WaitCensus waitCensus();
 
 }  // namespace halvex
