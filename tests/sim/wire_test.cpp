@@ -10,6 +10,7 @@
 #include <random>
 #include <sstream>
 
+#include "sim/line_control.h"
 #include "sim/line_faults.h"
 #include "sim/sim_command_line.h"
 #include "tests/sim/unit_test_support.h"
@@ -156,6 +157,55 @@ TEST(UnitWire, LineFaultsCorruptAddNoiseDropAndFallSilent) {
     EXPECT_EQ(decodeFrames(silence.apply(replies(2))).size(), 2u);
     EXPECT_EQ(decodeFrames(silence.apply(replies(5))).size(), 1u);
     EXPECT_TRUE(silence.apply(replies(5)).empty());
+}
+
+TEST(UnitWire, ChatterIsWellFormedRepliesForTheConsoleOneInFiveCutShort) {
+    LineFaults faults(LineFaultOptions{});
+    int whole = 0;
+    int cut = 0;
+    for (int i = 0; i < 500; ++i) {
+        const auto wire = faults.chatter(9);
+        ASSERT_FALSE(wire.empty());
+        EXPECT_EQ(wire.front(), kAck);
+        if (wire.back() != kEtx) {
+            ++cut;
+            continue;
+        }
+        const auto frames = decodeFrames(wire);
+        ASSERT_EQ(frames.size(), 1u);
+        EXPECT_EQ(frames[0].address, 9);
+        EXPECT_TRUE(frames[0].lrcGood) << "the console talking to unit 9 takes it";
+        ++whole;
+    }
+    EXPECT_TRUE(cut > 60 && cut < 140) << cut;
+    EXPECT_EQ(whole + cut, 500);
+}
+
+TEST(LineControl, EveryCommandAndItsValuesAndWhatIsRefused) {
+    const std::pair<const char*, LineCommand> good[] = {
+        {"clean", {LineCommand::Kind::Clean, 0, 0}},
+        {"noise 0.25", {LineCommand::Kind::Noise, 0.25, 0}},
+        {"corrupt 1", {LineCommand::Kind::Corrupt, 1.0, 0}},
+        {"  drop   0  ", {LineCommand::Kind::Drop, 0.0, 0}},
+        {"chatter 2", {LineCommand::Kind::Chatter, 0, 2}},
+        {"chatter 0", {LineCommand::Kind::Chatter, 0, 0}},
+        {"pace 9600", {LineCommand::Kind::Pace, 0, 9600}},
+        {"pace 0", {LineCommand::Kind::Pace, 0, 0}},
+        {"silent 4", {LineCommand::Kind::Silent, 0, 4}},
+    };
+    for (const auto& [text, expected] : good) {
+        SCOPED_TRACE(text);
+        const auto parsed = parseLineCommand(text);
+        ASSERT_TRUE(std::holds_alternative<LineCommand>(parsed)) << std::get<std::string>(parsed);
+        const auto& command = std::get<LineCommand>(parsed);
+        EXPECT_EQ(command.kind, expected.kind);
+        EXPECT_DOUBLE_EQ(command.rate, expected.rate);
+        EXPECT_EQ(command.number, expected.number);
+    }
+    for (const char* bad : {"", "noise", "noise 1.5", "noise -0.1", "noise 0.5x", "pace 10",
+                            "pace -1", "chatter 2 3", "silent 4000", "clean now", "louder 3"}) {
+        EXPECT_TRUE(std::holds_alternative<std::string>(parseLineCommand(bad))) << bad;
+    }
 }
 
 TEST(SimCommandLine, ParsesEveryOptionAndRejectsBadValues) {
