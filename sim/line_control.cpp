@@ -69,4 +69,24 @@ std::variant<LineCommand, std::string> parseLineCommand(const std::string& line)
     return "unknown command: " + name;
 }
 
+std::vector<std::variant<LineCommand, std::string>> LineCommandReader::feed(const char* data,
+                                                                            std::size_t size) {
+    std::vector<std::variant<LineCommand, std::string>> commands;
+    for (std::size_t i = 0; i < size; ++i) {
+        if (data[i] != '\n') {
+            if (pending_.size() < kLongestLine) {
+                pending_.push_back(data[i]);
+            }
+            continue;
+        }
+        if (pending_.size() >= kLongestLine) {
+            commands.emplace_back(std::string("line too long"));
+        } else {
+            commands.push_back(parseLineCommand(pending_));
+        }
+        pending_.clear();
+    }
+    return commands;
+}
+
 }  // namespace halvex::sim

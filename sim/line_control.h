@@ -13,8 +13,10 @@
 //   pace BAUD        replies byte by byte at this speed (0: whole replies)
 //   silent SECONDS   answer nothing for that long
 
+#include <cstddef>
 #include <string>
 #include <variant>
+#include <vector>
 
 namespace halvex::sim {
 
@@ -27,5 +29,18 @@ struct LineCommand {
 
 // The command on one line, or what is wrong with it.
 std::variant<LineCommand, std::string> parseLineCommand(const std::string& line);
+
+// Cuts what arrives on standard input into lines and reads each one.
+class LineCommandReader {
+  public:
+    // A line longer than this with no end in sight is not a command.
+    static constexpr std::size_t kLongestLine = 512;
+
+    // The commands (or complaints) of every line these bytes complete.
+    std::vector<std::variant<LineCommand, std::string>> feed(const char* data, std::size_t size);
+
+  private:
+    std::string pending_;
+};
 
 }  // namespace halvex::sim

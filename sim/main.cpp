@@ -71,29 +71,20 @@ bool makeLink(const std::string& target, const std::string& link) {
 // bad command is told on stderr and changes nothing.
 void listenForLineCommands(QCoreApplication& app, halvex::sim::PtyUnit& unit) {
     auto* notifier = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, &app);
-    auto pending = std::make_shared<std::string>();
-    QObject::connect(notifier, &QSocketNotifier::activated, &app, [notifier, pending, &unit] {
+    auto reader = std::make_shared<halvex::sim::LineCommandReader>();
+    QObject::connect(notifier, &QSocketNotifier::activated, &app, [notifier, reader, &unit] {
         char buffer[512];
         const ssize_t count = ::read(STDIN_FILENO, buffer, sizeof buffer);
         if (count <= 0) {
             notifier->setEnabled(false);  // nobody will say more
             return;
         }
-        pending->append(buffer, static_cast<std::size_t>(count));
-        std::size_t end = 0;
-        while ((end = pending->find('\n')) != std::string::npos) {
-            const std::string line = pending->substr(0, end);
-            pending->erase(0, end + 1);
-            const auto command = halvex::sim::parseLineCommand(line);
+        for (const auto& command : reader->feed(buffer, static_cast<std::size_t>(count))) {
             if (const auto* error = std::get_if<std::string>(&command)) {
                 std::fprintf(stderr, "halvex-sim: %s\n", error->c_str());
             } else {
                 unit.apply(std::get<halvex::sim::LineCommand>(command));
             }
-        }
-        // A line with no end in sight is not a command.
-        if (pending->size() > sizeof buffer) {
-            pending->clear();
         }
     });
 }

@@ -206,6 +206,19 @@ TEST(LineControl, EveryCommandAndItsValuesAndWhatIsRefused) {
                             "pace -1", "chatter 2 3", "silent 4000", "clean now", "louder 3"}) {
         EXPECT_TRUE(std::holds_alternative<std::string>(parseLineCommand(bad))) << bad;
     }
+
+    // Lines come in pieces; one with no end in sight is refused, not kept.
+    LineCommandReader reader;
+    EXPECT_TRUE(reader.feed("chat", 4).empty());
+    auto commands = reader.feed("ter 5\nsil", 10);
+    ASSERT_EQ(commands.size(), 1u);
+    EXPECT_EQ(std::get<LineCommand>(commands[0]).number, 5);
+    const std::string endless(2000, 'x');
+    EXPECT_TRUE(reader.feed(endless.data(), endless.size()).empty());
+    commands = reader.feed("\nclean\n", 7);
+    ASSERT_EQ(commands.size(), 2u);
+    EXPECT_EQ(std::get<std::string>(commands[0]), "line too long");
+    EXPECT_EQ(std::get<LineCommand>(commands[1]).kind, LineCommand::Kind::Clean);
 }
 
 TEST(SimCommandLine, ParsesEveryOptionAndRejectsBadValues) {
