@@ -69,12 +69,15 @@ void Receiver::onSettled() {
 }
 
 void Receiver::onPortReopened() {
-    // Whatever of a reply had come is gone with the library's buffer; what
-    // is left of it now is all there will be.
+    // Whatever of a reply had come went with the library's buffer: that reply
+    // is lost, and the watchdog reports its frame as unanswered. Bytes still
+    // waiting are looked at afresh.
     if (unfinished_) {
+        unfinished_ = false;
         settle_.stop();
-        receive(true);
+        showFault();
     }
+    scheduleLeftovers();
 }
 
 void Receiver::scheduleLeftovers() {

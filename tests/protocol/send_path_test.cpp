@@ -122,3 +122,28 @@ TEST(SendPath, AStopRequestedJustBeforeThePortWasLostGoesFirstWhenItIsBack) {
     ASSERT_TRUE(waitFor([&] { return framesBeforeStop.has_value(); }));
     EXPECT_EQ(*framesBeforeStop, 0u) << "the stop request waited for a frame that was dropped";
 }
+
+TEST(SendPath, AReplyLostWithAPortReopenedInPlaceIsReportedAsUnanswered) {
+    LinkRig rig;
+    rig.unit.setScript([](const ScriptedUnit::Frame&) { return std::nullopt; });
+    QStringList lost;
+    QObject::connect(&rig.port, &SerialPort::lost, [&](const QString& why) { lost << why; });
+    const FrameTicket frame = sendMessage(rig.state, rig.link, {0x9A});
+    ASSERT_TRUE(wentOut(frame));
+    // The first bytes of the reply hold the watchdog off...
+    rig.port.injectIncoming({0x06, 0x00, 0x9A});
+    EXPECT_FALSE(rig.link.Timer4().isActive());
+    // ...and go with the reopen.
+    rig.port.raiseFalseAlarm();
+    EXPECT_FALSE(rig.link.awaitReply(frame));
+    EXPECT_TRUE(frame->unanswered);
+    EXPECT_TRUE(rig.state.LinkFault);
+    EXPECT_EQ(rig.state.lamp(), LinkLamp::Fault);
+    EXPECT_TRUE(rig.port.isOpen());
+    EXPECT_TRUE(lost.isEmpty());
+    // The line goes on: the next reply is read whole.
+    rig.unit.answerEverything({0x01});
+    const FrameTicket next = sendMessage(rig.state, rig.link, {0x9A});
+    EXPECT_TRUE(rig.link.awaitReply(next));
+    EXPECT_FALSE(rig.state.LinkFault);
+}

@@ -20,12 +20,30 @@ class TestPort : public InProcessPort {
         }
         return InProcessPort::writeByte(value);
     }
+    // The port reports an error while the device is still there, as the
+    // serial library does for a wakeup that found nothing to read; the
+    // reopen loses whatever had come in.
+    void raiseFalseAlarm() {
+        stillThere_ = true;
+        deviceFailed(QStringLiteral("Resource temporarily unavailable"));
+    }
     void setOpenFails(bool fails) { openFails_ = fails; }
     // Every write fails, as on an adapter that was pulled out.
     void setWriteFails(bool fails) { writeFails_ = fails; }
     void injectIncoming(const std::vector<Byte>& bytes) { deliver(bytes); }
 
+  protected:
+    QString whyGone(const QString& reported) override {
+        return stillThere_ ? QString() : InProcessPort::whyGone(reported);
+    }
+    bool reopenInPlace() override {
+        stillThere_ = false;
+        consume(bytesWaiting());
+        return true;
+    }
+
   private:
+    bool stillThere_ = false;
     bool openFails_ = false;
     bool writeFails_ = false;
 };
