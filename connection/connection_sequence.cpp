@@ -74,7 +74,7 @@ void ConnectionSequence::tryReconnect() {
     }
     reconnect_.stop();
     context_.state.reportFault(QStringLiteral("%1 is back: connecting again.").arg(portName()));
-    const bool online = initialise();
+    const bool online = initialise(NoAnswer::KeepLooking);
     emit finished(online);
 }
 
@@ -115,7 +115,7 @@ void ConnectionSequence::requestLimits() {
     }
 }
 
-bool ConnectionSequence::initialise() {
+bool ConnectionSequence::initialise(NoAnswer noAnswer) {
     FlagScope running(running_);
     view_.setTitle(ports_.title(QStringLiteral(" Initializing Pan & Tilt")));
     showProgress(QStringLiteral("Initializing"), QStringLiteral("Pan/Tilt"));
@@ -143,7 +143,7 @@ bool ConnectionSequence::initialise() {
             return false;
         }
         if (!context_.state.ReplyReceived) {
-            fail();
+            fail(noAnswer);
             return false;
         }
 
@@ -210,9 +210,19 @@ void ConnectionSequence::abandon() {
     view_.StartBut->setText(QStringLiteral("Start"));
 }
 
-void ConnectionSequence::fail() {
+void ConnectionSequence::fail(NoAnswer noAnswer) {
     context_.link.stop();
     showProgress(QStringLiteral("Pan"), QStringLiteral("Tilt"));
+    if (noAnswer == NoAnswer::KeepLooking) {
+        port_.close();
+        view_.setTitle(ports_.title(QStringLiteral(" Offline")));
+        view_.StartBut->setText(QStringLiteral("Start"));
+        context_.state.reportFault(
+            QStringLiteral("%1 is there but no unit answers yet. Looking for it again.")
+                .arg(portName()));
+        reconnect_.start();
+        return;
+    }
     context_.messages.exclamation(
         QStringLiteral("Could Not Establish Connection"),
         QStringLiteral("There was a problem establishing a connection. Please check your port "

@@ -57,9 +57,18 @@ class ConnectionSequence : public QObject {
     void finished(bool online);
 
   private:
+    // What a sequence does when no unit answers its first frame.
+    enum class NoAnswer {
+        // The operator pressed Start: say so in a box and stay offline.
+        Tell,
+        // The console found the device again by itself: a unit still
+        // powering up may not answer yet, so keep looking.
+        KeepLooking,
+    };
+
     // Steps from the first jog message to online; false when no unit answered.
-    bool initialise();
-    void fail();
+    bool initialise(NoAnswer noAnswer = NoAnswer::Tell);
+    void fail(NoAnswer noAnswer);
     // The port closed under the sequence: back to offline without a message.
     void abandon();
     void showProgress(const QString& pan, const QString& tilt);

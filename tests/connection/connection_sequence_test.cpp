@@ -248,3 +248,27 @@ TEST(ConnectionSequence, ExitWithADeadLineDoesNotHang) {
     rig.window->close();
     EXPECT_FALSE(rig.port->isOpen());
 }
+
+TEST(ConnectionSequence, AUnitFoundAgainButNotYetAnsweringIsLookedForAgainWithoutABox) {
+    ConsoleRig rig;
+    ASSERT_TRUE(rig.connect());
+    QStringList faults;
+    QObject::connect(&rig.window->state(), &FormState::faultReported,
+                     [&](const QString& message) { faults << message; });
+    // The cable is pulled, and the unit is still powering up when it is back.
+    rig.line.setConnected(false);
+    rig.port->setWriteFails(true);
+    ASSERT_TRUE(ConsoleRig::waitFor([&] { return !rig.port->isOpen(); }));
+    rig.port->setWriteFails(false);
+    ASSERT_TRUE(ConsoleRig::waitFor(
+        [&] { return faults.join('\n').contains(QStringLiteral("no unit answers yet")); }, 8000));
+    EXPECT_TRUE(rig.shown.empty()) << "a box for a unit that is still powering up";
+    EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral(" Offline")));
+    EXPECT_TRUE(rig.window->connection().reconnecting());
+    EXPECT_FALSE(rig.port->isOpen());
+    // It answers at last: online by itself.
+    rig.line.setConnected(true);
+    EXPECT_TRUE(ConsoleRig::waitFor(
+        [&] { return rig.window->windowTitle().endsWith(QStringLiteral(" Online")); }, 10000));
+    EXPECT_TRUE(rig.shown.empty());
+}
