@@ -32,10 +32,14 @@ void SerialPort::confirmFailure(const QString& reason) {
     // connection sequence.
     QString why = whyGone(reason);
     if (why.isEmpty()) {
-        if (lastReopen_.isValid() && lastReopen_.elapsed() < kReopenIntervalMs) {
+        while (!reopens_.empty() && reopens_.front().elapsed() > kReopenWindowMs) {
+            reopens_.pop_front();
+        }
+        if (static_cast<int>(reopens_.size()) >= kMostReopens) {
             why = QStringLiteral("it keeps failing (%1)").arg(reason);
         } else if (reopenInPlace()) {
-            lastReopen_.start();
+            reopens_.emplace_back();
+            reopens_.back().start();
             emit reopened(reason);
             return;
         } else {

@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QObject>
 #include <QString>
+#include <deque>
 #include <vector>
 
 #include "protocol/frame.h"
@@ -14,9 +15,12 @@ namespace halvex {
 class SerialPort : public QObject {
     Q_OBJECT
   public:
-    // A port that fails again this soon after being reopened in place is
-    // taken for lost: a device that keeps failing is not a false alarm.
-    static constexpr int kReopenIntervalMs = 1000;
+    // False alarms come in clusters while nested waits run (a wakeup that
+    // a nested event loop has already served), but a port that needs more
+    // than this many reopens in this long is taken for lost: a device that
+    // keeps failing is not a false alarm.
+    static constexpr int kMostReopens = 5;
+    static constexpr int kReopenWindowMs = 10000;
 
     using QObject::QObject;
 
@@ -72,7 +76,8 @@ class SerialPort : public QObject {
     void confirmFailure(const QString& reason);
 
     bool failurePending_ = false;
-    QElapsedTimer lastReopen_;
+    // When the recent reopens happened, oldest first.
+    std::deque<QElapsedTimer> reopens_;
 };
 
 }  // namespace halvex

@@ -131,9 +131,13 @@ TEST(PtyLink, APortThatKeepsFailingOrHangsUpIsLost) {
     {
         WatchedPort rig;
         ASSERT_TRUE(rig.port.open(rig.pty.slavePath(), 9600));
-        ASSERT_TRUE(raiseEmptyWakeup(rig.port));
-        ASSERT_TRUE(waitFor([&] { return rig.reopened.size() == 1; }));
-        // A second alarm within the second is not taken for a false one.
+        // False alarms may come a few at a time...
+        for (int alarm = 1; alarm <= SerialPort::kMostReopens; ++alarm) {
+            ASSERT_TRUE(raiseEmptyWakeup(rig.port));
+            ASSERT_TRUE(waitFor([&] { return rig.reopened.size() == alarm; }));
+        }
+        EXPECT_TRUE(rig.lost.isEmpty());
+        // ...but not without end.
         ASSERT_TRUE(raiseEmptyWakeup(rig.port));
         ASSERT_TRUE(waitFor([&] { return !rig.lost.isEmpty(); }));
         EXPECT_TRUE(rig.lost.front().startsWith(QStringLiteral("it keeps failing")))
