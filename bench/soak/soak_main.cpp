@@ -15,6 +15,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
+#include <QMap>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTimer>
@@ -96,9 +97,9 @@ int main(int argc, char* argv[]) {
 
     UnitProcess unit(QStringLiteral(HALVEX_SIM_PATH), scratch.path(), options.schedule);
     qputenv("HALVEX_COM1", unit.link().toLocal8Bit());
-    int boxes = 0;
-    halvex::VornixU window(nullptr, [&boxes](QWidget*, const halvex::Message&) {
-        ++boxes;
+    QMap<QString, int> boxes;
+    halvex::VornixU window(nullptr, [&boxes](QWidget*, const halvex::Message& message) {
+        ++boxes[message.title];
         return true;
     });
     window.Form_Load();
@@ -180,7 +181,12 @@ int main(int argc, char* argv[]) {
     std::printf("| CPU, mean / peak second | %.1f %% / %.1f %% of a core |\n", 100.0 * cpuShare,
                 100.0 * peak(tally.cpuPerSecond));
     std::printf("| peak memory | %.0f MB |\n", peakMemoryKb() / 1024.0);
-    std::printf("| message boxes | %d |\n", boxes);
+    QStringList shown;
+    for (auto box = boxes.cbegin(); box != boxes.cend(); ++box) {
+        shown << QStringLiteral("%1 x \"%2\"").arg(box.value()).arg(box.key());
+    }
+    std::printf("| message boxes | %s |\n",
+                shown.isEmpty() ? "none" : qPrintable(shown.join(QStringLiteral(", "))));
     const bool clean = tally.falseLosses == 0 && person.lostSilently() == 0 && endlessWaits == 0;
     return clean ? 0 : 1;
 }
