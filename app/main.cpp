@@ -61,10 +61,9 @@ void reportConnection(halvex::VornixU& window) {
         });
 }
 
-// The console's options. The command line is read twice: once before the
-// window system is touched, so that --help and --version work with no display,
-// and once after QApplication has taken out Qt's own options (-platform,
-// -style, ...), when anything left over that we do not know is an error.
+// The console's options, read before the window system is touched, so that
+// --help, --version and every mistake are answered with no display; Qt's own
+// options (-platform, -style, ...) are left for QApplication.
 class CommandLine {
   public:
     CommandLine() {
@@ -97,8 +96,8 @@ class CommandLine {
         return out;
     }
 
-    // Answers --help or --version before the window system starts; the exit
-    // status when it did.
+    // Answers --help, --version or a mistake before the window system starts;
+    // the exit status when it did.
     std::optional<int> answerAtOnce(int& argc, char* argv[]) {
         QStringList arguments;
         for (int i = 0; i < argc; ++i) {
@@ -115,19 +114,10 @@ class CommandLine {
             std::printf("halvex %s\n", HALVEX_VERSION);
             return 0;
         }
-        // Said here, before the window system starts: with no display it
-        // would end the program before the options were read.
-        if (!understood) {
-            complain(parser_.errorText());
-            return 2;
-        }
-        return std::nullopt;
-    }
-
-    // The full check, on what QApplication left; false after saying what is wrong.
-    bool read(const QStringList& arguments) {
+        // Every mistake is said here, before the window system starts: with
+        // no display it would end the program before the options were read.
         QString error;
-        if (!parser_.parse(spellOut(arguments))) {
+        if (!understood) {
             error = parser_.errorText();
         } else if (!parser_.positionalArguments().isEmpty()) {
             error = QStringLiteral("Unexpected argument '%1'.")
@@ -135,11 +125,12 @@ class CommandLine {
         } else {
             error = readRotctld();
         }
-        if (error.isEmpty()) {
-            return true;
+        if (!error.isEmpty()) {
+            std::fprintf(stderr, "halvex: %s\nTry 'halvex --help' for the options.\n",
+                         qPrintable(error));
+            return 2;
         }
-        complain(error);
-        return false;
+        return std::nullopt;
     }
 
     bool simulate() const { return parser_.isSet(simulate_); }
@@ -150,11 +141,6 @@ class CommandLine {
     const QHostAddress& rotctldAddress() const { return rotctldAddress_; }
 
   private:
-    static void complain(const QString& error) {
-        std::fprintf(stderr, "halvex: %s\nTry 'halvex --help' for the options.\n",
-                     qPrintable(error));
-    }
-
     // The arguments without the toolkit's own options (-platform offscreen,
     // -style=fusion, ...), which QApplication takes out later.
     static QStringList withoutToolkitOptions(const QStringList& arguments) {
@@ -252,9 +238,6 @@ int main(int argc, char* argv[]) {
         return *status;
     }
     QApplication app(argc, argv);
-    if (!commandLine.read(QApplication::arguments())) {
-        return 2;
-    }
     std::fprintf(stderr, "halvex: data files in %s\n", qPrintable(halvex::dataFolder()));
 
     std::unique_ptr<halvex::sim::PtyUnit> virtualUnit;

@@ -39,6 +39,10 @@ TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
         {QStringLiteral("--no-such-option")},
         {QStringLiteral("-platform"), QStringLiteral("offscreen"), QStringLiteral("--bogus")},
         {QStringLiteral("--rotctld-port")},
+        {QStringLiteral("--rotctld-port"), QStringLiteral("65536")},
+        {QStringLiteral("--rotctld=0")},
+        {QStringLiteral("--rotctld-listen"), QStringLiteral("nowhere")},
+        {QStringLiteral("stray")},
     };
     for (const QStringList& arguments : cases) {
         SCOPED_TRACE(arguments.join(' ').toStdString());
@@ -50,6 +54,10 @@ TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
     }
     EXPECT_TRUE(runWithoutDisplay({QStringLiteral("--no-such-option")})
                     .err.contains(QStringLiteral("no-such-option")));
+    // The highest port is a port: what is wrong here is the address.
+    EXPECT_TRUE(runWithoutDisplay({QStringLiteral("--rotctld-port"), QStringLiteral("65535"),
+                                   QStringLiteral("--rotctld-listen"), QStringLiteral("nowhere")})
+                    .err.contains(QStringLiteral("Bad address 'nowhere'")));
 }
 
 TEST(CommandLine, HelpAndVersionNeedNoDisplayEvenAfterToolkitOptions) {
