@@ -76,18 +76,20 @@ void InProcessPort::schedulePump() {
     });
 }
 
-void InProcessPort::collect() {
+bool InProcessPort::collect() {
     if (!open_ || peer_ == nullptr) {
-        return;
+        return false;
     }
     peer_->advanceTo(clock_.elapsed());
     const std::vector<Byte> out = peer_->takeOutput();
     incoming_.insert(incoming_.end(), out.begin(), out.end());
+    return !out.empty();
 }
 
 void InProcessPort::pump() {
-    collect();
-    if (open_ && !incoming_.empty()) {
+    // Like a real port: an event for bytes that came, none for bytes that
+    // are still waiting.
+    if (collect()) {
         emit dataArrived();
     }
 }

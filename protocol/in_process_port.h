@@ -32,8 +32,9 @@ class InProcessPort : public SerialPort {
     void deliver(const std::vector<Byte>& bytes);
 
   private:
-    // Moves the peer's clock on and takes what it has said.
-    void collect();
+    // Moves the peer's clock on and takes what it has said; true when it
+    // said something.
+    bool collect();
     void pump();
     void schedulePump();
 

@@ -18,7 +18,7 @@ bool anyLostDevice(const QStringList& faults) {
 bool repliesFlow(PtyConsole& console) {
     FormState& state = console.window->state();
     state.LastResponseCode = 0;
-    return QTest::qWaitFor([&] { return state.LastResponseCode == 0x31; }, 3000);
+    return QTest::qWaitFor([&] { return state.LastResponseCode == 0x31; }, 10000);
 }
 }  // namespace
 

@@ -155,3 +155,20 @@ TEST(PtyLink, APortThatKeepsFailingOrHangsUpIsLost) {
         EXPECT_FALSE(rig.port.isOpen());
     }
 }
+
+TEST(PtyLink, TwoRepliesInOneReadAreBothDecodedWithoutAnotherEvent) {
+    PtyRig rig;
+    Receiver receiver(rig.state, rig.link);
+    receiver.attachPort(&rig.port);
+    std::vector<Byte> codes;
+    for (const Byte code : {Byte{0x31}, Byte{0x33}}) {
+        receiver.registerDecoder(code, [&rig, &codes] { codes.push_back(rig.state.RxBuffer[0]); });
+    }
+    ASSERT_TRUE(rig.port.open(rig.pty.slavePath(), 9600));
+    auto both = ScriptedUnit::replyWire(0, {0x31, 0x01});
+    const auto second = ScriptedUnit::replyWire(0, {0x33, 0x02});
+    both.insert(both.end(), second.begin(), second.end());
+    rig.pty.write(both);
+    EXPECT_TRUE(waitFor([&] { return codes.size() == 2; }, 1000));
+    EXPECT_EQ(codes, (std::vector<Byte>{0x31, 0x33}));
+}

@@ -37,6 +37,10 @@ TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
         {{0x41, 2, 0xE8, 0x03, 0, 0, 0, 0}, {0x41, 2, 0xE8, 0x03, 0, 0, 0, 0, 0, 0, 0, 0}},
         {{0x80, 0xF4, 0x01, 0x00, 0x38, 0xFF, 0xFF}, {0x80, 0xF4, 0x01, 0x00, 0x38, 0xFF, 0xFF}},
         {{0x40, 2}, {0x40, 2, 0xDC, 0x05, 0x00, 0x38, 0xFF, 0xFF, 0, 0, 0, 0}},
+        // A preset stored at these offsets reads back as it was sent.
+        {{0x41, 3, 0x2C, 0x01, 0, 0x2C, 0x01, 0},
+         {0x41, 3, 0x2C, 0x01, 0, 0x2C, 0x01, 0, 0, 0, 0, 0}},
+        {{0x40, 3}, {0x40, 3, 0x2C, 0x01, 0, 0x2C, 0x01, 0, 0, 0, 0, 0}},
         {{0x81, 0x80}, {0x81, 0, 0x5C, 0x44, 0x00}},  // the CW limit reads 175.00
         {{0x83, 0x64, 0, 0, 0xC8, 0, 0}, {0x83, 0x64, 0, 0, 0xC8, 0, 0}},  // here reads 1.00/2.00
         {{0x84}, {0x84, 0, 0, 0, 0, 0, 0}}};
@@ -101,6 +105,16 @@ TEST(UnitFaults, InjectedFaultsLatchUntilResetAndTheCommTimeoutStopsATour) {
     EXPECT_EQ(unit.jog()[7] & 0x08, 0) << "not before the axis is driven";
     EXPECT_EQ(unit.jog(0x80, 100, 0)[7] & 0x08, 0x08);
     EXPECT_EQ(unit.jog(0x01)[7] & 0x08, 0);
+
+    // A tilt fault waits for the tilt axis: driving pan leaves both clear.
+    UnitHarness other;
+    other.unit.state().motion.armFault(Fault::TiltTimeout);
+    report = other.jog(0x80, 100, 0);
+    EXPECT_EQ(report[7] & 0x0C, 0);
+    EXPECT_EQ(report[8] & 0x0C, 0);
+    report = other.jog(0x40, 0, 100);
+    EXPECT_EQ(report[7] & 0x0C, 0);
+    EXPECT_EQ(report[8] & 0x0C, 0x08);
 }
 
 TEST(UnitLimits, JogStopsAtTheSoftLimitUnlessOverriddenAndEndlessPanWraps) {
@@ -146,6 +160,10 @@ TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
     unit.advance(200);
     EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x51, 0xFF}));
     EXPECT_TRUE(camera1().empty()) << "each byte is delivered once";
+    // A command the camera does not know: a syntax error.
+    unit.exchange({0x62, 3, 0x81, 0x7E, 0xFF});
+    unit.advance(100);
+    EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x60, 0x02, 0xFF}));
 
     std::vector<Byte> text{0x62, 60};
     for (int i = 0; i < 60; ++i) {

@@ -1,0 +1,71 @@
+// The unit on its pseudo-terminal: how its replies leave, whole or paced.
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <vector>
+
+#include "protocol/frame.h"
+#include "sim/pty_unit.h"
+
+namespace halvex::sim::testing {
+namespace {
+
+QCoreApplication& application() {
+    static int argc = 1;
+    static char name[] = "sim_tests";
+    static char* argv[] = {name, nullptr};
+    static QCoreApplication app(argc, argv);
+    return app;
+}
+
+// The console's end of the line: asks for the firmware revision and reads
+// the reply as it comes, one read at a time.
+std::vector<std::size_t> readsOfOneReply(PtyUnit& unit) {
+    const int line = ::open(unit.slavePath().toLocal8Bit().constData(),
+                            O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    EXPECT_GE(line, 0);
+    const auto request = encodeFrame(kStx, 0, {0x9A}, 0);
+    EXPECT_EQ(::write(line, request.data(), request.size()), static_cast<ssize_t>(request.size()));
+    std::vector<std::size_t> reads;
+    std::vector<Byte> reply;
+    QElapsedTimer clock;
+    clock.start();
+    while ((reply.empty() || reply.back() != kEtx) && clock.elapsed() < 5000) {
+        application().processEvents(QEventLoop::WaitForMoreEvents, 5);
+        Byte buffer[64];
+        const ssize_t count = ::read(line, buffer, sizeof buffer);
+        if (count > 0) {
+            reads.push_back(static_cast<std::size_t>(count));
+            reply.insert(reply.end(), buffer, buffer + count);
+        }
+    }
+    ::close(line);
+    EXPECT_GE(reply.size(), 10u) << "06, address, 9A, five bytes, LRC, 03";
+    return reads;
+}
+
+TEST(PtyUnit, RepliesLeaveWholeUnlessPaced) {
+    application();
+    PtyUnit unit{PtyUnitOptions{}};
+    ASSERT_TRUE(unit.open());
+    EXPECT_EQ(readsOfOneReply(unit).size(), 1u);
+
+    LineCommand pace;
+    pace.kind = LineCommand::Kind::Pace;
+    pace.number = 300;  // a byte every 33 ms
+    unit.apply(pace);
+    EXPECT_GT(readsOfOneReply(unit).size(), 5u);
+
+    pace.number = 0;
+    unit.apply(pace);
+    EXPECT_EQ(readsOfOneReply(unit).size(), 1u);
+}
+
+}  // namespace
+}  // namespace halvex::sim::testing
