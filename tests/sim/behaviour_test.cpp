@@ -145,6 +145,32 @@ TEST(UnitLimits, JogStopsAtTheSoftLimitUnlessOverriddenAndEndlessPanWraps) {
     EXPECT_TRUE(wrapped) << "past 180.00 the reading goes on from -180.00";
 }
 
+TEST(UnitMotion, MovingBitsNameTheAxisAndItsDirection) {
+    struct Case {
+        Byte flags;
+        Byte pan;
+        Byte tilt;
+        Byte moving;  // bits 0..3 of status byte C
+    };
+    const Case cases[] = {
+        {0x00, 0, 100, 0x01},  // tilt down
+        {0x40, 0, 100, 0x02},  // tilt up
+        {0x00, 100, 0, 0x04},  // pan CCW
+        {0x80, 100, 0, 0x08},  // pan CW
+        {0xC0, 100, 100, 0x0A},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(::testing::Message() << "flags 0x" << std::hex << int(c.flags));
+        UnitHarness unit;
+        unit.jog(c.flags, c.pan, c.tilt);
+        unit.advance(200);
+        EXPECT_EQ(unit.jog(c.flags, c.pan, c.tilt)[9] & 0x0F, c.moving);
+        unit.jog();
+        unit.advance(2000);
+        EXPECT_EQ(unit.jog()[9] & 0x0F, 0) << "at rest again";
+    }
+}
+
 TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
     UnitHarness unit;
     // Camera bytes of a jog report: counts at 14 and 15, then the bytes.
