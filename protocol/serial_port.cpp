@@ -5,6 +5,11 @@
 
 namespace halvex {
 
+SerialPort::SerialPort(QObject* parent) : QObject(parent) {
+    // Bytes from the device show that it works, whatever came before.
+    connect(this, &SerialPort::dataArrived, this, [this] { reopens_.clear(); });
+}
+
 int SerialPort::characterTimeMs(int characters, int floorMs) const {
     const qint32 baud = std::max<qint32>(baudRate(), 300);
     // Ten bits a character: start, eight data, stop.

@@ -16,13 +16,14 @@ class SerialPort : public QObject {
     Q_OBJECT
   public:
     // False alarms come in clusters while nested waits run (a wakeup that
-    // a nested event loop has already served), but a port that needs more
-    // than this many reopens in this long is taken for lost: a device that
-    // keeps failing is not a false alarm.
+    // a nested event loop has already served), with bytes arriving between
+    // them. A port that needs more than this many reopens in this long with
+    // no byte in between is taken for lost: a device that keeps failing and
+    // delivers nothing is not a false alarm.
     static constexpr int kMostReopens = 5;
     static constexpr int kReopenWindowMs = 10000;
 
-    using QObject::QObject;
+    explicit SerialPort(QObject* parent = nullptr);
 
     virtual bool open(const QString& device, qint32 baudRate) = 0;
     virtual void close() = 0;
@@ -76,7 +77,7 @@ class SerialPort : public QObject {
     void confirmFailure(const QString& reason);
 
     bool failurePending_ = false;
-    // When the recent reopens happened, oldest first.
+    // When the reopens since the last bytes came happened, oldest first.
     std::deque<QElapsedTimer> reopens_;
 };
 

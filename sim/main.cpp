@@ -50,18 +50,21 @@ void logFrame(halvex::sim::FrameDirection direction, const std::vector<halvex::B
     std::fputs(line.c_str(), stderr);
 }
 
-// A link is only ever made over nothing or over an earlier link.
+// A link is only ever made over nothing or over an earlier link, and it is
+// replaced in one step: a console looking for the unit again never finds the
+// path missing for a moment.
 bool makeLink(const std::string& target, const std::string& link) {
     struct stat existing {};
-    if (::lstat(link.c_str(), &existing) == 0) {
-        if (!S_ISLNK(existing.st_mode)) {
-            std::fprintf(stderr, "halvex-sim: %s exists and is not a link\n", link.c_str());
-            return false;
-        }
-        ::unlink(link.c_str());
+    if (::lstat(link.c_str(), &existing) == 0 && !S_ISLNK(existing.st_mode)) {
+        std::fprintf(stderr, "halvex-sim: %s exists and is not a link\n", link.c_str());
+        return false;
     }
-    if (::symlink(target.c_str(), link.c_str()) != 0) {
+    const std::string fresh = link + ".new";
+    ::unlink(fresh.c_str());
+    if (::symlink(target.c_str(), fresh.c_str()) != 0 ||
+        ::rename(fresh.c_str(), link.c_str()) != 0) {
         std::perror("halvex-sim: symlink");
+        ::unlink(fresh.c_str());
         return false;
     }
     return true;
