@@ -54,7 +54,7 @@ std::vector<Byte> InProcessPort::peekWaiting() {
 }
 
 void InProcessPort::consume(int count) {
-    const auto taken = std::min(incoming_.size(), static_cast<std::size_t>(std::max(count, 0)));
+    const auto taken = std::min(incoming_.size(), static_cast<std::size_t>(count));
     incoming_.erase(incoming_.begin(), incoming_.begin() + static_cast<std::ptrdiff_t>(taken));
 }
 

@@ -60,6 +60,10 @@ TEST(MainWindow, StoredSettingsAreUsedAsTheyAreAndAMissingFileIsCreated) {
             const auto* entry = w.findChild<QAction*>(QStringLiteral("MenuCOM_%1").arg(n));
             ASSERT_EQ(entry != nullptr, n <= 8) << n;
             EXPECT_TRUE(entry == nullptr || entry->isChecked() == (n == c.com)) << n;
+            // Each entry names the device it opens.
+            EXPECT_TRUE(entry == nullptr ||
+                        entry->text().startsWith(QStringLiteral("COM%1   (").arg(n)))
+                << n;
         }
         for (int i = 0; i < 6; ++i) {
             EXPECT_EQ(checked(w, QStringLiteral("MenuBPS_%1").arg(i)), i == c.bps) << i;
