@@ -59,7 +59,6 @@ class TcpPort : public SerialPort {
     void deliver(const QByteArray& data);
     // Bytes written so far go out; from now on every byte goes at once.
     void becomeReady();
-    const NetworkDevice& device() const { return device_; }
 
   private:
     void onConnected();
