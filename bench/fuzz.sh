@@ -4,8 +4,9 @@
 # for a given time; the receive path has its own script, fuzz-receive.sh.
 #   bench/fuzz.sh NAME [SECONDS] [more libFuzzer options]
 # NAME is the target without its halvex- and -fuzzer: line-command, ...
-# What it learns is kept in build-fuzz/NAME-corpus; an input that finds a
-# fault goes to build-fuzz/fuzz-findings/ and the exit status is not zero.
+# It starts from fuzz/NAME-corpus when there is one; what it learns is kept
+# in build-fuzz/NAME-corpus, and an input that finds a fault goes to
+# build-fuzz/fuzz-findings/ and the exit status is not zero.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 name=${1:?which target? e.g. line-command}
@@ -16,8 +17,12 @@ CC=clang CXX=clang++ cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DHALVEX_FUZZ=ON -DHALVEX_TESTS=OFF >/dev/null
 cmake --build "$dir" -j"$(nproc)" --target "halvex-$name-fuzzer"
 mkdir -p "$dir/$name-corpus" "$dir/fuzz-findings"
+corpora=("$dir/$name-corpus")
+if [[ -d "fuzz/$name-corpus" ]]; then
+    corpora+=("fuzz/$name-corpus")
+fi
 export QT_QPA_PLATFORM=offscreen
 export ASAN_OPTIONS="detect_leaks=0:malloc_context_size=0${ASAN_OPTIONS:+:$ASAN_OPTIONS}"
 exec "$dir/fuzz/halvex-$name-fuzzer" -max_total_time="$seconds" -close_fd_mask=2 \
     -detect_leaks=0 -print_final_stats=1 -artifact_prefix="$dir/fuzz-findings/$name-" "$@" \
-    "$dir/$name-corpus"
+    "${corpora[@]}"

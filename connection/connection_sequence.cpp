@@ -46,6 +46,19 @@ ConnectionSequence::ConnectionSequence(ConsoleContext& context, PortSelection& p
     });
     connect(&reconnect_, &QTimer::timeout, this,
             [this] { guarded(context_.state, "Reconnect_Timer", [this] { tryReconnect(); }); });
+    // Queued: the connection sequence waits, and must not do so inside the
+    // port's own handling of the server's bytes.
+    connect(
+        &port_, &SerialPort::connectionMade, this,
+        [this] {
+            if (reconnect_.isActive() && !running_ && port_.isOpen() && !port_.stillConnecting()) {
+                guarded(context_.state, "Reconnect_Timer", [this] { reconnected(); });
+            }
+        },
+        Qt::QueuedConnection);
+    connect(&port_, &SerialPort::notice, this, [this](const QString& text) {
+        context_.state.reportFault(QStringLiteral("%1: %2.").arg(portName(), text));
+    });
 }
 
 QString ConnectionSequence::portName() const {
@@ -53,18 +66,27 @@ QString ConnectionSequence::portName() const {
 }
 
 void ConnectionSequence::portLost(const QString& reason) {
+    // A network port that could not connect while being looked for is lost
+    // again every second; say so only when the reason changes.
+    const bool sameAgain = reconnect_.isActive() && reason == lastLoss_;
+    lastLoss_ = reason;
     context_.link.stop();
     context_.state.Online = false;
     context_.state.setLamp(LinkLamp::Fault);
     view_.SSTab1->setEnabled(false);
     showProgress(QStringLiteral("Pan"), QStringLiteral("Tilt"));
     view_.setTitle(ports_.title(QStringLiteral(" Offline")));
-    context_.state.reportFault(
-        QStringLiteral("%1 lost: %2. Looking for it again.").arg(portName(), reason));
+    if (!sameAgain) {
+        context_.state.reportFault(
+            QStringLiteral("%1 lost: %2. Looking for it again.").arg(portName(), reason));
+    }
     reconnect_.start();
 }
 
 void ConnectionSequence::tryReconnect() {
+    if (port_.stillConnecting()) {
+        return;  // an attempt on its way ends in connectionMade or a loss
+    }
     if (running_ || port_.isOpen()) {
         reconnect_.stop();
         return;
@@ -72,7 +94,14 @@ void ConnectionSequence::tryReconnect() {
     if (!port_.open(comPortDevice(ports_.comPort()), ports_.baudRate())) {
         return;  // not back yet
     }
+    if (!port_.stillConnecting()) {
+        reconnected();
+    }
+}
+
+void ConnectionSequence::reconnected() {
     reconnect_.stop();
+    lastLoss_.clear();
     context_.state.reportFault(QStringLiteral("%1 is back: connecting again.").arg(portName()));
     const bool online = initialise(NoAnswer::KeepLooking);
     emit finished(online);
@@ -85,8 +114,14 @@ void ConnectionSequence::showProgress(const QString& pan, const QString& tilt) {
 
 void ConnectionSequence::StartBut_Click() {
     reconnect_.stop();
-    if (running_ || port_.isOpen()) {
-        return;  // already connecting or connected
+    if (running_) {
+        return;  // already connecting
+    }
+    if (port_.stillConnecting()) {
+        port_.close();  // a look for a lost device on its way: start afresh
+    }
+    if (port_.isOpen()) {
+        return;  // already connected
     }
     const QString device = comPortDevice(ports_.comPort());
     if (!port_.open(device, ports_.baudRate())) {
@@ -130,8 +165,15 @@ bool ConnectionSequence::initialise(NoAnswer noAnswer) {
         Link& link = context_.link;
         context_.state.ConnectTimedOut = false;
         link.Timer1().start();
-        link.sendJogMessage();
-        link.Timer2().start();
+        // A network port may still be making its connection: the first frame
+        // waits for it, within the same time limit, rather than pile up
+        // behind it with the ticks' jog messages.
+        waitUntil(context_.state,
+                  [this] { return !port_.stillConnecting() || context_.state.ConnectTimedOut; });
+        if (link.portOpen() && !port_.stillConnecting()) {
+            link.sendJogMessage();
+            link.Timer2().start();
+        }
 
         context_.state.ReplyReceived = false;
         waitUntil(context_.state, [this, &link] {
@@ -256,6 +298,9 @@ void ConnectionSequence::ResetBut_Click() {
 void ConnectionSequence::StopBut_Click() {
     if (reconnect_.isActive()) {
         reconnect_.stop();  // Stop ends the looking, and nothing else
+        if (port_.stillConnecting()) {
+            port_.close();  // the attempt on its way too
+        }
         context_.state.reportFault(QStringLiteral("No longer looking for %1.").arg(portName()));
         return;
     }

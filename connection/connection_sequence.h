@@ -73,6 +73,8 @@ class ConnectionSequence : public QObject {
     void abandon();
     void showProgress(const QString& pan, const QString& tilt);
     void tryReconnect();
+    // The lost device is there again: connect and initialise.
+    void reconnected();
     QString portName() const;
     void requestLimits();
 
@@ -81,6 +83,7 @@ class ConnectionSequence : public QObject {
     SerialPort& port_;
     ConnectionView view_;
     QTimer reconnect_;
+    QString lastLoss_;
     bool running_ = false;
 };
 

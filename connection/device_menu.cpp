@@ -1,5 +1,6 @@
 #include "connection/device_menu.h"
 
+#include "connection/network_device_dialog.h"
 #include "protocol/port_map.h"
 
 namespace halvex {
@@ -49,7 +50,9 @@ void DeviceMenu::refresh() {
     }
 
     const QList<SerialDevice> devices = devices_ ? devices_() : QList<SerialDevice>();
-    bool chosenPresent = mapping.source != PortSource::Settings;
+    const bool networkChosen =
+        mapping.source == PortSource::Settings && portKindOf(mapping.device) != PortKind::Local;
+    bool chosenPresent = mapping.source != PortSource::Settings || networkChosen;
     for (int i = 0; i < devices.size(); ++i) {
         const SerialDevice& device = devices[i];
         const bool chosen =
@@ -72,11 +75,44 @@ void DeviceMenu::refresh() {
         kept->setEnabled(false);
     }
     menu_->addSeparator();
+    if (networkChosen) {
+        QAction* chosen = addEntry(QStringLiteral("%1  (network)").arg(mapping.device),
+                                   QStringLiteral("MenuDeviceNetwork"), true);
+        connect(chosen, &QAction::triggered, this, &DeviceMenu::askForNetworkDevice);
+    }
+    QAction* network = menu_->addAction(QStringLiteral("Network Device..."));
+    network->setObjectName(QStringLiteral("MenuNetworkDevice"));
+    network->setEnabled(!fromEnvironment);
+    connect(network, &QAction::triggered, this, &DeviceMenu::askForNetworkDevice);
     QAction* standard =
         addEntry(QStringLiteral("Default (/dev/ttyS%1)").arg(port - 1),
                  QStringLiteral("MenuDeviceDefault"), mapping.source == PortSource::Default);
     standard->setEnabled(!fromEnvironment);
     connect(standard, &QAction::triggered, this, [this] { choose(QString()); });
+}
+
+void DeviceMenu::askForNetworkDevice() {
+    if (dialog_ != nullptr) {
+        dialog_->raise();
+        return;
+    }
+    // On the main window: a menu is gone by the time the dialog shows.
+    QWidget* window = menu_;
+    while (window->parentWidget() != nullptr) {
+        window = window->parentWidget();
+    }
+    const int port = comPort_();
+    dialog_ = new NetworkDeviceDialog(port, parseNetworkDevice(comPortDevice(port)), window);
+    dialog_->setAttribute(Qt::WA_DeleteOnClose);
+    connect(dialog_, &QDialog::accepted, this, [this, port] {
+        if (const std::optional<NetworkDevice> device = dialog_->device()) {
+            setComPortDevice(port, device->toString());
+            refresh();
+            emit mappingChanged();
+        }
+    });
+    // Window-modal and without a loop of its own: the console keeps running.
+    dialog_->open();
 }
 
 void DeviceMenu::choose(QString device) {

@@ -3,15 +3,19 @@
 #include <QList>
 #include <QMenu>
 #include <QObject>
+#include <QPointer>
 #include <functional>
 
 #include "protocol/serial_devices.h"
 
 namespace halvex {
 
+class NetworkDeviceDialog;
+
 // The Port menu's "Device For COMn" submenu: the serial devices present, one
-// of which the chosen COM number can be mapped to. The choice is kept in the
-// user's settings; $HALVEX_COM<n> still wins over it.
+// of which the chosen COM number can be mapped to, or a port on a device
+// server ("Network Device..."). The choice is kept in the user's settings;
+// $HALVEX_COM<n> still wins over it.
 class DeviceMenu : public QObject {
     Q_OBJECT
   public:
@@ -32,10 +36,13 @@ class DeviceMenu : public QObject {
   private:
     QAction* addEntry(const QString& text, const QString& name, bool checked);
     void choose(QString device);
+    // Opens "Network Device For COMn"; OK maps COMn to what it names.
+    void askForNetworkDevice();
 
     QMenu* menu_;
     std::function<int()> comPort_;
     DeviceSource devices_;
+    QPointer<NetworkDeviceDialog> dialog_;
 };
 
 }  // namespace halvex

@@ -28,6 +28,8 @@ void Link::setPort(SerialPort* port) {
     if (port_ != nullptr) {
         connect(port_, &SerialPort::closed, this, &Link::onPortClosed);
         connect(port_, &SerialPort::reopened, this, &Link::onPortReopened);
+        // A wait for a network port's connection ends when it is made.
+        connect(port_, &SerialPort::connectionMade, this, [this] { state_.notifyChanged(); });
     }
 }
 

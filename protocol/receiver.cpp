@@ -52,7 +52,7 @@ int Receiver::settleMs() const {
     if (fixedSettleMs_ >= 0 || port_ == nullptr) {
         return std::max(fixedSettleMs_, 0);
     }
-    return port_->characterTimeMs(kSettleCharacters, kSettleFloorMs);
+    return port_->characterTimeMs(kSettleCharacters, kSettleFloorMs) + port_->transportPauseMs();
 }
 
 void Receiver::onDataArrived() {

@@ -41,7 +41,8 @@ class Receiver : public QObject {
     // One data-arrived event.
     void ReceiveFrame();
 
-    // How long an unfinished reply is waited for after the last byte came.
+    // How long an unfinished reply is waited for after the last byte came:
+    // a few character times, and what the way to a network port adds.
     int settleMs() const;
     // Fixes the settle time (the fuzzer runs it at 0); -1 goes back to a few
     // character times at the line speed.

@@ -11,7 +11,8 @@
 namespace halvex {
 
 // What the link needs of a serial port, and nothing more. Always 8 data bits,
-// no parity, one stop bit.
+// no parity, one stop bit. Behind it: a local serial device, a device
+// server's port on the network, or the tests' port in the same process.
 class SerialPort : public QObject {
     Q_OBJECT
   public:
@@ -28,6 +29,10 @@ class SerialPort : public QObject {
     virtual bool open(const QString& device, qint32 baudRate) = 0;
     virtual void close() = 0;
     virtual bool isOpen() const = 0;
+    // An open network port whose connection is still being made: bytes
+    // written meanwhile wait in the port and go out, once, when it is made
+    // (connectionMade). A failed connection is a lost device.
+    virtual bool stillConnecting() const { return false; }
     virtual qint32 baudRate() const = 0;
 
     // False when the byte could not be handed to the device: a port error,
@@ -41,6 +46,10 @@ class SerialPort : public QObject {
 
     // Time for `characters` characters at the current speed, at least `floorMs`.
     int characterTimeMs(int characters, int floorMs) const;
+    // How long the way to the device may hold back the rest of a reply on
+    // its own: a device server gathers serial bytes into packets, and a
+    // network delays some of them. Nothing for a local line.
+    virtual int transportPauseMs() const { return 0; }
 
   signals:
     // Raised when bytes have arrived. Bytes left waiting do not raise it again.
@@ -54,6 +63,11 @@ class SerialPort : public QObject {
     // was reopened in place and stays open. Bytes that were on their way in
     // may be gone.
     void reopened(const QString& reason);
+    // A network port's connection is made and bytes go out from now on.
+    void connectionMade();
+    // Something the operator should know that does not stop the port (a
+    // device server that keeps its own line speed).
+    void notice(const QString& text);
 
   protected:
     // The device reported an error under the open port. It is looked at from

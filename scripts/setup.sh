@@ -6,7 +6,7 @@
 #   --with-fuzzing    also clang and its libFuzzer runtime (bench/fuzz-receive.sh)
 set -euo pipefail
 
-packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libgtest-dev libhamlib-utils)
+packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libgtest-dev libhamlib-utils ser2net)
 for flag in "$@"; do
     case "$flag" in
         --with-display) packages+=(xvfb) ;;

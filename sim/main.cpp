@@ -1,4 +1,5 @@
-// halvex-sim: the virtual unit on a pseudo-terminal, until SIGINT or SIGTERM.
+// halvex-sim: the virtual unit on a pseudo-terminal or a TCP port, until
+// SIGINT or SIGTERM.
 
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -14,6 +15,7 @@
 
 #include "sim/pty_unit.h"
 #include "sim/sim_command_line.h"
+#include "sim/tcp_unit.h"
 
 namespace {
 
@@ -72,7 +74,7 @@ bool makeLink(const std::string& target, const std::string& link) {
 
 // Reads line commands from standard input and applies them to the unit; a
 // bad command is told on stderr and changes nothing.
-void listenForLineCommands(QCoreApplication& app, halvex::sim::PtyUnit& unit) {
+void listenForLineCommands(QCoreApplication& app, halvex::sim::StreamUnit& unit) {
     auto* notifier = new QSocketNotifier(STDIN_FILENO, QSocketNotifier::Read, &app);
     auto reader = std::make_shared<halvex::sim::LineCommandReader>();
     QObject::connect(notifier, &QSocketNotifier::activated, &app, [notifier, reader, &unit] {
@@ -112,21 +114,37 @@ int main(int argc, char** argv) {
         return 0;
     }
 
-    halvex::sim::PtyUnit unit(line.options);
+    std::unique_ptr<halvex::sim::StreamUnit> unit;
+    std::string device;
     QString error;
-    if (!unit.open(&error)) {
-        std::fprintf(stderr, "halvex-sim: %s\n", qPrintable(error));
-        return 1;
+    if (line.tcpPort) {
+        auto network = std::make_unique<halvex::sim::TcpUnit>(line.options);
+        if (!network->listen(static_cast<quint16>(*line.tcpPort), &error)) {
+            std::fprintf(stderr, "halvex-sim: %s\n", qPrintable(error));
+            return 1;
+        }
+        network->setLog([](const QString& what) {
+            std::fprintf(stderr, "halvex-sim: %s\n", qPrintable(what));
+        });
+        device = "socket://127.0.0.1:" + std::to_string(network->port());
+        unit = std::move(network);
+    } else {
+        auto terminal = std::make_unique<halvex::sim::PtyUnit>(line.options);
+        if (!terminal->open(&error)) {
+            std::fprintf(stderr, "halvex-sim: %s\n", qPrintable(error));
+            return 1;
+        }
+        device = terminal->slavePath().toStdString();
+        if (!line.link.empty() && !makeLink(device, line.link)) {
+            return 1;
+        }
+        unit = std::move(terminal);
     }
     if (line.verbose) {
-        unit.unit().setFrameLog(logFrame);
-    }
-    const std::string device = unit.slavePath().toStdString();
-    if (!line.link.empty() && !makeLink(device, line.link)) {
-        return 1;
+        unit->unit().setFrameLog(logFrame);
     }
     if (line.control) {
-        listenForLineCommands(app, unit);
+        listenForLineCommands(app, *unit);
     }
     if (!quitOnSignals(app)) {
         std::perror("halvex-sim: signals");

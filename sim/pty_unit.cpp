@@ -4,7 +4,6 @@
 #include <termios.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
@@ -13,9 +12,7 @@ namespace halvex::sim {
 
 namespace {
 
-constexpr std::size_t kMaxPending = 64 * 1024;  // output kept for a reader that is not reading
 constexpr int kResumeAfterErrorMs = 100;
-constexpr int kBitsPerByte = 10;  // start, eight data bits, stop
 
 QString systemError(const char* what) {
     return QStringLiteral("%1: %2").arg(QString::fromLatin1(what),
@@ -24,27 +21,13 @@ QString systemError(const char* what) {
 
 }  // namespace
 
-PtyUnit::PtyUnit(const PtyUnitOptions& options, QObject* parent)
-    : QObject(parent), unit_(options.unit), faults_(options.line), paceBaud_(options.paceBaud) {
-    for (Fault fault : options.faults) {
-        unit_.state().motion.armFault(fault);
-    }
-    clockTimer_.setSingleShot(true);
-    connect(&clockTimer_, &QTimer::timeout, this, &PtyUnit::runClock);
-    paceTimer_.setTimerType(Qt::PreciseTimer);
-    connect(&paceTimer_, &QTimer::timeout, this, &PtyUnit::writePaced);
-    chatterTimer_.setTimerType(Qt::PreciseTimer);
-    connect(&chatterTimer_, &QTimer::timeout, this, &PtyUnit::chatter);
+PtyUnit::PtyUnit(const PtyUnitOptions& options, QObject* parent) : StreamUnit(options, parent) {
     resumeTimer_.setSingleShot(true);
-    connect(&resumeTimer_, &QTimer::timeout, this, [this] {
-        if (readNotifier_) {
-            readNotifier_->setEnabled(true);
-        }
-    });
+    connect(&resumeTimer_, &QTimer::timeout, this, [this] { pauseReading(false); });
 }
 
 PtyUnit::~PtyUnit() {
-    readNotifier_.reset();
+    detachLine();
     if (slave_ >= 0) {
         ::close(slave_);
     }
@@ -87,145 +70,19 @@ bool PtyUnit::open(QString* error) {
     ::fcntl(master_, F_SETFL, flags | O_NONBLOCK);
 
     slavePath_ = QString::fromLocal8Bit(name);
-    clock_.start();
-    readNotifier_ = std::make_unique<QSocketNotifier>(master_, QSocketNotifier::Read);
-    connect(readNotifier_.get(), &QSocketNotifier::activated, this, &PtyUnit::readFromConsole);
+    attachLine(master_);
     return true;
 }
 
-void PtyUnit::readFromConsole() {
-    unit_.advanceTo(nowMs());
-    Byte buffer[4096];
-    for (;;) {
-        const ssize_t count = ::read(master_, buffer, sizeof buffer);
-        if (count > 0) {
-            unit_.receiveFromConsole(buffer, static_cast<std::size_t>(count));
-            continue;
-        }
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count == 0 || (errno != EAGAIN && errno != EWOULDBLOCK)) {
-            // No reader on the far side: listen again a little later rather
-            // than spin on a descriptor that keeps reporting the condition.
-            readNotifier_->setEnabled(false);
-            resumeTimer_.start(kResumeAfterErrorMs);
-        }
-        break;
-    }
-    queueOutput();
-    scheduleClock();
+void PtyUnit::lineEnded() {
+    // No reader on the far side: listen again a little later rather than
+    // spin on a descriptor that keeps reporting the condition.
+    pauseReading(true);
+    resumeTimer_.start(kResumeAfterErrorMs);
 }
 
-void PtyUnit::runClock() {
-    unit_.advanceTo(nowMs());
-    queueOutput();
-    scheduleClock();
-}
-
-void PtyUnit::scheduleClock() {
-    const auto wake = unit_.nextWakeMs();
-    if (!wake) {
-        clockTimer_.stop();
-        return;
-    }
-    clockTimer_.start(static_cast<int>(std::clamp<std::int64_t>(*wake - nowMs(), 1, 60000)));
-}
-
-void PtyUnit::queueOutput() {
-    const auto frames = unit_.takeFrames();
-    if (nowMs() < silentUntilMs_) {
-        return;
-    }
-    sendOut(faults_.apply(frames));
-}
-
-void PtyUnit::chatter() {
-    sendOut(faults_.chatter(unit_.state().settings.unitId));
-}
-
-void PtyUnit::sendOut(const std::vector<Byte>& bytes) {
-    if (bytes.empty()) {
-        return;
-    }
-    pending_.insert(pending_.end(), bytes.begin(), bytes.end());
-    while (pending_.size() > kMaxPending) {
-        pending_.pop_front();
-    }
-    if (paceBaud_ <= 0) {
-        writeNow();
-        return;
-    }
-    if (!paceTimer_.isActive()) {
-        paceStartMs_ = nowMs();
-        pacedSent_ = 0;
-        const int byteMs = std::max(1, kBitsPerByte * 1000 / paceBaud_);
-        paceTimer_.start(byteMs);
-    }
-}
-
-void PtyUnit::apply(const LineCommand& command) {
-    LineFaultOptions line = faults_.options();
-    switch (command.kind) {
-        case LineCommand::Kind::Clean:
-            line = LineFaultOptions{};
-            chatterTimer_.stop();
-            paceBaud_ = 0;
-            silentUntilMs_ = 0;
-            break;
-        case LineCommand::Kind::Noise:
-            line.noise = command.rate;
-            break;
-        case LineCommand::Kind::Corrupt:
-            line.corrupt = command.rate;
-            break;
-        case LineCommand::Kind::Drop:
-            line.drop = command.rate;
-            break;
-        case LineCommand::Kind::Chatter:
-            if (command.number > 0) {
-                chatterTimer_.start(command.number);
-            } else {
-                chatterTimer_.stop();
-            }
-            break;
-        case LineCommand::Kind::Pace:
-            paceBaud_ = command.number;
-            if (paceBaud_ <= 0) {
-                paceTimer_.stop();
-                writeNow();
-            }
-            break;
-        case LineCommand::Kind::Silent:
-            silentUntilMs_ = nowMs() + command.number * 1000LL;
-            break;
-    }
-    faults_.setOptions(line);
-}
-
-void PtyUnit::writeNow() {
-    std::vector<Byte> chunk(pending_.begin(), pending_.end());
-    const ssize_t written = ::write(master_, chunk.data(), chunk.size());
-    if (written > 0) {
-        pending_.erase(pending_.begin(), pending_.begin() + written);
-    }
-    // What the far side does not take now waits for the next reply.
-}
-
-void PtyUnit::writePaced() {
-    // Bytes due by now at the line speed, each written on its own.
-    const std::int64_t due = (nowMs() - paceStartMs_) * paceBaud_ / (kBitsPerByte * 1000) + 1;
-    while (pacedSent_ < due && !pending_.empty()) {
-        const Byte value = pending_.front();
-        if (::write(master_, &value, 1) != 1) {
-            break;
-        }
-        pending_.pop_front();
-        ++pacedSent_;
-    }
-    if (pending_.empty()) {
-        paceTimer_.stop();
-    }
+long PtyUnit::writeLine(const Byte* bytes, std::size_t count) {
+    return ::write(master_, bytes, count);
 }
 
 }  // namespace halvex::sim

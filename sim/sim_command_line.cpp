@@ -48,9 +48,9 @@ std::optional<Fault> faultNamed(const std::string& name) {
 }
 
 bool takesValue(const std::string& option) {
-    static const std::array<std::string_view, 10> valued = {
-        "--id",    "--variant", "--state", "--link",         "--pace",
-        "--noise", "--corrupt", "--drop",  "--silent-after", "--fault"};
+    static const std::array<std::string_view, 11> valued = {
+        "--id",    "--variant", "--state",        "--link",  "--tcp", "--pace",
+        "--noise", "--corrupt", "--silent-after", "--fault", "--drop"};
     return std::find(valued.begin(), valued.end(), option) != valued.end();
 }
 
@@ -102,6 +102,12 @@ std::variant<SimCommandLine, std::string> parseSimCommandLine(
             line.options.unit.statePath = value;
         } else if (option == "--link") {
             line.link = value;
+        } else if (option == "--tcp") {
+            const auto port = wholeNumber(value, 0, 65535);
+            if (!port) {
+                return bad();
+            }
+            line.tcpPort = static_cast<int>(*port);
         } else if (option == "--pace") {
             const auto baud = wholeNumber(value, 50, 4000000);
             if (!baud) {
@@ -131,19 +137,28 @@ std::variant<SimCommandLine, std::string> parseSimCommandLine(
             line.options.faults.push_back(*fault);
         }
     }
+    if (line.tcpPort && !line.link.empty()) {
+        return std::string(
+            "--link names a pseudo-terminal and --tcp listens on the network: "
+            "choose one");
+    }
     return line;
 }
 
 std::string simUsage() {
     return "Usage: halvex-sim [options]\n"
-           "A virtual pan & tilt unit on a pseudo-terminal. Prints the device to open,\n"
-           "then answers on it until interrupted.\n"
+           "A virtual pan & tilt unit on a pseudo-terminal (or a TCP port). Prints the\n"
+           "device to open, then answers on it until interrupted.\n"
            "\n"
            "  --id N             unit address, 0..99 (default: stored, else 0)\n"
            "  --variant T        controller type in status byte A, 0..3 (default 0;\n"
            "                     1 has no second camera or video hardware)\n"
            "  --state FILE       keep stored settings, presets and tours in FILE\n"
            "  --link PATH        also make PATH a symbolic link to the device\n"
+           "  --tcp PORT         listen on TCP PORT on every address instead, raw bytes\n"
+           "                     as a device server's raw port, one console at a time\n"
+           "                     (a second is closed at once); 0 picks a free port.\n"
+           "                     Prints socket://127.0.0.1:PORT\n"
            "  --pace BAUD        send replies byte by byte at this line speed\n"
            "  --noise RATE       chance (0..1) of garbage bytes before a reply\n"
            "  --corrupt RATE     chance (0..1) of a reply with a bad LRC\n"

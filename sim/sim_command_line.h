@@ -2,6 +2,7 @@
 
 // The command line of halvex-sim.
 
+#include <optional>
 #include <string>
 #include <variant>
 #include <vector>
@@ -13,6 +14,8 @@ namespace halvex::sim {
 struct SimCommandLine {
     PtyUnitOptions options;
     std::string link;  // symbolic link to the device, when asked for
+    // Listen on this TCP port instead of a pseudo-terminal (0: a free one).
+    std::optional<int> tcpPort;
     bool verbose = false;
     // Line commands are read from standard input.
     bool control = false;

@@ -5,6 +5,7 @@
 
 #include <QApplication>
 #include <QComboBox>
+#include <QDialog>
 #include <QDir>
 #include <QLabel>
 #include <QLineEdit>
@@ -21,6 +22,7 @@
 
 #include "connection/port_selection.h"
 #include "protocol/in_process_port.h"
+#include "protocol/port_map.h"
 #include "sim/unit.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/clickable.h"
@@ -66,15 +68,17 @@ void sendAndCatchAnswer(halvex::VornixU& window) {
 }
 
 // The Port menu with its device submenu open beside it, for an adapter
-// mapped to COM1.
-bool savePortMenu(halvex::VornixU& window, const QString& path) {
+// mapped to COM1 (or what COM1 opens already).
+bool savePortMenu(halvex::VornixU& window, const QString& path, bool mapAdapter = true) {
     window.findChild<halvex::PortSelection*>()->deviceMenu().setDeviceSource([] {
         return QList<halvex::SerialDevice>{
             {QStringLiteral("/dev/serial/by-id/usb-FTDI_FT232R_USB_UART_A10K3XYZ-if00-port0"),
              QStringLiteral("/dev/ttyUSB0"), QStringLiteral("FT232R USB UART"),
              QStringLiteral("FTDI"), QStringLiteral("A10K3XYZ")}};
     });
-    window.findChild<QAction*>(QStringLiteral("MenuDevice_0"))->trigger();
+    if (mapAdapter) {
+        window.findChild<QAction*>(QStringLiteral("MenuDevice_0"))->trigger();
+    }
     auto* portMenu = window.findChild<QMenu*>(QStringLiteral("PortMenu"));
     auto* deviceMenu = window.findChild<QMenu*>(QStringLiteral("MenuDevice"));
     portMenu->popup(QPoint(0, 0));
@@ -92,6 +96,20 @@ bool savePortMenu(halvex::VornixU& window, const QString& path) {
     painter.end();
     const bool ok = both.save(path);
     std::printf("%s %s\n", ok ? "wrote" : "FAILED", qPrintable(path));
+    return ok;
+}
+
+// "Network Device For COM1" filled in, and the Port menu once COM1 opens it.
+bool saveNetworkDevice(halvex::VornixU& window, const QString& out) {
+    window.findChild<QAction*>(QStringLiteral("MenuNetworkDevice"))->trigger();
+    auto* dialog = window.findChild<QDialog*>(QStringLiteral("NetworkDeviceDialog"));
+    window.findChild<QLineEdit*>(QStringLiteral("NetHostBox"))->setText(QStringLiteral("10.0.0.5"));
+    window.findChild<QLineEdit*>(QStringLiteral("NetPortBox"))->setText(QStringLiteral("2001"));
+    QTest::qWait(200);
+    bool ok = save(*dialog, out + QStringLiteral("/networkdevice.png"));
+    dialog->accept();
+    ok = savePortMenu(window, out + QStringLiteral("/portmenu-network.png"), false) && ok;
+    halvex::setComPortDevice(1, QString());
     return ok;
 }
 
@@ -123,6 +141,7 @@ int main(int argc, char* argv[]) {
     QTest::qWait(200);
     bool ok = save(window, out + QStringLiteral("/offline.png"));
     ok = savePortMenu(window, out + QStringLiteral("/portmenu.png")) && ok;
+    ok = saveNetworkDevice(window, out) && ok;
 
     window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
     if (!QTest::qWaitFor([&] { return window.windowTitle().endsWith(QStringLiteral(" Online")); },

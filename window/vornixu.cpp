@@ -14,7 +14,7 @@
 #include "console/page.h"
 #include "positioning/jog.h"
 #include "positioning/motion_commands.h"
-#include "protocol/qt_serial_port.h"
+#include "protocol/device_port.h"
 #include "views/pages/camera_page.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/lamp_pictures.h"
@@ -46,7 +46,7 @@ VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, int linkTickMs
       receiver_(state_, link_),
       context_{state_,  status_,       presets_,  link_, receiver_,
                events_, readHandlers_, messages_, this},
-      port_(port != nullptr ? port : new QtSerialPort(this)) {
+      port_(port != nullptr ? port : new DevicePort(this)) {
     setObjectName(QStringLiteral("VornixU"));
     if (port_->parent() == nullptr) {
         port_->setParent(this);

@@ -4,9 +4,10 @@
 #include <QString>
 #include <QStringList>
 
-// halvex-sim as an operator runs it, on its own pseudo-terminal; the test
-// target names the program in HALVEX_SIM_PATH. device() is the terminal to
-// open, empty when the program did not start.
+// halvex-sim as an operator runs it, on its own pseudo-terminal (or with
+// --tcp on a TCP port); the test target names the program in
+// HALVEX_SIM_PATH. device() is what to open, empty when the program did not
+// start.
 class SimProcess {
   public:
     explicit SimProcess(const QStringList& arguments = {}) {
@@ -17,7 +18,12 @@ class SimProcess {
             device_ = QString::fromLocal8Bit(process_.readLine()).trimmed();
         }
     }
-    ~SimProcess() {
+    ~SimProcess() { stop(); }
+    // Stopped as by Ctrl-C; what it said stays readable.
+    void stop() {
+        if (process_.state() == QProcess::NotRunning) {
+            return;
+        }
         process_.terminate();
         if (!process_.waitForFinished(3000)) {
             process_.kill();
@@ -29,6 +35,12 @@ class SimProcess {
 
     const QString& device() const { return device_; }
 
+    // What it has said on stderr so far (with -v, every frame).
+    const QString& errorOutput() {
+        errors_ += QString::fromLocal8Bit(process_.readAllStandardError());
+        return errors_;
+    }
+
     // One line on the program's standard input (a line command, with --control).
     void say(const QString& line) {
         process_.write((line + QLatin1Char('\n')).toLocal8Bit());
@@ -38,4 +50,5 @@ class SimProcess {
   private:
     QProcess process_;
     QString device_;
+    QString errors_;
 };

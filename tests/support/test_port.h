@@ -1,22 +1,41 @@
 #pragma once
 
+#include <utility>
+#include <vector>
+
 #include "protocol/in_process_port.h"
 
 namespace halvex::testing {
 
 // The in-process port with the faults tests need: a device that will not
-// open, writes that fail, and bytes that come down the line from nowhere.
+// open, writes that fail, bytes that come down the line from nowhere, and a
+// connection that takes its time, as a network port's does.
 class TestPort : public InProcessPort {
   public:
     using InProcessPort::InProcessPort;
 
     bool open(const QString& device, qint32 baudRate) override {
-        return !openFails_ && InProcessPort::open(device, baudRate);
+        if (openFails_ || !InProcessPort::open(device, baudRate)) {
+            return false;
+        }
+        connecting_ = slowConnection_;
+        ++opens_;
+        return true;
     }
+    void close() override {
+        connecting_ = false;
+        held_.clear();
+        InProcessPort::close();
+    }
+    bool stillConnecting() const override { return isOpen() && connecting_; }
     bool writeByte(Byte value) override {
         if (writeFails_ && isOpen()) {
             deviceFailed(QStringLiteral("writing to it failed"));
             return false;
+        }
+        if (stillConnecting()) {
+            held_.push_back(value);
+            return true;
         }
         return InProcessPort::writeByte(value);
     }
@@ -27,6 +46,26 @@ class TestPort : public InProcessPort {
         stillThere_ = true;
         deviceFailed(QStringLiteral("Resource temporarily unavailable"));
     }
+    // From now on open() leaves the port connecting until connectionDone().
+    void setSlowConnection(bool slow) { slowConnection_ = slow; }
+    // The connection is made (what was written meanwhile goes out) or fails
+    // as a refused one does.
+    void connectionDone(bool made) {
+        if (!stillConnecting()) {
+            return;
+        }
+        if (!made) {
+            refused_ = true;
+            deviceFailed(QStringLiteral("the device server refused the connection"));
+            return;
+        }
+        connecting_ = false;
+        for (Byte value : std::exchange(held_, {})) {
+            InProcessPort::writeByte(value);
+        }
+        emit connectionMade();
+    }
+    int opens() const { return opens_; }
     void setOpenFails(bool fails) { openFails_ = fails; }
     // Every write fails, as on an adapter that was pulled out.
     void setWriteFails(bool fails) { writeFails_ = fails; }
@@ -34,6 +73,9 @@ class TestPort : public InProcessPort {
 
   protected:
     QString whyGone(const QString& reported) override {
+        if (std::exchange(refused_, false)) {
+            return reported;
+        }
         return stillThere_ ? QString() : InProcessPort::whyGone(reported);
     }
     bool reopenInPlace() override {
@@ -46,6 +88,11 @@ class TestPort : public InProcessPort {
     bool stillThere_ = false;
     bool openFails_ = false;
     bool writeFails_ = false;
+    bool slowConnection_ = false;
+    bool connecting_ = false;
+    bool refused_ = false;
+    int opens_ = 0;
+    std::vector<Byte> held_;
 };
 
 }  // namespace halvex::testing

@@ -1,7 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QDialog>
+#include <QLabel>
+#include <QLineEdit>
 #include <QMenu>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTest>
 
 #include "connection/port_selection.h"
 #include "protocol/port_map.h"
@@ -80,6 +86,127 @@ TEST(PortDevices, DeviceChosenForCom1SurvivesARestartUnlessTheEnvironmentSaysOth
     }
     qunsetenv("HALVEX_COM1");
     setComPortDevice(1, QString());
+}
+
+// "Network Device For COMn" as the operator fills it in.
+struct NetworkDialog {
+    explicit NetworkDialog(DeviceRig& rig) : dialog(rig.find<QDialog>("NetworkDeviceDialog")) {
+        if (dialog != nullptr) {
+            host = dialog->findChild<QLineEdit*>(QStringLiteral("NetHostBox"));
+            port = dialog->findChild<QLineEdit*>(QStringLiteral("NetPortBox"));
+            raw = dialog->findChild<QRadioButton*>(QStringLiteral("NetRawOption"));
+            rfc2217 = dialog->findChild<QRadioButton*>(QStringLiteral("NetRfc2217Option"));
+            ok = dialog->findChild<QPushButton*>(QStringLiteral("NetOkBut"));
+            cancel = dialog->findChild<QPushButton*>(QStringLiteral("NetCancelBut"));
+            says = dialog->findChild<QLabel*>(QStringLiteral("NetDeviceLabel"));
+        }
+    }
+    bool complete() const { return host && port && raw && rfc2217 && ok && cancel && says; }
+
+    QDialog* dialog;
+    QLineEdit* host = nullptr;
+    QLineEdit* port = nullptr;
+    QRadioButton* raw = nullptr;
+    QRadioButton* rfc2217 = nullptr;
+    QPushButton* ok = nullptr;
+    QPushButton* cancel = nullptr;
+    QLabel* says = nullptr;
+};
+
+// Lets the dialog that just closed go.
+void settle() {
+    QTest::qWait(20);
+}
+
+TEST(PortDevices, NetworkDeviceIsTypedCheckedAndKeptLikeALocalOne) {
+    {
+        DeviceRig rig;
+        rig.action("MenuNetworkDevice")->trigger();
+        NetworkDialog typed(rig);
+        ASSERT_NE(typed.dialog, nullptr);
+        ASSERT_TRUE(typed.complete());
+        EXPECT_TRUE(typed.dialog->isVisible());
+        EXPECT_EQ(typed.dialog->windowTitle(), QStringLiteral("Network Device For COM1"));
+        EXPECT_TRUE(typed.rfc2217->isChecked());
+        struct Step {
+            const char* host;
+            const char* port;
+            const char* says;
+        };
+        for (const Step& step :
+             {Step{"", "", "Enter the device server's name or address."},
+              Step{"ds mast", "2001",
+                   "A host name holds only letters, digits, dots and dashes (or give an address)."},
+              Step{" 10.0.0.5 ", "70000", "Enter a port number from 1 to 65535."},
+              Step{"10.0.0.5", "", "Enter a port number from 1 to 65535."},
+              Step{"[fd00::5]", "2001", "COM1 will open rfc2217://[fd00::5]:2001"},
+              Step{" 10.0.0.5 ", "2001", "COM1 will open rfc2217://10.0.0.5:2001"}}) {
+            typed.host->setText(QString::fromLatin1(step.host));
+            typed.port->setText(QString::fromLatin1(step.port));
+            EXPECT_EQ(typed.says->text(), QString::fromLatin1(step.says)) << step.host;
+            EXPECT_EQ(typed.ok->isEnabled(), typed.says->text().startsWith("COM1 will open"))
+                << step.host;
+        }
+        typed.raw->click();
+        EXPECT_EQ(typed.says->text(), QStringLiteral("COM1 will open socket://10.0.0.5:2001"));
+        typed.rfc2217->click();
+        typed.ok->click();
+        settle();
+        EXPECT_EQ(rig.find<QDialog>("NetworkDeviceDialog"), nullptr);
+        EXPECT_EQ(comPortDevice(1), QStringLiteral("rfc2217://10.0.0.5:2001"));
+        EXPECT_EQ(rig.action("MenuCOM_1")->text(),
+                  QStringLiteral("COM1   (rfc2217://10.0.0.5:2001)"));
+        EXPECT_TRUE(rig.action("MenuDeviceNetwork")->isChecked());
+        EXPECT_EQ(rig.action("MenuDeviceNetwork")->text(),
+                  QStringLiteral("rfc2217://10.0.0.5:2001  (network)"));
+        EXPECT_EQ(rig.find<QAction>("MenuDeviceKept"), nullptr) << "a network device is no adapter";
+        EXPECT_FALSE(rig.action("MenuDeviceDefault")->isChecked());
+        EXPECT_TRUE(rig.window->windowTitle().endsWith(" Using COM1 At 9600 Offline"));
+
+        // The chosen device opens the dialog again, filled in; Cancel keeps it.
+        rig.action("MenuDeviceNetwork")->trigger();
+        NetworkDialog again(rig);
+        ASSERT_TRUE(again.complete());
+        EXPECT_EQ(again.host->text(), QStringLiteral("10.0.0.5"));
+        EXPECT_EQ(again.port->text(), QStringLiteral("2001"));
+        EXPECT_TRUE(again.rfc2217->isChecked());
+        again.raw->click();
+        again.cancel->click();
+        settle();
+        EXPECT_EQ(comPortDevice(1), QStringLiteral("rfc2217://10.0.0.5:2001"));
+    }
+    {
+        DeviceRig second;
+        EXPECT_TRUE(second.action("MenuDeviceNetwork")->isChecked());
+        // Another COM number has its own; Default forgets COM1's.
+        second.action("MenuCOM_2")->trigger();
+        EXPECT_EQ(second.find<QAction>("MenuDeviceNetwork"), nullptr);
+        second.action("MenuNetworkDevice")->trigger();
+        NetworkDialog raw(second);
+        ASSERT_TRUE(raw.complete());
+        EXPECT_EQ(raw.dialog->windowTitle(), QStringLiteral("Network Device For COM2"));
+        raw.host->setText(QStringLiteral("ds-mast-2"));
+        raw.port->setText(QStringLiteral("4001"));
+        raw.raw->click();
+        raw.ok->click();
+        settle();
+        EXPECT_EQ(comPortDevice(2), QStringLiteral("socket://ds-mast-2:4001"));
+        second.action("MenuCOM_1")->trigger();
+        second.action("MenuDeviceDefault")->trigger();
+        EXPECT_EQ(comPortDevice(1), QStringLiteral("/dev/ttyS0"));
+        EXPECT_EQ(second.action("MenuCOM_2")->text(),
+                  QStringLiteral("COM2   (socket://ds-mast-2:4001)"));
+    }
+    setComPortDevice(2, QString());
+    // While the environment names COM1's device, nothing else is offered.
+    qputenv("HALVEX_COM1", "socket://10.0.0.9:4001");
+    {
+        DeviceRig third;
+        EXPECT_FALSE(third.action("MenuNetworkDevice")->isEnabled());
+        EXPECT_EQ(third.action("MenuCOM_1")->text(),
+                  QStringLiteral("COM1   (socket://10.0.0.9:4001)"));
+    }
+    qunsetenv("HALVEX_COM1");
 }
 
 TEST(SerialDevices, StableNameIsTheByIdLinkToTheNode) {

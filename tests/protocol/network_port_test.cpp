@@ -1,0 +1,284 @@
+#include <gtest/gtest.h>
+
+#include <QSignalSpy>
+#include <QTest>
+
+#include "protocol/device_port.h"
+#include "protocol/network_device.h"
+#include "protocol/rfc2217_port.h"
+#include "protocol/tcp_port.h"
+#include "protocol/telnet.h"
+#include "tests/support/scripted_server.h"
+
+namespace halvex::testing {
+namespace {
+
+using namespace telnet;
+
+QByteArray bytes(std::initializer_list<int> values) {
+    QByteArray out;
+    for (int value : values) {
+        out.append(static_cast<char>(value));
+    }
+    return out;
+}
+
+void writeAll(SerialPort& port, const QByteArray& data) {
+    for (char value : data) {
+        ASSERT_TRUE(port.writeByte(static_cast<Byte>(value)));
+    }
+}
+
+QByteArray waiting(SerialPort& port) {
+    const std::vector<Byte> held = port.peekWaiting();
+    return QByteArray(reinterpret_cast<const char*>(held.data()),
+                      static_cast<qsizetype>(held.size()));
+}
+
+TEST(NetworkDevice, DeviceStringsNameAKindAHostAndAPort) {
+    struct Row {
+        const char* device;
+        PortKind kind;
+        const char* host;
+        int port;
+    };
+    for (const Row& row :
+         {Row{"socket://10.0.0.5:4001", PortKind::RawTcp, "10.0.0.5", 4001},
+          Row{"rfc2217://ds-mast_2.site:2001", PortKind::Rfc2217, "ds-mast_2.site", 2001},
+          Row{"SOCKET://unit:1", PortKind::RawTcp, "unit", 1},
+          Row{"rfc2217://[fd00::5]:65535", PortKind::Rfc2217, "fd00::5", 65535}}) {
+        const auto parsed = parseNetworkDevice(QString::fromLatin1(row.device));
+        ASSERT_TRUE(parsed) << row.device;
+        EXPECT_EQ(parsed->kind, row.kind) << row.device;
+        EXPECT_EQ(parsed->host, QString::fromLatin1(row.host)) << row.device;
+        EXPECT_EQ(parsed->port, row.port) << row.device;
+        EXPECT_EQ(parseNetworkDevice(parsed->toString())->toString(), parsed->toString());
+    }
+    EXPECT_EQ(parseNetworkDevice("rfc2217://[fd00::5]:2001")->toString(),
+              QStringLiteral("rfc2217://[fd00::5]:2001"));
+    for (const char* bad :
+         {"socket://", "socket://unit", "socket://unit:", "socket://unit:0", "socket://unit:65536",
+          "socket://unit:40x1", "socket://unit: 4001", "socket://:4001", "socket://a unit:4001",
+          "socket://fd00::5:4001", "socket://[unit]:4001", "socket://unit/x:4001",
+          "rfc2217://unit:99999999999", "/dev/ttyUSB0", "telnet://unit:23"}) {
+        EXPECT_FALSE(parseNetworkDevice(QString::fromLatin1(bad))) << bad;
+    }
+    EXPECT_EQ(portKindOf("/dev/serial/by-id/usb-FTDI-if00"), PortKind::Local);
+    EXPECT_EQ(portKindOf("Rfc2217://unit:2001"), PortKind::Rfc2217);
+}
+
+TEST(NetworkDevice, TypedHostsAndPortsAreCheckedAsAnOperatorTypesThem) {
+    EXPECT_EQ(hostProblem("  10.0.0.5 "), QString());
+    EXPECT_EQ(hostProblem("[fd00::5]"), QString());
+    EXPECT_EQ(normalisedHost(" [fd00::5] "), QStringLiteral("fd00::5"));
+    EXPECT_EQ(hostProblem("   "), QStringLiteral("Enter the device server's name or address."));
+    EXPECT_FALSE(hostProblem("ds mast").isEmpty());
+    EXPECT_FALSE(hostProblem("ds/mast").isEmpty());
+    EXPECT_FALSE(hostProblem(QString(254, QLatin1Char('a'))).isEmpty());
+    EXPECT_TRUE(hostProblem(QString(253, QLatin1Char('a'))).isEmpty());
+    quint16 port = 0;
+    EXPECT_EQ(portProblem(" 4001 ", &port), QString());
+    EXPECT_EQ(port, 4001);
+    EXPECT_EQ(portProblem("65535", &port), QString());
+    EXPECT_EQ(port, 65535);
+    for (const char* bad : {"", "0", "65536", "-1", "40 01", "4001x", "99999999999"}) {
+        EXPECT_EQ(portProblem(QString::fromLatin1(bad)),
+                  QStringLiteral("Enter a port number from 1 to 65535."))
+            << bad;
+    }
+}
+
+TEST(TcpPort, BytesWrittenWhileTheConnectionIsMadeGoOutOnceAndInOrder) {
+    ScriptedServer server;
+    TcpPort port;
+    QSignalSpy made(&port, &SerialPort::connectionMade);
+    // A name is looked up first, so the port is still connecting for a while.
+    ASSERT_TRUE(port.open(QStringLiteral("socket://localhost:%1").arg(server.port()), 9600));
+    EXPECT_TRUE(port.isOpen());
+    ASSERT_TRUE(port.stillConnecting());
+    writeAll(port, bytes({0x02, 0x00, 0x31, 0xFF, 0x03}));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return made.count() == 1; }, 5000));
+    EXPECT_FALSE(port.stillConnecting());
+    writeAll(port, bytes({0x02, 0x00, 0x9A, 0x9A, 0x03}));
+    ASSERT_TRUE(server.waitForBytes(10));
+    QTest::qWait(100);
+    EXPECT_EQ(server.received(),
+              bytes({0x02, 0x00, 0x31, 0xFF, 0x03, 0x02, 0x00, 0x9A, 0x9A, 0x03}));
+
+    // A reply in two packets waits whole in the port until it is taken.
+    QSignalSpy arrived(&port, &SerialPort::dataArrived);
+    server.send(bytes({0x06, 0x00, 0x9A}));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return port.bytesWaiting() == 3; }, 5000));
+    server.send(bytes({0x9A, 0x03, 0x06}));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return port.bytesWaiting() == 6; }, 5000));
+    EXPECT_EQ(arrived.count(), 2);
+    port.consume(5);
+    EXPECT_EQ(waiting(port), bytes({0x06}));
+    EXPECT_GT(port.transportPauseMs(), 0);
+
+    QSignalSpy closed(&port, &SerialPort::closed);
+    port.close();
+    EXPECT_EQ(closed.count(), 1);
+    EXPECT_FALSE(port.isOpen());
+    EXPECT_EQ(port.bytesWaiting(), 0);
+    EXPECT_FALSE(port.writeByte(0x02));
+}
+
+// Opens `device` and waits for the port to give it up.
+QString lossOf(SerialPort& port, const QString& device) {
+    QSignalSpy closed(&port, &SerialPort::closed);
+    QSignalSpy lost(&port, &SerialPort::lost);
+    if (!port.open(device, 9600)) {
+        return QStringLiteral("did not open");
+    }
+    if (!QTest::qWaitFor([&] { return lost.count() > 0; }, 15000)) {
+        return QStringLiteral("not lost");
+    }
+    QTest::qWait(50);
+    EXPECT_EQ(lost.count(), 1) << "one loss, told once";
+    EXPECT_EQ(closed.count(), 1) << "closed before it is lost";
+    EXPECT_FALSE(port.isOpen());
+    EXPECT_FALSE(port.stillConnecting());
+    return lost.first().first().toString();
+}
+
+TEST(TcpPort, ARefusedUnresolvableOrCutConnectionIsALostDeviceThatSaysWhy) {
+    TcpPort port;
+    EXPECT_EQ(lossOf(port, QStringLiteral("socket://127.0.0.1:%1").arg(closedPort())),
+              QStringLiteral("the device server refused the connection"));
+    EXPECT_EQ(lossOf(port, QStringLiteral("socket://no-such-unit.invalid:4001")),
+              QStringLiteral("the name no-such-unit.invalid does not resolve to an address"));
+
+    ScriptedServer server;
+    server.greet = [](QTcpSocket& socket) {
+        socket.write(bytes({0x06, 0x00, 0x31}));  // half a reply, then gone
+        socket.flush();
+        socket.disconnectFromHost();
+    };
+    QSignalSpy arrived(&port, &SerialPort::dataArrived);
+    EXPECT_EQ(lossOf(port, QStringLiteral("socket://127.0.0.1:%1").arg(server.port())),
+              QStringLiteral("the device server closed the connection"));
+    EXPECT_EQ(port.bytesWaiting(), 0) << "half a reply left behind";
+    EXPECT_FALSE(port.writeByte(0x02));
+    EXPECT_FALSE(port.open(QStringLiteral("socket://no port"), 9600));
+    EXPECT_FALSE(port.isOpen());
+}
+
+// An RFC 2217 server's opening, as ser2net sends it.
+const QByteArray kServerOpening = bytes(
+    {kIac, kWill, kSuppressGoAhead, kIac, kDo, kBinary, kIac, kWill, kBinary, kIac, kDo, kComPort});
+
+TEST(Rfc2217Port, TheLineWaitsForThePortSettingsAndCarries0xFFDoubledBothWays) {
+    ScriptedServer server;
+    server.greet = [](QTcpSocket& socket) {
+        // A server that takes a moment before it answers.
+        QTimer::singleShot(150, &socket, [&socket] { socket.write(kServerOpening); });
+    };
+    Rfc2217Port port;
+    QSignalSpy notices(&port, &SerialPort::notice);
+    ASSERT_TRUE(port.open(QStringLiteral("rfc2217://127.0.0.1:%1").arg(server.port()), 38400));
+    writeAll(port, bytes({0x02, 0xFF, 0x03}));
+    ASSERT_TRUE(server.waitForConnection());
+    QTest::qWait(50);
+    EXPECT_TRUE(port.stillConnecting()) << "ready before the server answered";
+    // Only the opening so far: the line's bytes wait for the settings.
+    EXPECT_EQ(server.received(),
+              bytes({kIac, kWill, kComPort, kIac, kWill, kBinary, kIac, kDo, kBinary}));
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !port.stillConnecting(); }, 3000));
+    writeAll(port, bytes({0x9A}));
+    QByteArray expected = bytes({kIac, kWill, kComPort, kIac, kWill, kBinary, kIac, kDo, kBinary,
+                                 kIac, kDo, kSuppressGoAhead});
+    expected += bytes({kIac, kSb, kComPort, 1, 0x00, 0x00, 0x96, 0x00, kIac, kSe});
+    expected += bytes({kIac, kSb, kComPort, 2, 8, kIac, kSe, kIac, kSb, kComPort, 3, 1, kIac, kSe});
+    expected += bytes({kIac, kSb, kComPort, 4, 1, kIac, kSe, kIac, kSb, kComPort, 5, 1, kIac, kSe});
+    expected += bytes({0x02, 0xFF, 0xFF, 0x03, 0x9A});
+    ASSERT_TRUE(server.waitForBytes(expected.size()));
+    QTest::qWait(100);
+    EXPECT_EQ(server.received(), expected);
+
+    // From the server: a doubled 0xFF is one data byte, commands are gone.
+    server.send(bytes({0x06, kIac, kIac, kIac, 241, 0x03, kIac, kSb, kComPort, 101, 0x00, 0x00,
+                       0x96, 0x00, kIac, kSe}));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return port.bytesWaiting() == 3; }, 5000));
+    QTest::qWait(50);
+    EXPECT_EQ(waiting(port), bytes({0x06, 0xFF, 0x03}));
+    EXPECT_EQ(notices.count(), 0) << "the server set what was asked";
+}
+
+TEST(Rfc2217Port, AServerThatRefusesOrIgnoresThePortSettingsIsToldAndStillCarriesTheLine) {
+    {
+        ScriptedServer refusing;
+        refusing.greet = [](QTcpSocket& socket) { socket.write(bytes({kIac, kDont, kComPort})); };
+        Rfc2217Port port;
+        QSignalSpy notices(&port, &SerialPort::notice);
+        ASSERT_TRUE(port.open(QStringLiteral("rfc2217://127.0.0.1:%1").arg(refusing.port()), 9600));
+        writeAll(port, bytes({0x02}));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !port.stillConnecting(); }, 3000));
+        ASSERT_TRUE(refusing.waitForBytes(10));
+        EXPECT_EQ(refusing.received().right(1), bytes({0x02}));
+        ASSERT_EQ(notices.count(), 1);
+        EXPECT_TRUE(notices.first().first().toString().contains("RFC 2217 refused"));
+    }
+    {
+        // A plain TCP server behind an rfc2217:// name says nothing at all.
+        ScriptedServer silent;
+        Rfc2217Port port;
+        QSignalSpy notices(&port, &SerialPort::notice);
+        ASSERT_TRUE(port.open(QStringLiteral("rfc2217://127.0.0.1:%1").arg(silent.port()), 9600));
+        writeAll(port, bytes({0x02}));
+        ASSERT_TRUE(silent.waitForConnection());
+        QTest::qWait(Rfc2217Port::kNegotiationTimeoutMs / 2);
+        EXPECT_TRUE(port.stillConnecting());
+        ASSERT_TRUE(silent.waitForBytes(10, 2 * Rfc2217Port::kNegotiationTimeoutMs));
+        EXPECT_FALSE(port.stillConnecting());
+        ASSERT_EQ(notices.count(), 1);
+        EXPECT_TRUE(notices.first().first().toString().contains("did not take up"));
+    }
+    {
+        // One that keeps its own speed says so in its answer.
+        ScriptedServer stubborn;
+        stubborn.greet = [](QTcpSocket& socket) {
+            socket.write(bytes({kIac, kDo, kComPort, kIac, kSb, kComPort, 101, 0x00, 0x00, 0x25,
+                                0x80, kIac, kSe}));
+        };
+        Rfc2217Port port;
+        QSignalSpy notices(&port, &SerialPort::notice);
+        ASSERT_TRUE(
+            port.open(QStringLiteral("rfc2217://127.0.0.1:%1").arg(stubborn.port()), 57600));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return notices.count() > 0; }, 3000));
+        EXPECT_EQ(notices.first().first().toString(),
+                  QStringLiteral("the device server runs the line at 9600 baud, not 57600"));
+    }
+}
+
+TEST(DevicePort, TheDeviceStringChoosesTheKindOfPort) {
+    ScriptedServer server;
+    DevicePort port;
+    QSignalSpy made(&port, &SerialPort::connectionMade);
+    QSignalSpy lost(&port, &SerialPort::lost);
+    EXPECT_FALSE(port.open(QStringLiteral("/dev/halvex-no-such-port"), 9600));
+    EXPECT_EQ(port.kind(), PortKind::Local);
+    ASSERT_TRUE(port.open(QStringLiteral("socket://127.0.0.1:%1").arg(server.port()), 19200));
+    EXPECT_EQ(port.kind(), PortKind::RawTcp);
+    EXPECT_EQ(port.baudRate(), 19200);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return made.count() == 1; }, 5000));
+    writeAll(port, bytes({0x02, 0xFF}));
+    ASSERT_TRUE(server.waitForBytes(2));
+    server.send(bytes({0x06}));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return port.bytesWaiting() == 1; }, 5000));
+    port.close();
+
+    ASSERT_TRUE(port.open(QStringLiteral("rfc2217://127.0.0.1:%1").arg(server.port()), 9600));
+    EXPECT_EQ(port.kind(), PortKind::Rfc2217);
+    EXPECT_TRUE(port.stillConnecting());
+    EXPECT_GT(port.transportPauseMs(), 0);
+    // The far end goes: the loss comes through the same signals.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return server.connections() == 2; }, 5000));
+    server.hangUp();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return lost.count() == 1; }, 5000));
+    EXPECT_FALSE(port.isOpen());
+}
+
+}  // namespace
+}  // namespace halvex::testing
