@@ -43,7 +43,11 @@ TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
         {{0x40, 3}, {0x40, 3, 0x2C, 0x01, 0, 0x2C, 0x01, 0, 0, 0, 0, 0}},
         {{0x81, 0x80}, {0x81, 0, 0x5C, 0x44, 0x00}},  // the CW limit reads 175.00
         {{0x83, 0x64, 0, 0, 0xC8, 0, 0}, {0x83, 0x64, 0, 0, 0xC8, 0, 0}},  // here reads 1.00/2.00
-        {{0x84}, {0x84, 0, 0, 0, 0, 0, 0}}};
+        {{0x84}, {0x84, 0, 0, 0, 0, 0, 0}},
+        {{0x66, 0x1A}, {0x66, 0x0A}},  // four outputs
+        {{0x66, 0x80}, {0x66, 0x0A}},
+        {{0x92, 20, 33, 20, 0, 20, 44, 20}, {0x92, 20, 33, 20, 0, 20, 44, 20}},
+        {{0x86}, {0x86, 33, 44}}};  // the ramps alone
     UnitHarness unit;
     for (const Step& step : steps) {
         SCOPED_TRACE(::testing::Message() << "command 0x" << std::hex << int(step.send[0]));
@@ -115,6 +119,43 @@ TEST(UnitFaults, InjectedFaultsLatchUntilResetAndTheCommTimeoutStopsATour) {
     report = other.jog(0x40, 0, 100);
     EXPECT_EQ(report[7] & 0x0C, 0);
     EXPECT_EQ(report[8] & 0x0C, 0x08);
+}
+
+TEST(UnitFaults, AHomingCycleReportsNoIndexForAFaultedAxis) {
+    UnitHarness unit;
+    unit.unit.state().motion.latchFault(Fault::PanTimeout);
+    EXPECT_TRUE(unit.send({0x9E}).empty()) << "the reply comes when the cycle ends";
+    unit.advance(8000);
+    const auto frames = decodeFrames(unit.unit.takeOutput());
+    ASSERT_EQ(frames.size(), 1u);
+    const auto& reply = frames[0].message;
+    ASSERT_EQ(reply.size(), 8u);
+    EXPECT_EQ(reply[1], 2) << "tilt found its index, pan did not";
+    EXPECT_EQ(angleAt(reply, 2), 0);
+    EXPECT_NE(angleAt(reply, 5), 0);
+}
+
+TEST(UnitLimits, ASoftLimitBitClearsOnceTheAxisIsBackInside) {
+    UnitHarness unit;
+    std::vector<Byte> report;
+    for (int i = 0; i < 130; ++i) {  // to the CW soft limit
+        unit.advance(100);
+        report = unit.jog(0x80, 255, 0);
+    }
+    EXPECT_EQ(report[7] & 0xC0, 0x80);
+    for (int i = 0; i < 270; ++i) {  // all the way back to the CCW one
+        unit.advance(100);
+        report = unit.jog(0x00, 255, 0);
+        if (i == 10) {
+            EXPECT_EQ(report[7] & 0xC0, 0) << "inside again";
+        }
+    }
+    EXPECT_EQ(report[7] & 0xC0, 0x40);
+    for (int i = 0; i < 10; ++i) {
+        unit.advance(100);
+        report = unit.jog(0x80, 255, 0);
+    }
+    EXPECT_EQ(report[7] & 0xC0, 0) << "inside again";
 }
 
 TEST(UnitLimits, JogStopsAtTheSoftLimitUnlessOverriddenAndEndlessPanWraps) {

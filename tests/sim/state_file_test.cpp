@@ -45,5 +45,31 @@ TEST(UnitStateFile, StoredSettingsComeBackAndDamagedLinesKeepFactoryValues) {
     std::remove(options.statePath.c_str());
 }
 
+TEST(UnitStateFile, EachCameraKeepsItsOwnLensSettings) {
+    UnitOptions options;
+    options.statePath = ::testing::TempDir() + "halvex-unit-lenses";
+    std::remove(options.statePath.c_str());
+    const std::vector<Byte> lenses{0x61, 1, 3, 4, 2, 9, 10};
+    UnitHarness(options).exchange(lenses);
+    UnitHarness restarted(options);
+    EXPECT_EQ(restarted.exchange({0x61, 0x80, 0, 0, 0, 0, 0}), lenses);
+    std::remove(options.statePath.c_str());
+}
+
+TEST(UnitStateFile, StoredValuesAtTheirEdgesAreTakenAndOnePastIsRefused) {
+    UnitOptions options;
+    options.statePath = ::testing::TempDir() + "halvex-unit-edges";
+    std::ofstream(options.statePath) << "halvex-unit-state 1\n"
+                                        "preset-1 -8388608 8388607 255 0 1 2\n"
+                                        "preset-2 100 200 256 0 1 2\n"
+                                        "preset-3 -8388609 0 0 0 0 0\n";
+    UnitHarness unit(options);
+    EXPECT_EQ(unit.exchange({0x40, 1}),
+              (std::vector<Byte>{0x40, 1, 0x00, 0x00, 0x80, 0xFF, 0xFF, 0x7F, 255, 0, 1, 2}));
+    EXPECT_EQ(unit.exchange({0x40, 2}), (std::vector<Byte>{0x40, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
+    EXPECT_EQ(unit.exchange({0x40, 3}), (std::vector<Byte>{0x40, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
+    std::remove(options.statePath.c_str());
+}
+
 }  // namespace
 }  // namespace halvex::sim::testing

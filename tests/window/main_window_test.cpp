@@ -90,6 +90,12 @@ TEST(MainWindow, MenuChoicesAreWrittenAtOnceAndDropTheOfflineWord) {
     EXPECT_FALSE(checked(*rig.window, QStringLiteral("MenuCOM_1")));
     EXPECT_EQ(rig.window->windowTitle(),
               QStringLiteral("Halvex Remote Control Emulator Ver 2.00 Using COM3 At 57600"));
+    // The first speed is a speed like any other.
+    rig.find<QAction>(QStringLiteral("MenuBPS_0"))->trigger();
+    EXPECT_EQ(settingsBytes(), QByteArray::fromHex("030080250000"));
+    EXPECT_TRUE(checked(*rig.window, QStringLiteral("MenuBPS_0")));
+    EXPECT_FALSE(checked(*rig.window, QStringLiteral("MenuBPS_5")));
+    EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral("Using COM3 At 9600")));
 }
 
 TEST(MainWindow, MenuChoiceIsWrittenInPlaceWhenOnlyTheFileMayBeWritten) {
