@@ -43,6 +43,9 @@ void Receiver::onDataArrived() {
         return;
     }
     guarded(state_, "SerPort1_OnComm", [this] { ReceiveFrame(); });
+    // A frame cut off by a range fault (one running past RxBuffer) still
+    // shows in the log, as cut.
+    reportWire(recording::Verdict::Cut);
     scheduleLeftovers();
 }
 
@@ -69,15 +72,28 @@ void Receiver::showFault() {
     state_.setLamp(LinkLamp::Fault);
 }
 
+Byte Receiver::readRaw() {
+    const Byte value = port_->readByte();
+    wire_.push_back(value);
+    return value;
+}
+
+void Receiver::reportWire(recording::Verdict verdict) {
+    if (!wire_.empty()) {
+        emit frameRead(wire_, verdict);
+    }
+    wire_.clear();
+}
+
 Byte Receiver::readUnstuffed(int waiting, Byte& raw, CaptureLine& capture) {
-    raw = port_->readByte();
+    raw = readRaw();
     if (raw != kEsc) {
         return raw;
     }
     // An escape needs its partner; if it has not come yet, give it a moment.
     if (waiting >= 2 || port_->waitForBytes(settleMs())) {
         capture.addEscape();
-        return static_cast<Byte>(port_->readByte() & 0x7F);
+        return static_cast<Byte>(readRaw() & 0x7F);
     }
     return raw;
 }
@@ -109,6 +125,8 @@ void Receiver::ReceiveFrame() {
 // Steps up to the LRC check; true when the frame is good and should be
 // dispatched.
 bool Receiver::readFrame(CaptureLine& capture) {
+    using recording::Verdict;
+    wire_.clear();
     link_.noteReceiveEvent();
     int waiting = port_->bytesWaiting();
     if (waiting == 0) {
@@ -122,7 +140,7 @@ bool Receiver::readFrame(CaptureLine& capture) {
     int count = 0;
     bool found = false;
     while (true) {
-        const Byte value = port_->readByte();
+        const Byte value = readRaw();
         ++count;
         if (count == waiting) {
             found = value == kAck && port_->waitForBytes(settleMs());
@@ -134,9 +152,15 @@ bool Receiver::readFrame(CaptureLine& capture) {
         }
     }
     if (!found) {
+        reportWire(Verdict::Noise);
         showFault();
         port_->discardInput();
         return false;
+    }
+    if (wire_.size() > 1) {
+        wire_.pop_back();
+        reportWire(Verdict::Noise);
+        wire_.push_back(kAck);
     }
 
     capture.add(kAck);
@@ -145,6 +169,7 @@ bool Receiver::readFrame(CaptureLine& capture) {
         waiting = port_->bytesWaiting();
     }
     if (waiting < 1) {
+        reportWire(Verdict::Cut);
         showFault();
         port_->discardInput();
         return false;
@@ -179,14 +204,17 @@ bool Receiver::readFrame(CaptureLine& capture) {
     emit frameReceived(capture.text());
 
     if (!ended) {
+        reportWire(Verdict::Cut);
         showFault();
         return false;
     }
     if (!Check_LRC(state_.RxBuffer, index - 2, state_.UnitId)) {
+        reportWire(Verdict::BadLrc);
         state_.LinkFault = true;
         showFault();
         return false;
     }
+    reportWire(Verdict::Good);
     state_.LinkFault = false;
     state_.setLamp(LinkLamp::Good);
     state_.LastResponseCode = state_.RxBuffer[0];

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "protocol/form_state.h"
+#include "protocol/line_record.h"
 #include "protocol/serial_port.h"
 
 namespace halvex {
@@ -39,6 +40,10 @@ class Receiver : public QObject {
     void frameReceived(const QString& capture);
     // "Currently Receiving ID Of 1".
     void receivingIdChanged(const QString& caption);
+    // The bytes of each frame as they came off the line, escapes included,
+    // with what the receive path made of them; noise read while hunting for
+    // a reply's start comes on its own. Before the frame is dispatched.
+    void frameRead(const std::vector<halvex::Byte>& wire, halvex::recording::Verdict verdict);
 
   private:
     void onDataArrived();
@@ -47,6 +52,9 @@ class Receiver : public QObject {
     // before the read. `raw` gets the byte as it came off the line.
     Byte readUnstuffed(int waiting, Byte& raw, CaptureLine& capture);
     bool readFrame(CaptureLine& capture);
+    // Reads one byte off the port, keeping it for frameRead.
+    Byte readRaw();
+    void reportWire(recording::Verdict verdict);
     int settleMs() const;
     void showFault();
 
@@ -55,6 +63,7 @@ class Receiver : public QObject {
     SerialPort* port_ = nullptr;
     std::map<Byte, Decoder> decoders_;
     std::vector<std::function<void()>> refreshHooks_;
+    std::vector<Byte> wire_;
     bool reading_ = false;
     bool leftoversScheduled_ = false;
 };
