@@ -127,6 +127,7 @@ DescribedField describeField(const Field& field, const std::vector<Byte>& payloa
             break;
         case FieldKind::Bytes:
             out.value = hexRange(payload, start, size);
+            out.empty = size == 0;
             break;
     }
     return out;
