@@ -8,10 +8,12 @@
 #include <QSocketNotifier>
 #include <csignal>
 #include <cstdio>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "sim/pty_unit.h"
+#include "sim/replay_unit.h"
 #include "sim/sim_command_line.h"
 
 namespace {
@@ -66,6 +68,27 @@ bool makeLink(const std::string& target, const std::string& link) {
     return true;
 }
 
+// The model, or a replayed recording when one is asked for.
+std::unique_ptr<halvex::sim::PtyUnit> makeUnit(const halvex::sim::SimCommandLine& line) {
+    if (line.replay.empty()) {
+        return std::make_unique<halvex::sim::PtyUnit>(line.options);
+    }
+    std::vector<halvex::recording::LineRecord> records;
+    std::string warning;
+    const std::string error = halvex::sim::readRecordingFile(line.replay, records, warning);
+    if (!error.empty()) {
+        std::fprintf(stderr, "halvex-sim: %s\n", error.c_str());
+        return nullptr;
+    }
+    if (!warning.empty()) {
+        std::fprintf(stderr, "halvex-sim: %s; replaying what came before\n", warning.c_str());
+    }
+    auto answers = std::make_unique<halvex::sim::ReplayUnit>(records);
+    std::fprintf(stderr, "halvex-sim: replaying %zu replies to %zu codes from %s\n",
+                 answers->repliesRecorded(), answers->codesAnswered(), line.replay.c_str());
+    return std::make_unique<halvex::sim::PtyUnit>(line.options, std::move(answers));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -86,7 +109,11 @@ int main(int argc, char** argv) {
         return 0;
     }
 
-    halvex::sim::PtyUnit unit(line.options);
+    std::unique_ptr<halvex::sim::PtyUnit> made = makeUnit(line);
+    if (!made) {
+        return 1;
+    }
+    halvex::sim::PtyUnit& unit = *made;
     QString error;
     if (!unit.open(&error)) {
         std::fprintf(stderr, "halvex-sim: %s\n", qPrintable(error));

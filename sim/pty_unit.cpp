@@ -41,6 +41,11 @@ PtyUnit::PtyUnit(const PtyUnitOptions& options, QObject* parent)
     });
 }
 
+PtyUnit::PtyUnit(const PtyUnitOptions& options, std::unique_ptr<UnitPeer> answers, QObject* parent)
+    : PtyUnit(options, parent) {
+    answers_ = std::move(answers);
+}
+
 PtyUnit::~PtyUnit() {
     readNotifier_.reset();
     if (slave_ >= 0) {
@@ -92,12 +97,13 @@ bool PtyUnit::open(QString* error) {
 }
 
 void PtyUnit::readFromConsole() {
-    unit_.advanceTo(nowMs());
+    UnitPeer& peer = answers_ ? *answers_ : static_cast<UnitPeer&>(unit_);
+    peer.advanceTo(nowMs());
     Byte buffer[4096];
     for (;;) {
         const ssize_t count = ::read(master_, buffer, sizeof buffer);
         if (count > 0) {
-            unit_.receiveFromConsole(buffer, static_cast<std::size_t>(count));
+            peer.receiveFromConsole(buffer, static_cast<std::size_t>(count));
             continue;
         }
         if (count < 0 && errno == EINTR) {
@@ -122,7 +128,7 @@ void PtyUnit::runClock() {
 }
 
 void PtyUnit::scheduleClock() {
-    const auto wake = unit_.nextWakeMs();
+    const auto wake = answers_ ? std::nullopt : unit_.nextWakeMs();
     if (!wake) {
         clockTimer_.stop();
         return;
@@ -131,7 +137,7 @@ void PtyUnit::scheduleClock() {
 }
 
 void PtyUnit::queueOutput() {
-    const auto bytes = faults_.apply(unit_.takeFrames());
+    const auto bytes = answers_ ? answers_->takeOutput() : faults_.apply(unit_.takeFrames());
     if (bytes.empty()) {
         return;
     }

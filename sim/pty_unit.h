@@ -25,6 +25,10 @@ class PtyUnit : public QObject {
 
   public:
     explicit PtyUnit(const PtyUnitOptions& options, QObject* parent = nullptr);
+    // Lets `answers` (a replayed recording) answer the console instead of
+    // the unit model; pacing still applies, line faults do not.
+    PtyUnit(const PtyUnitOptions& options, std::unique_ptr<UnitPeer> answers,
+            QObject* parent = nullptr);
     ~PtyUnit() override;
 
     // Creates the pseudo-terminal. False, with a reason, when it cannot.
@@ -45,6 +49,7 @@ class PtyUnit : public QObject {
 
     PtyUnitOptions options_;
     Unit unit_;
+    std::unique_ptr<UnitPeer> answers_;
     LineFaults faults_;
     int master_ = -1;
     // Kept open so that the line settings stay raw and the master never

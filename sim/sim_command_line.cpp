@@ -48,9 +48,9 @@ std::optional<Fault> faultNamed(const std::string& name) {
 }
 
 bool takesValue(const std::string& option) {
-    static const std::array<std::string_view, 10> valued = {
-        "--id",    "--variant", "--state", "--link",         "--pace",
-        "--noise", "--corrupt", "--drop",  "--silent-after", "--fault"};
+    static const std::array<std::string_view, 11> valued = {
+        "--id",      "--variant", "--state",        "--link",  "--pace",  "--noise",
+        "--corrupt", "--drop",    "--silent-after", "--fault", "--replay"};
     return std::find(valued.begin(), valued.end(), option) != valued.end();
 }
 
@@ -98,6 +98,8 @@ std::variant<SimCommandLine, std::string> parseSimCommandLine(
             line.options.unit.statePath = value;
         } else if (option == "--link") {
             line.link = value;
+        } else if (option == "--replay") {
+            line.replay = value;
         } else if (option == "--pace") {
             const auto baud = wholeNumber(value, 50, 4000000);
             if (!baud) {
@@ -140,6 +142,8 @@ std::string simUsage() {
            "                     1 has no second camera or video hardware)\n"
            "  --state FILE       keep stored settings, presets and tours in FILE\n"
            "  --link PATH        also make PATH a symbolic link to the device\n"
+           "  --replay FILE      answer as the unit in a recording (pcapng from the\n"
+           "                     console's Line Log) did, code by code, in order\n"
            "  --pace BAUD        send replies byte by byte at this line speed\n"
            "  --noise RATE       chance (0..1) of garbage bytes before a reply\n"
            "  --corrupt RATE     chance (0..1) of a reply with a bad LRC\n"

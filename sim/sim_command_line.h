@@ -12,7 +12,8 @@ namespace halvex::sim {
 
 struct SimCommandLine {
     PtyUnitOptions options;
-    std::string link;  // symbolic link to the device, when asked for
+    std::string link;    // symbolic link to the device, when asked for
+    std::string replay;  // a recording to answer from instead of the model
     bool verbose = false;
     bool help = false;
     bool version = false;
