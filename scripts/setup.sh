@@ -6,7 +6,8 @@
 #   --with-fuzzing    also clang and its libFuzzer runtime (bench/fuzz-receive.sh)
 set -euo pipefail
 
-packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libgtest-dev libhamlib-utils)
+# tshark: the suite opens recordings of the line with it and the dissector.
+packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libgtest-dev libhamlib-utils tshark)
 for flag in "$@"; do
     case "$flag" in
         --with-display) packages+=(xvfb) ;;
