@@ -189,15 +189,17 @@ std::vector<Field> operator+(std::vector<Field> first, const std::vector<Field>&
     return first;
 }
 
+// The controller type, in status byte A too, comes last: it never changes.
 std::vector<Field> reportFields() {
-    return panTilt(FieldKind::Angle) + std::vector<Field>{number("type", 7, 0x03, kControllerTypes),
-                                                          flags("status A", 7, kStatusA, 0xFC),
-                                                          flags("status B", 8, kStatusB),
-                                                          flags("status C", 9, kStatusC),
-                                                          number("zoom 1", 10),
-                                                          number("focus 1", 11),
-                                                          number("zoom 2", 12),
-                                                          number("focus 2", 13)};
+    return panTilt(FieldKind::Angle) +
+           std::vector<Field>{flags("status A", 7, kStatusA, 0xFC),
+                              flags("status B", 8, kStatusB),
+                              flags("status C", 9, kStatusC),
+                              number("zoom 1", 10),
+                              number("focus 1", 11),
+                              number("zoom 2", 12),
+                              number("focus 2", 13),
+                              number("type", 7, 0x03, kControllerTypes)};
 }
 
 // A position report names itself a target report when byte 9 bit 5 says so.
@@ -250,11 +252,12 @@ class Builder {
 };
 
 void addMotion(Builder& t) {
+    // The speeds first: they are what a jog message is read for.
     t.command(0x31, "jog message",
-              {flags("flags", 1, kJogFlags, 0x1F), number("pan direction", 1, 0x80, kPanDirection),
-               number("tilt direction", 1, 0x40, kTiltDirection), number("pan speed", 2),
-               number("tilt speed", 3), number("zoom 1 jog", 4), number("focus 1 jog", 5),
-               number("zoom 2 jog", 6), number("focus 2 jog", 7)});
+              {number("pan speed", 2), number("tilt speed", 3), flags("flags", 1, kJogFlags, 0x1F),
+               number("pan direction", 1, 0x80, kPanDirection),
+               number("tilt direction", 1, 0x40, kTiltDirection), number("zoom 1 jog", 4),
+               number("focus 1 jog", 5), number("zoom 2 jog", 6), number("focus 2 jog", 7)});
     t.reply(0x31,
             reports(reportFields() +
                     std::vector<Field>{number("camera 1 count", 14), number("camera 2 count", 15),

@@ -5,6 +5,7 @@
 #include <QDateTime>
 #include <QFontDatabase>
 #include <QStringList>
+#include <algorithm>
 
 #include "protocol/frame_description.h"
 
@@ -18,6 +19,7 @@ namespace {
 
 // Rows described for painting, kept until there are this many.
 constexpr std::size_t kMostDescribed = 4096;
+constexpr qsizetype kMostShown = 100;
 
 const char* const kHeaders[LineLogModel::ColumnCount] = {"Time", "Dir",    "Addr",  "Code",
                                                          "Name", "Fields", "Check", "Bytes"};
@@ -61,6 +63,16 @@ RowTexts textsOf(const LineRecord& record) {
     texts.columns[LineLogModel::Check] = checkText(record);
     texts.columns[LineLogModel::Bytes] = fromStd(table::hexBytes(record.bytes));
     return texts;
+}
+
+// Whether `text` holds `needle` (lower case), ignoring the case of ASCII
+// letters.
+bool containsFolded(const std::string& text, const std::string& needle) {
+    const auto folded = [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    };
+    return std::search(text.begin(), text.end(), needle.begin(), needle.end(),
+                       [&folded](char a, char b) { return folded(a) == b; }) != text.end();
 }
 
 }  // namespace
@@ -197,6 +209,7 @@ void LineLogModel::setFilter(const LineFilter& filter) {
         return;
     }
     filter_ = filter;
+    needle_ = filter.text.toLower().toStdString();
     refilter();
 }
 
@@ -232,22 +245,20 @@ bool LineLogModel::passes(const LineRecord& record) const {
             }
             break;
     }
-    if (!filter_.code && filter_.text.isEmpty()) {
+    if (!filter_.code && needle_.empty()) {
         return true;
     }
-    const RowTexts texts = textsOf(record);
-    if (filter_.code && texts.code != filter_.code) {
+    // Plain strings, not the row's texts: a filter runs over the whole ring.
+    if (record.kind == LineKind::Event) {
+        return !filter_.code && containsFolded(record.text(), needle_);
+    }
+    const table::FrameDescription frame = table::describeFrame(record.bytes);
+    if (filter_.code && frame.code != filter_.code) {
         return false;
     }
-    if (filter_.text.isEmpty()) {
-        return true;
-    }
-    for (int column : {Name, Fields, Bytes}) {
-        if (texts.columns[column].contains(filter_.text, Qt::CaseInsensitive)) {
-            return true;
-        }
-    }
-    return false;
+    return needle_.empty() || containsFolded(frame.name, needle_) ||
+           containsFolded(frame.fieldsText(), needle_) ||
+           containsFolded(table::hexBytes(record.bytes), needle_);
 }
 
 const LineLogModel::Entry& LineLogModel::entryOf(int row) const {
@@ -290,10 +301,15 @@ QVariant LineLogModel::data(const QModelIndex& index, int role) const {
         return {};
     }
     switch (role) {
-        case Qt::DisplayRole:
-            return described(index.row()).columns[index.column()];
+        case Qt::DisplayRole: {
+            // Laying text out is most of a row's painting, and no column
+            // shows more than this; the tool tip, the detail and a copy have
+            // it all.
+            const QString& text = described(index.row()).columns[index.column()];
+            return text.size() > kMostShown ? text.left(kMostShown) : text;
+        }
         case Qt::ToolTipRole:
-            return index.column() == Fields || index.column() == Name
+            return index.column() == Fields || index.column() == Name || index.column() == Bytes
                        ? QVariant(described(index.row()).columns[index.column()])
                        : QVariant();
         case Qt::ForegroundRole:

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -34,7 +35,7 @@ class LineLogModel : public QAbstractTableModel {
     Q_OBJECT
   public:
     static constexpr std::size_t kDefaultCapacity = 100000;
-    static constexpr int kBatchMs = 200;
+    static constexpr int kBatchMs = 250;
 
     enum Column { Time, Direction, Address, Code, Name, Fields, Check, Bytes, ColumnCount };
 
@@ -58,6 +59,8 @@ class LineLogModel : public QAbstractTableModel {
     std::size_t kept() const { return ring_.size(); }
     std::size_t capacity() const { return capacity_; }
     const recording::LineRecord& recordAt(int row) const;
+    // A number that stays with the row's record while it is kept.
+    std::uint64_t sequenceAt(int row) const { return shown_.at(static_cast<std::size_t>(row)); }
     // The row's columns joined by tabs, for the clipboard.
     QString rowText(int row) const;
     // Every field of the row's frame on a line of its own, with offsets.
@@ -94,6 +97,7 @@ class LineLogModel : public QAbstractTableModel {
     std::deque<recording::LineRecord> pending_;
     std::uint64_t nextSequence_ = 0;
     LineFilter filter_;
+    std::string needle_;  // the filter's text in lower case
     bool paused_ = false;
     QTimer batch_;
     mutable std::unordered_map<std::uint64_t, Described> describedCache_;

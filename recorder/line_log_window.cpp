@@ -1,8 +1,10 @@
 #include "recorder/line_log_window.h"
 
+#include <QAbstractItemView>
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
+#include <QFontDatabase>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QItemSelectionModel>
@@ -12,6 +14,7 @@
 #include <algorithm>
 
 #include "protocol/protocol_table.h"
+#include "recorder/line_row_painter.h"
 
 namespace halvex {
 
@@ -38,6 +41,7 @@ LineLogWindow::LineLogWindow(LineLogModel& model, Source source, QWidget* parent
     table_ = new QTableView(this);
     table_->setObjectName(QStringLiteral("LineTable"));
     table_->setModel(&model_);
+    table_->setItemDelegate(new LineRowPainter(model_, table_));
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
     table_->setSelectionMode(QAbstractItemView::ExtendedSelection);
     table_->setWordWrap(false);
@@ -47,15 +51,7 @@ LineLogWindow::LineLogWindow(LineLogModel& model, Source source, QWidget* parent
     const int rowHeight = fontMetrics().height() + 4;
     table_->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     table_->verticalHeader()->setDefaultSectionSize(rowHeight);
-    QHeaderView* columns = table_->horizontalHeader();
-    columns->setSectionResizeMode(QHeaderView::Interactive);
-    columns->setStretchLastSection(true);
-    const int em = fontMetrics().horizontalAdvance(QLatin1Char('M'));
-    const int widths[LineLogModel::ColumnCount] = {9 * em,  4 * em,  3 * em, 3 * em,
-                                                   11 * em, 30 * em, 5 * em, 10 * em};
-    for (int column = 0; column < LineLogModel::ColumnCount; ++column) {
-        columns->resizeSection(column, widths[column]);
-    }
+    sizeColumns();
 
     detail_ = new QPlainTextEdit(this);
     detail_->setObjectName(QStringLiteral("LineDetail"));
@@ -100,7 +96,33 @@ LineLogWindow::LineLogWindow(LineLogModel& model, Source source, QWidget* parent
     textDelay_.setSingleShot(true);
     textDelay_.setInterval(kTextFilterDelayMs);
     connect(&textDelay_, &QTimer::timeout, this, &LineLogWindow::applyFilter);
-    resize(118 * em, 48 * rowHeight);
+    resize(1180, 48 * rowHeight);
+}
+
+// Each column as wide as what it shows; the fields take what is left, the
+// bytes as many as a short frame has (the tool tip and the detail show all).
+void LineLogWindow::sizeColumns() {
+    QHeaderView* columns = table_->horizontalHeader();
+    const QFontMetrics text = table_->fontMetrics();
+    const QFontMetrics fixed(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    const QFontMetrics header = columns->fontMetrics();
+    const int padding = 2 * text.horizontalAdvance(QLatin1Char('M'));
+    const auto fit = [&](int column, int content) {
+        const QString caption =
+            model_.headerData(column, Qt::Horizontal, Qt::DisplayRole).toString();
+        columns->resizeSection(column,
+                               std::max(content, header.horizontalAdvance(caption)) + padding);
+    };
+    fit(LineLogModel::Time, fixed.horizontalAdvance(QStringLiteral("00:00:00.000")));
+    fit(LineLogModel::Direction, text.horizontalAdvance(QStringLiteral("\u2190 unit")));
+    fit(LineLogModel::Address, text.horizontalAdvance(QStringLiteral("255")));
+    fit(LineLogModel::Code, text.horizontalAdvance(QStringLiteral("FF")));
+    fit(LineLogModel::Name, text.horizontalAdvance(QStringLiteral("soft limit request")));
+    fit(LineLogModel::Check, text.horizontalAdvance(QStringLiteral("LRC wrong")));
+    fit(LineLogModel::Bytes, fixed.horizontalAdvance(QString(32, QLatin1Char('0'))));
+    columns->setSectionResizeMode(QHeaderView::Interactive);
+    columns->setSectionResizeMode(LineLogModel::Fields, QHeaderView::Stretch);
+    columns->setStretchLastSection(false);
 }
 
 QWidget* LineLogWindow::buildFilters() {
@@ -125,6 +147,10 @@ QWidget* LineLogWindow::buildFilters() {
                        code);
     }
     code_->setMaxVisibleItems(20);
+    // Narrow on the bar, whole names in the list.
+    code_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    code_->setMinimumContentsLength(18);
+    code_->view()->setMinimumWidth(code_->view()->sizeHintForColumn(0) + 32);
     text_ = new QLineEdit(bar);
     text_->setObjectName(QStringLiteral("TextFilter"));
     text_->setPlaceholderText(QStringLiteral("Filter text: a name, a field, bytes"));

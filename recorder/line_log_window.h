@@ -46,6 +46,7 @@ class LineLogWindow : public QWidget {
 
   private:
     QWidget* buildFilters();
+    void sizeColumns();
     void applyFilter();
     void copySelection();
     void showDetail();

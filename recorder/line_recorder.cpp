@@ -35,9 +35,12 @@ QString figuresText(const LatencyMeter::Figures& figures) {
     if (figures.count == 0) {
         return QStringLiteral("none yet");
     }
-    return QStringLiteral("p50 %1 ms, p99 %2 ms (%3)")
-        .arg(figures.p50Ms, 0, 'f', 0)
-        .arg(figures.p99Ms, 0, 'f', 0)
+    // Tenths where they tell something.
+    const auto ms = [](double value) {
+        return QString::number(value, 'f', value < 10.0 ? 1 : 0) + QStringLiteral(" ms");
+    };
+    return QStringLiteral("p50 %1, p99 %2 (%3)")
+        .arg(ms(figures.p50Ms), ms(figures.p99Ms))
         .arg(figures.count);
 }
 
