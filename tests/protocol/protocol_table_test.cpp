@@ -57,8 +57,8 @@ TEST(FrameDescription, NamesEveryFrameAndItsFieldsAsTheOperatorReadsThem) {
     const std::vector<Case> cases = {
         {"jog message: flags by name, directions, speeds",
          command(0, {0x31, 0x82 | 0x10, 40, 0, 0, 0, 3, 0}),
-         "jog message: flags stop, pan low speed; pan direction CW; tilt direction down; "
-         "pan speed 40; tilt speed 0; zoom 1 jog 0; focus 1 jog 0; zoom 2 jog 3; focus 2 jog 0"},
+         "jog message: pan speed 40; tilt speed 0; flags stop, pan low speed; pan direction CW; "
+         "tilt direction down; zoom 1 jog 0; focus 1 jog 0; zoom 2 jog 3; focus 2 jog 0"},
         {"position report: angles in degrees, status bits by name, camera bytes",
          reply(1, join({{0x31},
                         angle(-100),
@@ -69,14 +69,14 @@ TEST(FrameDescription, NamesEveryFrameAndItsFieldsAsTheOperatorReadsThem) {
                         {10, 11, 12, 13},
                         {2, 1},
                         {0xAA, 0xBB, 0xCC}})),
-         "position report: pan -1.00\xC2\xB0; tilt 45.50\xC2\xB0; type Zelvar; "
+         "position report: pan -1.00\xC2\xB0; tilt 45.50\xC2\xB0; "
          "status A pan timeout, CW hard limit; status C moving CW; zoom 1 10; focus 1 11; "
-         "zoom 2 12; focus 2 13; camera 1 count 2; camera 2 count 1; camera 1 data AA BB; "
-         "camera 2 data CC"},
+         "zoom 2 12; focus 2 13; type Zelvar; camera 1 count 2; camera 2 count 1; "
+         "camera 1 data AA BB; camera 2 data CC"},
         {"a report with the target bit is a target report",
          reply(0, join({{0x33}, angle(1), angle(-1), {0}, {0}, {0x20}, {0, 0, 0, 0}})),
-         "target report: pan 0.01\xC2\xB0; tilt -0.01\xC2\xB0; type Halvex; status C target; "
-         "zoom 1 0; focus 1 0; zoom 2 0; focus 2 0"},
+         "target report: pan 0.01\xC2\xB0; tilt -0.01\xC2\xB0; status C target; "
+         "zoom 1 0; focus 1 0; zoom 2 0; focus 2 0; type Halvex"},
         {"an absolute move that holds an axis",
          command(0, join({{0x33}, angle(99999), angle(-9000)})),
          "absolute move: pan hold; tilt -90.00\xC2\xB0"},
