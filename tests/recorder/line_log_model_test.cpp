@@ -1,11 +1,15 @@
 // The Line Log's rows on their own: the bounded ring, batches, filters,
-// pause, and the texts copied and shown in detail.
+// pause, the texts copied and shown in detail, and how the cells paint.
 
 #include <gtest/gtest.h>
 
 #include "protocol/frame.h"
 #include "recorder/latency_meter.h"
 #include "recorder/line_log_model.h"
+#include "recorder/line_log_window.h"
+
+#include <QTableView>
+#include <QTest>
 
 using namespace halvex;
 using recording::LineKind;
@@ -191,4 +195,65 @@ TEST(LatencyMeter, MatchesRepliesToFramesOfTheirCodeAndTakesPercentiles) {
     meter.noteQueued(&frame);
     meter.noteWritten(&frame, now);
     EXPECT_EQ(meter.clickToWire(now).count, 0);
+}
+
+namespace {
+// Pixels of a cell near a colour.
+int pixelsLike(const QImage& image, const QRect& cell, const QColor& colour) {
+    int count = 0;
+    for (int y = cell.top(); y <= cell.bottom(); ++y) {
+        for (int x = cell.left(); x <= cell.right(); ++x) {
+            const QColor pixel = image.pixelColor(x, y);
+            count += std::abs(pixel.red() - colour.red()) < 40 &&
+                             std::abs(pixel.green() - colour.green()) < 40 &&
+                             std::abs(pixel.blue() - colour.blue()) < 40
+                         ? 1
+                         : 0;
+        }
+    }
+    return count;
+}
+}  // namespace
+
+// Each cell shows its row's text in the row's colour: a refused reply in
+// red, a link event in orange, a selected row in the selection's colours;
+// a cell with nothing to say stays blank.
+TEST(LineLogWindow, PaintsEachCellInItsRowsColour) {
+    LineLogModel model;
+    model.append(sentPreset(3));
+    model.append(receivedReport(0, Verdict::BadLrc));
+    model.append(recording::eventRecord(0, "Watchdog expired: no reply within 250 ms"));
+    LineLogWindow window(model, LineLogWindow::Source::Live);
+    window.resize(1100, 400);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    model.flush();
+    QTableView& table = window.table();
+    const auto paint = [&table] {
+        table.viewport()->repaint();
+        return table.viewport()->grab().toImage();
+    };
+    QImage image = paint();
+    const auto cell = [&table, &model](int row, int column) {
+        return table.visualRect(model.index(row, column)).intersected(table.viewport()->rect());
+    };
+    const QColor text = table.palette().color(QPalette::Text);
+    const QColor red(210, 0, 0);
+    const QColor orange(200, 100, 0);
+    EXPECT_GT(pixelsLike(image, cell(0, LineLogModel::Name), text), 10);
+    EXPECT_EQ(pixelsLike(image, cell(0, LineLogModel::Name), red), 0);
+    EXPECT_GT(pixelsLike(image, cell(1, LineLogModel::Name), red), 10);
+    EXPECT_GT(pixelsLike(image, cell(1, LineLogModel::Bytes), red), 10);
+    EXPECT_GT(pixelsLike(image, cell(2, LineLogModel::Name), orange), 10);
+    // An event has no fields, no bytes.
+    const QColor base = table.palette().color(QPalette::Base);
+    const QRect empty = cell(2, LineLogModel::Bytes);
+    EXPECT_EQ(pixelsLike(image, empty, base), empty.width() * empty.height());
+
+    table.selectRow(0);
+    image = paint();
+    const QRect selected = cell(0, LineLogModel::Time);
+    EXPECT_GT(pixelsLike(image, selected, table.palette().color(QPalette::Highlight)),
+              selected.width() * selected.height() / 2);
+    EXPECT_GT(pixelsLike(image, selected, table.palette().color(QPalette::HighlightedText)), 10);
 }
