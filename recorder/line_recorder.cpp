@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QTimer>
 #include <QWidget>
 
 #include "console/messages.h"
@@ -68,14 +69,18 @@ LineRecorder::~LineRecorder() {
 
 void LineRecorder::take(const recording::LineRecord& record) {
     if (file_.isOpen() && !file_.write(record)) {
-        // Told through the status bar, which the tap hears as an event.
+        // Told once the event at hand (a frame being read, perhaps) is over,
+        // never inside it.
         const QString path = file_.path();
-        messages_.exclamation(
-            QStringLiteral("Record"),
-            QStringLiteral("Recording to %1 stopped: the file could not be written.").arg(path));
-        if (window_) {
-            window_->showRecording(false);
-        }
+        QTimer::singleShot(0, this, [this, path] {
+            if (window_) {
+                window_->showRecording(false);
+            }
+            messages_.exclamation(
+                QStringLiteral("Record"),
+                QStringLiteral("Recording to %1 stopped: the file could not be written.")
+                    .arg(path));
+        });
     }
     latency_.note(record);
     model_.append(record);

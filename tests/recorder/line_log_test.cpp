@@ -299,6 +299,12 @@ TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
         EXPECT_FALSE(rig.recorder().recording());
         EXPECT_EQ(record->text(), QStringLiteral("Record..."));
 
+        // A device with no room: refused at once.
+        EXPECT_TRUE(rig.recorder()
+                        .startRecording(QStringLiteral("/dev/full"))
+                        .startsWith(QStringLiteral("Cannot record to /dev/full: ")));
+        EXPECT_FALSE(rig.recorder().recording());
+
         // A folder nobody can write to: told, and nothing recorded.
         rig.recorder().setPathChooser([](bool) { return QStringLiteral("/proc/no/such.pcapng"); });
         record->click();
