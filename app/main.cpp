@@ -12,6 +12,7 @@
 #include "console/data_folder.h"
 #include "console/messages.h"
 #include "network/rotctld_server.h"
+#include "recorder/line_recorder.h"
 #include "sim/pty_unit.h"
 #include "window/network_control.h"
 #include "window/vornixu.h"
@@ -78,6 +79,7 @@ class CommandLine {
         parser_.addOption(rotctld_);
         parser_.addOption(rotctldPort_);
         parser_.addOption(rotctldListen_);
+        parser_.addOption(record_);
     }
 
     // "--rotctld=PORT" is read as "--rotctld --rotctld-port PORT": the parser
@@ -135,6 +137,8 @@ class CommandLine {
 
     bool simulate() const { return parser_.isSet(simulate_); }
     bool connectAtStart() const { return parser_.isSet(connect_); }
+    // The file to record the line to from the start, or empty.
+    QString recordPath() const { return parser_.value(record_); }
     // Network control asked for, and where.
     bool rotctld() const { return parser_.isSet(rotctld_); }
     quint16 rotctldPort() const { return rotctldPortNumber_; }
@@ -224,6 +228,11 @@ class CommandLine {
                        "interfaces). The protocol has no password: open it up only on a "
                        "network you trust."),
         QStringLiteral("ADDRESS")};
+    const QCommandLineOption record_{
+        QStringLiteral("record"),
+        QStringLiteral("Record the line to FILE (pcapng, for the Line Log and Wireshark) from "
+                       "the start."),
+        QStringLiteral("FILE")};
     quint16 rotctldPortNumber_ = halvex::network::RotctldServer::kDefaultPort;
     QHostAddress rotctldAddress_{QHostAddress::LocalHost};
 };
@@ -249,6 +258,14 @@ int main(int argc, char* argv[]) {
     }
 
     halvex::VornixU window;
+    if (const QString path = commandLine.recordPath(); !path.isEmpty()) {
+        const QString error = window.lineRecorder().startRecording(path);
+        if (!error.isEmpty()) {
+            std::fprintf(stderr, "halvex: %s\n", qPrintable(error));
+            return 1;
+        }
+        std::fprintf(stderr, "halvex: recording the line to %s\n", qPrintable(path));
+    }
     const QString settingsError = window.Form_Load();
     window.show();
     if (!settingsError.isEmpty()) {

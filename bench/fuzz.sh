@@ -4,7 +4,7 @@
 # for a given time; the receive path has its own script, fuzz-receive.sh.
 #   bench/fuzz.sh NAME [SECONDS] [more libFuzzer options]
 # NAME is the target without its halvex- and -fuzzer: line-command, ...
-# It starts from fuzz/NAME-corpus when there is one; what it learns is kept
+# It starts from fuzz/NAME-corpus and fuzz/NAME-regressions when there are; what it learns is kept
 # in build-fuzz/NAME-corpus, and an input that finds a fault goes to
 # build-fuzz/fuzz-findings/ and the exit status is not zero.
 set -euo pipefail
@@ -18,9 +18,11 @@ CC=clang CXX=clang++ cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 cmake --build "$dir" -j"$(nproc)" --target "halvex-$name-fuzzer"
 mkdir -p "$dir/$name-corpus" "$dir/fuzz-findings"
 corpora=("$dir/$name-corpus")
-if [[ -d "fuzz/$name-corpus" ]]; then
-    corpora+=("fuzz/$name-corpus")
-fi
+for kept in "fuzz/$name-corpus" "fuzz/$name-regressions"; do
+    if [[ -d "$kept" ]]; then
+        corpora+=("$kept")
+    fi
+done
 export QT_QPA_PLATFORM=offscreen
 export ASAN_OPTIONS="detect_leaks=0:malloc_context_size=0${ASAN_OPTIONS:+:$ASAN_OPTIONS}"
 exec "$dir/fuzz/halvex-$name-fuzzer" -max_total_time="$seconds" -close_fd_mask=2 \

@@ -4,6 +4,7 @@
 #include "console/page.h"
 #include "console/position_encoding.h"
 #include "console/text_fields.h"
+#include "protocol/protocol_table.h"
 #include "protocol/range_fault.h"
 #include "views/pages/pan_tilt_page.h"
 
@@ -26,7 +27,9 @@ float hundredths(std::int32_t value) {
 PositionReport::PositionReport(ConsoleContext& context, PanTiltPage& page, JogState& jog,
                                CameraReplyView cameras, QTabWidget& tabs, QObject* parent)
     : QObject(parent), context_(context), page_(page), jog_(jog), cameras_(cameras), tabs_(tabs) {
-    for (Byte code : {0x31, 0x32, 0x33, 0x34, 0x35, 0x36, 0x3A}) {
+    // The jog message's reply and every move's: the codes whose reply the
+    // protocol table names a position report.
+    for (Byte code : table::replyCodesNamed("position report")) {
         context_.receiver.registerDecoder(code, [this] { decodePositionReport(); });
     }
     context_.receiver.registerDecoder(0x81, [this] { decodeSoftLimit(); });

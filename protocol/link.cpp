@@ -8,6 +8,20 @@
 
 namespace halvex {
 
+namespace {
+// The frame as it goes on the line: start, stuffed address, message and
+// LRC, end.
+std::vector<Byte> wireImage(const FrameRecord& frame) {
+    std::vector<Byte> wire{kStx};
+    appendStuffed(wire, frame.address);
+    for (Byte value : frame.message) {
+        appendStuffed(wire, value);
+    }
+    wire.push_back(kEtx);
+    return wire;
+}
+}  // namespace
+
 Link::Link(FormState& state, int tickMs, QObject* parent) : QObject(parent), state_(state) {
     timer1_.setInterval(kConnectTimeoutMs);
     timer2_.setInterval(tickMs);
@@ -87,9 +101,11 @@ std::shared_ptr<FrameRecord> Link::takeFrame(int count) {
 
 FrameTicket Link::SendFrame(int count) {
     std::shared_ptr<FrameRecord> frame = takeFrame(count);
+    emit frameQueued(frame);
     // With the port closed there is nobody to send to and no tick to wait for.
     if (!portOpen()) {
         frame->status = FrameRecord::Status::Dropped;
+        emit frameDropped(frame, QStringLiteral("port closed"));
         return frame;
     }
     queue_.push_back(frame);
@@ -101,6 +117,7 @@ FrameTicket Link::SendFrame(int count) {
         queue_.erase(std::remove(queue_.begin(), queue_.end(), frame), queue_.end());
         framesBeforeJog_ = std::min(framesBeforeJog_, queue_.size());
         frame->status = FrameRecord::Status::Dropped;
+        emit frameDropped(frame, QStringLiteral("no transmit tick"));
         state_.reportFault(QStringLiteral("Command %1 not sent: no transmit tick")
                                .arg(hexText(frame->message.front())));
     }
@@ -147,6 +164,7 @@ void Link::write(const std::shared_ptr<FrameRecord>& record) {
         // The port has taken it as a port error and closes; nothing will
         // answer a frame that did not get out whole.
         frame.status = FrameRecord::Status::Dropped;
+        emit frameDropped(record, QStringLiteral("writing to the port failed"));
         state_.reportFault(QStringLiteral("Command %1 not sent: writing to the port failed")
                                .arg(hexText(frame.message.front())));
         state_.notifyChanged();
@@ -164,6 +182,7 @@ void Link::write(const std::shared_ptr<FrameRecord>& record) {
 
     ++framesSent_;
     emit frameSent(capture.text());
+    emit frameWritten(record, wireImage(frame));
     // Armed once and left running: re-arming on every frame would keep a
     // silent unit from ever being noticed while the jog message flows.
     if (!timer4_.isActive()) {
@@ -220,6 +239,7 @@ void Link::dropQueued(const QString& why) {
     const auto dropped = queue_.size();
     for (const auto& frame : queue_) {
         frame->status = FrameRecord::Status::Dropped;
+        emit frameDropped(frame, why);
     }
     queue_.clear();
     framesBeforeJog_ = 0;

@@ -111,6 +111,12 @@ class Link : public QObject {
   signals:
     // The hexadecimal image of the frame just written ("02 01 9A 9B 03").
     void frameSent(const QString& capture);
+    // A sender handed the link a frame (the jog message is not queued).
+    void frameQueued(const halvex::FrameTicket& frame);
+    // A frame went out whole: its bytes as they went on the line.
+    void frameWritten(const halvex::FrameTicket& frame, const std::vector<halvex::Byte>& wire);
+    // A frame that will never go out, and why ("port closed").
+    void frameDropped(const halvex::FrameTicket& frame, const QString& why);
 
   private:
     void Timer1_Timer();

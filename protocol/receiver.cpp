@@ -1,5 +1,7 @@
 #include "protocol/receiver.h"
 
+#include <utility>
+
 #include "protocol/capture_line.h"
 #include "protocol/fault_guard.h"
 #include "protocol/link.h"
@@ -18,8 +20,10 @@ constexpr int kSettleFloorMs = 20;
 Receiver::Receiver(FormState& state, Link& link, QObject* parent)
     : QObject(parent), state_(state), link_(link) {
     settle_.setSingleShot(true);
-    connect(&settle_, &QTimer::timeout, this,
-            [this] { guarded(state_, "SerPort1_OnComm", [this] { onSettled(); }); });
+    connect(&settle_, &QTimer::timeout, this, [this] {
+        guarded(state_, "SerPort1_OnComm", [this] { onSettled(); });
+        reportWire(recording::Verdict::Cut);
+    });
 }
 
 void Receiver::attachPort(SerialPort* port) {
@@ -57,6 +61,9 @@ int Receiver::settleMs() const {
 
 void Receiver::onDataArrived() {
     guarded(state_, "SerPort1_OnComm", [this] { ReceiveFrame(); });
+    // A reply cut off by a range fault (one running past RxBuffer) still
+    // shows in the log, as cut.
+    reportWire(recording::Verdict::Cut);
     scheduleLeftovers();
 }
 
@@ -119,7 +126,8 @@ void Receiver::receive(bool settled) {
     }
     // The unit is answering.
     link_.Timer4().stop();
-    const ReplyScan scan = scanReply(port_->peekWaiting(), settled);
+    const std::vector<Byte> bytes = port_->peekWaiting();
+    const ReplyScan scan = scanReply(bytes, settled);
     if (scan.outcome == ReplyScan::Outcome::Unfinished) {
         // Only new bytes put the settle time off again.
         if (!unfinished_ || waiting != unfinishedBytes_ || !settle_.isActive()) {
@@ -131,17 +139,29 @@ void Receiver::receive(bool settled) {
     }
     unfinished_ = false;
     settle_.stop();
-    take(scan);
+    take(scan, bytes);
 }
 
-void Receiver::take(const ReplyScan& scan) {
+void Receiver::reportWire(recording::Verdict verdict) {
+    if (!wire_.empty()) {
+        emit frameRead(std::exchange(wire_, {}), verdict);
+    }
+}
+
+void Receiver::take(const ReplyScan& scan, const std::vector<Byte>& waiting) {
+    using recording::Verdict;
     // Out of the port first: whatever the decoders do, these bytes are done.
     port_->consume(static_cast<int>(scan.used));
     link_.noteReceiveEvent();
+    const auto start = waiting.begin() + static_cast<std::ptrdiff_t>(scan.start);
+    if (scan.start > 0) {
+        emit frameRead(std::vector<Byte>(waiting.begin(), start), Verdict::Noise);
+    }
     if (scan.outcome == ReplyScan::Outcome::NoStart) {
         showFault();
         return;
     }
+    wire_.assign(start, waiting.begin() + static_cast<std::ptrdiff_t>(scan.used));
 
     const Byte address = scan.address.value_or(0);
     if (address < 100) {
@@ -161,14 +181,17 @@ void Receiver::take(const ReplyScan& scan) {
     emit frameReceived(capture.text());
 
     if (scan.outcome != ReplyScan::Outcome::Ended) {
+        reportWire(Verdict::Cut);
         showFault();
         return;
     }
     if (!Check_LRC(state_.RxBuffer, index - 2, state_.UnitId)) {
+        reportWire(Verdict::BadLrc);
         state_.LinkFault = true;
         showFault();
         return;
     }
+    reportWire(Verdict::Good);
     state_.LinkFault = false;
     state_.setLamp(LinkLamp::Good);
     state_.LastResponseCode = state_.RxBuffer[0];

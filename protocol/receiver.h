@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "protocol/form_state.h"
+#include "protocol/line_record.h"
 #include "protocol/serial_port.h"
 
 namespace halvex {
@@ -53,6 +54,10 @@ class Receiver : public QObject {
     void frameReceived(const QString& capture);
     // "Currently Receiving ID Of 1".
     void receivingIdChanged(const QString& caption);
+    // The bytes of each frame as they came off the line, escapes included,
+    // with what the receive path made of them; noise before a reply's start
+    // comes on its own. Before the frame is dispatched.
+    void frameRead(const std::vector<halvex::Byte>& wire, halvex::recording::Verdict verdict);
 
   private:
     void onDataArrived();
@@ -63,7 +68,9 @@ class Receiver : public QObject {
     void receive(bool settled);
     // Takes a reply (or noise) that the scan has made out of the port and
     // acts on it.
-    void take(const ReplyScan& scan);
+    void take(const ReplyScan& scan, const std::vector<Byte>& waiting);
+    // Hands the bytes of the reply being taken to frameRead, once.
+    void reportWire(recording::Verdict verdict);
     void showFault();
 
     FormState& state_;
@@ -77,6 +84,7 @@ class Receiver : public QObject {
     // when it was last looked at.
     bool unfinished_ = false;
     int unfinishedBytes_ = 0;
+    std::vector<Byte> wire_;
     bool leftoversScheduled_ = false;
 };
 

@@ -59,6 +59,7 @@ ReplyScan scanReply(const std::vector<Byte>& waiting, bool settled) {
     if (start == waiting.end()) {
         scan.outcome = ReplyScan::Outcome::NoStart;
         scan.used = waiting.size();
+        scan.start = scan.used;
         return scan;
     }
     if (start + 1 == waiting.end()) {
@@ -67,9 +68,11 @@ ReplyScan scanReply(const std::vector<Byte>& waiting, bool settled) {
         }
         scan.outcome = ReplyScan::Outcome::NoStart;
         scan.used = waiting.size();
+        scan.start = scan.used;
         return scan;
     }
 
+    scan.start = static_cast<std::size_t>(start - waiting.begin());
     scan.capture.push_back(kAck);
     FieldReader reader(waiting, static_cast<std::size_t>(start - waiting.begin()) + 1, settled);
     Byte value = 0;

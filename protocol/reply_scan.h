@@ -33,6 +33,9 @@ struct ReplyScan {
     // Bytes to take out of the port: the noise before the reply and the reply
     // itself, never the bytes after its 0x03.
     std::size_t used = 0;
+    // Where the reply's 0x06 is among them; the bytes before it are noise
+    // (all of them when no reply starts).
+    std::size_t start = 0;
     // The unstuffed address, once it has been read.
     std::optional<Byte> address;
     // Code, payload, LRC and 0x03, unstuffed: what goes into RxBuffer.

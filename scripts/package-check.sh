@@ -3,8 +3,9 @@
 # checks the installed copy: both programs' --version and their answer to an
 # unknown option, the package's dependencies, the desktop entry (validated,
 # and launched the way a menu launches it), the metainfo, where the console
-# finds its data files, and that it comes online against its built-in virtual
-# unit. Needs root or sudo. Removes the package at the end unless --keep is
+# finds its data files, that it comes online against its built-in virtual
+# unit, and that tshark names the frames it recorded with the installed
+# Wireshark dissector. Needs root or sudo. Removes the package at the end unless --keep is
 # given. Extra arguments go to CMake, through scripts/package.sh.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -100,9 +101,13 @@ started_in=$(cat "$work/started-in" 2>/dev/null || true)
     fail "menu entry started the console in '$started_in'"
 pass "menu entry starts in ~/.config/halvex"
 
-# The installed console, offscreen, with its own virtual unit, until online.
-(cd "$work" && QT_QPA_PLATFORM=offscreen exec timeout 30 /usr/bin/halvex --simulate --connect) \
-    2>"$work/console.log" &
+plugin=/usr/lib/$(dpkg-architecture -qDEB_HOST_MULTIARCH)/wireshark/plugins/halvex.lua
+[[ -f $plugin ]] || fail "no Wireshark dissector at $plugin"
+
+# The installed console, offscreen, with its own virtual unit, until online,
+# recording the line.
+(cd "$work" && QT_QPA_PLATFORM=offscreen exec timeout 30 /usr/bin/halvex --simulate --connect \
+    --record "$work/session.pcapng") 2>"$work/console.log" &
 console=$!
 for ((i = 0; i < 300; i++)); do
     if grep -q "halvex: online after" "$work/console.log" || ! kill -0 "$console" 2>/dev/null; then
@@ -117,6 +122,17 @@ grep -q "^halvex: data files in $share/halvex\$" "$work/console.log" ||
     fail "the console does not report its data files in $share/halvex"
 grep -q "^halvex: online after" "$work/console.log" || fail "the console did not come online"
 pass "installed console online"
+
+# Wireshark finds the installed dissector by itself and names the frames.
+if command -v tshark >/dev/null; then
+    tshark -r "$work/session.pcapng" 2>/dev/null >"$work/dissected" || fail "tshark -r failed"
+    grep -q "HALVEX.*jog message" "$work/dissected" &&
+        grep -q "HALVEX.*preset record: preset 31" "$work/dissected" ||
+        fail "tshark does not name the recorded frames with the installed dissector"
+    pass "installed dissector in tshark"
+else
+    echo "tshark not installed: the installed dissector was not tried" >&2
+fi
 
 echo "package-check: $deb"
 echo "package: $passes passed, $failures failed"

@@ -6,7 +6,10 @@
 #   --with-fuzzing    also clang and its libFuzzer runtime (bench/fuzz-receive.sh)
 set -euo pipefail
 
-packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libgtest-dev libhamlib-utils ser2net)
+# tshark: the suite opens recordings of the line with it and the dissector;
+# ser2net: the suite reaches the virtual unit through a device server.
+packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libgtest-dev libhamlib-utils ser2net
+          tshark)
 for flag in "$@"; do
     case "$flag" in
         --with-display) packages+=(xvfb) ;;

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "sim/pty_unit.h"
+#include "sim/replay_unit.h"
 #include "sim/sim_command_line.h"
 #include "sim/tcp_unit.h"
 
@@ -94,6 +95,26 @@ void listenForLineCommands(QCoreApplication& app, halvex::sim::StreamUnit& unit)
     });
 }
 
+// Lets a recording answer instead of the model, when one is asked for; false
+// (and why on stderr) when it cannot be read.
+bool answerFromRecording(const std::string& path, halvex::sim::StreamUnit& unit) {
+    std::vector<halvex::recording::LineRecord> records;
+    std::string warning;
+    const std::string error = halvex::sim::readRecordingFile(path, records, warning);
+    if (!error.empty()) {
+        std::fprintf(stderr, "halvex-sim: %s\n", error.c_str());
+        return false;
+    }
+    if (!warning.empty()) {
+        std::fprintf(stderr, "halvex-sim: %s; replaying what came before\n", warning.c_str());
+    }
+    auto answers = std::make_unique<halvex::sim::ReplayUnit>(records);
+    std::fprintf(stderr, "halvex-sim: replaying %zu replies to %zu codes from %s\n",
+                 answers->repliesRecorded(), answers->codesAnswered(), path.c_str());
+    unit.answerWith(std::move(answers));
+    return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -139,6 +160,9 @@ int main(int argc, char** argv) {
             return 1;
         }
         unit = std::move(terminal);
+    }
+    if (!line.replay.empty() && !answerFromRecording(line.replay, *unit)) {
+        return 1;
     }
     if (line.verbose) {
         unit->unit().setFrameLog(logFrame);

@@ -48,9 +48,9 @@ std::optional<Fault> faultNamed(const std::string& name) {
 }
 
 bool takesValue(const std::string& option) {
-    static const std::array<std::string_view, 11> valued = {
-        "--id",    "--variant", "--state",        "--link",  "--tcp", "--pace",
-        "--noise", "--corrupt", "--silent-after", "--fault", "--drop"};
+    static const std::array<std::string_view, 12> valued = {
+        "--id",    "--variant", "--state",        "--link",  "--tcp",  "--pace",
+        "--noise", "--corrupt", "--silent-after", "--fault", "--drop", "--replay"};
     return std::find(valued.begin(), valued.end(), option) != valued.end();
 }
 
@@ -108,6 +108,8 @@ std::variant<SimCommandLine, std::string> parseSimCommandLine(
                 return bad();
             }
             line.tcpPort = static_cast<int>(*port);
+        } else if (option == "--replay") {
+            line.replay = value;
         } else if (option == "--pace") {
             const auto baud = wholeNumber(value, 50, 4000000);
             if (!baud) {
@@ -159,6 +161,8 @@ std::string simUsage() {
            "                     as a device server's raw port, one console at a time\n"
            "                     (a second is closed at once); 0 picks a free port.\n"
            "                     Prints socket://127.0.0.1:PORT\n"
+           "  --replay FILE      answer as the unit in a recording (pcapng from the\n"
+           "                     console's Line Log) did, code by code, in order\n"
            "  --pace BAUD        send replies byte by byte at this line speed\n"
            "  --noise RATE       chance (0..1) of garbage bytes before a reply\n"
            "  --corrupt RATE     chance (0..1) of a reply with a bad LRC\n"

@@ -13,7 +13,8 @@ namespace halvex::sim {
 
 struct SimCommandLine {
     PtyUnitOptions options;
-    std::string link;  // symbolic link to the device, when asked for
+    std::string link;    // symbolic link to the device, when asked for
+    std::string replay;  // a recording to answer from instead of the model
     // Listen on this TCP port instead of a pseudo-terminal (0: a free one).
     std::optional<int> tcpPort;
     bool verbose = false;

@@ -32,6 +32,11 @@ StreamUnit::StreamUnit(const PtyUnitOptions& options, QObject* parent)
 
 StreamUnit::~StreamUnit() = default;
 
+void StreamUnit::answerWith(std::unique_ptr<UnitPeer> answers) {
+    answers_ = std::move(answers);
+    scheduleClock();
+}
+
 void StreamUnit::attachLine(int fd) {
     detachLine();
     line_ = fd;
@@ -59,12 +64,13 @@ void StreamUnit::pauseReading(bool paused) {
 
 void StreamUnit::readFromConsole() {
     const FlagScope reading(reading_);
-    unit_.advanceTo(nowMs());
+    UnitPeer& peer = answers_ ? *answers_ : static_cast<UnitPeer&>(unit_);
+    peer.advanceTo(nowMs());
     Byte buffer[4096];
     for (;;) {
         const ssize_t count = ::read(line_, buffer, sizeof buffer);
         if (count > 0) {
-            unit_.receiveFromConsole(buffer, static_cast<std::size_t>(count));
+            peer.receiveFromConsole(buffer, static_cast<std::size_t>(count));
             continue;
         }
         if (count < 0 && errno == EINTR) {
@@ -86,7 +92,8 @@ void StreamUnit::runClock() {
 }
 
 void StreamUnit::scheduleClock() {
-    const auto wake = unit_.nextWakeMs();
+    // A replay answers at once; only the model has a clock of its own.
+    const auto wake = answers_ ? std::nullopt : unit_.nextWakeMs();
     if (!wake) {
         clockTimer_.stop();
         return;
@@ -95,6 +102,13 @@ void StreamUnit::scheduleClock() {
 }
 
 void StreamUnit::queueOutput() {
+    if (answers_) {
+        const auto bytes = answers_->takeOutput();
+        if (nowMs() >= silentUntilMs_) {
+            sendOut(bytes);
+        }
+        return;
+    }
     const auto frames = unit_.takeFrames();
     if (nowMs() < silentUntilMs_) {
         return;

@@ -34,6 +34,9 @@ class StreamUnit : public QObject {
 
     // Changes the line from now on (see line_control.h).
     void apply(const LineCommand& command);
+    // Lets `answers` (a replayed recording) answer the console instead of
+    // the unit model; pacing and silence still apply, line faults do not.
+    void answerWith(std::unique_ptr<UnitPeer> answers);
 
   protected:
     // The console is at the other end of `fd` (non-blocking) from now on.
@@ -59,6 +62,7 @@ class StreamUnit : public QObject {
     std::int64_t nowMs() const { return clock_.elapsed(); }
 
     Unit unit_;
+    std::unique_ptr<UnitPeer> answers_;
     LineFaults faults_;
     int line_ = -1;
     bool reading_ = false;

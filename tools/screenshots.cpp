@@ -23,6 +23,8 @@
 #include "connection/port_selection.h"
 #include "protocol/in_process_port.h"
 #include "protocol/port_map.h"
+#include "recorder/line_log_window.h"
+#include "recorder/line_recorder.h"
 #include "sim/unit.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/clickable.h"
@@ -113,6 +115,36 @@ bool saveNetworkDevice(halvex::VornixU& window, const QString& out) {
     return ok;
 }
 
+// The Line Log after the session above, the last target report selected,
+// at its own size and at 1024 x 700.
+bool saveLineLog(halvex::VornixU& window, const QString& out) {
+    halvex::LineRecorder& recorder = window.lineRecorder();
+    recorder.showLog();
+    halvex::LineLogWindow& log = recorder.window();
+    QTest::qWait(300);
+    halvex::LineLogModel& model = recorder.model();
+    for (int row = model.rowCount() - 1; row >= 0; --row) {
+        if (model.data(model.index(row, halvex::LineLogModel::Name), Qt::DisplayRole) ==
+            QStringLiteral("target report")) {
+            // Held still around the move, not following the line.
+            log.findChild<QPushButton*>(QStringLiteral("FollowBut"))->setChecked(false);
+            log.table().selectRow(row);
+            log.table().scrollTo(model.index(row, 0), QAbstractItemView::PositionAtCenter);
+            break;
+        }
+    }
+    log.refreshStatus();
+    QTest::qWait(300);
+    bool ok = save(log, out + QStringLiteral("/linelog.png"));
+    const QSize own = log.size();
+    log.resize(1024, 700);
+    QTest::qWait(300);
+    ok = save(log, out + QStringLiteral("/linelog-1024.png")) && ok;
+    log.resize(own);
+    log.hide();
+    return ok;
+}
+
 QString fileName(const QString& caption) {
     return caption.toLower().remove(QLatin1Char('/')).remove(QLatin1Char(' '));
 }
@@ -193,6 +225,7 @@ int main(int argc, char* argv[]) {
     window.findChild<QPushButton*>(QStringLiteral("PassEntBut"))->click();
     QTest::qWait(200);
     ok = save(window, out + QStringLiteral("/factory-open.png")) && ok;
+    ok = saveLineLog(window, out) && ok;
     window.dataWatch().show();
     window.dataWatch().resize(640, 220);
     QTest::qWait(300);

@@ -15,6 +15,8 @@
 #include "positioning/jog.h"
 #include "positioning/motion_commands.h"
 #include "protocol/device_port.h"
+#include "protocol/port_map.h"
+#include "recorder/line_recorder.h"
 #include "views/pages/camera_page.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/lamp_pictures.h"
@@ -58,6 +60,10 @@ VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, int linkTickMs
     dataWatch_->setWindowFlag(Qt::Window);
     connect(&link_, &Link::frameSent, dataWatch_, &DataWatch::showSentFrame);
     connect(&receiver_, &Receiver::frameReceived, dataWatch_, &DataWatch::showReceivedFrame);
+    lineRecorder_ = new LineRecorder(link_, receiver_, state_, messages_, this, [this] {
+        const int com = portSelection_->comPort();
+        return QStringLiteral("COM%1 (%2)").arg(com).arg(comPortDevice(com));
+    });
 
     buildMenus();
     buildCentralArea();
@@ -105,6 +111,9 @@ void VornixU::buildMenus() {
         dataWatch_->show();
         dataWatch_->raise();
     });
+    QAction* lineLog = viewMenu->addAction(QStringLiteral("&Line Log"));
+    lineLog->setObjectName(QStringLiteral("MenuLineLog"));
+    connect(lineLog, &QAction::triggered, lineRecorder_, &LineRecorder::showLog);
 }
 
 void VornixU::buildCentralArea() {

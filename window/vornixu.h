@@ -27,6 +27,7 @@ class PositionReport;
 class ConnectionSequence;
 class ConsoleRotator;
 class NetworkControl;
+class LineRecorder;
 
 // The main window: owns the form state, the link and the pages, and wires
 // the features to them.
@@ -52,6 +53,8 @@ class VornixU : public QMainWindow {
     ConnectionSequence& connection() { return *connection_; }
     // The rotctld server for tracking programs, off until started.
     NetworkControl& networkControl() { return *networkControl_; }
+    // The Line Log and recordings of the line.
+    LineRecorder& lineRecorder() { return *lineRecorder_; }
     const Messages& messages() const { return messages_; }
     ConsoleEvents& events() { return events_; }
 
@@ -99,6 +102,7 @@ class VornixU : public QMainWindow {
     ConnectionSequence* connection_ = nullptr;
     ConsoleRotator* rotator_ = nullptr;
     NetworkControl* networkControl_ = nullptr;
+    LineRecorder* lineRecorder_ = nullptr;
     bool exiting_ = false;
 };
 

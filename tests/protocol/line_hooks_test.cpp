@@ -1,0 +1,116 @@
+#include <gtest/gtest.h>
+
+#include "tests/support/link_rig.h"
+
+using namespace halvex;
+using namespace halvex::testing;
+using recording::Verdict;
+
+namespace {
+struct Read {
+    std::vector<Byte> wire;
+    Verdict verdict;
+};
+
+struct HookRig : LinkRig {
+    std::vector<Read> reads;
+    std::vector<std::vector<Byte>> written;
+    std::vector<FrameTicket> queued;
+    std::vector<FrameTicket> writtenTickets;
+    std::vector<QString> dropped;
+
+    explicit HookRig(bool ticking) : LinkRig(ticking) {
+        QObject::connect(&receiver, &Receiver::frameRead,
+                         [this](const std::vector<Byte>& wire, Verdict verdict) {
+                             reads.push_back({wire, verdict});
+                         });
+        QObject::connect(&link, &Link::frameWritten,
+                         [this](const FrameTicket& frame, const std::vector<Byte>& wire) {
+                             written.push_back(wire);
+                             writtenTickets.push_back(frame);
+                         });
+        QObject::connect(&link, &Link::frameQueued,
+                         [this](const FrameTicket& frame) { queued.push_back(frame); });
+        QObject::connect(
+            &link, &Link::frameDropped, [this](const FrameTicket& frame, const QString& why) {
+                dropped.push_back(QStringLiteral("%1 %2").arg(frame->message[0]).arg(why));
+            });
+    }
+    void arrive(const std::vector<Byte>& bytes) {
+        port.injectIncoming(bytes);
+        QCoreApplication::processEvents();
+    }
+};
+}  // namespace
+
+// The Line Log sees the bytes exactly as they came, escapes and noise
+// included, and what the receive path made of them.
+TEST(LineHooks, ReceiverReportsEachFrameAsItCameWithItsVerdict) {
+    HookRig rig(false);
+    rig.state.UnitId = 3;
+    const auto good = ScriptedUnit::replyWire(3, {0x96, 0x03});
+    ASSERT_EQ(good[1], kEsc);
+    std::vector<Byte> noisy = good;
+    noisy.insert(noisy.begin(), {0x55, 0xAA});
+    rig.arrive(noisy);
+
+    auto badLrc = good;
+    badLrc[badLrc.size() - 2] ^= 0x01;
+    rig.arrive(badLrc);
+    rig.arrive({0x11, 0x22});  // no reply at all
+    rig.arrive({kAck, 0x03 | 0x80});
+    ASSERT_TRUE(waitFor([&] { return rig.reads.size() >= 5; }));
+
+    ASSERT_EQ(rig.reads.size(), 5u);
+    EXPECT_EQ(rig.reads[0].wire, (std::vector<Byte>{0x55, 0xAA}));
+    EXPECT_EQ(rig.reads[0].verdict, Verdict::Noise);
+    EXPECT_EQ(rig.reads[1].wire, good);
+    EXPECT_EQ(rig.reads[1].verdict, Verdict::Good);
+    EXPECT_EQ(rig.reads[2].wire, badLrc);
+    EXPECT_EQ(rig.reads[2].verdict, Verdict::BadLrc);
+    EXPECT_EQ(rig.reads[3].wire, (std::vector<Byte>{0x11, 0x22}));
+    EXPECT_EQ(rig.reads[3].verdict, Verdict::Noise);
+    EXPECT_EQ(rig.reads[4].wire, (std::vector<Byte>{kAck, 0x83}));
+    EXPECT_EQ(rig.reads[4].verdict, Verdict::Cut);
+}
+
+TEST(LineHooks, AFrameThatRunsPastTheReceiveBufferStillShowsAsCut) {
+    HookRig rig(false);
+    std::vector<Byte> runaway = {kAck, 0x00};
+    runaway.insert(runaway.end(), 1200, 0x31);
+    runaway.push_back(kEtx);
+    rig.arrive(runaway);
+    ASSERT_EQ(rig.reads.size(), 2u);
+    EXPECT_EQ(rig.reads[0].verdict, Verdict::Cut);
+    // ACK, address, 1001 bytes stored and the one that did not fit.
+    EXPECT_EQ(rig.reads[0].wire.size(), 1004u);
+    // What was left of it in the port is read as noise.
+    EXPECT_EQ(rig.reads[1].verdict, Verdict::Noise);
+    EXPECT_EQ(rig.reads[1].wire.size(), runaway.size() - 1004);
+}
+
+TEST(LineHooks, LinkReportsEachFrameQueuedWrittenOrDropped) {
+    HookRig rig(true);
+    rig.state.UnitId = 3;
+    rig.send({0x9F, 0x02});
+    ASSERT_EQ(rig.written.size(), 1u);
+    EXPECT_EQ(rig.written[0], encodeFrame(kStx, 3, {0x9F, 0x02}, 3));
+    ASSERT_EQ(rig.queued.size(), 1u);
+    EXPECT_EQ(rig.queued[0], rig.writtenTickets[0]);
+    EXPECT_TRUE(rig.dropped.empty());
+
+    // Frames waiting for their tick when the port closes, and a frame sent
+    // to a closed port.
+    rig.link.Timer2().stop();
+    bool firstDone = false;
+    QTimer::singleShot(0, [&] {
+        rig.send({0x40, 1});
+        firstDone = true;
+    });
+    QTimer::singleShot(20, [&] { rig.port.close(); });
+    ASSERT_TRUE(waitFor([&] { return firstDone; }));
+    rig.send({0x41});
+    EXPECT_EQ(rig.dropped, (std::vector<QString>{QStringLiteral("64 Port closed"),
+                                                 QStringLiteral("65 port closed")}));
+    EXPECT_EQ(rig.written.size(), 1u);
+}

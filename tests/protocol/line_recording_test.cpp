@@ -1,0 +1,256 @@
+#include <gtest/gtest.h>
+
+#include "protocol/line_recording.h"
+
+using namespace halvex;
+using namespace halvex::recording;
+
+namespace {
+
+std::vector<LineRecord> readAll(const std::vector<Byte>& file, std::string* error = nullptr) {
+    RecordingReader reader(file.data(), file.size());
+    std::vector<LineRecord> records;
+    while (auto record = reader.next()) {
+        records.push_back(*record);
+    }
+    if (error != nullptr) {
+        *error = reader.error();
+    }
+    return records;
+}
+
+std::uint32_t le32(const std::vector<Byte>& bytes, std::size_t at) {
+    return bytes[at] | bytes[at + 1] << 8 | bytes[at + 2] << 16 |
+           static_cast<std::uint32_t>(bytes[at + 3]) << 24;
+}
+
+// Blocks as another writer might lay them out, in either byte order.
+class Blocks {
+  public:
+    explicit Blocks(bool bigEndian = false) : big_(bigEndian) {}
+
+    Blocks& section(std::uint16_t major = 1) {
+        return block(0x0A0D0D0A, [&](Body& b) {
+            b.u32(0x1A2B3C4D).u16(major).u16(0).u32(0xFFFFFFFF).u32(0xFFFFFFFF);
+        });
+    }
+    Blocks& interface(std::uint16_t linkType, int resolution = -1) {
+        return block(1, [&](Body& b) {
+            b.u16(linkType).u16(0).u32(0);
+            if (resolution >= 0) {
+                b.u16(9).u16(1).raw({static_cast<Byte>(resolution), 0, 0, 0});
+                b.u16(0).u16(0);
+            }
+        });
+    }
+    Blocks& packet(std::uint32_t interfaceId, std::uint64_t stamp, const std::vector<Byte>& data,
+                   std::optional<std::uint32_t> flags = std::nullopt) {
+        return block(6, [&](Body& b) {
+            b.u32(interfaceId).u32(static_cast<std::uint32_t>(stamp >> 32));
+            b.u32(static_cast<std::uint32_t>(stamp));
+            b.u32(static_cast<std::uint32_t>(data.size()))
+                .u32(static_cast<std::uint32_t>(data.size()));
+            b.raw(data).pad();
+            if (flags) {
+                b.u16(2).u16(4).u32(*flags).u16(0).u16(0);
+            }
+        });
+    }
+    Blocks& other(std::uint32_t type) {
+        return block(type, [](Body& b) { b.u32(0x12345678); });
+    }
+    std::vector<Byte> bytes() const { return bytes_; }
+
+  private:
+    struct Body {
+        bool big;
+        std::vector<Byte> data;
+        Body& u16(std::uint16_t v) {
+            if (big) {
+                data.push_back(static_cast<Byte>(v >> 8));
+                data.push_back(static_cast<Byte>(v));
+            } else {
+                data.push_back(static_cast<Byte>(v));
+                data.push_back(static_cast<Byte>(v >> 8));
+            }
+            return *this;
+        }
+        Body& u32(std::uint32_t v) {
+            return big ? u16(static_cast<std::uint16_t>(v >> 16)).u16(static_cast<std::uint16_t>(v))
+                       : u16(static_cast<std::uint16_t>(v))
+                             .u16(static_cast<std::uint16_t>(v >> 16));
+        }
+        Body& raw(const std::vector<Byte>& more) {
+            data.insert(data.end(), more.begin(), more.end());
+            return *this;
+        }
+        Body& pad() {
+            while (data.size() % 4 != 0) {
+                data.push_back(0);
+            }
+            return *this;
+        }
+    };
+    template <typename Fill>
+    Blocks& block(std::uint32_t type, Fill fill) {
+        Body body{big_, {}};
+        fill(body);
+        Body out{big_, {}};
+        const auto length = static_cast<std::uint32_t>(body.data.size() + 12);
+        out.u32(type).u32(length).raw(body.data).u32(length);
+        bytes_.insert(bytes_.end(), out.data.begin(), out.data.end());
+        return *this;
+    }
+    bool big_;
+    std::vector<Byte> bytes_;
+};
+
+const std::vector<Byte> kJog = {0x02, 0x00, 0x31, 0x00, 0x00, 0x00, 0x00,
+                                0x00, 0x00, 0x00, 0x00, 0x31, 0x03};
+
+}  // namespace
+
+TEST(LineRecording, KeepsEveryRecordWithItsTimeDirectionAndVerdict) {
+    const std::vector<LineRecord> records = {
+        {1700000000123456, LineKind::Sent, Verdict::Good, kJog},
+        {1700000000130000, LineKind::Received, Verdict::Good, {0x06, 0x00, 0x9A, 0x9A, 0x03}},
+        {1700000000140000, LineKind::Received, Verdict::BadLrc, {0x06, 0x00, 0x9A, 0x00, 0x03}},
+        {1700000000150000, LineKind::Received, Verdict::Cut, {0x06, 0x00, 0x31}},
+        {1700000000160000, LineKind::Received, Verdict::Noise, {0x55}},
+        eventRecord(1700000000170000, "Watchdog expired: no reply within 250 ms"),
+    };
+    std::vector<Byte> file = recordingHeader("halvex 2.0", "COM1 (/dev/ttyUSB0)");
+    for (const LineRecord& record : records) {
+        const auto block = recordingBlock(record);
+        file.insert(file.end(), block.begin(), block.end());
+    }
+    std::string error;
+    const auto read = readAll(file, &error);
+    EXPECT_EQ(error, "");
+    ASSERT_EQ(read.size(), records.size());
+    for (std::size_t i = 0; i < records.size(); ++i) {
+        EXPECT_EQ(read[i].timeUs, records[i].timeUs) << i;
+        EXPECT_EQ(read[i].kind, records[i].kind) << i;
+        EXPECT_EQ(read[i].verdict, records[i].verdict) << i;
+        EXPECT_EQ(read[i].bytes, records[i].bytes) << i;
+    }
+    EXPECT_EQ(read.back().text(), "Watchdog expired: no reply within 250 ms");
+}
+
+// The blocks as Wireshark reads them: section header with its byte-order
+// magic, the frames' interface on LINKTYPE_USER0 in microseconds, and the
+// direction and errors in each packet's flags.
+TEST(LineRecording, WritesTheBlocksWiresharkExpects) {
+    const std::vector<Byte> header = recordingHeader("halvex 2.0", "COM1");
+    EXPECT_EQ(le32(header, 0), 0x0A0D0D0Au);
+    EXPECT_EQ(le32(header, 8), 0x1A2B3C4Du);
+    const std::uint32_t sectionLength = le32(header, 4);
+    EXPECT_EQ(le32(header, sectionLength - 4), sectionLength);
+    EXPECT_EQ(le32(header, sectionLength), 1u);  // interface description
+    EXPECT_EQ(header[sectionLength + 8], 147);   // LINKTYPE_USER0
+    const std::uint32_t firstInterface = le32(header, sectionLength + 4);
+    EXPECT_EQ(header[sectionLength + firstInterface + 8], 148);
+
+    const auto sent = recordingBlock({0x0000000100000002,
+                                      LineKind::Sent,
+                                      Verdict::Good,
+                                      {0x02, 0x00, 0x9A, 0x9A, 0x03, 0x00, 0x00}});
+    ASSERT_EQ(sent.size(), 52u);
+    EXPECT_EQ(le32(sent, 0), 6u);  // enhanced packet block
+    EXPECT_EQ(le32(sent, 4), 52u);
+    EXPECT_EQ(le32(sent, 8), 0u);   // the frames' interface
+    EXPECT_EQ(le32(sent, 12), 1u);  // time stamp, high word first
+    EXPECT_EQ(le32(sent, 16), 2u);
+    EXPECT_EQ(le32(sent, 20), 7u);  // captured and original length
+    EXPECT_EQ(le32(sent, 24), 7u);
+    EXPECT_EQ(sent[35], 0);                  // padded to 32 bits
+    EXPECT_EQ(le32(sent, 36), 0x00040002u);  // epb_flags, 4 bytes
+    EXPECT_EQ(le32(sent, 40), 2u);           // outbound
+    EXPECT_EQ(le32(sent, 48), 52u);
+
+    const auto flagsOf = [](Verdict verdict) {
+        return le32(recordingBlock({0, LineKind::Received, verdict, {0x06, 0x00, 0x31, 0x00}}), 36);
+    };
+    EXPECT_EQ(flagsOf(Verdict::Good), 1u);
+    EXPECT_EQ(flagsOf(Verdict::BadLrc), 1u | 1u << 24);  // CRC error
+    EXPECT_EQ(flagsOf(Verdict::Cut), 1u | 1u << 26);     // too short
+    EXPECT_EQ(flagsOf(Verdict::Noise), 1u | 1u << 31);   // symbol error
+
+    const auto event = recordingBlock(eventRecord(0, "Port closed"));
+    EXPECT_EQ(le32(event, 8), 1u);  // the events' interface, no flags
+    EXPECT_EQ(le32(event, 4), 28u + 12u + 4u);
+}
+
+TEST(LineRecording, ReadsOtherWritersFilesAndSkipsWhatIsNotOurs) {
+    // Big-endian, nanosecond and binary time stamps, a block of another
+    // kind, an Ethernet interface, and a second section.
+    const auto file = Blocks(true)
+                          .section()
+                          .interface(1)
+                          .interface(147, 9)
+                          .other(4)
+                          .packet(0, 5, {0xFF})
+                          .packet(1, 1'500'000'000, kJog, 2)
+                          .bytes();
+    const auto second = Blocks(false)
+                            .section()
+                            .interface(147, 0x80 | 10)
+                            .packet(0, 2048, {0x06, 0x00, 0x9A, 0x9A, 0x03})
+                            .bytes();
+    std::vector<Byte> both = file;
+    both.insert(both.end(), second.begin(), second.end());
+    std::string error;
+    const auto read = readAll(both, &error);
+    EXPECT_EQ(error, "");
+    ASSERT_EQ(read.size(), 2u);
+    EXPECT_EQ(read[0].kind, LineKind::Sent);
+    EXPECT_EQ(read[0].timeUs, 1'500'000);  // 1.5 s in nanoseconds
+    EXPECT_EQ(read[0].bytes, kJog);
+    EXPECT_EQ(read[1].kind, LineKind::Received);  // no flags: by its start byte
+    EXPECT_EQ(read[1].timeUs, 2'000'000);         // 2048 / 1024 s
+}
+
+TEST(LineRecording, StopsAtAMalformedBlockAndKeepsWhatCameBefore) {
+    const auto good = Blocks().section().interface(147).packet(0, 1, kJog, 2).bytes();
+    struct Case {
+        const char* what;
+        std::vector<Byte> tail;
+        std::string error;
+    };
+    auto truncated = Blocks().packet(0, 2, kJog, 2).bytes();
+    truncated.resize(truncated.size() - 6);
+    auto trailer = Blocks().packet(0, 2, kJog, 2).bytes();
+    trailer.back() ^= 0x10;
+    auto odd = Blocks().packet(0, 2, kJog, 2).bytes();
+    odd[4] = static_cast<Byte>(odd[4] + 2);
+    auto captured = Blocks().packet(0, 2, {1, 2, 3, 4}).bytes();
+    captured[20] = 200;
+    auto option = Blocks().packet(0, 2, {1, 2, 3, 4}, 2).bytes();
+    option[34] = 0x40;  // the flags option claims 64 bytes
+    const std::vector<Case> cases = {
+        {"a block cut short", truncated, "impossible length"},
+        {"lengths at the two ends differ", trailer, "lengths at its two ends differ"},
+        {"a length that is no multiple of four", odd, "impossible length"},
+        {"a packet of an interface never described", Blocks().packet(3, 2, kJog).bytes(),
+         "never described"},
+        {"captured bytes past the block", captured, "runs past its block"},
+        {"an option past the block", option, "runs past its block"},
+        {"a section of an unknown version", Blocks().section(2).bytes(), "unknown pcapng version"},
+        {"a file ending inside a block header", {0x06, 0x00, 0x00}, "ends inside a block"},
+    };
+    for (const Case& c : cases) {
+        std::vector<Byte> file = good;
+        file.insert(file.end(), c.tail.begin(), c.tail.end());
+        std::string error;
+        const auto read = readAll(file, &error);
+        EXPECT_EQ(read.size(), 1u) << c.what;
+        EXPECT_NE(error.find(c.error), std::string::npos) << c.what << ": " << error;
+    }
+
+    std::string error;
+    EXPECT_TRUE(
+        readAll({'h', 'e', 'l', 'l', 'o', ' ', 'w', 'o', 'r', 'l', 'd', '!'}, &error).empty());
+    EXPECT_NE(error.find("not a pcapng file"), std::string::npos) << error;
+    EXPECT_TRUE(readAll({}, &error).empty());
+    EXPECT_EQ(error, "");
+}

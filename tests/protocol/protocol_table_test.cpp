@@ -1,0 +1,252 @@
+#include <gtest/gtest.h>
+
+#include <set>
+
+#include "protocol/dissector_source.h"
+#include "protocol/frame_description.h"
+#include "protocol/protocol_table.h"
+#include "sim/command_table.h"
+
+using namespace halvex;
+using namespace halvex::table;
+
+namespace {
+
+std::vector<Byte> command(Byte address, const std::vector<Byte>& message) {
+    return encodeFrame(kStx, address, message, address);
+}
+
+std::vector<Byte> reply(Byte address, const std::vector<Byte>& message) {
+    return encodeFrame(kAck, address, message, address);
+}
+
+std::vector<Byte> angle(std::int32_t hundredths) {
+    const auto v = static_cast<std::uint32_t>(hundredths);
+    return {static_cast<Byte>(v & 0xFF), static_cast<Byte>((v >> 8) & 0xFF),
+            static_cast<Byte>((v >> 16) & 0xFF)};
+}
+
+std::vector<Byte> join(std::initializer_list<std::vector<Byte>> parts) {
+    std::vector<Byte> out;
+    for (const auto& part : parts) {
+        out.insert(out.end(), part.begin(), part.end());
+    }
+    return out;
+}
+
+bool hasReadRequest(Byte code) {
+    for (const Layout& layout : findMessage(Direction::ToUnit, code)->layouts) {
+        if (layout.match.kind == Match::Kind::Bits && layout.match.index == 1 &&
+            layout.match.value == 0x80) {
+            return true;
+        }
+    }
+    return false;
+}
+
+}  // namespace
+
+// What the Line Log shows for a frame, one line: the same words the
+// Wireshark dissector writes in its Info column.
+TEST(FrameDescription, NamesEveryFrameAndItsFieldsAsTheOperatorReadsThem) {
+    struct Case {
+        const char* what;
+        std::vector<Byte> wire;
+        std::string summary;
+    };
+    const std::vector<Case> cases = {
+        {"jog message: flags by name, directions, speeds",
+         command(0, {0x31, 0x82 | 0x10, 40, 0, 0, 0, 3, 0}),
+         "jog message: pan speed 40; tilt speed 0; flags stop, pan low speed; pan direction CW; "
+         "tilt direction down; zoom 1 jog 0; focus 1 jog 0; zoom 2 jog 3; focus 2 jog 0"},
+        {"position report: angles in degrees, status bits by name, camera bytes",
+         reply(1, join({{0x31},
+                        angle(-100),
+                        angle(4550),
+                        {0x01 | 0x20 | 0x08},
+                        {0x00},
+                        {0x08},
+                        {10, 11, 12, 13},
+                        {2, 1},
+                        {0xAA, 0xBB, 0xCC}})),
+         "position report: pan -1.00\xC2\xB0; tilt 45.50\xC2\xB0; "
+         "status A pan timeout, CW hard limit; status C moving CW; zoom 1 10; focus 1 11; "
+         "zoom 2 12; focus 2 13; type Zelvar; camera 1 count 2; camera 2 count 1; "
+         "camera 1 data AA BB; camera 2 data CC"},
+        {"a report with the target bit is a target report",
+         reply(0, join({{0x33}, angle(1), angle(-1), {0}, {0}, {0x20}, {0, 0, 0, 0}})),
+         "target report: pan 0.01\xC2\xB0; tilt -0.01\xC2\xB0; status C target; "
+         "zoom 1 0; focus 1 0; zoom 2 0; focus 2 0; type Halvex"},
+        {"an absolute move that holds an axis",
+         command(0, join({{0x33}, angle(99999), angle(-9000)})),
+         "absolute move: pan hold; tilt -90.00\xC2\xB0"},
+        {"a preset record, negative pan",
+         reply(0, join({{0x41, 7}, {0xC7, 0xCF, 0xFF}, angle(250), {1, 2, 3, 4}})),
+         "preset record: preset 7; pan -123.45\xC2\xB0; tilt 2.50\xC2\xB0; zoom 1 1; focus 1 2; "
+         "zoom 2 3; focus 2 4"},
+        {"a Get is named a request and its padding is left out",
+         command(0, {0x92, 0x80, 0, 0, 0, 0, 0, 0, 0}), "rates request"},
+        {"the top speeds' second variant, read and set", command(0, {0x9C, 0xC0, 0, 0}),
+         "second top speeds request"},
+        {"top speeds set, first variant", command(0, {0x9C, 0x00, 60, 70}),
+         "top speeds: pan top speed 60; tilt top speed 70"},
+        {"a soft-limit request names its limit", command(0, {0x81, 0x82}),
+         "soft limit request: limit up"},
+        {"a camera string to camera 2", command(0, {0x62, 0x83, 0x81, 0x01, 0xFF}),
+         "camera transmit: length 3; to camera 2; data 81 01 FF"},
+        {"the tour step record: preset, camera, dwell, blanking", command(0, {0x52, 1, 69, 138}),
+         "append tour step: tour 1; preset 5; camera camera 2; dwell 10 s; blank blank video"},
+        {"the firmware's year counts from 2000", reply(0, {0x9A, 2, 3, 15, 6, 11}),
+         "firmware: major 2; minor 3; day 15; month 6; year 2011"},
+        {"named values: heater, comm time-out off", reply(0, {0x97, 2}), "heater: mode full power"},
+        {"a value with a name of its own", reply(0, {0x96, 0}), "comm time-out: seconds off"},
+        {"the site name as text",
+         command(0, join({{0x75}, {'T', 'o', 'w', 'e', 'r', 0x01}, std::vector<Byte>(6, ' ')})),
+         "site name: text \"Tower.      \""},
+        {"bytes past the layout are shown", reply(0, {0x9F, 5, 0xEE}),
+         "unit address: id 5; more EE"},
+        {"a code nobody knows", reply(0, {0xA7, 1, 2}), "unknown code: payload 01 02"},
+        {"a refusal names the refused command", encodeFrame(kNak, 0, {0x41}, 0),
+         "refusal: of store preset"},
+        {"a frame the line cut off", {kAck, 0x00, 0x31, 0x10}, "position report (cut)"},
+        {"a payload shorter than its layout", reply(0, {0x81, 1, 0x18}),
+         "soft limit: limit CCW (short)"},
+        {"bytes outside any frame", {0x55, 0x31, 0x03}, "noise"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(describeFrame(c.wire).summary(), c.summary) << c.what;
+    }
+}
+
+TEST(FrameDescription, ReadsEscapesAndChecksTheLrcAgainstTheFramesAddress) {
+    // Unit 3 needs an escape for its address; the 0x03 in the payload too.
+    const auto wire = reply(3, {0x96, 0x03});
+    ASSERT_EQ(wire[1], kEsc);
+    const FrameDescription frame = describeFrame(wire);
+    EXPECT_EQ(frame.address, 3);
+    EXPECT_EQ(frame.code, 0x96);
+    ASSERT_EQ(frame.fields.size(), 1u);
+    EXPECT_EQ(frame.fields[0].number, 3);
+    EXPECT_TRUE(frame.ended);
+    EXPECT_TRUE(frame.lrcMatchesAddress);
+    EXPECT_EQ(frame.lrc, static_cast<Byte>(3 ^ 0x96 ^ 0x03));
+
+    // The same reply with its LRC made for another unit does not add up.
+    const FrameDescription wrong = describeFrame(encodeFrame(kAck, 3, {0x96, 0x03}, 1));
+    EXPECT_FALSE(wrong.lrcMatchesAddress);
+    EXPECT_EQ(wrong.summary(), "comm time-out: seconds 3 s");
+
+    // Direction comes from the start byte.
+    EXPECT_EQ(describeFrame(command(1, {0x9A})).direction, Direction::ToUnit);
+    EXPECT_EQ(describeFrame(reply(1, {0x9A})).direction, Direction::FromUnit);
+}
+
+TEST(FrameDescription, NeverFailsOnOddBytes) {
+    // Every prefix of a long frame, with every start byte, escapes at the end,
+    // and counts that claim more camera bytes than came.
+    const auto report =
+        reply(0x1B, join({{0x31}, angle(-1), angle(1), {0, 0, 0, 1, 2, 3, 4}, {200, 200}, {0x1B}}));
+    for (std::size_t length = 0; length <= report.size(); ++length) {
+        std::vector<Byte> cut(report.begin(), report.begin() + static_cast<long>(length));
+        for (Byte start : {kStx, kAck, kNak, Byte{0}}) {
+            if (!cut.empty()) {
+                cut[0] = start;
+            }
+            const FrameDescription frame = describeFrame(cut);
+            EXPECT_FALSE(frame.summary().empty());
+        }
+    }
+    EXPECT_EQ(
+        describeFrame(
+            reply(0, join({{0x31}, angle(0), angle(0), {0, 0, 0, 0, 0, 0, 0}, {200, 0}, {1, 2}})))
+            .summary()
+            .substr(0, 15),
+        "position report");
+    EXPECT_TRUE(
+        describeFrame(
+            reply(0, join({{0x31}, angle(0), angle(0), {0, 0, 0, 0, 0, 0, 0}, {200, 0}, {1, 2}})))
+            .shortPayload);
+    EXPECT_EQ(describeFrame({}).name, "noise");
+    EXPECT_EQ(describeFrame({kStx, kEtx}).name, "empty frame");
+}
+
+// Every command the virtual unit knows is in the table, and a command just
+// as long as the unit needs fills the table's layout: the two were written
+// from the same payload descriptions and must agree.
+TEST(ProtocolTable, HoldsEveryCommandTheUnitKnowsAtTheLengthItNeeds) {
+    const sim::CommandTable& unit = sim::CommandTable::standard();
+    int known = 0;
+    for (int code = 0; code < 256; ++code) {
+        const sim::CommandEntry* entry = unit.find(static_cast<Byte>(code));
+        if (entry == nullptr) {
+            continue;
+        }
+        ++known;
+        EXPECT_NE(findMessage(Direction::ToUnit, static_cast<Byte>(code)), nullptr) << code;
+        EXPECT_NE(findMessage(Direction::FromUnit, static_cast<Byte>(code)), nullptr) << code;
+        // The shortest command the unit takes is a "Get" where there is one.
+        std::vector<Byte> message(entry->minPayload + 1, 0);
+        message[0] = static_cast<Byte>(code);
+        if (message.size() > 1 && hasReadRequest(static_cast<Byte>(code))) {
+            message[1] = 0x80;
+        }
+        const FrameDescription frame = describeFrame(command(0, message));
+        EXPECT_FALSE(frame.shortPayload) << std::hex << code << " " << frame.summary();
+        EXPECT_NE(frame.name, "unknown code") << std::hex << code;
+    }
+    EXPECT_GT(known, 50);
+}
+
+TEST(ProtocolTable, LayoutsAreWellFormedAndListedOncePerCodeAndDirection) {
+    std::set<std::pair<int, int>> seen;
+    for (const Message& message : messages()) {
+        EXPECT_TRUE(seen.insert({message.code, static_cast<int>(message.direction)}).second)
+            << int(message.code);
+        ASSERT_FALSE(message.layouts.empty());
+        // The last layout takes whatever the others do not.
+        EXPECT_EQ(message.layouts.back().match.kind, Match::Kind::Always) << int(message.code);
+        for (const Layout& layout : message.layouts) {
+            EXPECT_FALSE(layout.name.empty());
+            for (const Field& field : layout.fields) {
+                EXPECT_FALSE(field.name.empty());
+                EXPECT_NE(field.mask, 0u) << field.name;
+                if (field.kind == FieldKind::Number || field.kind == FieldKind::Signed ||
+                    field.kind == FieldKind::Flags) {
+                    EXPECT_GE(field.size, 1) << field.name;
+                    EXPECT_LE(field.size, 3) << field.name;
+                }
+                EXPECT_TRUE(field.offset == Field::kFollows || field.offset >= 1) << field.name;
+            }
+        }
+    }
+    EXPECT_EQ(codeCaption(0x31), "jog message / position report");
+    EXPECT_EQ(codeCaption(0x9A), "firmware request / firmware");
+    EXPECT_EQ(codeCaption(0x01), "unknown code");
+    EXPECT_EQ(replyCodesNamed("position report"),
+              (std::vector<Byte>{0x31, 0x32, 0x33, 0x34, 0x35, 0x36, 0x3A}));
+}
+
+TEST(DissectorSource, WritesTheWholeTableIntoTheEngineWithOneTypePerFilterField) {
+    std::vector<std::string> conflicts;
+    const auto fields = filterFields(&conflicts);
+    EXPECT_TRUE(conflicts.empty()) << conflicts.front();
+    // Filter names the dissector's header already uses.
+    const std::set<std::string> header = {"direction", "address",  "code",   "name",
+                                          "lrc",       "lrc_good", "summary"};
+    for (const FilterField& field : fields) {
+        EXPECT_EQ(header.count(field.key), 0u) << field.key;
+    }
+
+    const std::string source = dissectorSource("before\n-- @PROTOCOL_TABLE@\nafter\n");
+    ASSERT_FALSE(source.empty());
+    EXPECT_EQ(source.rfind("before\n", 0), 0u);
+    EXPECT_NE(source.find("\nafter\n"), std::string::npos);
+    EXPECT_EQ(source.find("@PROTOCOL_TABLE@"), std::string::npos);
+    for (const Message& message : messages()) {
+        for (const Layout& layout : message.layouts) {
+            EXPECT_NE(source.find("name = \"" + layout.name + "\""), std::string::npos)
+                << layout.name;
+        }
+    }
+    EXPECT_TRUE(dissectorSource("no marker here").empty());
+}

@@ -1,0 +1,259 @@
+// The Line Log's rows on their own: the bounded ring, batches, filters,
+// pause, the texts copied and shown in detail, and how the cells paint.
+
+#include <gtest/gtest.h>
+
+#include "protocol/frame.h"
+#include "recorder/latency_meter.h"
+#include "recorder/line_log_model.h"
+#include "recorder/line_log_window.h"
+
+#include <QTableView>
+#include <QTest>
+
+using namespace halvex;
+using recording::LineKind;
+using recording::LineRecord;
+using recording::Verdict;
+
+namespace {
+
+LineRecord sentPreset(int number, std::int64_t timeUs = 0) {
+    return {timeUs, LineKind::Sent, Verdict::Good,
+            encodeFrame(kStx, 0, {0x40, static_cast<Byte>(number)}, 0)};
+}
+
+LineRecord receivedReport(std::int64_t timeUs = 0, Verdict verdict = Verdict::Good) {
+    return {timeUs, LineKind::Received, verdict,
+            encodeFrame(kAck, 1, {0x31, 0x9C, 0xFF, 0xFF, 0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 0, 0}, 1)};
+}
+
+QString cell(const LineLogModel& model, int row, int column) {
+    return model.data(model.index(row, column), Qt::DisplayRole).toString();
+}
+
+}  // namespace
+
+TEST(LineLogModel, KeepsOnlyTheNewestRecordsAndShowsThemInBatches) {
+    LineLogModel model(50);
+    for (int i = 0; i < 30; ++i) {
+        model.append(sentPreset(i));
+    }
+    // Nothing shows before the batch: a burst is one update of the view.
+    EXPECT_EQ(model.rowCount(), 0);
+    int inserts = 0;
+    QObject::connect(&model, &QAbstractItemModel::rowsInserted, [&inserts] { ++inserts; });
+    model.flush();
+    EXPECT_EQ(model.rowCount(), 30);
+    EXPECT_EQ(inserts, 1);
+
+    for (int i = 30; i < 120; ++i) {
+        model.append(sentPreset(i % 256));
+    }
+    model.flush();
+    EXPECT_EQ(model.kept(), 50u);
+    ASSERT_EQ(model.rowCount(), 50);
+    EXPECT_EQ(cell(model, 0, LineLogModel::Fields), QStringLiteral("preset 70"));
+    EXPECT_EQ(cell(model, 49, LineLogModel::Fields), QStringLiteral("preset 119"));
+
+    // With a filter, rows leave as their records leave the ring.
+    LineFilter odd;
+    odd.text = QStringLiteral("preset 1");  // 100..119 and nothing else kept
+    model.setFilter(odd);
+    EXPECT_EQ(model.rowCount(), 20);
+    for (int i = 0; i < 10; ++i) {
+        model.append(sentPreset(200));
+    }
+    model.flush();
+    EXPECT_EQ(model.kept(), 50u);
+    EXPECT_EQ(model.rowCount(), 20);  // 200s do not pass; 70..79 left, none of them shown
+    for (int i = 0; i < 35; ++i) {
+        model.append(sentPreset(7));
+    }
+    model.flush();
+    // Only 5 of the 100s survive the 35 newer records.
+    EXPECT_EQ(model.rowCount(), 5);
+    EXPECT_EQ(cell(model, 0, LineLogModel::Fields), QStringLiteral("preset 115"));
+
+    model.clear();
+    EXPECT_EQ(model.rowCount(), 0);
+    EXPECT_EQ(model.kept(), 0u);
+}
+
+TEST(LineLogModel, FiltersByDirectionCodeAndTextAndNamesEachColumn) {
+    LineLogModel model;
+    model.append(sentPreset(3));
+    model.append(receivedReport(0, Verdict::BadLrc));
+    model.append(recording::eventRecord(0, "Watchdog expired: no reply within 250 ms"));
+    model.append({0, LineKind::Received, Verdict::Noise, {0x55, 0x66}});
+    model.flush();
+    ASSERT_EQ(model.rowCount(), 4);
+
+    EXPECT_EQ(cell(model, 0, LineLogModel::Direction), QStringLiteral("\u2192 unit"));
+    EXPECT_EQ(cell(model, 0, LineLogModel::Code), QStringLiteral("40"));
+    EXPECT_EQ(cell(model, 0, LineLogModel::Name), QStringLiteral("preset request"));
+    EXPECT_EQ(cell(model, 0, LineLogModel::Check), QStringLiteral("sent"));
+    EXPECT_EQ(cell(model, 0, LineLogModel::Bytes), QStringLiteral("02 00 40 1B 83 43 03"));
+    EXPECT_EQ(cell(model, 1, LineLogModel::Direction), QStringLiteral("\u2190 unit"));
+    EXPECT_EQ(cell(model, 1, LineLogModel::Address), QStringLiteral("1"));
+    EXPECT_EQ(cell(model, 1, LineLogModel::Name), QStringLiteral("position report"));
+    EXPECT_TRUE(cell(model, 1, LineLogModel::Fields)
+                    .startsWith(QStringLiteral("pan -1.00\u00B0; tilt 0.00\u00B0")));
+    EXPECT_EQ(cell(model, 1, LineLogModel::Check), QStringLiteral("LRC wrong"));
+    EXPECT_TRUE(model.data(model.index(1, 0), Qt::ForegroundRole).isValid());
+    EXPECT_EQ(cell(model, 2, LineLogModel::Direction), QStringLiteral("event"));
+    EXPECT_EQ(cell(model, 2, LineLogModel::Name),
+              QStringLiteral("Watchdog expired: no reply within 250 ms"));
+    EXPECT_EQ(cell(model, 3, LineLogModel::Name), QStringLiteral("noise"));
+    EXPECT_EQ(cell(model, 3, LineLogModel::Check), QStringLiteral("noise"));
+
+    const auto rowsWith = [&model](LineFilter filter) {
+        model.setFilter(filter);
+        QStringList names;
+        for (int row = 0; row < model.rowCount(); ++row) {
+            names << cell(model, row, LineLogModel::Name);
+        }
+        return names;
+    };
+    LineFilter filter;
+    filter.direction = LineFilter::Direction::ToUnit;
+    EXPECT_EQ(rowsWith(filter), QStringList{QStringLiteral("preset request")});
+    filter.direction = LineFilter::Direction::FromUnit;
+    EXPECT_EQ(rowsWith(filter),
+              (QStringList{QStringLiteral("position report"), QStringLiteral("noise")}));
+    filter.direction = LineFilter::Direction::Events;
+    EXPECT_EQ(rowsWith(filter).size(), 1);
+    filter = {};
+    filter.code = 0x31;
+    EXPECT_EQ(rowsWith(filter), QStringList{QStringLiteral("position report")});
+    filter = {};
+    filter.text = QStringLiteral("WATCHDOG");
+    EXPECT_EQ(rowsWith(filter).size(), 1);
+    filter.text = QStringLiteral("9c ff ff");  // the bytes, any case
+    EXPECT_EQ(rowsWith(filter), QStringList{QStringLiteral("position report")});
+    filter.text = QStringLiteral("-1.00");
+    EXPECT_EQ(rowsWith(filter), QStringList{QStringLiteral("position report")});
+
+    model.setFilter({});
+    const QStringList copied = model.rowText(0).split(QLatin1Char('\t'));
+    ASSERT_EQ(copied.size(), LineLogModel::ColumnCount);
+    EXPECT_EQ(copied[LineLogModel::Name], QStringLiteral("preset request"));
+    EXPECT_EQ(copied[LineLogModel::Fields], QStringLiteral("preset 3"));
+    const QString detail = model.detailText(1);
+    EXPECT_TRUE(detail.contains(QStringLiteral("position report (code 31, address 1)")))
+        << detail.toStdString();
+    EXPECT_TRUE(detail.contains(QStringLiteral("[1] pan: -1.00\u00B0"))) << detail.toStdString();
+    // The console's verdict, and what the LRC says of the frame's own
+    // address (a reply from another unit is refused though it adds up).
+    EXPECT_TRUE(detail.contains(QStringLiteral("\u2190 unit  LRC wrong"))) << detail.toStdString();
+    EXPECT_TRUE(detail.contains(QStringLiteral("adds up with the frame's address")))
+        << detail.toStdString();
+}
+
+TEST(LineLogModel, PauseHoldsNewRowsBackUntilItEndsWithoutGrowingPastTheRing) {
+    LineLogModel model(10);
+    model.append(sentPreset(1));
+    model.flush();
+    model.setPaused(true);
+    for (int i = 0; i < 25; ++i) {
+        model.append(sentPreset(i));
+    }
+    model.flush();
+    EXPECT_EQ(model.rowCount(), 1);
+    EXPECT_EQ(model.waiting(), 10u);
+    model.setPaused(false);
+    EXPECT_EQ(model.rowCount(), 10);
+    EXPECT_EQ(cell(model, 9, LineLogModel::Fields), QStringLiteral("preset 24"));
+    EXPECT_EQ(model.waiting(), 0u);
+}
+
+TEST(LatencyMeter, MatchesRepliesToFramesOfTheirCodeAndTakesPercentiles) {
+    LatencyMeter meter;
+    std::int64_t now = 1'000'000'000;
+    // 100 exchanges taking 1..100 ms; replies to other codes in between do
+    // not count, and a frame the unit never answered is passed over.
+    for (int i = 1; i <= 100; ++i) {
+        meter.note(sentPreset(i, now));
+        if (i % 10 == 0) {
+            meter.note({now, LineKind::Sent, Verdict::Good, encodeFrame(kStx, 0, {0x9A}, 0)});
+        }
+        meter.note(receivedReport(now + 500));
+        meter.note(
+            {now + i * 1000, LineKind::Received, Verdict::Good,
+             encodeFrame(kAck, 0, {0x40, static_cast<Byte>(i), 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}, 0)});
+        now += 200'000;
+    }
+    const auto figures = meter.frameToReply(now);
+    EXPECT_EQ(figures.count, 100);
+    EXPECT_DOUBLE_EQ(figures.p50Ms, 50.0);
+    EXPECT_DOUBLE_EQ(figures.p99Ms, 99.0);
+    // Older than the window: gone.
+    EXPECT_EQ(meter.frameToReply(now + LatencyMeter::kWindowUs + 30'000'000).count, 0);
+
+    // Only the frame queued while an input was being handled counts.
+    const int frame = 0;
+    meter.noteQueued(&frame);
+    meter.noteWritten(&frame, now);
+    EXPECT_EQ(meter.clickToWire(now).count, 0);
+}
+
+namespace {
+// Pixels of a cell near a colour.
+int pixelsLike(const QImage& image, const QRect& cell, const QColor& colour) {
+    int count = 0;
+    for (int y = cell.top(); y <= cell.bottom(); ++y) {
+        for (int x = cell.left(); x <= cell.right(); ++x) {
+            const QColor pixel = image.pixelColor(x, y);
+            count += std::abs(pixel.red() - colour.red()) < 40 &&
+                             std::abs(pixel.green() - colour.green()) < 40 &&
+                             std::abs(pixel.blue() - colour.blue()) < 40
+                         ? 1
+                         : 0;
+        }
+    }
+    return count;
+}
+}  // namespace
+
+// Each cell shows its row's text in the row's colour: a refused reply in
+// red, a link event in orange, a selected row in the selection's colours;
+// a cell with nothing to say stays blank.
+TEST(LineLogWindow, PaintsEachCellInItsRowsColour) {
+    LineLogModel model;
+    model.append(sentPreset(3));
+    model.append(receivedReport(0, Verdict::BadLrc));
+    model.append(recording::eventRecord(0, "Watchdog expired: no reply within 250 ms"));
+    LineLogWindow window(model, LineLogWindow::Source::Live);
+    window.resize(1100, 400);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    model.flush();
+    QTableView& table = window.table();
+    const auto paint = [&table] {
+        table.viewport()->repaint();
+        return table.viewport()->grab().toImage();
+    };
+    QImage image = paint();
+    const auto cell = [&table, &model](int row, int column) {
+        return table.visualRect(model.index(row, column)).intersected(table.viewport()->rect());
+    };
+    const QColor text = table.palette().color(QPalette::Text);
+    const QColor red(210, 0, 0);
+    const QColor orange(200, 100, 0);
+    EXPECT_GT(pixelsLike(image, cell(0, LineLogModel::Name), text), 10);
+    EXPECT_EQ(pixelsLike(image, cell(0, LineLogModel::Name), red), 0);
+    EXPECT_GT(pixelsLike(image, cell(1, LineLogModel::Name), red), 10);
+    EXPECT_GT(pixelsLike(image, cell(1, LineLogModel::Bytes), red), 10);
+    EXPECT_GT(pixelsLike(image, cell(2, LineLogModel::Name), orange), 10);
+    // An event has no fields, no bytes.
+    const QColor base = table.palette().color(QPalette::Base);
+    const QRect empty = cell(2, LineLogModel::Bytes);
+    EXPECT_EQ(pixelsLike(image, empty, base), empty.width() * empty.height());
+
+    table.selectRow(0);
+    image = paint();
+    const QRect selected = cell(0, LineLogModel::Time);
+    EXPECT_GT(pixelsLike(image, selected, table.palette().color(QPalette::Highlight)),
+              selected.width() * selected.height() / 2);
+    EXPECT_GT(pixelsLike(image, selected, table.palette().color(QPalette::HighlightedText)), 10);
+}

@@ -1,0 +1,357 @@
+// The Line Log in the whole console against the virtual unit: every frame
+// both ways, the link's events, filters, pause, follow, copy, the line's
+// times, recording from the window and opening a recording without a unit.
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QClipboard>
+#include <QComboBox>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QTableView>
+
+#include "protocol/line_recording.h"
+#include "recorder/line_log_window.h"
+#include "recorder/line_recorder.h"
+#include "recorder/line_tap.h"
+#include "tests/support/console_rig.h"
+#include "views/pages/pan_tilt_page.h"
+#include "views/widgets/led_display.h"
+
+using namespace halvex;
+using namespace halvex::testing;
+using recording::LineKind;
+
+namespace {
+
+struct LogRig : ConsoleRig {
+    LineRecorder& recorder() { return window->lineRecorder(); }
+    LineLogModel& model() { return recorder().model(); }
+    LineLogWindow* log() { return window->findChild<LineLogWindow*>(QStringLiteral("LineLog")); }
+    template <typename T>
+    T* inLog(const char* name) {
+        return log()->findChild<T*>(QString::fromLatin1(name));
+    }
+    void openLog() { window->findChild<QAction*>(QStringLiteral("MenuLineLog"))->trigger(); }
+    // Stops the jog messages and lets the last replies in.
+    void quieten() {
+        window->link().Timer2().stop();
+        QTest::qWait(60);
+        model().flush();
+    }
+    QString cell(int row, int column) {
+        return model().data(model().index(row, column), Qt::DisplayRole).toString();
+    }
+    QStringList column(int column) {
+        QStringList cells;
+        for (int row = 0; row < model().rowCount(); ++row) {
+            cells << cell(row, column);
+        }
+        return cells;
+    }
+    int rowNamed(const QString& name, const QString& fields = {}) {
+        for (int row = 0; row < model().rowCount(); ++row) {
+            if (cell(row, LineLogModel::Name) == name &&
+                cell(row, LineLogModel::Fields).startsWith(fields)) {
+                return row;
+            }
+        }
+        return -1;
+    }
+    bool sawEvent(const QString& text) {
+        model().flush();
+        for (int row = 0; row < model().rowCount(); ++row) {
+            if (cell(row, LineLogModel::Direction) == QStringLiteral("event") &&
+                cell(row, LineLogModel::Name).contains(text)) {
+                return true;
+            }
+        }
+        return false;
+    }
+};
+
+QString hex(Byte code) {
+    return QStringLiteral("%1").arg(code, 2, 16, QLatin1Char('0')).toUpper();
+}
+
+}  // namespace
+
+TEST(LineLog, ShowsEveryFrameOfTheSessionBothWaysNamedAndDecoded) {
+    LogRig rig;
+    rig.openLog();
+    ASSERT_NE(rig.log(), nullptr);
+    EXPECT_TRUE(rig.log()->isVisible());
+    EXPECT_EQ(rig.log()->windowTitle(), QStringLiteral("Line Log"));
+    ASSERT_TRUE(rig.connect());
+    rig.quieten();
+
+    // Each frame the unit heard is one "→ unit" row, in the same order.
+    QStringList sentCodes;
+    QStringList answered;
+    for (int row = 0; row < rig.model().rowCount(); ++row) {
+        if (rig.cell(row, LineLogModel::Direction) == QStringLiteral("\u2192 unit")) {
+            sentCodes << rig.cell(row, LineLogModel::Code);
+        } else if (rig.cell(row, LineLogModel::Check) == QStringLiteral("good")) {
+            answered << rig.cell(row, LineLogModel::Code);
+        }
+    }
+    QStringList heard;
+    for (const auto& frame : rig.line.frames()) {
+        heard << hex(frame.message.front());
+    }
+    EXPECT_EQ(sentCodes, heard);
+    EXPECT_EQ(static_cast<std::uint64_t>(answered.size()), rig.unit.framesAnswered());
+
+    // Named and decoded as the operator reads them.
+    EXPECT_GE(rig.rowNamed(QStringLiteral("soft limit"),
+                           QStringLiteral("limit CW; position 170.00\u00B0")),
+              0);
+    const int preset = rig.rowNamed(QStringLiteral("preset record"), QStringLiteral("preset 31;"));
+    ASSERT_GE(preset, 0);
+    EXPECT_EQ(rig.cell(preset, LineLogModel::Code), QStringLiteral("40"));
+    EXPECT_EQ(rig.cell(preset, LineLogModel::Address), QStringLiteral("0"));
+    EXPECT_TRUE(rig.cell(preset, LineLogModel::Bytes).startsWith(QStringLiteral("06 00 40 1F")));
+    EXPECT_GE(rig.rowNamed(QStringLiteral("jog message")), 0);
+    EXPECT_GE(rig.rowNamed(QStringLiteral("position report"), QStringLiteral("pan 0.00\u00B0")), 0);
+
+    // The selected row in full below the table.
+    rig.log()->table().selectRow(preset);
+    const auto* detail = rig.inLog<QPlainTextEdit>("LineDetail");
+    EXPECT_TRUE(detail->toPlainText().contains(QStringLiteral("[1] preset: 31")))
+        << detail->toPlainText().toStdString();
+}
+
+TEST(LineLog, FiltersByDirectionCodeAndTextFromItsControls) {
+    LogRig rig;
+    rig.openLog();
+    ASSERT_TRUE(rig.connect());
+    rig.quieten();
+    const int all = rig.model().rowCount();
+
+    rig.inLog<QComboBox>("DirectionFilter")->setCurrentIndex(1);  // to unit
+    QStringList directions = rig.column(LineLogModel::Direction);
+    directions.removeDuplicates();
+    EXPECT_EQ(directions, QStringList{QStringLiteral("\u2192 unit")});
+    rig.inLog<QComboBox>("DirectionFilter")->setCurrentIndex(0);
+
+    auto* code = rig.inLog<QComboBox>("CodeFilter");
+    const int presets = code->findData(0x40);
+    ASSERT_GT(presets, 0);
+    EXPECT_EQ(code->itemText(presets), QStringLiteral("40  preset request / preset record"));
+    code->setCurrentIndex(presets);
+    EXPECT_EQ(rig.model().rowCount(), 64);  // 32 requests, 32 records
+    QStringList codes = rig.column(LineLogModel::Code);
+    codes.removeDuplicates();
+    EXPECT_EQ(codes, QStringList{QStringLiteral("40")});
+    code->setCurrentIndex(0);
+
+    auto* text = rig.inLog<QLineEdit>("TextFilter");
+    QTest::keyClicks(text, QStringLiteral("limit ccw"));
+    QTest::keyClick(text, Qt::Key_Return);
+    EXPECT_EQ(rig.column(LineLogModel::Name),
+              (QStringList{QStringLiteral("soft limit request"), QStringLiteral("soft limit")}));
+    text->clear();
+    // Typing waits for a pause before it filters.
+    EXPECT_TRUE(ConsoleRig::waitFor([&] { return rig.model().rowCount() == all; }, 2000));
+}
+
+TEST(LineLog, PausesFollowsTheTailAndCopiesRows) {
+    LogRig rig;
+    rig.openLog();
+    ASSERT_TRUE(rig.connect());
+    rig.model().flush();
+    auto& table = rig.log()->table();
+    QScrollBar* bar = table.verticalScrollBar();
+    EXPECT_EQ(bar->value(), bar->maximum());
+
+    // Pause: the rows stand still while frames go on being kept.
+    rig.inLog<QPushButton>("PauseBut")->click();
+    const int held = rig.model().rowCount();
+    QTest::qWait(3 * LineLogModel::kBatchMs);
+    rig.model().flush();
+    EXPECT_EQ(rig.model().rowCount(), held);
+    EXPECT_GT(rig.model().waiting(), 0u);
+    EXPECT_TRUE(rig.inLog<QLabel>("LineStatus")->text().contains(QStringLiteral("paused:")));
+    rig.inLog<QPushButton>("PauseBut")->click();
+    EXPECT_GT(rig.model().rowCount(), held);
+
+    // Scrolling away from the end stops following; the view stays put.
+    bar->triggerAction(QAbstractSlider::SliderToMinimum);
+    EXPECT_FALSE(rig.inLog<QPushButton>("FollowBut")->isChecked());
+    QTest::qWait(2 * LineLogModel::kBatchMs);
+    rig.model().flush();
+    EXPECT_EQ(bar->value(), 0);
+    rig.inLog<QPushButton>("FollowBut")->click();
+    EXPECT_EQ(bar->value(), bar->maximum());
+
+    rig.quieten();
+    table.selectRow(0);
+    table.selectionModel()->select(rig.model().index(2, 0),
+                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    rig.inLog<QPushButton>("CopyBut")->click();
+    const QStringList lines =
+        QApplication::clipboard()->text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 2);
+    EXPECT_EQ(lines[0], rig.model().rowText(0));
+    EXPECT_EQ(lines[1], rig.model().rowText(2));
+    EXPECT_EQ(lines[0].split(QLatin1Char('\t')).size(), LineLogModel::ColumnCount);
+
+    QApplication::clipboard()->clear();
+    table.setFocus();
+    QTest::keyClick(&table, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_TRUE(QApplication::clipboard()->text().startsWith(rig.model().rowText(0)));
+}
+
+TEST(LineLog, ShowsTheLinksEventsAmongTheFrames) {
+    LogRig rig;
+    ASSERT_TRUE(rig.connect());
+
+    // A preset number past the table: the decoder's range fault.
+    std::vector<Byte> preset = {0x40, 40, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    rig.port->injectIncoming(encodeFrame(kAck, 0, preset, 0));
+    EXPECT_TRUE(
+        ConsoleRig::waitFor([&] { return rig.sawEvent(QStringLiteral("Run-time error")); }));
+
+    // The unit falls silent: the watchdog.
+    rig.line.setConnected(false);
+    EXPECT_TRUE(ConsoleRig::waitFor(
+        [&] { return rig.sawEvent(QStringLiteral("Watchdog expired: no reply within 250 ms")); }));
+
+    // A move waiting for its tick when the device goes away for good.
+    rig.line.setConnected(true);
+    rig.window->link().Timer2().stop();
+    QTimer::singleShot(30, [&rig] {
+        rig.port->setOpenFails(true);
+        rig.port->setWriteFails(true);
+        rig.window->link().Timer2().start();
+    });
+    rig.click(QStringLiteral("HomeBut"));
+    EXPECT_TRUE(ConsoleRig::waitFor([&] {
+        return rig.sawEvent(
+            QStringLiteral("36 (move to home) not sent: writing to the port failed"));
+    }));
+    EXPECT_TRUE(ConsoleRig::waitFor([&] { return rig.sawEvent(QStringLiteral("Port closed")); }));
+    EXPECT_TRUE(rig.sawEvent(QStringLiteral(
+        " lost: the device went away (writing to it failed). Looking for it again.")));
+}
+
+TEST(LineLog, StatusLineShowsClickToWireAndFrameToReply) {
+    LogRig rig;
+    rig.openLog();
+    ASSERT_TRUE(rig.connect());
+    for (int i = 0; i < 3; ++i) {
+        const std::size_t before = rig.line.frames().size();
+        rig.click(QStringLiteral("HomeBut"));
+        ASSERT_TRUE(ConsoleRig::waitFor([&] {
+            for (std::size_t f = before; f < rig.line.frames().size(); ++f) {
+                if (rig.line.frames()[f].message.front() == 0x36) {
+                    return true;
+                }
+            }
+            return false;
+        }));
+    }
+    // A click that sends nothing adds no sample.
+    QTest::mouseClick(rig.find<QPushButton>(QStringLiteral("ClrLEDBut_0")), Qt::LeftButton);
+    QTest::qWait(50);
+
+    const auto clicks = rig.recorder().latency().clickToWire(LineTap::nowUs());
+    EXPECT_EQ(clicks.count, 3);
+    // A command waits at most about two ticks of 10 ms for its turn.
+    EXPECT_LT(clicks.p99Ms, 1000.0);
+    EXPECT_GT(rig.recorder().latency().frameToReply(LineTap::nowUs()).count, 50);
+    rig.log()->refreshStatus();
+    const QString status = rig.inLog<QLabel>("LineStatus")->text();
+    EXPECT_TRUE(status.contains(QStringLiteral("Click to wire p50 "))) << status.toStdString();
+    EXPECT_TRUE(status.contains(QStringLiteral(" ms (3)"))) << status.toStdString();
+    EXPECT_TRUE(status.contains(QStringLiteral("Frame to reply p50 "))) << status.toStdString();
+    EXPECT_TRUE(status.contains(QStringLiteral("Not recording"))) << status.toStdString();
+}
+
+TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
+    const QString path = QDir(QDir::tempPath()).filePath(QStringLiteral("line-log-test.pcapng"));
+    QFile::remove(path);
+    {
+        LogRig rig;
+        rig.openLog();
+        rig.recorder().setPathChooser([&path](bool) { return path; });
+        ASSERT_TRUE(rig.connect());
+        auto* record = rig.inLog<QPushButton>("RecordBut");
+        record->click();
+        EXPECT_TRUE(rig.recorder().recording());
+        EXPECT_EQ(record->text(), QStringLiteral("Stop Recording"));
+        rig.window->panTiltPage().PanDesLED->setValue(12.34);
+        rig.window->panTiltPage().TiltDesLED->setValue(-5.0);
+        rig.click(QStringLiteral("AbsoBut"));
+        ASSERT_TRUE(ConsoleRig::waitFor([&] {
+            return !rig.line.frames().empty() && rig.line.frames().back().message.front() == 0x33;
+        }));
+        QTest::qWait(50);
+        rig.log()->refreshStatus();
+        EXPECT_TRUE(rig.inLog<QLabel>("LineStatus")
+                        ->text()
+                        .contains(QStringLiteral("Recording to line-log-test.pcapng (")));
+        record->click();
+        EXPECT_FALSE(rig.recorder().recording());
+        EXPECT_EQ(record->text(), QStringLiteral("Record..."));
+
+        // A device with no room: refused at once.
+        EXPECT_TRUE(rig.recorder()
+                        .startRecording(QStringLiteral("/dev/full"))
+                        .startsWith(QStringLiteral("Cannot record to /dev/full: ")));
+        EXPECT_FALSE(rig.recorder().recording());
+
+        // A folder nobody can write to: told, and nothing recorded.
+        rig.recorder().setPathChooser([](bool) { return QStringLiteral("/proc/no/such.pcapng"); });
+        record->click();
+        EXPECT_FALSE(rig.recorder().recording());
+        ASSERT_FALSE(rig.shown.empty());
+        EXPECT_EQ(rig.shown.back().title, QStringLiteral("Record"));
+    }
+
+    QFile file(path);
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray bytes = file.readAll();
+    recording::RecordingReader reader(reinterpret_cast<const Byte*>(bytes.constData()),
+                                      static_cast<std::size_t>(bytes.size()));
+    int records = 0;
+    bool sawMove = false;
+    while (auto next = reader.next()) {
+        ++records;
+        sawMove = sawMove || (next->kind == LineKind::Sent && next->bytes[2] == 0x33 &&
+                              next->bytes[3] == 0xD2 && next->bytes[4] == 0x04);  // 1234
+    }
+    EXPECT_EQ(reader.error(), "");
+    EXPECT_GT(records, 2);
+    EXPECT_TRUE(sawMove);
+
+    // Opened in a console that never went online.
+    LogRig offline;
+    offline.recorder().setPathChooser([&path](bool) { return path; });
+    offline.openLog();
+    offline.inLog<QPushButton>("OpenBut")->click();
+    auto* opened = offline.window->findChild<LineLogWindow*>(QStringLiteral("LineLogFile"));
+    ASSERT_NE(opened, nullptr);
+    EXPECT_EQ(opened->windowTitle(), QStringLiteral("Line Log - line-log-test.pcapng"));
+    EXPECT_EQ(opened->model().rowCount(), records);
+    EXPECT_EQ(opened->findChild<QPushButton*>(QStringLiteral("RecordBut")), nullptr);
+    opened->refreshStatus();
+    EXPECT_TRUE(opened->findChild<QLabel*>(QStringLiteral("LineStatus"))
+                    ->text()
+                    .contains(QStringLiteral("line-log-test.pcapng: %1 records").arg(records)));
+
+    QFile junk(path);
+    ASSERT_TRUE(junk.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    junk.write("this is not a recording of any line");
+    junk.close();
+    EXPECT_EQ(offline.recorder().openRecording(path), nullptr);
+    ASSERT_FALSE(offline.shown.empty());
+    EXPECT_EQ(offline.shown.back().title, QStringLiteral("Open Recording"));
+    EXPECT_TRUE(offline.shown.back().text.contains(QStringLiteral("not a pcapng file")));
+    QFile::remove(path);
+}

@@ -1,0 +1,185 @@
+// A field session reproduced at a desk: a console recorded against a unit
+// with settings of its own comes online against the recording, in process
+// and through halvex-sim --replay on a pseudo-terminal, and every page shows
+// what it showed in the session.
+
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QAbstractSlider>
+#include <QComboBox>
+#include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QProcess>
+#include <QPushButton>
+#include <QTabWidget>
+
+#include "protocol/line_recording.h"
+#include "recorder/line_recorder.h"
+#include "sim/replay_unit.h"
+#include "tests/support/console_rig.h"
+#include "tests/support/sim_process.h"
+
+using namespace halvex;
+using namespace halvex::testing;
+
+namespace {
+
+// What the pages show, control by control.
+QStringList pages(VornixU& window) {
+    QStringList shown;
+    QTabWidget& tabs = window.SSTab1();
+    for (int page = 0; page < tabs.count(); ++page) {
+        for (QWidget* widget : tabs.widget(page)->findChildren<QWidget*>()) {
+            if (widget->objectName().isEmpty()) {
+                continue;
+            }
+            QString value;
+            if (auto* label = qobject_cast<QLabel*>(widget)) {
+                value = label->text();
+            } else if (auto* edit = qobject_cast<QLineEdit*>(widget)) {
+                value = edit->text();
+            } else if (auto* list = qobject_cast<QListWidget*>(widget)) {
+                for (int row = 0; row < list->count(); ++row) {
+                    value += list->item(row)->text() + QLatin1Char('|');
+                }
+            } else if (auto* combo = qobject_cast<QComboBox*>(widget)) {
+                value = combo->currentText();
+            } else if (auto* button = qobject_cast<QAbstractButton*>(widget)) {
+                value = button->text() + (button->isChecked() ? QStringLiteral(" [x]") : QString());
+            } else if (auto* slider = qobject_cast<QAbstractSlider*>(widget)) {
+                value = QString::number(slider->value());
+            } else if (widget->property("value").isValid()) {
+                value = widget->property("value").toString();
+            } else {
+                continue;
+            }
+            shown << QStringLiteral("%1/%2=%3 %4")
+                         .arg(page)
+                         .arg(widget->objectName(), value)
+                         .arg(widget->isVisibleTo(tabs.widget(page)) ? QString()
+                                                                     : QStringLiteral("hidden"));
+        }
+    }
+    shown.sort();
+    return shown;
+}
+
+void tell(sim::Unit& unit, const std::vector<Byte>& message) {
+    const auto wire = encodeFrame(kStx, 0, message, 0);
+    unit.receiveFromConsole(wire.data(), wire.size());
+    unit.takeOutput();
+}
+
+// A unit set up in the field: presets, a tour, limits, speeds, lenses, a
+// time-out and a heater mode of its own.
+void setUpInTheField(sim::Unit& unit) {
+    tell(unit, {0x41, 5, 0xD2, 0x04, 0x00, 0x0C, 0xFE, 0xFF});  // 12.34, -5.00
+    tell(unit, {0x41, 6, 0x30, 0x75, 0x00, 0x10, 0x27, 0x00});  // 300.00, 100.00
+    tell(unit, {0x52, 0, 5, 10});
+    tell(unit, {0x52, 0, 6 | 64, 130});
+    tell(unit, {0x92, 20, 30, 12, 0, 21, 31, 13, 0});
+    tell(unit, {0x96, 30});
+    tell(unit, {0x97, 2});
+    tell(unit, {0x61, 0x3E, 11, 12, 0x30, 13, 14});
+    tell(unit, {0x65, 40, 50});
+}
+
+struct RecordedSession {
+    QString path;
+    QStringList pages;
+};
+
+// Records one session; the pages it showed once online.
+const RecordedSession& session() {
+    static const RecordedSession recorded = [] {
+        static QTemporaryDir folder;
+        RecordedSession out;
+        out.path = folder.filePath(QStringLiteral("field-session.pcapng"));
+        ConsoleRig rig;
+        setUpInTheField(rig.unit);
+        EXPECT_EQ(rig.window->lineRecorder().startRecording(out.path), QString());
+        EXPECT_TRUE(rig.connect());
+        QTest::qWait(100);
+        rig.window->lineRecorder().stopRecording();
+        out.pages = pages(*rig.window);
+        return out;
+    }();
+    return recorded;
+}
+
+std::vector<recording::LineRecord> records(const QString& path) {
+    std::vector<recording::LineRecord> read;
+    std::string warning;
+    EXPECT_EQ(sim::readRecordingFile(path.toStdString(), read, warning), "");
+    return read;
+}
+
+}  // namespace
+
+TEST(Replay, AConsoleComesOnlineAgainstARecordingWithTheSessionsPages) {
+    const RecordedSession& recorded = session();
+    ASSERT_GT(recorded.pages.size(), 200);
+    EXPECT_TRUE(recorded.pages.filter(QStringLiteral("PresetList="))
+                    .join(QString())
+                    .contains(QStringLiteral("12.34")));
+
+    sim::ReplayUnit replay(records(recorded.path));
+    std::vector<Message> shown;
+    auto* port = new TestPort(&replay);
+    VornixU window(
+        port,
+        [&shown](QWidget*, const Message& m) {
+            shown.push_back(m);
+            return true;
+        },
+        ConsoleRig::kFastTickMs);
+    window.Form_Load();
+    window.show();
+    QTest::mouseClick(window.findChild<QPushButton*>(QStringLiteral("StartBut")), Qt::LeftButton);
+    ASSERT_TRUE(ConsoleRig::waitFor(
+        [&] { return window.windowTitle().endsWith(QStringLiteral(" Online")); }, 20000));
+    QTest::qWait(100);
+    EXPECT_TRUE(shown.empty());
+    EXPECT_EQ(pages(window), recorded.pages);
+
+    // The pages are worth comparing: a unit as it left the factory shows
+    // others.
+    ConsoleRig factory;
+    ASSERT_TRUE(factory.connect());
+    EXPECT_NE(pages(*factory.window), recorded.pages);
+}
+
+TEST(Replay, HalvexSimReplaysARecordingThroughAPseudoTerminal) {
+    const RecordedSession& recorded = session();
+    SimProcess unit({QStringLiteral("--replay"), recorded.path});
+    ASSERT_FALSE(unit.device().isEmpty());
+
+    QTemporaryDir directory;
+    const QString previous = QDir::currentPath();
+    QDir::setCurrent(directory.path());
+    qputenv("HALVEX_COM1", unit.device().toLocal8Bit());
+    {
+        VornixU window(
+            nullptr, [](QWidget*, const Message&) { return true; }, 25);
+        window.Form_Load();
+        window.show();
+        window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
+        ASSERT_TRUE(ConsoleRig::waitFor(
+            [&] { return window.windowTitle().endsWith(QStringLiteral(" Online")); }, 30000));
+        QTest::qWait(150);
+        EXPECT_EQ(pages(window), recorded.pages);
+    }
+    qunsetenv("HALVEX_COM1");
+    QDir::setCurrent(previous);
+
+    // A file that is no recording: the program says so and ends.
+    QProcess bad;
+    bad.start(QStringLiteral(HALVEX_SIM_PATH),
+              {QStringLiteral("--replay"), QStringLiteral("/proc/version")});
+    ASSERT_TRUE(bad.waitForFinished(5000));
+    EXPECT_EQ(bad.exitCode(), 1);
+    EXPECT_TRUE(bad.readAllStandardError().contains("holds no frames"));
+}

@@ -1,0 +1,138 @@
+// The virtual unit replaying a recording: each console frame gets the reply
+// that followed a frame of its code, in order.
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <fstream>
+
+#include "protocol/line_recording.h"
+#include "sim/replay_unit.h"
+#include "sim/sim_command_line.h"
+
+namespace halvex::sim {
+namespace {
+
+using recording::LineKind;
+using recording::LineRecord;
+using recording::Verdict;
+
+std::vector<Byte> command(const std::vector<Byte>& message) {
+    return encodeFrame(kStx, 0, message, 0);
+}
+std::vector<Byte> reply(const std::vector<Byte>& message) {
+    return encodeFrame(kAck, 0, message, 0);
+}
+LineRecord sent(const std::vector<Byte>& message) {
+    return {0, LineKind::Sent, Verdict::Good, command(message)};
+}
+LineRecord received(const std::vector<Byte>& wire, Verdict verdict = Verdict::Good) {
+    return {0, LineKind::Received, verdict, wire};
+}
+
+std::vector<Byte> ask(ReplayUnit& unit, const std::vector<Byte>& wire) {
+    unit.receiveFromConsole(wire.data(), wire.size());
+    return unit.takeOutput();
+}
+
+TEST(Replay, AnswersEachCodeWithItsRecordedRepliesInOrderThenTheLastAgain) {
+    const auto preset0 = reply({0x40, 0, 1, 0, 0, 2, 0, 0, 0, 0, 0, 0});
+    const auto preset1 = reply({0x40, 1, 3, 0, 0, 4, 0, 0, 0, 0, 0, 0});
+    const auto report = reply({0x31, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 0, 0});
+    const auto badReport = [&] {
+        auto wire = report;
+        wire[wire.size() - 2] ^= 1;
+        return wire;
+    }();
+    const std::vector<LineRecord> records = {
+        sent({0x31, 0, 0, 0, 0, 0, 0, 0}),
+        received({0x55, 0x66}, Verdict::Noise),  // noise is no reply
+        received(report),
+        recording::eventRecord(0, "Watchdog expired"),
+        sent({0x40, 0}),
+        received(preset0),
+        sent({0x9A}),  // never answered
+        sent({0x40, 1}),
+        received(preset1),
+        sent({0x31, 0, 0, 0, 0, 0, 0, 0}),
+        received(badReport, Verdict::BadLrc),  // answered, as the unit did
+        received(report),                      // no frame waits for this one
+    };
+    ReplayUnit unit(records);
+    EXPECT_EQ(unit.codesAnswered(), 2u);
+    EXPECT_EQ(unit.repliesRecorded(), 5u);
+
+    // The order of the recording, whatever the console asks in between.
+    EXPECT_EQ(ask(unit, command({0x40, 7})), preset0);
+    EXPECT_EQ(ask(unit, command({0x31, 0, 0, 0, 0, 0, 0, 0})), report);
+    EXPECT_EQ(ask(unit, command({0x40, 9})), preset1);
+    EXPECT_EQ(ask(unit, command({0x31, 0, 0, 0, 0, 0, 0, 0})), badReport);
+    // Used up: the last reply of the code again.
+    EXPECT_EQ(ask(unit, command({0x40, 2})), preset1);
+    EXPECT_EQ(ask(unit, command({0x31, 0, 0, 0, 0, 0, 0, 0})), badReport);
+    // Never answered in the recording, never answered now; nor a frame that
+    // fails its LRC.
+    EXPECT_TRUE(ask(unit, command({0x9A})).empty());
+    EXPECT_TRUE(ask(unit, command({0x92, 0x80})).empty());
+    EXPECT_TRUE(ask(unit, encodeFrame(kStx, 0, {0x40, 1}, 5)).empty());
+
+    // Two frames in one write get their two replies.
+    auto both = command({0x40, 0});
+    const auto second = command({0x31, 0, 0, 0, 0, 0, 0, 0});
+    both.insert(both.end(), second.begin(), second.end());
+    auto expected = preset1;
+    expected.insert(expected.end(), badReport.begin(), badReport.end());
+    EXPECT_EQ(ask(unit, both), expected);
+}
+
+TEST(Replay, ASilenceInTheRecordingIsASilenceInItsTurn) {
+    const auto first = reply({0x96, 5});
+    const std::vector<LineRecord> records = {sent({0x96, 0x80}), sent({0x96, 0x80}),
+                                             received(first)};
+    ReplayUnit unit(records);
+    EXPECT_TRUE(ask(unit, command({0x96, 0x80})).empty());
+    EXPECT_EQ(ask(unit, command({0x96, 0x80})), first);
+    EXPECT_EQ(ask(unit, command({0x96, 0x80})), first);
+}
+
+TEST(Replay, ReadsTheRecordingFileAndSaysWhyWhenItCannot) {
+    const std::string path = ::testing::TempDir() + "replay-test.pcapng";
+    std::vector<Byte> file = recording::recordingHeader("test", "COM1");
+    for (const LineRecord& record : {sent({0x9A}), received(reply({0x9A, 2, 3, 1, 1, 20}))}) {
+        const auto block = recording::recordingBlock(record);
+        file.insert(file.end(), block.begin(), block.end());
+    }
+    const auto write = [&path](const std::vector<Byte>& bytes) {
+        std::ofstream out(path, std::ios::binary | std::ios::trunc);
+        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<long>(bytes.size()));
+    };
+    write(file);
+    std::vector<LineRecord> records;
+    std::string warning;
+    EXPECT_EQ(readRecordingFile(path, records, warning), "");
+    EXPECT_EQ(records.size(), 2u);
+    EXPECT_EQ(warning, "");
+
+    // A torn last block: what came before still replays.
+    file.resize(file.size() - 5);
+    write(file);
+    records.clear();
+    EXPECT_EQ(readRecordingFile(path, records, warning), "");
+    EXPECT_EQ(records.size(), 1u);
+    EXPECT_NE(warning.find("reading stopped"), std::string::npos);
+
+    write({'n', 'o', 't', ' ', 'a', ' ', 'f', 'i', 'l', 'e', '.', '.'});
+    records.clear();
+    EXPECT_NE(readRecordingFile(path, records, warning).find("holds no frames"), std::string::npos);
+    EXPECT_NE(readRecordingFile(path + ".missing", records, warning).find("cannot read"),
+              std::string::npos);
+    std::remove(path.c_str());
+
+    const auto parsed = parseSimCommandLine({"--replay", "session.pcapng", "--pace", "9600"});
+    ASSERT_TRUE(std::holds_alternative<SimCommandLine>(parsed));
+    EXPECT_EQ(std::get<SimCommandLine>(parsed).replay, "session.pcapng");
+    EXPECT_TRUE(std::holds_alternative<std::string>(parseSimCommandLine({"--replay"})));
+}
+
+}  // namespace
+}  // namespace halvex::sim
