@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QFileInfo>
 #include <QPushButton>
 #include <QTemporaryDir>
 #include <QTest>
@@ -62,7 +63,9 @@ TEST(EndToEnd, ConsoleLetsGoOfAnUnpluggedUnitAndTakesItBackByItself) {
     PtyConsole console(link);
     ASSERT_TRUE(console.start());
 
-    sim.reset();  // the cable is pulled
+    sim->stop();  // the cable is pulled
+    EXPECT_TRUE(sim->endedCleanly()) << "halvex-sim did not end on its signal";
+    EXPECT_FALSE(QFileInfo(link).isSymLink()) << "halvex-sim left its link behind";
     EXPECT_TRUE(QTest::qWaitFor([&] { return console.titleEnds(" Offline"); }, 5000));
     EXPECT_TRUE(console.faults.join(QLatin1Char('\n')).contains(QStringLiteral("COM1 (") + link));
     const std::clock_t before = std::clock();

@@ -195,6 +195,12 @@ TEST(ProtocolTable, HoldsEveryCommandTheUnitKnowsAtTheLengthItNeeds) {
         EXPECT_NE(frame.name, "unknown code") << std::hex << code;
     }
     EXPECT_GT(known, 50);
+    // And the other way round: the unit answers every command the table names.
+    for (const Message& message : messages()) {
+        if (message.direction == Direction::ToUnit) {
+            EXPECT_NE(unit.find(message.code), nullptr) << std::hex << int(message.code);
+        }
+    }
 }
 
 TEST(ProtocolTable, LayoutsAreWellFormedAndListedOncePerCodeAndDirection) {

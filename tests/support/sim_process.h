@@ -30,6 +30,11 @@ class SimProcess {
             process_.waitForFinished(3000);
         }
     }
+    // Stopped by the signal and gone by itself, with status 0.
+    bool endedCleanly() const {
+        return process_.state() == QProcess::NotRunning &&
+               process_.exitStatus() == QProcess::NormalExit && process_.exitCode() == 0;
+    }
     SimProcess(const SimProcess&) = delete;
     SimProcess& operator=(const SimProcess&) = delete;
 
