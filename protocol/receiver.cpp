@@ -38,6 +38,10 @@ void Receiver::addRefreshHook(std::function<void()> hook) {
     refreshHooks_.push_back(std::move(hook));
 }
 
+void Receiver::addReplyWatcher(ReplyWatcher watcher) {
+    replyWatchers_.push_back(std::move(watcher));
+}
+
 void Receiver::onDataArrived() {
     if (reading_) {
         return;
@@ -96,6 +100,15 @@ void Receiver::ReceiveFrame() {
     }
     if (!complete) {
         return;
+    }
+    if (!replyWatchers_.empty()) {
+        std::vector<Byte> reply;
+        for (int i = 0; i < replyLength_; ++i) {
+            reply.push_back(state_.RxBuffer[i]);
+        }
+        for (const auto& watcher : replyWatchers_) {
+            watcher(reply);
+        }
     }
     const auto decoder = decoders_.find(state_.RxBuffer[0]);
     if (decoder != decoders_.end()) {
@@ -187,6 +200,7 @@ bool Receiver::readFrame(CaptureLine& capture) {
         showFault();
         return false;
     }
+    replyLength_ = index - 2;
     state_.LinkFault = false;
     state_.setLamp(LinkLamp::Good);
     state_.LastResponseCode = state_.RxBuffer[0];

@@ -30,6 +30,11 @@ class Receiver : public QObject {
     void registerDecoder(Byte code, Decoder decoder);
     // Runs after every good reply, dispatched or not, in registration order.
     void addRefreshHook(std::function<void()> hook);
+    // Sees every good reply before its decoder runs: the code and payload,
+    // LRC and ETX left out. A decoder that stops on a range fault cannot
+    // hide a reply from it.
+    using ReplyWatcher = std::function<void(const std::vector<Byte>& reply)>;
+    void addReplyWatcher(ReplyWatcher watcher);
 
     // One data-arrived event.
     void ReceiveFrame();
@@ -55,6 +60,9 @@ class Receiver : public QObject {
     SerialPort* port_ = nullptr;
     std::map<Byte, Decoder> decoders_;
     std::vector<std::function<void()>> refreshHooks_;
+    std::vector<ReplyWatcher> replyWatchers_;
+    // Code and payload bytes of the frame last read into RxBuffer.
+    int replyLength_ = 0;
     bool reading_ = false;
     bool leftoversScheduled_ = false;
 };
