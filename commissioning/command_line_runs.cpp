@@ -10,10 +10,17 @@ namespace halvex::commissioning {
 
 namespace {
 
+QString values(std::size_t count) {
+    return count == 1 ? QStringLiteral("1 value") : QStringLiteral("%1 values").arg(count);
+}
+
 Progress linesOfProgress(const CommandIo& io) {
     Progress progress;
     progress.report = [&io](const QString& step, int done, int total) {
-        io.say(QStringLiteral("[%1/%2] %3").arg(done).arg(total).arg(step));
+        // The bar's last report says nothing a line of text would need.
+        if (done < total) {
+            io.say(QStringLiteral("[%1/%2] %3").arg(done + 1).arg(total).arg(step));
+        }
     };
     return progress;
 }
@@ -87,17 +94,21 @@ int saveUnitCommand(HeadlessLine& line, Byte address, const QString& path, const
     return kDone;
 }
 
-int restoreUnitCommand(HeadlessLine& line, Byte address, const QString& path,
-                       const RestoreOptions& options, const CommandIo& io) {
-    const SettingsFileRead file = loadSettingsFile(path);
+int checkSettingsFile(const QString& path, UnitSettings& settings, const CommandIo& io) {
+    SettingsFileRead file = loadSettingsFile(path);
     if (!file.settings) {
         io.say(file.problem);
         return kFileRefused;
     }
-    io.say(QStringLiteral("%1 holds the settings of %2, saved %3.")
-               .arg(path, unitDescription(file.settings->identity),
-                    QString::fromStdString(file.settings->saved)));
+    settings = std::move(*file.settings);
+    io.say(
+        QStringLiteral("%1 holds the settings of %2, saved %3.")
+            .arg(path, unitDescription(settings.identity), QString::fromStdString(settings.saved)));
+    return kDone;
+}
 
+int restoreUnitCommand(HeadlessLine& line, Byte address, const UnitSettings& file,
+                       const RestoreOptions& options, const CommandIo& io) {
     AddressScope talkingTo(line.state(), address);
     UnitLine unit(line.state(), line.link(), line.tap());
     const Progress progress = linesOfProgress(io);
@@ -106,16 +117,15 @@ int restoreUnitCommand(HeadlessLine& line, Byte address, const QString& path,
         io.say(read.problem);
         return kUnitFailed;
     }
-    const QString refusal = restoreRefusal(*file.settings, *read.settings);
+    const QString refusal = restoreRefusal(file, *read.settings);
     if (!refusal.isEmpty()) {
         io.say(refusal);
         return kFileRefused;
     }
-    const RestorePlan plan = planRestore(*file.settings, *read.settings, options.factoryOpen);
+    const RestorePlan plan = planRestore(file, *read.settings, options.factoryOpen);
     if (!plan.rows.empty()) {
-        io.say(QStringLiteral("%1 differs from the file in %2 values:")
-                   .arg(unitDescription(read.settings->identity))
-                   .arg(plan.rows.size()));
+        io.say(QStringLiteral("%1 differs from the file in %2:")
+                   .arg(unitDescription(read.settings->identity), values(plan.rows.size())));
         sayDifferences(io, plan.rows);
     }
     if (plan.writes() == 0) {

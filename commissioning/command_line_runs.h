@@ -12,6 +12,7 @@
 #include <functional>
 
 #include "commissioning/headless_line.h"
+#include "commissioning/unit_settings.h"
 
 namespace halvex::commissioning {
 
@@ -32,9 +33,12 @@ struct RestoreOptions {
 // Reads the unit at `address` on the open line into `path`.
 int saveUnitCommand(HeadlessLine& line, Byte address, const QString& path, const CommandIo& io);
 
-// Restores `path` onto the unit at `address`. The file is read and checked
-// before anything is sent.
-int restoreUnitCommand(HeadlessLine& line, Byte address, const QString& path,
+// Reads and checks the settings file `path` before the port is even opened;
+// kDone when it may be restored.
+int checkSettingsFile(const QString& path, UnitSettings& settings, const CommandIo& io);
+
+// Restores settings read by checkSettingsFile onto the unit at `address`.
+int restoreUnitCommand(HeadlessLine& line, Byte address, const UnitSettings& file,
                        const RestoreOptions& options, const CommandIo& io);
 
 }  // namespace halvex::commissioning

@@ -18,6 +18,20 @@ constexpr int kLongestDwell = 127;
 
 // ---- writing --------------------------------------------------------------
 
+// What a reader of the file needs to know about a section's values.
+const char* sectionNote(const std::string& section) {
+    static const std::map<std::string, const char*> notes = {
+        {"housekeeping", "comm-timeout in seconds (0 = off)"},
+        {"factory", "written back only while the factory area is open"},
+        {"soft-limits", "set where the platform stands: a restore drives there"},
+        {"cameras", "baud in kilobaud (Dis = line off); response time-outs in steps of 8 ms"},
+        {"display", "lines 0..11"},
+        {"reference", "kept for reference: a restore never writes these"},
+    };
+    const auto found = notes.find(section);
+    return found == notes.end() ? nullptr : found->second;
+}
+
 void writeGroups(std::ostringstream& out, const UnitSettings& settings, bool reference) {
     std::string section;
     for (const GroupSpec& group : settingGroups()) {
@@ -28,8 +42,8 @@ void writeGroups(std::ostringstream& out, const UnitSettings& settings, bool ref
         if (group.section != section) {
             section = group.section;
             out << "\n[" << section << "]\n";
-            if (reference) {
-                out << "# Kept for reference: a restore never writes these.\n";
+            if (const char* note = sectionNote(section)) {
+                out << "# " << note << '\n';
             }
         }
         const std::vector<std::int32_t> values = settings.groupValues(group);
