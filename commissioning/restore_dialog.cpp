@@ -2,6 +2,7 @@
 
 #include <QHBoxLayout>
 #include <QHeaderView>
+#include <QScreen>
 #include <QStyle>
 #include <QVBoxLayout>
 #include <algorithm>
@@ -94,7 +95,12 @@ RestoreDialog::RestoreDialog(const QString& fileName, const RestorePlan& plan, Q
     layout->addLayout(buttons);
     connect(RestoreOkBut, &QPushButton::clicked, this, &QDialog::accept);
     connect(RestoreCancelBut, &QPushButton::clicked, this, &QDialog::reject);
-    resize(fontMetrics().averageCharWidth() * 110, fontMetrics().height() * 30);
+    // Wide enough for the values side by side, but never past a small screen.
+    QSize wanted(fontMetrics().averageCharWidth() * 110, fontMetrics().height() * 30);
+    if (const QScreen* shown = parent != nullptr ? parent->screen() : screen()) {
+        wanted = wanted.boundedTo(shown->availableGeometry().size() * 0.9);
+    }
+    resize(wanted);
     RestoreCancelBut->setFocus();
 }
 

@@ -115,7 +115,7 @@ bool readAngles(UnitLine& line, UnitSettings& settings) {
     return true;
 }
 
-UnitRead readUnit(UnitLine& line, const Progress& progress) {
+UnitRead readUnit(UnitLine& line, const Progress& progress, const QString& doing) {
     UnitRead result;
     UnitSettings settings;
     std::vector<const GroupSpec*> groups;
@@ -138,9 +138,10 @@ UnitRead readUnit(UnitLine& line, const Progress& progress) {
             result.cancelled = true;
             return result;
         }
-        progress.show(QString::fromStdString(group->title), done++, total);
+        const QString what = QString::fromStdString(group->title).toLower();
+        progress.show(QStringLiteral("%1 %2").arg(doing, what), done++, total);
         if (!readGroup(line, *group, settings)) {
-            result.problem = noReply(QString::fromStdString(group->title).toLower());
+            result.problem = noReply(what);
             return result;
         }
     }
@@ -149,7 +150,7 @@ UnitRead readUnit(UnitLine& line, const Progress& progress) {
             result.cancelled = true;
             return result;
         }
-        progress.show(QStringLiteral("Preset %1").arg(n), done++, total);
+        progress.show(QStringLiteral("%1 preset %2").arg(doing).arg(n), done++, total);
         const auto preset = readPreset(line, n);
         if (!preset) {
             result.problem = noReply(QStringLiteral("preset %1").arg(n));
@@ -162,7 +163,7 @@ UnitRead readUnit(UnitLine& line, const Progress& progress) {
             result.cancelled = true;
             return result;
         }
-        progress.show(QStringLiteral("Tour %1").arg(t + 1), done++, total);
+        progress.show(QStringLiteral("%1 tour %2").arg(doing).arg(t + 1), done++, total);
         result.problem = readTour(line, t, settings.tours[static_cast<std::size_t>(t)]);
         if (!result.problem.isEmpty()) {
             return result;

@@ -25,7 +25,9 @@ std::optional<UnitIdentity> readIdentity(UnitLine& line);
 // setting of the table that its controller type has, the soft limits,
 // presets and tours. The tours are read last to first, so that a console's
 // tour page, which follows the replies, ends on the first tour.
-UnitRead readUnit(UnitLine& line, const Progress& progress);
+// Each step is reported as `doing` and what it reads ("Reading presets").
+UnitRead readUnit(UnitLine& line, const Progress& progress,
+                  const QString& doing = QStringLiteral("Reading"));
 
 // Just the soft limits and presets (after the offsets changed, they read
 // differently), into `settings`. False when the unit stopped answering.

@@ -239,11 +239,7 @@ class Restorer {
     }
 
     void readBack() {
-        Progress reading = progress_;
-        reading.report = [this](const QString& what, int done, int total) {
-            progress_.show(QStringLiteral("Reading back: %1").arg(what), done, total);
-        };
-        const UnitRead after = readUnit(line_, reading);
+        const UnitRead after = readUnit(line_, progress_, QStringLiteral("Reading back"));
         if (!after.settings) {
             result_.cancelled = after.cancelled;
             result_.problem = after.problem;

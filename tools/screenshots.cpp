@@ -22,6 +22,7 @@
 #include "connection/port_selection.h"
 #include "protocol/in_process_port.h"
 #include "sim/unit.h"
+#include "tools/commissioning_screenshots.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/clickable.h"
 #include "views/widgets/led_display.h"
@@ -185,5 +186,6 @@ int main(int argc, char* argv[]) {
     } else {
         ok = false;
     }
+    ok = saveCommissioningDialogs(window, unit, out) && ok;
     return ok ? 0 : 1;
 }
