@@ -1,5 +1,7 @@
 #include "commissioning/unit_line.h"
 
+#include <algorithm>
+
 #include "protocol/senders.h"
 #include "protocol/wait.h"
 
@@ -7,11 +9,26 @@ namespace halvex::commissioning {
 
 ReplyTap::ReplyTap(FormState& state, Receiver& receiver) {
     receiver.addReplyWatcher([seen = seen_, &state](const std::vector<Byte>& reply) {
-        seen->last = reply;
+        seen->last.push_back(reply);
+        if (seen->last.size() > kKept) {
+            seen->last.pop_front();
+        }
         ++seen->count;
         // Wakes a wait for it.
         state.notifyChanged();
     });
+}
+
+std::optional<std::vector<Byte>> ReplyTap::firstSince(std::uint64_t seen, const Fits& fits) const {
+    const std::uint64_t kept = seen_->last.size();
+    const std::uint64_t oldest = seen_->count - kept;
+    for (std::uint64_t number = std::max(seen, oldest); number < seen_->count; ++number) {
+        const std::vector<Byte>& reply = seen_->last[number - oldest];
+        if (fits(reply)) {
+            return reply;
+        }
+    }
+    return std::nullopt;
 }
 
 UnitLine::UnitLine(FormState& state, Link& link, const ReplyTap& tap, int watchdogMs)
@@ -35,12 +52,19 @@ std::optional<std::vector<Byte>> UnitLine::ask(const std::vector<Byte>& message,
         if (!wentOut(frame)) {
             continue;
         }
+        const auto answers = [&](const std::vector<Byte>& reply) {
+            return !reply.empty() && reply.front() == message.front() && (!fits || fits(reply));
+        };
+        std::optional<std::vector<Byte>> reply;
         waitUntil(
-            state_, [&] { return tap_.count() != seen || frame->unanswered || !link_.portOpen(); },
+            state_,
+            [&] {
+                reply = tap_.firstSince(seen, answers);
+                return reply || frame->unanswered || !link_.portOpen();
+            },
             link_.Timer4().interval() + kReplyGraceMs);
-        const std::vector<Byte>& reply = tap_.last();
-        if (tap_.count() != seen && !reply.empty() && reply.front() == message.front() &&
-            (!fits || fits(reply))) {
+        reply = tap_.firstSince(seen, answers);
+        if (reply) {
             return reply;
         }
     }

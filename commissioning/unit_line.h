@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -13,20 +14,27 @@
 
 namespace halvex::commissioning {
 
-// Keeps the last good reply the receive path saw, and counts them. Made once
-// for a receiver and kept as long as it is.
+// Keeps the last good replies the receive path saw, numbered. Made once for
+// a receiver and kept as long as it is. More than the last one is kept: a
+// page that follows a reply may ask the unit something of its own (a
+// cleared tour is loaded again) before the asker has looked.
 class ReplyTap {
   public:
+    static constexpr std::size_t kKept = 64;
+    using Fits = std::function<bool(const std::vector<Byte>& reply)>;
+
     ReplyTap(FormState& state, Receiver& receiver);
 
+    // Replies seen so far.
     std::uint64_t count() const { return seen_->count; }
-    // Code at [0], then the payload.
-    const std::vector<Byte>& last() const { return seen_->last; }
+    // The first reply after the first `seen` that `fits`; code at [0], then
+    // the payload.
+    std::optional<std::vector<Byte>> firstSince(std::uint64_t seen, const Fits& fits) const;
 
   private:
     struct Seen {
         std::uint64_t count = 0;
-        std::vector<Byte> last;
+        std::deque<std::vector<Byte>> last;  // the last kKept, oldest first
     };
     std::shared_ptr<Seen> seen_ = std::make_shared<Seen>();
 };

@@ -12,54 +12,18 @@
 #include "commissioning/unit_restore.h"
 #include "protocol/qt_serial_port.h"
 #include "sim/state_file.h"
+#include "tests/commissioning/commissioning_rig.h"
 #include "tests/support/pty_pair.h"
 #include "tests/support/sim_process.h"
 
 using namespace halvex;
 using namespace halvex::commissioning;
+using halvex::testing::distinctUnit;
 
 namespace {
 
 // Faster than a real line allows: halvex-sim answers at once.
 constexpr int kTickMs = 10;
-
-// A unit set up unlike a new one in every setting the console restores.
-sim::StoredState distinctUnit(Byte id) {
-    sim::StoredState state;
-    sim::Settings& s = state.settings;
-    s.unitId = id;
-    s.panRates = {30, 200, 50};
-    s.tiltRates = {25, 180, 40};
-    s.panTop = 250;
-    s.tiltTop = 250;
-    s.panJogTop = 70;
-    s.tiltJogTop = 65;
-    s.panMin = 20;
-    s.panMax = 20000;
-    s.tiltMin = 25;
-    s.tiltMax = 15000;
-    s.directions = 0x21;
-    s.panEncoder = 1234;
-    s.tiltEncoder = 2345;
-    s.commTimeoutSeconds = 30;
-    s.heater = 2;
-    s.softLimits = {6000, -4500, 3000, -2000};
-    s.panOffset = 1000;
-    s.tiltOffset = -500;
-    s.lensConfig = {0x4A, 0x58};
-    s.zoomMinSpeed = {20, 30};
-    s.focusMinSpeed = {40, 50};
-    s.cameraComm = {0x2B, 0x41};
-    s.cameraTimeout = {25, 60};
-    s.aux = 0x05;
-    state.powerUp = {0x0D, 0x04, 0x33, 0x15};
-    state.presets.at(2) = {1500, -700, {100, 120, 90, 80}};
-    state.presets.at(7) = {-3000, 1000, {}};
-    state.tours.append(0, {2 | 0x40, 10 | 0x80});
-    state.tours.append(0, {7, 3});
-    state.tours.append(2, {31, 0});
-    return state;
-}
 
 QStringList linesOf(const QString& path) {
     QFile file(path);
@@ -141,7 +105,7 @@ TEST(CommissioningEndToEnd, ClonesOneUnitOntoAnotherThroughTheirLines) {
     EXPECT_EQ(differing[0], QStringLiteral("address = 3 | address = 5"));
     EXPECT_TRUE(differing[1].startsWith(QStringLiteral("saved = ")));
     // What was cloned is what unit A was set up with.
-    EXPECT_TRUE(a.contains(QStringLiteral("2 = 25.00 -12.00 100 120 90 80")));
+    EXPECT_TRUE(a.contains(QStringLiteral("2 = 25.00 -12.00 128 120 90 128")));
     EXPECT_TRUE(a.contains(QStringLiteral("1 = 2/1/10/yes 7/0/3/no")));
     EXPECT_TRUE(a.contains(QStringLiteral("cw = 70.00")));
 }
