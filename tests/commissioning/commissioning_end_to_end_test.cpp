@@ -23,7 +23,7 @@ using halvex::testing::distinctUnit;
 namespace {
 
 // Faster than a real line allows: halvex-sim answers at once.
-constexpr int kTickMs = 10;
+constexpr int kTickMs = 5;
 
 QStringList linesOf(const QString& path) {
     QFile file(path);

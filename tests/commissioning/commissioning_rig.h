@@ -42,7 +42,12 @@ inline bool isRead(const Message_& m) {
 // The console with its commissioning menu answering through the test: files
 // chosen, the confirmation answered, a short wait for each address searched.
 struct CommissioningRig : ConsoleRig {
-    explicit CommissioningRig(const sim::UnitOptions& options = {}) : ConsoleRig(options) {
+    // A save or restore is a long run of request and reply: the unit in
+    // the same process keeps up with a frame every few milliseconds.
+    static constexpr int kCommissioningTickMs = 3;
+
+    explicit CommissioningRig(const sim::UnitOptions& options = {})
+        : ConsoleRig(options, kCommissioningTickMs) {
         menu = window->findChild<CommissioningMenu*>(QStringLiteral("CommissioningMenu"));
         menu->setFileChooser([this](bool, const QString&) { return file; });
         menu->setConfirmer([this](RestoreDialog& dialog) {
