@@ -20,7 +20,7 @@ namespace halvex::commissioning {
 // cleared tour is loaded again) before the asker has looked.
 class ReplyTap {
   public:
-    static constexpr std::size_t kKept = 64;
+    static constexpr std::size_t kKept = 256;
     using Fits = std::function<bool(const std::vector<Byte>& reply)>;
 
     ReplyTap(FormState& state, Receiver& receiver);
