@@ -21,7 +21,7 @@ enum class Style {
     Choice,   // one of the field's texts, by value
 };
 
-struct FieldSpec {
+struct SettingField {
     std::string name;  // "pan-ramp"
     int byte = 1;      // byte of the reply that holds it (0 is the code)
     // 1..8: that many bits of the byte from `shift` up; 16: a word, low
@@ -48,7 +48,7 @@ struct ReplyCheck {
     Byte value = 0;
 };
 
-struct GroupSpec {
+struct SettingGroup {
     std::string section;  // the [section] of the settings file
     std::string title;    // how the console names it to the operator
     Kind kind = Kind::Command;
@@ -68,7 +68,7 @@ struct GroupSpec {
     unsigned types = 0xF;
     // For Kind::SoftLimit: the limit's index in the 0x81 command.
     int limitIndex = -1;
-    std::vector<FieldSpec> fields;
+    std::vector<SettingField> fields;
 };
 
 constexpr int kControllerTypes = 4;
@@ -76,23 +76,23 @@ constexpr int kTours = 3;
 constexpr int kMostTourSteps = 63;
 
 // The settings in the order they are read, written and listed in the file.
-const std::vector<GroupSpec>& settingGroups();
+const std::vector<SettingGroup>& settingGroups();
 
-bool appliesTo(const GroupSpec& group, int controllerType);
+bool appliesTo(const SettingGroup& group, int controllerType);
 
 // "speeds/pan-ramp": how a value is keyed in memory and named in messages.
-std::string settingKey(const GroupSpec& group, const FieldSpec& field);
+std::string settingKey(const SettingGroup& group, const SettingField& field);
 
 // The field's value in a reply (code at [0]); the reply is long enough.
-std::int32_t readField(const FieldSpec& field, const std::vector<Byte>& reply);
+std::int32_t readField(const SettingField& field, const std::vector<Byte>& reply);
 // Puts the value into a message at the field's byte + shift.
-void putField(const FieldSpec& field, std::int32_t value, std::vector<Byte>& message, int shift);
+void putField(const SettingField& field, std::int32_t value, std::vector<Byte>& message, int shift);
 
 // True when the reply answers this group's request.
-bool replyFits(const GroupSpec& group, const std::vector<Byte>& reply);
+bool replyFits(const SettingGroup& group, const std::vector<Byte>& reply);
 
 // The command that gives the unit these values (one per field, in order).
-std::vector<Byte> writeMessage(const GroupSpec& group, const std::vector<std::int32_t>& values);
+std::vector<Byte> writeMessage(const SettingGroup& group, const std::vector<std::int32_t>& values);
 
 // Range of a stored angle in hundredths: the unit's travel plus the largest
 // offset it takes, so every position it can report fits.

@@ -34,7 +34,7 @@ const char* sectionNote(const std::string& section) {
 
 void writeGroups(std::ostringstream& out, const UnitSettings& settings, bool reference) {
     std::string section;
-    for (const GroupSpec& group : settingGroups()) {
+    for (const SettingGroup& group : settingGroups()) {
         if ((group.kind == Kind::Reference) != reference ||
             !appliesTo(group, settings.identity.controllerType)) {
             continue;
@@ -253,7 +253,7 @@ class Lines {
 
     static std::set<std::string> knownSections() {
         std::set<std::string> names{"unit", "presets", "tours"};
-        for (const GroupSpec& group : settingGroups()) {
+        for (const SettingGroup& group : settingGroups()) {
             names.insert(group.section);
         }
         return names;
@@ -265,7 +265,7 @@ class Lines {
 // `text` is the value as the file gives it; `value` what it reads as.
 std::int32_t inRange(const Entry& entry, const std::string& label, std::string_view text,
                      std::optional<std::int32_t> value, std::int32_t minimum, std::int32_t maximum,
-                     const FieldSpec* shown = nullptr) {
+                     const SettingField* shown = nullptr) {
     if (!value) {
         refuse(lineText(entry.line) + label + " '" + std::string(text) + "' is not a valid value");
     }
@@ -279,7 +279,7 @@ std::int32_t inRange(const Entry& entry, const std::string& label, std::string_v
     return *value;
 }
 
-std::int32_t fieldValue(const Entry& entry, const std::string& label, const FieldSpec& field) {
+std::int32_t fieldValue(const Entry& entry, const std::string& label, const SettingField& field) {
     std::optional<std::int32_t> value;
     switch (field.style) {
         case Style::Number:
@@ -355,11 +355,11 @@ void readIdentity(Lines& lines, UnitSettings& settings) {
 }
 
 void readGroups(Lines& lines, UnitSettings& settings) {
-    for (const GroupSpec& group : settingGroups()) {
+    for (const SettingGroup& group : settingGroups()) {
         if (!appliesTo(group, settings.identity.controllerType)) {
             continue;
         }
-        for (const FieldSpec& field : group.fields) {
+        for (const SettingField& field : group.fields) {
             const std::string label = settingKey(group, field);
             settings.values[label] =
                 fieldValue(lines.take(group.section, field.name), label, field);
@@ -423,9 +423,9 @@ void readTours(Lines& lines, UnitSettings& settings) {
 std::set<std::string> expectedKeys(int controllerType) {
     std::set<std::string> keys{"unit/address", "unit/controller-type", "unit/firmware",
                                "unit/clock-date", "unit/saved"};
-    for (const GroupSpec& group : settingGroups()) {
+    for (const SettingGroup& group : settingGroups()) {
         if (appliesTo(group, controllerType)) {
-            for (const FieldSpec& field : group.fields) {
+            for (const SettingField& field : group.fields) {
                 keys.insert(settingKey(group, field));
             }
         }

@@ -66,14 +66,14 @@ QString readTour(UnitLine& line, int tour, std::vector<TourStep>& steps) {
     return {};
 }
 
-bool readGroup(UnitLine& line, const GroupSpec& group, UnitSettings& settings) {
+bool readGroup(UnitLine& line, const SettingGroup& group, UnitSettings& settings) {
     const auto reply = line.ask(
         group.request, [&group](const std::vector<Byte>& r) { return replyFits(group, r); });
     if (!reply) {
         return false;
     }
     std::vector<std::int32_t> values;
-    for (const FieldSpec& field : group.fields) {
+    for (const SettingField& field : group.fields) {
         values.push_back(readField(field, *reply));
     }
     settings.setGroupValues(group, values);
@@ -100,7 +100,7 @@ std::optional<UnitIdentity> readIdentity(UnitLine& line) {
 }
 
 bool readAngles(UnitLine& line, UnitSettings& settings) {
-    for (const GroupSpec& group : settingGroups()) {
+    for (const SettingGroup& group : settingGroups()) {
         if (group.kind == Kind::SoftLimit && !readGroup(line, group, settings)) {
             return false;
         }
@@ -118,14 +118,14 @@ bool readAngles(UnitLine& line, UnitSettings& settings) {
 UnitRead readUnit(UnitLine& line, const Progress& progress, const QString& doing) {
     UnitRead result;
     UnitSettings settings;
-    std::vector<const GroupSpec*> groups;
+    std::vector<const SettingGroup*> groups;
     const auto identity = readIdentity(line);
     if (!identity) {
         result.problem = noReply(QStringLiteral("its controller type and firmware revision"));
         return result;
     }
     settings.identity = *identity;
-    for (const GroupSpec& group : settingGroups()) {
+    for (const SettingGroup& group : settingGroups()) {
         if (appliesTo(group, identity->controllerType)) {
             groups.push_back(&group);
         }
@@ -133,7 +133,7 @@ UnitRead readUnit(UnitLine& line, const Progress& progress, const QString& doing
 
     const int total = static_cast<int>(groups.size()) + kPresets + kTours;
     int done = 0;
-    for (const GroupSpec* group : groups) {
+    for (const SettingGroup* group : groups) {
         if (progress.stopped()) {
             result.cancelled = true;
             return result;

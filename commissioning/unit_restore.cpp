@@ -74,7 +74,7 @@ class Restorer {
           progress_(progress),
           current_(plan.unit),
           movesAllowed_(plan.moves()) {
-        std::vector<const GroupSpec*> groups;
+        std::vector<const SettingGroup*> groups;
         for (const Difference& row : plan.rows) {
             if (!written(row)) {
                 continue;
@@ -111,14 +111,14 @@ class Restorer {
         return false;
     }
 
-    bool differs(const GroupSpec& group) const {
+    bool differs(const SettingGroup& group) const {
         return std::any_of(plan_.rows.begin(), plan_.rows.end(), [&group](const Difference& row) {
             return row.group == &group && written(row);
         });
     }
 
     bool writeTable() {
-        for (const GroupSpec& group : settingGroups()) {
+        for (const SettingGroup& group : settingGroups()) {
             if (group.kind != Kind::Command || !differs(group)) {
                 continue;
             }
@@ -152,7 +152,7 @@ class Restorer {
     }
 
     bool writeSoftLimits(PlatformMover& mover) {
-        for (const GroupSpec& group : settingGroups()) {
+        for (const SettingGroup& group : settingGroups()) {
             if (group.kind != Kind::SoftLimit) {
                 continue;
             }

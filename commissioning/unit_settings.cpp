@@ -29,16 +29,16 @@ std::string stepsOrNone(const std::vector<TourStep>& steps) {
 
 }  // namespace
 
-std::vector<std::int32_t> UnitSettings::groupValues(const GroupSpec& group) const {
+std::vector<std::int32_t> UnitSettings::groupValues(const SettingGroup& group) const {
     std::vector<std::int32_t> result;
-    for (const FieldSpec& field : group.fields) {
+    for (const SettingField& field : group.fields) {
         const auto found = values.find(settingKey(group, field));
         result.push_back(found == values.end() ? 0 : found->second);
     }
     return result;
 }
 
-void UnitSettings::setGroupValues(const GroupSpec& group,
+void UnitSettings::setGroupValues(const SettingGroup& group,
                                   const std::vector<std::int32_t>& fieldValues) {
     for (std::size_t i = 0; i < group.fields.size(); ++i) {
         values[settingKey(group, group.fields[i])] = fieldValues.at(i);
@@ -54,7 +54,7 @@ std::string degreesText(std::int32_t hundredths) {
     return text;
 }
 
-std::string fieldText(const FieldSpec& field, std::int32_t value) {
+std::string fieldText(const SettingField& field, std::int32_t value) {
     switch (field.style) {
         case Style::Degrees:
             return degreesText(value);
@@ -122,7 +122,7 @@ std::vector<Difference> differences(const UnitSettings& file, const UnitSettings
                                    "for reference only"));
     }
 
-    for (const GroupSpec& group : settingGroups()) {
+    for (const SettingGroup& group : settingGroups()) {
         if (!appliesTo(group, fileId.controllerType)) {
             continue;
         }
@@ -132,7 +132,7 @@ std::vector<Difference> differences(const UnitSettings& file, const UnitSettings
             if (wanted[i] == found[i]) {
                 continue;
             }
-            const FieldSpec& field = group.fields[i];
+            const SettingField& field = group.fields[i];
             Difference row;
             row.label = settingKey(group, field);
             row.inFile = fieldText(field, wanted[i]);

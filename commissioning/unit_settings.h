@@ -58,8 +58,8 @@ struct UnitSettings {
     bool operator==(const UnitSettings&) const = default;
 
     // The group's values in field order; a missing one reads as 0.
-    std::vector<std::int32_t> groupValues(const GroupSpec& group) const;
-    void setGroupValues(const GroupSpec& group, const std::vector<std::int32_t>& values);
+    std::vector<std::int32_t> groupValues(const SettingGroup& group) const;
+    void setGroupValues(const SettingGroup& group, const std::vector<std::int32_t>& values);
 };
 
 // One row of the side-by-side view: a setting whose value in the file is not
@@ -71,8 +71,8 @@ struct Difference {
     std::string label;   // "speeds/pan-ramp", "presets/3", "tours/1", "unit/address"
     std::string inFile;  // as the settings file spells it
     std::string inUnit;
-    const GroupSpec* group = nullptr;  // for Item::Setting
-    int index = -1;                    // preset number, or tour 0..2
+    const SettingGroup* group = nullptr;  // for Item::Setting
+    int index = -1;                       // preset number, or tour 0..2
     // Restore writes it; when not, `note` says why.
     bool written = true;
     std::string note;
@@ -84,7 +84,7 @@ std::vector<Difference> differences(const UnitSettings& file, const UnitSettings
                                     bool factoryOpen);
 
 // How a value, a preset and a tour are spelled in the file and the views.
-std::string fieldText(const FieldSpec& field, std::int32_t value);
+std::string fieldText(const SettingField& field, std::int32_t value);
 std::string presetText(const StoredPreset& preset);
 std::string tourText(const std::vector<TourStep>& steps);
 std::string degreesText(std::int32_t hundredths);

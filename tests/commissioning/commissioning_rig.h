@@ -29,7 +29,7 @@ inline bool isJog(const Message_& message) {
 
 // Questions a save or restore asks; everything else it sends is a write.
 inline bool isRead(const Message_& m) {
-    for (const GroupSpec& group : settingGroups()) {
+    for (const SettingGroup& group : settingGroups()) {
         if (m == group.request) {
             return true;
         }

@@ -212,9 +212,9 @@ TEST(SettingsRanges, AreThoseOfThePagesControls) {
         {"display/angle-line", "AngLineScroll"},
         {"display/name-line", "NumLineScroll"},
     };
-    std::map<std::string, const FieldSpec*> fields;
-    for (const GroupSpec& group : settingGroups()) {
-        for (const FieldSpec& field : group.fields) {
+    std::map<std::string, const SettingField*> fields;
+    for (const SettingGroup& group : settingGroups()) {
+        for (const SettingField& field : group.fields) {
             fields[settingKey(group, field)] = &field;
         }
     }

@@ -16,7 +16,7 @@ UnitSettings sample(int controllerType = 0) {
     UnitSettings settings;
     settings.identity = {7, controllerType, 2, 10, 2026, 11, 25};
     settings.saved = "2026-11-25 14:37:05";
-    for (const GroupSpec& group : settingGroups()) {
+    for (const SettingGroup& group : settingGroups()) {
         if (!appliesTo(group, controllerType)) {
             continue;
         }
