@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QAbstractButton>
 #include <QLineEdit>
 #include <QTimer>
 #include <algorithm>
@@ -243,6 +244,7 @@ TEST(RestoreUnit, EveryValueOfTheFileReachesANewUnit) {
     rig.find<QLineEdit>(QStringLiteral("PassText"))->setText(QStringLiteral("7214"));
     rig.click(QStringLiteral("PassEntBut"));
 
+    rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
     const sim::UnitState& unit = rig.unit.state();
@@ -251,4 +253,25 @@ TEST(RestoreUnit, EveryValueOfTheFileReachesANewUnit) {
     EXPECT_EQ(unit.powerUp, source.powerUp);
     EXPECT_EQ(unit.presets, source.presets);
     EXPECT_EQ(unit.tours, source.tours);
+
+    // Each setting went out in the frame the page's own Set button sends for
+    // the values the pages now show (the read-back filled them).
+    std::map<int, Message_> restored;
+    for (const Message_& write : rig.writes()) {
+        restored[write[0] << 8 | (write[0] == 0x9C ? write[1] : 0)] = write;
+    }
+    const std::pair<const char*, int> buttons[] = {
+        {"SetRateBut", 0x9200},   {"SetCMaxBut", 0x9C00},  {"SetIMaxBut", 0x9C40},
+        {"SetPStepBut", 0xA100},  {"SetTStepBut", 0xA200}, {"SetTOBut", 0x9600},
+        {"SetRevBut", 0x9500},    {"SetEncBut", 0xA500},   {"SetCorBut", 0x8000},
+        {"SetLensBut", 0x6100},   {"SetCamBut", 0x6000},   {"SetCamTOBut", 0x6500},
+        {"StoreInitBut", 0x6400}, {"AngStorBut", 0x7000},  {"NameStoreBut", 0x7100},
+    };
+    for (const auto& [button, key] : buttons) {
+        ASSERT_EQ(restored.count(key), 1u) << button;
+        rig.line.clear();
+        rig.find<QAbstractButton>(QLatin1String(button))->click();
+        ASSERT_TRUE(rig.waitFor([&] { return !rig.line.messages(false).empty(); })) << button;
+        EXPECT_EQ(rig.line.messages(false).front(), restored[key]) << button;
+    }
 }
