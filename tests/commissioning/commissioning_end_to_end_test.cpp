@@ -128,12 +128,13 @@ TEST(CommissioningEndToEnd, FindsTheUnitAtAddressSevenOnItsLine) {
 // it opens the line.
 TEST(CommissioningCommandLine, SavesWithoutADisplayAndRefusesBadFilesWithNothingOnTheWire) {
     QTemporaryDir folder;
-    SimProcess unit;
+    SimProcess unit({QStringLiteral("--id"), QStringLiteral("7")});
     ASSERT_TRUE(unit.device().startsWith(QStringLiteral("/dev/")));
-    const HalvexRun save = runHalvex(unit.device(), folder.path(),
-                                     {QStringLiteral("--save-unit"), QStringLiteral("u.txt")});
+    const HalvexRun save = runHalvex(
+        unit.device(), folder.path(),
+        {QStringLiteral("--save-unit"), QStringLiteral("u.txt"), QStringLiteral("--address=7")});
     ASSERT_EQ(save.exitCode, 0) << save.errors.toStdString();
-    EXPECT_TRUE(save.errors.contains(QStringLiteral("halvex: Saved the settings of unit 0 ")));
+    EXPECT_TRUE(save.errors.contains(QStringLiteral("halvex: Saved the settings of unit 7 ")));
     EXPECT_TRUE(save.errors.contains(QStringLiteral("halvex: [1/")));
     QFile saved(QDir(folder.path()).filePath(QStringLiteral("u.txt")));
     ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
@@ -142,6 +143,35 @@ TEST(CommissioningCommandLine, SavesWithoutADisplayAndRefusesBadFilesWithNothing
 
     halvex::testing::PtyPair line;
     ASSERT_TRUE(line.ok());
+    // Command lines that cannot mean what they say stop before the port.
+    const struct {
+        QStringList arguments;
+        int exitCode;
+        const char* says;
+    } refused[] = {
+        {{QStringLiteral("--yes")}, 2, "give either --save-unit FILE or --restore-unit FILE"},
+        {{QStringLiteral("--save-unit"), QStringLiteral("a"), QStringLiteral("--restore-unit"),
+          QStringLiteral("b")},
+         2,
+         "give either"},
+        {{QStringLiteral("--save-unit"), QStringLiteral("a"), QStringLiteral("--address"),
+          QStringLiteral("100")},
+         2,
+         "bad address '100' for --address: 0..99."},
+        {{QStringLiteral("--restore-unit"), QStringLiteral("u.txt"),
+          QStringLiteral("--factory-code"), QStringLiteral("1234")},
+         2,
+         "that is not the factory access code."},
+        {{QStringLiteral("--restore-unit"), QStringLiteral("none.txt")},
+         3,
+         "none.txt cannot be read"},
+    };
+    for (const auto& run : refused) {
+        const HalvexRun result = runHalvex(line.slavePath(), folder.path(), run.arguments);
+        EXPECT_EQ(result.exitCode, run.exitCode) << run.arguments.join(' ').toStdString();
+        EXPECT_TRUE(result.errors.contains(QLatin1String(run.says))) << result.errors.toStdString();
+    }
+    EXPECT_TRUE(line.readAvailable().empty());
     const struct {
         std::string text;
         const char* problem;
