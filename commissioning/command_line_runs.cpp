@@ -10,10 +10,6 @@ namespace halvex::commissioning {
 
 namespace {
 
-QString values(std::size_t count) {
-    return count == 1 ? QStringLiteral("1 value") : QStringLiteral("%1 values").arg(count);
-}
-
 Progress linesOfProgress(const CommandIo& io) {
     Progress progress;
     progress.report = [&io](const QString& step, int done, int total) {
@@ -125,7 +121,7 @@ int restoreUnitCommand(HeadlessLine& line, Byte address, const UnitSettings& fil
     const RestorePlan plan = planRestore(file, *read.settings, options.factoryOpen);
     if (!plan.rows.empty()) {
         io.say(QStringLiteral("%1 differs from the file in %2:")
-                   .arg(unitDescription(read.settings->identity), values(plan.rows.size())));
+                   .arg(unitDescription(read.settings->identity), valueCount(plan.rows.size())));
         sayDifferences(io, plan.rows);
     }
     if (plan.writes() == 0) {

@@ -3,6 +3,8 @@
 #include <QFileDialog>
 #include <QFileInfo>
 #include <QPointer>
+#include <algorithm>
+#include <iterator>
 
 #include "commissioning/find_units_dialog.h"
 #include "commissioning/progress_dialog.h"
@@ -188,9 +190,20 @@ void CommissioningMenu::RestoreUnit_Click() {
     }
     const QString fileName = QFileInfo(path).fileName();
     const RestorePlan plan = planRestore(*file.settings, *read.settings, hooks_.factoryOpen());
-    if (plan.rows.empty()) {
-        hooks_.showStatus(
-            QStringLiteral("The unit already holds every value of %1.").arg(fileName));
+    if (plan.writes() == 0) {
+        std::vector<Difference> factory;
+        std::copy_if(
+            plan.rows.begin(), plan.rows.end(), std::back_inserter(factory),
+            [](const Difference& row) { return row.group != nullptr && row.group->factory; });
+        if (factory.empty()) {
+            hooks_.showStatus(
+                QStringLiteral("The unit already holds every value of %1.").arg(fileName));
+        } else {
+            context_.messages.exclamation(
+                title, QStringLiteral("Nothing was written: only factory settings differ, and they "
+                                      "are written only while the factory area is open: %1.")
+                           .arg(rowList(factory)));
+        }
         return;
     }
     {

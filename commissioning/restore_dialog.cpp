@@ -29,15 +29,16 @@ RestoreDialog::RestoreDialog(const QString& fileName, const RestorePlan& plan, Q
     setWindowTitle(QStringLiteral("Restore Unit Settings"));
     auto* layout = new QVBoxLayout(this);
 
+    const QString written = plan.writes() == static_cast<int>(plan.rows.size())
+                                ? QStringLiteral("all of them")
+                                : QStringLiteral("the %1 that can be written").arg(plan.writes());
     RestoreSummary = new QLabel(
         QStringLiteral("%1 holds the settings of %2, saved %3.\nThe unit at address %4 differs in "
-                       "%5 values; OK writes the %6 that can be written, then reads everything "
-                       "back.")
+                       "%5; OK writes %6, then reads everything back.")
             .arg(fileName, unitDescription(plan.file.identity),
                  QString::fromStdString(plan.file.saved))
             .arg(plan.unit.identity.address)
-            .arg(plan.rows.size())
-            .arg(plan.writes()),
+            .arg(valueCount(plan.rows.size()), written),
         this);
     RestoreSummary->setObjectName(QStringLiteral("RestoreSummary"));
     RestoreSummary->setWordWrap(true);

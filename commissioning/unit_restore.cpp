@@ -309,6 +309,10 @@ QString movesWarning() {
         "they were.");
 }
 
+QString valueCount(std::size_t count) {
+    return count == 1 ? QStringLiteral("1 value") : QStringLiteral("%1 values").arg(count);
+}
+
 QString rowList(const std::vector<Difference>& rows) {
     QStringList items;
     for (const Difference& row : rows) {

@@ -29,6 +29,9 @@ RestorePlan planRestore(const UnitSettings& file, const UnitSettings& unit, bool
 // What the operator is told before a restore that moves things.
 QString movesWarning();
 
+// "1 value", "12 values".
+QString valueCount(std::size_t count);
+
 // "speeds/pan-ramp (file 40, unit 30)", for the rows named after a restore.
 QString rowList(const std::vector<Difference>& rows);
 

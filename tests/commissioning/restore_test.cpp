@@ -69,20 +69,35 @@ TEST(RestoreUnit, FactorySettingsWaitForTheFactoryArea) {
     rig.trigger("MenuSaveUnit");
     rig.unit.state().settings.directions = 0x05;
     rig.unit.state().settings.panEncoder = 321;
+    rig.unit.state().settings.heater = 0;
 
     rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     ASSERT_EQ(rig.confirmations.size(), 1u);
     EXPECT_TRUE(rig.confirmations[0].contains(
         QStringLiteral("factory/pan-motor-reverse|no|yes|factory area closed")));
-    EXPECT_TRUE(rig.writes().empty());
+    EXPECT_TRUE(
+        rig.confirmations[0].contains(QStringLiteral("housekeeping/heater|share-power|disabled|")));
+    EXPECT_EQ(rig.writes(), (std::vector<Message_>{{0x97, 1}}));
+    const QString factoryRows = QStringLiteral(
+        "factory/pan-motor-reverse (file no, unit yes); "
+        "factory/pan-resolver-invert (file no, unit yes); "
+        "factory/pan-encoder (file 15, unit 321).");
     EXPECT_EQ(rig.lastMessage(),
               QStringLiteral("Restore Unit Settings: Restored, except the factory settings, which "
-                             "are written only while the factory area is open: "
-                             "factory/pan-motor-reverse (file no, unit yes); "
-                             "factory/pan-resolver-invert (file no, unit yes); "
-                             "factory/pan-encoder (file 15, unit 321)."));
+                             "are written only while the factory area is open: ") +
+                  factoryRows);
     EXPECT_EQ(rig.unit.state().settings.directions, 0x05);
+
+    // Only they differ now: nothing to confirm, nothing written.
+    rig.line.clear();
+    rig.trigger("MenuRestoreUnit");
+    EXPECT_EQ(rig.confirmations.size(), 1u);
+    EXPECT_TRUE(rig.writes().empty());
+    EXPECT_EQ(rig.lastMessage(),
+              QStringLiteral("Restore Unit Settings: Nothing was written: only factory settings "
+                             "differ, and they are written only while the factory area is open: ") +
+                  factoryRows);
 
     rig.find<QLineEdit>(QStringLiteral("PassText"))->setText(QStringLiteral("7214"));
     rig.click(QStringLiteral("PassEntBut"));
