@@ -72,8 +72,9 @@ template <typename Arrived>
 bool PlatformMover::follow(Arrived arrived) {
     QElapsedTimer elapsed;
     elapsed.start();
+    QElapsedTimer still;
+    still.start();
     std::optional<PositionReading> previous;
-    int still = 0;
     while (true) {
         if (progress_.stopped() || elapsed.elapsed() > kLongestMoveMs) {
             stop();
@@ -87,8 +88,9 @@ bool PlatformMover::follow(Arrived arrived) {
             moving_ = false;
             return true;
         }
-        still = previous == reading && !reading->moving() ? still + 1 : 0;
-        if (still >= kStillReports) {
+        if (previous != reading || reading->moving()) {
+            still.restart();
+        } else if (still.elapsed() > kStillMs) {
             moving_ = false;
             return false;
         }

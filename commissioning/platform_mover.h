@@ -30,9 +30,11 @@ std::optional<PositionReading> readingOf(const std::vector<Byte>& reply);
 // the mover's life ends.
 class PlatformMover {
   public:
-    // Unchanged reports, with nothing moving, after which a move counts as
-    // ended short of its target.
-    static constexpr int kStillReports = 5;
+    // How long reports may stay the same, with no axis moving, before a move
+    // counts as ended short of its target. A time, not a count of reports: a
+    // slow lens changes its reading only every few reports, and the report
+    // has no bit for a moving lens.
+    static constexpr int kStillMs = 2000;
     // Longest wait for one move.
     static constexpr int kLongestMoveMs = 180000;
     // The value that leaves an axis where it is.

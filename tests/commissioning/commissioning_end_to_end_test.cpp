@@ -115,7 +115,8 @@ TEST(CommissioningEndToEnd, FindsTheUnitAtAddressSevenOnItsLine) {
     ASSERT_TRUE(unit.device().startsWith(QStringLiteral("/dev/")));
     HeadlessLine line(new QtSerialPort, kTickMs);
     ASSERT_TRUE(line.open(unit.device(), 9600));
-    UnitLine asking(line.state(), line.link(), line.tap(), 40);
+    // Long enough for a loaded machine; the console waits 150 ms.
+    UnitLine asking(line.state(), line.link(), line.tap(), 100);
     const UnitSearch search = findUnits(asking, Progress{});
     ASSERT_EQ(search.found.size(), 1u);
     EXPECT_EQ(search.found[0].address, 7);

@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <QAbstractButton>
+#include <QElapsedTimer>
 #include <QLineEdit>
 #include <QTimer>
 #include <algorithm>
 
+#include "commissioning/platform_mover.h"
 #include "commissioning/progress_dialog.h"
 #include "tests/commissioning/commissioning_rig.h"
 
@@ -289,4 +291,25 @@ TEST(RestoreUnit, EveryValueOfTheFileReachesANewUnit) {
         ASSERT_TRUE(rig.waitFor([&] { return !rig.line.messages(false).empty(); })) << button;
         EXPECT_EQ(rig.line.messages(false).front(), restored[key]) << button;
     }
+}
+
+// A lens whose motor is off never gets there: the restore gives up on it
+// once the reports stand still, and names the preset.
+TEST(RestoreUnit, NamesAPresetWhoseLensCannotMove) {
+    CommissioningRig rig;
+    rig.unit.state().settings.lensConfig[1] = 0x08;  // camera 2: focus only
+    ASSERT_TRUE(rig.connect());
+    rig.trigger("MenuSaveUnit");
+    UnitSettings file = rig.saved();
+    file.presets[9] = {0, 0, {128, 128, 50, 128}};
+    rig.writeFile(writeSettingsText(file));
+
+    QElapsedTimer took;
+    took.start();
+    rig.trigger("MenuRestoreUnit");
+    EXPECT_GE(took.elapsed(), PlatformMover::kStillMs);
+    EXPECT_EQ(rig.lastMessage(),
+              QStringLiteral("Restore Unit Settings: The unit did not take 1 of the values: "
+                             "presets/9 (file 0.00 0.00 128 128 50 128, unit 0.00 0.00 0 0 0 0)."));
+    EXPECT_FALSE(rig.unit.state().presets.at(9).hasLens());
 }
