@@ -115,9 +115,15 @@ TEST(CommissioningEndToEnd, FindsTheUnitAtAddressSevenOnItsLine) {
     ASSERT_TRUE(unit.device().startsWith(QStringLiteral("/dev/")));
     HeadlessLine line(new QtSerialPort, kTickMs);
     ASSERT_TRUE(line.open(unit.device(), 9600));
-    // Long enough for a loaded machine; the console waits 150 ms.
-    UnitLine asking(line.state(), line.link(), line.tap(), 100);
-    const UnitSearch search = findUnits(asking, Progress{});
+    // The console's usual wait for a reply, which a loaded machine keeps to;
+    // the search stops once it has asked a few addresses past 7.
+    UnitLine asking(line.state(), line.link(), line.tap(), Link::kWatchdogMs);
+    int asked = 0;
+    Progress progress;
+    progress.report = [&asked](const QString&, int done, int) { asked = done + 1; };
+    progress.cancelled = [&asked] { return asked >= 9; };
+    const UnitSearch search = findUnits(asking, progress);
+    EXPECT_TRUE(search.cancelled);
     ASSERT_EQ(search.found.size(), 1u);
     EXPECT_EQ(search.found[0].address, 7);
     EXPECT_EQ(search.found[0].firmwareMinor, 10);
