@@ -21,11 +21,11 @@
 #include <string>
 #include <string_view>
 
+#include "commissioning/settings_lines.h"
 #include "commissioning/unit_settings.h"
 
 namespace halvex::commissioning {
 
-constexpr const char* kFormatLine = "halvex-unit-settings 1";
 constexpr std::size_t kMostBytes = 256 * 1024;
 
 std::string writeSettingsText(const UnitSettings& settings);
