@@ -65,6 +65,13 @@ TEST(SettingsFile, KeepsEveryValueOfEachControllerType) {
         EXPECT_EQ(text.find("legacy-video = ") != std::string::npos, type == 2);
         EXPECT_EQ(text.find("camera1-aux-1 = ") != std::string::npos, type != 1);
     }
+    // A unit whose clock was never set, at firmware 0.00, and at address 0.
+    UnitSettings fresh = sample();
+    fresh.identity = {0, 0, 0, 0, 2000, 0, 0};
+    const std::string freshText = writeSettingsText(fresh);
+    EXPECT_NE(freshText.find("\nclock-date = 2000-00-00\n"), std::string::npos);
+    EXPECT_NE(freshText.find("\nfirmware = 0.00\n"), std::string::npos);
+    EXPECT_EQ(readSettingsText(freshText).settings, fresh);
     // Spelled as the pages show them.
     const std::string text = writeSettingsText(sample());
     for (const char* line :
