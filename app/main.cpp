@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 
+#include "app/commissioning_command.h"
 #include "connection/connection_sequence.h"
 #include "console/data_folder.h"
 #include "console/messages.h"
@@ -80,6 +81,7 @@ class CommandLine {
         parser_.addOption(rotctldPort_);
         parser_.addOption(rotctldListen_);
         parser_.addOption(record_);
+        addCommissioningOptions(parser_);
     }
 
     // "--rotctld=PORT" is read as "--rotctld --rotctld-port PORT": the parser
@@ -244,6 +246,9 @@ int main(int argc, char* argv[]) {
     QApplication::setDesktopFileName(QStringLiteral(HALVEX_APP_ID));
     CommandLine commandLine;
     if (const auto status = commandLine.answerAtOnce(argc, argv)) {
+        return *status;
+    }
+    if (const auto status = runCommissioningCommand(argc, argv)) {
         return *status;
     }
     QApplication app(argc, argv);

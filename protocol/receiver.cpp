@@ -59,6 +59,10 @@ int Receiver::settleMs() const {
     return port_->characterTimeMs(kSettleCharacters, kSettleFloorMs) + port_->transportPauseMs();
 }
 
+void Receiver::addReplyWatcher(ReplyWatcher watcher) {
+    replyWatchers_.push_back(std::move(watcher));
+}
+
 void Receiver::onDataArrived() {
     guarded(state_, "SerPort1_OnComm", [this] { ReceiveFrame(); });
     // A reply cut off by a range fault (one running past RxBuffer) still
@@ -195,6 +199,15 @@ void Receiver::take(const ReplyScan& scan, const std::vector<Byte>& waiting) {
     state_.LinkFault = false;
     state_.setLamp(LinkLamp::Good);
     state_.LastResponseCode = state_.RxBuffer[0];
+    if (!replyWatchers_.empty()) {
+        // Code and payload, without the LRC and 0x03.
+        const std::size_t length = scan.body.size() >= 2 ? scan.body.size() - 2 : 0;
+        const std::vector<Byte> reply(scan.body.begin(),
+                                      scan.body.begin() + static_cast<std::ptrdiff_t>(length));
+        for (const auto& watcher : replyWatchers_) {
+            watcher(reply);
+        }
+    }
 
     const auto decoder = decoders_.find(state_.RxBuffer[0]);
     if (decoder != decoders_.end()) {

@@ -38,6 +38,11 @@ class Receiver : public QObject {
     void registerDecoder(Byte code, Decoder decoder);
     // Runs after every good reply, dispatched or not, in registration order.
     void addRefreshHook(std::function<void()> hook);
+    // Sees every good reply before its decoder runs: the code and payload,
+    // LRC and ETX left out. A decoder that stops on a range fault cannot
+    // hide a reply from it.
+    using ReplyWatcher = std::function<void(const std::vector<Byte>& reply)>;
+    void addReplyWatcher(ReplyWatcher watcher);
 
     // One data-arrived event.
     void ReceiveFrame();
@@ -85,6 +90,7 @@ class Receiver : public QObject {
     bool unfinished_ = false;
     int unfinishedBytes_ = 0;
     std::vector<Byte> wire_;
+    std::vector<ReplyWatcher> replyWatchers_;
     bool leftoversScheduled_ = false;
 };
 

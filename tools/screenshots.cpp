@@ -26,6 +26,7 @@
 #include "recorder/line_log_window.h"
 #include "recorder/line_recorder.h"
 #include "sim/unit.h"
+#include "tools/commissioning_screenshots.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/clickable.h"
 #include "views/widgets/led_display.h"
@@ -237,5 +238,6 @@ int main(int argc, char* argv[]) {
     } else {
         ok = false;
     }
+    ok = saveCommissioningDialogs(window, unit, out) && ok;
     return ok ? 0 : 1;
 }

@@ -21,6 +21,7 @@
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/lamp_pictures.h"
 #include "window/camera_features.h"
+#include "window/commissioning_wiring.h"
 #include "window/console_rotator.h"
 #include "window/data_watch.h"
 #include "window/network_control.h"
@@ -94,6 +95,7 @@ void VornixU::buildMenus() {
     portSelection_ = new PortSelection(portMenu, speedMenu, this);
 
     QMenu* unitMenu = menuBar()->addMenu(QStringLiteral("&Unit"));
+    unitMenu->setObjectName(QStringLiteral("UnitMenu"));
     reinitialize_ = unitMenu->addAction(QStringLiteral("&Reinitialize"));
     reinitialize_->setObjectName(QStringLiteral("MenuReinitialize"));
     reinitialize_->setEnabled(false);
@@ -216,6 +218,8 @@ void VornixU::installFeatures() {
     connect(connection_, &ConnectionSequence::finished, this,
             [this](bool online) { reinitialize_->setEnabled(online); });
     positionReport_->watchPageChanges();
+    installCommissioning(context_, menuBar()->findChild<QMenu*>(QStringLiteral("UnitMenu")),
+                         *portSelection_, *port_, *connection_);
 
     rotator_ = new ConsoleRotator(
         context_, *panTilt_, stopBut_, [this] { return portSelection_->comPort(); }, this);

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QAction>
+#include <QMenu>
+#include <QObject>
+#include <functional>
+
+#include "commissioning/unit_line.h"
+#include "console/console_context.h"
+
+namespace halvex::commissioning {
+
+class RestoreDialog;
+
+// What the window lends the commissioning menu.
+struct CommissioningHooks {
+    // The connection sequence is running: nothing else may use the line.
+    std::function<bool()> busy;
+    // Opens the chosen port for a search while offline; false after telling
+    // the operator why not. closeLine() closes it again.
+    std::function<bool()> openLine;
+    std::function<void()> closeLine;
+    // The factory area has been opened with its access code.
+    std::function<bool()> factoryOpen;
+    // Makes the console talk to this address ("Talk To ID", CurrIDScroll).
+    std::function<void(int)> talkTo;
+    // A line in the status bar.
+    std::function<void(const QString&)> showStatus;
+};
+
+// Unit > Find Units, Save Unit Settings and Restore Unit Settings.
+class CommissioningMenu : public QObject {
+    Q_OBJECT
+  public:
+    // Each address gets this long to answer a search.
+    static constexpr int kProbeWaitMs = 150;
+
+    CommissioningMenu(ConsoleContext& context, QMenu* unitMenu, CommissioningHooks hooks,
+                      QObject* parent = nullptr);
+
+    void FindUnits_Click();
+    void SaveUnit_Click();
+    void RestoreUnit_Click();
+
+    // Picks the file to save to (`save`) or restore from; empty for none.
+    using FileChooser = std::function<QString(bool save, const QString& suggested)>;
+    void setFileChooser(FileChooser chooser) { chooseFile_ = std::move(chooser); }
+    // Shows the restore confirmation; true for OK.
+    using Confirmer = std::function<bool(RestoreDialog& dialog)>;
+    void setConfirmer(Confirmer confirmer) { confirm_ = std::move(confirmer); }
+    void setProbeWaitMs(int ms) { probeWaitMs_ = ms; }
+
+  private:
+    bool online(const QString& title);
+    // The pages follow the replies a save or restore reads; the tour page
+    // needs its selected tour loaded again.
+    void refreshTourPage();
+
+    ConsoleContext& context_;
+    CommissioningHooks hooks_;
+    ReplyTap tap_;
+    FileChooser chooseFile_;
+    Confirmer confirm_;
+    int probeWaitMs_ = kProbeWaitMs;
+};
+
+}  // namespace halvex::commissioning

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+
+#include "commissioning/unit_line.h"
+
+namespace halvex::commissioning {
+
+// What a jog or move reply says of the platform: position (or target),
+// status byte C and the four lens positions.
+struct PositionReading {
+    std::int32_t pan = 0;
+    std::int32_t tilt = 0;
+    Byte statusC = 0;
+    std::array<Byte, 4> lens{};
+
+    // Bits 0..3 of status byte C: an axis is moving.
+    bool moving() const { return (statusC & 0x0F) != 0; }
+    bool operator==(const PositionReading&) const = default;
+};
+
+std::optional<PositionReading> readingOf(const std::vector<Byte>& reply);
+
+// Moves the platform and the lenses for the settings a unit takes only where
+// they stand (the soft limits, a preset's lens positions), following the
+// position reports to the end of each move. Moves run with the soft limits
+// overridden; the override goes, and anything still moving stops, however
+// the mover's life ends.
+class PlatformMover {
+  public:
+    // How long reports may stay the same, with no axis moving, before a move
+    // counts as ended short of its target. A time, not a count of reports: a
+    // slow lens changes its reading only every few reports, and the report
+    // has no bit for a moving lens.
+    static constexpr int kStillMs = 2000;
+    // Longest wait for one move.
+    static constexpr int kLongestMoveMs = 180000;
+    // The value that leaves an axis where it is.
+    static constexpr std::int32_t kHold = 99999;
+
+    PlatformMover(UnitLine& line, const Progress& progress);
+    ~PlatformMover();
+    PlatformMover(const PlatformMover&) = delete;
+    PlatformMover& operator=(const PlatformMover&) = delete;
+
+    // To reported angles (kHold leaves an axis alone); true once there.
+    bool moveTo(std::int32_t pan, std::int32_t tilt);
+    // The lenses to these positions; true once all four are there.
+    bool moveLensesTo(const std::array<Byte, 4>& lens);
+    // Back to where the platform and lenses stood before the first move.
+    bool returnToStart();
+
+  private:
+    bool begin();
+    std::optional<PositionReading> poll();
+    // Polls until `arrived`, the unit stops short, the operator cancels or
+    // time runs out.
+    template <typename Arrived>
+    bool follow(Arrived arrived);
+    void stop();
+
+    UnitLine& line_;
+    const Progress& progress_;
+    std::optional<PositionReading> start_;
+    bool platformMoved_ = false;
+    bool lensesMoved_ = false;
+    bool moving_ = false;
+};
+
+}  // namespace halvex::commissioning

@@ -1,0 +1,85 @@
+#include "commissioning/unit_line.h"
+
+#include <algorithm>
+
+#include "protocol/senders.h"
+#include "protocol/wait.h"
+
+namespace halvex::commissioning {
+
+ReplyTap::ReplyTap(FormState& state, Receiver& receiver) {
+    receiver.addReplyWatcher([seen = seen_, &state](const std::vector<Byte>& reply) {
+        seen->last.push_back(reply);
+        if (seen->last.size() > kKept) {
+            seen->last.pop_front();
+        }
+        ++seen->count;
+        // Wakes a wait for it.
+        state.notifyChanged();
+    });
+}
+
+std::optional<std::vector<Byte>> ReplyTap::firstSince(std::uint64_t seen, const Fits& fits) const {
+    const std::uint64_t kept = seen_->last.size();
+    const std::uint64_t oldest = seen_->count - kept;
+    for (std::uint64_t number = std::max(seen, oldest); number < seen_->count; ++number) {
+        const std::vector<Byte>& reply = seen_->last[number - oldest];
+        if (fits(reply)) {
+            return reply;
+        }
+    }
+    return std::nullopt;
+}
+
+UnitLine::UnitLine(FormState& state, Link& link, const ReplyTap& tap, int watchdogMs)
+    : state_(state),
+      link_(link),
+      tap_(tap),
+      hold_(state),
+      previousWatchdogMs_(link.Timer4().interval()) {
+    link_.Timer4().setInterval(watchdogMs);
+}
+
+UnitLine::~UnitLine() {
+    link_.Timer4().setInterval(previousWatchdogMs_);
+}
+
+std::optional<std::vector<Byte>> UnitLine::ask(const std::vector<Byte>& message, const Fits& fits,
+                                               int attempts) {
+    for (int attempt = 0; attempt < attempts && link_.portOpen(); ++attempt) {
+        const std::uint64_t seen = tap_.count();
+        const FrameTicket frame = sendHeld(state_, link_, message);
+        if (!wentOut(frame)) {
+            continue;
+        }
+        const auto answers = [&](const std::vector<Byte>& reply) {
+            return !reply.empty() && reply.front() == message.front() && (!fits || fits(reply));
+        };
+        std::optional<std::vector<Byte>> reply;
+        waitUntil(
+            state_,
+            [&] {
+                reply = tap_.firstSince(seen, answers);
+                return reply || frame->unanswered || !link_.portOpen();
+            },
+            link_.Timer4().interval() + kReplyGraceMs);
+        reply = tap_.firstSince(seen, answers);
+        if (reply) {
+            return reply;
+        }
+    }
+    return std::nullopt;
+}
+
+std::vector<Byte> UnitLine::jogMessage(bool override, bool stop) const {
+    Byte flags = state_.JogFlags & kOverrideBit;
+    if (override) {
+        flags |= kOverrideBit;
+    }
+    if (stop) {
+        flags |= kStopBit;
+    }
+    return {0x31, flags, 0, 0, 0, 0, 0, 0};
+}
+
+}  // namespace halvex::commissioning

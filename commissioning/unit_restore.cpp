@@ -1,0 +1,341 @@
+#include "commissioning/unit_restore.h"
+
+#include <QStringList>
+#include <algorithm>
+
+#include "commissioning/platform_mover.h"
+#include "commissioning/unit_reader.h"
+
+namespace halvex::commissioning {
+
+namespace {
+
+constexpr Byte kNoPosition = 255;
+constexpr int kTourAttempts = 2;
+
+bool written(const Difference& row) {
+    return row.written && row.item != Difference::Item::Identity;
+}
+
+void putAngle(std::vector<Byte>& message, std::int32_t value) {
+    Byte b2 = 0;
+    Byte b1 = 0;
+    Byte b0 = 0;
+    Split24(value, b2, b1, b0);
+    message.insert(message.end(), {b0, b1, b2});
+}
+
+UnitLine::Fits naming(int tour) {
+    return [tour](const std::vector<Byte>& reply) { return reply.size() > 1 && reply[1] == tour; };
+}
+
+// Clears the tour and appends its steps. An append is not asked twice (a
+// lost reply to one the unit took would add the step again): the whole tour
+// is written again instead.
+bool writeTour(UnitLine& line, int tour, const std::vector<TourStep>& steps) {
+    const Byte t = static_cast<Byte>(tour);
+    for (int attempt = 0; attempt < kTourAttempts; ++attempt) {
+        if (!line.ask({0x50, t}, naming(tour))) {
+            return false;
+        }
+        bool whole = true;
+        for (const TourStep& step : steps) {
+            const auto reply = line.ask({0x52, t, step.preset, step.dwell}, naming(tour), 1);
+            if (!reply) {
+                whole = false;
+                break;
+            }
+            if (reply->size() > 2 && (*reply)[2] == kNoPosition) {
+                return true;  // the tour is full: the read-back names it
+            }
+        }
+        if (whole) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// A preset's lens positions go back to none only by clearing every preset.
+bool presetsNeedClearing(const UnitSettings& file, const UnitSettings& unit) {
+    for (std::size_t n = 0; n < file.presets.size(); ++n) {
+        if (!file.presets[n].hasLens() && unit.presets[n].hasLens()) {
+            return true;
+        }
+    }
+    return false;
+}
+
+class Restorer {
+  public:
+    Restorer(UnitLine& line, const RestorePlan& plan, const Progress& progress)
+        : line_(line),
+          plan_(plan),
+          progress_(progress),
+          current_(plan.unit),
+          movesAllowed_(plan.moves()) {
+        std::vector<const SettingGroup*> groups;
+        for (const Difference& row : plan.rows) {
+            if (!written(row)) {
+                continue;
+            }
+            // One command writes all the values of a group.
+            if (row.group == nullptr ||
+                std::find(groups.begin(), groups.end(), row.group) == groups.end()) {
+                ++total_;
+            }
+            groups.push_back(row.group);
+        }
+    }
+
+    RestoreResult run() {
+        if (writeTable() && writeAngles() && writeTours()) {
+            readBack();
+        }
+        return result_;
+    }
+
+  private:
+    bool step(const QString& what) {
+        if (progress_.stopped()) {
+            result_.cancelled = true;
+            return false;
+        }
+        progress_.show(QStringLiteral("Writing %1").arg(what), std::min(done_++, total_), total_);
+        return true;
+    }
+
+    bool noReply(const QString& what) {
+        result_.problem =
+            QStringLiteral("No reply from the unit to %1; the restore stopped there.").arg(what);
+        return false;
+    }
+
+    bool differs(const SettingGroup& group) const {
+        return std::any_of(plan_.rows.begin(), plan_.rows.end(), [&group](const Difference& row) {
+            return row.group == &group && written(row);
+        });
+    }
+
+    bool writeTable() {
+        for (const SettingGroup& group : settingGroups()) {
+            if (group.kind != Kind::Command || !differs(group)) {
+                continue;
+            }
+            const QString title = QString::fromStdString(group.title).toLower();
+            if (!step(title)) {
+                return false;
+            }
+            if (!line_.ask(writeMessage(group, plan_.file.groupValues(group)))) {
+                return noReply(title);
+            }
+            offsetsWritten_ = offsetsWritten_ || group.section == "offsets";
+        }
+        return true;
+    }
+
+    // The soft limits and presets, which read in terms of the offsets.
+    bool writeAngles() {
+        if (offsetsWritten_ && !readAngles(line_, current_)) {
+            return noReply(QStringLiteral("the soft limits and presets"));
+        }
+        PlatformMover mover(line_, progress_);
+        if (!writeSoftLimits(mover) || !writePresets(mover)) {
+            return false;
+        }
+        mover.returnToStart();
+        if (progress_.stopped()) {
+            result_.cancelled = true;
+            return false;
+        }
+        return true;
+    }
+
+    bool writeSoftLimits(PlatformMover& mover) {
+        for (const SettingGroup& group : settingGroups()) {
+            if (group.kind != Kind::SoftLimit) {
+                continue;
+            }
+            const std::int32_t wanted = plan_.file.groupValues(group).front();
+            if (current_.groupValues(group).front() == wanted) {
+                continue;
+            }
+            if (!step(QString::fromStdString(group.title))) {
+                return false;
+            }
+            const bool pan = group.limitIndex < 2;
+            const bool there = movesAllowed_ && mover.moveTo(pan ? wanted : PlatformMover::kHold,
+                                                             pan ? PlatformMover::kHold : wanted);
+            if (progress_.stopped()) {
+                result_.cancelled = true;
+                return false;
+            }
+            if (there && !line_.ask({0x81, static_cast<Byte>(group.limitIndex)})) {
+                return noReply(QString::fromStdString(group.title));
+            }
+        }
+        return true;
+    }
+
+    bool writePresets(PlatformMover& mover) {
+        auto& presets = current_.presets;
+        // Lens bytes go back to none only with every preset: clear them all,
+        // then write every preset that is not empty.
+        if (presetsNeedClearing(plan_.file, current_)) {
+            if (!step(QStringLiteral("cleared presets"))) {
+                return false;
+            }
+            if (!line_.ask({0x94})) {
+                return noReply(QStringLiteral("clearing the presets"));
+            }
+            presets.fill(StoredPreset{});
+        }
+        for (int n = 0; n < kPresets; ++n) {
+            const StoredPreset& wanted = plan_.file.presets[static_cast<std::size_t>(n)];
+            const StoredPreset& found = presets[static_cast<std::size_t>(n)];
+            if (wanted == found) {
+                continue;
+            }
+            if (!step(QStringLiteral("preset %1").arg(n))) {
+                return false;
+            }
+            const Byte number = static_cast<Byte>(n);
+            if (wanted.pan != found.pan || wanted.tilt != found.tilt) {
+                std::vector<Byte> message{0x41, number};
+                putAngle(message, wanted.pan);
+                putAngle(message, wanted.tilt);
+                if (!line_.ask(message)) {
+                    return noReply(QStringLiteral("preset %1").arg(n));
+                }
+            }
+            if (wanted.hasLens() && wanted.lens != found.lens) {
+                const bool there = movesAllowed_ && mover.moveLensesTo(wanted.lens);
+                if (progress_.stopped()) {
+                    result_.cancelled = true;
+                    return false;
+                }
+                if (there && !line_.ask({0x43, number})) {
+                    return noReply(QStringLiteral("preset %1").arg(n));
+                }
+            }
+        }
+        return true;
+    }
+
+    bool writeTours() {
+        for (int t = 0; t < kTours; ++t) {
+            const auto& wanted = plan_.file.tours[static_cast<std::size_t>(t)];
+            if (wanted == current_.tours[static_cast<std::size_t>(t)]) {
+                continue;
+            }
+            if (!step(QStringLiteral("tour %1").arg(t + 1))) {
+                return false;
+            }
+            if (!writeTour(line_, t, wanted)) {
+                return noReply(QStringLiteral("tour %1").arg(t + 1));
+            }
+        }
+        return true;
+    }
+
+    void readBack() {
+        const UnitRead after = readUnit(line_, progress_, QStringLiteral("Reading back"));
+        if (!after.settings) {
+            result_.cancelled = after.cancelled;
+            result_.problem = after.problem;
+            return;
+        }
+        result_.finished = true;
+        for (const Difference& row : differences(plan_.file, *after.settings, plan_.factoryOpen)) {
+            if (written(row)) {
+                result_.notTaken.push_back(row);
+            } else if (row.item != Difference::Item::Identity && row.group != nullptr &&
+                       row.group->kind != Kind::Reference) {
+                result_.notWritten.push_back(row);
+            }
+        }
+    }
+
+    UnitLine& line_;
+    const RestorePlan& plan_;
+    const Progress& progress_;
+    UnitSettings current_;
+    RestoreResult result_;
+    // Only when the operator was told that things will move.
+    const bool movesAllowed_;
+    bool offsetsWritten_ = false;
+    int done_ = 0;
+    int total_ = 0;
+};
+
+}  // namespace
+
+int RestorePlan::writes() const {
+    return static_cast<int>(std::count_if(rows.begin(), rows.end(), written));
+}
+
+bool RestorePlan::moves() const {
+    // Clearing the presets takes every preset's lens positions with it.
+    if (presetsNeedClearing(file, unit) &&
+        std::any_of(file.presets.begin(), file.presets.end(),
+                    [](const StoredPreset& preset) { return preset.hasLens(); })) {
+        return true;
+    }
+    return std::any_of(rows.begin(), rows.end(), [this](const Difference& row) {
+        if (!written(row)) {
+            return false;
+        }
+        // New offsets change how the soft limits read: any of them may then
+        // have to be set again.
+        if (row.group != nullptr) {
+            return row.group->kind == Kind::SoftLimit || row.group->section == "offsets";
+        }
+        const auto n = static_cast<std::size_t>(row.index);
+        return row.item == Difference::Item::Preset && file.presets[n].hasLens() &&
+               file.presets[n].lens != unit.presets[n].lens;
+    });
+}
+
+RestorePlan planRestore(const UnitSettings& file, const UnitSettings& unit, bool factoryOpen) {
+    RestorePlan plan{file, unit, factoryOpen, differences(file, unit, factoryOpen)};
+    return plan;
+}
+
+QString movesWarning() {
+    return QStringLiteral(
+        "The platform and the lenses will move: a soft limit is set where the platform stands, "
+        "so the platform drives to each new limit with the soft limits overridden, and the "
+        "lenses drive to each preset's zoom and focus positions. Both then return to where "
+        "they were.");
+}
+
+QString valueCount(std::size_t count) {
+    return count == 1 ? QStringLiteral("1 value") : QStringLiteral("%1 values").arg(count);
+}
+
+QString rowList(const std::vector<Difference>& rows) {
+    QStringList items;
+    for (const Difference& row : rows) {
+        items << QStringLiteral("%1 (file %2, unit %3)")
+                     .arg(QString::fromStdString(row.label), QString::fromStdString(row.inFile),
+                          QString::fromStdString(row.inUnit));
+    }
+    return items.join(QStringLiteral("; "));
+}
+
+QString restoreRefusal(const UnitSettings& file, const UnitSettings& unit) {
+    if (file.identity.controllerType != unit.identity.controllerType) {
+        return QStringLiteral(
+                   "The file was saved from a unit of controller type %1, and this unit is of "
+                   "type %2; their settings do not match.")
+            .arg(file.identity.controllerType)
+            .arg(unit.identity.controllerType);
+    }
+    return {};
+}
+
+RestoreResult restoreUnit(UnitLine& line, const RestorePlan& plan, const Progress& progress) {
+    return Restorer(line, plan, progress).run();
+}
+
+}  // namespace halvex::commissioning

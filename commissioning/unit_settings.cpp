@@ -1,0 +1,181 @@
+#include "commissioning/unit_settings.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace halvex::commissioning {
+
+namespace {
+
+constexpr Byte kPresetBits = 0x3F;
+constexpr Byte kDwellBits = 0x7F;
+constexpr Byte kBlankBit = 0x80;
+
+Difference identityRow(const std::string& label, const std::string& inFile,
+                       const std::string& inUnit, const std::string& note) {
+    Difference row;
+    row.item = Difference::Item::Identity;
+    row.label = label;
+    row.inFile = inFile;
+    row.inUnit = inUnit;
+    row.written = false;
+    row.note = note;
+    return row;
+}
+
+std::string stepsOrNone(const std::vector<TourStep>& steps) {
+    return steps.empty() ? std::string("no steps") : tourText(steps);
+}
+
+}  // namespace
+
+std::vector<std::int32_t> UnitSettings::groupValues(const SettingGroup& group) const {
+    std::vector<std::int32_t> result;
+    for (const SettingField& field : group.fields) {
+        const auto found = values.find(settingKey(group, field));
+        result.push_back(found == values.end() ? 0 : found->second);
+    }
+    return result;
+}
+
+void UnitSettings::setGroupValues(const SettingGroup& group,
+                                  const std::vector<std::int32_t>& fieldValues) {
+    for (std::size_t i = 0; i < group.fields.size(); ++i) {
+        values[settingKey(group, group.fields[i])] = fieldValues.at(i);
+    }
+}
+
+std::string degreesText(std::int32_t hundredths) {
+    const long long value = hundredths;
+    const long long magnitude = std::llabs(value);
+    char text[32];
+    std::snprintf(text, sizeof text, "%s%lld.%02lld", value < 0 ? "-" : "", magnitude / 100,
+                  magnitude % 100);
+    return text;
+}
+
+std::string fieldText(const SettingField& field, std::int32_t value) {
+    switch (field.style) {
+        case Style::Degrees:
+            return degreesText(value);
+        case Style::YesNo:
+            if (value == 0 || value == 1) {
+                return value == 1 ? "yes" : "no";
+            }
+            break;
+        case Style::Choice:
+            if (value >= 0 && static_cast<std::size_t>(value) < field.choices.size()) {
+                return field.choices[static_cast<std::size_t>(value)];
+            }
+            break;
+        case Style::Number:
+            break;
+    }
+    return std::to_string(value);
+}
+
+std::string presetText(const StoredPreset& preset) {
+    std::string text = degreesText(preset.pan) + " " + degreesText(preset.tilt);
+    for (Byte lens : preset.lens) {
+        text += " " + std::to_string(lens);
+    }
+    return text;
+}
+
+std::string tourText(const std::vector<TourStep>& steps) {
+    std::string text;
+    for (const TourStep& step : steps) {
+        if (!text.empty()) {
+            text += ' ';
+        }
+        text += std::to_string(step.preset & kPresetBits) + "/" + std::to_string(step.preset >> 6) +
+                "/" + std::to_string(step.dwell & kDwellBits) + "/" +
+                ((step.dwell & kBlankBit) != 0 ? "yes" : "no");
+    }
+    return text;
+}
+
+std::string firmwareText(const UnitIdentity& identity) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%d.%02d", identity.firmwareMajor, identity.firmwareMinor);
+    return text;
+}
+
+std::string clockText(const UnitIdentity& identity) {
+    char text[48];
+    std::snprintf(text, sizeof text, "%04d-%02d-%02d", identity.clockYear, identity.clockMonth,
+                  identity.clockDay);
+    return text;
+}
+
+std::vector<Difference> differences(const UnitSettings& file, const UnitSettings& unit,
+                                    bool factoryOpen) {
+    std::vector<Difference> rows;
+    const UnitIdentity& fileId = file.identity;
+    const UnitIdentity& unitId = unit.identity;
+    if (fileId.address != unitId.address) {
+        rows.push_back(identityRow("unit/address", std::to_string(fileId.address),
+                                   std::to_string(unitId.address), "an address is never copied"));
+    }
+    if (firmwareText(fileId) != firmwareText(unitId)) {
+        rows.push_back(identityRow("unit/firmware", firmwareText(fileId), firmwareText(unitId),
+                                   "for reference only"));
+    }
+
+    for (const SettingGroup& group : settingGroups()) {
+        if (!appliesTo(group, fileId.controllerType)) {
+            continue;
+        }
+        const std::vector<std::int32_t> wanted = file.groupValues(group);
+        const std::vector<std::int32_t> found = unit.groupValues(group);
+        for (std::size_t i = 0; i < group.fields.size(); ++i) {
+            if (wanted[i] == found[i]) {
+                continue;
+            }
+            const SettingField& field = group.fields[i];
+            Difference row;
+            row.label = settingKey(group, field);
+            row.inFile = fieldText(field, wanted[i]);
+            row.inUnit = fieldText(field, found[i]);
+            row.group = &group;
+            if (group.kind == Kind::Reference) {
+                row.written = false;
+                row.note = "for reference only";
+            } else if (group.factory && !factoryOpen) {
+                row.written = false;
+                row.note = "factory area closed";
+            }
+            rows.push_back(row);
+        }
+    }
+
+    for (int n = 0; n < kPresets; ++n) {
+        const StoredPreset& wanted = file.presets[static_cast<std::size_t>(n)];
+        const StoredPreset& found = unit.presets[static_cast<std::size_t>(n)];
+        if (wanted != found) {
+            Difference row;
+            row.item = Difference::Item::Preset;
+            row.label = "presets/" + std::to_string(n);
+            row.inFile = presetText(wanted);
+            row.inUnit = presetText(found);
+            row.index = n;
+            rows.push_back(row);
+        }
+    }
+    for (int t = 0; t < kTours; ++t) {
+        const auto& wanted = file.tours[static_cast<std::size_t>(t)];
+        const auto& found = unit.tours[static_cast<std::size_t>(t)];
+        if (wanted != found) {
+            Difference row;
+            row.item = Difference::Item::Tour;
+            row.label = "tours/" + std::to_string(t + 1);
+            row.inFile = stepsOrNone(wanted);
+            row.inUnit = stepsOrNone(found);
+            row.index = t;
+            rows.push_back(row);
+        }
+    }
+    return rows;
+}
+
+}  // namespace halvex::commissioning

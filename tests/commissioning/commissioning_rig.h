@@ -1,0 +1,255 @@
+#pragma once
+
+// The whole console and its Unit menu against the virtual unit in process,
+// with files chosen, the restore confirmation answered and a short wait for
+// each address searched by the test; and a unit set up unlike a new one.
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QFile>
+#include <QStatusBar>
+
+#include "commissioning/commissioning_menu.h"
+#include "commissioning/find_units_dialog.h"
+#include "commissioning/restore_dialog.h"
+#include "commissioning/settings_text.h"
+#include "sim/state_file.h"
+#include "tests/support/console_rig.h"
+
+namespace halvex::testing {
+
+using namespace halvex::commissioning;
+
+using Message_ = std::vector<Byte>;
+
+inline bool isJog(const Message_& message) {
+    return !message.empty() && message.front() == 0x31;
+}
+
+// Questions a save or restore asks; everything else it sends is a write.
+inline bool isRead(const Message_& m) {
+    for (const SettingGroup& group : settingGroups()) {
+        if (m == group.request) {
+            return true;
+        }
+    }
+    const Byte code = m.front();
+    return code == 0x9A || (code == 0x40 && m.size() == 2) || (code == 0x56 && m.size() == 2) ||
+           (code == 0x51 && m.size() == 3);
+}
+
+// The console with its commissioning menu answering through the test: files
+// chosen, the confirmation answered, a short wait for each address searched.
+struct CommissioningRig : ConsoleRig {
+    // A save or restore is a long run of request and reply: the unit in
+    // the same process keeps up with a frame every few milliseconds.
+    static constexpr int kCommissioningTickMs = 3;
+
+    explicit CommissioningRig(const sim::UnitOptions& options = {})
+        : ConsoleRig(options, kCommissioningTickMs) {
+        menu = window->findChild<CommissioningMenu*>(QStringLiteral("CommissioningMenu"));
+        menu->setFileChooser([this](bool, const QString&) { return file; });
+        menu->setConfirmer([this](RestoreDialog& dialog) {
+            confirmations.push_back(rows(dialog));
+            moveWarned = dialog.MoveWarning->isVisibleTo(&dialog);
+            cancelIsDefault =
+                dialog.RestoreCancelBut->isDefault() && !dialog.RestoreOkBut->isDefault();
+            return confirmAnswer;
+        });
+        menu->setProbeWaitMs(20);
+        file = directory.filePath(QStringLiteral("unit.txt"));
+    }
+    ~CommissioningRig() { line.onFrame = nullptr; }
+
+    void trigger(const char* action) {
+        window->findChild<QAction*>(QLatin1String(action))->trigger();
+    }
+    QString status() const { return window->statusBar()->currentMessage(); }
+    // Writes since the last line.clear().
+    std::vector<Message_> writes() const {
+        std::vector<Message_> out;
+        for (const Message_& message : line.messages(false)) {
+            if (!isRead(message)) {
+                out.push_back(message);
+            }
+        }
+        return out;
+    }
+    static QStringList rows(RestoreDialog& dialog) {
+        QStringList out;
+        for (int row = 0; row < dialog.DifferenceTable->rowCount(); ++row) {
+            QStringList cells;
+            for (int column = 0; column < 4; ++column) {
+                cells << dialog.DifferenceTable->item(row, column)->text();
+            }
+            out << cells.join(QLatin1Char('|'));
+        }
+        return out;
+    }
+    std::string fileText() const {
+        QFile in(file);
+        EXPECT_TRUE(in.open(QIODevice::ReadOnly));
+        return in.readAll().toStdString();
+    }
+    void writeFile(const std::string& text) const {
+        QFile out(file);
+        ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        out.write(text.data(), static_cast<qint64>(text.size()));
+    }
+    UnitSettings saved() const {
+        const SettingsRead read = readSettingsText(fileText());
+        EXPECT_TRUE(read.settings.has_value()) << read.problem;
+        return read.settings.value_or(UnitSettings{});
+    }
+    QString lastMessage() const {
+        return shown.empty() ? QString()
+                             : shown.back().title + QStringLiteral(": ") + shown.back().text;
+    }
+
+    CommissioningMenu* menu = nullptr;
+    QString file;
+    bool confirmAnswer = true;
+    std::vector<QStringList> confirmations;
+    bool moveWarned = false;
+    bool cancelIsDefault = false;
+};
+
+inline FindUnitsDialog* findDialog(ConsoleRig& rig) {
+    return rig.window->findChild<FindUnitsDialog*>(QStringLiteral("FindUnitsDialog"));
+}
+
+inline std::vector<Byte> addressesAsked(const RecordingPeer& line, Byte code) {
+    std::vector<Byte> out;
+    for (const auto& frame : line.frames()) {
+        if (!frame.message.empty() && frame.message.front() == code) {
+            out.push_back(frame.address);
+        }
+    }
+    return out;
+}
+
+// A unit set up unlike a new one in every setting the console restores, the
+// bits of each setting byte alternating so that a value read from its
+// neighbour's bit shows. The lenses a configuration disables stay where they
+// start (128) in the presets.
+inline sim::StoredState distinctUnit(Byte id) {
+    sim::StoredState state;
+    sim::Settings& s = state.settings;
+    s.unitId = id;
+    s.panRates = {30, 200, 50};
+    s.tiltRates = {25, 180, 40};
+    s.panTop = 250;
+    s.tiltTop = 250;
+    s.panJogTop = 70;
+    s.tiltJogTop = 65;
+    s.panMin = 20;
+    s.panMax = 20000;
+    s.tiltMin = 25;
+    s.tiltMax = 15000;
+    s.directions = 0x2A;
+    s.panEncoder = 1234;
+    s.tiltEncoder = 2345;
+    s.commTimeoutSeconds = 30;
+    s.heater = 2;
+    s.softLimits = {6000, -4500, 3000, -2000};
+    s.panOffset = 1000;
+    s.tiltOffset = -500;
+    s.lensConfig = {0x2A, 0x54};
+    s.zoomMinSpeed = {20, 30};
+    s.focusMinSpeed = {40, 50};
+    s.cameraComm = {0x2B, 0x41};
+    s.cameraTimeout = {25, 60};
+    s.aux = 0x0A;
+    state.powerUp = {0x2D, 0x08, 0x23, 0x15};
+    s.videoMode = state.powerUp.videoMode;
+    s.videoPower = state.powerUp.videoPower;
+    s.angleDisplay = state.powerUp.angleDisplay;
+    s.nameDisplay = state.powerUp.nameDisplay;
+    state.presets.at(2) = {1500, -700, {128, 120, 90, 128}};
+    state.presets.at(7) = {-3000, 1000, {}};
+    state.tours.append(0, {2 | 0x40, 10 | 0x80});
+    state.tours.append(0, {7, 3});
+    state.tours.append(2, {31, 0});
+    return state;
+}
+
+// What a settings file holds for such a unit, said the unit's way round.
+inline std::map<std::string, std::int32_t> fileValuesOf(const sim::Settings& s) {
+    const auto bit = [](int value, int n) { return (value >> n) & 1; };
+    std::map<std::string, std::int32_t> v = {
+        {"speeds/pan-safe-speed", s.panRates.safe},
+        {"speeds/pan-ramp", s.panRates.ramp},
+        {"speeds/pan-deceleration", s.panRates.decel},
+        {"speeds/tilt-safe-speed", s.tiltRates.safe},
+        {"speeds/tilt-ramp", s.tiltRates.ramp},
+        {"speeds/tilt-deceleration", s.tiltRates.decel},
+        {"speeds/pan-top-speed", s.panTop},
+        {"speeds/tilt-top-speed", s.tiltTop},
+        {"speeds/pan-second-top-speed", s.panJogTop},
+        {"speeds/tilt-second-top-speed", s.tiltJogTop},
+        {"speeds/pan-minimum", s.panMin},
+        {"speeds/pan-maximum", s.panMax},
+        {"speeds/tilt-minimum", s.tiltMin},
+        {"speeds/tilt-maximum", s.tiltMax},
+        {"housekeeping/comm-timeout", s.commTimeoutSeconds},
+        {"housekeeping/heater", s.heater},
+        {"factory/pan-motor-reverse", bit(s.directions, 0)},
+        {"factory/tilt-motor-reverse", bit(s.directions, 1)},
+        {"factory/pan-resolver-invert", bit(s.directions, 2)},
+        {"factory/tilt-resolver-invert", bit(s.directions, 3)},
+        {"factory/continuous-rotation", bit(s.directions, 4)},
+        {"factory/invert-mount", bit(s.directions, 5)},
+        {"factory/pan-encoder", s.panEncoder},
+        {"factory/tilt-encoder", s.tiltEncoder},
+        {"offsets/pan-offset", s.panOffset},
+        {"offsets/tilt-offset", s.tiltOffset},
+        {"soft-limits/cw", s.softLimits[0] + s.panOffset},
+        {"soft-limits/ccw", s.softLimits[1] + s.panOffset},
+        {"soft-limits/up", s.softLimits[2] + s.tiltOffset},
+        {"soft-limits/down", s.softLimits[3] + s.tiltOffset},
+        {"video/routing", s.videoMode & 7},
+        {"video/pal", bit(s.videoMode, 3)},
+        {"video/blank-vout-2", bit(s.videoMode, 4)},
+        {"video/blank-vout-1", bit(s.videoMode, 5)},
+        {"video/camera1-power", bit(s.videoPower, 2)},
+        {"video/camera2-power", bit(s.videoPower, 3)},
+        {"display/angle-line", s.angleDisplay & 15},
+        {"display/angle-display", bit(s.angleDisplay, 4)},
+        {"display/angle-signed", bit(s.angleDisplay, 5)},
+        {"display/name-line", s.nameDisplay & 15},
+        {"display/name-display", bit(s.nameDisplay, 4)},
+        {"reference/pan-resolver-centre", s.panResolverCentre},
+        {"reference/tilt-resolver-centre", s.tiltResolverCentre},
+    };
+    const char* lensBits[] = {nullptr,       "focus-invert", "focus-reverse", "focus-enable",
+                              "zoom-invert", "zoom-reverse", "zoom-enable"};
+    for (int c = 0; c < 2; ++c) {
+        const std::string camera = "camera" + std::to_string(c + 1);
+        for (int b = 1; b <= 6; ++b) {
+            v["lenses/" + camera + "-" + lensBits[b]] = bit(s.lensConfig[c], b);
+        }
+        v["lenses/" + camera + "-zoom-minimum-speed"] = s.zoomMinSpeed[c];
+        v["lenses/" + camera + "-focus-minimum-speed"] = s.focusMinSpeed[c];
+        v["cameras/" + camera + "-baud"] = s.cameraComm[c] & 7;
+        v["cameras/" + camera + "-format"] = (s.cameraComm[c] >> 3) & 3;
+        v["cameras/" + camera + "-level"] = bit(s.cameraComm[c], 5);
+        v["cameras/" + camera + "-stop-bits"] = bit(s.cameraComm[c], 6);
+        v["cameras/" + camera + "-response-timeout"] = s.cameraTimeout[c];
+        v["video/" + camera + "-aux-1"] = bit(s.aux, 2 * c);
+        v["video/" + camera + "-aux-2"] = bit(s.aux, 2 * c + 1);
+    }
+    return v;
+}
+
+// Puts a stored state into the unit in place of what it holds.
+inline void loadInto(sim::UnitState& unit, const sim::StoredState& state) {
+    const Byte id = unit.settings.unitId;
+    unit.settings = state.settings;
+    unit.settings.unitId = id;
+    unit.powerUp = state.powerUp;
+    unit.presets = state.presets;
+    unit.tours = state.tours;
+}
+
+}  // namespace halvex::testing

@@ -1,0 +1,231 @@
+#include <gtest/gtest.h>
+
+#include <QLineEdit>
+#include <QListWidget>
+#include <QRadioButton>
+#include <QScrollBar>
+#include <QTimer>
+#include <algorithm>
+#include <numeric>
+
+#include "tests/commissioning/commissioning_rig.h"
+
+using namespace halvex;
+using namespace halvex::commissioning;
+using namespace halvex::testing;
+
+TEST(FindUnits, ListsTheUnitAtItsAddressAndTalksToIt) {
+    sim::UnitOptions options;
+    options.id = 7;
+    options.variant = 1;
+    options.firmwareMajor = 3;
+    options.firmwareMinor = 4;
+    options.clockDate = sim::CalendarDate{2025, 2, 3};
+    CommissioningRig rig(options);
+
+    // Offline: the search opens the chosen port for itself.
+    rig.trigger("MenuFindUnits");
+    FindUnitsDialog* dialog = findDialog(rig);
+    ASSERT_NE(dialog, nullptr);
+    ASSERT_EQ(dialog->FoundList->rowCount(), 1);
+    QStringList cells;
+    for (int column = 0; column < 4; ++column) {
+        cells << dialog->FoundList->item(0, column)->text();
+    }
+    EXPECT_EQ(cells.join(QLatin1Char('|')),
+              QStringLiteral("7|1 no camera 2 or video|3.04|2025-02-03"));
+    EXPECT_TRUE(dialog->FindStatus->text().startsWith(QStringLiteral("One unit found.")));
+    EXPECT_TRUE(dialog->FindStatus->text().contains(QStringLiteral("Address 0 was not asked")));
+
+    // Every address once, one after the other, and never the broadcast address.
+    std::vector<Byte> probes = addressesAsked(rig.line, 0x9A);
+    probes.erase(std::unique(probes.begin(), probes.end()), probes.end());
+    std::vector<Byte> expected(99);
+    std::iota(expected.begin(), expected.end(), Byte{1});
+    EXPECT_EQ(probes, expected);
+    for (const auto& frame : rig.line.frames()) {
+        EXPECT_NE(frame.address, 0) << int(frame.message.front());
+    }
+    EXPECT_EQ(addressesAsked(rig.line, 0x31), std::vector<Byte>{7});
+    // Back to offline as it was, talking to address 0.
+    EXPECT_FALSE(rig.port->isOpen());
+    EXPECT_EQ(rig.window->state().UnitId, 0);
+    EXPECT_FALSE(rig.window->state().SendInProgress);
+
+    EXPECT_TRUE(dialog->TalkToBut->isEnabled());
+    QTest::mouseClick(dialog->TalkToBut, Qt::LeftButton);
+    EXPECT_EQ(rig.find<QScrollBar>(QStringLiteral("CurrIDScroll"))->value(), 7);
+    EXPECT_EQ(rig.window->state().UnitId, 7);
+    ASSERT_TRUE(rig.waitFor([&] { return findDialog(rig) == nullptr; }));
+    // Now Start reaches it.
+    EXPECT_TRUE(rig.connect());
+}
+
+TEST(FindUnits, AnEmptyLineEndsWithAnEmptyListAfterAskingAddressZero) {
+    CommissioningRig rig;
+    rig.line.setConnected(false);
+    rig.trigger("MenuFindUnits");
+    FindUnitsDialog* dialog = findDialog(rig);
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->FoundList->rowCount(), 0);
+    EXPECT_EQ(dialog->FindStatus->text(), QStringLiteral("No unit answered."));
+    EXPECT_FALSE(dialog->TalkToBut->isEnabled());
+    EXPECT_EQ(dialog->FindCloseBut->text(), QStringLiteral("Close"));
+    const std::vector<Byte> probes = addressesAsked(rig.line, 0x9A);
+    ASSERT_EQ(probes.size(), 100u);
+    EXPECT_EQ(probes.back(), 0);
+    EXPECT_EQ(probes[98], 99);
+    EXPECT_FALSE(rig.port->isOpen());
+    EXPECT_EQ(rig.window->state().lamp(), LinkLamp::None);
+    QTest::mouseClick(dialog->FindCloseBut, Qt::LeftButton);
+    EXPECT_TRUE(rig.waitFor([&] { return findDialog(rig) == nullptr; }));
+}
+
+TEST(FindUnits, CancelStopsTheSearchAndOnlineTheConsoleGoesOnTalkingToItsUnit) {
+    sim::UnitOptions options;
+    options.id = 3;
+    CommissioningRig rig(options);
+    rig.find<QScrollBar>(QStringLiteral("CurrIDScroll"))->setValue(3);
+    ASSERT_TRUE(rig.connect());
+    rig.line.clear();
+    rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
+        if (frame.address == 5) {
+            QTimer::singleShot(
+                0, [&] { QTest::mouseClick(findDialog(rig)->FindCloseBut, Qt::LeftButton); });
+        }
+    };
+    rig.trigger("MenuFindUnits");
+    FindUnitsDialog* dialog = findDialog(rig);
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->FindStatus->text().left(17), QStringLiteral("Search cancelled."));
+    EXPECT_EQ(dialog->FoundList->rowCount(), 1);  // unit 3, found before
+    const std::vector<Byte> probes = addressesAsked(rig.line, 0x9A);
+    EXPECT_LT(std::count_if(probes.begin(), probes.end(), [](Byte a) { return a > 6; }), 1);
+    // The port stays open and the jog messages go to unit 3 again.
+    EXPECT_TRUE(rig.port->isOpen());
+    EXPECT_EQ(rig.window->state().UnitId, 3);
+    const std::size_t before = rig.line.frames().size();
+    ASSERT_TRUE(rig.waitFor([&] { return rig.line.frames().size() > before + 3; }));
+    EXPECT_EQ(rig.line.frames().back().address, 3);
+    EXPECT_TRUE(isJog(rig.line.frames().back().message));
+}
+
+TEST(SaveUnit, WritesEverythingTheUnitHoldsAndLeavesThePagesShowingIt) {
+    CommissioningRig rig;
+    sim::UnitState& unit = rig.unit.state();
+    unit.settings.panRates.ramp = 77;
+    unit.settings.tiltJogTop = 99;
+    unit.settings.panOffset = -1250;
+    unit.settings.cameraComm = {0x2B, 0x41};
+    unit.presets.at(3) = sim::Preset{1234, -567, {10, 20, 30, 40}};
+    unit.tours.append(1, sim::TourStep{5 | 0x40, 10 | 0x80});
+    ASSERT_TRUE(rig.connect());
+    rig.trigger("MenuSaveUnit");
+    EXPECT_TRUE(rig.status().startsWith(QStringLiteral("Saved the settings of unit 0 ")))
+        << rig.status().toStdString();
+    const UnitSettings saved = rig.saved();
+    EXPECT_EQ(saved.identity.address, 0);
+    EXPECT_EQ(saved.identity.firmwareMajor, 2);
+    EXPECT_EQ(saved.values.at("speeds/pan-ramp"), 77);
+    EXPECT_EQ(saved.values.at("speeds/tilt-second-top-speed"), 99);
+    EXPECT_EQ(saved.values.at("offsets/pan-offset"), -1250);
+    EXPECT_EQ(saved.values.at("cameras/camera1-baud"), 3);
+    EXPECT_EQ(saved.values.at("cameras/camera1-format"), 1);
+    EXPECT_EQ(saved.values.at("cameras/camera1-level"), 1);
+    EXPECT_EQ(saved.values.at("cameras/camera2-stop-bits"), 1);
+    // Presets and soft limits read as the unit reports them: offset applied.
+    EXPECT_EQ(saved.presets[3], (StoredPreset{1234 - 1250, -567, {10, 20, 30, 40}}));
+    EXPECT_EQ(saved.values.at("soft-limits/cw"), 17000 - 1250);
+    EXPECT_EQ(saved.tours[1], (std::vector<TourStep>{{5 | 0x40, 10 | 0x80}}));
+    EXPECT_NE(rig.fileText().find("\npan-ramp = 77\n"), std::string::npos);
+
+    // The tour page shows tour 1 again, not the steps the save read.
+    EXPECT_TRUE(rig.find<QRadioButton>(QStringLiteral("TourSel_0"))->isChecked());
+    ASSERT_TRUE(rig.waitFor([&] { return !rig.window->state().SendInProgress; }));
+    EXPECT_EQ(rig.find<QListWidget>(QStringLiteral("ScriptList"))->count(), 0);
+    EXPECT_TRUE(rig.shown.empty());
+}
+
+TEST(SaveUnit, OfflineNothingIsAskedAndAFileThatCannotBeWrittenIsNamed) {
+    CommissioningRig rig;
+    rig.trigger("MenuSaveUnit");
+    EXPECT_EQ(rig.lastMessage(), QStringLiteral("Save Unit Settings: The console is not "
+                                                "connected. Press Start to connect to the unit "
+                                                "first."));
+    EXPECT_TRUE(rig.line.frames().empty());
+
+    ASSERT_TRUE(rig.connect());
+    rig.file = rig.directory.filePath(QStringLiteral("no/such/folder/unit.txt"));
+    rig.trigger("MenuSaveUnit");
+    EXPECT_TRUE(rig.lastMessage().startsWith(
+        QStringLiteral("Could Not Save Unit Settings: unit.txt cannot be written")))
+        << rig.lastMessage().toStdString();
+}
+
+// Every value of a unit set up unlike a new one lands in its own place in
+// the file: presets and soft limits as the unit reports them, offsets applied.
+TEST(SaveUnit, EveryValueOfTheUnitLandsInItsPlaceInTheFile) {
+    CommissioningRig rig;
+    const sim::StoredState unit = distinctUnit(0);
+    loadInto(rig.unit.state(), unit);
+    ASSERT_TRUE(rig.connect());
+    rig.trigger("MenuSaveUnit");
+    const UnitSettings saved = rig.saved();
+    EXPECT_EQ(saved.values, fileValuesOf(unit.settings));
+    for (int n = 0; n < kPresets; ++n) {
+        const sim::Preset& preset = unit.presets.at(n);
+        EXPECT_EQ(saved.presets[static_cast<std::size_t>(n)],
+                  (StoredPreset{preset.pan + unit.settings.panOffset,
+                                preset.tilt + unit.settings.tiltOffset, preset.lens}))
+            << n;
+    }
+    for (int t = 0; t < kTours; ++t) {
+        std::vector<TourStep> steps;
+        for (int s = 0; s < unit.tours.size(t); ++s) {
+            steps.push_back({unit.tours.step(t, s)->preset, unit.tours.step(t, s)->dwell});
+        }
+        EXPECT_EQ(saved.tours[static_cast<std::size_t>(t)], steps) << t;
+    }
+}
+
+// The file takes a value exactly when the page's own control would.
+TEST(SettingsRanges, AreThoseOfThePagesControls) {
+    CommissioningRig rig;
+    const std::pair<const char*, const char*> controls[] = {
+        {"speeds/pan-safe-speed", "PSafeScroll"},
+        {"speeds/tilt-safe-speed", "TSafeScroll"},
+        {"speeds/pan-ramp", "PRampScroll"},
+        {"speeds/tilt-ramp", "TRampScroll"},
+        {"speeds/pan-deceleration", "PDecelScroll"},
+        {"speeds/tilt-deceleration", "TDecelScroll"},
+        {"speeds/pan-top-speed", "PTopScroll"},
+        {"speeds/tilt-top-speed", "TTopScroll"},
+        {"speeds/pan-second-top-speed", "PITopScroll"},
+        {"speeds/tilt-second-top-speed", "TITopScroll"},
+        {"speeds/pan-minimum", "PMinScroll"},
+        {"speeds/pan-maximum", "PMaxScroll"},
+        {"speeds/tilt-minimum", "TMinScroll"},
+        {"speeds/tilt-maximum", "TMaxScroll"},
+        {"housekeeping/comm-timeout", "TOScroll"},
+        {"factory/pan-encoder", "PEncScroll"},
+        {"factory/tilt-encoder", "TEncScroll"},
+        {"display/angle-line", "AngLineScroll"},
+        {"display/name-line", "NumLineScroll"},
+    };
+    std::map<std::string, const SettingField*> fields;
+    for (const SettingGroup& group : settingGroups()) {
+        for (const SettingField& field : group.fields) {
+            fields[settingKey(group, field)] = &field;
+        }
+    }
+    for (const auto& [key, name] : controls) {
+        const auto* bar = rig.find<QScrollBar>(QLatin1String(name));
+        ASSERT_NE(bar, nullptr) << name;
+        ASSERT_EQ(fields.count(key), 1u) << key;
+        EXPECT_EQ(fields[key]->minimum, bar->minimum()) << key;
+        EXPECT_EQ(fields[key]->maximum, bar->maximum()) << key;
+    }
+    // The heater's choices are its visible options.
+    EXPECT_EQ(fields["housekeeping/heater"]->choices.size(), 3u);
+    EXPECT_FALSE(rig.find<QRadioButton>(QStringLiteral("HeatOp_3"))->isVisibleTo(rig.window.get()));
+}

@@ -1,0 +1,315 @@
+#include <gtest/gtest.h>
+
+#include <QAbstractButton>
+#include <QElapsedTimer>
+#include <QLineEdit>
+#include <QTimer>
+#include <algorithm>
+
+#include "commissioning/platform_mover.h"
+#include "commissioning/progress_dialog.h"
+#include "tests/commissioning/commissioning_rig.h"
+
+using namespace halvex;
+using namespace halvex::commissioning;
+using namespace halvex::testing;
+
+TEST(RestoreUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
+    CommissioningRig rig;
+    ASSERT_TRUE(rig.connect());
+    rig.trigger("MenuSaveUnit");
+    sim::UnitState& unit = rig.unit.state();
+    unit.settings.panRates.ramp = 33;
+    unit.settings.heater = 2;
+    unit.settings.lensConfig[1] = 0x4A;
+    unit.presets.at(4).pan = 999;
+    unit.tours.append(2, sim::TourStep{7, 3});
+
+    // Cancel writes nothing.
+    rig.confirmAnswer = false;
+    rig.line.clear();
+    rig.trigger("MenuRestoreUnit");
+    ASSERT_EQ(rig.confirmations.size(), 1u);
+    EXPECT_TRUE(rig.cancelIsDefault);
+    EXPECT_FALSE(rig.moveWarned);
+    EXPECT_EQ(rig.confirmations[0],
+              QStringList({QStringLiteral("speeds/pan-ramp|40|33|"),
+                           QStringLiteral("housekeeping/heater|share-power|full-power|"),
+                           QStringLiteral("lenses/camera2-focus-invert|no|yes|"),
+                           QStringLiteral("presets/4|0.00 0.00 0 0 0 0|9.99 0.00 0 0 0 0|"),
+                           QStringLiteral("tours/3|no steps|7/0/3/no|")}));
+    EXPECT_TRUE(rig.writes().empty());
+    EXPECT_EQ(rig.status(), QStringLiteral("Restore cancelled: nothing was written."));
+
+    rig.confirmAnswer = true;
+    rig.line.clear();
+    rig.trigger("MenuRestoreUnit");
+    const std::vector<Message_> expected = {
+        {0x92, 20, 40, 20, 0, 20, 40, 20, 0}, {0x97, 1}, {0x61, 0x48, 10, 10, 0x48, 10, 10},
+        {0x41, 4, 0, 0, 0, 0, 0, 0},          {0x50, 2},
+    };
+    EXPECT_EQ(rig.writes(), expected);
+    EXPECT_EQ(unit.settings.panRates.ramp, 40);
+    EXPECT_EQ(unit.settings.heater, 1);
+    EXPECT_EQ(unit.presets.at(4).pan, 0);
+    EXPECT_EQ(unit.tours.size(2), 0);
+    EXPECT_EQ(rig.status(), QStringLiteral("Restored unit.txt onto unit 0; read back, the unit "
+                                           "holds every value of the file."));
+    EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
+
+    // Nothing left to do: nothing asked, nothing written.
+    rig.line.clear();
+    rig.trigger("MenuRestoreUnit");
+    EXPECT_EQ(rig.confirmations.size(), 2u);
+    EXPECT_TRUE(rig.writes().empty());
+    EXPECT_EQ(rig.status(), QStringLiteral("The unit already holds every value of unit.txt."));
+}
+
+TEST(RestoreUnit, FactorySettingsWaitForTheFactoryArea) {
+    CommissioningRig rig;
+    ASSERT_TRUE(rig.connect());
+    rig.trigger("MenuSaveUnit");
+    rig.unit.state().settings.directions = 0x05;
+    rig.unit.state().settings.panEncoder = 321;
+    rig.unit.state().settings.heater = 0;
+
+    rig.line.clear();
+    rig.trigger("MenuRestoreUnit");
+    ASSERT_EQ(rig.confirmations.size(), 1u);
+    EXPECT_TRUE(rig.confirmations[0].contains(
+        QStringLiteral("factory/pan-motor-reverse|no|yes|factory area closed")));
+    EXPECT_TRUE(
+        rig.confirmations[0].contains(QStringLiteral("housekeeping/heater|share-power|disabled|")));
+    EXPECT_EQ(rig.writes(), (std::vector<Message_>{{0x97, 1}}));
+    const QString factoryRows = QStringLiteral(
+        "factory/pan-motor-reverse (file no, unit yes); "
+        "factory/pan-resolver-invert (file no, unit yes); "
+        "factory/pan-encoder (file 15, unit 321).");
+    EXPECT_EQ(rig.lastMessage(),
+              QStringLiteral("Restore Unit Settings: Restored, except the factory settings, which "
+                             "are written only while the factory area is open: ") +
+                  factoryRows);
+    EXPECT_EQ(rig.unit.state().settings.directions, 0x05);
+
+    // Only they differ now: nothing to confirm, nothing written.
+    rig.line.clear();
+    rig.trigger("MenuRestoreUnit");
+    EXPECT_EQ(rig.confirmations.size(), 1u);
+    EXPECT_TRUE(rig.writes().empty());
+    EXPECT_EQ(rig.lastMessage(),
+              QStringLiteral("Restore Unit Settings: Nothing was written: only factory settings "
+                             "differ, and they are written only while the factory area is open: ") +
+                  factoryRows);
+
+    rig.find<QLineEdit>(QStringLiteral("PassText"))->setText(QStringLiteral("7214"));
+    rig.click(QStringLiteral("PassEntBut"));
+    rig.line.clear();
+    rig.trigger("MenuRestoreUnit");
+    EXPECT_EQ(rig.writes(), (std::vector<Message_>{{0x95, 0}, {0xA5, 0, 15, 0, 15, 0}}));
+    EXPECT_EQ(rig.unit.state().settings.directions, 0);
+    EXPECT_EQ(rig.unit.state().settings.panEncoder, 15);
+}
+
+TEST(RestoreUnit, RefusesABadFileByNameWithNothingOnTheWire) {
+    CommissioningRig rig;
+    ASSERT_TRUE(rig.connect());
+    rig.trigger("MenuSaveUnit");
+    const std::string good = rig.fileText();
+    const struct {
+        std::string text;
+        const char* problem;
+    } cases[] = {
+        {good.substr(0, good.size() / 2), "it is cut short: the line 'end' is missing"},
+        {std::string(good).replace(good.find("pan-ramp = 40"), 13, "pan-ramp = 300"),
+         "speeds/pan-ramp is 300, outside 1..255"},
+        {"PNG\r\n", "it is not a unit settings file"},
+    };
+    for (const auto& c : cases) {
+        rig.writeFile(c.text);
+        rig.line.clear();
+        rig.trigger("MenuRestoreUnit");
+        EXPECT_TRUE(rig.lastMessage().startsWith(QStringLiteral(
+            "Could Not Restore Unit Settings: unit.txt was refused, and nothing was sent: ")));
+        EXPECT_TRUE(rig.lastMessage().contains(QLatin1String(c.problem)))
+            << rig.lastMessage().toStdString();
+        EXPECT_TRUE(rig.line.messages(false).empty());
+    }
+    // A file from another controller type is refused after reading the unit.
+    UnitSettings other = readSettingsText(good).settings.value();
+    other.identity.controllerType = 1;
+    rig.writeFile(writeSettingsText(other));
+    rig.line.clear();
+    rig.trigger("MenuRestoreUnit");
+    EXPECT_TRUE(rig.lastMessage().contains(QStringLiteral("controller type 1")));
+    EXPECT_TRUE(rig.writes().empty());
+}
+
+// Lens positions reach a preset only from where the lenses stand, and lens
+// bytes go back to none only by clearing every preset.
+TEST(RestoreUnit, MovesTheLensesForPresetLensPositionsOnlyAfterSayingSo) {
+    CommissioningRig rig;
+    sim::UnitState& unit = rig.unit.state();
+    unit.presets.at(5) = sim::Preset{1000, 500, {60, 70, 80, 90}};
+    unit.presets.at(6) = sim::Preset{100, 200, {}};
+    ASSERT_TRUE(rig.connect());
+    rig.trigger("MenuSaveUnit");
+    unit.presets.at(5) = sim::Preset{1000, 500, {}};
+    unit.presets.at(6) = sim::Preset{100, 200, {1, 2, 3, 4}};
+
+    rig.line.clear();
+    rig.trigger("MenuRestoreUnit");
+    EXPECT_TRUE(rig.moveWarned);
+    const std::vector<Message_> writes = rig.writes();
+    ASSERT_GE(writes.size(), 4u);
+    EXPECT_EQ(writes[0], (Message_{0x94}));
+    EXPECT_EQ(writes[1], (Message_{0x41, 5, 0xE8, 0x03, 0, 0xF4, 0x01, 0}));
+    // Both axes held (99999), the lenses to the preset's positions, then
+    // the preset takes them.
+    EXPECT_EQ(writes[2], (Message_{0x3A, 0x9F, 0x86, 0x01, 0x9F, 0x86, 0x01, 60, 70, 80, 90}));
+    EXPECT_EQ(writes[3], (Message_{0x43, 5}));
+    EXPECT_EQ(writes[4], (Message_{0x41, 6, 100, 0, 0, 200, 0, 0}));
+    // And back to where they stood.
+    EXPECT_EQ(writes.back(),
+              (Message_{0x3A, 0x9F, 0x86, 0x01, 0x9F, 0x86, 0x01, 128, 128, 128, 128}));
+    EXPECT_EQ(unit.presets.at(5), (sim::Preset{1000, 500, {60, 70, 80, 90}}));
+    EXPECT_EQ(unit.presets.at(6), (sim::Preset{100, 200, {}}));
+    EXPECT_EQ(unit.lenses.position(0), 128);
+    EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
+}
+
+// A soft limit is set where the platform stands: the platform drives there
+// with the limits overridden, and back. A limit the unit cannot reach is
+// named afterwards.
+TEST(RestoreUnit, DrivesToEachSoftLimitAndNamesTheOneItCannotReach) {
+    CommissioningRig rig;
+    sim::UnitState& unit = rig.unit.state();
+    unit.settings.panTop = 255;
+    unit.settings.panRates = {127, 255, 63};
+    ASSERT_TRUE(rig.connect());
+    rig.trigger("MenuSaveUnit");
+    UnitSettings file = rig.saved();
+    file.values["soft-limits/cw"] = 2000;
+    file.values["soft-limits/ccw"] = -20000;  // past the mechanical end
+    rig.writeFile(writeSettingsText(file));
+
+    rig.line.clear();
+    rig.trigger("MenuRestoreUnit");
+    EXPECT_TRUE(rig.moveWarned);
+    const std::vector<Message_> sent = rig.line.messages();
+    const auto at = [&](const Message_& message) {
+        return std::find(sent.begin(), sent.end(), message) - sent.begin();
+    };
+    const auto toLimit = at({0x33, 0xD0, 0x07, 0, 0x9F, 0x86, 0x01});
+    const auto setLimit = at({0x81, 0});
+    ASSERT_LT(setLimit, static_cast<long>(sent.size()));
+    ASSERT_LT(toLimit, setLimit);
+    // The override was on for the move, and is off at the end.
+    EXPECT_TRUE(std::any_of(sent.begin(), sent.begin() + toLimit,
+                            [](const Message_& m) { return isJog(m) && (m[1] & 0x04) != 0; }));
+    EXPECT_EQ(unit.settings.softLimits[0], 2000);
+    EXPECT_EQ(unit.motion.mechanicalPan(), 0);
+    EXPECT_FALSE(unit.motion.overrideOn());
+    EXPECT_FALSE(unit.motion.moving());
+    EXPECT_EQ(rig.lastMessage(),
+              QStringLiteral("Restore Unit Settings: The unit did not take 1 of the values: "
+                             "soft-limits/ccw (file -200.00, unit -170.00)."));
+}
+
+TEST(RestoreUnit, CancelDuringAMoveStopsThePlatform) {
+    CommissioningRig rig;
+    ASSERT_TRUE(rig.connect());
+    rig.trigger("MenuSaveUnit");
+    UnitSettings file = rig.saved();
+    file.values["soft-limits/cw"] = 9000;  // a few seconds away at the unit's top speed
+    rig.writeFile(writeSettingsText(file));
+    rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
+        if (frame.message.front() == 0x33) {
+            QTimer::singleShot(200, [&] {
+                auto* dialog = rig.window->findChild<ProgressDialog*>();
+                QTest::mouseClick(dialog->CommissioningCancelBut, Qt::LeftButton);
+            });
+        }
+    };
+    rig.line.clear();
+    rig.trigger("MenuRestoreUnit");
+    const std::vector<Message_> sent = rig.line.messages();
+    const auto move =
+        std::find_if(sent.begin(), sent.end(), [](const Message_& m) { return m.front() == 0x33; });
+    ASSERT_NE(move, sent.end());
+    EXPECT_TRUE(std::any_of(move, sent.end(),
+                            [](const Message_& m) { return isJog(m) && (m[1] & 0x02) != 0; }));
+    EXPECT_EQ(std::count_if(move, sent.end(), [](const Message_& m) { return m.front() == 0x81; }),
+              0);
+    ASSERT_TRUE(rig.waitFor([&] { return !rig.unit.state().motion.moving(); }, 3000));
+    EXPECT_GT(rig.unit.state().motion.mechanicalPan(), 0);
+    EXPECT_LT(rig.unit.state().motion.mechanicalPan(), 9000);
+    EXPECT_EQ(rig.unit.state().settings.softLimits[0], 17000);
+    EXPECT_EQ(rig.lastMessage(), QStringLiteral("Restore Unit Settings: The restore was stopped. "
+                                                "The unit holds part of the file's settings."));
+    EXPECT_FALSE(rig.window->state().SendInProgress);
+}
+
+// A file saved from a unit set up unlike a new one, restored onto a new
+// unit, leaves it set up as the first in everything the console restores.
+TEST(RestoreUnit, EveryValueOfTheFileReachesANewUnit) {
+    CommissioningRig rig;
+    const sim::StoredState source = distinctUnit(0);
+    loadInto(rig.unit.state(), source);
+    ASSERT_TRUE(rig.connect());
+    rig.trigger("MenuSaveUnit");
+    loadInto(rig.unit.state(), sim::StoredState{});
+    rig.find<QLineEdit>(QStringLiteral("PassText"))->setText(QStringLiteral("7214"));
+    rig.click(QStringLiteral("PassEntBut"));
+
+    rig.line.clear();
+    rig.trigger("MenuRestoreUnit");
+    EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
+    const sim::UnitState& unit = rig.unit.state();
+    EXPECT_EQ(fileValuesOf(unit.settings), fileValuesOf(source.settings));
+    EXPECT_EQ(unit.settings, source.settings);
+    EXPECT_EQ(unit.powerUp, source.powerUp);
+    EXPECT_EQ(unit.presets, source.presets);
+    EXPECT_EQ(unit.tours, source.tours);
+
+    // Each setting went out in the frame the page's own Set button sends for
+    // the values the pages now show (the read-back filled them).
+    std::map<int, Message_> restored;
+    for (const Message_& write : rig.writes()) {
+        restored[write[0] << 8 | (write[0] == 0x9C ? write[1] : 0)] = write;
+    }
+    const std::pair<const char*, int> buttons[] = {
+        {"SetRateBut", 0x9200},   {"SetCMaxBut", 0x9C00},  {"SetIMaxBut", 0x9C40},
+        {"SetPStepBut", 0xA100},  {"SetTStepBut", 0xA200}, {"SetTOBut", 0x9600},
+        {"SetRevBut", 0x9500},    {"SetEncBut", 0xA500},   {"SetCorBut", 0x8000},
+        {"SetLensBut", 0x6100},   {"SetCamBut", 0x6000},   {"SetCamTOBut", 0x6500},
+        {"StoreInitBut", 0x6400}, {"AngStorBut", 0x7000},  {"NameStoreBut", 0x7100},
+    };
+    for (const auto& [button, key] : buttons) {
+        ASSERT_EQ(restored.count(key), 1u) << button;
+        rig.line.clear();
+        rig.find<QAbstractButton>(QLatin1String(button))->click();
+        ASSERT_TRUE(rig.waitFor([&] { return !rig.line.messages(false).empty(); })) << button;
+        EXPECT_EQ(rig.line.messages(false).front(), restored[key]) << button;
+    }
+}
+
+// A lens whose motor is off never gets there: the restore gives up on it
+// once the reports stand still, and names the preset.
+TEST(RestoreUnit, NamesAPresetWhoseLensCannotMove) {
+    CommissioningRig rig;
+    rig.unit.state().settings.lensConfig[1] = 0x08;  // camera 2: focus only
+    ASSERT_TRUE(rig.connect());
+    rig.trigger("MenuSaveUnit");
+    UnitSettings file = rig.saved();
+    file.presets[9] = {0, 0, {128, 128, 50, 128}};
+    rig.writeFile(writeSettingsText(file));
+
+    QElapsedTimer took;
+    took.start();
+    rig.trigger("MenuRestoreUnit");
+    EXPECT_GE(took.elapsed(), PlatformMover::kStillMs);
+    EXPECT_EQ(rig.lastMessage(),
+              QStringLiteral("Restore Unit Settings: The unit did not take 1 of the values: "
+                             "presets/9 (file 0.00 0.00 128 128 50 128, unit 0.00 0.00 0 0 0 0)."));
+    EXPECT_FALSE(rig.unit.state().presets.at(9).hasLens());
+}

@@ -1,0 +1,234 @@
+#include <gtest/gtest.h>
+
+#include <QDir>
+#include <QFile>
+#include <string>
+
+#include "commissioning/settings_text.h"
+
+using namespace halvex::commissioning;
+
+namespace {
+
+// A unit with a value in every setting, at the ends of the ranges, odd
+// presets and tours, so that a lost or bent value cannot go unnoticed.
+UnitSettings sample(int controllerType = 0) {
+    UnitSettings settings;
+    settings.identity = {7, controllerType, 2, 10, 2026, 11, 25};
+    settings.saved = "2026-11-25 14:37:05";
+    for (const SettingGroup& group : settingGroups()) {
+        if (!appliesTo(group, controllerType)) {
+            continue;
+        }
+        std::vector<std::int32_t> values;
+        for (std::size_t i = 0; i < group.fields.size(); ++i) {
+            values.push_back(i % 2 == 0 ? group.fields[i].maximum : group.fields[i].minimum);
+        }
+        settings.setGroupValues(group, values);
+    }
+    settings.values["speeds/pan-ramp"] = 40;
+    settings.values["offsets/pan-offset"] = -1234;
+    settings.values["cameras/camera1-baud"] = 7;
+    settings.values["housekeeping/heater"] = 2;
+    for (int n = 0; n < kPresets; ++n) {
+        settings.presets[static_cast<std::size_t>(n)] = {
+            -12345 + n * 100, 4500 - n, {static_cast<halvex::Byte>(n), 1, 0, 255}};
+    }
+    settings.tours[0] = {{5 | 0x40, 10 | 0x80}, {63 | 0xC0, 0}, {0, 127}};
+    settings.tours[2] = std::vector<TourStep>(kMostTourSteps, TourStep{31, 5});
+    return settings;
+}
+
+std::string replaced(std::string text, const std::string& from, const std::string& to) {
+    const auto at = text.find(from);
+    EXPECT_NE(at, std::string::npos) << from;
+    return at == std::string::npos ? text : text.replace(at, from.size(), to);
+}
+
+std::string problemWith(const std::string& text) {
+    const SettingsRead read = readSettingsText(text);
+    EXPECT_FALSE(read.settings.has_value()) << "accepted:\n" << text;
+    return read.problem;
+}
+
+}  // namespace
+
+TEST(SettingsFile, KeepsEveryValueOfEachControllerType) {
+    for (int type : {0, 1, 2}) {
+        const UnitSettings settings = sample(type);
+        const std::string text = writeSettingsText(settings);
+        const SettingsRead read = readSettingsText(text);
+        ASSERT_TRUE(read.settings.has_value()) << "type " << type << ": " << read.problem;
+        EXPECT_EQ(*read.settings, settings) << "type " << type;
+        // Video settings only for the types that have that hardware.
+        EXPECT_EQ(text.find("routing = ") != std::string::npos, type == 0);
+        EXPECT_EQ(text.find("legacy-video = ") != std::string::npos, type == 2);
+        EXPECT_EQ(text.find("camera1-aux-1 = ") != std::string::npos, type != 1);
+    }
+    // A unit whose clock was never set, at firmware 0.00, and at address 0.
+    UnitSettings fresh = sample();
+    fresh.identity = {0, 0, 0, 0, 2000, 0, 0};
+    const std::string freshText = writeSettingsText(fresh);
+    EXPECT_NE(freshText.find("\nclock-date = 2000-00-00\n"), std::string::npos);
+    EXPECT_NE(freshText.find("\nfirmware = 0.00\n"), std::string::npos);
+    EXPECT_EQ(readSettingsText(freshText).settings, fresh);
+    // Spelled as the pages show them.
+    const std::string text = writeSettingsText(sample());
+    for (const char* line :
+         {"\naddress = 7\n", "\nfirmware = 2.10\n", "\nclock-date = 2026-11-25\n",
+          "\npan-ramp = 40\n", "\npan-offset = -12.34\n", "\ncamera1-baud = 115.2\n",
+          "\nheater = full-power\n", "\nblank-vout-2 = yes\n", "\n7 = -116.45 44.93 7 1 0 255\n",
+          "\n1 = 5/1/10/yes 63/3/0/no 0/0/127/no\n", "\n2 =\n", "\nend\n"}) {
+        EXPECT_NE(text.find(line), std::string::npos) << line;
+    }
+    // Reference values come last, apart from what is written back.
+    EXPECT_GT(text.find("[reference]"), text.find("[tours]"));
+}
+
+TEST(SettingsFile, RefusesAFileCutAnywhere) {
+    const std::string text = writeSettingsText(sample());
+    const auto formatEnd = text.find(kFormatLine) + std::string(kFormatLine).size();
+    for (std::size_t length = 0; length < text.size() - 1; ++length) {
+        const std::string cut = text.substr(0, length);
+        const std::string problem = problemWith(cut);
+        ASSERT_FALSE(problem.empty()) << length;
+        if (length > formatEnd) {
+            ASSERT_NE(problem.find("cut short"), std::string::npos) << length << ": " << problem;
+        }
+    }
+    EXPECT_TRUE(readSettingsText(text).settings.has_value());
+}
+
+TEST(SettingsFile, NamesWhatIsWrongWithAValue) {
+    const std::string text = writeSettingsText(sample());
+    const struct {
+        std::string from;
+        std::string to;
+        std::string problem;
+    } cases[] = {
+        {"pan-ramp = 40", "pan-ramp = 0", "speeds/pan-ramp is 0, outside 1..255"},
+        {"pan-ramp = 40", "pan-ramp = 256", "speeds/pan-ramp is 256, outside 1..255"},
+        {"pan-ramp = 40", "pan-ramp = 4O", "speeds/pan-ramp '4O' is not a valid value"},
+        {"pan-ramp = 40", "pan-ramp = +40", "not a valid value"},
+        {"pan-ramp = 40", "pan-ramp = 1234567890", "not a valid value"},
+        {"pan-offset = -12.34", "pan-offset = 360.01",
+         "offsets/pan-offset is 360.01, outside -360.00..360.00"},
+        {"pan-offset = -12.34", "pan-offset = -12.345", "not a valid value"},
+        {"pan-offset = -12.34", "pan-offset = 12.", "not a valid value"},
+        {"pan-offset = -12.34", "pan-offset = --1", "not a valid value"},
+        {"heater = full-power", "heater = hot",
+         "housekeeping/heater is 'hot', not one of disabled, share-power, full-power"},
+        {"blank-vout-2 = yes", "blank-vout-2 = maybe",
+         "video/blank-vout-2 is 'maybe', not yes or no"},
+        {"address = 7", "address = 100", "unit/address is 100, outside 0..99"},
+        {"firmware = 2.10", "firmware = 2", "unit/firmware '2' is not a valid value"},
+        {"clock-date = 2026-11-25", "clock-date = 1999-11-25", "outside 2000..2255"},
+        {"controller-type = 0", "controller-type = 4", "outside 0..3"},
+        {"pan-ramp = 40", "pan-ramp = 40\npan-ramp = 41", "speeds/pan-ramp comes twice"},
+        {"pan-ramp = 40", "pan-rampe = 40", "unknown setting speeds/pan-rampe"},
+        {"pan-ramp = 40\n", "", "the setting speeds/pan-ramp is missing"},
+        {"pan-ramp = 40", "pan-ramp 40", "expected 'name = value'"},
+        {"[speeds]", "[speed]", "unknown section [speed]"},
+        {"[lenses]", "[speeds]", "the section [speeds] comes twice"},
+        {"[unit]\n", "", "a setting before the first [section]"},
+        {"7 = -116.45 44.93 7 1 0 255", "7 = -116.45 44.93 7 1 0", "presets/7 needs six values"},
+        {"7 = -116.45 44.93 7 1 0 255", "7 = -116.45 44.93 7 1 0 256",
+         "presets/7 lens is 256, outside 0..255"},
+        {"7 = -116.45 44.93 7 1 0 255", "7 = 540.01 44.93 7 1 0 255",
+         "presets/7 pan is 540.01, outside"},
+        {"1 = 5/1/10/yes", "1 = 5/1/10/y", "tours/1 step '5/1/10/y' is not preset/camera"},
+        {"1 = 5/1/10/yes", "1 = 5/1/128/yes", "tours/1 dwell is 128, outside 0..127"},
+        {"1 = 5/1/10/yes", "1 = 64/1/10/yes", "tours/1 preset is 64, outside 0..63"},
+        {"3 = 31/0/5/no", "3 = 31/0/5/no 31/0/5/no", "tours/3 has more than 63 steps"},
+        {"\nend\n", "\nend\naddress = 1\n", "there is more after the line 'end'"},
+        {kFormatLine, "halvex-unit-settings 2", "newer format"},
+        {kFormatLine, "Halvex unit settings", "it is not a unit settings file"},
+    };
+    for (const auto& c : cases) {
+        const std::string problem = problemWith(replaced(text, c.from, c.to));
+        EXPECT_NE(problem.find(c.problem), std::string::npos)
+            << c.from << " -> " << c.to << ": " << problem;
+        // Problems within the file name their line.
+        if (c.to.find("halvex") == std::string::npos && c.from != kFormatLine &&
+            c.problem.find("missing") == std::string::npos) {
+            EXPECT_EQ(problem.rfind("line ", 0), 0u) << problem;
+        }
+    }
+    // Hand edits in another spacing are fine; the format line must lead.
+    EXPECT_TRUE(readSettingsText(replaced(replaced(text, "pan-ramp = 40", "\tpan-ramp=40  \r"),
+                                          "7 = -116.45 44.93", "7 =  -116.45\t44.93"))
+                    .settings.has_value());
+    EXPECT_EQ(problemWith(""), "it is not a unit settings file");
+    EXPECT_EQ(problemWith(std::string(kMostBytes + 1, '#')),
+              "it is larger than any unit settings file");
+}
+
+// The inputs the file fuzzer keeps: none may crash the reader, and what it
+// accepts it writes back the same.
+TEST(SettingsFile, ReplaysTheFuzzerCases) {
+    int files = 0;
+    for (const char* folder : {"settings-corpus", "settings-regressions"}) {
+        const QDir dir(QStringLiteral(HALVEX_FUZZ_CASES "/") + QString::fromLatin1(folder));
+        for (const QString& name : dir.entryList(QDir::Files)) {
+            QFile file(dir.filePath(name));
+            ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+            const QByteArray bytes = file.readAll();
+            const SettingsRead read =
+                readSettingsText(std::string_view(bytes.constData(), bytes.size()));
+            if (read.settings) {
+                EXPECT_EQ(readSettingsText(writeSettingsText(*read.settings)).settings,
+                          read.settings)
+                    << name.toStdString();
+            }
+            ++files;
+        }
+    }
+    EXPECT_GT(files, 0);
+}
+
+// A value the unit takes is never refused and one its field cannot hold is
+// never accepted: each range fits its bits, and is the whole field unless
+// the unit (or the page's control, checked with the pages) says less.
+TEST(SettingsTable, RangesFitTheirFieldsAndWhatTheUnitTakes) {
+    const std::map<std::string, std::pair<std::int32_t, std::int32_t>> narrower = {
+        {"cameras/camera1-response-timeout", {1, 100}},
+        {"cameras/camera2-response-timeout", {1, 100}},
+        {"offsets/pan-offset", {-36000, 36000}},
+        {"offsets/tilt-offset", {-18000, 18000}},
+        {"soft-limits/cw", {-54000, 54000}},
+        {"soft-limits/ccw", {-54000, 54000}},
+        {"soft-limits/up", {-27000, 27000}},
+        {"soft-limits/down", {-27000, 27000}},
+        {"housekeeping/heater", {0, 2}},
+        {"housekeeping/comm-timeout", {0, 120}},
+    };
+    for (const SettingGroup& group : settingGroups()) {
+        for (const SettingField& field : group.fields) {
+            const std::string key = settingKey(group, field);
+            SCOPED_TRACE(key);
+            if (field.width == 24) {
+                EXPECT_GE(field.minimum, -(1 << 23));
+                EXPECT_LE(field.maximum, (1 << 23) - 1);
+            } else {
+                EXPECT_GE(field.minimum, 0);
+                EXPECT_LE(field.maximum, (1 << field.width) - 1);
+            }
+            if (field.style == Style::YesNo) {
+                EXPECT_EQ(field.width, 1);
+                EXPECT_EQ(field.maximum, 1);
+            }
+            if (field.style == Style::Choice) {
+                EXPECT_EQ(static_cast<std::size_t>(field.maximum) + 1, field.choices.size());
+            }
+            if (const auto found = narrower.find(key); found != narrower.end()) {
+                EXPECT_EQ(field.minimum, found->second.first);
+                EXPECT_EQ(field.maximum, found->second.second);
+            } else if (group.section != "speeds" && group.section != "factory" &&
+                       group.section != "display" && field.width <= 8) {
+                // The page-control ranges are checked with the pages.
+                EXPECT_EQ(field.minimum, 0);
+                EXPECT_EQ(field.maximum, (1 << field.width) - 1);
+            }
+        }
+    }
+}
