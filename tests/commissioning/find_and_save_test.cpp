@@ -2,6 +2,7 @@
 
 #include <QLineEdit>
 #include <QListWidget>
+#include <QProgressBar>
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QTimer>
@@ -115,6 +116,7 @@ TEST(SaveUnit, WritesEverythingTheUnitHoldsAndLeavesThePagesShowingIt) {
     sim::UnitState& unit = rig.unit.state();
     unit.settings.panRates.ramp = 77;
     unit.settings.tiltJogTop = 99;
+    unit.settings.panJogTop = 0x20;  // no bit of its own that marks the variant
     unit.settings.panOffset = -1250;
     unit.settings.cameraComm = {0x2B, 0x41};
     unit.presets.at(3) = sim::Preset{1234, -567, {10, 20, 30, 40}};
@@ -128,6 +130,7 @@ TEST(SaveUnit, WritesEverythingTheUnitHoldsAndLeavesThePagesShowingIt) {
     EXPECT_EQ(saved.identity.firmwareMajor, 2);
     EXPECT_EQ(saved.values.at("speeds/pan-ramp"), 77);
     EXPECT_EQ(saved.values.at("speeds/tilt-second-top-speed"), 99);
+    EXPECT_EQ(saved.values.at("speeds/pan-second-top-speed"), 0x20);
     EXPECT_EQ(saved.values.at("offsets/pan-offset"), -1250);
     EXPECT_EQ(saved.values.at("cameras/camera1-baud"), 3);
     EXPECT_EQ(saved.values.at("cameras/camera1-format"), 1);
@@ -228,4 +231,77 @@ TEST(SettingsRanges, AreThoseOfThePagesControls) {
     // The heater's choices are its visible options.
     EXPECT_EQ(fields["housekeeping/heater"]->choices.size(), 3u);
     EXPECT_FALSE(rig.find<QRadioButton>(QStringLiteral("HeatOp_3"))->isVisibleTo(rig.window.get()));
+}
+
+// A new unit saved: every question byte for byte, and the file line for line
+// (but for the dates, which change), as an operator reads and edits it.
+TEST(SaveUnit, AsksExactlyTheseQuestionsAndWritesANewUnitThisWay) {
+    CommissioningRig rig;
+    ASSERT_TRUE(rig.connect());
+    rig.line.clear();
+    // The progress bar, looked at all through the save.
+    int most = 0;
+    int highest = 0;
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, [&] {
+        if (const auto* bar =
+                rig.window->findChild<QProgressBar*>(QStringLiteral("CommissioningProgress"))) {
+            if (bar->value() > highest) {  // (a new bar counts to 100 until it is set up)
+                highest = bar->value();
+                most = bar->maximum();
+            }
+        }
+    });
+    watch.start(1);
+    rig.trigger("MenuSaveUnit");
+    watch.stop();
+    // One step a setting group, preset and tour; the last one shown is the
+    // one before the end.
+    EXPECT_EQ(most, 22 + 32 + 3);
+    EXPECT_EQ(highest, most - 1);
+
+    std::vector<Message_> expected = {{0x9A},
+                                      {0x92, 0x80, 0, 0, 0, 0, 0, 0, 0},
+                                      {0x9C, 0x80, 0, 0},
+                                      {0x9C, 0xC0, 0, 0},
+                                      {0xA1, 0x80, 0, 0, 0, 0},
+                                      {0xA2, 0x80, 0, 0, 0, 0},
+                                      {0x96, 0x80},
+                                      {0x97, 0x80},
+                                      {0x95, 0x80},
+                                      {0xA5, 0x80, 0, 0, 0, 0},
+                                      {0x85},
+                                      {0x81, 0x80},
+                                      {0x81, 0x81},
+                                      {0x81, 0x82},
+                                      {0x81, 0x83},
+                                      {0x61, 0x80, 0, 0, 0, 0, 0},
+                                      {0x60, 0x80, 0},
+                                      {0x65, 0x80, 0},
+                                      {0x64, 0x80, 0},
+                                      {0x66, 0x80},
+                                      {0x70, 0x80},
+                                      {0x71, 0x80},
+                                      {0x90}};
+    for (Byte preset = 0; preset < 32; ++preset) {
+        expected.push_back({0x40, preset});
+    }
+    // The tours, and tour 0 again so that the Presets page shows it.
+    for (const Message_& tour : std::vector<Message_>{{0x56, 2}, {0x56, 1}, {0x56, 0}, {0x56, 0}}) {
+        expected.push_back(tour);
+    }
+    EXPECT_EQ(rig.line.messages(false), expected);
+
+    QFile file(QStringLiteral(COMMISSIONING_TEST_DATA "/new_unit_settings.txt"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QStringList wanted = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
+    QStringList written = QString::fromStdString(rig.fileText()).split(QLatin1Char('\n'));
+    written.removeIf([](const QString& line) {
+        return line.startsWith(QStringLiteral("clock-date = ")) ||
+               line.startsWith(QStringLiteral("saved = "));
+    });
+    ASSERT_EQ(written.size(), wanted.size());
+    for (qsizetype i = 0; i < wanted.size(); ++i) {
+        EXPECT_EQ(written[i], wanted[i]) << "line " << i + 1;
+    }
 }
