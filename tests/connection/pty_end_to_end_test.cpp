@@ -77,3 +77,15 @@ TEST(EndToEnd, ConsoleLetsGoOfAnUnpluggedUnitAndTakesItBackByItself) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return console.titleEnds(" Online"); }, 10000));
     EXPECT_TRUE(console.shown.empty()) << "a message box for a lost port";
 }
+
+TEST(EndToEnd, TheVirtualUnitRestsWhenNobodyFeedsItLineCommandsAnyMore) {
+    SimProcess sim({QStringLiteral("--control")});
+    ASSERT_FALSE(sim.device().isEmpty());
+    sim.endInput();
+    QTest::qWait(300);
+    const long before = sim.cpuTicks();
+    ASSERT_GE(before, 0);
+    QTest::qWait(2000);
+    // Ticks are hundredths of a second: 10 in 2 s is 5 % of a core.
+    EXPECT_LT(sim.cpuTicks() - before, 10) << "halvex-sim spins on its ended input";
+}

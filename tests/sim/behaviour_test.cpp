@@ -47,7 +47,9 @@ TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
         {{0x66, 0x1A}, {0x66, 0x0A}},  // four outputs
         {{0x66, 0x80}, {0x66, 0x0A}},
         {{0x92, 20, 33, 20, 0, 20, 44, 20}, {0x92, 20, 33, 20, 0, 20, 44, 20}},
-        {{0x86}, {0x86, 33, 44}}};  // the ramps alone
+        {{0x86}, {0x86, 33, 44}},  // the ramps alone
+        // Here stored as preset 4, the lenses in the middle of their travel.
+        {{0x42, 4}, {0x42, 4, 0, 0, 0, 0, 0, 0, 0x80, 0x80, 0x80, 0x80}}};
     UnitHarness unit;
     for (const Step& step : steps) {
         SCOPED_TRACE(::testing::Message() << "command 0x" << std::hex << int(step.send[0]));
@@ -231,6 +233,14 @@ TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
     unit.exchange({0x62, 3, 0x81, 0x7E, 0xFF});
     unit.advance(100);
     EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x60, 0x02, 0xFF}));
+    // Broadcasts: address set gives the camera address 1, interface clear
+    // comes back as sent.
+    unit.exchange({0x62, 4, 0x88, 0x30, 0x01, 0xFF});
+    unit.advance(100);
+    EXPECT_EQ(camera1(), (std::vector<Byte>{0x88, 0x30, 0x02, 0xFF}));
+    unit.exchange({0x62, 5, 0x88, 0x01, 0x00, 0x01, 0xFF});
+    unit.advance(100);
+    EXPECT_EQ(camera1(), (std::vector<Byte>{0x88, 0x01, 0x00, 0x01, 0xFF}));
 
     std::vector<Byte> text{0x62, 60};
     for (int i = 0; i < 60; ++i) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QFile>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
@@ -50,6 +51,22 @@ class SimProcess {
     void say(const QString& line) {
         process_.write((line + QLatin1Char('\n')).toLocal8Bit());
         process_.waitForBytesWritten(1000);
+    }
+
+    // Its standard input ends, as when whatever fed it line commands quits.
+    void endInput() { process_.closeWriteChannel(); }
+
+    // Processor time it has used so far, in clock ticks (from /proc).
+    long cpuTicks() const {
+        QFile stat(QStringLiteral("/proc/%1/stat").arg(process_.processId()));
+        if (!stat.open(QIODevice::ReadOnly)) {
+            return -1;
+        }
+        // The fields after the name, which is in parentheses: utime and stime
+        // are the 12th and 13th of them.
+        const QByteArray line = stat.readAll();
+        const QList<QByteArray> fields = line.mid(line.lastIndexOf(')') + 2).split(' ');
+        return fields.size() > 12 ? fields[11].toLong() + fields[12].toLong() : -1;
     }
 
   private:
