@@ -90,8 +90,10 @@ QSize LedDisplay::sizeHint() const {
 }
 
 QSize LedDisplay::minimumSizeHint() const {
+    // A squeezed panel shrinks its digits with it; below this they stop
+    // being readable at a glance, so a layout may not squeeze it further.
     const QSize hint = sizeHint();
-    return {hint.width() / 2, hint.height() * 2 / 3};
+    return {hint.width() * 17 / 20, hint.height()};
 }
 
 void LedDisplay::paintEvent(QPaintEvent*) {
