@@ -196,7 +196,7 @@ QWidget* PanTiltPage::buildJogGroup() {
     // where it is being pushed.
     Gauge = named(new PanGauge(group), QStringLiteral("PanGauge"));
     Gauge->setRange(-180.0, 180.0);
-    Gauge->setMinimumSize(130, 130);
+    Gauge->setMinimumSize(152, 152);
     PanSloCheck = named(new QCheckBox(QStringLiteral("Pan Low Speed Jog"), group),
                         QStringLiteral("PanSloCheck"));
     TiltSloCheck = named(new QCheckBox(QStringLiteral("Tilt Low Speed Jog"), group),
