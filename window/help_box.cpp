@@ -3,6 +3,7 @@
 #include <QVBoxLayout>
 
 #include "help/rtf_reader.h"
+#include "window/window_placement.h"
 
 namespace halvex {
 
@@ -20,7 +21,7 @@ HelpBox::HelpBox(QWidget* parent) : QWidget(parent) {
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(RichTextBox1, 1);
     layout->addWidget(Command1, 0, Qt::AlignRight);
-    resize(640, 560);
+    new WindowPlacement(*this, QStringLiteral("Help"), QSize(640, 560));
 }
 
 bool HelpBox::showHelp(const QString& path, const QString& title, QString* error) {

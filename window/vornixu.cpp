@@ -22,8 +22,10 @@
 #include "window/console_rotator.h"
 #include "window/data_watch.h"
 #include "window/network_control.h"
+#include "window/palette_choice.h"
 #include "window/positioning_pages.h"
 #include "window/setup_features.h"
+#include "window/window_placement.h"
 
 namespace halvex {
 
@@ -71,7 +73,7 @@ VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, int linkTickMs
     connect(portSelection_, &PortSelection::settingsError, this, [this](const QString& message) {
         messages_.exclamation(QStringLiteral("Settings File"), message);
     });
-    resize(1180, 760);
+    new WindowPlacement(*this, QStringLiteral("Main"), QSize(1180, 760));
 }
 
 VornixU::~VornixU() {
@@ -105,6 +107,9 @@ void VornixU::buildMenus() {
         dataWatch_->show();
         dataWatch_->raise();
     });
+    viewMenu->addSeparator();
+    new PaletteChoice(*viewMenu, this);
+    addFullScreenEntry(*viewMenu, *this);
 }
 
 void VornixU::buildCentralArea() {
