@@ -65,7 +65,7 @@ class FullScreenMark : public QObject {
 }  // namespace
 
 QRect placeOnScreens(const QRect& saved, const QList<QRect>& workAreas, const QSize& minimum,
-                     const QSize& frame) {
+                     const QMargins& frame) {
     if (workAreas.isEmpty()) {
         return saved;
     }
@@ -74,10 +74,8 @@ QRect placeOnScreens(const QRect& saved, const QList<QRect>& workAreas, const QS
     });
     const bool screenGone = holder == workAreas.cend();
     const QRect area = screenGone ? workAreas.front() : *holder;
-    // The inside of the window, with room for the borders either side and
-    // below and the title bar above.
-    const int border = frame.width() / 2;
-    const QRect inside = area.adjusted(border, frame.height() - border, -border, -border);
+    // Where the inside of the window may go, its frame still on the screen.
+    const QRect inside = area - frame;
     const QSize size = saved.size().boundedTo(inside.size()).expandedTo(minimum);
     QRect placed(saved.topLeft(), size);
     if (screenGone) {
@@ -98,25 +96,35 @@ WindowPlacement::WindowPlacement(QWidget& window, const QString& key, const QSiz
     });
 }
 
-QSize WindowPlacement::frameAllowance() {
-    return {16, 48};
+QMargins WindowPlacement::frameAllowance() {
+    return {8, 40, 8, 8};
 }
 
 void WindowPlacement::restore(const QSize& firstSize) {
     const auto settings = userSettings();
     settings->beginGroup(group(key_));
     const QRect saved = settings->value(QStringLiteral("geometry")).toRect();
+    const QRect framed = settings->value(QStringLiteral("frame")).toRect();
+    // The frame the window manager drew around it last time, when it looks
+    // like one: a window near the top of the screen then stays there.
+    QMargins frame(saved.left() - framed.left(), saved.top() - framed.top(),
+                   framed.right() - saved.right(), framed.bottom() - saved.bottom());
+    constexpr int kWidestFrame = 100;
+    if (!framed.contains(saved) ||
+        std::max({frame.left(), frame.top(), frame.right(), frame.bottom()}) > kWidestFrame) {
+        frame = frameAllowance();
+    }
     const QSize minimum = window_.minimumSizeHint().expandedTo(window_.minimumSize());
     const QList<QRect> areas = workAreas();
     if (!saved.isValid()) {
         QSize size = firstSize;
         if (!areas.isEmpty()) {
-            size = size.boundedTo(areas.front().size() - frameAllowance());
+            size = size.boundedTo((areas.front() - frame).size());
         }
         window_.resize(size.expandedTo(minimum));
         return;
     }
-    window_.setGeometry(placeOnScreens(saved, areas, minimum, frameAllowance()));
+    window_.setGeometry(placeOnScreens(saved, areas, minimum, frame));
     if (settings->value(QStringLiteral("fullScreen")).toBool()) {
         window_.setWindowState(Qt::WindowFullScreen);
     } else if (settings->value(QStringLiteral("maximized")).toBool()) {
@@ -131,6 +139,9 @@ void WindowPlacement::save() const {
     settings->setValue(QStringLiteral("geometry"), window_.normalGeometry());
     settings->setValue(QStringLiteral("maximized"), window_.isMaximized());
     settings->setValue(QStringLiteral("fullScreen"), window_.isFullScreen());
+    if (window_.windowState() == Qt::WindowNoState) {
+        settings->setValue(QStringLiteral("frame"), window_.frameGeometry());
+    }
 }
 
 bool WindowPlacement::eventFilter(QObject* watched, QEvent* event) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QList>
+#include <QMargins>
 #include <QObject>
 #include <QRect>
 #include <QString>
@@ -15,11 +16,11 @@ namespace halvex {
 // given the work areas of the screens there are now, the primary screen's
 // first. A window whose middle still lies on one of them stays where it was;
 // one whose screen is gone comes back in the middle of the primary screen.
-// Either way it is made to fit its screen's work area, leaving `frame` for
-// the window manager's title bar and borders, but never smaller than
-// `minimum`. With no screens at all, `saved` is returned as it is.
+// Either way it is made to fit its screen's work area with its `frame` (the
+// window manager's title bar and borders) around it, but is never made
+// smaller than `minimum`. With no screens at all, `saved` is returned as it is.
 QRect placeOnScreens(const QRect& saved, const QList<QRect>& workAreas, const QSize& minimum,
-                     const QSize& frame);
+                     const QMargins& frame);
 
 // Remembers a top-level window's size, position, and maximised and full
 // screen states for the user under "Windows/<key>", and puts the window back
@@ -36,8 +37,8 @@ class WindowPlacement : public QObject {
     void save() const;
 
     // Room left around a window's inside for the title bar and borders, where
-    // the window manager has not said yet.
-    static QSize frameAllowance();
+    // the window manager has not shown how much it takes.
+    static QMargins frameAllowance();
 
   protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

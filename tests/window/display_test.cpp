@@ -53,7 +53,7 @@ TEST(PlaceOnScreens, KeepsAPlaceOnAScreenAndBringsBackOneWhoseScreenIsGone) {
     const QRect laptop(0, 0, 1366, 740);  // work areas: a panel takes the bottom 28 pixels
     const QRect large(1366, 0, 2560, 1410);
     const QSize minimum(968, 684);
-    const QSize frame(16, 48);  // 8 each side and below, 40 for the title bar
+    const QMargins frame(8, 40, 8, 8);  // 40 for the title bar
     struct Case {
         const char* what;
         QRect saved;
@@ -112,6 +112,21 @@ TEST_F(ViewSettings, TheMainWindowComesBackOnTheScreenItWasClosedOnMaximisedOrNo
         << "back to " << rig.window->geometry().x() << "," << rig.window->geometry().y();
 }
 
+TEST_F(ViewSettings, AWindowRightUnderTheTopOfItsScreenStaysThere) {
+    // Its title bar is as tall as the window manager drew it, not as tall as
+    // one is taken to be before the window manager has drawn any.
+    const QRect nearTop(300, 12, 1000, 690);
+    {
+        ConsoleRig rig;
+        rig.window->setGeometry(nearTop);
+        ASSERT_LT(rig.window->geometry().top() - rig.window->frameGeometry().top(),
+                  WindowPlacement::frameAllowance().top());
+        rig.window->close();
+    }
+    ConsoleRig rig;
+    EXPECT_EQ(rig.window->geometry(), nearTop);
+}
+
 TEST_F(ViewSettings, AWindowWhoseScreenIsGoneComesBackOnTheLaptopAndFitsIt) {
     // Kept while a screen to the right of the large one was plugged in.
     userFile().setValue(QStringLiteral("Windows/Main/geometry"), QRect(4200, 300, 2000, 1100));
@@ -127,7 +142,8 @@ TEST_F(ViewSettings, AFirstWindowIsAsRoomyAsItsScreenAllows) {
     ConsoleRig rig;
     const QSize work = QGuiApplication::primaryScreen()->availableSize();
     EXPECT_EQ(rig.window->width(), 1180);
-    EXPECT_EQ(rig.window->height(), work.height() - WindowPlacement::frameAllowance().height());
+    const QMargins frame = WindowPlacement::frameAllowance();
+    EXPECT_EQ(rig.window->height(), work.height() - frame.top() - frame.bottom());
 }
 
 TEST_F(ViewSettings, DataWatchAndHelpWindowsKeepTheirPlaces) {
