@@ -16,6 +16,7 @@
 #include "positioning/motion_commands.h"
 #include "protocol/qt_serial_port.h"
 #include "views/pages/camera_page.h"
+#include "views/pages/page_parts.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/lamp_pictures.h"
 #include "window/camera_features.h"
@@ -186,7 +187,10 @@ void VornixU::installFeatures() {
         camera_,  setup.video,         setup.setup,         setup.factory};
     for (int i = 0; i < kPageCount; ++i) {
         QWidget* page = pages[i] != nullptr ? pages[i] : placeholderPage(tabs_, kPageCaptions[i]);
-        tabs_->addTab(page, QString::fromLatin1(kPageCaptions[i]));
+        // The jog box and the status lamps never scroll away; another page
+        // scrolls rather than make the window taller than the screen.
+        tabs_->addTab(i == pageIndex(Page::PanTilt) ? page : scrollingWhenSqueezed(page),
+                      QString::fromLatin1(kPageCaptions[i]));
     }
 
     ConnectionView view;

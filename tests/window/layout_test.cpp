@@ -9,6 +9,8 @@
 #include <QComboBox>
 #include <QLineEdit>
 #include <QRadioButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QStatusBar>
 #include <QStyleOptionButton>
 #include <QTabBar>
@@ -194,4 +196,29 @@ TEST_F(SmallScreen, FactoryControlsFitOnceTheAccessCodeUncoversThem) {
     ASSERT_TRUE(ConsoleRig::waitFor([&] { return !cover->isVisible(); }));
     checkInView(*rig.window, QStringLiteral("Factory, uncovered"));
     EXPECT_TRUE(rig.find<QWidget>(QStringLiteral("EncHomeBut"))->isVisible());
+}
+
+TEST_F(SmallScreen, APageThatOutgrowsTheWindowScrollsThePanTiltPageNeverDoes) {
+    const QSize least = rig.window->minimumSizeHint();
+    // At its smallest the window still shows the whole Pan/Tilt page: the jog
+    // box and the status lamps never scroll away.
+    rig.window->resize(least);
+    ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.window->size() == least; }));
+    checkInView(*rig.window, QStringLiteral("Pan/Tilt at the window's smallest"));
+
+    // A page grown past the window (a desktop with large type) scrolls
+    // instead of making the window taller than the screen.
+    rig.window->resize(kSmallScreen);
+    auto* setup = rig.find<QWidget>(QStringLiteral("SetupPage"));
+    QFont large = setup->font();
+    large.setPointSizeF(large.pointSizeF() * 2);
+    setup->setFont(large);
+    rig.window->SSTab1().setCurrentIndex(6);
+    auto* scroller = rig.find<QScrollArea>(QStringLiteral("SetupPageScroll"));
+    ASSERT_NE(scroller, nullptr);
+    EXPECT_TRUE(ConsoleRig::waitFor([&] { return scroller->verticalScrollBar()->maximum() > 0; }));
+    EXPECT_EQ(rig.window->minimumSizeHint(), least);
+    EXPECT_EQ(rig.window->size(), kSmallScreen);
+    EXPECT_TRUE(rig.window->statusBar()->isVisible());
+    setup->setFont(QFont());
 }
