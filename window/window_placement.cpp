@@ -38,7 +38,7 @@ QRect keptInside(QRect rect, const QRect& area) {
     return rect;
 }
 
-QString group(const QString& key) {
+QString settingsGroup(const QString& key) {
     return QStringLiteral("Windows/") + key;
 }
 
@@ -102,7 +102,7 @@ QMargins WindowPlacement::frameAllowance() {
 
 void WindowPlacement::restore(const QSize& firstSize) {
     const auto settings = userSettings();
-    settings->beginGroup(group(key_));
+    settings->beginGroup(settingsGroup(key_));
     const QRect saved = settings->value(QStringLiteral("geometry")).toRect();
     const QRect framed = settings->value(QStringLiteral("frame")).toRect();
     // The frame the window manager drew around it last time, when it looks
@@ -134,7 +134,7 @@ void WindowPlacement::restore(const QSize& firstSize) {
 
 void WindowPlacement::save() const {
     const auto settings = userSettings();
-    settings->beginGroup(group(key_));
+    settings->beginGroup(settingsGroup(key_));
     // The normal geometry: where the window goes back to from maximised.
     settings->setValue(QStringLiteral("geometry"), window_.normalGeometry());
     settings->setValue(QStringLiteral("maximized"), window_.isMaximized());
