@@ -77,7 +77,7 @@ QPalette nightPalette() {
     // Dim red on black: red light spares the eye's dark adaptation, and
     // nothing on the screen is brighter than the text.
     return paletteOf({.window = QColor(10, 0, 0),
-                      .text = QColor(170, 38, 26),
+                      .text = QColor(190, 44, 30),
                       .base = QColor(20, 2, 2),
                       .alternateBase = QColor(28, 4, 3),
                       .button = QColor(32, 5, 4),
@@ -87,12 +87,12 @@ QPalette nightPalette() {
                       .dark = QColor(6, 0, 0),
                       .shadow = QColor(0, 0, 0),
                       .highlight = QColor(88, 16, 10),
-                      .highlightedText = QColor(210, 64, 44),
+                      .highlightedText = QColor(228, 76, 52),
                       .link = QColor(190, 60, 40),
                       .linkVisited = QColor(150, 42, 30),
                       .brightText = QColor(210, 64, 44),
-                      .placeholder = QColor(100, 24, 16),
-                      .disabledText = QColor(88, 20, 14)});
+                      .placeholder = QColor(112, 26, 18),
+                      .disabledText = QColor(126, 30, 20)});
 }
 
 void applyPalette(Palette palette) {

@@ -10,6 +10,7 @@
 #include <QTextBlock>
 #include <QTextBrowser>
 #include <QTimer>
+#include <cmath>
 
 #include "tests/support/console_rig.h"
 #include "views/widgets/instrument_light.h"
@@ -243,6 +244,64 @@ TEST_F(ViewSettings, ThePaletteChosenIsUsedAndKeptForTheNextStart) {
     ConsoleRig odd;
     EXPECT_EQ(QApplication::palette().color(QPalette::Window), desktopWindow);
     EXPECT_TRUE(odd.find<QAction>(QStringLiteral("MenuPaletteDesktop"))->isChecked());
+}
+
+// Contrast ratio of two colours as the web's accessibility rules reckon it.
+double contrast(const QColor& a, const QColor& b) {
+    const auto luminance = [](const QColor& c) {
+        const auto channel = [](double v) {
+            return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * channel(c.redF()) + 0.7152 * channel(c.greenF()) +
+               0.0722 * channel(c.blueF());
+    };
+    const double la = luminance(a);
+    const double lb = luminance(b);
+    return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
+}
+
+TEST(Palettes, TextStandsOutAndTheNightPaletteIsDimRedOnBlack) {
+    using Role = QPalette::ColorRole;
+    const std::pair<Role, Role> pairs[] = {{QPalette::WindowText, QPalette::Window},
+                                           {QPalette::Text, QPalette::Base},
+                                           {QPalette::ButtonText, QPalette::Button},
+                                           {QPalette::HighlightedText, QPalette::Highlight}};
+    struct Case {
+        const char* name;
+        QPalette palette;
+        double live;  // the least contrast of text that can be used
+        double off;   // and of greyed-out text
+    };
+    // Dim red is dim by design: by night text stands out as large text must
+    // by day.
+    const Case cases[] = {{"dark", darkPalette(), 4.5, 2.5}, {"night", nightPalette(), 3.0, 1.8}};
+    for (const Case& c : cases) {
+        for (const auto& [text, ground] : pairs) {
+            const double live = contrast(c.palette.color(QPalette::Active, text),
+                                         c.palette.color(QPalette::Active, ground));
+            const double off = contrast(c.palette.color(QPalette::Disabled, text),
+                                        c.palette.color(QPalette::Disabled, ground));
+            EXPECT_GE(live, c.live) << c.name << " " << text;
+            EXPECT_GE(off, c.off) << c.name << " " << text;
+            EXPECT_LT(off, live) << c.name << " " << text;  // and is told from live text
+        }
+        EXPECT_GE(contrast(c.palette.color(QPalette::ToolTipText),
+                           c.palette.color(QPalette::ToolTipBase)),
+                  c.live)
+            << c.name;
+    }
+    // By night nothing is brighter than the text and every colour is red.
+    const QPalette night = nightPalette();
+    const int textLightness = night.color(QPalette::Text).lightness();
+    for (int role = 0; role < QPalette::NColorRoles; ++role) {
+        const auto r = static_cast<QPalette::ColorRole>(role);
+        if (r == QPalette::NoRole) {
+            continue;
+        }
+        const QColor c = night.color(QPalette::Active, r);
+        EXPECT_GE(c.red(), 2 * std::max(c.green(), c.blue())) << role;
+        EXPECT_LE(c.lightness(), textLightness + 30) << role;
+    }
 }
 
 TEST_F(ViewSettings, HelpTextColouredByTheFileStaysReadableInEachPalette) {
