@@ -35,6 +35,11 @@ TEST(DataWatch, SpinnerWalksTheCodeTableAndOnlyFramesOfTheWatchedCodeAreCaptured
     }
     EXPECT_EQ(seen.first(), QStringLiteral("31"));
     EXPECT_EQ(seen.last(), QStringLiteral("A2"));
+    // Upwards, each code once.
+    for (qsizetype i = 1; i < seen.size(); ++i) {
+        EXPECT_LT(seen[i - 1].toInt(nullptr, 16), seen[i].toInt(nullptr, 16))
+            << seen[i].toStdString();
+    }
     EXPECT_FALSE(seen.contains(QStringLiteral("3A")));
     while (label->text() != QStringLiteral("92")) {
         QTest::mouseClick(up, Qt::LeftButton);

@@ -189,13 +189,83 @@ TEST_F(SmallScreen, EveryPageShowsEveryControlWholeInEachPalette) {
 TEST_F(SmallScreen, FactoryControlsFitOnceTheAccessCodeUncoversThem) {
     QTabWidget& tabs = rig.window->SSTab1();
     tabs.setCurrentIndex(tabs.count() - 1);
+    // The cover lies over the whole page with its two controls whole in it.
     auto* cover = rig.find<QWidget>(QStringLiteral("PassFrame"));
     EXPECT_EQ(inView(cover, *rig.window), inWindow(cover, *rig.window));
+    EXPECT_EQ(cover->geometry(), cover->parentWidget()->rect());
+    auto* code = rig.find<QWidget>(QStringLiteral("PassText"));
+    auto* enter = rig.find<QWidget>(QStringLiteral("PassEntBut"));
+    for (const QWidget* control : {code, enter}) {
+        EXPECT_EQ(inView(control, *rig.window), inWindow(control, *rig.window));
+        EXPECT_FALSE(captionCut(control));
+    }
+    EXPECT_FALSE(inWindow(code, *rig.window).intersects(inWindow(enter, *rig.window)));
+    // It is drawn as a frame with its title, not as a bare patch of background.
+    const QImage look = cover->grab().toImage();
+    const QColor ground = look.pixelColor(look.width() / 2, look.height() / 3);
+    int drawn = 0;
+    for (int y = 0; y < 24; ++y) {
+        for (int x = 0; x < 160; ++x) {
+            drawn += look.pixelColor(x, y) != ground ? 1 : 0;
+        }
+    }
+    EXPECT_GT(drawn, 100) << "the title \"Enter Password\" is not drawn";
     rig.find<QLineEdit>(QStringLiteral("PassText"))->setText(QStringLiteral("7214"));
     rig.click(QStringLiteral("PassEntBut"));
     ASSERT_TRUE(ConsoleRig::waitFor([&] { return !cover->isVisible(); }));
     checkInView(*rig.window, QStringLiteral("Factory, uncovered"));
     EXPECT_TRUE(rig.find<QWidget>(QStringLiteral("EncHomeBut"))->isVisible());
+}
+
+// The labels whose text follows `scroll`: those that change when it moves.
+std::vector<QLabel*> readoutsOf(QScrollBar* scroll, QWidget& window) {
+    const QList<QLabel*> labels = window.findChildren<QLabel*>();
+    QStringList before;
+    for (const QLabel* label : labels) {
+        before << label->text();
+    }
+    const int was = scroll->value();
+    scroll->setValue(was < scroll->maximum() ? was + 1 : was - 1);
+    std::vector<QLabel*> changed;
+    for (qsizetype i = 0; i < labels.size(); ++i) {
+        if (labels[i]->text() != before[i]) {
+            changed.push_back(labels[i]);
+        }
+    }
+    scroll->setValue(was);
+    return changed;
+}
+
+TEST(ScrollBars, EachReadOutSitsJustRightOfItsScrollBar) {
+    // Offline: a moving bar sends nothing, and the pages keep their places.
+    ConsoleRig rig;
+    rig.window->resize(kSmallScreen);
+    QTabWidget& tabs = rig.window->SSTab1();
+    int checked = 0;
+    for (int page = 0; page < tabs.count(); ++page) {
+        tabs.setCurrentIndex(page);
+        QTest::qWait(20);
+        for (QScrollBar* scroll : tabs.currentWidget()->findChildren<QScrollBar*>()) {
+            if (scroll->objectName().isEmpty() || !scroll->isVisibleTo(rig.window.get())) {
+                continue;  // a list's own bars
+            }
+            const QRect bar = inWindow(scroll, *rig.window);
+            const std::vector<QLabel*> readouts = readoutsOf(scroll, *rig.window);
+            EXPECT_FALSE(readouts.empty()) << scroll->objectName().toStdString();
+            for (const QLabel* readout : readouts) {
+                const QRect place = inWindow(readout, *rig.window);
+                EXPECT_TRUE(place.center().y() >= bar.top() && place.center().y() <= bar.bottom())
+                    << readout->objectName().toStdString() << " is not on the row of "
+                    << scroll->objectName().toStdString();
+                const int gap = place.left() - bar.right();
+                EXPECT_TRUE(gap > 0 && gap <= 24)
+                    << readout->objectName().toStdString() << " is " << gap << " pixels from "
+                    << scroll->objectName().toStdString();
+            }
+            ++checked;
+        }
+    }
+    EXPECT_GE(checked, 26);  // every named scroll bar of the pages
 }
 
 TEST_F(SmallScreen, APageThatOutgrowsTheWindowScrollsThePanTiltPageNeverDoes) {
