@@ -2,6 +2,12 @@
 // virtual unit, for the README and for looking at a change without a desktop.
 //
 //   halvex-screenshots OUTPUT_DIR
+//       the README's pictures: every page roomy, the Port menu, the Data
+//       Watch, the help window, and the Pan/Tilt page on a small screen by
+//       day and by night
+//   halvex-screenshots --small-screen OUTPUT_DIR
+//       every page at 1024 x 700 in each palette, at 100, 150 and 200 %:
+//       OUTPUT_DIR/<scale>/<palette>/<page>.png
 
 #include <QApplication>
 #include <QComboBox>
@@ -12,6 +18,7 @@
 #include <QListWidget>
 #include <QMenu>
 #include <QPainter>
+#include <QProcess>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSettings>
@@ -149,40 +156,16 @@ bool saveLineLog(halvex::VornixU& window, const QString& out) {
 QString fileName(const QString& caption) {
     return caption.toLower().remove(QLatin1Char('/')).remove(QLatin1Char(' '));
 }
-}  // namespace
 
-int main(int argc, char* argv[]) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    QApplication app(argc, argv);
-    const QString out = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QStringLiteral(".");
-    QDir().mkpath(out);
-
-    // The settings file and the user's settings go to a scratch directory,
-    // not the caller's.
-    QTemporaryDir scratch;
-    QDir::setCurrent(scratch.path());
-    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, scratch.path());
-
-    halvex::sim::Unit unit;
-    auto* port = new halvex::InProcessPort(&unit);
-    halvex::VornixU window(port);
-    window.Form_Load();
-    window.resize(1240, 800);
-    window.show();
-    QTest::qWait(200);
-    bool ok = save(window, out + QStringLiteral("/offline.png"));
-    ok = savePortMenu(window, out + QStringLiteral("/portmenu.png")) && ok;
-    ok = saveNetworkDevice(window, out) && ok;
-
+// Connects to the virtual unit and leaves the console as an operator would:
+// presets and a tour stored, a move under way, the Camera page in use.
+bool prepare(halvex::VornixU& window) {
     window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
     if (!QTest::qWaitFor([&] { return window.windowTitle().endsWith(QStringLiteral(" Online")); },
                          60000)) {
         std::printf("the console did not come online\n");
-        return 1;
+        return false;
     }
-    // Some presets and a tour, as an operator would leave them.
     const double presets[][2] = {{-45.0, 10.0}, {30.5, -5.25}, {90.0, 0.0}, {-120.75, 22.5}};
     auto* presetList = window.findChild<QListWidget*>(QStringLiteral("PresetList"));
     for (int i = 0; i < 4; ++i) {
@@ -209,23 +192,63 @@ int main(int argc, char* argv[]) {
     window.panTiltPage().TiltDesLED->setValue(-10.0);
     window.panTiltPage().AbsoBut->click();
     QTest::qWait(1500);
+    // And the movement log something to list.
+    window.findChild<QPushButton*>(QStringLiteral("MoveMonBut"))->click();
+    window.panTiltPage().PanDesLED->setValue(-30.0);
+    window.panTiltPage().AbsoBut->click();
+    QTest::qWait(1500);
 
     useCameraPage(window);
+    return true;
+}
 
+// Every page and the uncovered Factory page, each as `name(page)` in `folder`.
+bool savePages(halvex::VornixU& window, const QString& folder) {
+    QDir().mkpath(folder);
     QTabWidget& tabs = window.SSTab1();
+    auto* cover = window.findChild<QWidget*>(QStringLiteral("PassFrame"));
+    cover->show();
+    bool ok = true;
     for (int i = 0; i < tabs.count(); ++i) {
         tabs.setCurrentIndex(i);
         QTest::qWait(300);
         if (tabs.tabText(i) == QStringLiteral("Camera")) {
             sendAndCatchAnswer(window);
         }
-        ok = save(window, out + QStringLiteral("/%1.png").arg(fileName(tabs.tabText(i)))) && ok;
+        ok = save(window, folder + QStringLiteral("/%1.png").arg(fileName(tabs.tabText(i)))) && ok;
     }
     // The factory controls, uncovered by the access code.
     window.findChild<QLineEdit*>(QStringLiteral("PassText"))->setText(QStringLiteral("7214"));
     window.findChild<QPushButton*>(QStringLiteral("PassEntBut"))->click();
     QTest::qWait(200);
-    ok = save(window, out + QStringLiteral("/factory-open.png")) && ok;
+    ok = save(window, folder + QStringLiteral("/factory-open.png")) && ok;
+    tabs.setCurrentIndex(0);
+    return ok;
+}
+
+const char* const kPalettes[] = {"Desktop", "Dark", "Night"};
+
+void choosePalette(halvex::VornixU& window, const char* palette) {
+    window.findChild<QAction*>(QStringLiteral("MenuPalette") + QLatin1String(palette))->trigger();
+    QTest::qWait(300);
+}
+
+// The README's pictures.
+int readmePictures(const QString& out) {
+    halvex::sim::Unit unit;
+    auto* port = new halvex::InProcessPort(&unit);
+    halvex::VornixU window(port);
+    window.Form_Load();
+    window.resize(1240, 800);
+    window.show();
+    QTest::qWait(200);
+    bool ok = save(window, out + QStringLiteral("/offline.png"));
+    ok = savePortMenu(window, out + QStringLiteral("/portmenu.png")) && ok;
+    ok = saveNetworkDevice(window, out) && ok;
+    if (!prepare(window)) {
+        return 1;
+    }
+    ok = savePages(window, out) && ok;
     ok = saveLineLog(window, out) && ok;
     window.dataWatch().show();
     window.dataWatch().resize(640, 220);
@@ -239,5 +262,79 @@ int main(int argc, char* argv[]) {
         ok = false;
     }
     ok = saveCommissioningDialogs(window, unit, out) && ok;
+    // A field laptop's screen, by day and by night.
+    window.SSTab1().setCurrentIndex(0);
+    window.resize(1024, 700);
+    QTest::qWait(300);
+    ok = save(window, out + QStringLiteral("/small-screen.png")) && ok;
+    choosePalette(window, "Night");
+    ok = save(window, out + QStringLiteral("/night.png")) && ok;
+    choosePalette(window, "Desktop");
     return ok ? 0 : 1;
+}
+
+// Every page at 1024 x 700 in each palette, at the scale this process runs at.
+int smallScreenPages(const QString& out) {
+    halvex::sim::Unit unit;
+    auto* port = new halvex::InProcessPort(&unit);
+    halvex::VornixU window(port);
+    window.Form_Load();
+    window.resize(1024, 700);
+    window.show();
+    if (!prepare(window)) {
+        return 1;
+    }
+    bool ok = true;
+    for (const char* palette : kPalettes) {
+        choosePalette(window, palette);
+        ok = savePages(window, out + QLatin1Char('/') + QString::fromLatin1(palette).toLower()) &&
+             ok;
+    }
+    choosePalette(window, "Desktop");
+    return ok ? 0 : 1;
+}
+
+// Runs this program once per scale: a process has one scale for its life.
+int smallScreenAtEachScale(const QString& program, const QString& out) {
+    const std::pair<const char*, const char*> scales[] = {
+        {"100", "1"}, {"150", "1.5"}, {"200", "2"}};
+    for (const auto& [folder, factor] : scales) {
+        QProcess run;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("QT_SCALE_FACTOR"), QLatin1String(factor));
+        run.setProcessEnvironment(environment);
+        run.setProcessChannelMode(QProcess::ForwardedChannels);
+        run.start(program,
+                  {QStringLiteral("--one-scale"), out + QLatin1Char('/') + QLatin1String(folder)});
+        if (!run.waitForFinished(300000) || run.exitStatus() != QProcess::NormalExit ||
+            run.exitCode() != 0) {
+            std::printf("the run at %s %% failed\n", folder);
+            return 1;
+        }
+    }
+    return 0;
+}
+}  // namespace
+
+int main(int argc, char* argv[]) {
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    QApplication app(argc, argv);
+    QStringList arguments = QApplication::arguments().mid(1);
+    const bool smallScreen = arguments.removeAll(QStringLiteral("--small-screen")) > 0;
+    const bool oneScale = arguments.removeAll(QStringLiteral("--one-scale")) > 0;
+    const QString out = arguments.value(0, QStringLiteral("."));
+    QDir().mkpath(out);
+    if (smallScreen) {
+        return smallScreenAtEachScale(QApplication::applicationFilePath(), out);
+    }
+
+    // The settings file and the user's settings go to a scratch directory,
+    // not the caller's.
+    QTemporaryDir scratch;
+    const QString absoluteOut = QDir(out).absolutePath();
+    QDir::setCurrent(scratch.path());
+    QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, scratch.path());
+    return oneScale ? smallScreenPages(absoluteOut) : readmePictures(absoluteOut);
 }

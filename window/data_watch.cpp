@@ -7,6 +7,8 @@
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
+#include "window/window_placement.h"
+
 namespace halvex {
 
 // Kept as it stands: some codes the console uses cannot be watched.
@@ -72,6 +74,7 @@ DataWatch::DataWatch(QWidget* parent)
     connect(RXData, &QLineEdit::textChanged, this,
             [this](const QString& line) { filterInto(line, CapRXData); });
     showWatchIndex();
+    new WindowPlacement(*this, QStringLiteral("DataWatch"), sizeHint());
 }
 
 void DataWatch::showSentFrame(const QString& capture) {

@@ -7,7 +7,8 @@
 namespace halvex {
 
 // The help window: one RTF document and a "Close" button. One for the whole
-// run, created on first use; closing only hides it.
+// run, created on first use; closing only hides it. Text the file colours
+// itself stays readable in the dark and night palettes.
 class HelpBox : public QWidget {
     Q_OBJECT
   public:
@@ -22,6 +23,10 @@ class HelpBox : public QWidget {
 
     QTextBrowser* RichTextBox1 = nullptr;
     QPushButton* Command1 = nullptr;
+
+  protected:
+    // A new palette recolours the text the help file coloured itself.
+    void changeEvent(QEvent* event) override;
 };
 
 }  // namespace halvex

@@ -18,6 +18,7 @@
 #include "protocol/port_map.h"
 #include "recorder/line_recorder.h"
 #include "views/pages/camera_page.h"
+#include "views/pages/page_parts.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/lamp_pictures.h"
 #include "window/camera_features.h"
@@ -25,8 +26,10 @@
 #include "window/console_rotator.h"
 #include "window/data_watch.h"
 #include "window/network_control.h"
+#include "window/palette_choice.h"
 #include "window/positioning_pages.h"
 #include "window/setup_features.h"
+#include "window/window_placement.h"
 
 namespace halvex {
 
@@ -78,7 +81,7 @@ VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, int linkTickMs
     connect(portSelection_, &PortSelection::settingsError, this, [this](const QString& message) {
         messages_.exclamation(QStringLiteral("Settings File"), message);
     });
-    resize(1180, 760);
+    new WindowPlacement(*this, QStringLiteral("Main"), QSize(1180, 760));
 }
 
 VornixU::~VornixU() {
@@ -116,6 +119,9 @@ void VornixU::buildMenus() {
     QAction* lineLog = viewMenu->addAction(QStringLiteral("&Line Log"));
     lineLog->setObjectName(QStringLiteral("MenuLineLog"));
     connect(lineLog, &QAction::triggered, lineRecorder_, &LineRecorder::showLog);
+    viewMenu->addSeparator();
+    new PaletteChoice(*viewMenu, this);
+    addFullScreenEntry(*viewMenu, *this);
 }
 
 void VornixU::buildCentralArea() {
@@ -192,7 +198,10 @@ void VornixU::installFeatures() {
         camera_,  setup.video,         setup.setup,         setup.factory};
     for (int i = 0; i < kPageCount; ++i) {
         QWidget* page = pages[i] != nullptr ? pages[i] : placeholderPage(tabs_, kPageCaptions[i]);
-        tabs_->addTab(page, QString::fromLatin1(kPageCaptions[i]));
+        // The jog box and the status lamps never scroll away; another page
+        // scrolls rather than make the window taller than the screen.
+        tabs_->addTab(i == pageIndex(Page::PanTilt) ? page : scrollingWhenSqueezed(page),
+                      QString::fromLatin1(kPageCaptions[i]));
     }
 
     ConnectionView view;

@@ -98,7 +98,7 @@ TEST(MoveCommands, EachButtonSendsItsMessageAndABadAngleSendsNothing) {
     PagesRig rig;
     PanTiltPage& page = rig.window->panTiltPage();
     for (int i : {0, 1, 2, 3}) {
-        page.ZFScroll[static_cast<std::size_t>(i)]->setValue(std::array{1, 2, 200, 255}[i]);
+        page.ZFScroll[static_cast<std::size_t>(i)]->setValue(std::array{0, 2, 200, 255}[i]);
     }
     EXPECT_EQ(rig.text("ZFLabel_2"), QStringLiteral("200"));
     struct Case {
@@ -115,7 +115,7 @@ TEST(MoveCommands, EachButtonSendsItsMessageAndABadAngleSendsNothing) {
         {-1.0, -123.45, true, true, "AbsoBut", {0x33, 0x9F, 0x86, 0x01, 0x9F, 0x86, 0x01}},
         // A relative move ignores the hold boxes.
         {-1.0, -123.45, true, true, "DeltaBut", {0x34, 0x9C, 0xFF, 0xFF, 0xC7, 0xCF, 0xFF}},
-        {10.0, 0.0, false, true, "AbsoZFBut", {0x3A, 0xE8, 0x03, 0x00, 0x9F, 0x86, 0x01, 0x01, 0x02, 0xC8, 0xFF}},
+        {10.0, 0.0, false, true, "AbsoZFBut", {0x3A, 0xE8, 0x03, 0x00, 0x9F, 0x86, 0x01, 0x00, 0x02, 0xC8, 0xFF}},
         {0.0, 0.0, false, false, "CenterBut", {0x35}},
         {0.0, 0.0, false, false, "HomeBut", {0x36}},
         {0.0, 0.0, false, false, "SetSLBut_0", {0x81, 0x00}},

@@ -55,6 +55,10 @@ CameraPage::CameraPage(QWidget* parent) : QWidget(parent) {
     auto* cameras = new QVBoxLayout;
     cameras->addWidget(buildCameraBox(0));
     cameras->addWidget(buildCameraBox(1));
+    // Under the cameras, where the column has room to spare.
+    SerHelpBut = namedButton(QStringLiteral("SerHelpBut"), QStringLiteral("Help"),
+                             QStringLiteral("Camera Control And Configuration Help"), this);
+    cameras->addWidget(SerHelpBut, 0, Qt::AlignRight);
     cameras->addStretch();
     layout->addLayout(cameras, 3);
 
@@ -64,12 +68,6 @@ CameraPage::CameraPage(QWidget* parent) : QWidget(parent) {
     lenses->addWidget(buildLensBox(), 1);
     lenses->addWidget(buildJogBox());
     settings->addLayout(lenses);
-    SerHelpBut = namedButton(QStringLiteral("SerHelpBut"), QStringLiteral("Help"),
-                             QStringLiteral("Camera Control And Configuration Help"), this);
-    auto* help = new QHBoxLayout;
-    help->addStretch();
-    help->addWidget(SerHelpBut);
-    settings->addLayout(help);
     settings->addStretch();
     layout->addLayout(settings, 2);
 }

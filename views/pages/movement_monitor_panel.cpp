@@ -26,16 +26,20 @@ MovementMonitorPanel::MovementMonitorPanel(QWidget* parent) : QWidget(parent) {
     outer->addWidget(box);
     auto* layout = new QVBoxLayout(box);
 
-    // Headings over the eight-character columns of the log lines.
+    // Headings over the eight-character columns of the log lines. A size
+    // smaller than the page's text keeps a whole line in view beside the
+    // other columns of the page.
+    QFont logFont = fixedPitchFont();
+    logFont.setPointSizeF(QFont().pointSizeF() * 0.9);
     auto* heading =
         new QLabel(QStringLiteral("  To Pan From Pan Pan Move   To Tilt FromTilt TiltMove"), box);
-    heading->setFont(fixedPitchFont());
+    heading->setFont(logFont);
     heading->setContentsMargins(4, 0, 0, 0);
     layout->addWidget(heading);
 
     MoveList = new QListWidget(box);
     MoveList->setObjectName(QStringLiteral("MoveList"));
-    MoveList->setFont(fixedPitchFont());
+    MoveList->setFont(logFont);
     layout->addWidget(MoveList, 1);
 
     auto* figures = new QGridLayout;

@@ -1,6 +1,7 @@
 #include "views/pages/page_parts.h"
 
 #include <QPushButton>
+#include <QScrollArea>
 
 #include "views/widgets/led_display.h"
 
@@ -19,6 +20,18 @@ LedDisplay* angleLed(const QString& name, QWidget* parent) {
     led->setDecimals(2);
     led->setFieldWidth(6);
     return led;
+}
+
+QWidget* scrollingWhenSqueezed(QWidget* page) {
+    auto* area = new QScrollArea;
+    area->setObjectName(page->objectName() + QStringLiteral("Scroll"));
+    area->setFrameShape(QFrame::NoFrame);
+    area->setWidgetResizable(true);
+    // The page's own background, not a text field's.
+    area->viewport()->setAutoFillBackground(false);
+    area->setWidget(page);
+    page->setAutoFillBackground(false);
+    return area;
 }
 
 QPushButton* namedButton(const QString& name, const QString& caption, const QString& tip,

@@ -17,6 +17,10 @@ QFont fixedPitchFont();
 // An LED read-out of an angle in degrees, two decimals, six digit cells.
 LedDisplay* angleLed(const QString& name, QWidget* parent);
 
+// `page` in a frameless scroll area that scrolls only when it is given less
+// room than the page needs.
+QWidget* scrollingWhenSqueezed(QWidget* page);
+
 // A push button with its control name, caption and (when not empty) tool tip.
 QPushButton* namedButton(const QString& name, const QString& caption, const QString& tip,
                          QWidget* parent);

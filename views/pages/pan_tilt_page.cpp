@@ -49,18 +49,24 @@ QWidget* captioned(QWidget* parent, StatusLamp* lamp, const QString& caption) {
 
 PanTiltPage::PanTiltPage(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("PanTiltPage"));
+    // Three columns that fit a 1024 x 700 window: where the platform is and
+    // what it reports; the jog box and the gauge with the movement log under
+    // them; the moves and the soft limits. More room goes to the jog box,
+    // the gauge and the log.
     auto* columns = new QHBoxLayout(this);
+    columns->setContentsMargins(6, 6, 6, 6);
 
     auto* left = new QVBoxLayout;
     left->addWidget(buildPositionGroup());
     left->addWidget(buildStatusGroup());
+    left->addWidget(buildZoomFocusGroup());
     left->addStretch();
     columns->addLayout(left);
 
     auto* middle = new QVBoxLayout;
-    middle->addWidget(buildJogGroup());
+    middle->addWidget(buildJogGroup(), 1);
     MovementMonitorSlot = new QVBoxLayout;
-    middle->addLayout(MovementMonitorSlot, 1);
+    middle->addLayout(MovementMonitorSlot);
     columns->addLayout(middle, 1);
 
     auto* right = new QVBoxLayout;
@@ -96,11 +102,6 @@ QWidget* PanTiltPage::buildPositionGroup() {
     grid->addWidget(PDesLed, 2, 1);
     grid->addWidget(TDesLed, 2, 2);
 
-    Gauge = named(new PanGauge(group), QStringLiteral("PanGauge"));
-    Gauge->setRange(-180.0, 180.0);
-    Gauge->setMinimumSize(150, 150);
-    grid->addWidget(Gauge, 0, 3, 4, 1);
-
     auto* lenses = new QGridLayout;
     Z1LED = led(group, QStringLiteral("Z1LED"), 0, 3);
     F1LED = led(group, QStringLiteral("F1LED"), 0, 3);
@@ -132,51 +133,54 @@ QWidget* PanTiltPage::buildPositionGroup() {
         named(new QLabel(QStringLiteral("Unknown"), group), QStringLiteral("Label1_1"));
     controller->addWidget(ControllerLabel);
     controller->addStretch();
-    grid->addLayout(controller, 4, 0, 1, 4);
+    grid->addLayout(controller, 4, 0, 1, 3);
     return group;
 }
 
 QWidget* PanTiltPage::buildStatusGroup() {
+    // The travel lamps in the first column, the faults of each axis under
+    // their heading beside them, the legend of the travel lamps' colours below.
     auto* group = new QGroupBox(QStringLiteral("Status"), this);
     auto* grid = new QGridLayout(group);
+    grid->setVerticalSpacing(4);
     CWLed = lamp(group, QStringLiteral("CWLed"));
     CCWLed = lamp(group, QStringLiteral("CCWLed"));
     UpLed = lamp(group, QStringLiteral("UpLed"));
     DownLed = lamp(group, QStringLiteral("DownLed"));
-    grid->addWidget(captioned(group, CWLed, QStringLiteral("CW")), 0, 0);
-    grid->addWidget(captioned(group, CCWLed, QStringLiteral("CCW")), 1, 0);
-    grid->addWidget(captioned(group, UpLed, QStringLiteral("Up")), 2, 0);
-    grid->addWidget(captioned(group, DownLed, QStringLiteral("Down")), 3, 0);
-
-    // The legend of the four travel lamps.
-    const std::pair<QColor, const char*> legend[] = {{QColor(255, 0, 0), "Hard Limit"},
-                                                     {QColor(255, 255, 0), "Soft Limit"},
-                                                     {QColor(0, 255, 0), "Moving"}};
-    int row = 0;
-    for (const auto& [colour, caption] : legend) {
-        auto* sample = new StatusLamp(group);
-        sample->setFixedSize(12, 12);
-        sample->setColor(colour);
-        grid->addWidget(captioned(group, sample, QLatin1String(caption)), row++, 1);
-    }
+    grid->addWidget(captioned(group, CWLed, QStringLiteral("CW")), 1, 0);
+    grid->addWidget(captioned(group, CCWLed, QStringLiteral("CCW")), 2, 0);
+    grid->addWidget(captioned(group, UpLed, QStringLiteral("Up")), 3, 0);
+    grid->addWidget(captioned(group, DownLed, QStringLiteral("Down")), 4, 0);
 
     PTOLed = lamp(group, QStringLiteral("PTOLed"));
     PDELed = lamp(group, QStringLiteral("PDELed"));
     TTOLed = lamp(group, QStringLiteral("TTOLed"));
     TDELed = lamp(group, QStringLiteral("TDELed"));
-    grid->addWidget(new QLabel(QStringLiteral("Pan"), group), 4, 0);
-    grid->addWidget(new QLabel(QStringLiteral("Tilt"), group), 4, 1);
-    grid->addWidget(captioned(group, PTOLed, QStringLiteral("Timeout")), 5, 0);
-    grid->addWidget(captioned(group, TTOLed, QStringLiteral("Timeout")), 5, 1);
-    grid->addWidget(captioned(group, PDELed, QStringLiteral("Dir Fault")), 6, 0);
-    grid->addWidget(captioned(group, TDELed, QStringLiteral("Dir Fault")), 6, 1);
+    grid->addWidget(new QLabel(QStringLiteral("Pan"), group), 0, 1);
+    grid->addWidget(new QLabel(QStringLiteral("Tilt"), group), 0, 2);
+    grid->addWidget(captioned(group, PTOLed, QStringLiteral("Timeout")), 1, 1);
+    grid->addWidget(captioned(group, TTOLed, QStringLiteral("Timeout")), 1, 2);
+    grid->addWidget(captioned(group, PDELed, QStringLiteral("Dir Fault")), 2, 1);
+    grid->addWidget(captioned(group, TDELed, QStringLiteral("Dir Fault")), 2, 2);
 
     DesLed = lamp(group, QStringLiteral("DesLed"));
     ExecLed = lamp(group, QStringLiteral("ExecLed"));
     SLOverLed = lamp(group, QStringLiteral("SLOverLed"));
-    grid->addWidget(captioned(group, DesLed, QStringLiteral("Destination")), 7, 0);
-    grid->addWidget(captioned(group, ExecLed, QStringLiteral("Executing")), 7, 1);
-    grid->addWidget(captioned(group, SLOverLed, QStringLiteral("SL Override")), 8, 0);
+    grid->addWidget(captioned(group, DesLed, QStringLiteral("Destination")), 3, 1);
+    grid->addWidget(captioned(group, ExecLed, QStringLiteral("Executing")), 3, 2);
+    grid->addWidget(captioned(group, SLOverLed, QStringLiteral("SL Override")), 4, 1);
+
+    // The legend of the four travel lamps.
+    const std::pair<QColor, const char*> legend[] = {{QColor(255, 0, 0), "Hard Limit"},
+                                                     {QColor(255, 255, 0), "Soft Limit"},
+                                                     {QColor(0, 255, 0), "Moving"}};
+    int column = 0;
+    for (const auto& [colour, caption] : legend) {
+        auto* sample = new StatusLamp(group);
+        sample->setFixedSize(12, 12);
+        sample->setColor(colour);
+        grid->addWidget(captioned(group, sample, QLatin1String(caption)), 5, column++);
+    }
     return group;
 }
 
@@ -188,12 +192,20 @@ QWidget* PanTiltPage::buildJogGroup() {
     Jog = named(new JogBox(group), QStringLiteral("JogBox"));
     Jog->setMinimumSize(200, 200);
     Jog->setToolTip(QStringLiteral("Hold the left button to jog; right click changes the mode"));
+    // The pan gauge beside the jog box: where the platform points, next to
+    // where it is being pushed.
+    Gauge = named(new PanGauge(group), QStringLiteral("PanGauge"));
+    Gauge->setRange(-180.0, 180.0);
+    Gauge->setMinimumSize(152, 152);
     PanSloCheck = named(new QCheckBox(QStringLiteral("Pan Low Speed Jog"), group),
                         QStringLiteral("PanSloCheck"));
     TiltSloCheck = named(new QCheckBox(QStringLiteral("Tilt Low Speed Jog"), group),
                          QStringLiteral("TiltSloCheck"));
     layout->addWidget(Label3);
-    layout->addWidget(Jog, 1, Qt::AlignHCenter);
+    auto* dials = new QHBoxLayout;
+    dials->addWidget(Jog, 3);
+    dials->addWidget(Gauge, 2, Qt::AlignTop);
+    layout->addLayout(dials, 1);
     auto* checks = new QHBoxLayout;
     checks->addWidget(PanSloCheck);
     checks->addWidget(TiltSloCheck);
@@ -220,13 +232,13 @@ QWidget* PanTiltPage::buildMoveGroup() {
     desired->addWidget(ClrLEDBut[0], 0, 2);
     const AngleStepRow panSteps = makeAngleStepRow(QStringLiteral("PanDesBut"), group);
     PanDesBut = panSteps.buttons;
-    desired->addWidget(panSteps.row, 1, 1);
+    desired->addWidget(panSteps.row, 1, 0, 1, 2, Qt::AlignRight);
     desired->addWidget(new QLabel(QStringLiteral("Desired Tilt"), group), 2, 0);
     desired->addWidget(TiltDesLED, 2, 1);
     desired->addWidget(ClrLEDBut[1], 2, 2);
     const AngleStepRow tiltSteps = makeAngleStepRow(QStringLiteral("TiltDesBut"), group);
     TiltDesBut = tiltSteps.buttons;
-    desired->addWidget(tiltSteps.row, 3, 1);
+    desired->addWidget(tiltSteps.row, 3, 0, 1, 2, Qt::AlignRight);
     layout->addLayout(desired);
 
     HoldPanCheck = named(new QCheckBox(QStringLiteral("Hold Curr Pan"), group),
@@ -256,29 +268,35 @@ QWidget* PanTiltPage::buildMoveGroup() {
     layout->addWidget(HomeBut);
     layout->addWidget(CenterBut);
 
-    ZFGroup = new QWidget(group);
-    auto* zf = new QGridLayout(ZFGroup);
-    zf->setContentsMargins(0, 4, 0, 0);
+    return group;
+}
+
+QWidget* PanTiltPage::buildZoomFocusGroup() {
+    // Under the lens read-outs: the zoom and focus the P/T/Z/F move adds to
+    // the desired pan and tilt.
+    auto* group = new QGroupBox(QStringLiteral("Zoom/Focus Move"), this);
+    ZFGroup = group;
+    auto* zf = new QGridLayout(group);
+    zf->setVerticalSpacing(2);
     const char* const names[] = {"Zoom 1", "Focus 1", "Zoom 2", "Focus 2"};
     for (int i = 0; i < 4; ++i) {
         auto* scroll =
-            named(new QScrollBar(Qt::Horizontal, ZFGroup), QStringLiteral("ZFScroll_%1").arg(i));
+            named(new QScrollBar(Qt::Horizontal, group), QStringLiteral("ZFScroll_%1").arg(i));
         scroll->setRange(0, 255);
         scroll->setMinimumWidth(120);
         auto* value =
-            named(new QLabel(QStringLiteral("0"), ZFGroup), QStringLiteral("ZFLabel_%1").arg(i));
-        value->setMinimumWidth(28);
+            named(new QLabel(QStringLiteral("0"), group), QStringLiteral("ZFLabel_%1").arg(i));
+        value->setMinimumWidth(value->fontMetrics().horizontalAdvance(QStringLiteral("0000")));
         ZFScroll[static_cast<std::size_t>(i)] = scroll;
         ZFLabel[static_cast<std::size_t>(i)] = value;
-        zf->addWidget(new QLabel(QLatin1String(names[i]), ZFGroup), i, 0);
+        zf->addWidget(new QLabel(QLatin1String(names[i]), group), i, 0);
         zf->addWidget(scroll, i, 1);
         zf->addWidget(value, i, 2);
     }
     AbsoZFBut =
-        button(ZFGroup, QStringLiteral("AbsoZFBut"), QStringLiteral("Move To Absolute P/T/Z/F"),
+        button(group, QStringLiteral("AbsoZFBut"), QStringLiteral("Move To Absolute P/T/Z/F"),
                QStringLiteral("Move Platform To The Coordinates Entered"));
     zf->addWidget(AbsoZFBut, 4, 0, 1, 3);
-    layout->addWidget(ZFGroup);
     return group;
 }
 

@@ -91,6 +91,7 @@ class PanTiltPage : public QWidget {
     QWidget* buildStatusGroup();
     QWidget* buildJogGroup();
     QWidget* buildMoveGroup();
+    QWidget* buildZoomFocusGroup();
     QWidget* buildLimitGroup();
 };
 

@@ -1,6 +1,7 @@
 #include "views/pages/setup_page.h"
 
 #include <QGridLayout>
+#include <QHBoxLayout>
 #include <QVBoxLayout>
 
 #include "views/pages/control_parts.h"
@@ -38,16 +39,21 @@ void addAxisHeads(QGridLayout* grid, QWidget* parent) {
 
 SetupPage::SetupPage(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("SetupPage"));
-    auto* layout = new QGridLayout(this);
+    // Two columns that do not share rows, so that neither is made as tall
+    // as the other's boxes side by side: the page fits a 1024 x 700 window.
+    auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(12, 12, 12, 12);
     layout->setSpacing(12);
-    layout->addWidget(buildRates(), 0, 0);
-    layout->addWidget(buildLimits(), 1, 0);
-    layout->addWidget(buildIdentity(), 0, 1);
-    layout->addWidget(buildHousekeeping(), 1, 1);
-    layout->setRowStretch(2, 1);
-    layout->setColumnStretch(0, 3);
-    layout->setColumnStretch(1, 2);
+    auto* axes = new QVBoxLayout;
+    axes->addWidget(buildRates());
+    axes->addWidget(buildLimits());
+    axes->addStretch(1);
+    auto* unit = new QVBoxLayout;
+    unit->addWidget(buildIdentity());
+    unit->addWidget(buildHousekeeping());
+    unit->addStretch(1);
+    layout->addLayout(axes, 3);
+    layout->addLayout(unit, 2);
 }
 
 QGroupBox* SetupPage::buildRates() {

@@ -34,13 +34,16 @@ QScrollBar* lineScroll(const char* name, QWidget* parent) {
 
 VideoPage::VideoPage(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("VideoPage"));
-    auto* layout = new QGridLayout(this);
+    // Three columns: the routing of current units; the older units' video
+    // and the tours' blanking; the on-screen display.
+    auto* layout = new QHBoxLayout(this);
     layout->setContentsMargins(12, 12, 12, 12);
     layout->setSpacing(12);
-    layout->addWidget(buildVideoConfig(), 0, 0, 2, 1);
-    layout->addWidget(buildLegacyConfig(), 0, 1);
-    layout->addWidget(buildNameDisplay(), 1, 1);
-    layout->addWidget(buildAngleDisplay(), 2, 1);
+    auto* current = new QVBoxLayout;
+    current->addWidget(buildVideoConfig());
+    current->addStretch(1);
+    auto* legacy = new QVBoxLayout;
+    legacy->addWidget(buildLegacyConfig());
 
     auto* tours = new QGroupBox(QStringLiteral("Tours"), this);
     auto* toursLayout = new QVBoxLayout(tours);
@@ -48,9 +51,16 @@ VideoPage::VideoPage(QWidget* parent) : QWidget(parent) {
         QStringLiteral("VBlankCheck"), QStringLiteral("Blank Video During Tour Moves"), tours,
         QStringLiteral("Tour Steps Added From Now On Blank The Video While The Unit Moves"));
     toursLayout->addWidget(VBlankCheck);
-    layout->addWidget(tours, 2, 0);
-    layout->setRowStretch(3, 1);
-    layout->setColumnStretch(2, 1);
+    legacy->addWidget(tours);
+    legacy->addStretch(1);
+    auto* display = new QVBoxLayout;
+    display->addWidget(buildNameDisplay());
+    display->addWidget(buildAngleDisplay());
+    display->addStretch(1);
+    layout->addLayout(current);
+    layout->addLayout(legacy);
+    layout->addLayout(display);
+    layout->addStretch(1);
 }
 
 QGroupBox* VideoPage::buildVideoConfig() {

@@ -6,10 +6,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "views/widgets/instrument_light.h"
+
 namespace halvex {
 
 namespace {
 
+// Colours by day; instrumentLight() decides how they show.
 const QColor kFaceInner(0x2a, 0x34, 0x40);
 const QColor kFaceOuter(0x17, 0x1d, 0x24);
 const QColor kRing(0x3c, 0x4b, 0x5a);
@@ -17,7 +20,8 @@ const QColor kCrossHair(0x6c, 0xb4, 0xe0);
 const QColor kMarker(0xff, 0xb3, 0x47);
 
 // A small solid arrow head pointing from the centre towards tip.
-void drawArrowHead(QPainter& painter, const QPointF& tip, const QPointF& direction, double size) {
+void drawArrowHead(QPainter& painter, const QPointF& tip, const QPointF& direction, double size,
+                   const QColor& colour) {
     const QPointF back = tip - direction * size;
     const QPointF side(-direction.y() * size * 0.6, direction.x() * size * 0.6);
     QPainterPath path;
@@ -25,7 +29,7 @@ void drawArrowHead(QPainter& painter, const QPointF& tip, const QPointF& directi
     path.lineTo(back + side);
     path.lineTo(back - side);
     path.closeSubpath();
-    painter.fillPath(path, kCrossHair);
+    painter.fillPath(path, colour);
 }
 
 }  // namespace
@@ -62,11 +66,14 @@ void JogBox::paintEvent(QPaintEvent*) {
 void JogBox::drawTarget(QPainter& painter, const QRectF& area, const QPointF& centre) const {
     const double side = area.width();
     const double radius = std::max(2.0, side * 0.06);
+    const QColor ring = markingColour(kRing);
+    const QColor crossHairInk = markingColour(kCrossHair);
+    const QColor faceOuter = markingColour(kFaceOuter);
 
     QRadialGradient face(centre, side * 0.75);
-    face.setColorAt(0.0, kFaceInner);
-    face.setColorAt(1.0, kFaceOuter);
-    painter.setPen(QPen(kRing, 1.0));
+    face.setColorAt(0.0, markingColour(kFaceInner));
+    face.setColorAt(1.0, faceOuter);
+    painter.setPen(QPen(ring, 1.0));
     painter.setBrush(face);
     painter.drawRoundedRect(area, radius, radius);
 
@@ -74,12 +81,12 @@ void JogBox::drawTarget(QPainter& painter, const QRectF& area, const QPointF& ce
     painter.setBrush(Qt::NoBrush);
     for (double fraction : {0.25, 0.5, 0.75}) {
         const double r = side * 0.5 * fraction;
-        painter.setPen(QPen(kRing, 1.0, fraction == 0.5 ? Qt::SolidLine : Qt::DotLine));
+        painter.setPen(QPen(ring, 1.0, fraction == 0.5 ? Qt::SolidLine : Qt::DotLine));
         painter.drawEllipse(centre, r, r);
     }
 
     // Cross-hair through the centre, edge to edge.
-    QColor crossHair = kCrossHair;
+    QColor crossHair = crossHairInk;
     crossHair.setAlpha(150);
     painter.setPen(QPen(crossHair, 1.0));
     painter.drawLine(QPointF(area.left() + radius * 0.5, centre.y()),
@@ -90,33 +97,34 @@ void JogBox::drawTarget(QPainter& painter, const QRectF& area, const QPointF& ce
     // Arrow heads near the edges say that the cross-hair is a direction.
     const double inset = side * 0.04;
     const double head = std::max(3.0, side * 0.035);
-    drawArrowHead(painter, {centre.x(), area.top() + inset}, {0, -1}, head);
-    drawArrowHead(painter, {centre.x(), area.bottom() - inset}, {0, 1}, head);
-    drawArrowHead(painter, {area.left() + inset, centre.y()}, {-1, 0}, head);
-    drawArrowHead(painter, {area.right() - inset, centre.y()}, {1, 0}, head);
+    drawArrowHead(painter, {centre.x(), area.top() + inset}, {0, -1}, head, crossHairInk);
+    drawArrowHead(painter, {centre.x(), area.bottom() - inset}, {0, 1}, head, crossHairInk);
+    drawArrowHead(painter, {area.left() + inset, centre.y()}, {-1, 0}, head, crossHairInk);
+    drawArrowHead(painter, {area.right() - inset, centre.y()}, {1, 0}, head, crossHairInk);
 
     // The centre is where the platform stands still.
     const double hub = std::max(2.0, side * 0.035);
-    painter.setPen(QPen(kCrossHair, 1.5));
-    painter.setBrush(kFaceOuter);
+    painter.setPen(QPen(crossHairInk, 1.5));
+    painter.setBrush(faceOuter);
     painter.drawEllipse(centre, hub, hub);
 }
 
 void JogBox::drawMarker(QPainter& painter, const QPointF& centre) const {
     const QPointF marker = clampedPointerPixel();
     const double side = padRect().width();
-    QColor trail = kMarker;
+    const QColor ink = signalColour(kMarker);
+    QColor trail = ink;
     trail.setAlpha(170);
     painter.setPen(QPen(trail, std::max(1.5, side * 0.01), Qt::SolidLine, Qt::RoundCap));
     painter.drawLine(centre, marker);
 
     const double radius = std::max(3.0, side * 0.03);
-    QColor halo = kMarker;
+    QColor halo = ink;
     halo.setAlpha(60);
     painter.setPen(Qt::NoPen);
     painter.setBrush(halo);
     painter.drawEllipse(marker, radius * 2.0, radius * 2.0);
-    painter.setBrush(kMarker);
+    painter.setBrush(ink);
     painter.drawEllipse(marker, radius, radius);
 }
 

@@ -4,12 +4,14 @@
 #include <algorithm>
 #include <cmath>
 
+#include "views/widgets/instrument_light.h"
 #include "views/widgets/seven_segment.h"
 
 namespace halvex {
 
 namespace {
 
+// Panel colours by day; instrumentLight() decides how they show.
 const QColor kPanel(0x0d, 0x12, 0x0f);
 const QColor kBezel(0x2c, 0x33, 0x30);
 constexpr int kPadding = 5;
@@ -90,8 +92,10 @@ QSize LedDisplay::sizeHint() const {
 }
 
 QSize LedDisplay::minimumSizeHint() const {
+    // A squeezed panel shrinks its digits with it; below this they stop
+    // being readable at a glance, so a layout may not squeeze it further.
     const QSize hint = sizeHint();
-    return {hint.width() / 2, hint.height() * 2 / 3};
+    return {hint.width() * 17 / 20, hint.height()};
 }
 
 void LedDisplay::paintEvent(QPaintEvent*) {
@@ -100,7 +104,10 @@ void LedDisplay::paintEvent(QPaintEvent*) {
     // page (say when it is enabled again) costs next to nothing.
     const qreal ratio = devicePixelRatioF();
     const QSize pixels = size() * ratio;
-    if (cache_.size() != pixels || cachedText_ != text_ || cachedColor_ != digitColor_) {
+    const QColor digits = signalColour(digitColor_);
+    const InstrumentLight light = instrumentLight();
+    if (cache_.size() != pixels || cache_.devicePixelRatio() != ratio || cachedText_ != text_ ||
+        cachedColor_ != digits || cachedLight_ != light) {
         cache_ = QPixmap(pixels);
         cache_.setDevicePixelRatio(ratio);
         cache_.fill(Qt::transparent);
@@ -108,13 +115,14 @@ void LedDisplay::paintEvent(QPaintEvent*) {
         painter.setRenderHint(QPainter::Antialiasing);
         const QRectF panel = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
         const double radius = std::min(4.0, panel.height() / 4.0);
-        painter.setPen(QPen(kBezel, 1.0));
-        painter.setBrush(kPanel);
+        painter.setPen(QPen(markingColour(kBezel), 1.0));
+        painter.setBrush(markingColour(kPanel));
         painter.drawRoundedRect(panel, radius, radius);
-        const QRectF digits = panel.adjusted(kPadding, kPadding, -kPadding, -kPadding);
-        drawSevenSegmentText(painter, digits, text_, digitColor_);
+        const QRectF area = panel.adjusted(kPadding, kPadding, -kPadding, -kPadding);
+        drawSevenSegmentText(painter, area, text_, digits);
         cachedText_ = text_;
-        cachedColor_ = digitColor_;
+        cachedColor_ = digits;
+        cachedLight_ = light;
     }
     QPainter(this).drawPixmap(0, 0, cache_);
 }

@@ -5,6 +5,8 @@
 #include <QString>
 #include <QWidget>
 
+#include "views/widgets/instrument_light.h"
+
 namespace halvex {
 
 // A numeric read-out drawn as lit seven-segment digits on a dark panel.
@@ -61,6 +63,7 @@ class LedDisplay : public QWidget {
     QPixmap cache_;
     QString cachedText_;
     QColor cachedColor_;
+    InstrumentLight cachedLight_ = InstrumentLight::Day;
 };
 
 }  // namespace halvex

@@ -8,12 +8,14 @@
 #include <numbers>
 
 #include "views/widgets/gauge_scale.h"
+#include "views/widgets/instrument_light.h"
 #include "views/widgets/pan_gauge.h"
 
 namespace halvex {
 
 namespace {
 
+// The dial's colours by day; instrumentLight() decides how they show.
 const QColor kBezelLight(0x4a, 0x56, 0x62);
 const QColor kBezelDark(0x14, 0x19, 0x1f);
 const QColor kFaceCentre(0x2a, 0x34, 0x40);
@@ -24,6 +26,18 @@ const QColor kMinorTick(0x7a, 0x8a, 0x9a);
 const QColor kNeedle(0xff, 0x6b, 0x3d);
 const std::array<QColor, PanGauge::kRangeMarkPairs> kRangeColours = {QColor(0x3e, 0xcf, 0x8e),
                                                                      QColor(0xff, 0xb3, 0x47)};
+
+// The colours as they show under the current light.
+struct DialInk {
+    QColor bezelLight = markingColour(kBezelLight);
+    QColor bezelDark = markingColour(kBezelDark);
+    QColor faceCentre = markingColour(kFaceCentre);
+    QColor faceEdge = markingColour(kFaceEdge);
+    QColor scaleArc = markingColour(kScaleArc);
+    QColor majorTick = markingColour(kMajorTick);
+    QColor minorTick = markingColour(kMinorTick);
+    QColor needle = signalColour(kNeedle);
+};
 constexpr int kWantedMajorTicks = 8;
 constexpr double kLabelledFace = 70.0;  // smaller dials are too cramped for text
 
@@ -61,18 +75,19 @@ void PanGauge::paintEvent(QPaintEvent*) {
         return;  // too small to draw anything recognisable
     }
     const QPointF centre = QRectF(rect()).center();
+    const DialInk ink;
 
     // Bezel and face.
     QLinearGradient bezel(centre - QPointF(0, outer), centre + QPointF(0, outer));
-    bezel.setColorAt(0.0, kBezelLight);
-    bezel.setColorAt(1.0, kBezelDark);
+    bezel.setColorAt(0.0, ink.bezelLight);
+    bezel.setColorAt(1.0, ink.bezelDark);
     painter.setPen(Qt::NoPen);
     painter.setBrush(bezel);
     painter.drawEllipse(centre, outer, outer);
     const double face = outer * 0.94;
     QRadialGradient faceShade(centre, face);
-    faceShade.setColorAt(0.0, kFaceCentre);
-    faceShade.setColorAt(1.0, kFaceEdge);
+    faceShade.setColorAt(0.0, ink.faceCentre);
+    faceShade.setColorAt(1.0, ink.faceEdge);
     painter.setBrush(faceShade);
     painter.drawEllipse(centre, face, face);
 
@@ -87,7 +102,7 @@ void PanGauge::paintEvent(QPaintEvent*) {
         if (!marks.shown) {
             continue;
         }
-        QColor band = kRangeColours[static_cast<std::size_t>(pair)];
+        QColor band = signalColour(kRangeColours[static_cast<std::size_t>(pair)]);
         band.setAlpha(170);
         painter.setPen(QPen(band, std::max(1.5, face * 0.045), Qt::SolidLine, Qt::FlatCap));
         const double bandRadius = scaleRadius + face * (0.06 + 0.06 * pair);
@@ -96,16 +111,16 @@ void PanGauge::paintEvent(QPaintEvent*) {
     }
 
     // Scale arc and ticks.
-    painter.setPen(QPen(kScaleArc, std::max(1.0, face * 0.015)));
+    painter.setPen(QPen(ink.scaleArc, std::max(1.0, face * 0.015)));
     drawArcBetween(painter, centre, scaleRadius, angleFor(minimum_), angleFor(maximum_));
     const GaugeTicks ticks = gaugeTicks(minimum_, maximum_, kWantedMajorTicks);
-    painter.setPen(QPen(kMinorTick, std::max(1.0, face * 0.01)));
+    painter.setPen(QPen(ink.minorTick, std::max(1.0, face * 0.01)));
     for (double tick : ticks.minor) {
         const double angle = angleFor(tick);
         painter.drawLine(polar(centre, scaleRadius, angle),
                          polar(centre, scaleRadius - face * 0.05, angle));
     }
-    painter.setPen(QPen(kMajorTick, std::max(1.2, face * 0.022), Qt::SolidLine, Qt::RoundCap));
+    painter.setPen(QPen(ink.majorTick, std::max(1.2, face * 0.022), Qt::SolidLine, Qt::RoundCap));
     for (double tick : ticks.major) {
         const double angle = angleFor(tick);
         painter.drawLine(polar(centre, scaleRadius, angle),
@@ -117,7 +132,7 @@ void PanGauge::paintEvent(QPaintEvent*) {
         QFont font = painter.font();
         font.setPixelSize(static_cast<int>(face * 0.11));
         painter.setFont(font);
-        painter.setPen(kMajorTick);
+        painter.setPen(ink.majorTick);
         const double labelRadius = scaleRadius - face * 0.27;
         for (double tick : ticks.major) {
             const QPointF at = polar(centre, labelRadius, angleFor(tick));
@@ -129,7 +144,7 @@ void PanGauge::paintEvent(QPaintEvent*) {
         font.setPixelSize(static_cast<int>(face * 0.14));
         font.setBold(true);
         painter.setFont(font);
-        painter.setPen(kNeedle);
+        painter.setPen(ink.needle);
         const QRectF readout(centre.x() - face * 0.5, centre.y() + face * 0.45, face, face * 0.2);
         painter.drawText(readout, Qt::AlignCenter, QString::number(value_, 'f', 2));
     }
@@ -144,11 +159,11 @@ void PanGauge::paintEvent(QPaintEvent*) {
     needle.lineTo(polar(centre, halfBase, angle - 90.0));
     needle.closeSubpath();
     painter.setPen(Qt::NoPen);
-    painter.fillPath(needle, kNeedle);
+    painter.fillPath(needle, ink.needle);
 
     const double hub = std::max(2.5, face * 0.08);
-    painter.setBrush(kBezelDark);
-    painter.setPen(QPen(kNeedle, std::max(1.0, face * 0.02)));
+    painter.setBrush(ink.bezelDark);
+    painter.setPen(QPen(ink.needle, std::max(1.0, face * 0.02)));
     painter.drawEllipse(centre, hub, hub);
 }
 

@@ -4,6 +4,8 @@
 #include <QRadialGradient>
 #include <algorithm>
 
+#include "views/widgets/instrument_light.h"
+
 namespace halvex {
 
 StatusLamp::StatusLamp(QWidget* parent) : QWidget(parent) {
@@ -29,21 +31,22 @@ void StatusLamp::paintEvent(QPaintEvent*) {
     }
     const QPointF centre = QRectF(rect()).center();
     const double radius = diameter / 2.0;
+    const QColor shown = signalColour(color_);
 
     // Body: the lamp's colour, shading slightly darker towards the rim.
     QRadialGradient body(centre - QPointF(radius * 0.25, radius * 0.25), radius * 1.2);
-    body.setColorAt(0.0, color_.lighter(115));
-    body.setColorAt(0.7, color_);
-    body.setColorAt(1.0, color_.darker(150));
-    painter.setPen(QPen(color_.darker(220), std::max(1.0, radius * 0.12)));
+    body.setColorAt(0.0, shown.lighter(115));
+    body.setColorAt(0.7, shown);
+    body.setColorAt(1.0, shown.darker(150));
+    painter.setPen(QPen(shown.darker(220), std::max(1.0, radius * 0.12)));
     painter.setBrush(body);
     painter.drawEllipse(centre, radius, radius);
 
     // A soft reflection in the upper left, as on a domed lens.
     const QPointF glint = centre - QPointF(radius * 0.3, radius * 0.35);
     QRadialGradient highlight(glint, radius * 0.55);
-    highlight.setColorAt(0.0, QColor(255, 255, 255, 170));
-    highlight.setColorAt(1.0, QColor(255, 255, 255, 0));
+    highlight.setColorAt(0.0, markingColour(QColor(255, 255, 255, 170)));
+    highlight.setColorAt(1.0, markingColour(QColor(255, 255, 255, 0)));
     painter.setPen(Qt::NoPen);
     painter.setBrush(highlight);
     painter.drawEllipse(glint, radius * 0.55, radius * 0.45);

@@ -78,9 +78,15 @@ TEST(PanGauge, NeedleStaysOnTheScaleAndSweepsClockwise) {
 
     // Drawn at any size, with marks past the scale and odd scales; there are
     // only two pairs of marks.
+    gauge.setRangeMarks(1, 10.0, 20.0);
     gauge.setRangeMarks(2, 1.0, 2.0);
     gauge.setRangeMarks(-1, 1.0, 2.0);
     gauge.clearRangeMarks(7);
+    gauge.clearRangeMarks(-1);
+    EXPECT_TRUE(gauge.rangeMarks(1).shown);
+    EXPECT_EQ(gauge.rangeMarks(1).second, 20.0);
+    EXPECT_EQ(gauge.value(), 7.0);
+    EXPECT_EQ(gauge.maximum(), 5.0);
     gauge.setRangeMarks(0, -400.0, 400.0);
     const std::pair<double, double> scales[] = {{0, 0}, {kNaN, 10}, {-1e300, 1e300}};
     for (auto [minimum, maximum] : scales) {
@@ -133,7 +139,10 @@ bool showsColour(const QImage& image, const QColor& colour) {
 TEST(LedDisplay, DrawsLitDigitsInTheChosenColourAtAnySize) {
     LedDisplay led;
     led.resize(led.sizeHint());
+    led.setValue(11.11);
+    const QImage ones = led.grab().toImage();
     led.setValue(88.88);
+    EXPECT_NE(led.grab().toImage(), ones);  // a new value is drawn, not the last one kept
     EXPECT_TRUE(showsColour(led.grab().toImage(), led.digitColor()));
     const QColor amber(255, 176, 0);
     EXPECT_FALSE(showsColour(led.grab().toImage(), amber));

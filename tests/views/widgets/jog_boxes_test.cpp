@@ -153,3 +153,48 @@ TEST(LensJogBox, RowsAreUnitsAndDragsOutsideAreReported) {
 
 }  // namespace
 }  // namespace halvex
+
+namespace halvex {
+namespace {
+
+// Light pixels of the lens box's "+" and "-" signs in a band across its
+// middle column, `from` to `to` rows: the longest light run across and down.
+struct Strokes {
+    int across = 0;
+    int down = 0;
+};
+Strokes strokesIn(const QImage& image, int from, int to) {
+    const auto light = [&image](int x, int y) { return image.pixelColor(x, y).value() > 150; };
+    const int middle = image.width() / 2;
+    Strokes found;
+    for (int y = from; y < to; ++y) {
+        int run = 0;
+        for (int x = middle - 8; x <= middle + 8; ++x) {
+            run = light(x, y) ? run + 1 : 0;
+            found.across = std::max(found.across, run);
+        }
+    }
+    for (int x = middle - 1; x <= middle + 1; ++x) {
+        int run = 0;
+        for (int y = from; y < to; ++y) {
+            run = light(x, y) ? run + 1 : 0;
+            found.down = std::max(found.down, run);
+        }
+    }
+    return found;
+}
+
+TEST(LensJogBox, PlusMarksTheTopEndAndMinusTheBottom) {
+    LensJogBox box;
+    box.resize(40, 121);
+    const QImage image = box.grab().toImage();
+    const Strokes top = strokesIn(image, 2, 30);
+    const Strokes bottom = strokesIn(image, 91, 119);
+    EXPECT_GE(top.across, 6);
+    EXPECT_GE(top.down, 6);
+    EXPECT_GE(bottom.across, 6);
+    EXPECT_LE(bottom.down, 4);
+}
+
+}  // namespace
+}  // namespace halvex

@@ -1,0 +1,137 @@
+// The instruments by day and by night, and the link lamp at every scale.
+
+#include <gtest/gtest.h>
+
+#include <QImage>
+
+#include "views/widgets/instrument_light.h"
+#include "views/widgets/jog_box.h"
+#include "views/widgets/lamp_pictures.h"
+#include "views/widgets/led_display.h"
+#include "views/widgets/status_lamp.h"
+
+namespace halvex {
+namespace {
+
+// Every test leaves the program lit by day.
+class ByNight : public ::testing::Test {
+  protected:
+    void TearDown() override { setInstrumentLight(InstrumentLight::Day); }
+};
+
+QColor lampBody(StatusLamp& lamp) {
+    return lamp.grab().toImage().pixelColor(20, 26);
+}
+
+// The brightest coloured pixel: what the lit segments of a read-out show
+// (the grey window behind its rounded corners aside).
+QColor brightest(const QImage& image) {
+    QColor best(Qt::black);
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor c = image.pixelColor(x, y);
+            if (c.hsvSaturation() > 60 && c.value() > best.value()) {
+                best = c;
+            }
+        }
+    }
+    return best;
+}
+
+int hueGap(const QColor& a, const QColor& b) {
+    const int gap = std::abs(a.hsvHue() - b.hsvHue());
+    return std::min(gap, 360 - gap);
+}
+
+bool isRed(const QColor& c) {
+    return hueGap(c, QColor(255, 0, 0)) <= 12 && c.hsvSaturation() > 150;
+}
+
+TEST_F(ByNight, LampsDimButKeepTheirColourAndAnUnlitLampStaysGrey) {
+    StatusLamp lamp;
+    lamp.resize(40, 40);
+    // Hard limit, soft limit, moving, a fault lamp lit and dark.
+    for (const QColor colour : {QColor(255, 0, 0), QColor(255, 255, 0), QColor(0, 255, 0),
+                                QColor(128, 0, 0), QColor(128, 128, 0)}) {
+        SCOPED_TRACE(colour.name().toStdString());
+        lamp.setColor(colour);
+        setInstrumentLight(InstrumentLight::Day);
+        const QColor day = lampBody(lamp);
+        setInstrumentLight(InstrumentLight::Night);
+        const QColor night = lampBody(lamp);
+        EXPECT_LE(hueGap(day, night), 6);
+        EXPECT_LT(night.value(), day.value() * 3 / 4);
+        EXPECT_GT(night.value(), 40);     // still seen
+        EXPECT_EQ(lamp.color(), colour);  // what the lamp says is unchanged
+    }
+    // A travel lamp that is not lit must not look like a red fault lamp.
+    lamp.setColor(QColor(224, 224, 224));
+    const QColor unlit = lampBody(lamp);
+    EXPECT_LT(unlit.hsvSaturation(), 40);
+    EXPECT_LT(unlit.value(), 120);
+}
+
+TEST_F(ByNight, ReadOutsKeepTheirDigitColourAndRepaintWhenTheLightChanges) {
+    LedDisplay led;
+    led.resize(led.sizeHint());
+    led.setValue(88.88);
+    for (const QColor colour :
+         {QColor(0x4c, 0xff, 0x7a), QColor(255, 200, 60), QColor(90, 200, 255)}) {
+        SCOPED_TRACE(colour.name().toStdString());
+        led.setDigitColor(colour);
+        setInstrumentLight(InstrumentLight::Day);
+        const QColor day = brightest(led.grab().toImage());
+        // The same value and colour as before: only the light has changed.
+        setInstrumentLight(InstrumentLight::Night);
+        const QColor night = brightest(led.grab().toImage());
+        EXPECT_LE(hueGap(day, night), 8);
+        EXPECT_LT(night.value(), day.value() * 3 / 4);
+        EXPECT_GT(night.value(), 90);
+    }
+}
+
+TEST_F(ByNight, JogBoxMarkingsTurnDimRed) {
+    JogBox jog;
+    jog.resize(201, 201);
+    // On the horizontal cross-hair, a little left of the centre.
+    const auto crossHair = [&jog] { return jog.grab().toImage().pixelColor(60, 100); };
+    const QColor day = crossHair();
+    EXPECT_FALSE(isRed(day));
+    setInstrumentLight(InstrumentLight::Night);
+    const QColor night = crossHair();
+    EXPECT_TRUE(isRed(night)) << night.name().toStdString();
+    EXPECT_LT(night.value(), day.value());
+}
+
+// Pixels of the lamp's rim on the middle row, left of the centre, neither
+// clear nor solid: one or two where it is drawn at that size, more where a
+// smaller picture was blown up.
+int softEdge(const QPixmap& pixmap) {
+    const QImage image = pixmap.toImage().convertToFormat(QImage::Format_ARGB32);
+    const int row = image.height() / 2;
+    int soft = 0;
+    for (int x = 0; x < image.width() / 2; ++x) {
+        const int alpha = qAlpha(image.pixel(x, row));
+        soft += alpha > 0 && alpha < 255 ? 1 : 0;
+    }
+    return soft;
+}
+
+TEST_F(ByNight, LinkLampIsDrawnSharpAtEveryScale) {
+    for (const QIcon& lamp : {goodLinkPicture(), faultLinkPicture(), idleLinkPicture()}) {
+        for (const qreal scale : {1.0, 1.25, 1.5, 2.0, 4.0}) {
+            SCOPED_TRACE(scale);
+            const QPixmap pixmap = lamp.pixmap(QSize(24, 24), scale);
+            EXPECT_EQ(pixmap.size(), QSize(24, 24) * scale);
+            EXPECT_LE(softEdge(pixmap), 2);
+        }
+    }
+    const QColor good = goodLinkPicture().pixmap(48).toImage().pixelColor(24, 24);
+    setInstrumentLight(InstrumentLight::Night);
+    const QColor dimmed = goodLinkPicture().pixmap(48).toImage().pixelColor(24, 24);
+    EXPECT_LE(hueGap(good, dimmed), 6);
+    EXPECT_LT(dimmed.value(), good.value());
+}
+
+}  // namespace
+}  // namespace halvex

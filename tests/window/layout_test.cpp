@@ -1,0 +1,294 @@
+// Every page of the main window at 1024 x 700 (a field laptop's screen less
+// the window frame), in each palette: every control in view inside the
+// window, none lying on another, none too small for its text, the tabs and
+// the status bar in view. The suite runs it at 100 % and again at 150 %.
+#include <gtest/gtest.h>
+
+#include <QAbstractItemView>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QLineEdit>
+#include <QRadioButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QStatusBar>
+#include <QStyleOptionButton>
+#include <QTabBar>
+#include <QToolButton>
+
+#include "tests/support/console_rig.h"
+#include "views/widgets/led_display.h"
+#include "views/widgets/pan_gauge.h"
+#include "views/widgets/pointer_pad.h"
+#include "views/widgets/spin_button.h"
+#include "views/widgets/status_lamp.h"
+
+using namespace halvex;
+using namespace halvex::testing;
+
+namespace {
+const QSize kSmallScreen(1024, 700);
+
+bool isControl(const QWidget* w) {
+    return qobject_cast<const QAbstractButton*>(w) || qobject_cast<const QAbstractSlider*>(w) ||
+           qobject_cast<const QLineEdit*>(w) || qobject_cast<const QComboBox*>(w) ||
+           qobject_cast<const QAbstractItemView*>(w) || qobject_cast<const QLabel*>(w) ||
+           qobject_cast<const LedDisplay*>(w) || qobject_cast<const StatusLamp*>(w) ||
+           qobject_cast<const PanGauge*>(w) || qobject_cast<const PointerPad*>(w) ||
+           qobject_cast<const SpinButton*>(w);
+}
+
+QString nameOf(const QWidget* w) {
+    if (!w->objectName().isEmpty()) {
+        return w->objectName();
+    }
+    const auto* label = qobject_cast<const QLabel*>(w);
+    const auto* button = qobject_cast<const QAbstractButton*>(w);
+    const QString text = label ? label->text() : button ? button->text() : QString();
+    return QStringLiteral("%1 \"%2\"").arg(QLatin1String(w->metaObject()->className()), text);
+}
+
+// The controls an operator sees in the window: shown, and not a part of
+// another control (the arrows of a spin button, the scroll bars of a list).
+std::vector<QWidget*> visibleControls(QWidget& window) {
+    std::vector<QWidget*> controls;
+    for (QWidget* w : window.findChildren<QWidget*>()) {
+        if (w->isWindow() || !w->isVisibleTo(&window) || !isControl(w)) {
+            continue;
+        }
+        bool part = false;
+        for (QWidget* up = w->parentWidget(); up != &window && up != nullptr;
+             up = up->parentWidget()) {
+            part = part || isControl(up);
+        }
+        if (!part) {
+            controls.push_back(w);
+        }
+    }
+    return controls;
+}
+
+QRect inWindow(const QWidget* w, const QWidget& window) {
+    return {w->mapTo(&window, QPoint(0, 0)), w->size()};
+}
+
+// What of a widget its parents, and the window, leave in view.
+QRect inView(const QWidget* w, const QWidget& window) {
+    QRect shown = inWindow(w, window) & window.rect();
+    for (const QWidget* up = w->parentWidget(); up != &window; up = up->parentWidget()) {
+        shown &= inWindow(up, window);
+    }
+    return shown;
+}
+
+// The room a control gives its caption: the contents of a label, the part of
+// a button, check box or option button beside its picture or indicator.
+QRect captionRoom(const QWidget* w) {
+    if (const auto* label = qobject_cast<const QLabel*>(w)) {
+        return label->contentsRect().adjusted(label->margin(), label->margin(), -label->margin(),
+                                              -label->margin());
+    }
+    const auto* button = qobject_cast<const QAbstractButton*>(w);
+    QStyleOptionButton option;
+    option.initFrom(w);
+    option.text = button->text();
+    option.icon = button->icon();
+    option.iconSize = button->iconSize();
+    if (qobject_cast<const QCheckBox*>(w) != nullptr) {
+        return w->style()->subElementRect(QStyle::SE_CheckBoxContents, &option, w);
+    }
+    if (qobject_cast<const QRadioButton*>(w) != nullptr) {
+        return w->style()->subElementRect(QStyle::SE_RadioButtonContents, &option, w);
+    }
+    QRect room = w->style()->subElementRect(QStyle::SE_PushButtonContents, &option, w);
+    if (!button->icon().isNull()) {
+        room.setLeft(room.left() + button->iconSize().width() + 4);
+    }
+    return room;
+}
+
+// A caption wider or taller than the room its control gives it is cut. A
+// label that wraps its text takes the height it needs; an LED read-out is
+// cut when squeezed below its least width, where its digits are too small.
+bool captionCut(const QWidget* w) {
+    if (qobject_cast<const LedDisplay*>(w) != nullptr) {
+        return w->width() < w->minimumSizeHint().width() ||
+               w->height() < w->minimumSizeHint().height();
+    }
+    const auto* label = qobject_cast<const QLabel*>(w);
+    const auto* button = qobject_cast<const QAbstractButton*>(w);
+    if ((label == nullptr || label->wordWrap()) &&
+        (button == nullptr || qobject_cast<const QToolButton*>(w) != nullptr)) {
+        return false;
+    }
+    const QString caption = label != nullptr ? label->text() : button->text();
+    if (caption.isEmpty()) {
+        return false;
+    }
+    const QFontMetrics metrics(w->font());
+    const QRect room = captionRoom(w);
+    return metrics.horizontalAdvance(QString(caption).remove(QLatin1Char('&'))) > room.width() ||
+           metrics.height() > room.height();
+}
+
+void checkInView(VornixU& window, const QString& where) {
+    const std::vector<QWidget*> controls = visibleControls(window);
+    ASSERT_GT(controls.size(), 10u) << where.toStdString();
+    for (std::size_t i = 0; i < controls.size(); ++i) {
+        const QWidget* a = controls[i];
+        const QRect place = inWindow(a, window);
+        EXPECT_EQ(inView(a, window), place)
+            << where.toStdString() << ": " << nameOf(a).toStdString() << " is cut off";
+        EXPECT_FALSE(captionCut(a))
+            << where.toStdString() << ": " << nameOf(a).toStdString() << " cuts its caption";
+        for (std::size_t j = i + 1; j < controls.size(); ++j) {
+            EXPECT_FALSE(place.intersects(inWindow(controls[j], window)))
+                << where.toStdString() << ": " << nameOf(a).toStdString() << " lies on "
+                << nameOf(controls[j]).toStdString();
+        }
+    }
+    const QStatusBar* bar = window.statusBar();
+    EXPECT_TRUE(bar->isVisible()) << where.toStdString();
+    EXPECT_EQ(inView(bar, window), inWindow(bar, window)) << where.toStdString();
+    EXPECT_GE(bar->height(), bar->sizeHint().height()) << where.toStdString();
+}
+
+class SmallScreen : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(rig.connect());
+        rig.window->resize(kSmallScreen);
+        ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.window->size() == kSmallScreen; }))
+            << "the window stays at " << rig.window->width() << " x " << rig.window->height()
+            << "; it needs " << rig.window->minimumSizeHint().width() << " x "
+            << rig.window->minimumSizeHint().height();
+    }
+    void TearDown() override { rig.find<QAction>(QStringLiteral("MenuPaletteDesktop"))->trigger(); }
+
+    ConsoleRig rig;
+};
+}  // namespace
+
+TEST_F(SmallScreen, EveryPageShowsEveryControlWholeInEachPalette) {
+    QTabWidget& tabs = rig.window->SSTab1();
+    const QTabBar* bar = tabs.tabBar();
+    for (const char* palette : {"MenuPaletteDesktop", "MenuPaletteDark", "MenuPaletteNight"}) {
+        rig.find<QAction>(QLatin1String(palette))->trigger();
+        for (int page = 0; page < tabs.count(); ++page) {
+            tabs.setCurrentIndex(page);
+            QTest::qWait(20);
+            const QString where =
+                QStringLiteral("%1, page %2").arg(QLatin1String(palette), tabs.tabText(page));
+            // Every tab can be picked without scrolling the tab bar.
+            EXPECT_LE(bar->tabRect(tabs.count() - 1).right(), bar->width()) << where.toStdString();
+            checkInView(*rig.window, where);
+        }
+    }
+}
+
+TEST_F(SmallScreen, FactoryControlsFitOnceTheAccessCodeUncoversThem) {
+    QTabWidget& tabs = rig.window->SSTab1();
+    tabs.setCurrentIndex(tabs.count() - 1);
+    // The cover lies over the whole page with its two controls whole in it.
+    auto* cover = rig.find<QWidget>(QStringLiteral("PassFrame"));
+    EXPECT_EQ(inView(cover, *rig.window), inWindow(cover, *rig.window));
+    EXPECT_EQ(cover->geometry(), cover->parentWidget()->rect());
+    auto* code = rig.find<QWidget>(QStringLiteral("PassText"));
+    auto* enter = rig.find<QWidget>(QStringLiteral("PassEntBut"));
+    for (const QWidget* control : {code, enter}) {
+        EXPECT_EQ(inView(control, *rig.window), inWindow(control, *rig.window));
+        EXPECT_FALSE(captionCut(control));
+    }
+    EXPECT_FALSE(inWindow(code, *rig.window).intersects(inWindow(enter, *rig.window)));
+    // It is drawn as a frame with its title, not as a bare patch of background.
+    const QImage look = cover->grab().toImage();
+    const QColor ground = look.pixelColor(look.width() / 2, look.height() / 3);
+    int drawn = 0;
+    for (int y = 0; y < 24; ++y) {
+        for (int x = 0; x < 160; ++x) {
+            drawn += look.pixelColor(x, y) != ground ? 1 : 0;
+        }
+    }
+    EXPECT_GT(drawn, 100) << "the title \"Enter Password\" is not drawn";
+    rig.find<QLineEdit>(QStringLiteral("PassText"))->setText(QStringLiteral("7214"));
+    rig.click(QStringLiteral("PassEntBut"));
+    ASSERT_TRUE(ConsoleRig::waitFor([&] { return !cover->isVisible(); }));
+    checkInView(*rig.window, QStringLiteral("Factory, uncovered"));
+    EXPECT_TRUE(rig.find<QWidget>(QStringLiteral("EncHomeBut"))->isVisible());
+}
+
+// The labels whose text follows `scroll`: those that change when it moves.
+std::vector<QLabel*> readoutsOf(QScrollBar* scroll, QWidget& window) {
+    const QList<QLabel*> labels = window.findChildren<QLabel*>();
+    QStringList before;
+    for (const QLabel* label : labels) {
+        before << label->text();
+    }
+    const int was = scroll->value();
+    scroll->setValue(was < scroll->maximum() ? was + 1 : was - 1);
+    std::vector<QLabel*> changed;
+    for (qsizetype i = 0; i < labels.size(); ++i) {
+        if (labels[i]->text() != before[i]) {
+            changed.push_back(labels[i]);
+        }
+    }
+    scroll->setValue(was);
+    return changed;
+}
+
+TEST(ScrollBars, EachReadOutSitsJustRightOfItsScrollBar) {
+    // Offline: a moving bar sends nothing, and the pages keep their places.
+    ConsoleRig rig;
+    rig.window->resize(kSmallScreen);
+    QTabWidget& tabs = rig.window->SSTab1();
+    int checked = 0;
+    for (int page = 0; page < tabs.count(); ++page) {
+        tabs.setCurrentIndex(page);
+        QTest::qWait(20);
+        for (QScrollBar* scroll : tabs.currentWidget()->findChildren<QScrollBar*>()) {
+            if (scroll->objectName().isEmpty() || !scroll->isVisibleTo(rig.window.get())) {
+                continue;  // a list's own bars
+            }
+            const QRect bar = inWindow(scroll, *rig.window);
+            const std::vector<QLabel*> readouts = readoutsOf(scroll, *rig.window);
+            EXPECT_FALSE(readouts.empty()) << scroll->objectName().toStdString();
+            for (const QLabel* readout : readouts) {
+                const QRect place = inWindow(readout, *rig.window);
+                EXPECT_TRUE(place.center().y() >= bar.top() && place.center().y() <= bar.bottom())
+                    << readout->objectName().toStdString() << " is not on the row of "
+                    << scroll->objectName().toStdString();
+                const int gap = place.left() - bar.right();
+                EXPECT_TRUE(gap > 0 && gap <= 24)
+                    << readout->objectName().toStdString() << " is " << gap << " pixels from "
+                    << scroll->objectName().toStdString();
+            }
+            ++checked;
+        }
+    }
+    EXPECT_GE(checked, 26);  // every named scroll bar of the pages
+}
+
+TEST_F(SmallScreen, APageThatOutgrowsTheWindowScrollsThePanTiltPageNeverDoes) {
+    const QSize least = rig.window->minimumSizeHint();
+    // At its smallest the window still shows the whole Pan/Tilt page: the jog
+    // box and the status lamps never scroll away.
+    rig.window->resize(least);
+    ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.window->size() == least; }));
+    checkInView(*rig.window, QStringLiteral("Pan/Tilt at the window's smallest"));
+
+    // A page grown past the window (a desktop with large type) scrolls
+    // instead of making the window taller than the screen.
+    rig.window->resize(kSmallScreen);
+    auto* setup = rig.find<QWidget>(QStringLiteral("SetupPage"));
+    QFont large = setup->font();
+    large.setPointSizeF(large.pointSizeF() * 2);
+    setup->setFont(large);
+    rig.window->SSTab1().setCurrentIndex(6);
+    auto* scroller = rig.find<QScrollArea>(QStringLiteral("SetupPageScroll"));
+    ASSERT_NE(scroller, nullptr);
+    EXPECT_TRUE(ConsoleRig::waitFor([&] { return scroller->verticalScrollBar()->maximum() > 0; }));
+    EXPECT_EQ(rig.window->minimumSizeHint(), least);
+    EXPECT_EQ(rig.window->size(), kSmallScreen);
+    EXPECT_TRUE(rig.window->statusBar()->isVisible());
+    setup->setFont(QFont());
+}
