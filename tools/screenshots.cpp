@@ -261,7 +261,6 @@ int readmePictures(const QString& out) {
     } else {
         ok = false;
     }
-    ok = saveCommissioningDialogs(window, unit, out) && ok;
     // A field laptop's screen, by day and by night.
     window.SSTab1().setCurrentIndex(0);
     window.resize(1024, 700);
@@ -270,6 +269,7 @@ int readmePictures(const QString& out) {
     choosePalette(window, "Night");
     ok = save(window, out + QStringLiteral("/night.png")) && ok;
     choosePalette(window, "Desktop");
+    ok = saveCommissioningDialogs(window, unit, out) && ok;
     return ok ? 0 : 1;
 }
 
