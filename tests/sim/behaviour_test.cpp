@@ -235,6 +235,10 @@ TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
     unit.exchange({0x62, 3, 0x81, 0x7E, 0xFF});
     unit.advance(100);
     EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x60, 0x02, 0xFF}));
+    // The power inquiry: on.
+    unit.exchange({0x62, 5, 0x81, 0x09, 0x04, 0x00, 0xFF});
+    unit.advance(100);
+    EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x50, 0x02, 0xFF}));
     // Broadcasts: address set gives the camera address 1, interface clear
     // comes back as sent.
     unit.exchange({0x62, 4, 0x88, 0x30, 0x01, 0xFF});
