@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 
+#include "sim/tour_runner.h"
 #include "tests/sim/unit_test_support.h"
 
 namespace halvex::sim::testing {
@@ -123,6 +124,41 @@ TEST(UnitFaults, InjectedFaultsLatchUntilResetAndTheCommTimeoutStopsATour) {
     report = other.jog(0x40, 0, 100);
     EXPECT_EQ(report[7] & 0x0C, 0);
     EXPECT_EQ(report[8] & 0x0C, 0x08);
+}
+
+TEST(UnitTours, AnyCommandButTheJogEndsARunningTour) {
+    UnitHarness unit;
+    unit.exchange({0x52, 0, 0, 1});  // preset 0, a second's dwell
+    ASSERT_EQ(unit.exchange({0x37, 0}), (std::vector<Byte>{0x37, 0}));
+    unit.advance(500, true);
+    ASSERT_TRUE(unit.unit.state().tourRunner.running());
+    unit.exchange({0x56, 0});
+    EXPECT_FALSE(unit.unit.state().tourRunner.running());
+    EXPECT_EQ(unit.jog()[9] & 0x40, 0) << "executing bit";
+}
+
+// A tour emptied under the runner (a state file loaded, say) ends it at the
+// next step instead of waiting at a step that is gone.
+TEST(UnitTours, ATourEmptiedUnderTheRunnerEndsAtItsNextStep) {
+    Tours tours;
+    Presets presets;
+    Settings settings;
+    Motion motion;
+    Lenses lenses;
+    const TourPlant plant{tours, presets, settings, motion, lenses};
+    // Steps naming no preset (40) only wait out their dwell: nothing moves.
+    tours.append(0, {40, 0});
+    tours.append(0, {40, 0});
+    TourRunner runner;
+    ASSERT_TRUE(runner.start(0, 0, plant));
+    runner.advance(100, plant);
+    EXPECT_TRUE(runner.running());
+    EXPECT_EQ(runner.stepIndex(), 1);
+    tours.clear(0);
+    runner.advance(200, plant);
+    EXPECT_FALSE(runner.running());
+    runner.advance(300, plant);
+    EXPECT_FALSE(runner.running());
 }
 
 TEST(UnitFaults, AHomingCycleReportsNoIndexForAFaultedAxis) {
