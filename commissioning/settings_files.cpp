@@ -32,7 +32,8 @@ SettingsFileRead loadSettingsFile(const QString& path) {
 QString saveSettingsFile(const QString& path, const UnitSettings& settings) {
     QSaveFile file(path);
     const std::string text = writeSettingsText(settings);
-    if (!file.open(QIODevice::WriteOnly) ||
+    // Unbuffered: a buffered write that the disk cuts short still commits.
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) ||
         file.write(text.data(), static_cast<qint64>(text.size())) !=
             static_cast<qint64>(text.size()) ||
         !file.commit()) {

@@ -44,9 +44,10 @@ bool SettingsFile::write(const PortSettings& settings, QString& error) const {
         static_cast<char>(baud & 0xFF),         static_cast<char>((baud >> 8) & 0xFF),
         static_cast<char>((baud >> 16) & 0xFF), static_cast<char>(baud >> 24)};
     // Written to a temporary and renamed, so a failed write never leaves a
-    // half-written file behind.
+    // half-written file behind. Unbuffered, because a buffered write that the
+    // disk cuts short (full, or over the size limit) still commits as whole.
     QSaveFile file(path_);
-    if (file.open(QIODevice::WriteOnly)) {
+    if (file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)) {
         if (file.write(bytes, kFileSize) == kFileSize && file.commit()) {
             return true;
         }
@@ -57,10 +58,12 @@ bool SettingsFile::write(const PortSettings& settings, QString& error) const {
     // No new file may be made beside it (a folder where only the file itself
     // is writable): write the file in place.
     QFile inPlace(path_);
-    if (!exists() || !inPlace.open(QIODevice::WriteOnly | QIODevice::Truncate) ||
+    if (!exists() ||
+        !inPlace.open(QIODevice::WriteOnly | QIODevice::Truncate | QIODevice::Unbuffered) ||
         inPlace.write(bytes, kFileSize) != kFileSize || !inPlace.flush()) {
+        const bool inPlaceFailed = inPlace.error() != QFileDevice::NoError;
         error = QStringLiteral("The settings file \"%1\" could not be written: %2.")
-                    .arg(path_, file.errorString());
+                    .arg(path_, inPlaceFailed ? inPlace.errorString() : file.errorString());
         return false;
     }
     return true;

@@ -2,9 +2,12 @@
 
 #include <QDir>
 #include <QFile>
+#include <QTemporaryDir>
 #include <string>
 
+#include "commissioning/settings_files.h"
 #include "commissioning/settings_text.h"
+#include "tests/support/full_disk.h"
 
 using namespace halvex::commissioning;
 
@@ -83,6 +86,27 @@ TEST(SettingsFile, KeepsEveryValueOfEachControllerType) {
     }
     // Reference values come last, apart from what is written back.
     EXPECT_GT(text.find("[reference]"), text.find("[tours]"));
+}
+
+TEST(SettingsFile, ASaveCutShortByAFullDiskFailsAndKeepsTheOldFile) {
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("unit.txt"));
+    const UnitSettings settings = sample(0);
+    ASSERT_TRUE(saveSettingsFile(path, settings).isEmpty());
+    QFile old(path);
+    ASSERT_TRUE(old.open(QIODevice::ReadOnly));
+    const QByteArray before = old.readAll();
+    old.close();
+    QString problem;
+    {
+        const halvex::testing::FullDisk full(100);
+        ASSERT_TRUE(full.active());
+        problem = saveSettingsFile(path, settings);
+    }
+    EXPECT_TRUE(problem.contains(QStringLiteral("unit.txt cannot be written")))
+        << problem.toStdString();
+    ASSERT_TRUE(old.open(QIODevice::ReadOnly));
+    EXPECT_EQ(old.readAll(), before);
 }
 
 TEST(SettingsFile, RefusesAFileCutAnywhere) {

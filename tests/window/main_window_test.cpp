@@ -6,6 +6,7 @@
 #include <QLineEdit>
 
 #include "tests/support/console_rig.h"
+#include "tests/support/full_disk.h"
 #include "window/data_watch.h"
 
 using namespace halvex;
@@ -145,4 +146,17 @@ TEST(MainWindow, DataWatchShowsTheLastFramesAndSilenceTurnsTheLampToFault) {
     EXPECT_TRUE(QTest::qWaitFor([&] {
         return rig.find<QPushButton>(QStringLiteral("StartBut"))->property("lamp") == "fault";
     }));
+}
+
+TEST(MainWindow, AMenuChoiceThatCannotBeWrittenSaysSoAndKeepsTheOldFile) {
+    ConsoleRig rig;  // loading wrote the file: COM1 at 9600
+    {
+        const FullDisk full(2);  // the new file may be made but its bytes do not fit
+        ASSERT_TRUE(full.active());
+        rig.find<QAction>(QStringLiteral("MenuCOM_2"))->trigger();
+    }
+    ASSERT_EQ(rig.shown.size(), 1u);
+    EXPECT_TRUE(rig.shown[0].text.contains(QStringLiteral("could not be written")))
+        << rig.shown[0].text.toStdString();
+    EXPECT_EQ(settingsBytes(), QByteArray::fromHex("010080250000"));
 }
