@@ -71,11 +71,16 @@ TEST_F(VideoPage, EveryControlSendsItsWholeConfiguration) {
 TEST_F(VideoPage, RepliesFillTheControlsAndSendNothing) {
     PagesRig& rig = *shared_;
     const std::pair<Bytes, const char*> cases[] = {
+        {{0x64, 0x02, 0x00},
+         "VidOption_2 !BlankCheck_0 !BlankCheck_1 LVidOption_2 !PALCheck !CamPwrCheck_0"},
         // Store and read bits dropped, power bits only.
         {{0x64, 0xFD, 0xFF},
          "VidOption_5 BlankCheck_0 BlankCheck_1 PALCheck PALCheck2 CamPwrCheck_0 CamPwrCheck_1 "
          "LCamPwrCheck_0 LCamPwrCheck_1"},
         {{0x63, 0xF6}, "LVidOption_1 LCamPwrCheck_0 !LCamPwrCheck_1"},
+        // Neither selection bit is Blank Video; both read as the first.
+        {{0x63, 0x08}, "LVidOption_2 !LCamPwrCheck_0 LCamPwrCheck_1"},
+        {{0x63, 0x03}, "LVidOption_0"},
         // Lines 12 to 15 show as line 0; the on and signed bits still count.
         {{0x70, 0x3E}, "AngLineScroll=0 AngDisCheck AngSgnCheck"},
         {{0x71, 0x1C}, "NumLineScroll=0 NumDisCheck"},
