@@ -8,6 +8,7 @@
 #include "recorder/line_log_model.h"
 #include "recorder/line_log_window.h"
 
+#include <QFontDatabase>
 #include <QTableView>
 #include <QTest>
 
@@ -256,4 +257,63 @@ TEST(LineLogWindow, PaintsEachCellInItsRowsColour) {
     EXPECT_GT(pixelsLike(image, selected, table.palette().color(QPalette::Highlight)),
               selected.width() * selected.height() / 2);
     EXPECT_GT(pixelsLike(image, selected, table.palette().color(QPalette::HighlightedText)), 10);
+}
+
+namespace {
+// How wide the ink of a cell's text is: from its first to its last column
+// of pixels unlike the background.
+int inkedWidth(const QImage& image, const QRect& cell, const QColor& background) {
+    int first = -1;
+    int last = -1;
+    for (int x = cell.left(); x <= cell.right(); ++x) {
+        for (int y = cell.top(); y <= cell.bottom(); ++y) {
+            if (image.pixelColor(x, y) != background) {
+                first = first < 0 ? x : first;
+                last = x;
+                break;
+            }
+        }
+    }
+    return first < 0 ? 0 : last - first + 1;
+}
+}  // namespace
+
+// The time and the bytes are drawn in the fixed-pitch font, so that their
+// digits line up from row to row; the words in the table's own font.
+TEST(LineLogWindow, TimesAndBytesAreDrawnInTheFixedPitchFont) {
+    LineLogModel model;
+    model.append(receivedReport(3'723'456'000));
+    LineLogWindow window(model, LineLogWindow::Source::Live);
+    window.resize(1600, 300);
+    window.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+    model.flush();
+    QTableView& table = window.table();
+    const QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
+    ASSERT_NE(QFontMetrics(fixed).horizontalAdvance(QStringLiteral("1 1 1")),
+              table.fontMetrics().horizontalAdvance(QStringLiteral("1 1 1")))
+        << "the fixed-pitch font cannot be told from the table's";
+    for (int column :
+         {int{LineLogModel::Time}, int{LineLogModel::Name}, int{LineLogModel::Bytes}}) {
+        SCOPED_TRACE(column);
+        const QString text = cell(model, 0, column);
+        for (int other = 0; other < LineLogModel::ColumnCount; ++other) {
+            table.setColumnHidden(other, other != column);
+        }
+        table.setColumnWidth(column, 700);  // room to spare: the text is not cut
+        table.viewport()->repaint();
+        const QImage image = table.viewport()->grab().toImage();
+        // Inside the cell's grid lines; its background where the text ends.
+        const QRect room = table.visualRect(model.index(0, column)).adjusted(1, 1, -2, -2);
+        ASSERT_TRUE(table.viewport()->rect().contains(room));
+        const QColor background = image.pixelColor(room.right(), room.center().y());
+        const int inked = inkedWidth(image, room, background);
+        const bool fixedPitch = column != LineLogModel::Name;
+        const int expected =
+            (fixedPitch ? QFontMetrics(fixed) : table.fontMetrics()).horizontalAdvance(text);
+        const int other =
+            (fixedPitch ? table.fontMetrics() : QFontMetrics(fixed)).horizontalAdvance(text);
+        EXPECT_LT(std::abs(inked - expected), std::abs(inked - other))
+            << text.toStdString() << ": " << inked << " px, " << expected << " expected";
+    }
 }
