@@ -39,6 +39,9 @@ class PanGauge : public QWidget {
     double maximum() const { return maximum_; }
     double value() const { return value_; }
     double needleValue() const;
+    // The number drawn in the gap at the bottom: the value as set, in
+    // hundredths like the angle readings beside the gauge.
+    QString readout() const { return QString::number(value_, 'f', 2); }
 
     // Needle angle in degrees, counter-clockwise from three o'clock (as QPainter counts).
     double angleFor(double scaleValue) const;

@@ -145,8 +145,9 @@ void PanGauge::paintEvent(QPaintEvent*) {
         font.setBold(true);
         painter.setFont(font);
         painter.setPen(ink.needle);
-        const QRectF readout(centre.x() - face * 0.5, centre.y() + face * 0.45, face, face * 0.2);
-        painter.drawText(readout, Qt::AlignCenter, QString::number(value_, 'f', 2));
+        const QRectF readoutBox(centre.x() - face * 0.5, centre.y() + face * 0.45, face,
+                                face * 0.2);
+        painter.drawText(readoutBox, Qt::AlignCenter, readout());
     }
 
     // Needle: a slim tapered blade from a short tail to just inside the scale.

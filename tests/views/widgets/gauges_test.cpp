@@ -75,6 +75,10 @@ TEST(PanGauge, NeedleStaysOnTheScaleAndSweepsClockwise) {
     }
     gauge.setValue(7);
     EXPECT_EQ(valueSpy.count(), 8) << "one signal per change, none for the same value";
+    EXPECT_EQ(gauge.readout(), QStringLiteral("7.00"));
+    gauge.setValue(-200.456);  // past the scale: the number tells how far
+    EXPECT_EQ(gauge.readout(), QStringLiteral("-200.46"));
+    gauge.setValue(7);
 
     // Drawn at any size, with marks past the scale and odd scales; there are
     // only two pairs of marks.

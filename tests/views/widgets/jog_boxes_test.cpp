@@ -198,3 +198,32 @@ TEST(LensJogBox, PlusMarksTheTopEndAndMinusTheBottom) {
 
 }  // namespace
 }  // namespace halvex
+
+namespace halvex {
+namespace {
+// The held pointer's line runs the whole width of the track, inside its
+// outline, at the pointer's row.
+TEST(LensJogBox, HeldPointerLineSpansTheTrackInsideItsOutline) {
+    LensJogBox box;
+    box.resize(40, 121);
+    box.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&box));
+    QTest::mousePress(&box, Qt::LeftButton, Qt::NoModifier, {20, 30});
+    const QImage image = box.grab().toImage();
+    QTest::mouseRelease(&box, Qt::LeftButton, Qt::NoModifier, {20, 30});
+    const auto amber = [&image](int x, int y) {
+        const QColor c = image.pixelColor(x, y);
+        return c.red() > 200 && c.green() > 140 && c.green() < 210 && c.blue() < 120;
+    };
+    const int row = amber(20, 29) ? 29 : 30;  // the two-pixel line's upper row
+    for (int x = 2; x <= 37; ++x) {
+        EXPECT_TRUE(amber(x, row)) << x;
+    }
+    for (int x : {0, 1, 38, 39}) {
+        EXPECT_FALSE(amber(x, row)) << "the outline at " << x;
+    }
+    EXPECT_FALSE(amber(20, row - 2));
+    EXPECT_FALSE(amber(20, row + 3));
+}
+}  // namespace
+}  // namespace halvex
