@@ -173,7 +173,7 @@ void VornixU::installFeatures() {
     // The status lamps refresh first after every reply; the tour check that
     // positioning registers reads the fault flag they leave.
     positionReport_ = new PositionReport(context_, *panTilt_, jog_, cameras, *tabs_, this);
-    jogControl_ = new JogControl(context_, jog_, *panTilt_, this);
+    jogControl_ = new JogControl(context_, jog_, jogSources_, *panTilt_, this);
     motion_ = new MotionCommands(context_, *panTilt_, this);
 
     PositioningEnvironment environment;
@@ -237,6 +237,34 @@ void VornixU::installFeatures() {
     networkControl_ = new NetworkControl(*rotator_, rotctldAction_, rotctldLabel_, this);
     connect(networkControl_, &NetworkControl::failed, this,
             [this](const QString& message) { statusBar()->showMessage(message, 15000); });
+    installInputFeatures();
+}
+
+void VornixU::installInputFeatures() {
+    InputTargets targets;
+    targets.stop = stopBut_;
+    targets.reset = resetBut_;
+    targets.home = panTilt_->HomeBut;
+    targets.center = panTilt_->CenterBut;
+    targets.softLimitOverride = panTilt_->Command2;
+    targets.panLowSpeed = panTilt_->PanSloCheck;
+    targets.tiltLowSpeed = panTilt_->TiltSloCheck;
+    input_ = installInput(context_, jog_, jogSources_, *this, *tabs_, targets, this);
+    // Stop means every jog too, whoever steers; held keys and sticks must
+    // come back to rest first.
+    connect(stopBut_, &QPushButton::clicked, &jogSources_, &JogSources::stopAll);
+
+    // Operator before tracker: network moves wait while anybody jogs.
+    rotator_->setOperatorInControl([this] { return jogSources_.operatorJogging(); });
+    connect(&jogSources_, &JogSources::ownerChanged, this, [this](std::optional<JogSource> owner) {
+        const QString notice =
+            QStringLiteral("The operator has control: network moves are refused while jogging.");
+        if (owner && networkControl_->server().isListening()) {
+            statusBar()->showMessage(notice);
+        } else if (statusBar()->currentMessage() == notice) {
+            statusBar()->clearMessage();
+        }
+    });
 }
 
 void VornixU::showLamp(LinkLamp lamp) {
