@@ -28,25 +28,12 @@ void ControllerJog::openPreferred() {
     const std::optional<InputDevice> device = sdl_.opened();
     mapping_ =
         device && device->gameController ? standardControllerMapping() : plainJoystickMapping();
-    // Buttons held while the device is taken do nothing until pressed again.
-    buttonsHeld_.assign(static_cast<std::size_t>(sdl_.buttonCount()), false);
-    for (std::size_t i = 0; i < buttonsHeld_.size(); ++i) {
-        buttonsHeld_[i] = sdl_.button(static_cast<int>(i));
-    }
     if (timer_.isActive()) {
         timer_.setInterval(device ? kReadMs : kLookMs);
     }
 }
 
 void ControllerJog::read() {
-    readDevice(true);
-}
-
-void ControllerJog::readSticks() {
-    readDevice(false);
-}
-
-void ControllerJog::readDevice(bool withButtons) {
     const SdlDevices::Changes changes = sdl_.pump();
     if (changes.lostOpened) {
         sources_.stopAll();
@@ -58,29 +45,19 @@ void ControllerJog::readDevice(bool withButtons) {
         emit devicesChanged();
     }
     const bool allowed = gate_.check();
-    if (!sdl_.opened()) {
+    // Presses while steering is not allowed are dropped, not kept for later.
+    const std::vector<int> presses = sdl_.takePresses();
+    if (!sdl_.opened() || !allowed) {
         return;
     }
-    if (allowed) {
-        sources_.apply(JogSource::Controller,
-                       demandFrom(mapping_, [this](int axis) { return sdl_.axis(axis); }));
-    }
-    if (withButtons) {
-        readButtons(allowed);
-    }
-}
-
-void ControllerJog::readButtons(bool allowed) {
-    for (const ButtonBinding& binding : mapping_.buttons) {
-        if (binding.button < 0 || static_cast<std::size_t>(binding.button) >= buttonsHeld_.size()) {
-            continue;
+    sources_.apply(JogSource::Controller,
+                   demandFrom(mapping_, [this](int axis) { return sdl_.axis(axis); }));
+    for (int button : presses) {
+        for (const ButtonBinding& binding : mapping_.buttons) {
+            if (binding.button == button) {
+                emit actionTriggered(binding.action, binding.preset);
+            }
         }
-        const auto index = static_cast<std::size_t>(binding.button);
-        const bool down = sdl_.button(binding.button);
-        if (down && !buttonsHeld_[index] && allowed) {
-            emit actionTriggered(binding.action, binding.preset);
-        }
-        buttonsHeld_[index] = down;
     }
 }
 

@@ -2,7 +2,6 @@
 
 #include <QObject>
 #include <QTimer>
-#include <vector>
 
 #include "console/jog_sources.h"
 #include "input/controller_mapping.h"
@@ -38,11 +37,10 @@ class ControllerJog : public QObject {
     int axis(int index) const { return sdl_.axis(index); }
     bool button(int index) const { return sdl_.button(index); }
 
-    // Reads the device now: its sticks, and its buttons unless only the
-    // sticks are asked for (right before a jog message, when a button's
-    // command could not be sent).
+    // Reads the device now: plugging, sticks and button presses. A press is
+    // told through actionTriggered, which must reach its command queued: a
+    // read can run while the link serves a tick.
     void read();
-    void readSticks();
 
   signals:
     void actionTriggered(halvex::ButtonAction action, int preset);
@@ -51,8 +49,6 @@ class ControllerJog : public QObject {
 
   private:
     void openPreferred();
-    void readDevice(bool withButtons);
-    void readButtons(bool allowed);
 
     JogSources& sources_;
     JogGate& gate_;
@@ -60,7 +56,6 @@ class ControllerJog : public QObject {
     QTimer timer_;
     QString preferred_;
     ControllerMapping mapping_;
-    std::vector<bool> buttonsHeld_;
 };
 
 }  // namespace halvex

@@ -49,6 +49,16 @@ SdlDevices::Changes SdlDevices::pump() {
             case SDL_JOYDEVICEADDED:
                 changes.listChanged = true;
                 break;
+            case SDL_CONTROLLERBUTTONDOWN:
+                if (controller_ != nullptr && event.cbutton.which == opened_->instance) {
+                    presses_.push_back(event.cbutton.button);
+                }
+                break;
+            case SDL_JOYBUTTONDOWN:
+                if (controller_ == nullptr && opened_ && event.jbutton.which == opened_->instance) {
+                    presses_.push_back(event.jbutton.button);
+                }
+                break;
             case SDL_JOYDEVICEREMOVED:
                 changes.listChanged = true;
                 if (opened_ && event.jdevice.which == opened_->instance) {
@@ -118,6 +128,7 @@ void SdlDevices::close() {
     controller_ = nullptr;
     joystick_ = nullptr;
     opened_.reset();
+    presses_.clear();
 }
 
 int SdlDevices::axis(int index) const {

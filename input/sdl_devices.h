@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <optional>
+#include <utility>
 #include <vector>
 
 struct _SDL_GameController;
@@ -48,6 +49,9 @@ class SdlDevices {
 
     int axis(int index) const;
     bool button(int index) const;
+    // The buttons of the open device pressed since the last call, in order:
+    // a press shorter than the time between two reads is not lost.
+    std::vector<int> takePresses() { return std::exchange(presses_, {}); }
     int axisCount() const;
     int buttonCount() const;
 
@@ -56,6 +60,7 @@ class SdlDevices {
     _SDL_GameController* controller_ = nullptr;
     _SDL_Joystick* joystick_ = nullptr;
     std::optional<InputDevice> opened_;
+    std::vector<int> presses_;
 };
 
 }  // namespace halvex

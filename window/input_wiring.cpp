@@ -67,7 +67,7 @@ InputFeatures installInput(ConsoleContext& context, JogState& jog, JogSources& s
     ControllerJog* controller = input.controller;
     JogGate* gate = input.gate;
     sources.setRefresh([gate, controller] {
-        controller->readSticks();
+        controller->read();
         gate->check();
     });
     const auto act = [&context, targets](ButtonAction action, int preset) {
