@@ -26,11 +26,23 @@ void ControllerJog::openPreferred() {
         sdl_.open(QString());
     }
     const std::optional<InputDevice> device = sdl_.opened();
-    mapping_ =
-        device && device->gameController ? standardControllerMapping() : plainJoystickMapping();
+    std::optional<ControllerMapping> own;
+    if (device && mappingSource_) {
+        own = mappingSource_(*device);
+    }
+    mapping_ = own ? *own : defaultMapping(device && device->gameController);
     if (timer_.isActive()) {
         timer_.setInterval(device ? kReadMs : kLookMs);
     }
+}
+
+ControllerMapping ControllerJog::defaultMapping(bool gameController) {
+    return gameController ? standardControllerMapping() : plainJoystickMapping();
+}
+
+void ControllerJog::setMapping(const ControllerMapping& mapping) {
+    mapping_ = mapping;
+    sources_.release(JogSource::Controller);
 }
 
 void ControllerJog::read() {

@@ -2,6 +2,7 @@
 
 #include <QObject>
 #include <QTimer>
+#include <functional>
 
 #include "console/jog_sources.h"
 #include "input/controller_mapping.h"
@@ -33,6 +34,14 @@ class ControllerJog : public QObject {
     std::vector<InputDevice> devices() const { return sdl_.present(); }
     std::optional<InputDevice> deviceInUse() const { return sdl_.opened(); }
     const ControllerMapping& mapping() const { return mapping_; }
+    // The mapping of the device in use, until another device is taken.
+    void setMapping(const ControllerMapping& mapping);
+    // Where a device's own mapping comes from when it is taken; the standard
+    // one for its kind when this gives nothing.
+    using MappingSource = std::function<std::optional<ControllerMapping>(const InputDevice&)>;
+    void setMappingSource(MappingSource source) { mappingSource_ = std::move(source); }
+    // The mapping a device of this kind has before anybody sets it up.
+    static ControllerMapping defaultMapping(bool gameController);
     // The raw value of an axis and a button of the device in use, for a preview.
     int axis(int index) const { return sdl_.axis(index); }
     bool button(int index) const { return sdl_.button(index); }
@@ -56,6 +65,7 @@ class ControllerJog : public QObject {
     QTimer timer_;
     QString preferred_;
     ControllerMapping mapping_;
+    MappingSource mappingSource_;
 };
 
 }  // namespace halvex

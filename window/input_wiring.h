@@ -31,10 +31,14 @@ struct InputFeatures {
 };
 
 // Jogging from the keyboard and from game controllers, on the one jog state
-// the jog box also writes, behind the dead-man. The device in use is kept in
-// the user's settings by SDL's GUID.
+// the jog box also writes, behind the dead-man. The device in use, each
+// device's mapping (by SDL's GUID) and the keyboard's speeds are kept in the
+// user's settings.
 InputFeatures installInput(ConsoleContext& context, JogState& jog, JogSources& sources,
                            QWidget& window, QTabWidget& tabs, const InputTargets& targets,
                            QObject* parent);
+
+// Opens View > Input Settings over `window`; OK puts the choices to work and keeps them.
+void openInputSettings(const InputFeatures& input, QWidget& window);
 
 }  // namespace halvex

@@ -119,6 +119,9 @@ void VornixU::buildMenus() {
     QAction* lineLog = viewMenu->addAction(QStringLiteral("&Line Log"));
     lineLog->setObjectName(QStringLiteral("MenuLineLog"));
     connect(lineLog, &QAction::triggered, lineRecorder_, &LineRecorder::showLog);
+    QAction* inputSettings = viewMenu->addAction(QStringLiteral("&Input Settings..."));
+    inputSettings->setObjectName(QStringLiteral("MenuInputSettings"));
+    connect(inputSettings, &QAction::triggered, this, [this] { openInputSettings(input_, *this); });
     viewMenu->addSeparator();
     new PaletteChoice(*viewMenu, this);
     addFullScreenEntry(*viewMenu, *this);
