@@ -21,6 +21,7 @@
 #include "views/pages/page_parts.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/lamp_pictures.h"
+#include "views/widgets/widget_accessibility.h"
 #include "window/camera_features.h"
 #include "window/commissioning_wiring.h"
 #include "window/console_rotator.h"
@@ -54,6 +55,7 @@ VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, int linkTickMs
                events_, readHandlers_, messages_, this},
       port_(port != nullptr ? port : new DevicePort(this)) {
     setObjectName(QStringLiteral("VornixU"));
+    installWidgetAccessibility();
     if (port_->parent() == nullptr) {
         port_->setParent(this);
     }

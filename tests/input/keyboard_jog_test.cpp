@@ -1,5 +1,6 @@
 // Keyboard jogging and the dead-man stops, through the real main window.
 
+#include <QAbstractButton>
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QStatusBar>
@@ -173,6 +174,28 @@ TEST_F(KeyboardJogTest, NetworkMovesAreRefusedWhileTheOperatorJogs) {
     client.exchange("P 10 10\n", "RPRT 0\n");
     EXPECT_TRUE(rig().sends(0x33));
     control.stop();
+}
+
+TEST_F(KeyboardJogTest, TabReachesTheJogBoxAndEveryButtonOfThePage) {
+    PanTiltPage& page = rig().window->panTiltPage();
+    QSet<QWidget*> reached;
+    rig().find<QWidget>(QStringLiteral("StartBut"))->setFocus();
+    for (int i = 0; i < 200; ++i) {
+        QWidget* focus = QApplication::focusWidget();
+        ASSERT_NE(focus, nullptr);
+        reached.insert(focus);
+        QTest::keyClick(focus, Qt::Key_Tab);
+    }
+    EXPECT_TRUE(reached.contains(page.Jog));
+    for (QAbstractButton* button : page.findChildren<QAbstractButton*>()) {
+        if (button->isVisible() && button->isEnabled()) {
+            EXPECT_TRUE(reached.contains(button)) << button->objectName().toStdString();
+        }
+    }
+    // Arrows on the focused jog box jog, as anywhere on the page.
+    page.Jog->setFocus();
+    press(Qt::Key_Right);
+    EXPECT_GT(rig().nextMotion()[0], 0);
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "views/widgets/instrument_light.h"
+#include "views/widgets/widget_accessibility.h"
 
 namespace halvex {
 
@@ -72,6 +73,7 @@ void JogBox::setJogVector(const QPointF& vector) {
     if (clamped != jogVector_) {
         jogVector_ = clamped;
         update();
+        announceValueChange(this);
     }
 }
 
