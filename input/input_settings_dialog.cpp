@@ -88,11 +88,15 @@ InputSettingsDialog::InputSettingsDialog(ControllerJog& controller, KeyboardJog&
     deviceForm->addRow(QStringLiteral("In use:"), inUse_);
     layout->addWidget(devices);
 
+    // Two columns, so that the dialog fits a 1024 x 700 screen.
     auto* columns = new QHBoxLayout;
-    columns->addWidget(buildSticks(), 3);
-    columns->addWidget(buildButtons(), 2);
+    auto* left = new QVBoxLayout;
+    left->addWidget(buildSticks());
+    left->addWidget(buildKeyboard(keyboard.speeds()));
+    left->addStretch();
+    columns->addLayout(left, 3);
+    columns->addWidget(buildButtons(), 2, Qt::AlignTop);
     layout->addLayout(columns);
-    layout->addWidget(buildKeyboard(keyboard.speeds()));
 
     auto* buttons =
         new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, Qt::Horizontal, this);
@@ -150,18 +154,39 @@ QWidget* InputSettingsDialog::buildSticks() {
         grid->addWidget(row.curve, i + 1, 4);
         grid->addWidget(row.preview, i + 1, 5);
     }
+    grid->setRowStretch(kTargetCount + 1, 1);
     return box;
 }
 
 QWidget* InputSettingsDialog::buildButtons() {
     auto* box = new QGroupBox(QStringLiteral("Buttons"), this);
-    auto* form = new QFormLayout(box);
+    auto* grid = new QGridLayout(box);
     const std::vector<ActionName> names = actionNames();
+    int row = 0;
     for (std::size_t i = 0; i < names.size() && i < buttons_.size(); ++i) {
         auto* combo = new QComboBox(box);
         combo->setObjectName(QStringLiteral("ButtonCombo_%1").arg(i));
+        combo->setAccessibleName(names[i].name);
         buttons_[i] = combo;
-        form->addRow(names[i].name + QLatin1Char(':'), combo);
+        if (names[i].action != ButtonAction::GoToPreset) {
+            auto* label = new QLabel(names[i].name + QLatin1Char(':'), box);
+            label->setBuddy(combo);
+            grid->addWidget(label, row, 0);
+            grid->addWidget(combo, row++, 1, 1, 3);
+            continue;
+        }
+        // Presets two to a row, under one heading.
+        if (names[i].preset == 0) {
+            grid->addWidget(new QLabel(QStringLiteral("Go To Preset:"), box), row++, 0, 1, 4);
+        }
+        const int column = (names[i].preset % 2) * 2;
+        auto* label = new QLabel(QString::number(names[i].preset) + QLatin1Char(':'), box);
+        label->setBuddy(combo);
+        grid->addWidget(label, row, column, Qt::AlignRight);
+        grid->addWidget(combo, row, column + 1);
+        if (column != 0) {
+            ++row;
+        }
     }
     return box;
 }
