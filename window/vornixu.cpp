@@ -12,6 +12,9 @@
 #include "console/handler_wiring.h"
 #include "console/messages.h"
 #include "console/page.h"
+#include "input/controller_jog.h"
+#include "input/jog_gate.h"
+#include "input/keyboard_jog.h"
 #include "positioning/jog.h"
 #include "positioning/motion_commands.h"
 #include "protocol/device_port.h"
@@ -87,6 +90,13 @@ VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, int linkTickMs
 }
 
 VornixU::~VornixU() {
+    // The jog sources go before the members they read: the focus changes
+    // that deleting the widgets causes would otherwise reach them.
+    jogSources_.setRefresh({});
+    delete input_.controller;
+    delete input_.keyboard;
+    delete input_.gate;
+    input_ = {};
     link_.Timer1().stop();
     link_.Timer2().stop();
     link_.Timer4().stop();
