@@ -3,6 +3,8 @@
 #include <QAccessible>
 #include <QAccessibleValueInterface>
 
+#include "views/pages/camera_page.h"
+#include "views/pages/pan_tilt_page.h"
 #include "views/widgets/jog_box.h"
 #include "views/widgets/led_display.h"
 #include "views/widgets/lens_jog_box.h"
@@ -78,4 +80,30 @@ TEST(WidgetAccessibility, LampsTellLitOrOffAndJogBoxesTheSpeedsSent) {
     EXPECT_EQ(accessible->text(QAccessible::Name), QStringLiteral("Zoom 1"));
     EXPECT_EQ(accessible->text(QAccessible::Value), QStringLiteral("at rest"));
     EXPECT_TRUE(lens.focusPolicy() & Qt::TabFocus);
+}
+
+TEST(WidgetAccessibility, EveryReadOutLampAndPadOfThePagesHasASpokenName) {
+    installWidgetAccessibility();
+    PanTiltPage panTilt;
+    CameraPage camera;
+    panTilt.PanPosLED->setValue(12.34);
+    QAccessibleInterface* current = QAccessible::queryAccessibleInterface(panTilt.PanPosLED);
+    ASSERT_NE(current, nullptr);
+    EXPECT_EQ(current->text(QAccessible::Name), QStringLiteral("Current pan"));
+    EXPECT_EQ(current->text(QAccessible::Value), panTilt.PanPosLED->text().trimmed());
+    for (QWidget* page : std::initializer_list<QWidget*>{&panTilt, &camera}) {
+        for (QWidget* widget : page->findChildren<QWidget*>()) {
+            if (qobject_cast<LedDisplay*>(widget) == nullptr &&
+                qobject_cast<StatusLamp*>(widget) == nullptr &&
+                qobject_cast<PanGauge*>(widget) == nullptr &&
+                qobject_cast<PointerPad*>(widget) == nullptr) {
+                continue;
+            }
+            QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(widget);
+            ASSERT_NE(accessible, nullptr);
+            const QString name = accessible->text(QAccessible::Name);
+            EXPECT_FALSE(name.isEmpty() || name == widget->objectName())
+                << widget->objectName().toStdString() << " has no spoken name";
+        }
+    }
 }
