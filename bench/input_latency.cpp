@@ -6,6 +6,7 @@
 //   halvex-input-latency [SAMPLES]
 
 #include <SDL.h>
+#include <sys/resource.h>
 
 #include <QApplication>
 #include <QDir>
@@ -23,6 +24,13 @@
 #include "window/vornixu.h"
 
 namespace {
+double cpuSeconds() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+           static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
 double percentile(std::vector<double> values, double fraction) {
     std::sort(values.begin(), values.end());
     const auto index = static_cast<std::size_t>(fraction * static_cast<double>(values.size() - 1));
@@ -75,8 +83,12 @@ int main(int argc, char* argv[]) {
     bool wantClockwise = false;
     qint64 pushedAt = 0;
     std::vector<double> latencies;
+    int otherFrames = 0;
     QObject::connect(&window.link(), &halvex::Link::frameSent, [&] {
         const auto& tx = window.state().TxBuffer;
+        if (waiting && tx[0] != 0x31) {
+            ++otherFrames;  // a request took the tick: the jog waits for the next
+        }
         if (waiting && tx[0] == 0x31 && tx[2] == 255 && ((tx[1] & 0x80) != 0) == wantClockwise) {
             latencies.push_back(static_cast<double>(clock.nsecsElapsed() - pushedAt) / 1e6);
             waiting = false;
@@ -97,10 +109,21 @@ int main(int argc, char* argv[]) {
     SDL_JoystickSetVirtualAxis(stick, SDL_CONTROLLER_AXIS_LEFTX, 0);
     QTest::qWait(300);
 
+    // Idle with the controller read (the virtual unit in this process counted too).
+    const double cpuBefore = cpuSeconds();
+    QElapsedTimer idle;
+    idle.start();
+    QTest::qWait(10000);
+    const double idleShare =
+        (cpuSeconds() - cpuBefore) / (static_cast<double>(idle.elapsed()) / 1000.0);
+
     std::printf(
         "stick to jog message, %d moves: p50 %.1f ms, p99 %.1f ms, max %.1f ms "
         "(one tick: %d ms)\n",
         samples, percentile(latencies, 0.5), percentile(latencies, 0.99),
         *std::max_element(latencies.begin(), latencies.end()), halvex::Link::kTickMs);
+    std::printf("requests that took a tick while a move waited: %d\n", otherFrames);
+    std::printf("idle online with the controller plugged in: %.2f %% of one core\n",
+                100.0 * idleShare);
     return 0;
 }

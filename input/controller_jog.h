@@ -22,7 +22,7 @@ class ControllerJog : public QObject {
   public:
     // How often the buttons and the device list are read while a device is
     // open, and while none is.
-    static constexpr int kReadMs = 20;
+    static constexpr int kReadMs = 50;
     static constexpr int kLookMs = 500;
 
     ControllerJog(JogSources& sources, JogGate& gate, QObject* parent = nullptr);
