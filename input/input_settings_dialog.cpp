@@ -110,7 +110,7 @@ InputSettingsDialog::InputSettingsDialog(ControllerJog& controller, KeyboardJog&
     connect(&controller_, &ControllerJog::devicesChanged, this, &InputSettingsDialog::fillDevices);
     // The preview reads the device itself; the dialog is modal, so nothing jogs meanwhile.
     connect(&preview_, &QTimer::timeout, this, &InputSettingsDialog::refreshPreview);
-    preview_.start(ControllerJog::kReadMs * 5);
+    preview_.start(ControllerJog::kReadMs);
 }
 
 QWidget* InputSettingsDialog::buildSticks() {
