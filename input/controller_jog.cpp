@@ -40,11 +40,6 @@ ControllerMapping ControllerJog::defaultMapping(bool gameController) {
     return gameController ? standardControllerMapping() : plainJoystickMapping();
 }
 
-void ControllerJog::setMapping(const ControllerMapping& mapping) {
-    mapping_ = mapping;
-    sources_.release(JogSource::Controller);
-}
-
 void ControllerJog::read() {
     const SdlDevices::Changes changes = sdl_.pump();
     if (changes.lostOpened) {

@@ -34,17 +34,14 @@ class ControllerJog : public QObject {
     std::vector<InputDevice> devices() const { return sdl_.present(); }
     std::optional<InputDevice> deviceInUse() const { return sdl_.opened(); }
     const ControllerMapping& mapping() const { return mapping_; }
-    // The mapping of the device in use, until another device is taken.
-    void setMapping(const ControllerMapping& mapping);
     // Where a device's own mapping comes from when it is taken; the standard
     // one for its kind when this gives nothing.
     using MappingSource = std::function<std::optional<ControllerMapping>(const InputDevice&)>;
     void setMappingSource(MappingSource source) { mappingSource_ = std::move(source); }
     // The mapping a device of this kind has before anybody sets it up.
     static ControllerMapping defaultMapping(bool gameController);
-    // The raw value of an axis and a button of the device in use, for a preview.
+    // The raw value of an axis of the device in use, for a preview.
     int axis(int index) const { return sdl_.axis(index); }
-    bool button(int index) const { return sdl_.button(index); }
 
     // Reads the device now: plugging, sticks and button presses. A press is
     // told through actionTriggered, which must reach its command queued: a

@@ -138,26 +138,4 @@ int SdlDevices::axis(int index) const {
     return joystick_ != nullptr ? SDL_JoystickGetAxis(joystick_, index) : 0;
 }
 
-bool SdlDevices::button(int index) const {
-    if (controller_ != nullptr) {
-        return SDL_GameControllerGetButton(controller_,
-                                           static_cast<SDL_GameControllerButton>(index)) == 1;
-    }
-    return joystick_ != nullptr && SDL_JoystickGetButton(joystick_, index) == 1;
-}
-
-int SdlDevices::axisCount() const {
-    if (controller_ != nullptr) {
-        return SDL_CONTROLLER_AXIS_MAX;
-    }
-    return joystick_ != nullptr ? SDL_JoystickNumAxes(joystick_) : 0;
-}
-
-int SdlDevices::buttonCount() const {
-    if (controller_ != nullptr) {
-        return SDL_CONTROLLER_BUTTON_MAX;
-    }
-    return joystick_ != nullptr ? SDL_JoystickNumButtons(joystick_) : 0;
-}
-
 }  // namespace halvex

@@ -48,12 +48,9 @@ class SdlDevices {
     std::optional<InputDevice> opened() const { return opened_; }
 
     int axis(int index) const;
-    bool button(int index) const;
     // The buttons of the open device pressed since the last call, in order:
     // a press shorter than the time between two reads is not lost.
     std::vector<int> takePresses() { return std::exchange(presses_, {}); }
-    int axisCount() const;
-    int buttonCount() const;
 
   private:
     bool available_ = false;
