@@ -122,14 +122,7 @@ void CommissioningMenu::SaveUnit_Click() {
     if (path.isEmpty()) {
         return;
     }
-    UnitRead read;
-    {
-        ProgressDialog progress(title, context_.window);
-        progress.open();
-        UnitLine line(context_.state, context_.link, tap_);
-        read = readUnit(line, progress.progress());
-    }
-    refreshTourPage();
+    UnitRead read = readWithProgress(title);
     if (read.cancelled) {
         hooks_.showStatus(QStringLiteral("Save Unit Settings cancelled: nothing was saved."));
         return;
@@ -149,6 +142,18 @@ void CommissioningMenu::SaveUnit_Click() {
                           .arg(unitDescription(read.settings->identity), path));
 }
 
+UnitRead CommissioningMenu::readWithProgress(const QString& title) {
+    UnitRead read;
+    {
+        ProgressDialog progress(title, context_.window);
+        progress.open();
+        UnitLine line(context_.state, context_.link, tap_);
+        read = readUnit(line, progress.progress());
+    }
+    refreshTourPage();
+    return read;
+}
+
 void CommissioningMenu::RestoreUnit_Click() {
     const QString title = QStringLiteral("Restore Unit Settings");
     if (!online(title)) {
@@ -165,14 +170,7 @@ void CommissioningMenu::RestoreUnit_Click() {
         return;
     }
 
-    UnitRead read;
-    {
-        ProgressDialog progress(title, context_.window);
-        progress.open();
-        UnitLine line(context_.state, context_.link, tap_);
-        read = readUnit(line, progress.progress());
-    }
-    refreshTourPage();
+    UnitRead read = readWithProgress(title);
     if (read.cancelled) {
         hooks_.showStatus(QStringLiteral("Restore Unit Settings cancelled: nothing was written."));
         return;

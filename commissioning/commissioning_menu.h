@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "commissioning/unit_line.h"
+#include "commissioning/unit_reader.h"
 #include "console/console_context.h"
 
 namespace halvex::commissioning {
@@ -55,6 +56,8 @@ class CommissioningMenu : public QObject {
     // The pages follow the replies a save or restore reads; the tour page
     // needs its selected tour loaded again.
     void refreshTourPage();
+    // Reads everything from the unit behind a progress dialog with this title.
+    UnitRead readWithProgress(const QString& title);
 
     ConsoleContext& context_;
     CommissioningHooks hooks_;

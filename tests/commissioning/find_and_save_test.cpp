@@ -3,6 +3,7 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QProgressBar>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QTimer>
@@ -304,4 +305,25 @@ TEST(SaveUnit, AsksExactlyTheseQuestionsAndWritesANewUnitThisWay) {
     for (qsizetype i = 0; i < wanted.size(); ++i) {
         EXPECT_EQ(written[i], wanted[i]) << "line " << i + 1;
     }
+}
+
+TEST(SaveUnit, CancelAmongTheSettingsSavesNothingAndSaysSo) {
+    CommissioningRig rig;
+    ASSERT_TRUE(rig.connect());
+    QFile::remove(rig.file);
+    QTimer watch;
+    QObject::connect(&watch, &QTimer::timeout, [&] {
+        const auto* bar =
+            rig.window->findChild<QProgressBar*>(QStringLiteral("CommissioningProgress"));
+        if (bar != nullptr && bar->value() == 3) {  // still reading the setting groups
+            rig.window->findChild<QPushButton*>(QStringLiteral("CommissioningCancelBut"))->click();
+            watch.stop();
+        }
+    });
+    watch.start(1);
+    rig.trigger("MenuSaveUnit");
+    watch.stop();
+    EXPECT_EQ(rig.status(), QStringLiteral("Save Unit Settings cancelled: nothing was saved."));
+    EXPECT_TRUE(rig.shown.empty());
+    EXPECT_FALSE(QFile::exists(rig.file));
 }

@@ -122,6 +122,7 @@ TEST(SettingsFile, NamesWhatIsWrongWithAValue) {
          "video/blank-vout-2 is 'maybe', not yes or no"},
         {"address = 7", "address = 100", "unit/address is 100, outside 0..99"},
         {"firmware = 2.10", "firmware = 2", "unit/firmware '2' is not a valid value"},
+        {"firmware = 2.10", "firmware = 2.x", "unit/firmware '2.x' is not a valid value"},
         {"clock-date = 2026-11-25", "clock-date = 1999-11-25", "outside 2000..2255"},
         {"controller-type = 0", "controller-type = 4", "outside 0..3"},
         {"pan-ramp = 40", "pan-ramp = 40\npan-ramp = 41", "speeds/pan-ramp comes twice"},

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTemporaryDir>
 #include <QTest>
 #include <cmath>
@@ -68,6 +69,8 @@ TEST(EndToEnd, ConsoleLetsGoOfAnUnpluggedUnitAndTakesItBackByItself) {
     EXPECT_FALSE(QFileInfo(link).isSymLink()) << "halvex-sim left its link behind";
     EXPECT_TRUE(QTest::qWaitFor([&] { return console.titleEnds(" Offline"); }, 5000));
     EXPECT_TRUE(console.faults.join(QLatin1Char('\n')).contains(QStringLiteral("COM1 (") + link));
+    auto* pages = console.window->findChild<QTabWidget*>(QStringLiteral("SSTab1"));
+    EXPECT_FALSE(pages->isEnabled()) << "the pages stay open to a lost unit";
     const std::clock_t before = std::clock();
     QTest::qWait(5000);
     const double cpuShare = static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC / 5.0;
@@ -76,6 +79,7 @@ TEST(EndToEnd, ConsoleLetsGoOfAnUnpluggedUnitAndTakesItBackByItself) {
     sim = std::make_unique<SimProcess>(arguments);  // plugged in again
     EXPECT_TRUE(QTest::qWaitFor([&] { return console.titleEnds(" Online"); }, 10000));
     EXPECT_TRUE(console.shown.empty()) << "a message box for a lost port";
+    EXPECT_TRUE(pages->isEnabled());
 }
 
 TEST(EndToEnd, TheVirtualUnitRestsWhenNobodyFeedsItLineCommandsAnyMore) {

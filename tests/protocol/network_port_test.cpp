@@ -250,6 +250,24 @@ TEST(Rfc2217Port, AServerThatRefusesOrIgnoresThePortSettingsIsToldAndStillCarrie
         EXPECT_EQ(notices.first().first().toString(),
                   QStringLiteral("the device server runs the line at 9600 baud, not 57600"));
     }
+    {
+        // One that keeps seven data bits, and says so twice: told once.
+        ScriptedServer sevenBits;
+        const QByteArray sevenDataBits = bytes({kIac, kSb, kComPort, 102, 7, kIac, kSe});
+        sevenBits.greet = [&](QTcpSocket& socket) {
+            socket.write(bytes({kIac, kDo, kComPort}) + sevenDataBits);
+        };
+        Rfc2217Port port;
+        QSignalSpy notices(&port, &SerialPort::notice);
+        ASSERT_TRUE(
+            port.open(QStringLiteral("rfc2217://127.0.0.1:%1").arg(sevenBits.port()), 9600));
+        ASSERT_TRUE(QTest::qWaitFor([&] { return notices.count() > 0; }, 3000));
+        sevenBits.send(sevenDataBits);
+        QTest::qWait(300);
+        ASSERT_EQ(notices.count(), 1);
+        EXPECT_EQ(notices.first().first().toString(),
+                  QStringLiteral("the device server keeps a character format other than 8/N/1"));
+    }
 }
 
 TEST(DevicePort, TheDeviceStringChoosesTheKindOfPort) {

@@ -170,6 +170,9 @@ TEST(ComPortSession, ASpeedWithA0xFFByteTravelsDoubled) {
     const Bytes baud = {kIac, kSb, kComPort, 1, 0x00, 0x01, 0xFF, 0xFF, 0xFF, 0xFF, kIac, kSe};
     ASSERT_GE(replies.size(), baud.size());
     EXPECT_EQ(Bytes(replies.begin(), replies.begin() + static_cast<long>(baud.size())), baud);
+    // The server's answer with a speed of four bytes reads back whole.
+    receive(session, {kIac, kSb, kComPort, 101, 0x00, 0x01, 0xC2, 0x00, kIac, kSe});
+    EXPECT_EQ(session.serverBaudRate(), std::optional<std::uint32_t>(115200));
 }
 
 }  // namespace

@@ -28,6 +28,7 @@ TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
         {{0x96, 121}, {0x96, 120}},
         {{0x97, 3}, {0x97, 1}},
         {{0x65, 0, 101}, {0x65, 10, 10}},
+        {{0x65, 1, 100}, {0x65, 1, 100}},          // the shortest and longest time-outs
         {{0x64, 0x49, 0x04}, {0x64, 0x09, 0x04}},  // stored for power up: bit 6 stays out
         {{0x64, 0x41}, {0x64, 0x01, 0x04}},        // the short form keeps the power
         {{0x75, 'S', 'i', 't', 'e', ' ', '1', 9, ' ', ' ', ' ', ' ', ' '}, {0x75}},
@@ -55,6 +56,7 @@ TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
         SCOPED_TRACE(::testing::Message() << "command 0x" << std::hex << int(step.send[0]));
         EXPECT_EQ(unit.exchange(step.send), step.reply);
     }
+    EXPECT_EQ(unit.unit.state().settings.siteName[0], 'S');
     EXPECT_EQ(unit.unit.state().settings.siteName[6], ' ') << "control characters become blanks";
     EXPECT_EQ(unit.unit.state().powerUp.videoMode, 0x01);
     for (int i = 1; i < 63; ++i) {
@@ -233,6 +235,10 @@ TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
     unit.exchange({0x62, 3, 0x81, 0x7E, 0xFF});
     unit.advance(100);
     EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x60, 0x02, 0xFF}));
+    // The power inquiry: on.
+    unit.exchange({0x62, 5, 0x81, 0x09, 0x04, 0x00, 0xFF});
+    unit.advance(100);
+    EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x50, 0x02, 0xFF}));
     // Broadcasts: address set gives the camera address 1, interface clear
     // comes back as sent.
     unit.exchange({0x62, 4, 0x88, 0x30, 0x01, 0xFF});

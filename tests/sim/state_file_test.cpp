@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <fstream>
+#include <string>
 
 #include "sim/state_file.h"
 #include "tests/sim/unit_test_support.h"
@@ -45,14 +46,20 @@ TEST(UnitStateFile, StoredSettingsComeBackAndDamagedLinesKeepFactoryValues) {
     std::remove(options.statePath.c_str());
 }
 
-TEST(UnitStateFile, EachCameraKeepsItsOwnLensSettings) {
+TEST(UnitStateFile, EachCameraKeepsItsOwnLensSettingsAndTheSiteNameComesBackWhole) {
     UnitOptions options;
     options.statePath = ::testing::TempDir() + "halvex-unit-lenses";
     std::remove(options.statePath.c_str());
     const std::vector<Byte> lenses{0x61, 1, 3, 4, 2, 9, 10};
-    UnitHarness(options).exchange(lenses);
+    {
+        UnitHarness unit(options);
+        unit.exchange(lenses);
+        unit.exchange({0x75, 'A', 'B', 'C', 'D', 'E', 'F', 'G', 'H', 'I', 'J', 'K', 'L'});
+    }
     UnitHarness restarted(options);
     EXPECT_EQ(restarted.exchange({0x61, 0x80, 0, 0, 0, 0, 0}), lenses);
+    const auto& name = restarted.unit.state().settings.siteName;
+    EXPECT_EQ(std::string(name.begin(), name.end()), "ABCDEFGHIJKL") << "the site name, whole";
     std::remove(options.statePath.c_str());
 }
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <QImage>
 
 #include "views/widgets/instrument_light.h"
@@ -126,6 +128,26 @@ TEST_F(ByNight, LinkLampIsDrawnSharpAtEveryScale) {
             EXPECT_LE(softEdge(pixmap), 2);
         }
     }
+    // A round lamp in the middle of its square, a tenth of the side clear
+    // all round.
+    const QImage square = goodLinkPicture().pixmap(50).toImage();
+    int left = square.width();
+    int right = -1;
+    int top = square.height();
+    int bottom = -1;
+    for (int y = 0; y < square.height(); ++y) {
+        for (int x = 0; x < square.width(); ++x) {
+            if (qAlpha(square.pixel(x, y)) > 128) {
+                left = std::min(left, x), right = std::max(right, x);
+                top = std::min(top, y), bottom = std::max(bottom, y);
+            }
+        }
+    }
+    EXPECT_NEAR(left, 5, 1);
+    EXPECT_NEAR(top, 5, 1);
+    EXPECT_NEAR(square.width() - 1 - right, 5, 1);
+    EXPECT_NEAR(square.height() - 1 - bottom, 5, 1);
+
     const QColor good = goodLinkPicture().pixmap(48).toImage().pixelColor(24, 24);
     setInstrumentLight(InstrumentLight::Night);
     const QColor dimmed = goodLinkPicture().pixmap(48).toImage().pixelColor(24, 24);
