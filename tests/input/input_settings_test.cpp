@@ -56,6 +56,9 @@ TEST_F(InputSettingsTest, ShowsTheDeviceItsMappingAndALivePreview) {
     InputSettingsDialog* dialog = open();
     ASSERT_NE(dialog, nullptr);
     auto* devices = in<QComboBox>(dialog, QStringLiteral("DeviceCombo"));
+    // It opens whole on a field laptop's screen (1024 x 700, frame aside).
+    EXPECT_LE(dialog->width(), 1024);
+    EXPECT_LE(dialog->height(), 700);
     EXPECT_EQ(devices->itemText(0), QStringLiteral("First one present"));
     EXPECT_NE(devices->findText(QStringLiteral("Virtual Controller (game controller)")), -1);
     EXPECT_EQ(in<QLabel>(dialog, QStringLiteral("DeviceInUse"))->text(),
