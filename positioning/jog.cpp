@@ -36,8 +36,9 @@ int buttonValue(Qt::MouseButtons buttons) {
     return value;
 }
 
-JogControl::JogControl(ConsoleContext& context, JogState& jog, PanTiltPage& page, QObject* parent)
-    : QObject(parent), context_(context), jog_(jog), page_(page) {
+JogControl::JogControl(ConsoleContext& context, JogState& jog, JogSources& sources,
+                       PanTiltPage& page, QObject* parent)
+    : QObject(parent), context_(context), jog_(jog), sources_(sources), page_(page) {
     context_.link.setJogSender([this] { sendJogMessage(); });
 
     FormState& state = context_.state;
@@ -65,6 +66,8 @@ void JogControl::refreshFlags() {
 }
 
 void JogControl::sendJogMessage() {
+    sources_.refresh();
+    showJogVector();
     refreshFlags();
     ByteTable& tx = context_.state.TxBuffer;
     tx[0] = 0x31;
@@ -80,7 +83,7 @@ void JogControl::sendJogMessage() {
 
 void JogControl::JogBox_MouseDown(int button, double x, double y) {
     if (!jog_.JogEnabled) {
-        jog_.stop();
+        sources_.release(JogSource::Box);
         return;
     }
     if (button == Right) {
@@ -104,14 +107,22 @@ void JogControl::JogBox_MouseDown(int button, double x, double y) {
 
 void JogControl::JogBox_MouseMove(int buttons, double x, double y) {
     if (!jog_.JogEnabled) {
-        jog_.stop();
+        sources_.release(JogSource::Box);
         return;
     }
     applyJogRule(buttons, x, y);
 }
 
 void JogControl::JogBox_MouseUp() {
-    jog_.stop();
+    sources_.release(JogSource::Box);
+}
+
+void JogControl::showJogVector() {
+    const auto signedSpeed = [](Byte speed, bool positive) {
+        return (positive ? 1.0 : -1.0) * speed / 255.0;
+    };
+    page_.Jog->setJogVector(QPointF(signedSpeed(jog_.PanJogSpeed, jog_.PanJogDirection),
+                                    signedSpeed(jog_.TiltJogSpeed, jog_.TiltJogDirection)));
 }
 
 void JogControl::applyJogRule(int button, double x, double y) {
@@ -120,31 +131,33 @@ void JogControl::applyJogRule(int button, double x, double y) {
                         std::floor(y) <= kSpan;
     if (!inside) {
         page_.Jog->unsetCursor();
-        jog_.stop();
+        sources_.release(JogSource::Box);
         return;
     }
     page_.Jog->setCursor(Qt::CrossCursor);
     const int px = roundHalfEven(x);
     const int py = roundHalfEven(y);
 
-    Byte panSpeed = 0;
+    // An axis on the centre line keeps its direction; an axis the mode turns
+    // off still takes the direction the pointer shows, at speed 0.
+    JogDemand demand;
     if (px < kCentre) {
-        panSpeed = speedFrom(kCentre - px);
-        jog_.PanJogDirection = false;
+        demand.pan = {speedFrom(kCentre - px), false};
     } else if (px > kCentre) {
-        panSpeed = speedFrom(px - kCentre);
-        jog_.PanJogDirection = true;
+        demand.pan = {speedFrom(px - kCentre), true};
     }
-    Byte tiltSpeed = 0;
     if (py < kCentre) {
-        tiltSpeed = speedFrom(kCentre - py);
-        jog_.TiltJogDirection = true;
+        demand.tilt = {speedFrom(kCentre - py), true};
     } else if (py > kCentre) {
-        tiltSpeed = speedFrom(py - kCentre);
-        jog_.TiltJogDirection = false;
+        demand.tilt = {speedFrom(py - kCentre), false};
     }
-    jog_.PanJogSpeed = jog_.JogPanOn ? panSpeed : 0;
-    jog_.TiltJogSpeed = jog_.JogTiltOn ? tiltSpeed : 0;
+    if (!jog_.JogPanOn) {
+        demand.pan.speed = 0;
+    }
+    if (!jog_.JogTiltOn) {
+        demand.tilt.speed = 0;
+    }
+    sources_.apply(JogSource::Box, demand);
 }
 
 void JogControl::Command2_Click() {

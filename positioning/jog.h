@@ -3,6 +3,7 @@
 #include <QObject>
 
 #include "console/console_context.h"
+#include "console/jog_sources.h"
 #include "console/jog_state.h"
 
 namespace halvex {
@@ -10,14 +11,15 @@ namespace halvex {
 class PanTiltPage;
 
 // The jog box, the low-speed checks and "SL Override", and the jog message
-// that goes out on every free tick.
+// that goes out on every free tick. The jog box is one of the jog sources: it
+// tells them what the mouse wants, and draws whatever the sources decided.
 class JogControl : public QObject {
     Q_OBJECT
   public:
     // Mouse buttons as the jog rule counts them.
     enum Button { Left = 1, Right = 2, Middle = 4 };
 
-    JogControl(ConsoleContext& context, JogState& jog, PanTiltPage& page,
+    JogControl(ConsoleContext& context, JogState& jog, JogSources& sources, PanTiltPage& page,
                QObject* parent = nullptr);
 
     // The jog message: flags, pan and tilt speeds, four lens speeds.
@@ -31,9 +33,12 @@ class JogControl : public QObject {
   private:
     void applyJogRule(int button, double x, double y);
     void refreshFlags();
+    // The jog box draws the speeds the message carries, whichever source set them.
+    void showJogVector();
 
     ConsoleContext& context_;
     JogState& jog_;
+    JogSources& sources_;
     PanTiltPage& page_;
 };
 

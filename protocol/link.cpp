@@ -25,6 +25,9 @@ std::vector<Byte> wireImage(const FrameRecord& frame) {
 Link::Link(FormState& state, int tickMs, QObject* parent) : QObject(parent), state_(state) {
     timer1_.setInterval(kConnectTimeoutMs);
     timer2_.setInterval(tickMs);
+    // A coarse timer may run 5 % late; the tick bounds how soon a jog source
+    // reaches the unit (at most one tick), so it keeps time.
+    timer2_.setTimerType(Qt::PreciseTimer);
     timer4_.setInterval(kWatchdogMs);
     connect(&timer1_, &QTimer::timeout, this,
             [this] { guarded(state_, "Timer1_Timer", [this] { Timer1_Timer(); }); });

@@ -46,7 +46,7 @@ cleanup() {
 trap cleanup EXIT
 
 depends=$(dpkg-deb -f "$deb" Depends)
-for library in libqt6core6 libqt6gui6 libqt6widgets6 libqt6serialport6 libqt6network6; do
+for library in libqt6core6 libqt6gui6 libqt6widgets6 libqt6serialport6 libqt6network6 libsdl2-2.0-0; do
     [[ ",$depends," == *[\ ,]"$library"[\ ,]* ]] || fail "Depends lacks $library: $depends"
 done
 [[ "$depends" != *-dev* ]] || fail "Depends names a development package: $depends"

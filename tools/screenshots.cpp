@@ -9,6 +9,8 @@
 //       every page at 1024 x 700 in each palette, at 100, 150 and 200 %:
 //       OUTPUT_DIR/<scale>/<palette>/<page>.png
 
+#include <SDL.h>
+
 #include <QApplication>
 #include <QComboBox>
 #include <QDialog>
@@ -28,6 +30,7 @@
 #include <cstdio>
 
 #include "connection/port_selection.h"
+#include "input/controller_jog.h"
 #include "protocol/in_process_port.h"
 #include "protocol/port_map.h"
 #include "recorder/line_log_window.h"
@@ -120,6 +123,34 @@ bool saveNetworkDevice(halvex::VornixU& window, const QString& out) {
     dialog->accept();
     ok = savePortMenu(window, out + QStringLiteral("/portmenu-network.png"), false) && ok;
     halvex::setComPortDevice(1, QString());
+    return ok;
+}
+
+// View > Input Settings with one of SDL's virtual game controllers plugged
+// in, its left stick pushed right and a little up for the preview.
+bool saveInputSettings(halvex::VornixU& window, const QString& out) {
+    SDL_InitSubSystem(SDL_INIT_JOYSTICK);
+    const int index = SDL_JoystickAttachVirtual(
+        SDL_JOYSTICK_TYPE_GAMECONTROLLER, SDL_CONTROLLER_AXIS_MAX, SDL_CONTROLLER_BUTTON_MAX, 0);
+    SDL_Joystick* pad = index >= 0 ? SDL_JoystickOpen(index) : nullptr;
+    if (pad == nullptr) {
+        return false;
+    }
+    window.input().controller->read();
+    SDL_JoystickSetVirtualAxis(pad, SDL_CONTROLLER_AXIS_LEFTX, 24000);
+    SDL_JoystickSetVirtualAxis(pad, SDL_CONTROLLER_AXIS_LEFTY, -12000);
+    window.findChild<QAction*>(QStringLiteral("MenuInputSettings"))->trigger();
+    auto* dialog = window.findChild<QDialog*>(QStringLiteral("InputSettings"));
+    QTest::qWait(400);
+    const bool ok = dialog != nullptr && save(*dialog, out + QStringLiteral("/inputsettings.png"));
+    if (dialog != nullptr) {
+        dialog->reject();
+    }
+    SDL_JoystickClose(pad);
+    SDL_JoystickDetachVirtual(index);
+    QTest::qWait(100);
+    window.input().controller->read();
+    SDL_QuitSubSystem(SDL_INIT_JOYSTICK);
     return ok;
 }
 
@@ -250,6 +281,7 @@ int readmePictures(const QString& out) {
     }
     ok = savePages(window, out) && ok;
     ok = saveLineLog(window, out) && ok;
+    ok = saveInputSettings(window, out) && ok;
     window.dataWatch().show();
     window.dataWatch().resize(640, 220);
     QTest::qWait(300);

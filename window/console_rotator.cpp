@@ -79,7 +79,7 @@ RotatorResult ConsoleRotator::setPosition(double azimuth, double elevation) {
     }
     // Disabled while the pages are locked (an offset change is reloading
     // the limits): the operator could not click it either.
-    if (!page_.AbsoBut->isEnabled()) {
+    if (!page_.AbsoBut->isEnabled() || operatorJogging()) {
         return RotatorResult::Refused;
     }
     QTimer::singleShot(0, this, [this, panTarget, tiltTarget] { moveTo(panTarget, tiltTarget); });
@@ -117,7 +117,7 @@ RotatorResult ConsoleRotator::park() {
     if (!isOnline()) {
         return RotatorResult::Offline;
     }
-    if (!page_.HomeBut->isEnabled()) {
+    if (!page_.HomeBut->isEnabled() || operatorJogging()) {
         return RotatorResult::Refused;
     }
     QTimer::singleShot(0, page_.HomeBut, &QAbstractButton::click);

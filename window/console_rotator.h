@@ -38,6 +38,12 @@ class ConsoleRotator : public QObject, public network::Rotator {
     std::string info() const override;
     network::RotatorLimits limits() const override;
 
+    // While this says so, moves and park from the network are refused: the
+    // operator jogging has the platform.
+    void setOperatorInControl(std::function<bool()> inControl) {
+        operatorInControl_ = std::move(inControl);
+    }
+
     // Forgets the last position; the next report brings a new one.
     void forgetPosition() { position_.reset(); }
 
@@ -46,12 +52,14 @@ class ConsoleRotator : public QObject, public network::Rotator {
     // soft limits.
     bool withinLimits(double pan, double tilt) const;
     void moveTo(double pan, double tilt);
+    bool operatorJogging() const { return operatorInControl_ && operatorInControl_(); }
 
     ConsoleContext& context_;
     PanTiltPage& page_;
     QAbstractButton* stopButton_;
     std::function<int()> comPort_;
     std::optional<network::AzEl> position_;
+    std::function<bool()> operatorInControl_;
 };
 
 }  // namespace halvex

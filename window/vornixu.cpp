@@ -12,6 +12,9 @@
 #include "console/handler_wiring.h"
 #include "console/messages.h"
 #include "console/page.h"
+#include "input/controller_jog.h"
+#include "input/jog_gate.h"
+#include "input/keyboard_jog.h"
 #include "positioning/jog.h"
 #include "positioning/motion_commands.h"
 #include "protocol/device_port.h"
@@ -21,6 +24,7 @@
 #include "views/pages/page_parts.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/lamp_pictures.h"
+#include "views/widgets/widget_accessibility.h"
 #include "window/camera_features.h"
 #include "window/commissioning_wiring.h"
 #include "window/console_rotator.h"
@@ -54,6 +58,7 @@ VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, int linkTickMs
                events_, readHandlers_, messages_, this},
       port_(port != nullptr ? port : new DevicePort(this)) {
     setObjectName(QStringLiteral("VornixU"));
+    installWidgetAccessibility();
     if (port_->parent() == nullptr) {
         port_->setParent(this);
     }
@@ -85,6 +90,13 @@ VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, int linkTickMs
 }
 
 VornixU::~VornixU() {
+    // The jog sources go before the members they read: the focus changes
+    // that deleting the widgets causes would otherwise reach them.
+    jogSources_.setRefresh({});
+    delete input_.controller;
+    delete input_.keyboard;
+    delete input_.gate;
+    input_ = {};
     link_.Timer1().stop();
     link_.Timer2().stop();
     link_.Timer4().stop();
@@ -119,6 +131,9 @@ void VornixU::buildMenus() {
     QAction* lineLog = viewMenu->addAction(QStringLiteral("&Line Log"));
     lineLog->setObjectName(QStringLiteral("MenuLineLog"));
     connect(lineLog, &QAction::triggered, lineRecorder_, &LineRecorder::showLog);
+    QAction* inputSettings = viewMenu->addAction(QStringLiteral("&Input Settings..."));
+    inputSettings->setObjectName(QStringLiteral("MenuInputSettings"));
+    connect(inputSettings, &QAction::triggered, this, [this] { openInputSettings(input_, *this); });
     viewMenu->addSeparator();
     new PaletteChoice(*viewMenu, this);
     addFullScreenEntry(*viewMenu, *this);
@@ -173,7 +188,7 @@ void VornixU::installFeatures() {
     // The status lamps refresh first after every reply; the tour check that
     // positioning registers reads the fault flag they leave.
     positionReport_ = new PositionReport(context_, *panTilt_, jog_, cameras, *tabs_, this);
-    jogControl_ = new JogControl(context_, jog_, *panTilt_, this);
+    jogControl_ = new JogControl(context_, jog_, jogSources_, *panTilt_, this);
     motion_ = new MotionCommands(context_, *panTilt_, this);
 
     PositioningEnvironment environment;
@@ -237,6 +252,34 @@ void VornixU::installFeatures() {
     networkControl_ = new NetworkControl(*rotator_, rotctldAction_, rotctldLabel_, this);
     connect(networkControl_, &NetworkControl::failed, this,
             [this](const QString& message) { statusBar()->showMessage(message, 15000); });
+    installInputFeatures();
+}
+
+void VornixU::installInputFeatures() {
+    InputTargets targets;
+    targets.stop = stopBut_;
+    targets.reset = resetBut_;
+    targets.home = panTilt_->HomeBut;
+    targets.center = panTilt_->CenterBut;
+    targets.softLimitOverride = panTilt_->Command2;
+    targets.panLowSpeed = panTilt_->PanSloCheck;
+    targets.tiltLowSpeed = panTilt_->TiltSloCheck;
+    input_ = installInput(context_, jog_, jogSources_, *this, *tabs_, targets, this);
+    // Stop means every jog too, whoever steers; held keys and sticks must
+    // come back to rest first.
+    connect(stopBut_, &QPushButton::clicked, &jogSources_, &JogSources::stopAll);
+
+    // Operator before tracker: network moves wait while anybody jogs.
+    rotator_->setOperatorInControl([this] { return jogSources_.operatorJogging(); });
+    connect(&jogSources_, &JogSources::ownerChanged, this, [this](std::optional<JogSource> owner) {
+        const QString notice =
+            QStringLiteral("The operator has control: network moves are refused while jogging.");
+        if (owner && networkControl_->server().isListening()) {
+            statusBar()->showMessage(notice);
+        } else if (statusBar()->currentMessage() == notice) {
+            statusBar()->clearMessage();
+        }
+    });
 }
 
 void VornixU::showLamp(LinkLamp lamp) {

@@ -7,6 +7,7 @@
 
 #include "connection/port_selection.h"
 #include "console/console_context.h"
+#include "console/jog_sources.h"
 #include "console/jog_state.h"
 #include "console/messages.h"
 #include "console/unit_status.h"
@@ -15,6 +16,7 @@
 #include "protocol/link.h"
 #include "protocol/receiver.h"
 #include "protocol/serial_port.h"
+#include "window/input_wiring.h"
 
 namespace halvex {
 
@@ -44,6 +46,9 @@ class VornixU : public QMainWindow {
     FormState& state() { return state_; }
     UnitStatus& status() { return status_; }
     JogState& jogState() { return jog_; }
+    // The jog box, the keyboard and game controllers, and who steers.
+    JogSources& jogSources() { return jogSources_; }
+    const InputFeatures& input() const { return input_; }
     Link& link() { return link_; }
     Receiver& receiver() { return receiver_; }
     SerialPort& SerPort1() { return *port_; }
@@ -69,12 +74,14 @@ class VornixU : public QMainWindow {
     void buildMenus();
     void buildCentralArea();
     void installFeatures();
+    void installInputFeatures();
     void showLamp(LinkLamp lamp);
     void ExitBut_Click();
 
     FormState state_;
     UnitStatus status_;
     JogState jog_;
+    JogSources jogSources_{jog_};
     PresetTable presets_;
     ConsoleEvents events_;
     ReadHandlers readHandlers_;
@@ -103,6 +110,7 @@ class VornixU : public QMainWindow {
     ConsoleRotator* rotator_ = nullptr;
     NetworkControl* networkControl_ = nullptr;
     LineRecorder* lineRecorder_ = nullptr;
+    InputFeatures input_;
     bool exiting_ = false;
 };
 

@@ -14,6 +14,7 @@
 #include <QTcpServer>
 #include <cmath>
 
+#include "console/jog_sources.h"
 #include "protocol/frame.h"
 #include "tests/network/line_client.h"
 #include "tests/support/console_rig.h"
@@ -148,6 +149,32 @@ TEST_F(NetworkControlTest, TrackerSteersTheUnitLikeTheMoveButtons) {
     }
     client.exchange("_\n", "Halvex pan & tilt unit on COM1\n");
     EXPECT_TRUE(movesSince(mark).empty());
+}
+
+TEST_F(NetworkControlTest, RotctlIsRefusedWhileTheOperatorJogsAndObeyedAfter) {
+    if (QStandardPaths::findExecutable(QStringLiteral("rotctl")).isEmpty()) {
+        GTEST_SKIP() << "rotctl is not installed (Debian package libhamlib-utils)";
+    }
+    control().setEndpoint(QHostAddress::LocalHost, 0);
+    ASSERT_TRUE(control().start());
+    ASSERT_TRUE(rig.connect());
+    JogDemand right;
+    right.pan = {40, true};
+    rig.window->jogSources().apply(JogSource::Controller, right);
+    std::size_t mark = rig.line.frames().size();
+    const auto [refusedCode, refusedLines] = rotctl({"P", "45", "10"});
+    EXPECT_NE(refusedCode, 0) << refusedLines.join('|').toStdString();
+    EXPECT_TRUE(
+        rig.window->statusBar()->currentMessage().contains(QStringLiteral("operator has control")));
+    rig.window->jogSources().release(JogSource::Controller);
+    const std::size_t released = rig.line.frames().size();
+    ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.line.frames().size() > released + 2; }));
+    EXPECT_TRUE(movesSince(mark).empty()) << "a refused move went out";
+
+    mark = rig.line.frames().size();
+    ASSERT_EQ(rotctl({"P", "45", "10"}).first, 0);
+    ASSERT_TRUE(ConsoleRig::waitFor([&] { return !movesSince(mark).empty(); }));
+    EXPECT_EQ(movesSince(mark), (std::vector<std::pair<int, int>>{{4500, 1000}}));
 }
 
 }  // namespace

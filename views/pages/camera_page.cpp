@@ -249,9 +249,11 @@ QWidget* CameraPage::buildJogBox() {
     auto* grid = new QGridLayout(box);
     const char* const names[4] = {"ZoomBox1", "FocusBox1", "ZoomBox2", "FocusBox2"};
     const char* const captions[4] = {"Z1", "F1", "Z2", "F2"};
+    const char* const spoken[4] = {"Zoom 1", "Focus 1", "Zoom 2", "Focus 2"};
     for (int i = 0; i < 4; ++i) {
         auto* jog = new LensJogBox(box);
         jog->setObjectName(QString::fromLatin1(names[i]));
+        jog->setAccessibleName(QString::fromLatin1(spoken[i]));
         jog->setFixedSize(39, 120);
         jog->setToolTip(
             QStringLiteral("Hold The Left Button Above The Line To Drive Up, Below To "

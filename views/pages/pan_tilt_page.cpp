@@ -74,6 +74,7 @@ PanTiltPage::PanTiltPage(QWidget* parent) : QWidget(parent) {
     right->addWidget(buildLimitGroup());
     right->addStretch();
     columns->addLayout(right);
+    nameForAssistiveTechnology();
 }
 
 QWidget* PanTiltPage::buildPositionGroup() {
@@ -137,6 +138,39 @@ QWidget* PanTiltPage::buildPositionGroup() {
     return group;
 }
 
+void PanTiltPage::nameForAssistiveTechnology() {
+    // The read-outs and lamps say what they show, as the captions beside
+    // them do for the eye.
+    const std::pair<QWidget*, const char*> names[] = {
+        {PanPosLED, "Current pan"},
+        {TiltPosLED, "Current tilt"},
+        {PDesLed, "Target pan"},
+        {TDesLed, "Target tilt"},
+        {Z1LED, "Zoom 1"},
+        {F1LED, "Focus 1"},
+        {Z2LED, "Zoom 2"},
+        {F2LED, "Focus 2"},
+        {CWLed, "CW travel"},
+        {CCWLed, "CCW travel"},
+        {UpLed, "Up travel"},
+        {DownLed, "Down travel"},
+        {PTOLed, "Pan timeout"},
+        {TTOLed, "Tilt timeout"},
+        {PDELed, "Pan direction fault"},
+        {TDELed, "Tilt direction fault"},
+        {DesLed, "Destination"},
+        {ExecLed, "Executing"},
+        {SLOverLed, "SL Override"},
+        {Jog, "Jog"},
+        {Gauge, "Pan gauge"},
+        {PanDesLED, "Desired pan"},
+        {TiltDesLED, "Desired tilt"},
+    };
+    for (const auto& [widget, name] : names) {
+        widget->setAccessibleName(QString::fromLatin1(name));
+    }
+}
+
 QWidget* PanTiltPage::buildStatusGroup() {
     // The travel lamps in the first column, the faults of each axis under
     // their heading beside them, the legend of the travel lamps' colours below.
@@ -179,6 +213,7 @@ QWidget* PanTiltPage::buildStatusGroup() {
         auto* sample = new StatusLamp(group);
         sample->setFixedSize(12, 12);
         sample->setColor(colour);
+        sample->setAccessibleName(QStringLiteral("Legend: %1").arg(QLatin1String(caption)));
         grid->addWidget(captioned(group, sample, QLatin1String(caption)), 5, column++);
     }
     return group;

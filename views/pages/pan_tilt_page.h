@@ -89,6 +89,7 @@ class PanTiltPage : public QWidget {
   private:
     QWidget* buildPositionGroup();
     QWidget* buildStatusGroup();
+    void nameForAssistiveTechnology();
     QWidget* buildJogGroup();
     QWidget* buildMoveGroup();
     QWidget* buildZoomFocusGroup();

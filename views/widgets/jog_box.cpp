@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "views/widgets/instrument_light.h"
+#include "views/widgets/widget_accessibility.h"
 
 namespace halvex {
 
@@ -59,7 +60,20 @@ void JogBox::paintEvent(QPaintEvent*) {
     const QPointF centre = restPixel() + QPointF(0.5, 0.5);
     drawTarget(painter, area, centre);
     if (pointerHeld()) {
-        drawMarker(painter, centre);
+        drawMarker(painter, centre, clampedPointerPixel());
+    } else if (!jogVector_.isNull()) {
+        const double half = padRect().width() / 2.0;
+        drawMarker(painter, centre,
+                   centre + QPointF(jogVector_.x() * half, -jogVector_.y() * half));
+    }
+}
+
+void JogBox::setJogVector(const QPointF& vector) {
+    const QPointF clamped(std::clamp(vector.x(), -1.0, 1.0), std::clamp(vector.y(), -1.0, 1.0));
+    if (clamped != jogVector_) {
+        jogVector_ = clamped;
+        update();
+        announceValueChange(this);
     }
 }
 
@@ -109,8 +123,7 @@ void JogBox::drawTarget(QPainter& painter, const QRectF& area, const QPointF& ce
     painter.drawEllipse(centre, hub, hub);
 }
 
-void JogBox::drawMarker(QPainter& painter, const QPointF& centre) const {
-    const QPointF marker = clampedPointerPixel();
+void JogBox::drawMarker(QPainter& painter, const QPointF& centre, const QPointF& marker) const {
     const double side = padRect().width();
     const QColor ink = signalColour(kMarker);
     QColor trail = ink;

@@ -6,6 +6,7 @@
 
 #include "views/widgets/instrument_light.h"
 #include "views/widgets/seven_segment.h"
+#include "views/widgets/widget_accessibility.h"
 
 namespace halvex {
 
@@ -51,6 +52,7 @@ void LedDisplay::setValue(double value) {
     refreshText();
     if (changed) {
         emit valueChanged(value_);
+        announceValueChange(this);
     }
 }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "views/widgets/widget_accessibility.h"
+
 namespace halvex {
 
 namespace {
@@ -70,6 +72,7 @@ void PanGauge::setValue(double value) {
     if (changed) {
         update();
         emit valueChanged(value_);
+        announceValueChange(this);
     }
 }
 

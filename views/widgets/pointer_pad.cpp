@@ -38,6 +38,8 @@ struct Axis {
 PointerPad::PointerPad(double unitWidth, double unitHeight, QPointF restUnits, QWidget* parent)
     : QWidget(parent), unitWidth_(unitWidth), unitHeight_(unitHeight), restUnits_(restUnits) {
     setCursor(Qt::CrossCursor);
+    // Reached with Tab like every control, so assistive technology can read it.
+    setFocusPolicy(Qt::TabFocus);
 }
 
 QRectF PointerPad::padRect() const {

@@ -5,6 +5,7 @@
 #include <algorithm>
 
 #include "views/widgets/instrument_light.h"
+#include "views/widgets/widget_accessibility.h"
 
 namespace halvex {
 
@@ -19,6 +20,7 @@ void StatusLamp::setColor(const QColor& color) {
     color_ = color;
     update();
     emit colorChanged(color_);
+    announceValueChange(this);
 }
 
 void StatusLamp::paintEvent(QPaintEvent*) {

@@ -1,0 +1,99 @@
+#include "console/jog_sources.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace halvex {
+
+bool JogDemand::moving() const {
+    if (pan.speed != 0 || tilt.speed != 0) {
+        return true;
+    }
+    for (Byte byte : lens) {
+        if (byte != 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+Byte lensJogByte(int speed) {
+    speed = std::clamp(speed, -127, 127);
+    return static_cast<Byte>(2 * std::abs(speed) + (speed > 0 ? 1 : 0));
+}
+
+JogSources::JogSources(JogState& jog, QObject* parent) : QObject(parent), jog_(jog) {}
+
+void JogSources::apply(JogSource source, const JogDemand& demand) {
+    Slot& s = slot(source);
+    const bool moving = demand.moving();
+    if (s.mustRest) {
+        if (moving) {
+            return;
+        }
+        s.mustRest = false;
+    }
+    if (moving && !s.active) {
+        s.startedAt = ++starts_;
+    }
+    s.active = moving;
+    s.demand = demand;
+    const std::optional<JogSource> before = owner_;
+    chooseOwner();
+    if (owner_ == source || (before == source && !owner_)) {
+        write(owner_ ? demand : JogDemand{});
+    } else if (before == source && owner_) {
+        write(slot(*owner_).demand);  // handed back to the source still held
+    }
+}
+
+void JogSources::chooseOwner() {
+    std::optional<JogSource> latest;
+    unsigned latestStart = 0;
+    for (int i = 0; i < kJogSourceCount; ++i) {
+        const Slot& s = slots_[static_cast<std::size_t>(i)];
+        if (s.active && s.startedAt >= latestStart) {
+            latest = static_cast<JogSource>(i);
+            latestStart = s.startedAt;
+        }
+    }
+    setOwner(latest);
+}
+
+void JogSources::stopAll() {
+    for (Slot& s : slots_) {
+        s.mustRest = s.mustRest || s.active;
+        s.active = false;
+        s.demand = {};
+    }
+    write({});
+    setOwner(std::nullopt);
+    emit stopped();
+}
+
+void JogSources::write(const JogDemand& demand) {
+    jog_.PanJogSpeed = demand.pan.speed;
+    jog_.TiltJogSpeed = demand.tilt.speed;
+    if (demand.pan.direction) {
+        jog_.PanJogDirection = *demand.pan.direction;
+    }
+    if (demand.tilt.direction) {
+        jog_.TiltJogDirection = *demand.tilt.direction;
+    }
+    // The lens boxes on the Camera page write the lens bytes themselves; they
+    // are only touched here to start a lens jog from a source or to end one.
+    const bool lensMoving = demand.lens != std::array<Byte, 4>{};
+    if (lensMoving || lensWritten_) {
+        jog_.LensJogSpeeds = demand.lens;
+    }
+    lensWritten_ = lensMoving;
+}
+
+void JogSources::setOwner(std::optional<JogSource> owner) {
+    if (owner != owner_) {
+        owner_ = owner;
+        emit ownerChanged(owner_);
+    }
+}
+
+}  // namespace halvex

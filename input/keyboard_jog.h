@@ -1,0 +1,59 @@
+#pragma once
+
+#include <QObject>
+#include <QPointer>
+#include <QSet>
+#include <QWidget>
+
+#include "console/jog_sources.h"
+#include "input/controller_mapping.h"
+
+class QKeyEvent;
+
+namespace halvex {
+
+class JogGate;
+
+// Jogging from the keyboard while the Pan/Tilt page is shown and no text
+// field has the focus: the arrow keys pan and tilt while held (Shift faster,
+// Ctrl slower), Page Up and Page Down zoom camera 1, Home moves home, Esc
+// stops. Keys are read from every event bound for the main window, before
+// the widget with the focus sees them.
+class KeyboardJog : public QObject {
+    Q_OBJECT
+  public:
+    // Pan and tilt speeds for the arrows, and the zoom speed (0..127).
+    struct Speeds {
+        int normal = 96;
+        int fast = 255;
+        int slow = 24;
+        int zoom = 64;
+    };
+
+    KeyboardJog(JogSources& sources, JogGate& gate, QWidget& window, QObject* parent = nullptr);
+
+    void setSpeeds(const Speeds& speeds) { speeds_ = speeds; }
+    const Speeds& speeds() const { return speeds_; }
+
+    // The keys, as the input settings and the README list them.
+    static QStringList keyList();
+
+  signals:
+    void actionTriggered(halvex::ButtonAction action, int preset);
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    bool handleKey(QKeyEvent* key, bool pressed);
+    bool forOurWindow(QObject* watched) const;
+    void applyHeld(Qt::KeyboardModifiers modifiers);
+
+    JogSources& sources_;
+    JogGate& gate_;
+    QPointer<QWidget> window_;
+    Speeds speeds_;
+    QSet<int> held_;
+};
+
+}  // namespace halvex

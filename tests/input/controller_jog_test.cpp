@@ -1,0 +1,143 @@
+// Game controllers and joysticks through SDL's virtual devices: no display,
+// no hardware, the whole console online against the virtual unit.
+
+#include <QCheckBox>
+#include <QPointF>
+
+#include "tests/input/input_rig.h"
+#include "views/pages/pan_tilt_page.h"
+
+namespace halvex::testing {
+namespace {
+
+class ControllerJogTest : public OnlineSuite<InputRig> {
+  protected:
+    void SetUp() override { rig().ready(); }
+    InputRig& rig() { return *shared_; }
+};
+
+TEST_F(ControllerJogTest, SticksGoOutInTheNextJogMessageAndTheJogBoxShowsThem) {
+    VirtualDevice pad(true);
+    ASSERT_TRUE(pad.plugged());
+    ASSERT_TRUE(rig().usesDevice());
+    EXPECT_TRUE(rig().controller().deviceInUse()->gameController);
+
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 32767);
+    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{255, 0, 0x80}));
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTY, -32768);  // pushed away: up
+    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{255, 255, 0xC0}));
+    EXPECT_EQ(rig().window->panTiltPage().Jog->jogVector(), QPointF(1.0, 1.0));
+
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTX, -32768);
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTY, 0);
+    pad.axis(SDL_CONTROLLER_AXIS_RIGHTY, -32768);  // zoom camera 1 in
+    const Message_ jog = rig().nextJog();
+    EXPECT_EQ(jog, (Message_{0x31, jog[1], 255, 0, 255, 0, 0, 0}));
+    EXPECT_EQ(jog[1] & 0x80, 0);  // counter-clockwise
+
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 0);
+    pad.axis(SDL_CONTROLLER_AXIS_RIGHTY, 0);
+    const Message_ rest = rig().nextJog();
+    EXPECT_EQ(rest, (Message_{0x31, rest[1], 0, 0, 0, 0, 0, 0}));
+    EXPECT_TRUE(rig().window->panTiltPage().Jog->jogVector().isNull());
+}
+
+TEST_F(ControllerJogTest, UnpluggingTheControllerStopsThePlatformInTheNextJogMessage) {
+    auto pad = std::make_unique<VirtualDevice>(true);
+    ASSERT_TRUE(rig().usesDevice());
+    pad->axis(SDL_CONTROLLER_AXIS_LEFTX, 20000);
+    ASSERT_GT(rig().nextMotion()[0], 0);
+    pad->unplug();
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    EXPECT_FALSE(rig().controller().deviceInUse());
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+
+    // A controller plugged in later is taken and steers once moved.
+    pad = std::make_unique<VirtualDevice>(true);
+    ASSERT_TRUE(rig().usesDevice());
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    pad->axis(SDL_CONTROLLER_AXIS_LEFTY, 32767);
+    // Pulled back: down; pan keeps the clockwise bit it had.
+    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{0, 255, 0x80}));
+}
+
+TEST_F(ControllerJogTest, ButtonsPressTheConsolesButtonsOncePerPress) {
+    VirtualDevice pad(true);
+    ASSERT_TRUE(rig().usesDevice());
+    auto* panLow = rig().find<QCheckBox>(QStringLiteral("PanSloCheck"));
+    const bool wasLow = panLow->isChecked();
+
+    pad.button(SDL_CONTROLLER_BUTTON_START, true);
+    EXPECT_TRUE(rig().sends(0x36));  // Move To Home
+    pad.button(SDL_CONTROLLER_BUTTON_START, false);
+    pad.button(SDL_CONTROLLER_BUTTON_BACK, true);
+    EXPECT_TRUE(rig().sends(0x35));  // Move To Physical Center
+    pad.button(SDL_CONTROLLER_BUTTON_BACK, false);
+
+    pad.button(SDL_CONTROLLER_BUTTON_X, true);
+    EXPECT_TRUE(ConsoleRig::waitFor([&] { return panLow->isChecked() != wasLow; }));
+    EXPECT_EQ((rig().nextJog()[1] & 0x10) != 0, !wasLow);
+    // Held down, the button does not toggle the check again; each jog
+    // message reads the controller first.
+    rig().nextJog();
+    rig().nextJog();
+    EXPECT_NE(panLow->isChecked(), wasLow);
+    pad.button(SDL_CONTROLLER_BUTTON_X, false);
+    rig().nextJog();
+    pad.button(SDL_CONTROLLER_BUTTON_X, true);
+    EXPECT_TRUE(ConsoleRig::waitFor([&] { return panLow->isChecked() == wasLow; }));
+    pad.button(SDL_CONTROLLER_BUTTON_X, false);
+
+    // Stop: the stop bit on the next jog message, and a stick held through
+    // it has to come back to the centre before it steers again.
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 32767);
+    ASSERT_EQ(rig().nextMotion()[0], 255);
+    bool stopBitSent = false;
+    rig().line.onFrame = [&](const RecordingPeer::Frame& frame) {
+        stopBitSent = stopBitSent || (frame.message[0] == 0x31 && (frame.message[1] & 0x02) != 0);
+    };
+    pad.button(SDL_CONTROLLER_BUTTON_B, true);
+    EXPECT_TRUE(ConsoleRig::waitFor([&] { return stopBitSent; }));
+    rig().line.onFrame = nullptr;
+    pad.button(SDL_CONTROLLER_BUTTON_B, false);
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 0);
+    rig().nextJog();
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 32767);
+    EXPECT_EQ(rig().nextMotion()[0], 255);
+}
+
+TEST_F(ControllerJogTest, AJoystickWithoutAControllerMappingPansAndTiltsWithItsStick) {
+    VirtualDevice stick(false, 3, 4);
+    ASSERT_TRUE(rig().usesDevice());
+    EXPECT_FALSE(rig().controller().deviceInUse()->gameController);
+    stick.axis(2, 32767);  // the throttle, at full: nothing moves
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    stick.axis(0, -32768);
+    stick.axis(1, -32768);  // forward: up
+    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{255, 255, 0x40}));
+    stick.button(0, true);  // no button does anything unless mapped
+    rig().line.clear();
+    QTest::qWait(3 * ControllerJog::kReadMs);
+    EXPECT_TRUE(rig().line.messages(false).empty());
+}
+
+TEST_F(ControllerJogTest, AStickHeldWhileThePageIsLeftStaysStoppedUntilCentred) {
+    VirtualDevice pad(true);
+    ASSERT_TRUE(rig().usesDevice());
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 32767);
+    ASSERT_EQ(rig().nextMotion()[0], 255);
+    rig().window->SSTab1().setCurrentIndex(1);
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    rig().window->SSTab1().setCurrentIndex(0);
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 0);
+    rig().nextJog();
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 32767);
+    EXPECT_EQ(rig().nextMotion()[0], 255);
+}
+
+}  // namespace
+}  // namespace halvex::testing

@@ -1,0 +1,120 @@
+#pragma once
+
+// The whole console online against the virtual unit, its window active on
+// the Pan/Tilt page, for driving it from the keyboard and from SDL's
+// virtual game controllers and joysticks.
+
+#include <gtest/gtest.h>
+
+#include <SDL.h>
+
+#include <QTabWidget>
+
+#include "input/controller_jog.h"
+#include "tests/support/console_rig.h"
+#include "tests/support/online_suite.h"
+
+namespace halvex::testing {
+
+using Message_ = std::vector<Byte>;
+
+// A game controller or joystick that only SDL knows, plugged in for as long
+// as the object lives.
+class VirtualDevice {
+  public:
+    explicit VirtualDevice(bool gameController, int axes = SDL_CONTROLLER_AXIS_MAX,
+                           int buttons = SDL_CONTROLLER_BUTTON_MAX) {
+        SDL_InitSubSystem(SDL_INIT_JOYSTICK);
+        const int index = SDL_JoystickAttachVirtual(
+            gameController ? SDL_JOYSTICK_TYPE_GAMECONTROLLER : SDL_JOYSTICK_TYPE_UNKNOWN, axes,
+            buttons, 0);
+        joystick_ = index >= 0 ? SDL_JoystickOpen(index) : nullptr;
+        instance_ = joystick_ != nullptr ? SDL_JoystickInstanceID(joystick_) : -1;
+    }
+    ~VirtualDevice() {
+        unplug();
+        SDL_QuitSubSystem(SDL_INIT_JOYSTICK);
+    }
+    VirtualDevice(const VirtualDevice&) = delete;
+    VirtualDevice& operator=(const VirtualDevice&) = delete;
+
+    bool plugged() const { return joystick_ != nullptr; }
+    void axis(int axis, int value) { SDL_JoystickSetVirtualAxis(joystick_, axis, value); }
+    void button(int button, bool down) {
+        SDL_JoystickSetVirtualButton(joystick_, button, down ? 1 : 0);
+    }
+    void unplug() {
+        if (joystick_ == nullptr) {
+            return;
+        }
+        SDL_JoystickClose(joystick_);
+        joystick_ = nullptr;
+        for (int i = 0; i < SDL_NumJoysticks(); ++i) {
+            if (SDL_JoystickGetDeviceInstanceID(i) == instance_) {
+                SDL_JoystickDetachVirtual(i);
+            }
+        }
+    }
+
+  private:
+    SDL_Joystick* joystick_ = nullptr;
+    SDL_JoystickID instance_ = -1;
+};
+
+struct InputRig : ConsoleRig {
+    // Each test starts on the Pan/Tilt page of the active window, nobody steering.
+    void ready() {
+        window->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
+        window->SSTab1().setCurrentIndex(0);
+        window->jogSources().stopAll();
+        for (JogSource source : {JogSource::Box, JogSource::Keyboard, JogSource::Controller}) {
+            window->jogSources().release(source);
+        }
+        nextJog();
+    }
+    // The first jog message built from now on.
+    Message_ nextJog() {
+        line.clear();
+        Message_ jog;
+        EXPECT_TRUE(waitFor([&] {
+            for (const auto& frame : line.frames()) {
+                if (frame.message.at(0) == 0x31) {
+                    jog = frame.message;
+                    return true;
+                }
+            }
+            return false;
+        }));
+        return jog;
+    }
+    // Pan speed, tilt speed and the direction bits (pan 0x80, tilt 0x40) of the next jog.
+    std::array<int, 3> nextMotion() {
+        const Message_ jog = nextJog();
+        if (jog.size() < 4) {
+            return {-1, -1, -1};
+        }
+        return {jog[2], jog[3], jog[1] & 0xC0};
+    }
+    // A request (not a jog message) with this code sent within a while.
+    bool sends(Byte code) {
+        return waitFor([&] {
+            for (const auto& message : line.messages(false)) {
+                if (message.at(0) == code) {
+                    return true;
+                }
+            }
+            return false;
+        });
+    }
+    ControllerJog& controller() { return *window->input().controller; }
+    bool usesDevice() {
+        return waitFor([this] { return controller().deviceInUse().has_value(); });
+    }
+};
+
+inline bool stopped(const std::array<int, 3>& motion) {
+    return motion[0] == 0 && motion[1] == 0;
+}
+
+}  // namespace halvex::testing

@@ -1,0 +1,121 @@
+// View > Input Settings against the whole console and a virtual controller.
+
+#include <QAction>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QSpinBox>
+
+#include "input/input_settings_dialog.h"
+#include "input/keyboard_jog.h"
+#include "tests/input/input_rig.h"
+#include "window/user_settings.h"
+
+namespace halvex::testing {
+namespace {
+
+class InputSettingsTest : public OnlineSuite<InputRig> {
+  protected:
+    void SetUp() override { rig().ready(); }
+    void TearDown() override {
+        userSettings()->remove(QStringLiteral("Input"));
+        rig().window->input().keyboard->setSpeeds({});
+    }
+    InputRig& rig() { return *shared_; }
+    InputSettingsDialog* open() {
+        rig().find<QAction>(QStringLiteral("MenuInputSettings"))->trigger();
+        InputSettingsDialog* dialog = nullptr;
+        EXPECT_TRUE(ConsoleRig::waitFor([&] {
+            dialog = rig().window->findChild<InputSettingsDialog*>(QStringLiteral("InputSettings"));
+            return dialog != nullptr && dialog->isVisible();
+        }));
+        return dialog;
+    }
+    template <typename T>
+    T* in(QWidget* dialog, const QString& name) {
+        T* widget = dialog->findChild<T*>(name);
+        EXPECT_NE(widget, nullptr) << name.toStdString();
+        return widget;
+    }
+    void ok(QWidget* dialog) {
+        in<QDialogButtonBox>(dialog, QStringLiteral("InputButtons"))
+            ->button(QDialogButtonBox::Ok)
+            ->click();
+        EXPECT_TRUE(
+            ConsoleRig::waitFor([&] { return QApplication::activeModalWidget() == nullptr; }));
+        rig().window->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(rig().window.get()));
+    }
+};
+
+TEST_F(InputSettingsTest, ShowsTheDeviceItsMappingAndALivePreview) {
+    VirtualDevice pad(true);
+    ASSERT_TRUE(rig().usesDevice());
+    InputSettingsDialog* dialog = open();
+    ASSERT_NE(dialog, nullptr);
+    auto* devices = in<QComboBox>(dialog, QStringLiteral("DeviceCombo"));
+    // It opens whole on a field laptop's screen (1024 x 700, frame aside).
+    EXPECT_LE(dialog->width(), 1024);
+    EXPECT_LE(dialog->height(), 700);
+    EXPECT_EQ(devices->itemText(0), QStringLiteral("First one present"));
+    EXPECT_NE(devices->findText(QStringLiteral("Virtual Controller (game controller)")), -1);
+    EXPECT_EQ(in<QLabel>(dialog, QStringLiteral("DeviceInUse"))->text(),
+              QStringLiteral("Virtual Controller"));
+    // The standard mapping: left stick pan and tilt (tilt inverted), B stops.
+    EXPECT_EQ(in<QComboBox>(dialog, QStringLiteral("AxisCombo_0"))->currentText(),
+              QStringLiteral("0 (leftx)"));
+    EXPECT_TRUE(in<QCheckBox>(dialog, QStringLiteral("InvertCheck_1"))->isChecked());
+    EXPECT_EQ(in<QComboBox>(dialog, QStringLiteral("ButtonCombo_0"))->currentText(),
+              QStringLiteral("1 (b)"));
+    EXPECT_EQ(in<QComboBox>(dialog, QStringLiteral("AxisCombo_4"))->currentText(),
+              QStringLiteral("None"));
+
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 32767);
+    auto* preview = in<QLabel>(dialog, QStringLiteral("AxisPreview_0"));
+    EXPECT_TRUE(ConsoleRig::waitFor([&] { return preview->text() == QStringLiteral("100 %"); }));
+    // The dialog is modal: the stick shows in the preview but moves nothing.
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTX, -20000);  // past the dead zone, squared
+    EXPECT_TRUE(ConsoleRig::waitFor([&] { return preview->text() == QStringLiteral("-29 %"); }));
+    dialog->reject();
+}
+
+TEST_F(InputSettingsTest, OkPutsTheMappingToWorkAndKeepsItForTheDevice) {
+    auto pad = std::make_unique<VirtualDevice>(true);
+    ASSERT_TRUE(rig().usesDevice());
+    InputSettingsDialog* dialog = open();
+    ASSERT_NE(dialog, nullptr);
+    in<QCheckBox>(dialog, QStringLiteral("InvertCheck_0"))->setChecked(true);
+    auto* preset3 = in<QComboBox>(dialog, QStringLiteral("ButtonCombo_10"));
+    preset3->setCurrentIndex(preset3->findData(int{SDL_CONTROLLER_BUTTON_A}));
+    in<QSpinBox>(dialog, QStringLiteral("KeySpeedSpin"))->setValue(50);
+    ok(dialog);
+    pad->axis(SDL_CONTROLLER_AXIS_LEFTX, 32767);
+    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{255, 0, 0x00}));  // right is now CCW
+    pad->axis(SDL_CONTROLLER_AXIS_LEFTX, 0);
+    pad->button(SDL_CONTROLLER_BUTTON_A, true);
+    EXPECT_TRUE(ConsoleRig::waitFor([&] {
+        for (const auto& message : rig().line.messages(false)) {
+            if (message == Message_{0x32, 3}) {
+                return true;
+            }
+        }
+        return false;
+    }));
+    QTest::keyPress(rig().window.get(), Qt::Key_Right);
+    EXPECT_EQ(rig().nextMotion()[0], 50);
+    QTest::keyRelease(rig().window.get(), Qt::Key_Right);
+
+    // The same model plugged in again keeps its mapping.
+    pad = std::make_unique<VirtualDevice>(true);
+    pad->unplug();
+    pad = std::make_unique<VirtualDevice>(true);
+    ASSERT_TRUE(rig().usesDevice());
+    pad->axis(SDL_CONTROLLER_AXIS_LEFTX, 32767);
+    EXPECT_EQ(rig().nextMotion()[2] & 0x80, 0);
+}
+
+}  // namespace
+}  // namespace halvex::testing

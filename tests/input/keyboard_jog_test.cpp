@@ -1,0 +1,202 @@
+// Keyboard jogging and the dead-man stops, through the real main window.
+
+#include <QAbstractButton>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QStatusBar>
+
+#include "input/keyboard_jog.h"
+#include "tests/input/input_rig.h"
+#include "tests/network/line_client.h"
+#include "views/pages/pan_tilt_page.h"
+#include "window/network_control.h"
+
+namespace halvex::testing {
+namespace {
+
+class KeyboardJogTest : public OnlineSuite<InputRig> {
+  protected:
+    void SetUp() override { rig().ready(); }
+    void TearDown() override {
+        for (int key : {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down, Qt::Key_PageUp,
+                        Qt::Key_PageDown}) {
+            QTest::keyRelease(window(), static_cast<Qt::Key>(key));
+        }
+    }
+    InputRig& rig() { return *shared_; }
+    QWidget* window() { return rig().window.get(); }
+    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyPress(window(), key, modifiers);
+    }
+    void release(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyRelease(window(), key, modifiers);
+    }
+};
+
+TEST_F(KeyboardJogTest, ArrowsJogWhileHeldShiftFasterCtrlSlower) {
+    const KeyboardJog::Speeds speeds = rig().window->input().keyboard->speeds();
+    press(Qt::Key_Right);
+    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{speeds.normal, 0, 0x80}));
+    press(Qt::Key_Up);
+    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{speeds.normal, speeds.normal, 0xC0}));
+    // A modifier key's own event tells the state before it, as X11 does.
+    press(Qt::Key_Shift);
+    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{speeds.fast, speeds.fast, 0xC0}));
+    release(Qt::Key_Shift, Qt::ShiftModifier);
+    press(Qt::Key_Control);
+    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{speeds.slow, speeds.slow, 0xC0}));
+    release(Qt::Key_Control, Qt::ControlModifier);
+    release(Qt::Key_Up);
+    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{speeds.normal, 0, 0xC0}));
+    // Both ways at once cancel out.
+    press(Qt::Key_Left);
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    release(Qt::Key_Right);
+    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{speeds.normal, 0, 0x40}));
+    release(Qt::Key_Left);
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+
+    press(Qt::Key_PageUp);
+    Message_ jog = rig().nextJog();
+    EXPECT_EQ(jog, (Message_{0x31, jog[1], 0, 0, lensJogByte(speeds.zoom), 0, 0, 0}));
+    release(Qt::Key_PageUp);
+    press(Qt::Key_PageDown);
+    jog = rig().nextJog();
+    EXPECT_EQ(jog, (Message_{0x31, jog[1], 0, 0, lensJogByte(-speeds.zoom), 0, 0, 0}));
+    release(Qt::Key_PageDown);
+    jog = rig().nextJog();
+    EXPECT_EQ(jog, (Message_{0x31, jog[1], 0, 0, 0, 0, 0, 0}));
+}
+
+TEST_F(KeyboardJogTest, HomeMovesHomeAndEscStopsEverything) {
+    press(Qt::Key_Home);
+    EXPECT_TRUE(rig().sends(0x36));
+    press(Qt::Key_Right);
+    ASSERT_GT(rig().nextMotion()[0], 0);
+    bool stopBitSent = false;
+    rig().line.onFrame = [&](const RecordingPeer::Frame& frame) {
+        stopBitSent = stopBitSent || (frame.message[0] == 0x31 && (frame.message[1] & 0x02) != 0);
+    };
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(ConsoleRig::waitFor([&] { return stopBitSent; }));
+    rig().line.onFrame = nullptr;
+    // The arrow still held does not start the platform again.
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+}
+
+TEST_F(KeyboardJogTest, KeysTypedIntoATextFieldDoNotJog) {
+    auto* field = new QLineEdit(&rig().window->panTiltPage());
+    field->show();
+    field->setFocus();
+    ASSERT_TRUE(ConsoleRig::waitFor([&] { return field->hasFocus(); }));
+    QTest::keyPress(field, Qt::Key_Left);
+    QTest::keyClicks(field, QStringLiteral("12"));
+    QTest::keyPress(field, Qt::Key_Home);
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    EXPECT_EQ(field->text(), QStringLiteral("12"));
+    EXPECT_EQ(field->cursorPosition(), 0);
+    QTest::keyRelease(field, Qt::Key_Left);
+    delete field;
+}
+
+TEST_F(KeyboardJogTest, LosingTheWindowStopsAndAReleaseElsewhereLeavesNothingMoving) {
+    press(Qt::Key_Right);
+    ASSERT_GT(rig().nextMotion()[0], 0);
+    QWidget other;
+    other.show();
+    other.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    QTest::keyRelease(&other, Qt::Key_Right);  // the release goes to the other window
+    other.close();
+    rig().window->activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(window()));
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    // A fresh press jogs again.
+    press(Qt::Key_Left);
+    EXPECT_GT(rig().nextMotion()[0], 0);
+}
+
+TEST_F(KeyboardJogTest, AModalBoxStopsTheJog) {
+    press(Qt::Key_Up);
+    ASSERT_GT(rig().nextMotion()[1], 0);
+    QMessageBox box(QMessageBox::Warning, QStringLiteral("Box"), QStringLiteral("Modal"),
+                    QMessageBox::Ok, window());
+    box.setWindowModality(Qt::ApplicationModal);
+    box.open();
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    press(Qt::Key_Up);  // keys meant for the box do not jog
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    box.close();
+}
+
+TEST_F(KeyboardJogTest, LeavingThePageOrGoingOfflineStopsTheJog) {
+    press(Qt::Key_Down);
+    ASSERT_GT(rig().nextMotion()[1], 0);
+    rig().window->SSTab1().setCurrentIndex(2);
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    press(Qt::Key_Down);  // arrows on another page are that page's
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    rig().window->SSTab1().setCurrentIndex(0);
+    release(Qt::Key_Down);
+
+    press(Qt::Key_Down);
+    ASSERT_GT(rig().nextMotion()[1], 0);
+    rig().window->state().Online = false;
+    EXPECT_EQ(rig().window->jogState().TiltJogSpeed, 0);
+    rig().window->state().Online = true;
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+}
+
+TEST_F(KeyboardJogTest, NetworkMovesAreRefusedWhileTheOperatorJogs) {
+    NetworkControl& control = rig().window->networkControl();
+    control.setEndpoint(QHostAddress::LocalHost, 0);
+    ASSERT_TRUE(control.start());
+    network::LineClient client;
+    ASSERT_TRUE(client.connectTo(control.server().serverPort()));
+    press(Qt::Key_Left);
+    ASSERT_GT(rig().nextMotion()[0], 0);
+    EXPECT_TRUE(rig().window->statusBar()->currentMessage().contains(
+        QStringLiteral("operator has control")));
+    bool moved = false;
+    rig().line.onFrame = [&](const RecordingPeer::Frame& frame) {
+        moved = moved || frame.message[0] == 0x33;
+    };
+    client.exchange("P 10 10\n", "RPRT -9\n");
+    client.exchange("K\n", "RPRT -9\n");
+    release(Qt::Key_Left);
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    rig().nextJog();
+    rig().line.onFrame = nullptr;
+    EXPECT_FALSE(moved) << "a refused move went out";
+    EXPECT_TRUE(rig().window->statusBar()->currentMessage().isEmpty());
+    client.exchange("P 10 10\n", "RPRT 0\n");
+    EXPECT_TRUE(rig().sends(0x33));
+    control.stop();
+}
+
+TEST_F(KeyboardJogTest, TabReachesTheJogBoxAndEveryButtonOfThePage) {
+    PanTiltPage& page = rig().window->panTiltPage();
+    QSet<QWidget*> reached;
+    rig().find<QWidget>(QStringLiteral("StartBut"))->setFocus();
+    for (int i = 0; i < 200; ++i) {
+        QWidget* focus = QApplication::focusWidget();
+        ASSERT_NE(focus, nullptr);
+        reached.insert(focus);
+        QTest::keyClick(focus, Qt::Key_Tab);
+    }
+    EXPECT_TRUE(reached.contains(page.Jog));
+    for (QAbstractButton* button : page.findChildren<QAbstractButton*>()) {
+        if (button->isVisible() && button->isEnabled()) {
+            EXPECT_TRUE(reached.contains(button)) << button->objectName().toStdString();
+        }
+    }
+    // Arrows on the focused jog box jog, as anywhere on the page.
+    page.Jog->setFocus();
+    press(Qt::Key_Right);
+    EXPECT_GT(rig().nextMotion()[0], 0);
+}
+
+}  // namespace
+}  // namespace halvex::testing

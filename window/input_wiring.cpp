@@ -1,0 +1,130 @@
+#include "window/input_wiring.h"
+
+#include "input/controller_jog.h"
+#include "input/input_settings_dialog.h"
+#include "input/jog_gate.h"
+#include "input/keyboard_jog.h"
+#include "input/mapping_settings.h"
+#include "protocol/fault_guard.h"
+#include "protocol/senders.h"
+#include "window/user_settings.h"
+
+namespace halvex {
+
+namespace {
+constexpr Byte kGoToPreset = 0x32;
+const char* const kDeviceKey = "Input/Device";
+const char* const kSpeedKeys[] = {"Input/KeySpeed", "Input/KeyFast", "Input/KeySlow",
+                                  "Input/KeyZoom"};
+
+KeyboardJog::Speeds keptSpeeds() {
+    const auto settings = userSettings();
+    KeyboardJog::Speeds speeds;
+    int* fields[] = {&speeds.normal, &speeds.fast, &speeds.slow, &speeds.zoom};
+    const int maxima[] = {255, 255, 255, 127};
+    for (int i = 0; i < 4; ++i) {
+        *fields[i] = std::clamp(settings->value(kSpeedKeys[i], *fields[i]).toInt(), 1, maxima[i]);
+    }
+    return speeds;
+}
+
+void keepSpeeds(const KeyboardJog::Speeds& speeds) {
+    const auto settings = userSettings();
+    const int values[] = {speeds.normal, speeds.fast, speeds.slow, speeds.zoom};
+    for (int i = 0; i < 4; ++i) {
+        settings->setValue(kSpeedKeys[i], values[i]);
+    }
+}
+
+// A key or a controller button does what the operator's click would.
+void perform(ConsoleContext& context, const InputTargets& targets, ButtonAction action,
+             int preset) {
+    const auto click = [](QAbstractButton* button) {
+        if (button != nullptr && button->isEnabled()) {
+            button->click();
+        }
+    };
+    switch (action) {
+        case ButtonAction::Stop:
+            click(targets.stop);
+            break;
+        case ButtonAction::Reset:
+            click(targets.reset);
+            break;
+        case ButtonAction::MoveHome:
+            click(targets.home);
+            break;
+        case ButtonAction::MoveCenter:
+            click(targets.center);
+            break;
+        case ButtonAction::SoftLimitOverride:
+            click(targets.softLimitOverride);
+            break;
+        case ButtonAction::PanLowSpeed:
+            click(targets.panLowSpeed);
+            break;
+        case ButtonAction::TiltLowSpeed:
+            click(targets.tiltLowSpeed);
+            break;
+        case ButtonAction::GoToPreset:
+            guarded(context.state, "Controller_GoToPreset", [&] {
+                sendMessage(context.state, context.link,
+                            {kGoToPreset, static_cast<Byte>(std::clamp(preset, 0, 9))});
+            });
+            break;
+    }
+}
+}  // namespace
+
+InputFeatures installInput(ConsoleContext& context, JogState& jog, JogSources& sources,
+                           QWidget& window, QTabWidget& tabs, const InputTargets& targets,
+                           QObject* parent) {
+    InputFeatures input;
+    input.gate = new JogGate(sources, jog, context.state, window, parent);
+    // The page's own handler (connected earlier) has set JogEnabled by now.
+    QObject::connect(&tabs, &QTabWidget::currentChanged, input.gate, &JogGate::check);
+    input.keyboard = new KeyboardJog(sources, *input.gate, window, parent);
+    input.keyboard->setSpeeds(keptSpeeds());
+    input.controller = new ControllerJog(sources, *input.gate, parent);
+    input.controller->setMappingSource(
+        [](const InputDevice& device) { return loadMapping(*userSettings(), device.guid); });
+    input.controller->setPreferredDevice(userSettings()->value(kDeviceKey).toString());
+
+    ControllerJog* controller = input.controller;
+    JogGate* gate = input.gate;
+    sources.setRefresh([gate, controller] {
+        controller->read();
+        gate->check();
+    });
+    const auto act = [&context, targets](ButtonAction action, int preset) {
+        perform(context, targets, action, preset);
+    };
+    // Queued: a command waits for the link's tick, and a key or a button may
+    // be read while a tick is being served.
+    QObject::connect(input.keyboard, &KeyboardJog::actionTriggered, input.keyboard, act,
+                     Qt::QueuedConnection);
+    QObject::connect(input.controller, &ControllerJog::actionTriggered, input.controller, act,
+                     Qt::QueuedConnection);
+    return input;
+}
+
+void openInputSettings(const InputFeatures& input, QWidget& window) {
+    auto* dialog = new InputSettingsDialog(*input.controller, *input.keyboard, &window);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    ControllerJog* controller = input.controller;
+    KeyboardJog* keyboard = input.keyboard;
+    const std::optional<InputDevice> shown = controller->deviceInUse();
+    QObject::connect(dialog, &QDialog::accepted, controller, [dialog, controller, keyboard, shown] {
+        keyboard->setSpeeds(dialog->chosenSpeeds());
+        keepSpeeds(dialog->chosenSpeeds());
+        // The mapping shown belongs to the device that was in use then.
+        if (shown) {
+            saveMapping(*userSettings(), shown->guid, dialog->chosenMapping());
+        }
+        userSettings()->setValue(kDeviceKey, dialog->chosenDevice());
+        controller->setPreferredDevice(dialog->chosenDevice());
+    });
+    dialog->open();
+}
+
+}  // namespace halvex
