@@ -49,6 +49,11 @@ TEST(FindUnits, ListsTheUnitAtItsAddressAndTalksToIt) {
         EXPECT_NE(frame.address, 0) << int(frame.message.front());
     }
     EXPECT_EQ(addressesAsked(rig.line, 0x31), std::vector<Byte>{7});
+    for (const auto& frame : rig.line.frames()) {
+        if (frame.message.front() == 0x31) {  // a standing jog: no speed, no lens
+            EXPECT_EQ(frame.message, (std::vector<Byte>{0x31, 0, 0, 0, 0, 0, 0, 0}));
+        }
+    }
     // Back to offline as it was, talking to address 0.
     EXPECT_FALSE(rig.port->isOpen());
     EXPECT_EQ(rig.window->state().UnitId, 0);

@@ -226,6 +226,25 @@ TEST(UnitLimits, JogStopsAtTheSoftLimitUnlessOverriddenAndEndlessPanWraps) {
     EXPECT_TRUE(wrapped) << "past 180.00 the reading goes on from -180.00";
 }
 
+// A unit asked for the time often keeps to it: moving, in steps smaller
+// than its own, it is neither ahead of the clock nor further along.
+TEST(UnitMotion, SmallClockStepsMoveAsFarAsOneLargeStep) {
+    UnitHarness often;
+    UnitHarness once;
+    for (UnitHarness* unit : {&often, &once}) {
+        unit->exchange({0x33, 0xB8, 0x0B, 0, 0, 0, 0});  // pan to 30.00
+    }
+    for (std::int64_t ms = 1; ms <= 300; ms += 3) {
+        often.unit.advanceTo(ms);
+        ASSERT_EQ(often.unit.state().nowMs, ms);
+    }
+    once.unit.advanceTo(298);
+    const double far = once.unit.state().motion.mechanicalPan();
+    ASSERT_GT(far, 100);
+    // The ramp, summed in smaller steps, comes out a little different.
+    EXPECT_NEAR(often.unit.state().motion.mechanicalPan(), far, far * 0.05);
+}
+
 TEST(UnitMotion, MovingBitsNameTheAxisAndItsDirection) {
     struct Case {
         Byte flags;

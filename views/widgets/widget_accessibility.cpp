@@ -110,7 +110,7 @@ class CustomWidgetAccessible : public QAccessibleWidget, public QAccessibleValue
             return led->text().trimmed();
         }
         if (const auto* gauge = qobject_cast<const PanGauge*>(widget())) {
-            return QStringLiteral("pan %1 degrees").arg(gauge->value(), 0, 'f', 2);
+            return QStringLiteral("pan %1 degrees").arg(gauge->readout());
         }
         if (const auto* lamp = qobject_cast<const StatusLamp*>(widget())) {
             return lampState(lamp->color());
