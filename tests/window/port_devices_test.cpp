@@ -64,6 +64,8 @@ TEST(PortDevices, DeviceChosenForCom1SurvivesARestartUnlessTheEnvironmentSaysOth
         // The menu follows the chosen COM number; Default forgets the choice.
         second.action("MenuCOM_3")->trigger();
         EXPECT_EQ(second.menuTitle(), QStringLiteral("Device For COM3"));
+        EXPECT_EQ(second.action("MenuDeviceDefault")->text(),
+                  QStringLiteral("Default (/dev/ttyS2)"));
         second.action("MenuCOM_1")->trigger();
         second.action("MenuDeviceDefault")->trigger();
         EXPECT_EQ(comPortDevice(1), QStringLiteral("/dev/ttyS0"));
