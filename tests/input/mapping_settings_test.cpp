@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QFile>
 #include <QTemporaryDir>
 
 #include "input/mapping_settings.h"
@@ -67,4 +68,33 @@ TEST(MappingSettings, ValuesEditedOutOfRangeAreBroughtIntoIt) {
     ASSERT_EQ(mapping->buttons.size(), 1u);
     EXPECT_EQ(mapping->buttons[0].action, ButtonAction::Stop);
     EXPECT_EQ(mapping->buttons[0].preset, 9);
+}
+
+// The mapping fuzzer's first case is a settings file as the console writes
+// it: an older file keeps reading the same, and the fuzzer starts from a
+// mapping that loads.
+TEST(MappingSettings, AFileAsTheConsoleWritesItReadsAsItsMapping) {
+    QSettings file(QStringLiteral(HALVEX_FUZZ_CASES "/input-mapping-corpus/standard.ini"),
+                   QSettings::IniFormat);
+    const std::optional<ControllerMapping> mapping = loadMapping(file, QStringLiteral("fuzz"));
+    ASSERT_TRUE(mapping);
+    ASSERT_EQ(mapping->axes.size(), 3u);
+    EXPECT_EQ(mapping->axes[1].axis, 1);
+    EXPECT_EQ(mapping->axes[1].target, JogAxis::Tilt);
+    EXPECT_DOUBLE_EQ(mapping->axes[1].response.deadZone, 0.2);
+    EXPECT_DOUBLE_EQ(mapping->axes[1].response.curve, 1.5);
+    EXPECT_TRUE(mapping->axes[1].response.invert);
+    EXPECT_EQ(mapping->axes[2].target, JogAxis::Zoom1);
+    ASSERT_EQ(mapping->buttons.size(), 1u);
+    EXPECT_EQ(mapping->buttons[0].action, ButtonAction::GoToPreset);
+    EXPECT_EQ(mapping->buttons[0].preset, 3);
+
+    ScratchSettings scratch;
+    saveMapping(scratch.settings, QStringLiteral("fuzz"), *mapping);
+    scratch.settings.sync();
+    QFile written(scratch.settings.fileName());
+    QFile kept(file.fileName());
+    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+    EXPECT_EQ(written.readAll(), kept.readAll()) << "the console writes it differently now";
 }
