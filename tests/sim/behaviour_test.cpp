@@ -245,6 +245,19 @@ TEST(UnitMotion, SmallClockStepsMoveAsFarAsOneLargeStep) {
     EXPECT_NEAR(often.unit.state().motion.mechanicalPan(), far, far * 0.05);
 }
 
+// A relative move goes from where the platform is by the pan and tilt
+// steps it carries, each from its own field.
+TEST(UnitMotion, ARelativeMoveStepsFromWhereThePlatformIs) {
+    UnitHarness unit;
+    unit.exchange({0x33, 0xB8, 0x0B, 0, 0xE8, 0x03, 0});  // to 30.00, 10.00
+    unit.advance(20000);
+    ASSERT_EQ(unit.unit.state().motion.mechanicalPan(), 3000);
+    unit.exchange({0x34, 0xF4, 0x01, 0, 0x0C, 0xFE, 0xFF});  // by 5.00, -5.00
+    unit.advance(20000);
+    EXPECT_EQ(unit.unit.state().motion.mechanicalPan(), 3500);
+    EXPECT_EQ(unit.unit.state().motion.mechanicalTilt(), 500);
+}
+
 TEST(UnitMotion, MovingBitsNameTheAxisAndItsDirection) {
     struct Case {
         Byte flags;
@@ -290,10 +303,17 @@ TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
     unit.exchange({0x62, 3, 0x81, 0x7E, 0xFF});
     unit.advance(100);
     EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x60, 0x02, 0xFF}));
-    // The power inquiry: on.
+    // The power inquiry: on. The zoom and focus inquiries: where the lens
+    // is (128 of 255 each), in four nibbles: zoom 0..0x4000, focus from 0x1000.
     unit.exchange({0x62, 5, 0x81, 0x09, 0x04, 0x00, 0xFF});
     unit.advance(100);
     EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x50, 0x02, 0xFF}));
+    unit.exchange({0x62, 5, 0x81, 0x09, 0x04, 0x47, 0xFF});
+    unit.advance(100);
+    EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x50, 2, 0, 2, 0, 0xFF}));
+    unit.exchange({0x62, 5, 0x81, 0x09, 0x04, 0x48, 0xFF});
+    unit.advance(100);
+    EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x50, 6, 8, 5, 8, 0xFF}));
     // Broadcasts: address set gives the camera address 1, interface clear
     // comes back as sent.
     unit.exchange({0x62, 4, 0x88, 0x30, 0x01, 0xFF});
