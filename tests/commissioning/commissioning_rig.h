@@ -49,7 +49,10 @@ struct CommissioningRig : ConsoleRig {
     explicit CommissioningRig(const sim::UnitOptions& options = {})
         : ConsoleRig(options, kCommissioningTickMs) {
         menu = window->findChild<CommissioningMenu*>(QStringLiteral("CommissioningMenu"));
-        menu->setFileChooser([this](bool, const QString&) { return file; });
+        menu->setFileChooser([this](bool save, const QString& suggested) {
+            asked.push_back({save, suggested});
+            return file;
+        });
         menu->setConfirmer([this](RestoreDialog& dialog) {
             confirmations.push_back(rows(dialog));
             moveWarned = dialog.MoveWarning->isVisibleTo(&dialog);
@@ -109,6 +112,9 @@ struct CommissioningRig : ConsoleRig {
 
     CommissioningMenu* menu = nullptr;
     QString file;
+    // What the file chooser was asked: to save (or to open), and the name it
+    // offered.
+    std::vector<std::pair<bool, QString>> asked;
     bool confirmAnswer = true;
     std::vector<QStringList> confirmations;
     bool moveWarned = false;

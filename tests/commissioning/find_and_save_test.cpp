@@ -129,6 +129,7 @@ TEST(SaveUnit, WritesEverythingTheUnitHoldsAndLeavesThePagesShowingIt) {
     unit.tours.append(1, sim::TourStep{5 | 0x40, 10 | 0x80});
     ASSERT_TRUE(rig.connect());
     rig.trigger("MenuSaveUnit");
+    EXPECT_EQ(rig.asked, (std::vector<std::pair<bool, QString>>{{true, "unit-0.txt"}}));
     EXPECT_TRUE(rig.status().startsWith(QStringLiteral("Saved the settings of unit 0 ")))
         << rig.status().toStdString();
     const UnitSettings saved = rig.saved();

@@ -28,7 +28,10 @@ TEST(RestoreUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
     // Cancel writes nothing.
     rig.confirmAnswer = false;
     rig.line.clear();
+    rig.asked.clear();
     rig.trigger("MenuRestoreUnit");
+    ASSERT_EQ(rig.asked.size(), 1u);
+    EXPECT_FALSE(rig.asked[0].first) << "a file to open, not one to save";
     ASSERT_EQ(rig.confirmations.size(), 1u);
     EXPECT_TRUE(rig.cancelIsDefault);
     EXPECT_FALSE(rig.moveWarned);
