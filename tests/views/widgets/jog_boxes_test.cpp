@@ -110,6 +110,10 @@ TEST(JogBox, TargetIsTheCentredSquareOfAnOblongWidget) {
     EXPECT_EQ(box.toUnits({250, 200}), QPointF(512, 512));
     EXPECT_EQ(box.toUnits({150, 100}), QPointF(JogBox::kUnitCentre, JogBox::kUnitCentre));
     EXPECT_LT(box.toUnits({49, 100}).x(), 0.0);
+    box.resize(201, 301);  // and upright: 50 pixels to spare above and below
+    EXPECT_EQ(box.toUnits({200, 250}), QPointF(512, 512));
+    EXPECT_EQ(box.toUnits({100, 150}), QPointF(JogBox::kUnitCentre, JogBox::kUnitCentre));
+    EXPECT_LT(box.toUnits({100, 49}).y(), 0.0);
     for (QSize size : {QSize(0, 0), QSize(1, 1), QSize(2, 50), QSize(1200, 1200)}) {
         box.resize(size);
         box.grab();
