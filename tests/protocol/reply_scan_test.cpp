@@ -69,7 +69,10 @@ TEST(ReplyScan, NoiseAndTheRepliesAfterTheFirst) {
     EXPECT_EQ(lone.outcome, Outcome::RanDry);
     EXPECT_EQ(lone.body, (Bytes{0x31, 0x1B}));
     EXPECT_EQ(lone.capture, (Bytes{0x06, 0x00, 0x31, 0x1B}));
-    EXPECT_EQ(scanReply({0x06, 0x00, 0x1B, 0x83}, true).outcome, Outcome::RanDry);
+    const ReplyScan escapedEnd = scanReply({0x06, 0x00, 0x1B, 0x83}, true);
+    EXPECT_EQ(escapedEnd.outcome, Outcome::RanDry);
+    EXPECT_EQ(escapedEnd.body, (Bytes{0x03}));  // the last two bytes are one value
+    EXPECT_EQ(escapedEnd.capture, (Bytes{0x06, 0x00, 0x1B, 0x03}));
 }
 
 TEST(ReplyScan, ARunawayReplyStopsOneBytePastTheBufferEvenUnfinished) {
