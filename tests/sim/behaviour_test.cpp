@@ -175,6 +175,24 @@ TEST(UnitFaults, AHomingCycleReportsNoIndexForAFaultedAxis) {
     EXPECT_NE(angleAt(reply, 5), 0);
 }
 
+// The alignment and homing procedures answer once they are over, not
+// before: the console's long waits are measured against that.
+TEST(UnitFaults, TheLongProceduresAnswerWhenTheyEndAndNotBefore) {
+    UnitHarness unit;
+    const sim::UnitOptions options;
+    for (const auto& [code, durationMs] :
+         {std::pair<Byte, std::int64_t>{0x9D, options.alignmentMs}, {0x9E, options.homingMs}}) {
+        SCOPED_TRACE(int{code});
+        EXPECT_TRUE(unit.send({code}).empty());
+        unit.advance(durationMs - 100);
+        EXPECT_TRUE(unit.unit.takeOutput().empty()) << "answered early";
+        unit.advance(200);
+        const auto frames = decodeFrames(unit.unit.takeOutput());
+        ASSERT_EQ(frames.size(), 1u);
+        EXPECT_EQ(frames[0].message.front(), code);
+    }
+}
+
 TEST(UnitLimits, ASoftLimitBitClearsOnceTheAxisIsBackInside) {
     UnitHarness unit;
     std::vector<Byte> report;
