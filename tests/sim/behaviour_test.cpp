@@ -276,6 +276,22 @@ TEST(UnitMotion, ARelativeMoveStepsFromWhereThePlatformIs) {
     EXPECT_EQ(unit.unit.state().motion.mechanicalTilt(), 500);
 }
 
+// A target at the very end of travel is taken; one hundredth past it is not.
+TEST(UnitMotion, TargetsUpToTheEndsOfTravelAreTakenAndNoFurther) {
+    UnitHarness unit;
+    const auto target = [&unit](std::int32_t pan, std::int32_t tilt) {
+        const auto reply = unit.exchange({0x33, Byte(pan), Byte(pan >> 8), Byte(pan >> 16),
+                                          Byte(tilt), Byte(tilt >> 8), Byte(tilt >> 16)});
+        return std::pair(angleAt(reply, 1), angleAt(reply, 4));
+    };
+    EXPECT_EQ(target(18000, 9000), std::pair(18000, 9000));
+    EXPECT_EQ(target(-18000, -9000), std::pair(-18000, -9000));
+    EXPECT_NE(target(0, 9001).second, 9001);
+    EXPECT_NE(target(0, -9001).second, -9001);
+    EXPECT_NE(target(18001, 0).first, 18001);
+    EXPECT_NE(target(-18001, 0).first, -18001);
+}
+
 TEST(UnitMotion, MovingBitsNameTheAxisAndItsDirection) {
     struct Case {
         Byte flags;
