@@ -1,0 +1,159 @@
+// Every command the virtual unit knows, with a handful of payloads each (all
+// zeros, counting up, 0x55 after a first byte of 1, all ones, small numbers,
+// and one byte longer than needed), against the transcript in
+// unit_conversation.txt: each reply byte for byte, what came later (the long
+// procedures' answers), where the platform is nine seconds on, and which
+// stored settings the command changed. The console's own tests lean on the
+// virtual unit answering as a unit does; this keeps every answer as it was
+// checked.
+//
+// After a deliberate change to the virtual unit, write the transcript again
+// with HALVEX_WRITE_CONVERSATION=1 and read the difference before keeping it.
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <set>
+#include <sstream>
+#include <string>
+
+#include "sim/command_table.h"
+#include "sim/state_file.h"
+#include "tests/sim/unit_test_support.h"
+
+namespace halvex::sim::testing {
+namespace {
+
+std::string hex(const std::vector<Byte>& bytes) {
+    std::string out;
+    char two[4];
+    for (Byte b : bytes) {
+        std::snprintf(two, sizeof two, "%02X ", b);
+        out += two;
+    }
+    if (!out.empty()) {
+        out.pop_back();
+    }
+    return out;
+}
+
+std::string replies(const std::vector<DecodedFrame>& frames) {
+    if (frames.empty()) {
+        return "< nothing";
+    }
+    std::string out;
+    for (const DecodedFrame& frame : frames) {
+        out += frame.start == kAck ? "< " : "< NAK ";
+        out += hex(frame.message);
+        out += frame.lrcGood ? "" : " (bad LRC)";
+        out += '\n';
+    }
+    out.pop_back();
+    return out;
+}
+
+// The unit's stored settings as its state file writes them, a set of lines.
+std::set<std::string> storedLines(const UnitState& state) {
+    const auto path = std::filesystem::temp_directory_path() /
+                      ("halvex-conversation-" + std::to_string(::getpid()) + ".state");
+    saveState(path.string(), {state.settings, state.powerUp, state.presets, state.tours});
+    std::ifstream file(path);
+    std::set<std::string> lines;
+    for (std::string line; std::getline(file, line);) {
+        lines.insert(line);
+    }
+    std::filesystem::remove(path);
+    return lines;
+}
+
+std::vector<std::vector<Byte>> payloadsFor(std::size_t size) {
+    std::vector<std::vector<Byte>> payloads(5, std::vector<Byte>(size));
+    for (std::size_t i = 0; i < size; ++i) {
+        payloads[1][i] = static_cast<Byte>(i + 1);
+        payloads[2][i] = i == 0 ? 1 : 0x55;
+        payloads[3][i] = 0xFF;
+        // Small numbers, and angles of a few degrees where angles go.
+        payloads[4][i] = i % 3 == 2 ? 0 : static_cast<Byte>((i * 37 + 5) % 40);
+    }
+    std::vector<Byte> longer(size + 1, 0x33);
+    payloads.push_back(longer);
+    return payloads;
+}
+
+// The whole conversation, as the transcript writes it.
+std::string converse() {
+    UnitOptions options;
+    options.clockDate = CalendarDate{2026, 11, 25};  // not today's: the transcript keeps
+    std::ostringstream out;
+    const std::set<std::string> factory = storedLines(UnitHarness(options).unit.state());
+    for (int code = 0; code < 256; ++code) {
+        const CommandEntry* entry = CommandTable::standard().find(static_cast<Byte>(code));
+        if (entry == nullptr) {
+            continue;
+        }
+        UnitHarness unit(options);
+        char title[32];
+        std::snprintf(title, sizeof title, "# command %02X\n", code);
+        out << title;
+        for (const std::vector<Byte>& payload : payloadsFor(entry->minPayload)) {
+            std::vector<Byte> message(payload.size() + 1, static_cast<Byte>(code));
+            std::copy(payload.begin(), payload.end(), message.begin() + 1);
+            out << "> " << hex(message) << '\n' << replies(unit.send(message)) << '\n';
+            unit.advance(100);
+            const auto late = unit.unit.takeOutput();  // long procedures, camera answers
+            if (!late.empty()) {
+                out << "later " << replies(decodeFrames(late)) << '\n';
+            }
+        }
+        for (int tick = 0; tick < 90; ++tick) {  // jogging at speed 0, as the console does
+            unit.now += 100;
+            unit.unit.advanceTo(unit.now);
+            for (const DecodedFrame& frame : unit.send({0x31, 0, 0, 0, 0, 0, 0, 0})) {
+                if (frame.message.empty() || frame.message.front() != 0x31) {
+                    out << "later " << replies({frame}) << '\n';
+                }
+            }
+        }
+        out << "9 s later " << replies(unit.send({0x31, 0, 0, 0, 0, 0, 0, 0})) << '\n';
+        for (const std::string& line : storedLines(unit.unit.state())) {
+            if (factory.count(line) == 0) {
+                out << "stored " << line << '\n';
+            }
+        }
+    }
+    return out.str();
+}
+
+TEST(UnitConversation, EveryCommandAnswersAsTheTranscriptSays) {
+    const std::string path = HALVEX_SIM_TEST_DATA "/unit_conversation.txt";
+    const std::string now = converse();
+    if (std::getenv("HALVEX_WRITE_CONVERSATION") != nullptr) {
+        std::ofstream(path) << now;
+        GTEST_SKIP() << "wrote " << path;
+    }
+    std::ifstream file(path);
+    ASSERT_TRUE(file) << path;
+    const std::string kept{std::istreambuf_iterator<char>(file), {}};
+    std::istringstream keptLines(kept);
+    std::istringstream nowLines(now);
+    std::string section;
+    int number = 0;
+    for (std::string want, got; std::getline(keptLines, want);) {
+        ++number;
+        std::getline(nowLines, got);
+        if (want.rfind("# ", 0) == 0) {
+            section = want;
+        }
+        ASSERT_EQ(got, want) << "line " << number << " (" << section << ")";
+    }
+    EXPECT_FALSE(std::getline(nowLines, section)) << "more than the transcript: " << section;
+}
+
+}  // namespace
+}  // namespace halvex::sim::testing
