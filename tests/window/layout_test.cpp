@@ -7,6 +7,7 @@
 #include <QAbstractItemView>
 #include <QCheckBox>
 #include <QComboBox>
+#include <QLayout>
 #include <QLineEdit>
 #include <QRadioButton>
 #include <QScrollArea>
@@ -200,6 +201,12 @@ TEST_F(SmallScreen, FactoryControlsFitOnceTheAccessCodeUncoversThem) {
         EXPECT_FALSE(captionCut(control));
     }
     EXPECT_FALSE(inWindow(code, *rig.window).intersects(inWindow(enter, *rig.window)));
+    // The code and Enter sit together in the middle of the cover.
+    const QPoint pair = code->geometry().united(enter->geometry()).center();
+    const QPoint middle = cover->layout()->contentsRect().center();  // below the title
+    EXPECT_NEAR(pair.x(), middle.x(), 3);
+    EXPECT_NEAR(pair.y(), middle.y(), 3);
+    EXPECT_LT(enter->geometry().left() - code->geometry().right(), 20);
     // It is drawn as a frame with its title, not as a bare patch of background.
     const QImage look = cover->grab().toImage();
     const QColor ground = look.pixelColor(look.width() / 2, look.height() / 3);
