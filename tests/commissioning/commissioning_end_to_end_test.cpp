@@ -137,9 +137,12 @@ TEST(CommissioningCommandLine, SavesWithoutADisplayAndRefusesBadFilesWithNothing
     QTemporaryDir folder;
     SimProcess unit({QStringLiteral("--id"), QStringLiteral("7")});
     ASSERT_TRUE(unit.device().startsWith(QStringLiteral("/dev/")));
-    const HalvexRun save = runHalvex(
-        unit.device(), folder.path(),
-        {QStringLiteral("--save-unit"), QStringLiteral("u.txt"), QStringLiteral("--address=7")});
+    const auto saveAs = [&](const char* name) {
+        return runHalvex(
+            unit.device(), folder.path(),
+            {QStringLiteral("--save-unit"), QLatin1String(name), QStringLiteral("--address=7")});
+    };
+    const HalvexRun save = saveAs("u.txt");
     ASSERT_EQ(save.exitCode, 0) << save.errors.toStdString();
     EXPECT_TRUE(save.errors.contains(QStringLiteral("halvex: Saved the settings of unit 7 ")));
     EXPECT_TRUE(save.errors.contains(QStringLiteral("halvex: [1/")));
@@ -147,6 +150,24 @@ TEST(CommissioningCommandLine, SavesWithoutADisplayAndRefusesBadFilesWithNothing
     ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
     const std::string text = saved.readAll().toStdString();
     ASSERT_TRUE(readSettingsText(text).settings.has_value());
+
+    // A file one value off: that value is written, and the unit keeps it.
+    QFile oneOff(QDir(folder.path()).filePath(QStringLiteral("one.txt")));
+    ASSERT_TRUE(oneOff.open(QIODevice::WriteOnly));
+    const std::string changed =
+        std::string(text).replace(text.find("tilt-ramp = 40"), 14, "tilt-ramp = 41");
+    oneOff.write(changed.data(), static_cast<qint64>(changed.size()));
+    oneOff.close();
+    const HalvexRun restore =
+        runHalvex(unit.device(), folder.path(),
+                  {QStringLiteral("--restore-unit"), QStringLiteral("one.txt"),
+                   QStringLiteral("--address=7"), QStringLiteral("--yes")});
+    EXPECT_EQ(restore.exitCode, 0) << restore.errors.toStdString();
+    EXPECT_TRUE(restore.errors.contains(QStringLiteral("differs from the file in 1 value")))
+        << restore.errors.toStdString();
+    ASSERT_EQ(saveAs("after.txt").exitCode, 0);
+    const QStringList after = linesOf(QDir(folder.path()).filePath(QStringLiteral("after.txt")));
+    EXPECT_TRUE(after.contains(QStringLiteral("tilt-ramp = 41")));
 
     halvex::testing::PtyPair line;
     ASSERT_TRUE(line.ok());

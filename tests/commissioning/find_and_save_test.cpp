@@ -117,6 +117,28 @@ TEST(FindUnits, CancelStopsTheSearchAndOnlineTheConsoleGoesOnTalkingToItsUnit) {
     EXPECT_TRUE(isJog(rig.line.frames().back().message));
 }
 
+TEST(FindUnits, APortLostDuringTheSearchEndsItAndSaysSo) {
+    CommissioningRig rig;
+    ASSERT_TRUE(rig.connect());
+    rig.line.clear();
+    rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
+        if (frame.address == 5) {
+            rig.port->setWriteFails(true);  // the adapter pulled out
+        }
+    };
+    rig.trigger("MenuFindUnits");
+    rig.line.onFrame = nullptr;
+    rig.port->setWriteFails(false);
+    FindUnitsDialog* dialog = findDialog(rig);
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_TRUE(
+        dialog->FindStatus->text().startsWith(QStringLiteral("The port closed during the search.")))
+        << dialog->FindStatus->text().toStdString();
+    const std::vector<Byte> probes = addressesAsked(rig.line, 0x9A);
+    EXPECT_FALSE(probes.empty());
+    EXPECT_LT(std::count_if(probes.begin(), probes.end(), [](Byte a) { return a > 6; }), 1);
+}
+
 TEST(SaveUnit, WritesEverythingTheUnitHoldsAndLeavesThePagesShowingIt) {
     CommissioningRig rig;
     sim::UnitState& unit = rig.unit.state();
