@@ -97,6 +97,11 @@ TEST(MainWindow, MenuChoicesAreWrittenAtOnceAndDropTheOfflineWord) {
     EXPECT_TRUE(checked(*rig.window, QStringLiteral("MenuBPS_0")));
     EXPECT_FALSE(checked(*rig.window, QStringLiteral("MenuBPS_5")));
     EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral("Using COM3 At 9600")));
+    // The last port is a port like any other.
+    rig.find<QAction>(QStringLiteral("MenuCOM_8"))->trigger();
+    EXPECT_EQ(settingsBytes(), QByteArray::fromHex("080080250000"));
+    EXPECT_TRUE(checked(*rig.window, QStringLiteral("MenuCOM_8")));
+    EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral("Using COM8 At 9600")));
 }
 
 TEST(MainWindow, MenuChoiceIsWrittenInPlaceWhenOnlyTheFileMayBeWritten) {
