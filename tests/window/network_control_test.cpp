@@ -91,13 +91,20 @@ TEST_F(NetworkControlTest, StartsFromTheMenuAndTellsWhenThePortIsTaken) {
     EXPECT_TRUE(client.waitClosedByServer());
 }
 
-TEST_F(NetworkControlTest, TrackerSteersTheUnitLikeTheMoveButtons) {
-    if (QStandardPaths::findExecutable(QStringLiteral("rotctl")).isEmpty()) {
-        GTEST_SKIP() << "rotctl is not installed (Debian package libhamlib-utils)";
+// Online, with network control listening, for Hamlib's own rotctl client.
+class RotctlTest : public NetworkControlTest {
+  protected:
+    void SetUp() override {
+        if (QStandardPaths::findExecutable(QStringLiteral("rotctl")).isEmpty()) {
+            GTEST_SKIP() << "rotctl is not installed (Debian package libhamlib-utils)";
+        }
+        control().setEndpoint(QHostAddress::LocalHost, 0);
+        ASSERT_TRUE(control().start());
+        ASSERT_TRUE(rig.connect());
     }
-    control().setEndpoint(QHostAddress::LocalHost, 0);
-    ASSERT_TRUE(control().start());
-    ASSERT_TRUE(rig.connect());
+};
+
+TEST_F(RotctlTest, TrackerSteersTheUnitLikeTheMoveButtons) {
     rig.click(QStringLiteral("MoveMonBut"));
     auto* log = rig.find<QListWidget>(QStringLiteral("MoveList"));
     ASSERT_NE(log, nullptr);
@@ -151,13 +158,7 @@ TEST_F(NetworkControlTest, TrackerSteersTheUnitLikeTheMoveButtons) {
     EXPECT_TRUE(movesSince(mark).empty());
 }
 
-TEST_F(NetworkControlTest, RotctlIsRefusedWhileTheOperatorJogsAndObeyedAfter) {
-    if (QStandardPaths::findExecutable(QStringLiteral("rotctl")).isEmpty()) {
-        GTEST_SKIP() << "rotctl is not installed (Debian package libhamlib-utils)";
-    }
-    control().setEndpoint(QHostAddress::LocalHost, 0);
-    ASSERT_TRUE(control().start());
-    ASSERT_TRUE(rig.connect());
+TEST_F(RotctlTest, RefusedWhileTheOperatorJogsAndObeyedAfter) {
     JogDemand right;
     right.pan = {40, true};
     rig.window->jogSources().apply(JogSource::Controller, right);
