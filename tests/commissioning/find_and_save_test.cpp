@@ -194,6 +194,30 @@ TEST(SaveUnit, OfflineNothingIsAskedAndAFileThatCannotBeWrittenIsNamed) {
         << rig.lastMessage().toStdString();
 }
 
+// A unit that reports more steps than a tour can hold has a damaged tour:
+// the save stops and names it, and no file is written.
+TEST(SaveUnit, ADamagedTourIsNamedAndNothingIsSaved) {
+    CommissioningRig rig;
+    ASSERT_TRUE(rig.connect());
+    QFile::remove(rig.file);
+    rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
+        const bool askingTour2 = frame.message == std::vector<Byte>{0x56, 1};
+        rig.line.setConnected(!askingTour2);
+        if (askingTour2) {
+            QTimer::singleShot(0, [&] {
+                rig.port->injectIncoming(encodeFrame(kAck, 0, {0x56, 1, 64}, 0));
+            });
+        }
+    };
+    rig.trigger("MenuSaveUnit");
+    rig.line.onFrame = nullptr;
+    rig.line.setConnected(true);
+    EXPECT_TRUE(
+        rig.lastMessage().contains(QStringLiteral("Tour 2 is damaged: the unit reports 64 steps.")))
+        << rig.lastMessage().toStdString();
+    EXPECT_FALSE(QFile::exists(rig.file));
+}
+
 // Every value of a unit set up unlike a new one lands in its own place in
 // the file: presets and soft limits as the unit reports them, offsets applied.
 TEST(SaveUnit, EveryValueOfTheUnitLandsInItsPlaceInTheFile) {
