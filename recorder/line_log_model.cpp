@@ -142,15 +142,11 @@ void LineLogModel::flush() {
     }
     pending_.clear();
 
-    // Room for the newcomers: the oldest go first, and newcomers beyond the
-    // whole ring never show.
+    // Room for the newcomers: the oldest go first. append() keeps no more
+    // newcomers than the ring holds, so the ring always has enough to give.
     const std::size_t total = ring_.size() + incoming.size();
     if (total > capacity_) {
-        const std::size_t excess = total - capacity_;
-        const std::size_t fromRing = std::min(excess, ring_.size());
-        dropOldest(fromRing);
-        incoming.erase(incoming.begin(),
-                       incoming.begin() + static_cast<std::ptrdiff_t>(excess - fromRing));
+        dropOldest(total - capacity_);
     }
     std::vector<std::uint64_t> shownNow;
     for (Entry& entry : incoming) {

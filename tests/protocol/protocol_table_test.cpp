@@ -86,6 +86,10 @@ TEST(FrameDescription, NamesEveryFrameAndItsFieldsAsTheOperatorReadsThem) {
          "zoom 2 3; focus 2 4"},
         {"a Get is named a request and its padding is left out",
          command(0, {0x92, 0x80, 0, 0, 0, 0, 0, 0, 0}), "rates request"},
+        {"the rates reply: each speed from its own byte, the safe speeds without their top bit",
+         reply(0, {0x92, 0x81, 12, 13, 0, 0x94, 22, 23}),
+         "rates: pan safe speed 1; pan ramp 12; pan deceleration 13; tilt safe speed 20; "
+         "tilt ramp 22; tilt deceleration 23"},
         {"the top speeds' second variant, read and set", command(0, {0x9C, 0xC0, 0, 0}),
          "second top speeds request"},
         {"top speeds set, first variant", command(0, {0x9C, 0x00, 60, 70}),
