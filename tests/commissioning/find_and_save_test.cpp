@@ -194,6 +194,25 @@ TEST(SaveUnit, OfflineNothingIsAskedAndAFileThatCannotBeWrittenIsNamed) {
         << rig.lastMessage().toStdString();
 }
 
+// A controller with the legacy video switch (types 2 and 3) saves that
+// setting from the legacy video reply.
+TEST(SaveUnit, ALegacyVideoUnitSavesItsVideoSwitch) {
+    sim::UnitOptions options;
+    options.variant = 2;
+    CommissioningRig rig(options);
+    rig.unit.state().settings.legacyVideo = 0x02;  // video select
+    ASSERT_TRUE(rig.connect());
+    rig.line.clear();
+    rig.trigger("MenuSaveUnit");
+    EXPECT_TRUE(rig.status().startsWith(QStringLiteral("Saved the settings of unit 0 ")))
+        << rig.status().toStdString() << rig.lastMessage().toStdString();
+    const std::vector<std::vector<Byte>> asked = rig.line.messages(false);
+    EXPECT_NE(std::find(asked.begin(), asked.end(), std::vector<Byte>{0x63, 0x80}), asked.end());
+    const UnitSettings saved = rig.saved();
+    EXPECT_EQ(saved.identity.controllerType, 2);
+    EXPECT_EQ(saved.values.at("video/legacy-video"), 2);
+}
+
 // A unit that reports more steps than a tour can hold has a damaged tour:
 // the save stops and names it, and no file is written.
 TEST(SaveUnit, ADamagedTourIsNamedAndNothingIsSaved) {
