@@ -14,10 +14,10 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <cmath>
-#include <ctime>
 #include <memory>
 
 #include "tests/connection/pty_console.h"
+#include "tests/support/cpu_share.h"
 #include "tests/support/scripted_server.h"
 #include "tests/support/ser2net_process.h"
 #include "tests/support/sim_process.h"
@@ -120,10 +120,7 @@ TEST(DeviceServer, ConsoleComesBackOnlineByItselfWhenSer2netIsRestarted) {
                   .arg(server.device()));
     // Looked for once a second, quietly: the refusals while it is away are
     // told once, and the console does not spin.
-    const std::clock_t before = std::clock();
-    QTest::qWait(3000);
-    const double cpuShare = static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC / 3.0;
-    EXPECT_LT(cpuShare, 0.02);
+    EXPECT_LT(cpuShareWhileWaiting(3000), kSpinningCpuShare);
     EXPECT_EQ(console.faults.size(), 2) << console.faults.join('\n').toStdString();
     EXPECT_TRUE(console.faults.value(1).contains("refused the connection"));
 
