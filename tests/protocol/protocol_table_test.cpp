@@ -59,18 +59,24 @@ TEST(FrameDescription, NamesEveryFrameAndItsFieldsAsTheOperatorReadsThem) {
          command(0, {0x31, 0x82 | 0x10, 40, 0, 0, 0, 3, 0}),
          "jog message: pan speed 40; tilt speed 0; flags stop, pan low speed; pan direction CW; "
          "tilt direction down; zoom 1 jog 0; focus 1 jog 0; zoom 2 jog 3; focus 2 jog 0"},
+        {"jog message: each direction from its own bit, each lens byte from its own place",
+         command(0, {0x31, 0x40 | 0x08, 0x80, 0x3F, 1, 2, 0, 4}),
+         "jog message: pan speed 128; tilt speed 63; flags tilt low speed; pan direction CCW; "
+         "tilt direction up; zoom 1 jog 1; focus 1 jog 2; zoom 2 jog 0; focus 2 jog 4"},
         {"position report: angles in degrees, status bits by name, camera bytes",
          reply(1, join({{0x31},
                         angle(-100),
                         angle(4550),
                         {0x01 | 0x20 | 0x08},
-                        {0x00},
+                        {0xFC},
                         {0x08},
                         {10, 11, 12, 13},
                         {2, 1},
                         {0xAA, 0xBB, 0xCC}})),
          "position report: pan -1.00\xC2\xB0; tilt 45.50\xC2\xB0; "
-         "status A pan timeout, CW hard limit; status C moving CW; zoom 1 10; focus 1 11; "
+         "status A pan timeout, CW hard limit; status B tilt direction fault, tilt timeout, "
+         "down hard limit, up hard limit, down soft limit, up soft limit; status C moving CW; "
+         "zoom 1 10; focus 1 11; "
          "zoom 2 12; focus 2 13; type Zelvar; camera 1 count 2; camera 2 count 1; "
          "camera 1 data AA BB; camera 2 data CC"},
         {"a report with the target bit is a target report",
@@ -226,6 +232,15 @@ TEST(ProtocolTable, LayoutsAreWellFormedAndListedOncePerCodeAndDirection) {
                     EXPECT_LE(field.size, 3) << field.name;
                 }
                 EXPECT_TRUE(field.offset == Field::kFollows || field.offset >= 1) << field.name;
+                // One name a value or bit, and a flag's bit within the field.
+                std::set<unsigned> named;
+                for (const ValueName& name : field.names) {
+                    EXPECT_TRUE(named.insert(name.value).second) << field.name << " " << name.name;
+                    if (field.kind == FieldKind::Flags) {
+                        EXPECT_NE(field.mask & (1u << name.value), 0u)
+                            << field.name << " " << name.name;
+                    }
+                }
             }
         }
     }

@@ -1,0 +1,165 @@
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "commissioning/settings_catalog.h"
+#include "protocol/frame_description.h"
+#include "protocol/protocol_table.h"
+
+using namespace halvex;
+using namespace halvex::commissioning;
+
+namespace {
+
+int lowestBit(unsigned mask) {
+    int bit = 0;
+    while (mask != 0 && (mask & 1u) == 0) {
+        mask >>= 1;
+        ++bit;
+    }
+    return bit;
+}
+
+// The raw bits the Line Log's field stands for, put back where they sat in
+// the message.
+std::int64_t rawBits(const table::Field& field, std::int64_t number) {
+    if (field.kind == table::FieldKind::Number) {
+        return number << lowestBit(field.mask);
+    }
+    return number;
+}
+
+const table::Field* tableField(const table::Layout& layout, const std::string& name) {
+    for (const table::Field& field : layout.fields) {
+        if (field.name == name) {
+            return &field;
+        }
+    }
+    return nullptr;
+}
+
+// What the protocol table reads for one setting of `message`, by the bytes
+// and bits the settings catalog puts it in. Empty when no field of the
+// table covers those bits.
+std::optional<std::int64_t> tableReading(table::Direction direction,
+                                         const std::vector<Byte>& message,
+                                         const SettingField& setting, int shift) {
+    const Byte start = direction == table::Direction::ToUnit ? kStx : kAck;
+    const table::FrameDescription frame = table::describeFrame(encodeFrame(start, 0, message, 0));
+    const table::Layout* layout = table::layoutFor(direction, message);
+    if (layout == nullptr || frame.shortPayload) {
+        return std::nullopt;
+    }
+    const int at = setting.byte + shift;
+    for (const table::DescribedField& described : frame.fields) {
+        const table::Field* field = tableField(*layout, described.name);
+        if (field == nullptr || described.offset != at) {
+            continue;
+        }
+        if (setting.width >= 16) {
+            if (described.size * 8 == setting.width) {
+                return described.number;
+            }
+            continue;
+        }
+        const unsigned bits = ((1u << setting.width) - 1) << setting.shift;
+        if (described.size == 1 && (field->mask & bits) == bits) {
+            return (rawBits(*field, described.number) & bits) >> setting.shift;
+        }
+    }
+    return std::nullopt;
+}
+
+std::string where(const SettingGroup& group, const SettingField& field) {
+    return group.title + " / " + field.name;
+}
+
+// Each setting alone at its largest value, then all of them together at
+// their largest and at their smallest: a setting at a wrong byte or bit
+// shows up in one of the three.
+std::vector<std::vector<std::int32_t>> valueSets(const SettingGroup& group) {
+    const std::size_t count = group.fields.size();
+    std::vector<std::vector<std::int32_t>> sets;
+    for (std::size_t alone = 0; alone < count; ++alone) {
+        std::vector<std::int32_t> values(count, 0);
+        values[alone] = group.fields[alone].maximum;
+        sets.push_back(values);
+    }
+    std::vector<std::int32_t> largest;
+    std::vector<std::int32_t> smallest;
+    for (const SettingField& field : group.fields) {
+        largest.push_back(field.maximum);
+        smallest.push_back(field.minimum);
+    }
+    sets.push_back(largest);
+    sets.push_back(smallest);
+    return sets;
+}
+
+}  // namespace
+
+// The settings catalog and the protocol table were each written from the
+// payload descriptions; the bytes a restore writes must read back, in the
+// Line Log, as the values the file held.
+TEST(SettingsCatalog, WritesEachSettingWhereTheProtocolTableReadsIt) {
+    int checked = 0;
+    for (const SettingGroup& group : settingGroups()) {
+        if (group.kind != Kind::Command) {
+            continue;
+        }
+        for (const auto& values : valueSets(group)) {
+            const std::vector<Byte> message = writeMessage(group, values);
+            for (std::size_t i = 0; i < group.fields.size(); ++i) {
+                const SettingField& field = group.fields[i];
+                EXPECT_EQ(tableReading(table::Direction::ToUnit, message, field, group.writeShift),
+                          std::optional<std::int64_t>(values[i]))
+                    << where(group, field) << " in " << table::hexBytes(message);
+                ++checked;
+            }
+        }
+    }
+    EXPECT_GT(checked, 150);
+}
+
+TEST(SettingsCatalog, ReadsEachSettingFromTheReplyWhereTheProtocolTableReadsIt) {
+    for (const SettingGroup& group : settingGroups()) {
+        for (const auto& values : valueSets(group)) {
+            std::vector<Byte> reply(static_cast<std::size_t>(group.replyBytes) + 1, 0);
+            reply[0] = group.request.front();
+            for (std::size_t i = 0; i < group.fields.size(); ++i) {
+                putField(group.fields[i], values[i], reply, 0);
+            }
+            for (const ReplyCheck& check : group.replyChecks) {
+                reply.at(static_cast<std::size_t>(check.byte)) |= check.value;
+            }
+            ASSERT_TRUE(replyFits(group, reply)) << group.title;
+            for (std::size_t i = 0; i < group.fields.size(); ++i) {
+                const SettingField& field = group.fields[i];
+                EXPECT_EQ(readField(field, reply), values[i]) << where(group, field);
+                EXPECT_EQ(tableReading(table::Direction::FromUnit, reply, field, 0),
+                          std::optional<std::int64_t>(values[i]))
+                    << where(group, field) << " in " << table::hexBytes(reply);
+            }
+        }
+    }
+}
+
+// A read asks with the code, the read flag and what says which reading
+// (the variant, the limit), padded with zeros to the length of the command
+// that writes it back.
+TEST(SettingsCatalog, PadsEachReadToTheLengthOfItsWrite) {
+    int padded = 0;
+    for (const SettingGroup& group : settingGroups()) {
+        for (std::size_t i = 2; i < group.request.size(); ++i) {
+            EXPECT_EQ(group.request[i], 0) << group.title << " byte " << i;
+        }
+        if (group.kind == Kind::Command && group.writeCode == group.request.front()) {
+            EXPECT_EQ(group.request.size(), static_cast<std::size_t>(group.writeLength))
+                << group.title;
+            padded += group.request.size() > 2 ? 1 : 0;
+        }
+    }
+    EXPECT_GE(padded, 8);
+}
