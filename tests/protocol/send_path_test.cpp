@@ -147,3 +147,21 @@ TEST(SendPath, AReplyLostWithAPortReopenedInPlaceIsReportedAsUnanswered) {
     EXPECT_TRUE(rig.link.awaitReply(next));
     EXPECT_FALSE(rig.state.LinkFault);
 }
+
+// A serial library may report one wakeup as several errors in a row; they
+// are one failure, looked at once.
+TEST(SendPath, ErrorsRaisedTogetherAreOneFailureReopenedOnce) {
+    LinkRig rig;
+    QStringList reopened;
+    QStringList lost;
+    QObject::connect(&rig.port, &SerialPort::reopened,
+                     [&](const QString& why) { reopened << why; });
+    QObject::connect(&rig.port, &SerialPort::lost, [&](const QString& why) { lost << why; });
+    rig.port.raiseFalseAlarm();
+    rig.port.raiseFalseAlarm();
+    EXPECT_TRUE(waitFor([&] { return !reopened.isEmpty(); }));
+    QTest::qWait(50);
+    EXPECT_EQ(reopened.size(), 1);
+    EXPECT_TRUE(lost.isEmpty()) << lost.join('\n').toStdString();
+    EXPECT_TRUE(rig.port.isOpen());
+}
