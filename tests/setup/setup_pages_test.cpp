@@ -56,6 +56,7 @@ TEST_F(SetupPages, EveryButtonSendsItsBytes) {
         {"TOScroll=45 SetTOBut", {0x96, 45}},
         {"GetHeatBut", {0x97, 0x80}},
         {"HeatOp_2", {0x97, 2}},
+        {"HeatOp_0", {0x97, 0}},
         {"RevBut", {0x9A}},
     });
     EXPECT_TRUE(rig.statusMessage().contains("SetMinPairBut_Click"));

@@ -50,6 +50,8 @@ TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
         {{0x66, 0x80}, {0x66, 0x0A}},
         {{0x92, 20, 33, 20, 0, 20, 44, 20}, {0x92, 20, 33, 20, 0, 20, 44, 20}},
         {{0x86}, {0x86, 33, 44}},  // the ramps alone
+        // The longer tilt set: the safe speed keeps to seven bits.
+        {{0x93, 0xFF, 20, 0x10, 0x00, 0x20, 0x00}, {0x93, 0x7F, 20, 0x10, 0x00, 0x20, 0x00}},
         // Here stored as preset 4, the lenses in the middle of their travel.
         {{0x42, 4}, {0x42, 4, 0, 0, 0, 0, 0, 0, 0x80, 0x80, 0x80, 0x80}}};
     UnitHarness unit;
