@@ -163,6 +163,31 @@ TEST(UnitTours, ATourEmptiedUnderTheRunnerEndsAtItsNextStep) {
     EXPECT_FALSE(runner.running());
 }
 
+// A step waits for the platform to arrive before its dwell begins, though
+// the lenses have nowhere to go.
+TEST(UnitTours, AStepDwellsOnlyOnceThePlatformHasArrived) {
+    Tours tours;
+    Presets presets;
+    Settings settings;
+    Motion motion;
+    Lenses lenses;
+    const TourPlant plant{tours, presets, settings, motion, lenses};
+    presets.at(0).pan = 9000;
+    tours.append(0, {0, 0});
+    tours.append(0, {40, 0});
+    TourRunner runner;
+    ASSERT_TRUE(runner.start(0, 0, plant));
+    ASSERT_TRUE(motion.hasTargets());
+    std::int64_t now = 0;
+    for (; motion.hasTargets() && now < 60000; now += 100) {
+        runner.advance(now, plant);
+        ASSERT_EQ(runner.stepIndex(), 0) << "left the step while moving, at " << now << " ms";
+        motion.step(0.1, settings);
+    }
+    runner.advance(now, plant);
+    EXPECT_EQ(runner.stepIndex(), 1);
+}
+
 TEST(UnitFaults, AHomingCycleReportsNoIndexForAFaultedAxis) {
     UnitHarness unit;
     unit.unit.state().motion.latchFault(Fault::PanTimeout);

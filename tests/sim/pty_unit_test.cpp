@@ -24,16 +24,22 @@ QCoreApplication& application() {
     return app;
 }
 
+struct ReplyAsRead {
+    std::vector<std::size_t> reads;  // the size of each read it took
+    std::vector<Byte> bytes;
+};
+
 // The console's end of the line: asks for the firmware revision and reads
 // the reply as it comes, one read at a time.
-std::vector<std::size_t> readsOfOneReply(PtyUnit& unit) {
+ReplyAsRead oneReply(PtyUnit& unit) {
     const int line = ::open(unit.slavePath().toLocal8Bit().constData(),
                             O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     EXPECT_GE(line, 0);
     const auto request = encodeFrame(kStx, 0, {0x9A}, 0);
     EXPECT_EQ(::write(line, request.data(), request.size()), static_cast<ssize_t>(request.size()));
-    std::vector<std::size_t> reads;
-    std::vector<Byte> reply;
+    ReplyAsRead got;
+    std::vector<std::size_t>& reads = got.reads;
+    std::vector<Byte>& reply = got.bytes;
     QElapsedTimer clock;
     clock.start();
     while ((reply.empty() || reply.back() != kEtx) && clock.elapsed() < 5000) {
@@ -47,24 +53,27 @@ std::vector<std::size_t> readsOfOneReply(PtyUnit& unit) {
     }
     ::close(line);
     EXPECT_GE(reply.size(), 10u) << "06, address, 9A, five bytes, LRC, 03";
-    return reads;
+    return got;
 }
 
 TEST(PtyUnit, RepliesLeaveWholeUnlessPaced) {
     application();
     PtyUnit unit{PtyUnitOptions{}};
     ASSERT_TRUE(unit.open());
-    EXPECT_EQ(readsOfOneReply(unit).size(), 1u);
+    const ReplyAsRead whole = oneReply(unit);
+    EXPECT_EQ(whole.reads.size(), 1u);
 
     LineCommand pace;
     pace.kind = LineCommand::Kind::Pace;
     pace.number = 300;  // a byte every 33 ms
     unit.apply(pace);
-    EXPECT_GT(readsOfOneReply(unit).size(), 5u);
+    const ReplyAsRead paced = oneReply(unit);
+    EXPECT_GT(paced.reads.size(), 5u);
+    EXPECT_EQ(paced.bytes, whole.bytes) << "paced, each byte once and in its order";
 
     pace.number = 0;
     unit.apply(pace);
-    EXPECT_EQ(readsOfOneReply(unit).size(), 1u);
+    EXPECT_EQ(oneReply(unit).reads.size(), 1u);
 }
 
 }  // namespace
