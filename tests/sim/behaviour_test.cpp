@@ -139,15 +139,21 @@ TEST(UnitTours, AnyCommandButTheJogEndsARunningTour) {
     EXPECT_EQ(unit.jog()[9] & 0x40, 0) << "executing bit";
 }
 
-// A tour emptied under the runner (a state file loaded, say) ends it at the
-// next step instead of waiting at a step that is gone.
-TEST(UnitTours, ATourEmptiedUnderTheRunnerEndsAtItsNextStep) {
+// What a tour runner works on, on its own.
+struct TourBench {
     Tours tours;
     Presets presets;
     Settings settings;
     Motion motion;
     Lenses lenses;
-    const TourPlant plant{tours, presets, settings, motion, lenses};
+    TourPlant plant{tours, presets, settings, motion, lenses};
+};
+
+// A tour emptied under the runner (a state file loaded, say) ends it at the
+// next step instead of waiting at a step that is gone.
+TEST(UnitTours, ATourEmptiedUnderTheRunnerEndsAtItsNextStep) {
+    TourBench bench;
+    auto& [tours, presets, settings, motion, lenses, plant] = bench;
     // Steps naming no preset (40) only wait out their dwell: nothing moves.
     tours.append(0, {40, 0});
     tours.append(0, {40, 0});
@@ -166,12 +172,8 @@ TEST(UnitTours, ATourEmptiedUnderTheRunnerEndsAtItsNextStep) {
 // A step waits for the platform to arrive before its dwell begins, though
 // the lenses have nowhere to go.
 TEST(UnitTours, AStepDwellsOnlyOnceThePlatformHasArrived) {
-    Tours tours;
-    Presets presets;
-    Settings settings;
-    Motion motion;
-    Lenses lenses;
-    const TourPlant plant{tours, presets, settings, motion, lenses};
+    TourBench bench;
+    auto& [tours, presets, settings, motion, lenses, plant] = bench;
     presets.at(0).pan = 9000;
     tours.append(0, {0, 0});
     tours.append(0, {40, 0});
