@@ -11,15 +11,16 @@ struct Outcome {
     QString err;
 };
 
-// halvex with the given arguments and no display of any kind.
-Outcome runWithoutDisplay(const QStringList& arguments) {
+// A program with the given arguments and no display of any kind.
+Outcome runWithoutDisplay(const QStringList& arguments,
+                          const QString& program = QStringLiteral(HALVEX_PATH)) {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
         environment.remove(QString::fromLatin1(name));
     }
     QProcess process;
     process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(HALVEX_PATH), arguments);
+    process.start(program, arguments);
     Outcome run;
     if (!process.waitForFinished(10000)) {
         process.kill();
@@ -61,6 +62,13 @@ TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
 }
 
 TEST(CommandLine, HelpAndVersionNeedNoDisplayEvenAfterToolkitOptions) {
+    const QString sim = QStringLiteral(HALVEX_SIM_PATH);
+    const Outcome simVersion = runWithoutDisplay({QStringLiteral("--version")}, sim);
+    EXPECT_EQ(simVersion.status, 0) << simVersion.err.toStdString();
+    EXPECT_EQ(simVersion.out.trimmed(), QStringLiteral("halvex-sim " HALVEX_VERSION));
+    EXPECT_EQ(runWithoutDisplay({QStringLiteral("--help")}, sim).status, 0);
+    EXPECT_EQ(runWithoutDisplay({QStringLiteral("--bogus")}, sim).status, 2);
+
     const Outcome version =
         runWithoutDisplay({QStringLiteral("-style=fusion"), QStringLiteral("--version")});
     EXPECT_EQ(version.status, 0) << version.err.toStdString();
