@@ -6,7 +6,6 @@
 //   halvex-input-latency [SAMPLES]
 
 #include <SDL.h>
-#include <sys/resource.h>
 
 #include <QApplication>
 #include <QDir>
@@ -19,17 +18,13 @@
 #include <cstdio>
 #include <vector>
 
+#include "bench/cpu_time.h"
 #include "input/controller_jog.h"
 #include "sim/pty_unit.h"
 #include "window/vornixu.h"
 
 namespace {
-double cpuSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-           static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
+using halvex::bench::cpuSeconds;
 
 double percentile(std::vector<double> values, double fraction) {
     std::sort(values.begin(), values.end());

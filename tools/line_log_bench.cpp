@@ -7,7 +7,6 @@
 //   halvex-line-log-bench [SECONDS] [steady|burst|ring]   (all three by default)
 
 #include <malloc.h>
-#include <sys/resource.h>
 
 #include <QApplication>
 #include <QDir>
@@ -21,6 +20,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "bench/cpu_time.h"
 #include "protocol/in_process_port.h"
 #include "recorder/line_log_model.h"
 #include "recorder/line_log_window.h"
@@ -29,13 +29,7 @@
 #include "window/vornixu.h"
 
 namespace {
-
-double cpuSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-           static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
+using halvex::bench::cpuSeconds;
 
 // Bytes handed out by the allocator.
 double allocatedMb() {

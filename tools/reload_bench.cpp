@@ -4,8 +4,6 @@
 //
 //   halvex-reload-bench [ROUNDS]
 
-#include <sys/resource.h>
-
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -17,17 +15,14 @@
 #include <cstdio>
 #include <functional>
 
+#include "bench/cpu_time.h"
 #include "connection/connection_sequence.h"
 #include "sim/pty_unit.h"
 #include "window/vornixu.h"
 
 namespace {
-double cpuSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-           static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
+using halvex::bench::cpuSeconds;
+
 // Waits without polling hard, so the harness does not add to the figure.
 bool waitSleeping(const std::function<bool()>& done, int timeoutMs) {
     QElapsedTimer clock;

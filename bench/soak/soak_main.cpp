@@ -23,18 +23,14 @@
 #include <cstdio>
 #include <vector>
 
+#include "bench/cpu_time.h"
 #include "bench/soak/scripted_operator.h"
 #include "bench/soak/unit_process.h"
 #include "protocol/wait.h"
 #include "window/vornixu.h"
 
 namespace {
-double cpuSeconds() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
-           static_cast<double>(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
-}
+using halvex::bench::cpuSeconds;
 
 long peakMemoryKb() {
     rusage usage{};
