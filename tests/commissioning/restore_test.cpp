@@ -153,11 +153,11 @@ TEST(RestoreUnit, MovesTheLensesForPresetLensPositionsOnlyAfterSayingSo) {
     CommissioningRig rig;
     sim::UnitState& unit = rig.unit.state();
     unit.presets.at(5) = sim::Preset{1000, 500, {60, 70, 80, 90}};
-    unit.presets.at(6) = sim::Preset{100, 200, {}};
+    unit.presets.at(0) = sim::Preset{100, 200, {}};
     ASSERT_TRUE(rig.connect());
     rig.trigger("MenuSaveUnit");
     unit.presets.at(5) = sim::Preset{1000, 500, {}};
-    unit.presets.at(6) = sim::Preset{100, 200, {1, 2, 3, 4}};
+    unit.presets.at(0) = sim::Preset{100, 200, {1, 2, 3, 4}};
 
     rig.line.clear();
     rig.trigger("MenuRestoreUnit");
@@ -165,17 +165,17 @@ TEST(RestoreUnit, MovesTheLensesForPresetLensPositionsOnlyAfterSayingSo) {
     const std::vector<Message_> writes = rig.writes();
     ASSERT_GE(writes.size(), 4u);
     EXPECT_EQ(writes[0], (Message_{0x94}));
-    EXPECT_EQ(writes[1], (Message_{0x41, 5, 0xE8, 0x03, 0, 0xF4, 0x01, 0}));
+    EXPECT_EQ(writes[1], (Message_{0x41, 0, 100, 0, 0, 200, 0, 0}));
+    EXPECT_EQ(writes[2], (Message_{0x41, 5, 0xE8, 0x03, 0, 0xF4, 0x01, 0}));
     // Both axes held (99999), the lenses to the preset's positions, then
     // the preset takes them.
-    EXPECT_EQ(writes[2], (Message_{0x3A, 0x9F, 0x86, 0x01, 0x9F, 0x86, 0x01, 60, 70, 80, 90}));
-    EXPECT_EQ(writes[3], (Message_{0x43, 5}));
-    EXPECT_EQ(writes[4], (Message_{0x41, 6, 100, 0, 0, 200, 0, 0}));
+    EXPECT_EQ(writes[3], (Message_{0x3A, 0x9F, 0x86, 0x01, 0x9F, 0x86, 0x01, 60, 70, 80, 90}));
+    EXPECT_EQ(writes[4], (Message_{0x43, 5}));
     // And back to where they stood.
     EXPECT_EQ(writes.back(),
               (Message_{0x3A, 0x9F, 0x86, 0x01, 0x9F, 0x86, 0x01, 128, 128, 128, 128}));
     EXPECT_EQ(unit.presets.at(5), (sim::Preset{1000, 500, {60, 70, 80, 90}}));
-    EXPECT_EQ(unit.presets.at(6), (sim::Preset{100, 200, {}}));
+    EXPECT_EQ(unit.presets.at(0), (sim::Preset{100, 200, {}}));
     EXPECT_EQ(unit.lenses.position(0), 128);
     EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
 }
