@@ -148,6 +148,8 @@ TEST(SettingsFile, NamesWhatIsWrongWithAValue) {
         {"firmware = 2.10", "firmware = 2", "unit/firmware '2' is not a valid value"},
         {"firmware = 2.10", "firmware = 2.x", "unit/firmware '2.x' is not a valid value"},
         {"clock-date = 2026-11-25", "clock-date = 1999-11-25", "outside 2000..2255"},
+        {"clock-date = 2026-11-25", "clock-date = 2026-256-25", "is 2026-256-25, outside 0..255"},
+        {"clock-date = 2026-11-25", "clock-date = 2026-11-256", "is 2026-11-256, outside 0..255"},
         {"controller-type = 0", "controller-type = 4", "outside 0..3"},
         {"pan-ramp = 40", "pan-ramp = 40\npan-ramp = 41", "speeds/pan-ramp comes twice"},
         {"pan-ramp = 40", "pan-rampe = 40", "unknown setting speeds/pan-rampe"},
