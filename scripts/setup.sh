@@ -8,9 +8,10 @@ set -euo pipefail
 
 # tshark: the suite opens recordings of the line with it and the dissector;
 # ser2net: the suite reaches the virtual unit through a device server;
-# libsdl2-dev: game controllers and joysticks (its virtual devices in the suite).
+# libsdl2-dev: game controllers and joysticks (its virtual devices in the suite);
+# fonts-dejavu-core: the font the suite's kept pictures of the pages are drawn in.
 packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libsdl2-dev libgtest-dev libhamlib-utils
-          ser2net tshark)
+          ser2net tshark fonts-dejavu-core)
 for flag in "$@"; do
     case "$flag" in
         --with-display) packages+=(xvfb) ;;
