@@ -11,6 +11,7 @@
 #include "input/input_settings_dialog.h"
 #include "input/keyboard_jog.h"
 #include "tests/input/input_rig.h"
+#include "tests/support/kept_picture.h"
 #include "window/user_settings.h"
 
 namespace halvex::testing {
@@ -79,6 +80,25 @@ TEST_F(InputSettingsTest, ShowsTheDeviceItsMappingAndALivePreview) {
     EXPECT_TRUE(stopped(rig().nextMotion()));
     pad.axis(SDL_CONTROLLER_AXIS_LEFTX, -20000);  // past the dead zone, squared
     EXPECT_TRUE(ConsoleRig::waitFor([&] { return preview->text() == QStringLiteral("-29 %"); }));
+    dialog->reject();
+}
+
+TEST_F(InputSettingsTest, LooksAsItWasLastLookedAt) {
+    VirtualDevice pad(true);
+    ASSERT_TRUE(rig().usesDevice());
+    InputSettingsDialog* dialog = open();
+    ASSERT_NE(dialog, nullptr);
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 20000);  // the preview shows it
+    auto* preview = in<QLabel>(dialog, QStringLiteral("AxisPreview_0"));
+    ASSERT_TRUE(ConsoleRig::waitFor([&] {
+        return preview->text().endsWith(QLatin1Char('%')) &&
+               preview->text() != QStringLiteral("0 %");
+    }));
+    if (QWidget* focus = QApplication::focusWidget()) {
+        focus->clearFocus();
+    }
+    expectLooksAsKept(*dialog, {HALVEX_KEPT_PICTURES, HALVEX_SEEN_PICTURES},
+                      QStringLiteral("input-settings"));
     dialog->reject();
 }
 
