@@ -6,6 +6,14 @@ namespace halvex {
 
 namespace {
 constexpr int kMaxIndex = 255;  // SDL's axis and button indices are far below
+// The dialog writes at most one binding per target and action; a longer list
+// is a damaged or hand-edited file, and its size must not decide how much
+// memory the console takes.
+constexpr int kMaxBindings = 64;
+
+int boundedSize(int size) {
+    return std::clamp(size, 0, kMaxBindings);
+}
 
 QString group(const QString& guid) {
     return QStringLiteral("Input/Mapping-") + guid;
@@ -46,7 +54,7 @@ std::optional<ControllerMapping> loadMapping(QSettings& settings, const QString&
         return std::nullopt;
     }
     ControllerMapping mapping;
-    const int axes = settings.beginReadArray(QStringLiteral("Axes"));
+    const int axes = boundedSize(settings.beginReadArray(QStringLiteral("Axes")));
     for (int i = 0; i < axes; ++i) {
         settings.setArrayIndex(i);
         AxisBinding axis;
@@ -62,7 +70,7 @@ std::optional<ControllerMapping> loadMapping(QSettings& settings, const QString&
         mapping.axes.push_back(axis);
     }
     settings.endArray();
-    const int buttons = settings.beginReadArray(QStringLiteral("Buttons"));
+    const int buttons = boundedSize(settings.beginReadArray(QStringLiteral("Buttons")));
     for (int i = 0; i < buttons; ++i) {
         settings.setArrayIndex(i);
         ButtonBinding button;

@@ -98,3 +98,26 @@ TEST(MappingSettings, AFileAsTheConsoleWritesItReadsAsItsMapping) {
     ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
     EXPECT_EQ(written.readAll(), kept.readAll()) << "the console writes it differently now";
 }
+
+// A damaged file once claimed 755555555555555555 buttons and the console
+// filled its memory making room for them; the file is kept with the fuzzer's
+// cases.
+TEST(MappingSettings, AListSizeFromADamagedFileDoesNotDecideTheMemoryTaken) {
+    QSettings damaged(
+        QStringLiteral(HALVEX_FUZZ_CASES "/input-mapping-regressions/list-size-past-memory.ini"),
+        QSettings::IniFormat);
+    const std::optional<ControllerMapping> read = loadMapping(damaged, QStringLiteral("fuzz"));
+    ASSERT_TRUE(read);
+    EXPECT_LE(read->buttons.size(), 64u);
+
+    ScratchSettings scratch;
+    scratch.settings.setValue(QStringLiteral("Input/Mapping-big/Axes/size"), 2000000000);
+    scratch.settings.setValue(QStringLiteral("Input/Mapping-big/Axes/1/Target"), 1);
+    scratch.settings.setValue(QStringLiteral("Input/Mapping-big/Buttons/size"), 1000000);
+    const std::optional<ControllerMapping> big =
+        loadMapping(scratch.settings, QStringLiteral("big"));
+    ASSERT_TRUE(big);
+    ASSERT_EQ(big->axes.size(), 64u) << "a long list is cut short, not thrown away";
+    EXPECT_EQ(big->axes[0].target, JogAxis::Tilt);
+    EXPECT_EQ(big->buttons.size(), 64u);
+}
