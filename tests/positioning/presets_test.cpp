@@ -109,20 +109,22 @@ TEST(PresetCommands, ReloadWaitsForEachReplyCommandsUseTheSelectionClearReloads)
 
     rig.line.clear();
     rig.selectRow("PresetList", 2, true);
+    // The save goes to the selected preset, not to the one last gone to.
+    rig.selectRow("PresetList", 3);
     // Halves go to the even neighbour: 0.125 -> 12; -1 -> 9C FF FF.
     rig.led("PanPreLED")->setValue(0.125);
     rig.led("TiltPreLED")->setValue(-1.0);
     rig.click("SavePreBut");
     // The unit's record reply refreshes the entry.
     EXPECT_TRUE(rig.waitFor([&] {
-        return rig.lines("PresetList")[2].startsWith(QStringLiteral("   2     0.12    -1.00"));
+        return rig.lines("PresetList")[3].startsWith(QStringLiteral("   3     0.12    -1.00"));
     }));
     rig.click("SaveCurPreBut");
     rig.click("AddAuxBut");
     ASSERT_TRUE(rig.waitFor([&] { return rig.sent().size() == 4; }));
     EXPECT_EQ(rig.sent(),
               (Messages_{
-                  {0x32, 2}, {0x41, 2, 0x0C, 0x00, 0x00, 0x9C, 0xFF, 0xFF}, {0x42, 2}, {0x43, 2}}));
+                  {0x32, 2}, {0x41, 3, 0x0C, 0x00, 0x00, 0x9C, 0xFF, 0xFF}, {0x42, 3}, {0x43, 3}}));
     EXPECT_FALSE(rig.window->state().SendInProgress);
 
     // Clear: its caption shows until the reload is over, and one more reply

@@ -65,7 +65,7 @@ TEST(TourEdit, SelectingATourReadsItsStepsAndEachEditSendsItsBytes) {
         // Camera 3 sets bit 7 of the preset byte.
         {"Option1_0", "CamSel_2", false, -1, 1, 5, {0x52, 0, 129, 5}, 1, " 1   Pre  1    5 Secs  N       2"},
         {"Option1_1", "CamSel_0", false, 1, 4, 7, {0x53, 0, 1, 4, 7}, 1, " 1   Pre  4    7 Secs  N       0"},
-        {"Option1_2", "CamSel_0", false, 0, 6, 7, {0x55, 0, 0, 6, 7}, 0, " 0   Pre  6    7 Secs  N       0"},
+        {"Option1_2", "CamSel_1", false, 0, 6, 7, {0x55, 0, 0, 70, 7}, 0, " 0   Pre  6    7 Secs  N       1"},
     };
     // clang-format on
     for (const Case& c : cases) {
