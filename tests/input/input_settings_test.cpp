@@ -111,6 +111,7 @@ TEST_F(InputSettingsTest, OkPutsTheMappingToWorkAndKeepsItForTheDevice) {
     auto* preset3 = in<QComboBox>(dialog, QStringLiteral("ButtonCombo_10"));
     preset3->setCurrentIndex(preset3->findData(int{SDL_CONTROLLER_BUTTON_A}));
     in<QSpinBox>(dialog, QStringLiteral("KeySpeedSpin"))->setValue(50);
+    in<QSpinBox>(dialog, QStringLiteral("KeySlowSpin"))->setValue(1);  // the unit's slowest
     ok(dialog);
     pad->axis(SDL_CONTROLLER_AXIS_LEFTX, 32767);
     EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{255, 0, 0x00}));  // right is now CCW
@@ -127,6 +128,9 @@ TEST_F(InputSettingsTest, OkPutsTheMappingToWorkAndKeepsItForTheDevice) {
     QTest::keyPress(rig().window.get(), Qt::Key_Right);
     EXPECT_EQ(rig().nextMotion()[0], 50);
     QTest::keyRelease(rig().window.get(), Qt::Key_Right);
+    QTest::keyPress(rig().window.get(), Qt::Key_Right, Qt::ControlModifier);
+    EXPECT_EQ(rig().nextMotion()[0], 1);
+    QTest::keyRelease(rig().window.get(), Qt::Key_Right, Qt::ControlModifier);
 
     // The same model plugged in again keeps its mapping.
     pad = std::make_unique<VirtualDevice>(true);
