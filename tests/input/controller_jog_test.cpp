@@ -3,9 +3,12 @@
 
 #include <QCheckBox>
 #include <QPointF>
+#include <algorithm>
 
+#include "input/mapping_settings.h"
 #include "tests/input/input_rig.h"
 #include "views/pages/pan_tilt_page.h"
+#include "window/user_settings.h"
 
 namespace halvex::testing {
 namespace {
@@ -121,6 +124,23 @@ TEST_F(ControllerJogTest, AJoystickWithoutAControllerMappingPansAndTiltsWithItsS
     rig().line.clear();
     QTest::qWait(3 * ControllerJog::kReadMs);
     EXPECT_TRUE(rig().line.messages(false).empty());
+    stick.button(0, false);
+
+    // Mapped, its buttons work as a game controller's do.
+    const QString guid = rig().controller().deviceInUse()->guid;
+    ControllerMapping mapping = plainJoystickMapping();
+    mapping.buttons = {{2, ButtonAction::GoToPreset, 4}};
+    saveMapping(*userSettings(), guid, mapping);
+    rig().controller().setPreferredDevice(guid);
+    rig().line.clear();
+    stick.button(2, true);
+    EXPECT_TRUE(ConsoleRig::waitFor([&] {
+        const auto sent = rig().line.messages(false);
+        return std::find(sent.begin(), sent.end(), Message_{0x32, 4}) != sent.end();
+    }));
+    stick.button(2, false);
+    userSettings()->remove(QStringLiteral("Input/Mapping-") + guid);
+    rig().controller().setPreferredDevice(QString());
 }
 
 TEST_F(ControllerJogTest, AStickHeldWhileThePageIsLeftStaysStoppedUntilCentred) {
