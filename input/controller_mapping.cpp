@@ -49,11 +49,11 @@ ControllerMapping standardControllerMapping() {
         {SDL_CONTROLLER_AXIS_RIGHTX, JogAxis::Focus1, kAsIs},
     };
     mapping.buttons = {
-        {SDL_CONTROLLER_BUTTON_B, ButtonAction::Stop, 0},
-        {SDL_CONTROLLER_BUTTON_START, ButtonAction::MoveHome, 0},
-        {SDL_CONTROLLER_BUTTON_BACK, ButtonAction::MoveCenter, 0},
-        {SDL_CONTROLLER_BUTTON_X, ButtonAction::PanLowSpeed, 0},
-        {SDL_CONTROLLER_BUTTON_Y, ButtonAction::TiltLowSpeed, 0},
+        {SDL_CONTROLLER_BUTTON_B, ButtonAction::Stop},
+        {SDL_CONTROLLER_BUTTON_START, ButtonAction::MoveHome},
+        {SDL_CONTROLLER_BUTTON_BACK, ButtonAction::MoveCenter},
+        {SDL_CONTROLLER_BUTTON_X, ButtonAction::PanLowSpeed},
+        {SDL_CONTROLLER_BUTTON_Y, ButtonAction::TiltLowSpeed},
     };
     return mapping;
 }
