@@ -132,9 +132,9 @@ TEST(RotctlProtocol, EachRequestGetsItsAnswer) {
     }
     // Garbage is invalid and reaches nothing.
     const std::string_view requests[] = {
-        "pp",       "get_pos",    "\\",          "\\GET_POS",    "?p",       "#p",       "_p",
-        "p 1",      "\x01\xff",   "P 45 10 5",   "P abc 10",     "P 45 10x", "P +-5 10", "P nan 10",
-        "P 45 inf", "P 1e999 10", "P 450.01 10", "P -180.01 10", "P 45 90.5"};
+        "pp",       "get_pos",  "xget_pos",   "\\",          "\\GET_POS",    "?p",       "#p",
+        "_p",       "p 1",      "\x01\xff",   "P 45 10 5",   "P abc 10",     "P 45 10x", "P +-5 10",
+        "P nan 10", "P 45 inf", "P 1e999 10", "P 450.01 10", "P -180.01 10", "P 45 90.5"};
     for (std::string_view request : requests) {
         SCOPED_TRACE(::testing::Message() << '"' << request << '"');
         FakeRotator rotator;
