@@ -150,6 +150,29 @@ TEST(MoveCommands, EachButtonSendsItsMessageAndABadAngleSendsNothing) {
     EXPECT_EQ(rig.window->statusBar()->currentMessage(),
               QStringLiteral("Run-time error 6: Overflow in AbsoBut_Click"));
     EXPECT_FALSE(rig.window->state().SendInProgress);
+
+    // An angle whose hundredths fit 32 bits goes out as their low 24 bits,
+    // at both ends; one hundredth further is the overflow.
+    page.TiltDesLED->setValue(0.0);
+    for (double pan : {-21474836.48, 21474836.47}) {
+        rig.window->statusBar()->clearMessage();
+        rig.line.clear();
+        page.PanDesLED->setValue(pan);
+        rig.click("AbsoBut");
+        ASSERT_TRUE(rig.waitFor([&] { return !rig.sent().empty(); }));
+        const Byte low = pan < 0 ? 0x00 : 0xFF;
+        EXPECT_EQ(rig.sent(), (Messages_{{0x33, low, low, low, 0, 0, 0}}));
+        EXPECT_TRUE(rig.window->statusBar()->currentMessage().isEmpty());
+    }
+    for (double pan : {-21474836.49, 21474836.48}) {
+        rig.line.clear();
+        page.PanDesLED->setValue(pan);
+        rig.click("AbsoBut");
+        rig.ticks(2);
+        EXPECT_TRUE(rig.sent().empty());
+        EXPECT_EQ(rig.window->statusBar()->currentMessage(),
+                  QStringLiteral("Run-time error 6: Overflow in AbsoBut_Click"));
+    }
 }
 
 TEST(Jogging, SpeedsDirectionsAndFlagsTravelInTheJogMessage) {
