@@ -138,17 +138,15 @@ std::optional<double> parseNumber(std::string_view text) {
 }
 
 std::string formatNumber(double value) {
-    // Below half the last printed digit it would read "-0.000000".
-    if (std::fabs(value) < 5e-7) {
-        value = 0.0;
-    }
     std::array<char, 64> text{};
     const auto [end, error] =
         std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::fixed, 6);
-    if (error != std::errc()) {
+    const std::string printed(text.data(), error == std::errc() ? end : text.data());
+    // A tracker would take "-0.000000" for a position just below zero.
+    if (printed.empty() || printed == "-0.000000") {
         return "0.000000";
     }
-    return std::string(text.data(), end);
+    return printed;
 }
 
 std::string oneLine(std::string text) {

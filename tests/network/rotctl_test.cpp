@@ -156,6 +156,10 @@ TEST(RotctlProtocol, AcceptedMoveInfoAndNumbersAsSent) {
     EXPECT_EQ(answerRotctlLine("_", rotator).text, "Halvex unit 2 \n");
     rotator.reported = AzEl{-0.0, -1e-9};
     EXPECT_EQ(answerRotctlLine("p", rotator).text, "0.000000\n0.000000\n");
+    // Half the last digit rounds to zero and is told without a sign; just
+    // past it is the last digit.
+    rotator.reported = AzEl{-5e-7, -5.000001e-7};
+    EXPECT_EQ(answerRotctlLine("p", rotator).text, "0.000000\n-0.000001\n");
     rotator.reported = AzEl{359.9999999, -12.3456789};
     EXPECT_EQ(answerRotctlLine("p", rotator).text, "360.000000\n-12.345679\n");
     rotator.reported.reset();  // online, but no report yet
