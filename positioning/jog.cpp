@@ -77,7 +77,6 @@ void JogControl::sendJogMessage() {
     for (std::size_t i = 0; i < jog_.LensJogSpeeds.size(); ++i) {
         tx[4 + i] = jog_.LensJogSpeeds[i];
     }
-    tx[8] = Calc_LRC(tx, 8, frameAddress(context_.state.UnitId, context_.state.AddressOverride));
     context_.link.transmit(8);
 }
 
