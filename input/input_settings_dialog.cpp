@@ -22,23 +22,23 @@ const char* const kTargetNames[InputSettingsDialog::kTargetCount] = {
 
 struct ActionName {
     ButtonAction action;
-    int preset;
     QString name;
+    int preset = 0;  // for GoToPreset only
 };
 
 std::vector<ActionName> actionNames() {
     std::vector<ActionName> names = {
-        {ButtonAction::Stop, 0, QStringLiteral("Stop")},
-        {ButtonAction::Reset, 0, QStringLiteral("Reset")},
-        {ButtonAction::MoveHome, 0, QStringLiteral("Move To Home (Preset 31)")},
-        {ButtonAction::MoveCenter, 0, QStringLiteral("Move To Physical Center")},
-        {ButtonAction::SoftLimitOverride, 0, QStringLiteral("SL Override")},
-        {ButtonAction::PanLowSpeed, 0, QStringLiteral("Pan Low Speed Jog")},
-        {ButtonAction::TiltLowSpeed, 0, QStringLiteral("Tilt Low Speed Jog")},
+        {ButtonAction::Stop, QStringLiteral("Stop")},
+        {ButtonAction::Reset, QStringLiteral("Reset")},
+        {ButtonAction::MoveHome, QStringLiteral("Move To Home (Preset 31)")},
+        {ButtonAction::MoveCenter, QStringLiteral("Move To Physical Center")},
+        {ButtonAction::SoftLimitOverride, QStringLiteral("SL Override")},
+        {ButtonAction::PanLowSpeed, QStringLiteral("Pan Low Speed Jog")},
+        {ButtonAction::TiltLowSpeed, QStringLiteral("Tilt Low Speed Jog")},
     };
     for (int preset = 0; preset < 10; ++preset) {
         names.push_back(
-            {ButtonAction::GoToPreset, preset, QStringLiteral("Go To Preset %1").arg(preset)});
+            {ButtonAction::GoToPreset, QStringLiteral("Go To Preset %1").arg(preset), preset});
     }
     return names;
 }
