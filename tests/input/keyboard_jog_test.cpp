@@ -3,6 +3,7 @@
 #include <QAbstractButton>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QScrollBar>
 #include <QStatusBar>
 
 #include "input/keyboard_jog.h"
@@ -82,6 +83,20 @@ TEST_F(KeyboardJogTest, HomeMovesHomeAndEscStopsEverything) {
     rig().line.onFrame = nullptr;
     // The arrow still held does not start the platform again.
     EXPECT_TRUE(stopped(rig().nextMotion()));
+    release(Qt::Key_Right);
+
+    // Home is the console's: a scroll bar with the focus keeps its value.
+    QScrollBar* zoom = rig().window->panTiltPage().ZFScroll[0];
+    const int before = zoom->value();
+    zoom->setValue(before + 40);
+    zoom->setFocus();
+    ASSERT_TRUE(ConsoleRig::waitFor([&] { return zoom->hasFocus(); }));
+    rig().line.clear();
+    QTest::keyPress(zoom, Qt::Key_Home);
+    EXPECT_TRUE(rig().sends(0x36));
+    EXPECT_EQ(zoom->value(), before + 40);
+    zoom->clearFocus();
+    zoom->setValue(before);
 }
 
 TEST_F(KeyboardJogTest, KeysTypedIntoATextFieldDoNotJog) {
