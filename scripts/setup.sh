@@ -4,12 +4,15 @@
 #   --with-display    also a virtual X server (xvfb)
 #   --with-packaging  also what building and checking the .deb needs
 #   --with-fuzzing    also clang and its libFuzzer runtime (bench/fuzz-receive.sh)
+#   --with-more-fonts also a second monospace family (CI: the kept pictures
+#                     must not change with the fonts a machine has)
 set -euo pipefail
 
 # tshark: the suite opens recordings of the line with it and the dissector;
 # ser2net: the suite reaches the virtual unit through a device server;
 # libsdl2-dev: game controllers and joysticks (its virtual devices in the suite);
-# fonts-dejavu-core: the font the suite's kept pictures of the pages are drawn in.
+# fonts-dejavu-core: the fonts the suite and the screenshot tool draw in,
+# whatever other fonts the machine has (tools/picture_fonts.h).
 packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libsdl2-dev libgtest-dev libhamlib-utils
           ser2net tshark fonts-dejavu-core)
 for flag in "$@"; do
@@ -19,8 +22,11 @@ for flag in "$@"; do
         # Debian 12's clang keeps the libFuzzer and sanitizer runtimes in
         # libclang-rt-14-dev, which clang's packages only recommend.
         --with-fuzzing) packages+=(clang libclang-rt-14-dev) ;;
+        # Noto Sans Mono takes "monospace" from DejaVu Sans Mono where both
+        # are installed, as it does on a machine with openbox.
+        --with-more-fonts) packages+=(fonts-noto-mono) ;;
         *)
-            echo "setup.sh: unknown option $flag (known: --with-display, --with-packaging, --with-fuzzing)" >&2
+            echo "setup.sh: unknown option $flag (known: --with-display, --with-packaging, --with-fuzzing, --with-more-fonts)" >&2
             exit 2
             ;;
     esac

@@ -37,6 +37,7 @@
 #include "recorder/line_recorder.h"
 #include "sim/unit.h"
 #include "tools/commissioning_screenshots.h"
+#include "tools/picture_fonts.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/clickable.h"
 #include "views/widgets/led_display.h"
@@ -351,6 +352,12 @@ int smallScreenAtEachScale(const QString& program, const QString& out) {
 int main(int argc, char* argv[]) {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    // The same fonts on every machine, so that a page that cannot be
+    // rendered at a small size fails here as it would anywhere.
+    if (const QString why = halvex::pinPictureFonts(); !why.isEmpty()) {
+        std::fprintf(stderr, "halvex-screenshots: cannot choose the fonts: %s\n", qPrintable(why));
+        return 1;
     }
     QApplication app(argc, argv);
     QStringList arguments = QApplication::arguments().mid(1);

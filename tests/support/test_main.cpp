@@ -3,10 +3,18 @@
 #include <QApplication>
 #include <QSettings>
 #include <QTemporaryDir>
+#include <cstdio>
+
+#include "tools/picture_fonts.h"
 
 int main(int argc, char* argv[]) {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    // Kept pictures and measured captions hold whatever fonts the machine has.
+    if (const QString why = halvex::pinPictureFonts(); !why.isEmpty()) {
+        std::fprintf(stderr, "cannot choose the tests' fonts: %s\n", qPrintable(why));
+        return 1;
     }
     QApplication app(argc, argv);
     // The user's own settings (the Port menu's devices) are never touched by

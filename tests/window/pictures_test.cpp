@@ -8,10 +8,13 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QFontDatabase>
+#include <QFontInfo>
 #include <utility>
 
 #include "tests/support/console_rig.h"
 #include "tests/support/kept_picture.h"
+#include "views/pages/page_parts.h"
 
 using namespace halvex;
 using namespace halvex::testing;
@@ -48,6 +51,24 @@ class Pictures : public ::testing::Test {
 };
 
 }  // namespace
+
+// The pictures hold on any machine because the test programs draw in fonts of
+// their own choosing, whatever else is installed (CI installs another
+// monospace family to prove it): the captions, the fixed-pitch lists that ask
+// for "Courier New", the camera lines and the Data Watch.
+TEST(PictureFonts, EveryTextIsDrawnInDejaVuWhateverElseTheMachineHas) {
+    EXPECT_EQ(QFontInfo(QApplication::font()).family(), QStringLiteral("DejaVu Sans"));
+    EXPECT_EQ(QFontInfo(fixedPitchFont()).family(), QStringLiteral("DejaVu Sans Mono"));
+    EXPECT_EQ(QFontInfo(QFontDatabase::systemFont(QFontDatabase::FixedFont)).family(),
+              QStringLiteral("DejaVu Sans Mono"));
+    const QStringList families = QFontDatabase::families();
+    EXPECT_FALSE(families.isEmpty());
+    // The generic names ("Monospace", "Sans Serif") are in the list too.
+    for (const QString& family : families) {
+        EXPECT_TRUE(QFontInfo(QFont(family)).family().startsWith(QStringLiteral("DejaVu")))
+            << family.toStdString();
+    }
+}
 
 TEST_F(Pictures, EveryPageOnASmallAndOnALargeScreen) {
     QTabWidget& tabs = rig.window->SSTab1();
