@@ -78,7 +78,8 @@ QString pinPictureFonts() {
         }
     }
     QFile file(QStringLiteral("%1/fonts.conf").arg(folder));
-    if (!file.open(QIODevice::WriteOnly) || file.write(configuration(folder).toUtf8()) < 0) {
+    const QByteArray text = configuration(folder).toUtf8();
+    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size()) {
         return QStringLiteral("cannot write %1").arg(file.fileName());
     }
     file.close();

@@ -8,6 +8,8 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QFontDatabase>
 #include <QFontInfo>
 #include <utility>
@@ -68,6 +70,13 @@ TEST(PictureFonts, EveryTextIsDrawnInDejaVuWhateverElseTheMachineHas) {
         EXPECT_TRUE(QFontInfo(QFont(family)).family().startsWith(QStringLiteral("DejaVu")))
             << family.toStdString();
     }
+    // What fontconfig learnt of those fonts is kept with them, in the test's
+    // own scratch folder, not among the user's caches.
+    const QFileInfo configuration(qEnvironmentVariable("FONTCONFIG_FILE"));
+    EXPECT_FALSE(QDir(configuration.absolutePath() + QStringLiteral("/cache"))
+                     .entryList(QDir::Files)
+                     .isEmpty())
+        << configuration.absolutePath().toStdString();
 }
 
 TEST_F(Pictures, EveryPageOnASmallAndOnALargeScreen) {
