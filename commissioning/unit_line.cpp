@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "protocol/senders.h"
+#include "protocol/vocabulary.h"
 #include "protocol/wait.h"
 
 namespace halvex::commissioning {
@@ -72,14 +73,15 @@ std::optional<std::vector<Byte>> UnitLine::ask(const std::vector<Byte>& message,
 }
 
 std::vector<Byte> UnitLine::jogMessage(bool override, bool stop) const {
-    Byte flags = state_.JogFlags & kOverrideBit;
-    if (override) {
-        flags |= kOverrideBit;
-    }
-    if (stop) {
-        flags |= kStopBit;
-    }
-    return {0x31, flags, 0, 0, 0, 0, 0, 0};
+    using namespace vocab;
+    // The operator's override stays as it is unless this message asks for it.
+    Byte flags = withBit(0, jog::kSoftLimitOverride,
+                         override || isSet(state_.JogFlags, jog::kSoftLimitOverride));
+    flags = withBit(flags, jog::kStop, stop);
+    std::vector<Byte> message(JogMessage::kLength, 0);
+    begin<JogMessage>(message);
+    put(message, jog::kFlagsByte, flags);
+    return message;
 }
 
 }  // namespace halvex::commissioning

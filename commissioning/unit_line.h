@@ -61,9 +61,6 @@ class UnitLine {
     static constexpr int kAttempts = 3;
     // Beyond the watchdog, for a reply that is still arriving.
     static constexpr int kReplyGraceMs = 250;
-    // Jog flag bits.
-    static constexpr Byte kStopBit = 0x02;
-    static constexpr Byte kOverrideBit = 0x04;
 
     UnitLine(FormState& state, Link& link, const ReplyTap& tap, int watchdogMs = Link::kWatchdogMs);
     ~UnitLine();

@@ -7,6 +7,7 @@
 #include "protocol/flag_scope.h"
 #include "protocol/port_map.h"
 #include "protocol/senders.h"
+#include "protocol/vocabulary.h"
 #include "protocol/wait.h"
 
 namespace halvex {
@@ -291,7 +292,7 @@ void ConnectionSequence::HideSecondCameraControls() {
 }
 
 void ConnectionSequence::ResetBut_Click() {
-    context_.state.JogFlags = SetBit(context_.state.JogFlags, 0);
+    context_.state.JogFlags = vocab::withBit(context_.state.JogFlags, vocab::jog::kReset, true);
     context_.link.requestJogMessage();
 }
 
@@ -304,7 +305,7 @@ void ConnectionSequence::StopBut_Click() {
         context_.state.reportFault(QStringLiteral("No longer looking for %1.").arg(portName()));
         return;
     }
-    context_.state.JogFlags = SetBit(context_.state.JogFlags, 1);
+    context_.state.JogFlags = vocab::withBit(context_.state.JogFlags, vocab::jog::kStop, true);
     context_.link.requestJogMessage();
     emit context_.events.tourDisplayEndRequested();
 }
@@ -314,7 +315,7 @@ void ConnectionSequence::ExitBut_Click() {
     if (!port_.isOpen()) {
         return;
     }
-    context_.state.JogFlags = SetBit(context_.state.JogFlags, 1);
+    context_.state.JogFlags = vocab::withBit(context_.state.JogFlags, vocab::jog::kStop, true);
     Link& link = context_.link;
     link.requestJogMessage();
     if (!context_.state.LinkFault && link.Timer2().isActive()) {
@@ -325,7 +326,10 @@ void ConnectionSequence::ExitBut_Click() {
         FormState& state = context_.state;
         waitUntil(
             state,
-            [&] { return !BitIsSet(state.JogFlags, 1) || state.LinkFault || !link.portOpen(); },
+            [&] {
+                return !vocab::isSet(state.JogFlags, vocab::jog::kStop) || state.LinkFault ||
+                       !link.portOpen();
+            },
             kExitSendTimeoutMs);
         link.awaitNextReply();
     }

@@ -6,6 +6,7 @@
 #include "console/text_fields.h"
 #include "protocol/protocol_table.h"
 #include "protocol/range_fault.h"
+#include "protocol/vocabulary.h"
 #include "views/pages/pan_tilt_page.h"
 
 namespace halvex {
@@ -46,42 +47,48 @@ void PositionReport::registerLateRefresh() {
 }
 
 void PositionReport::decodePositionReport() {
+    using namespace vocab;
     const ByteTable& rx = context_.state.RxBuffer;
     UnitStatus& status = context_.status;
-    const std::int32_t pan = getPosition(rx, 1);
-    const std::int32_t tilt = getPosition(rx, 4);
-    status.StatusBytes[0] = rx[7];
-    status.StatusBytes[3] = rx[7] & 3;
-    status.StatusBytes[1] = rx[8];
-    status.StatusBytes[2] = rx[9];
+    const std::int32_t pan = getSigned(rx, report::kPan);
+    const std::int32_t tilt = getSigned(rx, report::kTilt);
+    // Status A whole, as the lamps read it, and its controller type apart.
+    status.StatusBytes[0] = static_cast<Byte>(get(rx, report::kStatusAByte));
+    status.StatusBytes[3] = static_cast<Byte>(get(rx, report::kControllerType));
+    status.StatusBytes[1] = static_cast<Byte>(get(rx, report::kStatusB));
+    status.StatusBytes[2] = static_cast<Byte>(get(rx, report::kStatusC));
 
-    page_.Zoom1Label->setText(QString::number(rx[10]));
-    page_.Focus1Label->setText(QString::number(rx[11]));
-    page_.Zoom2Label->setText(QString::number(rx[12]));
-    page_.Focus2Label->setText(QString::number(rx[13]));
+    std::array<Byte, 4> lens{};
+    for (std::size_t i = 0; i < lens.size(); ++i) {
+        lens[i] = static_cast<Byte>(get(rx, report::kLens[i]));
+    }
+    page_.Zoom1Label->setText(QString::number(lens[0]));
+    page_.Focus1Label->setText(QString::number(lens[1]));
+    page_.Zoom2Label->setText(QString::number(lens[2]));
+    page_.Focus2Label->setText(QString::number(lens[3]));
 
-    if (rx[0] == 0x31) {
-        const int c1 = rx[14];
-        const int c2 = rx[15];
-        int index = 16;
+    if (rx[0] == JogMessage::kCode) {
+        const int c1 = static_cast<int>(get(rx, report::kCamera1Count));
+        const int c2 = static_cast<int>(get(rx, report::kCamera2Count));
+        int index = report::kCameraData;
         showCameraBytes(index, c1, 0);
         showCameraBytes(index, c2, 1);
     }
 
-    const Byte statusC = rx[9];
-    status.PanContinuous = BitIsSet(statusC, 7);
+    const Byte statusC = status.StatusBytes[2];
+    status.PanContinuous = isSet(statusC, report::kContinuousPan);
     page_.SetSLBut[0]->setEnabled(!status.PanContinuous);
     page_.SetSLBut[1]->setEnabled(!status.PanContinuous);
 
-    if (!BitIsSet(statusC, 5)) {
+    if (!isSet(statusC, report::kTarget)) {
         status.CurrentPan = hundredths(pan);
         status.CurrentTilt = hundredths(tilt);
         page_.PanPosLED->setValue(status.CurrentPan);
         page_.TiltPosLED->setValue(status.CurrentTilt);
-        page_.Z1LED->setValue(rx[10]);
-        page_.F1LED->setValue(rx[11]);
-        page_.Z2LED->setValue(rx[12]);
-        page_.F2LED->setValue(rx[13]);
+        page_.Z1LED->setValue(lens[0]);
+        page_.F1LED->setValue(lens[1]);
+        page_.Z2LED->setValue(lens[2]);
+        page_.F2LED->setValue(lens[3]);
         emit context_.events.currentPositionReported(status.CurrentPan, status.CurrentTilt);
     } else {
         status.TargetPan = hundredths(pan);

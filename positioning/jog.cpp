@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "console/handler_wiring.h"
+#include "protocol/vocabulary.h"
 #include "views/pages/pan_tilt_page.h"
 
 namespace halvex {
@@ -58,10 +59,10 @@ JogControl::JogControl(ConsoleContext& context, JogState& jog, JogSources& sourc
 
 void JogControl::refreshFlags() {
     Byte flags = context_.state.JogFlags;
-    flags = page_.TiltSloCheck->isChecked() ? SetBit(flags, 3) : ClearBit(flags, 3);
-    flags = page_.PanSloCheck->isChecked() ? SetBit(flags, 4) : ClearBit(flags, 4);
-    flags = jog_.TiltJogDirection ? SetBit(flags, 6) : ClearBit(flags, 6);
-    flags = jog_.PanJogDirection ? SetBit(flags, 7) : ClearBit(flags, 7);
+    flags = vocab::withBit(flags, vocab::jog::kTiltLowSpeed, page_.TiltSloCheck->isChecked());
+    flags = vocab::withBit(flags, vocab::jog::kPanLowSpeed, page_.PanSloCheck->isChecked());
+    flags = vocab::withBit(flags, vocab::jog::kTiltUp, jog_.TiltJogDirection);
+    flags = vocab::withBit(flags, vocab::jog::kPanCw, jog_.PanJogDirection);
     context_.state.JogFlags = flags;
 }
 
@@ -69,15 +70,16 @@ void JogControl::sendJogMessage() {
     sources_.refresh();
     showJogVector();
     refreshFlags();
+    using namespace vocab;
     ByteTable& tx = context_.state.TxBuffer;
-    tx[0] = 0x31;
-    tx[1] = context_.state.JogFlags;
-    tx[2] = jog_.PanJogSpeed;
-    tx[3] = jog_.TiltJogSpeed;
+    begin<JogMessage>(tx);
+    put(tx, jog::kFlagsByte, context_.state.JogFlags);
+    put(tx, jog::kPanSpeed, jog_.PanJogSpeed);
+    put(tx, jog::kTiltSpeed, jog_.TiltJogSpeed);
     for (std::size_t i = 0; i < jog_.LensJogSpeeds.size(); ++i) {
-        tx[4 + i] = jog_.LensJogSpeeds[i];
+        put(tx, jog::kLensJog.at(i), jog_.LensJogSpeeds[i]);
     }
-    context_.link.transmit(8);
+    context_.link.transmit(JogMessage::kLength);
 }
 
 void JogControl::JogBox_MouseDown(int button, double x, double y) {
@@ -161,8 +163,8 @@ void JogControl::applyJogRule(int button, double x, double y) {
 
 void JogControl::Command2_Click() {
     jog_.SoftLimitOverride = !jog_.SoftLimitOverride;
-    context_.state.JogFlags = jog_.SoftLimitOverride ? SetBit(context_.state.JogFlags, 2)
-                                                     : ClearBit(context_.state.JogFlags, 2);
+    context_.state.JogFlags = vocab::withBit(
+        context_.state.JogFlags, vocab::jog::kSoftLimitOverride, jog_.SoftLimitOverride);
     page_.Command2->setChecked(jog_.SoftLimitOverride);
 }
 

@@ -4,6 +4,7 @@
 
 #include "protocol/capture_line.h"
 #include "protocol/fault_guard.h"
+#include "protocol/vocabulary.h"
 #include "protocol/wait.h"
 
 namespace halvex {
@@ -137,8 +138,8 @@ void Link::transmit(int count) {
     // them: a command frame that takes a tick in between must not swallow a
     // stop that no frame has carried yet.
     if (wentOut(frame)) {
-        state_.JogFlags = ClearBit(state_.JogFlags, 1);
-        state_.JogFlags = ClearBit(state_.JogFlags, 0);
+        state_.JogFlags = vocab::withBit(state_.JogFlags, vocab::jog::kStop, false);
+        state_.JogFlags = vocab::withBit(state_.JogFlags, vocab::jog::kReset, false);
         state_.notifyChanged();
     }
 }

@@ -5,6 +5,8 @@
 #include <set>
 #include <utility>
 
+#include "protocol/vocabulary.h"
+
 namespace halvex::table {
 
 namespace {
@@ -72,6 +74,30 @@ Field counted(std::string name, int offset, int countAt, unsigned countMask = 0x
     return field;
 }
 
+// The same builders for a field whose place the vocabulary gives.
+template <class M>
+Field placed(Field field, vocab::Field<M> place) {
+    field.offset = place.offset;
+    field.size = place.size;
+    field.mask = place.mask;
+    return field;
+}
+
+template <class M>
+Field number(std::string name, vocab::Field<M> place, Names names = {}) {
+    return placed(number(std::move(name), 0, 0xFF, std::move(names)), place);
+}
+
+template <class M>
+Field flags(std::string name, vocab::Field<M> place, Names bits) {
+    return placed(flags(std::move(name), 0, std::move(bits)), place);
+}
+
+template <class M>
+Field angle(std::string name, vocab::Field<M> place, FieldKind kind = FieldKind::Angle) {
+    return placed(angle(std::move(name), 0, kind), place);
+}
+
 Match always() {
     return {};
 }
@@ -100,19 +126,31 @@ Layout request(std::string name, Match match = readRequest(), std::vector<Field>
 // Names shared by several messages.
 const Names kPanDirection = {{0, "CCW"}, {1, "CW"}};
 const Names kTiltDirection = {{0, "down"}, {1, "up"}};
-const Names kJogFlags = {{0, "reset"},
-                         {1, "stop"},
-                         {2, "soft-limit override"},
-                         {3, "tilt low speed"},
-                         {4, "pan low speed"}};
+namespace jog = vocab::jog;
+namespace report = vocab::report;
+
+constexpr unsigned bitOf(vocab::Bit<vocab::JogMessage> bit) {
+    return static_cast<unsigned>(bit.bit);
+}
+constexpr unsigned bitOf(vocab::Bit<vocab::PositionReport> bit) {
+    return static_cast<unsigned>(bit.bit);
+}
+
+const Names kJogFlags = {{bitOf(jog::kReset), "reset"},
+                         {bitOf(jog::kStop), "stop"},
+                         {bitOf(jog::kSoftLimitOverride), "soft-limit override"},
+                         {bitOf(jog::kTiltLowSpeed), "tilt low speed"},
+                         {bitOf(jog::kPanLowSpeed), "pan low speed"}};
 const Names kControllerTypes = {{0, "Halvex"}, {1, "Zelvar"}};
 const Names kStatusA = {{2, "pan direction fault"}, {3, "pan timeout"},    {4, "CCW hard limit"},
                         {5, "CW hard limit"},       {6, "CCW soft limit"}, {7, "CW soft limit"}};
 const Names kStatusB = {{2, "tilt direction fault"}, {3, "tilt timeout"},    {4, "down hard limit"},
                         {5, "up hard limit"},        {6, "down soft limit"}, {7, "up soft limit"}};
-const Names kStatusC = {{0, "moving down"},    {1, "moving up"},           {2, "moving CCW"},
-                        {3, "moving CW"},      {4, "soft-limit override"}, {5, "target"},
-                        {6, "tour executing"}, {7, "continuous pan"}};
+const Names kStatusC = {
+    {0, "moving down"},         {1, "moving up"},
+    {2, "moving CCW"},          {3, "moving CW"},
+    {4, "soft-limit override"}, {bitOf(report::kTarget), "target"},
+    {6, "tour executing"},      {bitOf(report::kContinuousPan), "continuous pan"}};
 const Names kStepCamera = {{0, "default"}, {1, "camera 2"}, {2, "camera 3"}};
 const Names kBlank = {{7, "blank video"}};
 const Names kCameraBaud = {{0, "off"},   {1, "9600"},  {2, "14400"}, {3, "19200"},
@@ -191,20 +229,22 @@ std::vector<Field> operator+(std::vector<Field> first, const std::vector<Field>&
 
 // The controller type, in status byte A too, comes last: it never changes.
 std::vector<Field> reportFields() {
-    return panTilt(FieldKind::Angle) +
-           std::vector<Field>{flags("status A", 7, kStatusA, 0xFC),
-                              flags("status B", 8, kStatusB),
-                              flags("status C", 9, kStatusC),
-                              number("zoom 1", 10),
-                              number("focus 1", 11),
-                              number("zoom 2", 12),
-                              number("focus 2", 13),
-                              number("type", 7, 0x03, kControllerTypes)};
+    return {angle("pan", report::kPan),
+            angle("tilt", report::kTilt),
+            flags("status A", report::kStatusA, kStatusA),
+            flags("status B", report::kStatusB, kStatusB),
+            flags("status C", report::kStatusC, kStatusC),
+            number("zoom 1", report::kLens[0]),
+            number("focus 1", report::kLens[1]),
+            number("zoom 2", report::kLens[2]),
+            number("focus 2", report::kLens[3]),
+            number("type", report::kControllerType, kControllerTypes)};
 }
 
-// A position report names itself a target report when byte 9 bit 5 says so.
+// A position report names itself a target report when its target bit says so.
 std::vector<Layout> reports(const std::vector<Field>& fields) {
-    return {layout("target report", fields, bits(9, 0x20, 0x20)),
+    const unsigned target = 1u << bitOf(report::kTarget);
+    return {layout("target report", fields, bits(report::kTarget.offset, target, target)),
             layout("position report", fields)};
 }
 
@@ -253,16 +293,20 @@ class Builder {
 
 void addMotion(Builder& t) {
     // The speeds first: they are what a jog message is read for.
-    t.command(0x31, "jog message",
-              {number("pan speed", 2), number("tilt speed", 3), flags("flags", 1, kJogFlags, 0x1F),
-               number("pan direction", 1, 0x80, kPanDirection),
-               number("tilt direction", 1, 0x40, kTiltDirection), number("zoom 1 jog", 4),
-               number("focus 1 jog", 5), number("zoom 2 jog", 6), number("focus 2 jog", 7)});
-    t.reply(0x31,
+    t.command(vocab::JogMessage::kCode, "jog message",
+              {number("pan speed", jog::kPanSpeed), number("tilt speed", jog::kTiltSpeed),
+               flags("flags", jog::kFlags, kJogFlags),
+               number("pan direction", jog::kPanDirection, kPanDirection),
+               number("tilt direction", jog::kTiltDirection, kTiltDirection),
+               number("zoom 1 jog", jog::kLensJog[0]), number("focus 1 jog", jog::kLensJog[1]),
+               number("zoom 2 jog", jog::kLensJog[2]), number("focus 2 jog", jog::kLensJog[3])});
+    t.reply(vocab::JogMessage::kCode,
             reports(reportFields() +
-                    std::vector<Field>{number("camera 1 count", 14), number("camera 2 count", 15),
-                                       counted("camera 1 data", 16, 14),
-                                       counted("camera 2 data", Field::kFollows, 15)}));
+                    std::vector<Field>{
+                        number("camera 1 count", report::kCamera1Count),
+                        number("camera 2 count", report::kCamera2Count),
+                        counted("camera 1 data", report::kCameraData, report::kCamera1Count.offset),
+                        counted("camera 2 data", Field::kFollows, report::kCamera2Count.offset)}));
     t.command(0x32, "go to preset", {number("preset", 1)});
     t.command(0x33, "absolute move", panTilt(FieldKind::TargetAngle));
     t.command(0x34, "delta move", panTilt(FieldKind::Angle));

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "protocol/frame.h"
+#include "protocol/vocabulary.h"
 
 namespace halvex::sim {
 
@@ -23,6 +24,12 @@ class Command {
     std::int32_t angle(std::size_t first) const {
         return Build24(byte(first + 2), byte(first + 1), byte(first));
     }
+    // A field of the vocabulary; bytes past the end read as 0 here too.
+    template <class M>
+    std::uint32_t field(vocab::Field<M> place) const {
+        return vocab::get(*this, place);
+    }
+    Byte operator[](int n) const { return byte(static_cast<std::size_t>(n)); }
     // Bit 7 of byte 1 marks a read request in every get/set pair.
     bool isRead() const { return (byte(1) & 0x80) != 0; }
 
@@ -33,6 +40,17 @@ class Command {
 class Reply {
   public:
     explicit Reply(Byte code) : message_{code} {}
+
+    // A field of the vocabulary, the message growing to hold it.
+    template <class M>
+    Reply& set(vocab::Field<M> place, std::uint32_t value) {
+        const auto end = static_cast<std::size_t>(place.offset + place.size);
+        if (message_.size() < end) {
+            message_.resize(end, 0);
+        }
+        vocab::put(message_, place, value);
+        return *this;
+    }
 
     Reply& byte(int value) {
         message_.push_back(static_cast<Byte>(value & 0xFF));

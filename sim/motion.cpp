@@ -55,22 +55,25 @@ std::int32_t Motion::reportedTilt(const Settings& settings) const {
 }
 
 void Motion::jog(const JogRequest& request, const Settings& settings) {
-    if (BitIsSet(request.flags, kJogReset)) {
+    if (vocab::isSet(request.flags, vocab::jog::kReset)) {
         resetFaults();
     }
-    override_ = BitIsSet(request.flags, kJogOverride);
+    override_ = vocab::isSet(request.flags, vocab::jog::kSoftLimitOverride);
     latchArmedFaults(request.panSpeed != 0, request.tiltSpeed != 0);
     if (!pan_.hasTarget() || request.panSpeed != 0) {
-        pan_.jog(panFaulted()
-                     ? 0.0
-                     : jogVelocity(request.panSpeed, BitIsSet(request.flags, kJogPanCw),
-                                   BitIsSet(request.flags, kJogPanSlow), settings.panJogTop));
+        pan_.jog(panFaulted() ? 0.0
+                              : jogVelocity(request.panSpeed,
+                                            vocab::isSet(request.flags, vocab::jog::kPanCw),
+                                            vocab::isSet(request.flags, vocab::jog::kPanLowSpeed),
+                                            settings.panJogTop));
     }
     if (!tilt_.hasTarget() || request.tiltSpeed != 0) {
         tilt_.jog(tiltFaulted()
                       ? 0.0
-                      : jogVelocity(request.tiltSpeed, BitIsSet(request.flags, kJogTiltUp),
-                                    BitIsSet(request.flags, kJogTiltSlow), settings.tiltJogTop));
+                      : jogVelocity(request.tiltSpeed,
+                                    vocab::isSet(request.flags, vocab::jog::kTiltUp),
+                                    vocab::isSet(request.flags, vocab::jog::kTiltLowSpeed),
+                                    settings.tiltJogTop));
     }
 }
 

@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "protocol/frame.h"
+#include "protocol/vocabulary.h"
 #include "sim/axis.h"
 #include "sim/settings.h"
 
@@ -21,15 +22,6 @@ struct JogRequest {
     Byte panSpeed = 0;
     Byte tiltSpeed = 0;
 };
-
-// Jog flag bits.
-constexpr int kJogReset = 0;
-constexpr int kJogStop = 1;
-constexpr int kJogOverride = 2;
-constexpr int kJogTiltSlow = 3;
-constexpr int kJogPanSlow = 4;
-constexpr int kJogTiltUp = 6;
-constexpr int kJogPanCw = 7;
 
 class Motion {
   public:

@@ -43,9 +43,14 @@ Response moveToPreset(UnitState& state, Byte code, int number) {
 }
 
 Response jog(UnitState& state, const Command& command) {
-    const JogRequest request{command.byte(1), command.byte(2), command.byte(3)};
-    const std::array<Byte, 4> lensJog{command.byte(4), command.byte(5), command.byte(6),
-                                      command.byte(7)};
+    using namespace vocab;
+    const JogRequest request{static_cast<Byte>(command.field(jog::kFlagsByte)),
+                             static_cast<Byte>(command.field(jog::kPanSpeed)),
+                             static_cast<Byte>(command.field(jog::kTiltSpeed))};
+    std::array<Byte, 4> lensJog{};
+    for (std::size_t i = 0; i < lensJog.size(); ++i) {
+        lensJog[i] = static_cast<Byte>(command.field(jog::kLensJog[i]));
+    }
     bool anySpeed = request.panSpeed != 0 || request.tiltSpeed != 0;
     for (Byte value : lensJog) {
         anySpeed = anySpeed || (value >> 1) != 0;
@@ -55,7 +60,7 @@ Response jog(UnitState& state, const Command& command) {
     }
     state.motion.jog(request, state.settings);
     state.lenses.jog(lensJog, state.settings);
-    if (BitIsSet(request.flags, kJogStop)) {
+    if (isSet(request.flags, jog::kStop)) {
         state.endAutomation();
         state.motion.stop();
         state.lenses.stop();
@@ -97,7 +102,7 @@ Response absoluteMoveWithLenses(UnitState& state, const Command& command) {
 }  // namespace
 
 void addMotionCommands(CommandTable& table) {
-    table.add(0x31, 7, jog);
+    table.add(vocab::JogMessage::kCode, vocab::JogMessage::kLength - 1, jog);
     table.add(0x32, 1, goToPreset);
     table.add(0x33, 6, absoluteMove);
     table.add(0x34, 6, deltaMove);

@@ -6,9 +6,7 @@
 
 namespace halvex::sim {
 
-namespace {
-constexpr Byte kJogCode = 0x31;
-}  // namespace
+namespace {}  // namespace
 
 Unit::Unit(const UnitOptions& options)
     : state_(options), assembler_([this](const ConsoleFrame& frame) { handleFrame(frame); }) {
@@ -73,7 +71,7 @@ void Unit::dispatch(const ConsoleFrame& frame) {
         sendNak(command.code());
         return;
     }
-    if (command.code() != kJogCode) {
+    if (command.code() != vocab::JogMessage::kCode) {
         state_.endAutomation();
     }
     const Response response = entry->handler(state_, command);
