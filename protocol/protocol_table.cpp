@@ -129,10 +129,8 @@ const Names kTiltDirection = {{0, "down"}, {1, "up"}};
 namespace jog = vocab::jog;
 namespace report = vocab::report;
 
-constexpr unsigned bitOf(vocab::Bit<vocab::JogMessage> bit) {
-    return static_cast<unsigned>(bit.bit);
-}
-constexpr unsigned bitOf(vocab::Bit<vocab::PositionReport> bit) {
+template <class M>
+constexpr unsigned bitOf(vocab::Bit<M> bit) {
     return static_cast<unsigned>(bit.bit);
 }
 
