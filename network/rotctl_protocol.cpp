@@ -1,6 +1,7 @@
 #include "network/rotctl_protocol.h"
 
 #include <array>
+#include <cctype>
 #include <charconv>
 #include <system_error>
 #include <vector>
@@ -150,7 +151,7 @@ std::string formatNumber(double value) {
 
 std::string oneLine(std::string text) {
     for (char& c : text) {
-        if (static_cast<unsigned char>(c) < 0x20 || c == 0x7f) {
+        if (std::iscntrl(static_cast<unsigned char>(c)) != 0) {
             c = ' ';
         }
     }

@@ -20,7 +20,7 @@ bool needsStuffing(Byte value) {
 void appendStuffed(std::vector<Byte>& wire, Byte value) {
     if (needsStuffing(value)) {
         wire.push_back(kEsc);
-        wire.push_back(static_cast<Byte>(value | 0x80));
+        wire.push_back(stuffed(value));
     } else {
         wire.push_back(value);
     }

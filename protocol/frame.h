@@ -36,6 +36,15 @@ class ByteTable {
     std::array<Byte, kLastIndex + 1> data_{};
 };
 
+// An escaped value travels as ESC, then the value with this bit set.
+constexpr Byte kStuffBit = 0x80;
+inline Byte stuffed(Byte value) {
+    return static_cast<Byte>(value | kStuffBit);
+}
+inline Byte unstuffed(Byte escaped) {
+    return static_cast<Byte>(escaped & ~kStuffBit);
+}
+
 // True for the five values that travel escaped: STX, ETX, ACK, NAK, ESC.
 bool needsStuffing(Byte value);
 

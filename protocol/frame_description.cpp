@@ -178,7 +178,7 @@ void unstuff(const std::vector<Byte>& wire, FrameDescription& out) {
             break;
         }
         if (value == kEsc && i + 1 < wire.size()) {
-            value = static_cast<Byte>(wire[++i] & 0x7F);
+            value = unstuffed(wire[++i]);
         }
         values.push_back(value);
     }

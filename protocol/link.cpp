@@ -149,7 +149,7 @@ bool Link::writeStuffed(Byte value, CaptureLine& capture) {
         return port_->writeByte(value);
     }
     capture.addEscape();
-    return port_->writeByte(kEsc) && port_->writeByte(static_cast<Byte>(value | 0x80));
+    return port_->writeByte(kEsc) && port_->writeByte(stuffed(value));
 }
 
 void Link::write(const std::shared_ptr<FrameRecord>& record) {

@@ -13,103 +13,81 @@ namespace {
 
 using Names = std::vector<ValueName>;
 
-// Field builders: the table below reads as the payload descriptions do.
-Field number(std::string name, int offset, unsigned mask = 0xFF, Names names = {},
-             std::string unit = {}) {
+// Field builders: a name for people, the place from the vocabulary. The
+// table below reads as the payload descriptions do.
+template <class M>
+Field number(std::string name, vocab::Field<M> place, Names names = {}, std::string unit = {}) {
     Field field;
     field.name = std::move(name);
-    field.offset = offset;
-    field.mask = mask;
+    field.offset = place.offset;
+    field.size = place.size;
+    field.mask = place.mask;
     field.names = std::move(names);
     field.unit = std::move(unit);
     return field;
 }
 
-Field word(std::string name, int offset) {
-    Field field = number(std::move(name), offset);
-    field.size = 2;
-    field.mask = 0xFFFF;
-    return field;
-}
-
-Field signedOf(std::string name, int offset, int size) {
-    Field field = number(std::move(name), offset);
+template <class M>
+Field signedOf(std::string name, vocab::Field<M> place) {
+    Field field = number(std::move(name), place);
     field.kind = FieldKind::Signed;
-    field.size = size;
-    field.mask = size == 2 ? 0xFFFF : 0xFFFFFF;
     return field;
-}
-
-Field angle(std::string name, int offset, FieldKind kind = FieldKind::Angle) {
-    Field field = signedOf(std::move(name), offset, 3);
-    field.kind = kind;
-    return field;
-}
-
-Field flags(std::string name, int offset, Names bits, unsigned mask = 0xFF) {
-    Field field = number(std::move(name), offset, mask, std::move(bits));
-    field.kind = FieldKind::Flags;
-    return field;
-}
-
-Field text(std::string name, int offset, int size) {
-    Field field = number(std::move(name), offset);
-    field.kind = FieldKind::Text;
-    field.size = size;
-    return field;
-}
-
-Field bytes(std::string name, int offset, int size = 0) {
-    Field field = number(std::move(name), offset);
-    field.kind = FieldKind::Bytes;
-    field.size = size;
-    return field;
-}
-
-// Bytes whose count another byte of the message gives.
-Field counted(std::string name, int offset, int countAt, unsigned countMask = 0xFF) {
-    Field field = bytes(std::move(name), offset);
-    field.countAt = countAt;
-    field.countMask = countMask;
-    return field;
-}
-
-// The same builders for a field whose place the vocabulary gives.
-template <class M>
-Field placed(Field field, vocab::Field<M> place) {
-    field.offset = place.offset;
-    field.size = place.size;
-    field.mask = place.mask;
-    return field;
-}
-
-template <class M>
-Field number(std::string name, vocab::Field<M> place, Names names = {}) {
-    return placed(number(std::move(name), 0, 0xFF, std::move(names)), place);
-}
-
-template <class M>
-Field flags(std::string name, vocab::Field<M> place, Names bits) {
-    return placed(flags(std::move(name), 0, std::move(bits)), place);
 }
 
 template <class M>
 Field angle(std::string name, vocab::Field<M> place, FieldKind kind = FieldKind::Angle) {
-    return placed(angle(std::move(name), 0, kind), place);
+    Field field = number(std::move(name), place);
+    field.kind = kind;
+    return field;
+}
+
+template <class M>
+Field flags(std::string name, vocab::Field<M> place, Names bits) {
+    Field field = number(std::move(name), place, std::move(bits));
+    field.kind = FieldKind::Flags;
+    return field;
+}
+
+// Text and hexadecimal bytes from byte `offset` of M: `size` of them, or to
+// the end of the payload when 0.
+template <class M>
+Field bytes(std::string name, int offset, int size = 0, FieldKind kind = FieldKind::Bytes) {
+    Field field = number(std::move(name), vocab::Field<M>{offset});
+    field.kind = kind;
+    field.size = size;
+    return field;
+}
+
+// Bytes whose count a field of the message gives (or that follow the bytes
+// before them, at Field::kFollows).
+template <class M>
+Field counted(std::string name, int offset, vocab::Field<M> count) {
+    Field field = bytes<M>(std::move(name), offset);
+    field.countAt = count.offset;
+    field.countMask = count.mask;
+    return field;
+}
+
+template <class M>
+constexpr unsigned bitOf(vocab::Bit<M> bit) {
+    return static_cast<unsigned>(bit.bit);
 }
 
 Match always() {
     return {};
 }
-// Byte 1 bit 7: a "Get".
+template <class M>
 Match readRequest() {
-    return {Match::Kind::Bits, 1, 0x80, 0x80};
+    const vocab::Bit<M> read = vocab::kReadRequest<M>;
+    return {Match::Kind::Bits, read.offset, vocab::maskOf(read), vocab::maskOf(read)};
 }
-Match bits(int index, unsigned mask, unsigned value) {
-    return {Match::Kind::Bits, index, mask, value};
+template <class M>
+Match bitSet(vocab::Bit<M> bit) {
+    return {Match::Kind::Bits, bit.offset, vocab::maskOf(bit), vocab::maskOf(bit)};
 }
-Match length(unsigned count) {
-    return {Match::Kind::Length, 0, 0, count};
+template <class M>
+Match length() {
+    return {Match::Kind::Length, 0, 0, static_cast<unsigned>(M::kLength)};
 }
 
 Layout layout(std::string name, std::vector<Field> fields = {}, Match match = always()) {
@@ -117,7 +95,7 @@ Layout layout(std::string name, std::vector<Field> fields = {}, Match match = al
 }
 
 // A "Get": what follows the read flag (and the fields given) only pads it.
-Layout request(std::string name, Match match = readRequest(), std::vector<Field> fields = {}) {
+Layout request(std::string name, Match match, std::vector<Field> fields = {}) {
     Layout padded = layout(std::move(name), std::move(fields), match);
     padded.padded = true;
     return padded;
@@ -128,11 +106,6 @@ const Names kPanDirection = {{0, "CCW"}, {1, "CW"}};
 const Names kTiltDirection = {{0, "down"}, {1, "up"}};
 namespace jog = vocab::jog;
 namespace report = vocab::report;
-
-template <class M>
-constexpr unsigned bitOf(vocab::Bit<M> bit) {
-    return static_cast<unsigned>(bit.bit);
-}
 
 const Names kJogFlags = {{bitOf(jog::kReset), "reset"},
                          {bitOf(jog::kStop), "stop"},
@@ -156,68 +129,101 @@ const Names kCameraBaud = {{0, "off"},   {1, "9600"},  {2, "14400"}, {3, "19200"
 const Names kCameraFormat = {{0, "8/N"}, {1, "7/N"}, {2, "7/E"}, {3, "7/O"}};
 const Names kCameraLevel = {{0, "RS-232"}, {1, "RS-422"}};
 const Names kStopBits = {{0, "1"}, {1, "2"}};
-const Names kLensBits = {{1, "focus inv"}, {2, "focus rev"}, {3, "focus en"},
-                         {4, "zoom inv"},  {5, "zoom rev"},  {6, "zoom en"}};
 const Names kCameraSelect = {{0, "camera 1"}, {1, "camera 2"}};
 const Names kLegacySelection = {{0, "undefined"}, {1, "video select"}, {2, "blank video"}};
-const Names kCameraPower = {{2, "camera 1 power"}, {3, "camera 2 power"}};
-const Names kVideoBits = {{3, "PAL"}, {4, "blank Vout 2"}, {5, "blank Vout 1"}, {6, "store"}};
-const Names kLegacyModeBits = {{0, "OSD on"}, {3, "PAL"}, {6, "store"}};
 const Names kAuxBits = {
     {0, "camera 1 aux 1"}, {1, "camera 1 aux 2"}, {2, "camera 2 aux 1"}, {3, "camera 2 aux 2"}};
-const Names kDisplayBits = {{4, "on"}, {5, "signed"}, {6, "store"}};
 const Names kSoftLimits = {{0, "CW"}, {1, "CCW"}, {2, "up"}, {3, "down"}};
-const Names kDirectionBits = {{0, "pan motor reverse"},   {1, "tilt motor reverse"},
-                              {2, "pan resolver invert"}, {3, "tilt resolver invert"},
-                              {4, "continuous rotation"}, {5, "inverted mount"}};
 const Names kHeater = {{0, "disabled"}, {1, "share power"}, {2, "full power"}};
-const Names kHomingBits = {{0, "pan index found"}, {1, "tilt index found"}};
 
-// The step record of the tour commands and replies: preset byte, dwell byte.
-std::vector<Field> stepRecord(int at) {
-    return {number("preset", at, 0x3F), number("camera", at, 0xC0, kStepCamera),
-            number("dwell", at + 1, 0x7F, {}, " s"), flags("blank", at + 1, kBlank, 0x80)};
+template <class M, int At>
+Names lensBits() {
+    using L = vocab::LensSetup<M, At>;
+    return {{bitOf(L::kFocusInvert), "focus inv"}, {bitOf(L::kFocusReverse), "focus rev"},
+            {bitOf(L::kFocusEnable), "focus en"},  {bitOf(L::kZoomInvert), "zoom inv"},
+            {bitOf(L::kZoomReverse), "zoom rev"},  {bitOf(L::kZoomEnable), "zoom en"}};
 }
 
-std::vector<Field> cameraLine(int at, const std::string& camera) {
-    return {number(camera + " baud", at, 0x07, kCameraBaud),
-            number(camera + " format", at, 0x18, kCameraFormat),
-            number(camera + " level", at, 0x20, kCameraLevel),
-            number(camera + " stop bits", at, 0x40, kStopBits)};
+// The step record of the tour commands and replies: preset byte, dwell byte.
+template <class M, int At>
+std::vector<Field> stepRecord(vocab::StepRecord<M, At> step = {}) {
+    return {number("preset", step.kPreset), number("camera", step.kCamera, kStepCamera),
+            number("dwell", step.kDwell, {}, " s"), flags("blank", step.kBlank, kBlank)};
+}
+
+template <class M, int At>
+std::vector<Field> cameraLine(const std::string& camera, vocab::CameraLine<M, At> line = {}) {
+    return {number(camera + " baud", line.kBaud, kCameraBaud),
+            number(camera + " format", line.kFormat, kCameraFormat),
+            number(camera + " level", line.kLevel, kCameraLevel),
+            number(camera + " stop bits", line.kStopBits, kStopBits)};
 }
 
 std::vector<Field> lensConfiguration() {
-    return {flags("lens 1", 1, kLensBits, 0x7F), number("zoom 1 minimum", 2),
-            number("focus 1 minimum", 3),        flags("lens 2", 4, kLensBits, 0x7F),
-            number("zoom 2 minimum", 5),         number("focus 2 minimum", 6)};
+    using Lens1 = vocab::lens_configuration::Lens1;
+    using Lens2 = vocab::lens_configuration::Lens2;
+    return {flags("lens 1", Lens1::kFlags, lensBits<vocab::LensConfiguration, 1>()),
+            number("zoom 1 minimum", Lens1::kZoomMinimum),
+            number("focus 1 minimum", Lens1::kFocusMinimum),
+            flags("lens 2", Lens2::kFlags, lensBits<vocab::LensConfiguration, 4>()),
+            number("zoom 2 minimum", Lens2::kZoomMinimum),
+            number("focus 2 minimum", Lens2::kFocusMinimum)};
+}
+
+template <class M>
+Names cameraPower(vocab::Bit<M> camera1, vocab::Bit<M> camera2) {
+    return {{bitOf(camera1), "camera 1 power"}, {bitOf(camera2), "camera 2 power"}};
 }
 
 std::vector<Field> videoConfiguration() {
-    return {number("route", 1, 0x07), flags("mode", 1, kVideoBits, 0x78),
-            flags("power", 2, kCameraPower)};
+    namespace v = vocab::video_configuration;
+    const Names modeBits = {{bitOf(v::kPal), "PAL"},
+                            {bitOf(v::kBlankOutput2), "blank Vout 2"},
+                            {bitOf(v::kBlankOutput1), "blank Vout 1"},
+                            {bitOf(v::kStore), "store"}};
+    return {number("route", v::kRoute), flags("mode", v::kMode, modeBits),
+            flags("power", v::kPower, cameraPower(v::kCamera1Power, v::kCamera2Power))};
 }
 
 std::vector<Field> legacyVideo() {
-    return {number("selection", 1, 0x03, kLegacySelection), flags("power", 1, kCameraPower, 0xFC)};
+    namespace v = vocab::legacy_video;
+    return {number("selection", v::kSelection, kLegacySelection),
+            flags("power", v::kPower, cameraPower(v::kCamera1Power, v::kCamera2Power))};
 }
 
-std::vector<Field> displaySetting() {
-    return {number("line", 1, 0x0F), flags("display", 1, kDisplayBits, 0x70)};
+template <class M>
+std::vector<Field> displaySetting(vocab::DisplaySetting<M> display = {}) {
+    const Names bits = {{bitOf(display.kOn), "on"},
+                        {bitOf(display.kSigned), "signed"},
+                        {bitOf(display.kStore), "store"}};
+    return {number("line", display.kLine), flags("display", display.kBits, bits)};
 }
 
-std::vector<Field> panTilt(FieldKind kind, int at = 1) {
-    return {angle("pan", at, kind), angle("tilt", at + 3, kind)};
+template <class M, int At>
+std::vector<Field> panTilt(FieldKind kind, vocab::PanTilt<M, At> place = {}) {
+    return {angle("pan", place.kPan, kind), angle("tilt", place.kTilt, kind)};
 }
 
+template <class M>
+std::vector<Field> panTilt(vocab::Field<M> pan, vocab::Field<M> tilt, FieldKind kind) {
+    return {angle("pan", pan, kind), angle("tilt", tilt, kind)};
+}
+
+// The command masks nothing off the safe speeds; the answer shows them
+// without their top bit.
+template <class Pan, class Tilt>
 std::vector<Field> rates(bool safeMasked) {
-    const unsigned safe = safeMasked ? 0x7F : 0xFF;
-    return {
-        number("pan safe speed", 1, safe),  number("pan ramp", 2),  number("pan deceleration", 3),
-        number("tilt safe speed", 5, safe), number("tilt ramp", 6), number("tilt deceleration", 7)};
+    return {number("pan safe speed", safeMasked ? Pan::kSafeSpeed : Pan::kSafeSpeedByte),
+            number("pan ramp", Pan::kRamp),
+            number("pan deceleration", Pan::kDeceleration),
+            number("tilt safe speed", safeMasked ? Tilt::kSafeSpeed : Tilt::kSafeSpeedByte),
+            number("tilt ramp", Tilt::kRamp),
+            number("tilt deceleration", Tilt::kDeceleration)};
 }
 
-std::vector<Field> stepSettings(const std::string& axis, int at) {
-    return {word(axis + " minimum", at), word(axis + " maximum", at + 2)};
+template <class M, int At>
+std::vector<Field> stepSettings(const std::string& axis, vocab::StepRange<M, At> range = {}) {
+    return {number(axis + " minimum", range.kMinimum), number(axis + " maximum", range.kMaximum)};
 }
 
 std::vector<Field> operator+(std::vector<Field> first, const std::vector<Field>& second) {
@@ -241,39 +247,49 @@ std::vector<Field> reportFields() {
 
 // A position report names itself a target report when its target bit says so.
 std::vector<Layout> reports(const std::vector<Field>& fields) {
-    const unsigned target = 1u << bitOf(report::kTarget);
-    return {layout("target report", fields, bits(report::kTarget.offset, target, target)),
+    return {layout("target report", fields, bitSet(report::kTarget)),
             layout("position report", fields)};
 }
 
 std::vector<Field> presetRecord() {
-    return {number("preset", 1, 0xFF, {{255, "none"}}),
-            angle("pan", 2),
-            angle("tilt", 5),
-            number("zoom 1", 8),
-            number("focus 1", 9),
-            number("zoom 2", 10),
-            number("focus 2", 11)};
+    namespace p = vocab::preset_record;
+    return {number("preset", p::kPreset, {{p::kNoPreset, "none"}}),
+            angle("pan", p::kPan),
+            angle("tilt", p::kTilt),
+            number("zoom 1", p::kLens[0]),
+            number("focus 1", p::kLens[1]),
+            number("zoom 2", p::kLens[2]),
+            number("focus 2", p::kLens[3])};
 }
 
 // A command whose byte 1 may ask to read instead of set.
+template <class M>
 std::vector<Layout> getOrSet(const std::string& name, std::vector<Field> fields) {
-    return {request(name + " request"), layout(name, std::move(fields))};
+    return {request(name + " request", readRequest<M>()), layout(name, std::move(fields))};
 }
 
 class Builder {
   public:
-    void command(Byte code, std::vector<Layout> layouts) {
-        add(code, Direction::ToUnit, std::move(layouts));
+    template <class M>
+    void command(std::vector<Layout> layouts) {
+        add(M::kCode, Direction::ToUnit, std::move(layouts));
     }
-    void command(Byte code, const std::string& name, std::vector<Field> fields = {}) {
-        command(code, {layout(name, std::move(fields))});
+    template <class M>
+    void command(const std::string& name, std::vector<Field> fields = {}) {
+        command<M>({layout(name, std::move(fields))});
     }
-    void reply(Byte code, std::vector<Layout> layouts) {
-        add(code, Direction::FromUnit, std::move(layouts));
+    template <class M>
+    void getOrSetCommand(const std::string& name, std::vector<Field> fields) {
+        command<M>(getOrSet<M>(name, std::move(fields)));
     }
-    void reply(Byte code, const std::string& name, std::vector<Field> fields = {}) {
-        reply(code, {layout(name, std::move(fields))});
+    // A reply of layout M under the code of command C.
+    template <class M, class C = M>
+    void reply(std::vector<Layout> layouts) {
+        add(C::kCode, Direction::FromUnit, std::move(layouts));
+    }
+    template <class M, class C = M>
+    void reply(const std::string& name, std::vector<Field> fields = {}) {
+        reply<M, C>({layout(name, std::move(fields))});
     }
     std::vector<Message> take() {
         std::stable_sort(table_.begin(), table_.end(), [](const Message& a, const Message& b) {
@@ -291,184 +307,276 @@ class Builder {
 
 void addMotion(Builder& t) {
     // The speeds first: they are what a jog message is read for.
-    t.command(vocab::JogMessage::kCode, "jog message",
-              {number("pan speed", jog::kPanSpeed), number("tilt speed", jog::kTiltSpeed),
-               flags("flags", jog::kFlags, kJogFlags),
-               number("pan direction", jog::kPanDirection, kPanDirection),
-               number("tilt direction", jog::kTiltDirection, kTiltDirection),
-               number("zoom 1 jog", jog::kLensJog[0]), number("focus 1 jog", jog::kLensJog[1]),
-               number("zoom 2 jog", jog::kLensJog[2]), number("focus 2 jog", jog::kLensJog[3])});
-    t.reply(vocab::JogMessage::kCode,
-            reports(reportFields() +
-                    std::vector<Field>{
-                        number("camera 1 count", report::kCamera1Count),
-                        number("camera 2 count", report::kCamera2Count),
-                        counted("camera 1 data", report::kCameraData, report::kCamera1Count.offset),
-                        counted("camera 2 data", Field::kFollows, report::kCamera2Count.offset)}));
-    t.command(0x32, "go to preset", {number("preset", 1)});
-    t.command(0x33, "absolute move", panTilt(FieldKind::TargetAngle));
-    t.command(0x34, "delta move", panTilt(FieldKind::Angle));
-    t.command(0x35, "move to centre");
-    t.command(0x36, "move to home");
-    t.command(0x3A, "absolute move with lenses",
-              panTilt(FieldKind::TargetAngle) +
-                  std::vector<Field>{number("zoom 1", 7), number("focus 1", 8), number("zoom 2", 9),
-                                     number("focus 2", 10)});
-    for (Byte code : {0x32, 0x33, 0x34, 0x35, 0x36, 0x3A}) {
-        t.reply(code, reports(reportFields()));
-    }
+    t.command<vocab::JogMessage>(
+        "jog message",
+        {number("pan speed", jog::kPanSpeed), number("tilt speed", jog::kTiltSpeed),
+         flags("flags", jog::kFlags, kJogFlags),
+         number("pan direction", jog::kPanDirection, kPanDirection),
+         number("tilt direction", jog::kTiltDirection, kTiltDirection),
+         number("zoom 1 jog", jog::kLensJog[0]), number("focus 1 jog", jog::kLensJog[1]),
+         number("zoom 2 jog", jog::kLensJog[2]), number("focus 2 jog", jog::kLensJog[3])});
+    t.reply<vocab::PositionReport, vocab::JogMessage>(reports(
+        reportFields() +
+        std::vector<Field>{number("camera 1 count", report::kCamera1Count),
+                           number("camera 2 count", report::kCamera2Count),
+                           counted("camera 1 data", report::kCameraData, report::kCamera1Count),
+                           counted("camera 2 data", Field::kFollows, report::kCamera2Count)}));
+    t.command<vocab::GoToPreset>("go to preset", {number("preset", vocab::go_to_preset::kPreset)});
+    namespace am = vocab::absolute_move;
+    t.command<vocab::AbsoluteMove>("absolute move",
+                                   panTilt(am::kPan, am::kTilt, FieldKind::TargetAngle));
+    namespace dm = vocab::delta_move;
+    t.command<vocab::DeltaMove>("delta move", panTilt(dm::kPan, dm::kTilt, FieldKind::Angle));
+    t.command<vocab::MoveToCentre>("move to centre");
+    t.command<vocab::MoveToHome>("move to home");
+    namespace aml = vocab::absolute_move_with_lenses;
+    t.command<vocab::AbsoluteMoveWithLenses>(
+        "absolute move with lenses",
+        panTilt(aml::kPan, aml::kTilt, FieldKind::TargetAngle) +
+            std::vector<Field>{number("zoom 1", aml::kLens[0]), number("focus 1", aml::kLens[1]),
+                               number("zoom 2", aml::kLens[2]), number("focus 2", aml::kLens[3])});
+    t.reply<vocab::PositionReport, vocab::GoToPreset>(reports(reportFields()));
+    t.reply<vocab::PositionReport, vocab::AbsoluteMove>(reports(reportFields()));
+    t.reply<vocab::PositionReport, vocab::DeltaMove>(reports(reportFields()));
+    t.reply<vocab::PositionReport, vocab::MoveToCentre>(reports(reportFields()));
+    t.reply<vocab::PositionReport, vocab::MoveToHome>(reports(reportFields()));
+    t.reply<vocab::PositionReport, vocab::AbsoluteMoveWithLenses>(reports(reportFields()));
 }
 
 void addPresets(Builder& t) {
-    t.command(0x40, "preset request", {number("preset", 1)});
-    t.command(0x41,
-              {layout("preset query", {}, length(1)),
-               layout("store preset", {number("preset", 1), angle("pan", 2), angle("tilt", 5)})});
-    t.command(0x42, "store current position", {number("preset", 1)});
-    t.command(0x43, "add lens positions", {number("preset", 1)});
-    t.command(0x94, "clear all presets");
-    for (Byte code : {0x40, 0x41, 0x42, 0x43}) {
-        t.reply(code, "preset record", presetRecord());
-    }
-    t.reply(0x94, "presets cleared");
+    namespace sp = vocab::store_preset;
+    t.command<vocab::PresetRequest>("preset request",
+                                    {number("preset", vocab::preset_request::kPreset)});
+    // The unit answers the code alone with its preset record too.
+    t.command<vocab::StorePreset>(
+        {layout("preset query", {}, Match{Match::Kind::Length, 0, 0, 1}),
+         layout("store preset", {number("preset", sp::kPreset), angle("pan", sp::kPan),
+                                 angle("tilt", sp::kTilt)})});
+    t.command<vocab::StoreCurrentPosition>(
+        "store current position", {number("preset", vocab::store_current_position::kPreset)});
+    t.command<vocab::AddLensPositions>("add lens positions",
+                                       {number("preset", vocab::add_lens_positions::kPreset)});
+    t.command<vocab::ClearAllPresets>("clear all presets");
+    t.reply<vocab::PresetRecord, vocab::PresetRequest>("preset record", presetRecord());
+    t.reply<vocab::PresetRecord, vocab::StorePreset>("preset record", presetRecord());
+    t.reply<vocab::PresetRecord, vocab::StoreCurrentPosition>("preset record", presetRecord());
+    t.reply<vocab::PresetRecord, vocab::AddLensPositions>("preset record", presetRecord());
+    t.reply<vocab::ClearAllPresets>("presets cleared");
 }
 
 void addTours(Builder& t) {
-    const Field tour = number("tour", 1);
-    const Field step = number("step", 2);
-    t.command(0x37, "execute tour", {tour});
-    t.command(0x50, "clear tour", {tour});
-    t.command(0x51, "tour step request", {tour, step});
-    t.command(0x52, "append tour step", std::vector<Field>{tour} + stepRecord(2));
-    t.command(0x53, "insert tour step", std::vector<Field>{tour, step} + stepRecord(3));
-    t.command(0x54, "delete tour step", {tour, step});
-    t.command(0x55, "replace tour step", std::vector<Field>{tour, step} + stepRecord(3));
-    t.command(0x56, "tour step count request", {tour});
+    namespace v = vocab;
+    t.command<v::ExecuteTour>("execute tour", {number("tour", v::execute_tour::kTour)});
+    t.command<v::ClearTour>("clear tour", {number("tour", v::clear_tour::kTour)});
+    t.command<v::TourStepRequest>(
+        "tour step request",
+        {number("tour", v::tour_step_request::kTour), number("step", v::tour_step_request::kStep)});
+    t.command<v::AppendTourStep>("append tour step",
+                                 std::vector<Field>{number("tour", v::append_tour_step::kTour)} +
+                                     stepRecord(v::append_tour_step::Step{}));
+    t.command<v::InsertTourStep>("insert tour step",
+                                 std::vector<Field>{number("tour", v::insert_tour_step::kTour),
+                                                    number("step", v::insert_tour_step::kStep)} +
+                                     stepRecord(v::insert_tour_step::Step{}));
+    t.command<v::DeleteTourStep>("delete tour step", {number("tour", v::delete_tour_step::kTour),
+                                                      number("step", v::delete_tour_step::kStep)});
+    t.command<v::ReplaceTourStep>("replace tour step",
+                                  std::vector<Field>{number("tour", v::replace_tour_step::kTour),
+                                                     number("step", v::replace_tour_step::kStep)} +
+                                      stepRecord(v::replace_tour_step::Step{}));
+    t.command<v::TourStepCountRequest>("tour step count request",
+                                       {number("tour", v::tour_step_count_request::kTour)});
 
-    const Field stepOrNone = number("step", 2, 0xFF, {{255, "none"}});
-    const std::vector<Field> stepReply = std::vector<Field>{tour, stepOrNone} + stepRecord(3);
-    t.reply(0x37, "tour started", {number("tour", 1, 0xFF, {{255, "empty"}})});
-    t.reply(0x50, "tour cleared", {tour});
-    for (Byte code : {0x51, 0x52, 0x55}) {
-        t.reply(code, "tour step", stepReply);
-    }
-    t.reply(0x53, "tour step inserted", stepReply);
-    t.reply(0x54, "tour step deleted", stepReply);
-    t.reply(0x56, "tour step count", {tour, number("steps", 2, 0xFF, {{255, "corrupt"}})});
+    namespace ts = v::tour_step;
+    const std::vector<Field> stepReply =
+        std::vector<Field>{number("tour", ts::kTour),
+                           number("step", ts::kStep, {{ts::kNoStep, "none"}})} +
+        stepRecord(ts::Step{});
+    t.reply<v::TourStarted>("tour started", {number("tour", v::tour_started::kTour,
+                                                    {{v::tour_started::kEmpty, "empty"}})});
+    t.reply<v::TourCleared>("tour cleared", {number("tour", v::tour_cleared::kTour)});
+    t.reply<v::TourStep, v::TourStepRequest>("tour step", stepReply);
+    t.reply<v::TourStep, v::AppendTourStep>("tour step", stepReply);
+    t.reply<v::TourStep, v::ReplaceTourStep>("tour step", stepReply);
+    t.reply<v::TourStep, v::InsertTourStep>("tour step inserted", stepReply);
+    t.reply<v::TourStep, v::DeleteTourStep>("tour step deleted", stepReply);
+    namespace tc = v::tour_step_count;
+    t.reply<v::TourStepCount>(
+        "tour step count",
+        {number("tour", tc::kTour), number("steps", tc::kSteps, {{tc::kCorrupt, "corrupt"}})});
 }
 
 void addCamera(Builder& t) {
-    const std::vector<Field> lines = cameraLine(1, "camera 1") + cameraLine(2, "camera 2");
-    t.command(0x60, getOrSet("camera lines", lines));
-    t.reply(0x60, "camera lines", lines);
-    t.command(0x61, getOrSet("lens configuration", lensConfiguration()));
-    t.reply(0x61, "lens configuration", lensConfiguration());
-    t.command(0x62, "camera transmit",
-              {number("length", 1, 0x7F), number("to", 1, 0x80, kCameraSelect),
-               counted("data", 2, 1, 0x7F)});
-    t.reply(0x62, "camera transmit done");
-    const std::vector<Field> timeouts = {number("camera 1 time-out", 1),
-                                         number("camera 2 time-out", 2)};
-    t.command(0x65, getOrSet("camera time-outs", timeouts));
-    t.reply(0x65, "camera time-outs", timeouts);
+    namespace v = vocab;
+    const std::vector<Field> lines = cameraLine("camera 1", v::camera_lines::Camera1{}) +
+                                     cameraLine("camera 2", v::camera_lines::Camera2{});
+    t.getOrSetCommand<v::CameraLines>("camera lines", lines);
+    t.reply<v::CameraLines>("camera lines", lines);
+    t.getOrSetCommand<v::LensConfiguration>("lens configuration", lensConfiguration());
+    t.reply<v::LensConfiguration>("lens configuration", lensConfiguration());
+    namespace ct = v::camera_transmit;
+    t.command<v::CameraTransmit>(
+        "camera transmit", {number("length", ct::kCount), number("to", ct::kCamera, kCameraSelect),
+                            counted("data", ct::kData, ct::kCount)});
+    t.reply<v::CameraTransmitDone>("camera transmit done");
+    const std::vector<Field> timeouts = {number("camera 1 time-out", v::camera_timeouts::kCamera1),
+                                         number("camera 2 time-out", v::camera_timeouts::kCamera2)};
+    t.getOrSetCommand<v::CameraTimeouts>("camera time-outs", timeouts);
+    t.reply<v::CameraTimeouts>("camera time-outs", timeouts);
 }
 
 void addVideo(Builder& t) {
-    t.command(0x63, "legacy video", legacyVideo());
-    t.reply(0x63, "legacy video", legacyVideo());
-    t.command(0x64, {request("video request"),
-                     layout("legacy video mode", {flags("mode", 1, kLegacyModeBits)}, length(2)),
-                     layout("video configuration", videoConfiguration())});
-    t.reply(0x64, "video configuration", videoConfiguration());
-    t.command(0x66, "aux outputs", {flags("outputs", 1, kAuxBits)});
-    t.reply(0x66, "aux outputs", {flags("outputs", 1, kAuxBits)});
-    t.command(0x70, getOrSet("angle display", displaySetting()));
-    t.reply(0x70, "angle display", displaySetting());
-    t.command(0x71, getOrSet("name display", displaySetting()));
-    t.reply(0x71, "name display", displaySetting());
-    t.command(0x75, "site name", {text("text", 1, 12)});
-    t.reply(0x75, "site name stored");
+    namespace v = vocab;
+    t.command<v::LegacyVideo>("legacy video", legacyVideo());
+    t.reply<v::LegacyVideo>("legacy video", legacyVideo());
+    namespace vc = v::video_configuration;
+    const Names legacyModeBits = {{bitOf(vc::kLegacyDisplayOn), "OSD on"},
+                                  {bitOf(vc::kPal), "PAL"},
+                                  {bitOf(vc::kStore), "store"}};
+    t.command<v::VideoConfiguration>(
+        {request("video request", readRequest<v::VideoConfiguration>()),
+         layout("legacy video mode",
+                {flags("mode", v::Field<v::VideoConfiguration>{1}, legacyModeBits)},
+                Match{Match::Kind::Length, 0, 0, v::VideoConfiguration::kShortest}),
+         layout("video configuration", videoConfiguration())});
+    t.reply<v::VideoConfiguration>("video configuration", videoConfiguration());
+    const std::vector<Field> outputs = {flags("outputs", v::aux_outputs::kOutputs, kAuxBits)};
+    t.command<v::AuxOutputs>("aux outputs", outputs);
+    t.reply<v::AuxOutputs>("aux outputs", outputs);
+    t.getOrSetCommand<v::AngleDisplay>("angle display", displaySetting<v::AngleDisplay>());
+    t.reply<v::AngleDisplay>("angle display", displaySetting<v::AngleDisplay>());
+    t.getOrSetCommand<v::NameDisplay>("name display", displaySetting<v::NameDisplay>());
+    t.reply<v::NameDisplay>("name display", displaySetting<v::NameDisplay>());
+    t.command<v::SiteName>(
+        "site name", {bytes<v::SiteName>("text", v::site_name::kText, v::site_name::kTextLength,
+                                         FieldKind::Text)});
+    t.reply<v::SiteNameStored>("site name stored");
 }
 
 void addAlignment(Builder& t) {
-    const std::vector<Field> offsets = panTilt(FieldKind::Angle);
-    t.command(0x80, "set angle offsets", offsets);
-    t.command(0x81, {request("soft limit request", readRequest(),
-                             {number("limit", 1, 0x7F, kSoftLimits)}),
-                     layout("set soft limit", {number("limit", 1, 0xFF, kSoftLimits)})});
-    t.command(0x82, "align to centre");
-    t.command(0x83, "align to coordinates", offsets);
-    t.command(0x84, "zero offsets");
-    t.command(0x85, "offsets request");
-    for (Byte code : {0x80, 0x82, 0x83, 0x84, 0x85}) {
-        t.reply(code, "angle offsets", offsets);
-    }
-    t.reply(0x81, "soft limit", {number("limit", 1, 0xFF, kSoftLimits), angle("position", 2)});
+    namespace v = vocab;
+    t.command<v::SetAngleOffsets>("set angle offsets",
+                                  panTilt(FieldKind::Angle, v::set_angle_offsets{}));
+    namespace sl = v::soft_limit;
+    t.command<v::SoftLimit>(
+        {request("soft limit request", readRequest<v::SoftLimit>(),
+                 {number("limit", sl::kLimit, kSoftLimits)}),
+         layout("set soft limit", {number("limit", sl::kLimitByte, kSoftLimits)})});
+    t.command<v::AlignToCentre>("align to centre");
+    t.command<v::AlignToCoordinates>("align to coordinates",
+                                     panTilt(FieldKind::Angle, v::align_to_coordinates{}));
+    t.command<v::ZeroOffsets>("zero offsets");
+    t.command<v::OffsetsRequest>("offsets request");
+    const std::vector<Field> offsets = panTilt(FieldKind::Angle, v::angle_offsets{});
+    t.reply<v::AngleOffsets, v::SetAngleOffsets>("angle offsets", offsets);
+    t.reply<v::AngleOffsets, v::AlignToCentre>("angle offsets", offsets);
+    t.reply<v::AngleOffsets, v::AlignToCoordinates>("angle offsets", offsets);
+    t.reply<v::AngleOffsets, v::ZeroOffsets>("angle offsets", offsets);
+    t.reply<v::AngleOffsets, v::OffsetsRequest>("angle offsets", offsets);
+    t.reply<v::SoftLimitReply>("soft limit",
+                               {number("limit", v::soft_limit_reply::kLimit, kSoftLimits),
+                                angle("position", v::soft_limit_reply::kPosition)});
 
-    const std::vector<Field> centre = {signedOf("pan centre", 1, 3), signedOf("tilt centre", 4, 3)};
-    t.command(0x90, "centre request");
-    t.command(0x91, "set centre");
-    t.reply(0x90, "centre position", centre);
-    t.reply(0x91, "centre position", centre);
-    t.command(0x9D, "initial encoder alignment");
-    t.reply(0x9D, "encoder alignment finished",
-            {signedOf("pan reading", 1, 3), signedOf("tilt reading", 4, 3)});
-    t.command(0x9E, "homing cycle");
-    t.reply(0x9E, "homing cycle finished",
-            {flags("index", 1, kHomingBits), signedOf("pan index", 2, 3),
-             signedOf("tilt index", 5, 3)});
+    using Centre = v::centre_position;
+    const std::vector<Field> centre = {signedOf("pan centre", Centre::kPan),
+                                       signedOf("tilt centre", Centre::kTilt)};
+    t.command<v::CentreRequest>("centre request");
+    t.command<v::SetCentre>("set centre");
+    t.reply<v::CentrePosition, v::CentreRequest>("centre position", centre);
+    t.reply<v::CentrePosition, v::SetCentre>("centre position", centre);
+    t.command<v::EncoderAlignment>("initial encoder alignment");
+    using Readings = v::encoder_alignment_finished;
+    t.reply<v::EncoderAlignmentFinished>(
+        "encoder alignment finished",
+        {signedOf("pan reading", Readings::kPan), signedOf("tilt reading", Readings::kTilt)});
+    t.command<v::HomingCycle>("homing cycle");
+    namespace h = v::homing_cycle_finished;
+    const Names homingBits = {{bitOf(h::kPanIndexFound), "pan index found"},
+                              {bitOf(h::kTiltIndexFound), "tilt index found"}};
+    t.reply<v::HomingCycleFinished>("homing cycle finished", {flags("index", h::kIndex, homingBits),
+                                                              signedOf("pan index", h::kPan),
+                                                              signedOf("tilt index", h::kTilt)});
 }
 
 void addSetup(Builder& t) {
-    t.command(0x86, "ramp request");
-    t.reply(0x86, "ramps", {number("pan ramp", 1, 0x7F), number("tilt ramp", 2, 0x7F)});
-    t.command(0x92, getOrSet("rates", rates(false)));
-    t.reply(0x92, "rates", rates(true));
-    const std::vector<Field> minimumPair = {number("pan minimum", 1), number("tilt minimum", 2)};
-    const std::vector<Field> tiltSet = {number("tilt safe speed", 1, 0x7F), number("tilt ramp", 2),
-                                        word("tilt minimum", 3), word("tilt maximum", 5)};
-    t.command(0x93,
-              {layout("minimum pair", minimumPair, length(3)), layout("tilt settings", tiltSet)});
-    t.reply(0x93,
-            {layout("minimum pair", minimumPair, length(3)), layout("tilt settings", tiltSet)});
-    const std::vector<Field> directions = {flags("directions", 1, kDirectionBits)};
-    t.command(0x95, getOrSet("directions", directions));
-    t.reply(0x95, "directions", directions);
-    t.command(0x96, getOrSet("comm time-out", {number("seconds", 1, 0xFF, {{0, "off"}}, " s")}));
-    t.reply(0x96, "comm time-out", {number("seconds", 1, 0xFF, {{0, "off"}}, " s")});
-    t.command(0x97, getOrSet("heater", {number("mode", 1, 0xFF, kHeater)}));
-    t.reply(0x97, "heater", {number("mode", 1, 0x03, kHeater)});
-    const std::vector<Field> maxima = {number("pan maximum", 1), number("tilt maximum", 2)};
-    t.command(0x98, "maxima request");
-    t.reply(0x98, "maxima", maxima);
-    t.command(0x99, "maximum pair", maxima);
-    t.reply(0x99, "maxima", maxima);
-    t.command(0x9A, "firmware request");
-    t.reply(0x9A, "firmware",
-            {number("major", 1), number("minor", 2), number("day", 3), number("month", 4), [] {
-                 Field year = number("year", 5);
-                 year.bias = 2000;
-                 return year;
-             }()});
-    const std::vector<Field> speeds = {number("pan top speed", 2), number("tilt top speed", 3)};
-    t.command(0x9C, {request("second top speeds request", bits(1, 0xC0, 0xC0)),
-                     request("top speeds request", bits(1, 0xC0, 0x80)),
-                     layout("second top speeds", speeds, bits(1, 0x40, 0x40)),
-                     layout("top speeds", speeds)});
-    t.reply(0x9C, {layout("second top speeds", speeds, bits(1, 0x40, 0x40)),
-                   layout("top speeds", speeds)});
-    t.command(0x9F, getOrSet("unit address", {number("id", 1)}));
-    t.reply(0x9F, "unit address", {number("id", 1)});
-    t.command(0xA1, getOrSet("pan steps", stepSettings("pan", 2)));
-    t.reply(0xA1, "pan steps", stepSettings("pan", 1));
-    t.command(0xA2, getOrSet("tilt steps", stepSettings("tilt", 2)));
-    t.reply(0xA2, "tilt steps", stepSettings("tilt", 1));
-    t.command(0xA3, {request("diagnostics request", always())});
-    t.reply(0xA3, "diagnostics", {bytes("data", 1)});
-    const std::vector<Field> encoders = {signedOf("pan encoder", 2, 2),
-                                         signedOf("tilt encoder", 4, 2)};
-    t.command(0xA5, getOrSet("encoders", encoders));
-    t.reply(0xA5, "encoders", {signedOf("pan encoder", 1, 2), signedOf("tilt encoder", 3, 2)});
+    namespace v = vocab;
+    t.command<v::RampRequest>("ramp request");
+    t.reply<v::Ramps>("ramps",
+                      {number("pan ramp", v::ramps::kPan), number("tilt ramp", v::ramps::kTilt)});
+    t.getOrSetCommand<v::Rates>("rates", rates<v::rates::Pan, v::rates::Tilt>(false));
+    t.reply<v::RatesReply>("rates", rates<v::rates_reply::Pan, v::rates_reply::Tilt>(true));
+    const std::vector<Field> minimumPair = {number("pan minimum", v::minimum_pair::kPan),
+                                            number("tilt minimum", v::minimum_pair::kTilt)};
+    namespace tilt = v::tilt_settings;
+    const std::vector<Field> tiltSet = {
+        number("tilt safe speed", tilt::kSafeSpeed), number("tilt ramp", tilt::kRamp),
+        number("tilt minimum", tilt::kMinimum), number("tilt maximum", tilt::kMaximum)};
+    const std::vector<Layout> minimaOrTilt = {
+        layout("minimum pair", minimumPair, length<v::MinimumPair>()),
+        layout("tilt settings", tiltSet)};
+    t.command<v::MinimumPair>(minimaOrTilt);
+    t.reply<v::MinimumPair>(minimaOrTilt);
+
+    namespace d = v::directions;
+    const Names directionBits = {{bitOf(d::kPanMotorReverse), "pan motor reverse"},
+                                 {bitOf(d::kTiltMotorReverse), "tilt motor reverse"},
+                                 {bitOf(d::kPanResolverInvert), "pan resolver invert"},
+                                 {bitOf(d::kTiltResolverInvert), "tilt resolver invert"},
+                                 {bitOf(d::kContinuousRotation), "continuous rotation"},
+                                 {bitOf(d::kInvertedMount), "inverted mount"}};
+    const std::vector<Field> directions = {flags("directions", d::kBits, directionBits)};
+    t.getOrSetCommand<v::Directions>("directions", directions);
+    t.reply<v::Directions>("directions", directions);
+    const std::vector<Field> seconds = {
+        number("seconds", v::comm_timeout::kSeconds, {{0, "off"}}, " s")};
+    t.getOrSetCommand<v::CommTimeout>("comm time-out", seconds);
+    t.reply<v::CommTimeout>("comm time-out", seconds);
+    t.getOrSetCommand<v::Heater>("heater", {number("mode", v::heater::kModeByte, kHeater)});
+    t.reply<v::Heater>("heater", {number("mode", v::heater::kMode, kHeater)});
+    const std::vector<Field> maxima = {number("pan maximum", v::maxima::kPan),
+                                       number("tilt maximum", v::maxima::kTilt)};
+    t.command<v::MaximaRequest>("maxima request");
+    t.reply<v::Maxima, v::MaximaRequest>("maxima", maxima);
+    t.command<v::MaximumPair>("maximum pair", {number("pan maximum", v::maximum_pair::kPan),
+                                               number("tilt maximum", v::maximum_pair::kTilt)});
+    t.reply<v::Maxima, v::MaximumPair>("maxima", maxima);
+    t.command<v::FirmwareRequest>("firmware request");
+    namespace fw = v::firmware;
+    Field year = number("year", fw::kYear);
+    year.bias = fw::kYearBias;
+    t.reply<v::Firmware>("firmware", {number("major", fw::kMajor), number("minor", fw::kMinor),
+                                      number("day", fw::kDay), number("month", fw::kMonth), year});
+
+    namespace top = v::top_speeds;
+    const Byte read = v::maskOf(v::kReadRequest<v::TopSpeeds>);
+    const Byte second = v::maskOf(top::kSecond);
+    const auto variant = [](Byte mask, Byte value) {
+        return Match{Match::Kind::Bits, top::kVariant.offset, mask, value};
+    };
+    const std::vector<Field> speeds = {number("pan top speed", top::kPan),
+                                       number("tilt top speed", top::kTilt)};
+    t.command<v::TopSpeeds>(
+        {request("second top speeds request", variant(read | second, read | second)),
+         request("top speeds request", variant(read | second, read)),
+         layout("second top speeds", speeds, bitSet(top::kSecond)), layout("top speeds", speeds)});
+    namespace topr = v::top_speeds_reply;
+    const std::vector<Field> replySpeeds = {number("pan top speed", topr::kPan),
+                                            number("tilt top speed", topr::kTilt)};
+    t.reply<v::TopSpeedsReply>({layout("second top speeds", replySpeeds, bitSet(topr::kSecond)),
+                                layout("top speeds", replySpeeds)});
+    const std::vector<Field> id = {number("id", v::unit_address::kId)};
+    t.getOrSetCommand<v::UnitAddress>("unit address", id);
+    t.reply<v::UnitAddress>("unit address", id);
+    t.getOrSetCommand<v::PanSteps>("pan steps", stepSettings("pan", v::pan_steps{}));
+    t.reply<v::PanStepsReply>("pan steps", stepSettings("pan", v::pan_steps_reply{}));
+    t.getOrSetCommand<v::TiltSteps>("tilt steps", stepSettings("tilt", v::tilt_steps{}));
+    t.reply<v::TiltStepsReply>("tilt steps", stepSettings("tilt", v::tilt_steps_reply{}));
+    t.command<v::DiagnosticsRequest>({request("diagnostics request", always())});
+    t.reply<v::Diagnostics>("diagnostics", {bytes<v::Diagnostics>("data", v::diagnostics::kData)});
+    t.getOrSetCommand<v::Encoders>("encoders", {signedOf("pan encoder", v::encoders::kPan),
+                                                signedOf("tilt encoder", v::encoders::kTilt)});
+    t.reply<v::EncodersReply>("encoders", {signedOf("pan encoder", v::encoders_reply::kPan),
+                                           signedOf("tilt encoder", v::encoders_reply::kTilt)});
 }
 
 std::vector<Message> build() {

@@ -27,7 +27,7 @@ class FieldReader {
         if (raw == kEsc) {
             if (next_ + 1 < waiting_.size()) {
                 capture.push_back(kEsc);
-                value = static_cast<Byte>(waiting_[next_ + 1] & 0x7F);
+                value = unstuffed(waiting_[next_ + 1]);
                 next_ += 2;
                 capture.push_back(value);
                 return Result::Value;
