@@ -2,6 +2,7 @@
 
 #include "console/handler_wiring.h"
 #include "protocol/senders.h"
+#include "protocol/vocabulary.h"
 #include "views/pages/camera_page.h"
 
 namespace halvex {
@@ -10,17 +11,34 @@ namespace {
 const char* const kBaudTexts[8] = {"Dis", "9.6", "14.4", "19.2", "28.8", "38.4", "57.6", "115.2"};
 const char* const kFormatTexts[8] = {"8/N/1", "7/N/1", "7/E/1", "7/O/1",
                                      "8/N/2", "7/N/2", "7/E/2", "7/O/2"};
-constexpr int kLevelBit = 5;
-constexpr int kTwoStopBits = 6;
-constexpr Byte kReadRequest = 0x80;
+namespace lines = vocab::camera_lines;
+namespace timeouts = vocab::camera_timeouts;
 constexpr Byte kMaxTimeout = 100;
+// The format label's eight choices: the data and parity pair, then the same
+// with two stop bits.
+constexpr int kFormatsPerStopBits = 4;
 // The spin shows 9 ms a step and a reply 8 ms a step; both as the unit's
 // documentation gives them.
 constexpr int kSpinMsPerStep = 9;
 constexpr int kReplyMsPerStep = 8;
 
-QString levelText(Byte comm) {
-    return BitIsSet(comm, kLevelBit) ? QStringLiteral("422") : QStringLiteral("232");
+// One camera's line in the message: its byte and the fields in it.
+struct LineFields {
+    vocab::Field<vocab::CameraLines> byte, baud, format, level, stopBits;
+};
+
+template <class Line>
+constexpr LineFields lineFields(vocab::Field<vocab::CameraLines> byte) {
+    return {byte, Line::kBaud, Line::kFormat, Line::kLevel, Line::kStopBits};
+}
+
+const std::array<LineFields, 2> kLines = {lineFields<lines::Camera1>(lines::kCamera1Byte),
+                                          lineFields<lines::Camera2>(lines::kCamera2Byte)};
+const std::array<vocab::Field<vocab::CameraTimeouts>, 2> kTimeouts = {timeouts::kCamera1,
+                                                                      timeouts::kCamera2};
+
+QString levelText(const std::vector<Byte>& lines, const LineFields& line) {
+    return vocab::get(lines, line.level) != 0 ? QStringLiteral("422") : QStringLiteral("232");
 }
 }  // namespace
 
@@ -33,7 +51,7 @@ QString CameraLines::formatText(int index) {
 }
 
 CameraLines::CameraLines(ConsoleContext& context, CameraPage& page, QObject* parent)
-    : QObject(parent), context_(context), page_(page) {
+    : QObject(parent), context_(context), page_(page), lines_(vocab::blank<vocab::CameraLines>()) {
     FormState& state = context_.state;
     for (int camera = 0; camera < 2; ++camera) {
         const auto c = static_cast<std::size_t>(camera);
@@ -58,35 +76,36 @@ CameraLines::CameraLines(ConsoleContext& context, CameraPage& page, QObject* par
             [this] { GetCamTOBut_Click(); });
 }
 
+Byte CameraLines::CamComm(int camera) const {
+    return static_cast<Byte>(vocab::get(lines_, kLines[static_cast<std::size_t>(camera)].byte));
+}
+
 void CameraLines::registerDecoders() {
-    context_.receiver.registerDecoder(kSerialSettings, [this] { decodeSerialSettings(); });
-    context_.receiver.registerDecoder(kTimeouts, [this] { decodeTimeouts(); });
+    context_.receiver.registerDecoder(vocab::CameraLines::kCode,
+                                      [this] { decodeSerialSettings(); });
+    context_.receiver.registerDecoder(vocab::CameraTimeouts::kCode, [this] { decodeTimeouts(); });
 }
 
 void CameraLines::BaudLabel_Click(int camera) {
     const auto c = static_cast<std::size_t>(camera);
     CamBaudIndex[c] = CamBaudIndex[c] == 7 ? 0 : CamBaudIndex[c] + 1;
     page_.BaudLabel[c]->setText(baudText(CamBaudIndex[c]));
-    CamComm_[c] = static_cast<Byte>((CamComm_[c] & 248) + CamBaudIndex[c]);
+    vocab::put(lines_, kLines[c].baud, static_cast<std::uint32_t>(CamBaudIndex[c]));
 }
 
 void CameraLines::FormLabel_Click(int camera) {
     const auto c = static_cast<std::size_t>(camera);
     CamFormatIndex[c] = CamFormatIndex[c] == 7 ? 0 : CamFormatIndex[c] + 1;
     page_.FormLabel[c]->setText(formatText(CamFormatIndex[c]));
-    Byte comm = CamComm_[c];
-    const int dataAndParity = CamFormatIndex[c] & 3;
-    comm = (dataAndParity & 1) != 0 ? SetBit(comm, 3) : ClearBit(comm, 3);
-    comm = (dataAndParity & 2) != 0 ? SetBit(comm, 4) : ClearBit(comm, 4);
-    comm = CamFormatIndex[c] >= 4 ? SetBit(comm, kTwoStopBits) : ClearBit(comm, kTwoStopBits);
-    CamComm_[c] = comm;
+    vocab::put(lines_, kLines[c].format,
+               static_cast<std::uint32_t>(CamFormatIndex[c] % kFormatsPerStopBits));
+    vocab::put(lines_, kLines[c].stopBits, CamFormatIndex[c] >= kFormatsPerStopBits ? 1 : 0);
 }
 
 void CameraLines::LevelLabel_Click(int camera) {
     const auto c = static_cast<std::size_t>(camera);
-    CamComm_[c] = BitIsSet(CamComm_[c], kLevelBit) ? ClearBit(CamComm_[c], kLevelBit)
-                                                   : SetBit(CamComm_[c], kLevelBit);
-    page_.LevelLabel[c]->setText(levelText(CamComm_[c]));
+    vocab::put(lines_, kLines[c].level, vocab::get(lines_, kLines[c].level) != 0 ? 0 : 1);
+    page_.LevelLabel[c]->setText(levelText(lines_, kLines[c]));
 }
 
 void CameraLines::CamTOSpin_SpinUp(int camera) {
@@ -111,32 +130,36 @@ void CameraLines::showTimeout(int camera, int milliseconds) {
 }
 
 void CameraLines::SetCamBut_Click() {
-    sendMessage(context_.state, context_.link, {kSerialSettings, CamComm_[0], CamComm_[1]});
+    sendMessage(context_.state, context_.link, lines_);
 }
 
 void CameraLines::GetCamBut_Click() {
-    sendMessage(context_.state, context_.link, {kSerialSettings, kReadRequest, 0});
+    sendMessage(context_.state, context_.link, vocab::readRequest<vocab::CameraLines>());
 }
 
 void CameraLines::SetCamTOBut_Click() {
-    sendMessage(context_.state, context_.link, {kTimeouts, CamTimeout_[0], CamTimeout_[1]});
+    std::vector<Byte> message = vocab::blank<vocab::CameraTimeouts>();
+    for (std::size_t c = 0; c < 2; ++c) {
+        vocab::put(message, kTimeouts[c], CamTimeout_[c]);
+    }
+    sendMessage(context_.state, context_.link, message);
 }
 
 void CameraLines::GetCamTOBut_Click() {
-    sendMessage(context_.state, context_.link, {kTimeouts, kReadRequest, 0});
+    sendMessage(context_.state, context_.link, vocab::readRequest<vocab::CameraTimeouts>());
 }
 
 void CameraLines::decodeSerialSettings() {
     const ByteTable& rx = context_.state.RxBuffer;
-    for (int camera = 0; camera < 2; ++camera) {
-        const auto c = static_cast<std::size_t>(camera);
-        const Byte comm = rx[1 + camera];
-        CamComm_[c] = comm;
+    for (std::size_t c = 0; c < 2; ++c) {
+        const LineFields& line = kLines[c];
+        vocab::put(lines_, line.byte, vocab::get(rx, line.byte));
         // The next click on a label steps on from what the unit holds.
-        CamBaudIndex[c] = comm & 7;
-        CamFormatIndex[c] = ((comm & 24) >> 3) + (BitIsSet(comm, kTwoStopBits) ? 4 : 0);
+        CamBaudIndex[c] = static_cast<int>(vocab::get(lines_, line.baud));
+        CamFormatIndex[c] = static_cast<int>(vocab::get(lines_, line.format)) +
+                            (vocab::get(lines_, line.stopBits) != 0 ? kFormatsPerStopBits : 0);
         page_.BaudLabel[c]->setText(baudText(CamBaudIndex[c]));
-        page_.LevelLabel[c]->setText(levelText(comm));
+        page_.LevelLabel[c]->setText(levelText(lines_, line));
         page_.FormLabel[c]->setText(formatText(CamFormatIndex[c]));
     }
 }
@@ -145,7 +168,7 @@ void CameraLines::decodeTimeouts() {
     const ByteTable& rx = context_.state.RxBuffer;
     for (int camera = 0; camera < 2; ++camera) {
         const auto c = static_cast<std::size_t>(camera);
-        const Byte value = rx[1 + camera];
+        const auto value = static_cast<Byte>(vocab::get(rx, kTimeouts[c]));
         if (value == 0 || value > kMaxTimeout) {
             CamTimeout_[c] = 1;
             page_.CamTOLabel[c]->setText(QStringLiteral("*U*"));

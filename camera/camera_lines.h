@@ -3,6 +3,7 @@
 #include <QObject>
 #include <QString>
 #include <array>
+#include <vector>
 
 #include "console/console_context.h"
 
@@ -10,15 +11,13 @@ namespace halvex {
 
 class CameraPage;
 
-// The unit's two camera lines: baud rate, character format and level (0x60)
-// and the time the unit waits for a camera's answer (0x65). The labels step
-// through the choices; only the Set buttons send.
+// The unit's two camera lines: baud rate, character format and level
+// (vocab::CameraLines) and the time the unit waits for a camera's answer
+// (vocab::CameraTimeouts). The labels step through the choices; only the Set
+// buttons send.
 class CameraLines : public QObject {
     Q_OBJECT
   public:
-    static constexpr Byte kSerialSettings = 0x60;
-    static constexpr Byte kTimeouts = 0x65;
-
     CameraLines(ConsoleContext& context, CameraPage& page, QObject* parent = nullptr);
 
     void registerDecoders();
@@ -33,11 +32,11 @@ class CameraLines : public QObject {
     void SetCamTOBut_Click();
     void GetCamTOBut_Click();
 
-    // Replies of codes 0x60 and 0x65.
+    // Replies to vocab::CameraLines and vocab::CameraTimeouts.
     void decodeSerialSettings();
     void decodeTimeouts();
 
-    Byte CamComm(int camera) const { return CamComm_[static_cast<std::size_t>(camera)]; }
+    Byte CamComm(int camera) const;
     Byte CamTimeout(int camera) const { return CamTimeout_[static_cast<std::size_t>(camera)]; }
 
     static QString baudText(int index);
@@ -50,7 +49,8 @@ class CameraLines : public QObject {
     CameraPage& page_;
     std::array<int, 2> CamBaudIndex{};
     std::array<int, 2> CamFormatIndex{};
-    std::array<Byte, 2> CamComm_{};
+    // The lines' settings as the Set button sends them.
+    std::vector<Byte> lines_;
     // The unit takes 1..100; 1 until the unit says otherwise, so the first
     // step down stays in range.
     std::array<Byte, 2> CamTimeout_{1, 1};

@@ -6,13 +6,35 @@
 #include "camera/click_scope.h"
 #include "console/handler_wiring.h"
 #include "protocol/senders.h"
+#include "protocol/vocabulary.h"
 #include "views/pages/camera_page.h"
 
 namespace halvex {
 
 namespace {
-constexpr Byte kReadRequest = 0x80;
 constexpr int kLeftOnly = 1;
+
+using LensMessage = vocab::LensConfiguration;
+using Lens1 = vocab::lens_configuration::Lens1;
+using Lens2 = vocab::lens_configuration::Lens2;
+
+// One lens's fields in the message.
+struct LensFields {
+    vocab::Field<LensMessage> flags, zoomMinimum, focusMinimum;
+};
+
+template <class Lens>
+constexpr LensFields lensFields() {
+    return {Lens::kFlags, Lens::kZoomMinimum, Lens::kFocusMinimum};
+}
+
+const std::array<LensFields, 2> kLenses = {lensFields<Lens1>(), lensFields<Lens2>()};
+
+// The flags bit of each box, Lens1Check(1) first; both lenses' flags have
+// the same bits.
+const std::array<vocab::Bit<LensMessage>, CameraPage::kLensBits> kCheckBits = {
+    Lens1::kFocusInvert, Lens1::kFocusReverse, Lens1::kFocusEnable,
+    Lens1::kZoomInvert,  Lens1::kZoomReverse,  Lens1::kZoomEnable};
 // 256 steps over the box's 120 rows: the top row drives at almost full speed
 // one way, the bottom row at full speed the other.
 constexpr double kRowsPerStep = 0.46875;
@@ -101,15 +123,15 @@ LensControl::LensControl(ConsoleContext& context, JogState& jog, CameraPage& pag
 }
 
 void LensControl::registerDecoders() {
-    context_.receiver.registerDecoder(kLensConfiguration, [this] { decodeLensConfiguration(); });
+    context_.receiver.registerDecoder(LensMessage::kCode, [this] { decodeLensConfiguration(); });
 }
 
-void LensControl::LensCheck_Click(int camera, int bit, bool checked) {
+void LensControl::LensCheck_Click(int camera, int check, bool checked) {
     if (!context_.state.UserClickEnabled) {
         return;
     }
     Byte& config = LensConfig_[static_cast<std::size_t>(camera)];
-    config = checked ? SetBit(config, bit) : ClearBit(config, bit);
+    config = vocab::withBit(config, kCheckBits[static_cast<std::size_t>(check - 1)], checked);
 }
 
 void LensControl::ZoomMinSpin_SpinUp(int camera) {
@@ -139,36 +161,45 @@ void LensControl::showSpeeds() {
     }
 }
 
-void LensControl::send(Byte first) {
-    // A read differs from a write only in byte 1: the rest carries the
-    // console's own values either way.
-    sendMessage(context_.state, context_.link,
-                {kLensConfiguration, first, ZoomMinSpeed[0], FocusMinSpeed[0], LensConfig_[1],
-                 ZoomMinSpeed[1], FocusMinSpeed[1]});
+void LensControl::send(bool read) {
+    // A read differs from a write only in the first lens's flags byte, which
+    // then holds the read bit alone: the rest carries the console's own
+    // values either way.
+    std::vector<Byte> message = vocab::blank<LensMessage>();
+    for (std::size_t c = 0; c < 2; ++c) {
+        if (c != 0 || !read) {
+            vocab::put(message, kLenses[c].flags, LensConfig_[c]);
+        }
+        vocab::put(message, kLenses[c].zoomMinimum, ZoomMinSpeed[c]);
+        vocab::put(message, kLenses[c].focusMinimum, FocusMinSpeed[c]);
+    }
+    if (read) {
+        constexpr auto kRead = vocab::kReadRequest<LensMessage>;
+        message[kRead.offset] = vocab::withBit(message[kRead.offset], kRead, true);
+    }
+    sendMessage(context_.state, context_.link, message);
 }
 
 void LensControl::SetLensBut_Click() {
-    send(LensConfig_[0]);
+    send(false);
 }
 
 void LensControl::GetLensBut_Click() {
-    send(kReadRequest);
+    send(true);
 }
 
 void LensControl::decodeLensConfiguration() {
     const ByteTable& rx = context_.state.RxBuffer;
-    for (int camera = 0; camera < 2; ++camera) {
-        const auto c = static_cast<std::size_t>(camera);
-        LensConfig_[c] = rx[1 + 3 * camera] & 127;
-        ZoomMinSpeed[c] = rx[2 + 3 * camera];
-        FocusMinSpeed[c] = rx[3 + 3 * camera];
+    for (std::size_t c = 0; c < 2; ++c) {
+        LensConfig_[c] = static_cast<Byte>(vocab::get(rx, kLenses[c].flags));
+        ZoomMinSpeed[c] = static_cast<Byte>(vocab::get(rx, kLenses[c].zoomMinimum));
+        FocusMinSpeed[c] = static_cast<Byte>(vocab::get(rx, kLenses[c].focusMinimum));
     }
     {
         UserClicksOff quiet(context_.state);
         for (std::size_t c = 0; c < 2; ++c) {
-            for (int bit = 1; bit <= CameraPage::kLensBits; ++bit) {
-                page_.LensCheck[c][static_cast<std::size_t>(bit - 1)]->setChecked(
-                    BitIsSet(LensConfig_[c], bit));
+            for (std::size_t box = 0; box < kCheckBits.size(); ++box) {
+                page_.LensCheck[c][box]->setChecked(vocab::isSet(LensConfig_[c], kCheckBits[box]));
             }
         }
     }

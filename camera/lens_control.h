@@ -18,27 +18,26 @@ int lensButtonValue(Qt::MouseButtons buttons);
 // alone is held inside the box, and on the middle line.
 Byte lensJogByte(int button, double x, double y);
 
-// The lens configuration of both cameras (0x61): which motors are enabled,
+// The lens configuration of both cameras (vocab::LensConfiguration): which motors are enabled,
 // reversed or inverted, their minimum speeds, and the four zoom/focus boxes
 // whose jog bytes ride on every jog message.
 class LensControl : public QObject {
     Q_OBJECT
   public:
-    static constexpr Byte kLensConfiguration = 0x61;
-
     LensControl(ConsoleContext& context, JogState& jog, CameraPage& page,
                 QObject* parent = nullptr);
 
     void registerDecoders();
 
-    void LensCheck_Click(int camera, int bit, bool checked);
+    // check: the box's number, 1..CameraPage::kLensBits.
+    void LensCheck_Click(int camera, int check, bool checked);
     void ZoomMinSpin_SpinUp(int camera);
     void ZoomMinSpin_SpinDown(int camera);
     void FocusMinSpin_SpinUp(int camera);
     void FocusMinSpin_SpinDown(int camera);
     void SetLensBut_Click();
     void GetLensBut_Click();
-    // Reply of code 0x61.
+    // The reply to vocab::LensConfiguration.
     void decodeLensConfiguration();
     // box: 0 zoom 1, 1 focus 1, 2 zoom 2, 3 focus 2.
     void LensBox_Mouse(int box, int button, double x, double y);
@@ -47,7 +46,7 @@ class LensControl : public QObject {
     Byte LensConfig(int camera) const { return LensConfig_[static_cast<std::size_t>(camera)]; }
 
   private:
-    void send(Byte first);
+    void send(bool read);
     void showSpeeds();
 
     ConsoleContext& context_;

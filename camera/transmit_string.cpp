@@ -1,11 +1,12 @@
 #include "camera/transmit_string.h"
 
+#include "protocol/vocabulary_camera.h"
+
 namespace halvex {
 
 namespace {
 
 constexpr std::uint8_t kCarriageReturn = 13;
-constexpr std::uint8_t kCameraTwoBit = 0x80;
 
 TransmitString refuse(const char* title, const QString& text) {
     TransmitString result;
@@ -120,11 +121,11 @@ TransmitString buildTransmitString(const QString& boxText, TransmitMode mode, bo
     if (appendCr) {
         data.push_back(kCarriageReturn);
     }
-    const auto length = static_cast<std::uint8_t>(data.size());
-    result.command.reserve(data.size() + 2);
-    result.command.push_back(kCameraPassThrough);
-    result.command.push_back(
-        static_cast<std::uint8_t>(cameraIndex == 1 ? length | kCameraTwoBit : length));
+    namespace transmit = vocab::camera_transmit;
+    result.command.assign(static_cast<std::size_t>(transmit::kData), 0);
+    vocab::begin<vocab::CameraTransmit>(result.command);
+    vocab::put(result.command, transmit::kCount, static_cast<std::uint32_t>(data.size()));
+    vocab::put(result.command, transmit::kCamera, cameraIndex == 1 ? 1 : 0);
     result.command.insert(result.command.end(), data.begin(), data.end());
     return result;
 }

@@ -1,7 +1,8 @@
 #pragma once
 
 // The camera transmit string: the text of a camera's transmit box turned into
-// the bytes of the pass-through command (0x62), or the message that refuses it.
+// the bytes of the pass-through command (vocab::CameraTransmit), or the message
+// that refuses it.
 
 #include <QString>
 #include <cstdint>
@@ -11,13 +12,12 @@ namespace halvex {
 
 enum class TransmitMode { Ascii, Hex };
 
-inline constexpr std::uint8_t kCameraPassThrough = 0x62;
 inline constexpr int kMaxTransmitBytes = 80;
 
 struct TransmitString {
-    // TxBuffer bytes 0..n+1: the code 0x62, the length byte (bit 7 set for
-    // camera 2), the data and a carriage return when asked for. Its size is
-    // the count to hand to SendFrame. Empty when refused.
+    // A vocab::CameraTransmit message: the count of data bytes and the
+    // camera, then the data and a carriage return when asked for. Its size
+    // is the count to hand to SendFrame. Empty when refused.
     std::vector<std::uint8_t> command;
     // The box's new text; empty when refused, as the box then keeps what the
     // operator typed.

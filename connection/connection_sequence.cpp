@@ -146,8 +146,10 @@ void ConnectionSequence::Reinitialize() {
 }
 
 void ConnectionSequence::requestLimits() {
-    for (int index = 0; index < 4; ++index) {
-        sendMessage(context_.state, context_.link, {0x81, static_cast<Byte>(0x80 | index)});
+    for (int index = 0; index < vocab::soft_limit::kLimits; ++index) {
+        auto request = vocab::readRequest<vocab::SoftLimit>();
+        vocab::put(request, vocab::soft_limit::kLimit, static_cast<Byte>(index));
+        sendMessage(context_.state, context_.link, request);
     }
 }
 
@@ -197,7 +199,7 @@ bool ConnectionSequence::initialise(NoAnswer noAnswer) {
 
         view_.Label2[1]->setText(QStringLiteral("Offsets"));
         letEventsRun();
-        sendMessage(context_.state, link, {0x85});
+        sendMessage(context_.state, link, vocab::blank<vocab::OffsetsRequest>());
 
         view_.Label2[1]->setText(QStringLiteral("Limits"));
         letEventsRun();
@@ -223,9 +225,9 @@ bool ConnectionSequence::initialise(NoAnswer noAnswer) {
         for (const char* read : cameraReads()) {
             runInitialRead(context_, read);
         }
-        sendMessage(context_.state, link, {0x64, 0x80, 0x00});
-        sendMessage(context_.state, link, {0x70, 0x80});
-        sendMessage(context_.state, link, {0x71, 0x80});
+        sendMessage(context_.state, link, vocab::readRequest<vocab::VideoConfiguration>());
+        sendMessage(context_.state, link, vocab::readRequest<vocab::AngleDisplay>());
+        sendMessage(context_.state, link, vocab::readRequest<vocab::NameDisplay>());
     }
     // Exit (or a lost port) during the reads: the requests were dropped, and
     // the console is not online.

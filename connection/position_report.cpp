@@ -33,7 +33,7 @@ PositionReport::PositionReport(ConsoleContext& context, PanTiltPage& page, JogSt
     for (Byte code : table::replyCodesNamed("position report")) {
         context_.receiver.registerDecoder(code, [this] { decodePositionReport(); });
     }
-    context_.receiver.registerDecoder(0x81, [this] { decodeSoftLimit(); });
+    context_.receiver.registerDecoder(vocab::SoftLimitReply::kCode, [this] { decodeSoftLimit(); });
     context_.receiver.addRefreshHook([this] { refreshStatusLamps(); });
 }
 
@@ -128,8 +128,8 @@ void PositionReport::showCameraBytes(int& index, int count, int camera) {
 void PositionReport::decodeSoftLimit() {
     const ByteTable& rx = context_.state.RxBuffer;
     UnitStatus& status = context_.status;
-    const float value = hundredths(getPosition(rx, 2));
-    const int index = rx[1];
+    const float value = hundredths(getPosition(rx, vocab::soft_limit_reply::kPosition));
+    const auto index = static_cast<int>(vocab::get(rx, vocab::soft_limit_reply::kLimit));
     switch (index) {
         case 0:
             status.PanMaxLimit = value;
@@ -187,10 +187,13 @@ void PositionReport::refreshStatusLamps() {
             lamp->setColor(kLightGrey);
         }
     };
-    travel(page_.CWLed, BitIsSet(a, 5), BitIsSet(a, 7), BitIsSet(c, 3));
-    travel(page_.CCWLed, BitIsSet(a, 4), BitIsSet(a, 6), BitIsSet(c, 2));
-    travel(page_.UpLed, BitIsSet(b, 5), BitIsSet(b, 7), BitIsSet(c, 1));
-    travel(page_.DownLed, BitIsSet(b, 4), BitIsSet(b, 6), BitIsSet(c, 0));
+    using namespace vocab::report;
+    using vocab::isSet;
+    travel(page_.CWLed, isSet(a, kCwHardLimit), isSet(a, kCwSoftLimit), isSet(c, kMovingCw));
+    travel(page_.CCWLed, isSet(a, kCcwHardLimit), isSet(a, kCcwSoftLimit), isSet(c, kMovingCcw));
+    travel(page_.UpLed, isSet(b, kUpHardLimit), isSet(b, kUpSoftLimit), isSet(c, kMovingUp));
+    travel(page_.DownLed, isSet(b, kDownHardLimit), isSet(b, kDownSoftLimit),
+           isSet(c, kMovingDown));
 
     auto single = [&status](StatusLamp* lamp, bool lit, const QColor& on, const QColor& off,
                             bool isFault) {
@@ -199,13 +202,13 @@ void PositionReport::refreshStatusLamps() {
             status.LimitFault = true;
         }
     };
-    single(page_.PTOLed, BitIsSet(a, 3), kRed, kDarkRed, true);
-    single(page_.PDELed, BitIsSet(a, 2), kRed, kDarkRed, true);
-    single(page_.TTOLed, BitIsSet(b, 3), kRed, kDarkRed, true);
-    single(page_.TDELed, BitIsSet(b, 2), kRed, kDarkRed, true);
-    single(page_.DesLed, BitIsSet(c, 5), kYellow, kOlive, false);
-    single(page_.ExecLed, BitIsSet(c, 6), kGreen, kDarkGreen, false);
-    single(page_.SLOverLed, BitIsSet(c, 4), kRed, kDarkRed, false);
+    single(page_.PTOLed, isSet(a, kPanTimeout), kRed, kDarkRed, true);
+    single(page_.PDELed, isSet(a, kPanDirectionFault), kRed, kDarkRed, true);
+    single(page_.TTOLed, isSet(b, kTiltTimeout), kRed, kDarkRed, true);
+    single(page_.TDELed, isSet(b, kTiltDirectionFault), kRed, kDarkRed, true);
+    single(page_.DesLed, isSet(c, kTarget), kYellow, kOlive, false);
+    single(page_.ExecLed, isSet(c, kTourExecuting), kGreen, kDarkGreen, false);
+    single(page_.SLOverLed, isSet(c, kSoftLimitOverridden), kRed, kDarkRed, false);
 }
 
 void PositionReport::refreshControllerAndGauge() {

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "console/position_encoding.h"
+#include "protocol/vocabulary_presets.h"
 
 namespace halvex {
 
@@ -35,13 +36,14 @@ void PresetTable::store(int number, const PresetRecord& record) {
 }
 
 PresetRecord readPresetRecord(const ByteTable& rx) {
+    namespace p = vocab::preset_record;
     PresetRecord record;
-    record.pan = getPosition(rx, 2);
-    record.tilt = getPosition(rx, 5);
-    record.zoom1 = rx[8];
-    record.focus1 = rx[9];
-    record.zoom2 = rx[10];
-    record.focus2 = rx[11];
+    record.pan = getPosition(rx, p::kPan);
+    record.tilt = getPosition(rx, p::kTilt);
+    record.zoom1 = static_cast<Byte>(vocab::get(rx, p::kLens[0]));
+    record.focus1 = static_cast<Byte>(vocab::get(rx, p::kLens[1]));
+    record.zoom2 = static_cast<Byte>(vocab::get(rx, p::kLens[2]));
+    record.focus2 = static_cast<Byte>(vocab::get(rx, p::kLens[3]));
     return record;
 }
 

@@ -7,6 +7,7 @@
 #include "console/position_encoding.h"
 #include "positioning/angle_steps.h"
 #include "protocol/senders.h"
+#include "protocol/vocabulary.h"
 #include "protocol/wait.h"
 #include "views/pages/offsets_page.h"
 #include "views/widgets/led_display.h"
@@ -16,7 +17,6 @@ namespace halvex {
 namespace {
 const char* const kHeading = "Angle Offsets Adjustment";
 const char* const kNoIndex = "No Index";
-constexpr int kSoftLimits = 4;
 
 void setCaption(QLabel* label, const char* text) {
     if (label != nullptr) {
@@ -42,8 +42,23 @@ class TableReloadLock {
     PageLock lock_;
 };
 
-QString unscaled(const ByteTable& rx, int first) {
-    return QString::number(getPosition(rx, first));
+template <class M>
+QString unscaled(const ByteTable& rx, vocab::Field<M> field) {
+    return QString::number(getPosition(rx, field));
+}
+
+// An offset command that carries the page's pan and tilt. Encoded first: a
+// value that cannot be sent stops the change before anything is locked or
+// sent.
+template <class M, int At>
+std::vector<Byte> withCoordinates(vocab::PanTilt<M, At> fields, const OffsetsPage& page) {
+    using Fields = decltype(fields);
+    const std::int32_t pan = encodePosition(page.PanCorLED->value());
+    const std::int32_t tilt = encodePosition(page.TiltCorLED->value());
+    auto command = vocab::blank<M>();
+    vocab::put(command, Fields::kPan, static_cast<std::uint32_t>(pan));
+    vocab::put(command, Fields::kTilt, static_cast<std::uint32_t>(tilt));
+    return command;
 }
 }  // namespace
 
@@ -82,55 +97,40 @@ void Alignment::connectControls() {
 
 void Alignment::registerDecoders() {
     Receiver& receiver = context_.receiver;
-    for (Byte code : {kSetOffsets, kAlignCenter, kAlignCoordinates, kZeroOffsets, kGetOffsets}) {
+    // The five offset commands are all answered with the angle offsets.
+    for (Byte code : {vocab::SetAngleOffsets::kCode, vocab::AlignToCentre::kCode,
+                      vocab::AlignToCoordinates::kCode, vocab::ZeroOffsets::kCode,
+                      vocab::OffsetsRequest::kCode}) {
         receiver.registerDecoder(code, [this] { decodeOffsets(); });
     }
-    receiver.registerDecoder(kGetCenter, [this] { decodeCenter(); });
-    receiver.registerDecoder(kSetCenter, [this] { decodeCenter(); });
-    receiver.registerDecoder(kEncoderAlignment, [this] { decodeEncoderAlignment(); });
-    receiver.registerDecoder(kHoming, [this] { decodeHoming(); });
+    receiver.registerDecoder(vocab::CentreRequest::kCode, [this] { decodeCenter(); });
+    receiver.registerDecoder(vocab::SetCentre::kCode, [this] { decodeCenter(); });
+    receiver.registerDecoder(vocab::EncoderAlignmentFinished::kCode,
+                             [this] { decodeEncoderAlignment(); });
+    receiver.registerDecoder(vocab::HomingCycleFinished::kCode, [this] { decodeHoming(); });
 }
 
 void Alignment::SetCorBut_Click() {
-    changeOffsets(kSetOffsets, true);
+    changeOffsets(withCoordinates(vocab::set_angle_offsets{}, page_));
 }
 
 void Alignment::AlignCorBut_Click() {
-    changeOffsets(kAlignCoordinates, true);
+    changeOffsets(withCoordinates(vocab::align_to_coordinates{}, page_));
 }
 
 void Alignment::AlignCenBut_Click() {
-    changeOffsets(kAlignCenter, false);
+    changeOffsets(vocab::blank<vocab::AlignToCentre>());
 }
 
 void Alignment::ZeroOffBut_Click() {
-    changeOffsets(kZeroOffsets, false);
+    changeOffsets(vocab::blank<vocab::ZeroOffsets>());
 }
 
-void Alignment::changeOffsets(Byte code, bool withCoordinates) {
+void Alignment::changeOffsets(const std::vector<Byte>& command) {
     FormState& state = context_.state;
     Link& link = context_.link;
-    // Encoded first: a value that cannot be sent stops the change before
-    // anything is locked or sent.
-    std::int32_t pan = 0;
-    std::int32_t tilt = 0;
-    if (withCoordinates) {
-        pan = encodePosition(page_.PanCorLED->value());
-        tilt = encodePosition(page_.TiltCorLED->value());
-    }
     TableReloadLock lock(page_.Label2_6, surroundings_);
-    FrameTicket change;
-    {
-        SendInProgressScope sending(state);
-        state.TxBuffer[0] = code;
-        int count = 1;
-        if (withCoordinates) {
-            putPosition(state.TxBuffer, 1, pan);
-            putPosition(state.TxBuffer, 4, tilt);
-            count = 7;
-        }
-        change = link.SendFrame(count);
-    }
+    const FrameTicket change = sendMessage(state, link, command);
     if (!wentOut(change)) {
         return;  // the port is gone
     }
@@ -138,50 +138,56 @@ void Alignment::changeOffsets(Byte code, bool withCoordinates) {
 
     // The soft limits and presets are held in angle terms, which the new
     // offsets have shifted.
-    for (int index = 0; index < kSoftLimits; ++index) {
-        sendAndAwaitReply(state, link, {kSoftLimit, static_cast<Byte>(index | 0x80)});
+    for (int index = 0; index < vocab::soft_limit::kLimits; ++index) {
+        auto request = vocab::readRequest<vocab::SoftLimit>();
+        vocab::put(request, vocab::soft_limit::kLimit, static_cast<Byte>(index));
+        sendAndAwaitReply(state, link, request);
     }
     emit context_.events.presetsReloadRequested();
     context_.status.SyncDesiredPending = true;
 }
 
 void Alignment::GetAlignBut_Click() {
-    sendMessage(context_.state, context_.link, {kGetOffsets});
+    sendMessage(context_.state, context_.link, vocab::blank<vocab::OffsetsRequest>());
 }
 
 void Alignment::GetCenBut_Click() {
-    sendMessage(context_.state, context_.link, {kGetCenter});
+    sendMessage(context_.state, context_.link, vocab::blank<vocab::CentreRequest>());
 }
 
 void Alignment::SetCenBut_Click() {
-    sendMessage(context_.state, context_.link, {kSetCenter});
+    sendMessage(context_.state, context_.link, vocab::blank<vocab::SetCentre>());
 }
 
 void Alignment::decodeOffsets() {
     const ByteTable& rx = context_.state.RxBuffer;
-    const float panAngleOffset = static_cast<float>(getPosition(rx, 1)) / 100.0f;
-    const float tiltAngleOffset = static_cast<float>(getPosition(rx, 4)) / 100.0f;
+    using Offsets = vocab::angle_offsets;
+    const float panAngleOffset = static_cast<float>(getPosition(rx, Offsets::kPan)) / 100.0f;
+    const float tiltAngleOffset = static_cast<float>(getPosition(rx, Offsets::kTilt)) / 100.0f;
     page_.PanCorLED->setValue(panAngleOffset);
     page_.TiltCorLED->setValue(tiltAngleOffset);
 }
 
 void Alignment::decodeCenter() {
     const ByteTable& rx = context_.state.RxBuffer;
-    page_.Label1_18->setText(unscaled(rx, 1));
-    page_.Label1_19->setText(unscaled(rx, 4));
+    page_.Label1_18->setText(unscaled(rx, vocab::centre_position::kPan));
+    page_.Label1_19->setText(unscaled(rx, vocab::centre_position::kTilt));
 }
 
 void Alignment::decodeEncoderAlignment() {
     const ByteTable& rx = context_.state.RxBuffer;
-    page_.Label39->setText(unscaled(rx, 1));
-    page_.Label40->setText(unscaled(rx, 4));
+    page_.Label39->setText(unscaled(rx, vocab::encoder_alignment_finished::kPan));
+    page_.Label40->setText(unscaled(rx, vocab::encoder_alignment_finished::kTilt));
 }
 
 void Alignment::decodeHoming() {
     const ByteTable& rx = context_.state.RxBuffer;
-    const Byte flags = rx[1];
-    page_.Pindex->setText(BitIsSet(flags, 0) ? unscaled(rx, 2) : QString::fromLatin1(kNoIndex));
-    page_.Tindex->setText(BitIsSet(flags, 1) ? unscaled(rx, 5) : QString::fromLatin1(kNoIndex));
+    namespace h = vocab::homing_cycle_finished;
+    const auto flags = static_cast<Byte>(vocab::get(rx, h::kIndex));
+    page_.Pindex->setText(vocab::isSet(flags, h::kPanIndexFound) ? unscaled(rx, h::kPan)
+                                                                 : QString::fromLatin1(kNoIndex));
+    page_.Tindex->setText(vocab::isSet(flags, h::kTiltIndexFound) ? unscaled(rx, h::kTilt)
+                                                                  : QString::fromLatin1(kNoIndex));
 }
 
 }  // namespace halvex

@@ -5,6 +5,8 @@
 #include <QWidget>
 #include <functional>
 
+#include <vector>
+
 #include "console/console_context.h"
 
 namespace halvex {
@@ -18,17 +20,6 @@ class OffsetsPage;
 class Alignment : public QObject {
     Q_OBJECT
   public:
-    static constexpr Byte kSetOffsets = 0x80;
-    static constexpr Byte kSoftLimit = 0x81;
-    static constexpr Byte kAlignCenter = 0x82;
-    static constexpr Byte kAlignCoordinates = 0x83;
-    static constexpr Byte kZeroOffsets = 0x84;
-    static constexpr Byte kGetOffsets = 0x85;
-    static constexpr Byte kGetCenter = 0x90;
-    static constexpr Byte kSetCenter = 0x91;
-    static constexpr Byte kEncoderAlignment = 0x9D;
-    static constexpr Byte kHoming = 0x9E;
-
     // What an offset change needs from the rest of the window.
     struct Surroundings {
         QLabel* panCaption = nullptr;   // "Pan" above the position displays
@@ -52,7 +43,7 @@ class Alignment : public QObject {
   private:
     void connectControls();
     // Sends one offset command, then re-reads the soft limits and presets.
-    void changeOffsets(Byte code, bool withCoordinates);
+    void changeOffsets(const std::vector<Byte>& command);
     void decodeOffsets();
     void decodeCenter();
     void decodeEncoderAlignment();

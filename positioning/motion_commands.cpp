@@ -4,6 +4,7 @@
 #include "console/position_encoding.h"
 #include "positioning/angle_steps.h"
 #include "protocol/senders.h"
+#include "protocol/vocabulary.h"
 #include "views/pages/pan_tilt_page.h"
 
 namespace halvex {
@@ -46,54 +47,65 @@ MotionCommands::MotionCommands(ConsoleContext& context, PanTiltPage& page, QObje
     }
 }
 
-void MotionCommands::putDesiredPosition(bool honourHoldBoxes) {
+template <class M>
+void MotionCommands::putDesiredPosition(vocab::Field<M> pan, vocab::Field<M> tilt,
+                                        bool honourHoldBoxes) {
     // Encode both before touching the buffer, so a bad value sends nothing.
-    const std::int32_t pan = honourHoldBoxes && page_.HoldPanCheck->isChecked()
-                                 ? kHoldAxis
-                                 : encodePosition(page_.PanDesLED->value());
-    const std::int32_t tilt = honourHoldBoxes && page_.HoldTiltCheck->isChecked()
-                                  ? kHoldAxis
-                                  : encodePosition(page_.TiltDesLED->value());
-    putPosition(context_.state.TxBuffer, 1, pan);
-    putPosition(context_.state.TxBuffer, 4, tilt);
+    const std::int32_t panValue = honourHoldBoxes && page_.HoldPanCheck->isChecked()
+                                      ? kHoldAxis
+                                      : encodePosition(page_.PanDesLED->value());
+    const std::int32_t tiltValue = honourHoldBoxes && page_.HoldTiltCheck->isChecked()
+                                       ? kHoldAxis
+                                       : encodePosition(page_.TiltDesLED->value());
+    putPosition(context_.state.TxBuffer, pan, panValue);
+    putPosition(context_.state.TxBuffer, tilt, tiltValue);
 }
 
 void MotionCommands::AbsoBut_Click() {
+    using vocab::AbsoluteMove;
+    namespace m = vocab::absolute_move;
     SendInProgressScope sending(context_.state);
-    context_.state.TxBuffer[0] = 0x33;
-    putDesiredPosition(true);
-    context_.link.SendFrame(7);
+    vocab::begin<AbsoluteMove>(context_.state.TxBuffer);
+    putDesiredPosition(m::kPan, m::kTilt, true);
+    context_.link.SendFrame(AbsoluteMove::kLength);
 }
 
 void MotionCommands::AbsoZFBut_Click() {
+    using vocab::AbsoluteMoveWithLenses;
+    namespace m = vocab::absolute_move_with_lenses;
     SendInProgressScope sending(context_.state);
-    context_.state.TxBuffer[0] = 0x3A;
-    putDesiredPosition(true);
+    ByteTable& tx = context_.state.TxBuffer;
+    vocab::begin<AbsoluteMoveWithLenses>(tx);
+    putDesiredPosition(m::kPan, m::kTilt, true);
     for (std::size_t i = 0; i < page_.ZFScroll.size(); ++i) {
-        context_.state.TxBuffer[7 + i] = checkedByte(page_.ZFScroll[i]->value());
+        vocab::put(tx, m::kLens.at(i), checkedByte(page_.ZFScroll[i]->value()));
     }
-    context_.link.SendFrame(11);
+    context_.link.SendFrame(AbsoluteMoveWithLenses::kLength);
 }
 
 void MotionCommands::DeltaBut_Click() {
+    using vocab::DeltaMove;
+    namespace m = vocab::delta_move;
     SendInProgressScope sending(context_.state);
-    context_.state.TxBuffer[0] = 0x34;
+    vocab::begin<DeltaMove>(context_.state.TxBuffer);
     // A relative move always sends the entered values; the hold boxes only
     // mean something for an absolute move.
-    putDesiredPosition(false);
-    context_.link.SendFrame(7);
+    putDesiredPosition(m::kPan, m::kTilt, false);
+    context_.link.SendFrame(DeltaMove::kLength);
 }
 
 void MotionCommands::CenterBut_Click() {
-    sendMessage(context_.state, context_.link, {0x35});
+    sendMessage(context_.state, context_.link, vocab::blank<vocab::MoveToCentre>());
 }
 
 void MotionCommands::HomeBut_Click() {
-    sendMessage(context_.state, context_.link, {0x36});
+    sendMessage(context_.state, context_.link, vocab::blank<vocab::MoveToHome>());
 }
 
 void MotionCommands::SetSLBut_Click(int index) {
-    sendMessage(context_.state, context_.link, {0x81, checkedByte(index)});
+    auto message = vocab::blank<vocab::SoftLimit>();
+    vocab::put(message, vocab::soft_limit::kLimitByte, checkedByte(index));
+    sendMessage(context_.state, context_.link, message);
 }
 
 void MotionCommands::ClrLEDBut_Click(int index) {

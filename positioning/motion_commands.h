@@ -3,6 +3,7 @@
 #include <QObject>
 
 #include "console/console_context.h"
+#include "protocol/vocabulary_words.h"
 
 namespace halvex {
 
@@ -25,8 +26,10 @@ class MotionCommands : public QObject {
     void ZFScroll_Change(int index);
 
   private:
-    // Pan and tilt fields at bytes 1..6, with the hold boxes when asked.
-    void putDesiredPosition(bool honourHoldBoxes);
+    // The desired pan and tilt into a move's fields, with the hold boxes
+    // when asked.
+    template <class M>
+    void putDesiredPosition(vocab::Field<M> pan, vocab::Field<M> tilt, bool honourHoldBoxes);
 
     ConsoleContext& context_;
     PanTiltPage& page_;

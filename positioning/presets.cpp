@@ -4,6 +4,7 @@
 #include "console/position_encoding.h"
 #include "positioning/angle_steps.h"
 #include "protocol/senders.h"
+#include "protocol/vocabulary.h"
 #include "protocol/wait.h"
 #include "views/pages/presets_page.h"
 #include "views/widgets/led_display.h"
@@ -13,6 +14,14 @@ namespace halvex {
 namespace {
 const char* const kClearCaption = "Clear All Preset Entries To 0/0";
 const char* const kClearingCaption = "Clearing And Reloading Presets";
+
+// A message that names one preset.
+template <class M>
+std::vector<Byte> presetMessage(vocab::Field<M> presetField, Byte preset) {
+    auto message = vocab::blank<M>();
+    vocab::put(message, presetField, preset);
+    return message;
+}
 }  // namespace
 
 Presets::Presets(ConsoleContext& context, PresetsPage& page, QObject* parent)
@@ -49,14 +58,17 @@ void Presets::connectControls() {
 }
 
 void Presets::registerDecoders() {
-    for (Byte code = kGetPreset; code <= kAddLens; ++code) {
+    // Reading, storing, storing the current position and adding the lenses
+    // are all answered by a preset record under their own codes.
+    for (Byte code : {vocab::PresetRequest::kCode, vocab::StorePreset::kCode,
+                      vocab::StoreCurrentPosition::kCode, vocab::AddLensPositions::kCode}) {
         context_.receiver.registerDecoder(code, [this] { decodeReply(); });
     }
 }
 
 void Presets::decodeReply() {
     const ByteTable& rx = context_.state.RxBuffer;
-    const int number = rx[1];
+    const int number = static_cast<int>(vocab::get(rx, vocab::preset_record::kPreset));
     const PresetRecord record = readPresetRecord(rx);
     context_.presets.store(number, record);
 
@@ -83,7 +95,8 @@ void Presets::reload() {
         SendInProgressScope sending(context_.state);
         for (int number = 0; number < kUnitPresets && !reloading_.superseded(); ++number) {
             const FrameTicket request =
-                sendHeld(context_.state, context_.link, {kGetPreset, static_cast<Byte>(number)});
+                sendHeld(context_.state, context_.link,
+                         presetMessage(vocab::preset_request::kPreset, static_cast<Byte>(number)));
             if (!wentOut(request)) {
                 return;  // the port is gone
             }
@@ -120,7 +133,8 @@ Byte Presets::selectedPreset() const {
 }
 
 void Presets::PresetList_DblClick() {
-    sendMessage(context_.state, context_.link, {kGoToPreset, selectedPreset()});
+    sendMessage(context_.state, context_.link,
+                presetMessage(vocab::go_to_preset::kPreset, selectedPreset()));
 }
 
 void Presets::SavePreBut_Click() {
@@ -129,19 +143,22 @@ void Presets::SavePreBut_Click() {
     const std::int32_t tilt = encodePosition(page_.TiltPreLED->value());
     FormState& state = context_.state;
     SendInProgressScope sending(state);
-    state.TxBuffer[0] = kStorePreset;
-    state.TxBuffer[1] = preset;
-    putPosition(state.TxBuffer, 2, pan);
-    putPosition(state.TxBuffer, 5, tilt);
-    context_.link.SendFrame(8);
+    namespace m = vocab::store_preset;
+    vocab::begin<vocab::StorePreset>(state.TxBuffer);
+    vocab::put(state.TxBuffer, m::kPreset, preset);
+    putPosition(state.TxBuffer, m::kPan, pan);
+    putPosition(state.TxBuffer, m::kTilt, tilt);
+    context_.link.SendFrame(vocab::StorePreset::kLength);
 }
 
 void Presets::SaveCurPreBut_Click() {
-    sendAndAwaitReply(context_.state, context_.link, {kStoreCurrent, selectedPreset()});
+    sendAndAwaitReply(context_.state, context_.link,
+                      presetMessage(vocab::store_current_position::kPreset, selectedPreset()));
 }
 
 void Presets::AddAuxBut_Click() {
-    sendMessage(context_.state, context_.link, {kAddLens, selectedPreset()});
+    sendMessage(context_.state, context_.link,
+                presetMessage(vocab::add_lens_positions::kPreset, selectedPreset()));
 }
 
 void Presets::ClearPreBut_Click() {
@@ -150,7 +167,7 @@ void Presets::ClearPreBut_Click() {
     letEventsRun();
     // The unit's answer to the clear, then one more reply (the next jog
     // report) so the unit has finished zeroing before it is asked again.
-    sendAndAwaitReply(state, context_.link, {kClearPresets});
+    sendAndAwaitReply(state, context_.link, vocab::blank<vocab::ClearAllPresets>());
     context_.link.Timer4().setInterval(Link::kWatchdogMs);
     context_.link.awaitNextReply();
     reload();

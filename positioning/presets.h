@@ -18,13 +18,13 @@ class Presets : public QObject {
   public:
     Presets(ConsoleContext& context, PresetsPage& page, QObject* parent = nullptr);
 
-    // Registers the decoder of the preset replies (codes 64..67).
+    // Registers the decoder of the preset records.
     void registerDecoders();
 
     // Asks for presets 0..31 one at a time, each after the previous reply.
     void reload();
 
-    // Reply handler for codes 64..67: one preset record.
+    // Reply handler of the preset records.
     void decodeReply();
 
     void PresetList_Click();
@@ -33,13 +33,6 @@ class Presets : public QObject {
     void SaveCurPreBut_Click();
     void AddAuxBut_Click();
     void ClearPreBut_Click();
-
-    static constexpr Byte kGetPreset = 0x40;
-    static constexpr Byte kStorePreset = 0x41;
-    static constexpr Byte kStoreCurrent = 0x42;
-    static constexpr Byte kAddLens = 0x43;
-    static constexpr Byte kGoToPreset = 0x32;
-    static constexpr Byte kClearPresets = 0x94;
 
   private:
     void connectControls();

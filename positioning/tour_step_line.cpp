@@ -2,15 +2,19 @@
 
 #include "console/preset_table.h"
 #include "console/text_fields.h"
+#include "protocol/vocabulary.h"
 
 namespace halvex {
 
-QString tourStepLine(int step, Byte presetByte, Byte dwellByte, Byte unitVariant) {
-    const int preset = presetByte & kPresetNumberMask;
-    const int camera = presetByte >> 6;
-    const int dwell = dwellByte & kDwellSecondsMask;
+QString tourStepLine(const ByteTable& reply, Byte unitVariant) {
+    namespace t = vocab::tour_step;
+    using Step = t::Step;
+    const auto step = vocab::get(reply, t::kStep);
+    const auto preset = vocab::get(reply, Step::kPreset);
+    const auto camera = vocab::get(reply, Step::kCamera);
+    const auto dwell = vocab::get(reply, Step::kDwell);
     const QString blank =
-        (dwellByte & kVideoBlankBit) != 0 ? QStringLiteral("Y") : QStringLiteral("N");
+        vocab::get(reply, Step::kBlank) != 0 ? QStringLiteral("Y") : QStringLiteral("N");
 
     QString line = fitRight(QString::number(step), 2) + QStringLiteral("   Pre ") +
                    fitRight(QString::number(preset), 2) + QStringLiteral("  ") +

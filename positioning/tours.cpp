@@ -6,14 +6,32 @@
 #include "console/handler_wiring.h"
 #include "positioning/tour_step_line.h"
 #include "protocol/senders.h"
+#include "protocol/vocabulary.h"
 #include "views/pages/tours_page.h"
 
 namespace halvex {
 
 namespace {
-constexpr Byte kCamera2Bit = 64;
-constexpr Byte kCamera3Bit = 128;
+// A message that names one tour.
+template <class M>
+std::vector<Byte> tourMessage(vocab::Field<M> tourField, Byte tour) {
+    auto message = vocab::blank<M>();
+    vocab::put(message, tourField, tour);
+    return message;
+}
 }  // namespace
+
+// A step message of M: the tour and the chosen step. The caller adds the
+// step position where M has one.
+template <class M, int At>
+std::vector<Byte> Tours::stepMessage(vocab::Field<M> tourField, Byte tour,
+                                     vocab::StepRecord<M, At> record, const StepChoice& choice) {
+    using Step = decltype(record);
+    auto message = tourMessage(tourField, tour);
+    vocab::put(message, Step::kPresetByte, choice.presetByte);
+    vocab::put(message, Step::kDwellByte, choice.dwellByte);
+    return message;
+}
 
 Tours::Tours(ConsoleContext& context, ToursPage& page, std::function<bool()> videoBlank,
              QObject* parent)
@@ -44,12 +62,14 @@ void Tours::connectControls() {
 
 void Tours::registerDecoders() {
     Receiver& receiver = context_.receiver;
-    receiver.registerDecoder(kSelect, [this] { decodeCount(); });
-    for (Byte code : {kGetStep, kAppend, kReplace}) {
+    receiver.registerDecoder(vocab::TourStepCount::kCode, [this] { decodeCount(); });
+    // Inserting and deleting reload the tour instead.
+    for (Byte code : {vocab::TourStepRequest::kCode, vocab::AppendTourStep::kCode,
+                      vocab::ReplaceTourStep::kCode}) {
         receiver.registerDecoder(code, [this] { decodeStep(); });
     }
-    receiver.registerDecoder(kExecute, [this] { decodeExecute(); });
-    receiver.registerDecoder(kClear, [this] { decodeClear(); });
+    receiver.registerDecoder(vocab::TourStarted::kCode, [this] { decodeExecute(); });
+    receiver.registerDecoder(vocab::TourCleared::kCode, [this] { decodeClear(); });
     // Runs after the status lamps have worked out LimitFault for this reply.
     receiver.addRefreshHook([this] { checkTourEnd(); });
 }
@@ -79,7 +99,9 @@ void Tours::loadTour(int index) {
     page_.ScriptList->clear();
     showTourCaptions();
     const Byte tour = checkedByte(index);
-    if (!sendAndAwaitReply(state, context_.link, {kSelect, tour}) || tourStepCount_ == 0) {
+    if (!sendAndAwaitReply(state, context_.link,
+                           tourMessage(vocab::tour_step_count_request::kTour, tour)) ||
+        tourStepCount_ == 0) {
         return;
     }
     SendInProgressScope sending(state);
@@ -87,8 +109,9 @@ void Tours::loadTour(int index) {
     // every step it claims to have.
     const int count = tourStepCount_;
     for (int step = 0; step < count && !loading_.superseded(); ++step) {
-        const FrameTicket request =
-            sendHeld(state, context_.link, {kGetStep, tour, static_cast<Byte>(step)});
+        auto message = tourMessage(vocab::tour_step_request::kTour, tour);
+        vocab::put(message, vocab::tour_step_request::kStep, static_cast<Byte>(step));
+        const FrameTicket request = sendHeld(state, context_.link, message);
         if (!wentOut(request)) {
             return;  // the port is gone
         }
@@ -99,60 +122,81 @@ void Tours::loadTour(int index) {
 }
 
 void Tours::ScriptPreList_DblClick() {
-    int cameraBits = 0;
-    if (page_.CamSel[1]->isChecked()) {
-        cameraBits = kCamera2Bit;
-    } else if (page_.CamSel[2]->isChecked()) {
-        cameraBits = kCamera3Bit;
+    // Every step record has the same bits; the camera selectors are in the
+    // order of the step's camera numbers.
+    using Step = vocab::append_tour_step::Step;
+    std::uint32_t camera = 0;
+    for (std::size_t selector = 1; selector < page_.CamSel.size(); ++selector) {
+        if (page_.CamSel[selector]->isChecked()) {
+            camera = static_cast<std::uint32_t>(selector);
+            break;
+        }
     }
     const bool blank = videoBlank_ && videoBlank_();
-    const Byte preset = checkedByte(page_.ScriptPreList->currentRow() + cameraBits);
-    const Byte dwell = checkedByte(page_.WaitScroll->value() + (blank ? 128 : 0));
+    // Added up as whole bytes, so a row of -1 (nothing chosen) with camera 2
+    // goes out as the sum it makes and with the default camera is a range
+    // fault, as ever.
+    StepChoice choice;
+    choice.presetByte = checkedByte(page_.ScriptPreList->currentRow() +
+                                    static_cast<int>(vocab::inPlace(Step::kCamera, camera)));
+    choice.dwellByte = checkedByte(page_.WaitScroll->value() +
+                                   static_cast<int>(vocab::inPlace(Step::kBlank, blank ? 1 : 0)));
     const Byte tour = checkedByte(selectedTour_);
 
     if (page_.Option1[1]->isChecked()) {
-        editAtSelection(kInsert, QStringLiteral("Could Not Insert Into Tour"),
+        namespace m = vocab::insert_tour_step;
+        editAtSelection(m::kTour, m::kStep, m::Step{}, QStringLiteral("Could Not Insert Into Tour"),
                         QStringLiteral("You must select a position in the tour list to insert."),
-                        preset, dwell);
+                        choice);
     } else if (page_.Option1[2]->isChecked()) {
-        editAtSelection(kReplace, QStringLiteral("Could Not Replace In The Tour"),
-                        QStringLiteral("You must select a position in the tour list to replace."),
-                        preset, dwell);
+        namespace m = vocab::replace_tour_step;
+        editAtSelection(
+            m::kTour, m::kStep, m::Step{}, QStringLiteral("Could Not Replace In The Tour"),
+            QStringLiteral("You must select a position in the tour list to replace."), choice);
     } else {
         // The unit's step reply adds the line.
-        sendMessage(context_.state, context_.link, {kAppend, tour, preset, dwell});
+        namespace m = vocab::append_tour_step;
+        sendMessage(context_.state, context_.link, stepMessage(m::kTour, tour, m::Step{}, choice));
     }
 }
 
-void Tours::editAtSelection(Byte code, const QString& title, const QString& text, Byte preset,
-                            Byte dwell) {
+template <class M, int At>
+void Tours::editAtSelection(vocab::Field<M> tourField, vocab::Field<M> stepField,
+                            vocab::StepRecord<M, At> record, const QString& title,
+                            const QString& text, const StepChoice& choice) {
     const int selected = page_.ScriptList->currentRow();
     if (selected < 0) {
         context_.messages.exclamation(title, text);
         return;
     }
-    const Byte tour = checkedByte(selectedTour_);
-    sendAndAwaitReply(context_.state, context_.link,
-                      {code, tour, checkedByte(selected), preset, dwell});
+    auto message = stepMessage(tourField, checkedByte(selectedTour_), record, choice);
+    vocab::put(message, stepField, checkedByte(selected));
+    sendAndAwaitReply(context_.state, context_.link, message);
     TourSel_Click(selectedTour_);
 }
 
 void Tours::ScriptList_DblClick() {
     const Byte step = checkedByte(page_.ScriptList->currentRow());
-    sendAndAwaitReply(context_.state, context_.link, {kDelete, checkedByte(selectedTour_), step});
+    namespace m = vocab::delete_tour_step;
+    auto message = tourMessage(m::kTour, checkedByte(selectedTour_));
+    vocab::put(message, m::kStep, step);
+    sendAndAwaitReply(context_.state, context_.link, message);
     TourSel_Click(selectedTour_);
 }
 
 void Tours::ExecScriptBut_Click() {
-    sendMessage(context_.state, context_.link, {kExecute, checkedByte(selectedTour_)});
+    sendMessage(context_.state, context_.link,
+                tourMessage(vocab::execute_tour::kTour, checkedByte(selectedTour_)));
 }
 
 void Tours::ClearScriptBut_Click() {
-    sendMessage(context_.state, context_.link, {kClear, checkedByte(selectedTour_)});
+    sendMessage(context_.state, context_.link,
+                tourMessage(vocab::clear_tour::kTour, checkedByte(selectedTour_)));
 }
 
 void Tours::Command3_Click() {
-    sendMessage(context_.state, context_.link, {kSelect, checkedByte(selectedTour_)});
+    sendMessage(context_.state, context_.link,
+                tourMessage(vocab::tour_step_count_request::kTour, checkedByte(selectedTour_)));
 }
 
 void Tours::WaitScroll_Change() {
@@ -165,22 +209,22 @@ void Tours::WaitScroll_Change() {
 
 void Tours::decodeCount() {
     const ByteTable& rx = context_.state.RxBuffer;
-    selectedTour_ = rx[1];
-    tourStepCount_ = rx[2];
+    selectedTour_ = static_cast<int>(vocab::get(rx, vocab::tour_step_count::kTour));
+    tourStepCount_ = static_cast<int>(vocab::get(rx, vocab::tour_step_count::kSteps));
     page_.Label23->setText(QString::number(tourStepCount_));
 }
 
 void Tours::decodeStep() {
     const ByteTable& rx = context_.state.RxBuffer;
-    const int step = rx[2];
-    if (step == kNoStep) {
+    const auto step = static_cast<int>(vocab::get(rx, vocab::tour_step::kStep));
+    if (step == vocab::tour_step::kNoStep) {
         return;
     }
-    const QString line = tourStepLine(step, rx[3], rx[4], context_.status.UnitVariant());
+    const QString line = tourStepLine(rx, context_.status.UnitVariant());
     QListWidget* list = page_.ScriptList;
-    if (rx[0] == kReplace && step < list->count()) {
+    if (rx[0] == vocab::ReplaceTourStep::kCode && step < list->count()) {
         list->item(step)->setText(line);
-    } else if (list->count() < kNoStep) {
+    } else if (list->count() < vocab::tour_step::kNoStep) {
         // A tour has at most 255 steps; a line that keeps sending step
         // replies must not grow the list without end.
         list->addItem(line);
@@ -188,8 +232,9 @@ void Tours::decodeStep() {
 }
 
 void Tours::decodeExecute() {
-    const int tour = context_.state.RxBuffer[1];
-    if (tour == 255) {
+    const auto tour =
+        static_cast<int>(vocab::get(context_.state.RxBuffer, vocab::tour_started::kTour));
+    if (tour == vocab::tour_started::kEmpty) {
         context_.messages.exclamation(QStringLiteral("Execute Tour"),
                                       QStringLiteral("The tour is empty."));
         return;
@@ -201,7 +246,8 @@ void Tours::decodeExecute() {
 }
 
 void Tours::decodeClear() {
-    const int tour = checkedTour(context_.state.RxBuffer[1]);
+    const int tour = checkedTour(
+        static_cast<int>(vocab::get(context_.state.RxBuffer, vocab::tour_cleared::kTour)));
     selectedTour_ = tour;
     page_.TourSel[static_cast<std::size_t>(tour)]->setChecked(true);
     page_.ScriptList->clear();

@@ -5,6 +5,7 @@
 
 #include "console/console_context.h"
 #include "console/rerun_guard.h"
+#include "protocol/vocabulary_tours.h"
 
 namespace halvex {
 
@@ -16,17 +17,6 @@ class ToursPage;
 class Tours : public QObject {
     Q_OBJECT
   public:
-    static constexpr Byte kExecute = 0x37;
-    static constexpr Byte kClear = 0x50;
-    static constexpr Byte kGetStep = 0x51;
-    static constexpr Byte kAppend = 0x52;
-    static constexpr Byte kInsert = 0x53;
-    static constexpr Byte kDelete = 0x54;
-    static constexpr Byte kReplace = 0x55;
-    static constexpr Byte kSelect = 0x56;
-    // A step position the unit does not have.
-    static constexpr Byte kNoStep = 255;
-
     // `videoBlank` tells whether tour moves blank the video (may be empty).
     Tours(ConsoleContext& context, ToursPage& page, std::function<bool()> videoBlank,
           QObject* parent = nullptr);
@@ -62,9 +52,21 @@ class Tours : public QObject {
     void checkTourEnd();
     void showTourCaptions();
     void setEditingEnabled(bool enabled);
+    // A new step as the page has it chosen.
+    // The step's two bytes: the preset plus its camera's bits, the dwell
+    // plus the blank bit, each a sum that must fit its byte.
+    struct StepChoice {
+        Byte presetByte = 0;
+        Byte dwellByte = 0;
+    };
+    template <class M, int At>
+    static std::vector<Byte> stepMessage(vocab::Field<M> tourField, Byte tour,
+                                         vocab::StepRecord<M, At> record, const StepChoice& choice);
     // Inserts or replaces at the selected step, then reloads the tour.
-    void editAtSelection(Byte code, const QString& title, const QString& text, Byte preset,
-                         Byte dwell);
+    template <class M, int At>
+    void editAtSelection(vocab::Field<M> tourField, vocab::Field<M> stepField,
+                         vocab::StepRecord<M, At> record, const QString& title, const QString& text,
+                         const StepChoice& choice);
     // A tour number from a reply; only 0..2 name a selector.
     static int checkedTour(int tour);
 

@@ -14,12 +14,11 @@ void setScrollChecked(QScrollBar* scroll, long value) {
     scroll->setValue(static_cast<int>(value));
 }
 
-void appendLowHigh(std::vector<Byte>& message, const QScrollBar* scroll) {
+std::uint32_t wordOf(const QScrollBar* scroll) {
     Byte hi = 0;
     Byte lo = 0;
     Split16(scroll->value(), hi, lo);
-    message.push_back(lo);
-    message.push_back(hi);
+    return static_cast<std::uint32_t>(hi << 8 | lo);
 }
 
 Byte byteOf(const QScrollBar* scroll) {

@@ -4,15 +4,19 @@
 #include "console/handler_wiring.h"
 #include "protocol/flag_scope.h"
 #include "protocol/senders.h"
+#include "protocol/vocabulary.h"
 #include "setup/checked_scroll.h"
 #include "views/pages/factory_page.h"
 
 namespace halvex {
 
 namespace {
-constexpr Byte kRead = 0x80;
-constexpr int kConRotationBit = 4;
-constexpr int kInvertMountBit = 5;
+namespace v = vocab;
+namespace directions = vocab::directions;
+// RevCheck(0..3).
+const std::array<v::Bit<v::Directions>, 4> kReverseBits = {
+    directions::kPanMotorReverse, directions::kTiltMotorReverse, directions::kPanResolverInvert,
+    directions::kTiltResolverInvert};
 const char* const kLooking = "Looking...";
 }  // namespace
 
@@ -24,15 +28,16 @@ Directions::Directions(ConsoleContext& context, FactoryPage& page, IndexReadouts
 
 void Directions::connectControls() {
     FormState& state = context_.state;
-    const auto bindCheck = [this, &state](QCheckBox* box, const char* name, int bit) {
+    const auto bindCheck = [this, &state](QCheckBox* box, const char* name,
+                                          v::Bit<v::Directions> bit) {
         onEvent(state, box, &QCheckBox::clicked, this, name,
-                [this, bit](bool checked) { DirectionCheck_Click(bit, checked); });
+                [this, bit](bool checked) { DirectionCheck_Click(bit.bit, checked); });
     };
     for (std::size_t i = 0; i < page_.RevCheck.size(); ++i) {
-        bindCheck(page_.RevCheck[i], "RevCheck_Click", static_cast<int>(i));
+        bindCheck(page_.RevCheck[i], "RevCheck_Click", kReverseBits.at(i));
     }
-    bindCheck(page_.ConCheck, "ConCheck_Click", kConRotationBit);
-    bindCheck(page_.InvCheck, "InvCheck_Click", kInvertMountBit);
+    bindCheck(page_.ConCheck, "ConCheck_Click", directions::kContinuousRotation);
+    bindCheck(page_.InvCheck, "InvCheck_Click", directions::kInvertedMount);
 
     const auto bind = [this, &state](QPushButton* button, const char* name,
                                      void (Directions::*handler)()) {
@@ -48,8 +53,8 @@ void Directions::connectControls() {
 }
 
 void Directions::registerDecoders() {
-    context_.receiver.registerDecoder(kDirections, [this] { decodeDirections(); });
-    context_.receiver.registerDecoder(kEncoders, [this] { decodeEncoders(); });
+    context_.receiver.registerDecoder(v::Directions::kCode, [this] { decodeDirections(); });
+    context_.receiver.registerDecoder(v::EncodersReply::kCode, [this] { decodeEncoders(); });
 }
 
 void Directions::registerReads(ReadHandlers& reads) {
@@ -66,21 +71,23 @@ void Directions::DirectionCheck_Click(int bit, bool checked) {
 }
 
 void Directions::GetRevBut_Click() {
-    send({kDirections, kRead});
+    send(v::readRequest<v::Directions>());
 }
 
 void Directions::SetRevBut_Click() {
-    send({kDirections, directionFlags_});
+    std::vector<Byte> message = v::blank<v::Directions>();
+    v::put(message, directions::kBits, directionFlags_);
+    send(message);
 }
 
 void Directions::GetEncBut_Click() {
-    send({kEncoders, kRead, 0, 0, 0, 0});
+    send(v::readRequest<v::Encoders>());
 }
 
 void Directions::SetEncBut_Click() {
-    std::vector<Byte> message{kEncoders, 0x00};
-    appendLowHigh(message, page_.PEncScroll);
-    appendLowHigh(message, page_.TEncScroll);
+    std::vector<Byte> message = v::blank<v::Encoders>();
+    putWord(message, v::encoders::kPan, page_.PEncScroll);
+    putWord(message, v::encoders::kTilt, page_.TEncScroll);
     send(message);
 }
 
@@ -97,7 +104,7 @@ void Directions::InitEncBut_Click() {
                 "Now! Host Will Lose Communications During This Alignment!"))) {
         return;
     }
-    runProcedure(kEncoderAlignment);
+    runProcedure(v::blank<v::EncoderAlignment>());
     context_.link.Timer4().setInterval(kAfterAlignmentWatchdogMs);
 }
 
@@ -121,10 +128,10 @@ void Directions::EncHomeBut_Click() {
     }
     // Unlike the initial alignment, the homing cycle leaves the long
     // watchdog interval in place afterwards.
-    runProcedure(kHoming);
+    runProcedure(v::blank<v::HomingCycle>());
 }
 
-void Directions::runProcedure(Byte code) {
+void Directions::runProcedure(const std::vector<Byte>& command) {
     FlagScope running(procedureRunning_);
     context_.link.Timer4().setInterval(kProcedureWatchdogMs);
     // The unit answers when the procedure ends. The line is held until
@@ -132,25 +139,29 @@ void Directions::runProcedure(Byte code) {
     // unanswered would crowd the procedure's frame out of the replies the
     // link waits for.
     SendInProgressScope holding(context_.state);
-    context_.link.awaitReply(sendHeld(context_.state, context_.link, {code}));
+    context_.link.awaitReply(sendHeld(context_.state, context_.link, command));
 }
 
 void Directions::decodeDirections() {
     ControlsFromReply quiet(context_.state);
-    directionFlags_ = context_.state.RxBuffer[1];
+    directionFlags_ = static_cast<Byte>(v::get(context_.state.RxBuffer, directions::kBits));
     for (std::size_t i = 0; i < page_.RevCheck.size(); ++i) {
-        page_.RevCheck[i]->setChecked(BitIsSet(directionFlags_, static_cast<int>(i)));
+        page_.RevCheck[i]->setChecked(v::isSet(directionFlags_, kReverseBits.at(i)));
     }
-    page_.ConCheck->setChecked(BitIsSet(directionFlags_, kConRotationBit));
-    page_.InvCheck->setChecked(BitIsSet(directionFlags_, kInvertMountBit));
+    page_.ConCheck->setChecked(v::isSet(directionFlags_, directions::kContinuousRotation));
+    page_.InvCheck->setChecked(v::isSet(directionFlags_, directions::kInvertedMount));
 }
 
 void Directions::decodeEncoders() {
     ControlsFromReply quiet(context_.state);
     const ByteTable& rx = context_.state.RxBuffer;
-    // Low byte first on the line; Build16 takes the high byte first.
-    setScrollChecked(page_.PEncScroll, Build16(rx[2], rx[1]));
-    setScrollChecked(page_.TEncScroll, Build16(rx[4], rx[3]));
+    // The console's own reading of a count: Build16, high byte first.
+    const auto count = [&rx](v::Field<v::EncodersReply> field) {
+        const std::uint32_t word = v::get(rx, field);
+        return Build16(static_cast<Byte>(word >> 8), static_cast<Byte>(word));
+    };
+    setScrollChecked(page_.PEncScroll, count(v::encoders_reply::kPan));
+    setScrollChecked(page_.TEncScroll, count(v::encoders_reply::kTilt));
 }
 
 }  // namespace halvex

@@ -15,10 +15,6 @@ class FactoryPage;
 class Directions : public QObject {
     Q_OBJECT
   public:
-    static constexpr Byte kDirections = 0x95;
-    static constexpr Byte kEncoderAlignment = 0x9D;
-    static constexpr Byte kHoming = 0x9E;
-    static constexpr Byte kEncoders = 0xA5;
     // The reply watchdog while the unit is busy with a procedure, and after
     // the initial alignment.
     static constexpr int kProcedureWatchdogMs = 20000;
@@ -53,7 +49,7 @@ class Directions : public QObject {
     void decodeDirections();
     void decodeEncoders();
     // Sends one procedure command and waits (the unit is silent meanwhile).
-    void runProcedure(Byte code);
+    void runProcedure(const std::vector<Byte>& command);
 
     ConsoleContext& context_;
     FactoryPage& page_;

@@ -7,6 +7,7 @@
 #include "console/controls_from_reply.h"
 #include "console/handler_wiring.h"
 #include "protocol/senders.h"
+#include "protocol/vocabulary.h"
 #include "setup/checked_scroll.h"
 #include "views/pages/factory_page.h"
 #include "views/pages/setup_page.h"
@@ -14,7 +15,15 @@
 namespace halvex {
 
 namespace {
-constexpr Byte kRead = 0x80;
+namespace v = vocab;
+
+// A one-field message with its value.
+template <class M>
+std::vector<Byte> messageWith(v::Field<M> field, std::uint32_t value) {
+    std::vector<Byte> message = v::blank<M>();
+    v::put(message, field, value);
+    return message;
+}
 const char* const kFactoryAccessCode = "7214";
 
 // HeaterEcho is the other way round from a plain flag: true except while a
@@ -74,10 +83,10 @@ void Identity::connectControls() {
 
 void Identity::registerDecoders() {
     Receiver& receiver = context_.receiver;
-    receiver.registerDecoder(kAddress, [this] { decodeAddress(); });
-    receiver.registerDecoder(kCommTimeout, [this] { decodeCommTimeout(); });
-    receiver.registerDecoder(kHeater, [this] { decodeHeater(); });
-    receiver.registerDecoder(kFirmware, [this] { decodeFirmware(); });
+    receiver.registerDecoder(v::UnitAddress::kCode, [this] { decodeAddress(); });
+    receiver.registerDecoder(v::CommTimeout::kCode, [this] { decodeCommTimeout(); });
+    receiver.registerDecoder(v::Heater::kCode, [this] { decodeHeater(); });
+    receiver.registerDecoder(v::Firmware::kCode, [this] { decodeFirmware(); });
 }
 
 void Identity::registerReads(ReadHandlers& reads) {
@@ -96,41 +105,41 @@ void Identity::CurrIDScroll_Change(int value) {
 }
 
 void Identity::SetIDBut_Click() {
-    send({kAddress, byteOf(page_.IDScroll)});
+    send(messageWith(v::unit_address::kId, byteOf(page_.IDScroll)));
 }
 
 void Identity::BSetIDBut_Click() {
     const Byte id = byteOf(page_.IDScroll);
     context_.state.AddressOverride = kBroadcast;
-    send({kAddress, id});
+    send(messageWith(v::unit_address::kId, id));
 }
 
 void Identity::GetIDBut_Click() {
     context_.state.AddressOverride = kBroadcast;
-    send({kAddress, kRead});
+    send(v::readRequest<v::UnitAddress>());
 }
 
 void Identity::SetTOBut_Click() {
-    send({kCommTimeout, byteOf(page_.TOScroll)});
+    send(messageWith(v::comm_timeout::kSeconds, byteOf(page_.TOScroll)));
 }
 
 void Identity::GetTOBut_Click() {
-    send({kCommTimeout, kRead});
+    send(v::readRequest<v::CommTimeout>());
 }
 
 void Identity::HeatOp_Click(int index) {
     if (!HeaterEcho) {
         return;
     }
-    send({kHeater, checkedByte(index)});
+    send(messageWith(v::heater::kModeByte, checkedByte(index)));
 }
 
 void Identity::GetHeatBut_Click() {
-    send({kHeater, kRead});
+    send(v::readRequest<v::Heater>());
 }
 
 void Identity::RevBut_Click() {
-    send({kFirmware});
+    send(v::blank<v::FirmwareRequest>());
 }
 
 void Identity::PassEntBut_Click() {
@@ -143,12 +152,13 @@ void Identity::PassEntBut_Click() {
 
 void Identity::decodeAddress() {
     ControlsFromReply quiet(context_.state);
-    setScrollChecked(page_.IDScroll, context_.state.RxBuffer[1]);
+    setScrollChecked(page_.IDScroll, v::get(context_.state.RxBuffer, v::unit_address::kId));
 }
 
 void Identity::decodeCommTimeout() {
     ControlsFromReply quiet(context_.state);
-    const Byte seconds = context_.state.RxBuffer[1];
+    const auto seconds =
+        static_cast<int>(v::get(context_.state.RxBuffer, v::comm_timeout::kSeconds));
     page_.TOScroll->setValue(seconds > page_.TOScroll->maximum() ? page_.TOScroll->maximum()
                                                                  : seconds);
     page_.TOLabel->setText(QString::number(page_.TOScroll->value()));
@@ -157,20 +167,25 @@ void Identity::decodeCommTimeout() {
 void Identity::decodeHeater() {
     ControlsFromReply quiet(context_.state);
     HeaterEchoOff quietHeater(HeaterEcho);
-    page_.HeatOp[context_.state.RxBuffer[1] & 3]->setChecked(true);
+    page_.HeatOp[v::get(context_.state.RxBuffer, v::heater::kMode)]->setChecked(true);
 }
 
 void Identity::decodeFirmware() {
     const ByteTable& rx = context_.state.RxBuffer;
-    page_.RevLabel->setText(revisionCaption(rx[1], rx[2], rx[3], rx[4], rx[5]));
+    const auto byte = [&rx](v::Field<v::Firmware> field) {
+        return static_cast<Byte>(v::get(rx, field));
+    };
+    page_.RevLabel->setText(revisionCaption(byte(v::firmware::kMajor), byte(v::firmware::kMinor),
+                                            byte(v::firmware::kDay), byte(v::firmware::kMonth),
+                                            byte(v::firmware::kYear)));
 }
 
 QString Identity::revisionCaption(Byte major, Byte minor, Byte day, Byte month, Byte year) {
-    const QDate date(2000 + year, month, day);
+    const QDate date(v::firmware::kYearBias + year, month, day);
     if (!date.isValid()) {
         throw RangeFault(RangeFault::Overflow, "invalid date " + std::to_string(day) + "/" +
                                                    std::to_string(month) + "/" +
-                                                   std::to_string(2000 + year));
+                                                   std::to_string(v::firmware::kYearBias + year));
     }
     return QStringLiteral("Rev %1.%2  %3")
         .arg(major)

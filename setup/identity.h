@@ -16,11 +16,6 @@ class FactoryPage;
 class Identity : public QObject {
     Q_OBJECT
   public:
-    static constexpr Byte kCommTimeout = 0x96;
-    static constexpr Byte kHeater = 0x97;
-    static constexpr Byte kFirmware = 0x9A;
-    static constexpr Byte kAddress = 0x9F;
-
     Identity(ConsoleContext& context, SetupPage& page, FactoryPage& factory,
              QObject* parent = nullptr);
 

@@ -5,26 +5,33 @@
 #include "console/controls_from_reply.h"
 #include "console/handler_wiring.h"
 #include "protocol/senders.h"
+#include "protocol/vocabulary.h"
 #include "setup/checked_scroll.h"
 #include "views/pages/setup_page.h"
 
 namespace halvex {
 
 namespace {
-constexpr Byte kRead = 0x80;
-constexpr Byte kSecondVariant = 0x40;
-constexpr int kSecondVariantBit = 6;
+namespace v = vocab;
 constexpr Byte kMaxDecel = 63;
 
-// A ramp or maximum of 0 is shown as 1.
-Byte atLeastOne(Byte value) {
-    return value == 0 ? 1 : value;
+template <class M>
+std::vector<Byte> withBits(std::vector<Byte> message, v::Bit<M> bit) {
+    message[static_cast<std::size_t>(bit.offset)] =
+        v::withBit(message[static_cast<std::size_t>(bit.offset)], bit, true);
+    return message;
 }
 
-// Low and high byte as one signed 16-bit number, without folding: above
-// 32767 it does not fit.
-long word(Byte lo, Byte hi) {
-    const long sum = lo + 256L * hi;
+// A ramp or maximum of 0 is shown as 1.
+Byte atLeastOne(std::uint32_t value) {
+    return value == 0 ? 1 : static_cast<Byte>(value);
+}
+
+// A two-byte field as a signed 16-bit number, without folding: above 32767
+// it does not fit.
+template <class M>
+long word(const ByteTable& rx, v::Field<M> field) {
+    const long sum = v::get(rx, field);
     if (sum > 32767) {
         throw RangeFault(RangeFault::Overflow, "overflow: " + std::to_string(sum));
     }
@@ -61,15 +68,18 @@ void SpeedsAndLimits::connectControls() {
 
 void SpeedsAndLimits::registerDecoders() {
     Receiver& receiver = context_.receiver;
-    receiver.registerDecoder(kRates, [this] { decodeRates(); });
-    receiver.registerDecoder(kRamps, [this] { decodeRamps(); });
-    receiver.registerDecoder(kTopSpeeds, [this] { decodeTopSpeeds(); });
-    receiver.registerDecoder(kPanMinMax,
-                             [this] { decodeMinMax(page_.PMinScroll, page_.PMaxScroll); });
-    receiver.registerDecoder(kTiltMinMax,
-                             [this] { decodeMinMax(page_.TMinScroll, page_.TMaxScroll); });
-    receiver.registerDecoder(kMaxima, [this] { decodeMaxima(); });
-    receiver.registerDecoder(kMaximaSet, [this] { decodeMaxima(); });
+    receiver.registerDecoder(v::Rates::kCode, [this] { decodeRates(); });
+    receiver.registerDecoder(v::Ramps::kCode, [this] { decodeRamps(); });
+    receiver.registerDecoder(v::TopSpeedsReply::kCode, [this] { decodeTopSpeeds(); });
+    receiver.registerDecoder(v::PanStepsReply::kCode, [this] {
+        decodeMinMax<v::pan_steps_reply>(page_.PMinScroll, page_.PMaxScroll);
+    });
+    receiver.registerDecoder(v::TiltStepsReply::kCode, [this] {
+        decodeMinMax<v::tilt_steps_reply>(page_.TMinScroll, page_.TMaxScroll);
+    });
+    // The maxima come back under the code of either command.
+    receiver.registerDecoder(v::Maxima::kCode, [this] { decodeMaxima(); });
+    receiver.registerDecoder(v::MaximumPair::kCode, [this] { decodeMaxima(); });
 }
 
 void SpeedsAndLimits::registerReads(ReadHandlers& reads) {
@@ -85,111 +95,134 @@ void SpeedsAndLimits::send(const std::vector<Byte>& message) {
 }
 
 void SpeedsAndLimits::GetRateBut_Click() {
-    send({kRates, kRead, 0, 0, 0, 0, 0, 0, 0});
+    send(v::readRequest<v::Rates>());
 }
 
 void SpeedsAndLimits::SetRateBut_Click() {
-    send({kRates, byteOf(page_.PSafeScroll), byteOf(page_.PRampScroll), byteOf(page_.PDecelScroll),
-          0, byteOf(page_.TSafeScroll), byteOf(page_.TRampScroll), byteOf(page_.TDecelScroll), 0});
+    using Pan = v::rates::Pan;
+    using Tilt = v::rates::Tilt;
+    std::vector<Byte> message = v::blank<v::Rates>();
+    v::put(message, Pan::kSafeSpeedByte, byteOf(page_.PSafeScroll));
+    v::put(message, Pan::kRamp, byteOf(page_.PRampScroll));
+    v::put(message, Pan::kDeceleration, byteOf(page_.PDecelScroll));
+    v::put(message, Tilt::kSafeSpeedByte, byteOf(page_.TSafeScroll));
+    v::put(message, Tilt::kRamp, byteOf(page_.TRampScroll));
+    v::put(message, Tilt::kDeceleration, byteOf(page_.TDecelScroll));
+    send(message);
 }
 
 void SpeedsAndLimits::GetCMaxBut_Click() {
-    send({kTopSpeeds, kRead, 0, 0});
+    send(v::readRequest<v::TopSpeeds>());
 }
 
 void SpeedsAndLimits::SetCMaxBut_Click() {
-    send({kTopSpeeds, 0x00, byteOf(page_.PTopScroll), byteOf(page_.TTopScroll)});
+    std::vector<Byte> message = v::blank<v::TopSpeeds>();
+    v::put(message, v::top_speeds::kPan, byteOf(page_.PTopScroll));
+    v::put(message, v::top_speeds::kTilt, byteOf(page_.TTopScroll));
+    send(message);
 }
 
 void SpeedsAndLimits::GetIMaxBut_Click() {
-    send({kTopSpeeds, kRead | kSecondVariant, 0, 0});
+    send(withBits(v::readRequest<v::TopSpeeds>(), v::top_speeds::kSecond));
 }
 
 void SpeedsAndLimits::SetIMaxBut_Click() {
-    send({kTopSpeeds, kSecondVariant, byteOf(page_.PITopScroll), byteOf(page_.TITopScroll)});
+    std::vector<Byte> message = withBits(v::blank<v::TopSpeeds>(), v::top_speeds::kSecond);
+    v::put(message, v::top_speeds::kPan, byteOf(page_.PITopScroll));
+    v::put(message, v::top_speeds::kTilt, byteOf(page_.TITopScroll));
+    send(message);
 }
 
 void SpeedsAndLimits::GetPStepBut_Click() {
-    send({kPanMinMax, kRead, 0, 0, 0, 0});
+    send(v::readRequest<v::PanSteps>());
 }
 
 void SpeedsAndLimits::SetPStepBut_Click() {
-    std::vector<Byte> message{kPanMinMax, 0x00};
-    appendLowHigh(message, page_.PMinScroll);
-    appendLowHigh(message, page_.PMaxScroll);
+    std::vector<Byte> message = v::blank<v::PanSteps>();
+    putWord(message, v::pan_steps::kMinimum, page_.PMinScroll);
+    putWord(message, v::pan_steps::kMaximum, page_.PMaxScroll);
     send(message);
 }
 
 void SpeedsAndLimits::GetTStepBut_Click() {
-    send({kTiltMinMax, kRead, 0, 0, 0, 0});
+    send(v::readRequest<v::TiltSteps>());
 }
 
 void SpeedsAndLimits::SetTStepBut_Click() {
-    std::vector<Byte> message{kTiltMinMax, 0x00};
-    appendLowHigh(message, page_.TMinScroll);
-    appendLowHigh(message, page_.TMaxScroll);
+    std::vector<Byte> message = v::blank<v::TiltSteps>();
+    putWord(message, v::tilt_steps::kMinimum, page_.TMinScroll);
+    putWord(message, v::tilt_steps::kMaximum, page_.TMaxScroll);
     send(message);
 }
 
 void SpeedsAndLimits::SetMaxPairBut_Click() {
-    send({kMaximaSet, byteOf(page_.PMaxScroll), byteOf(page_.TMaxScroll)});
+    std::vector<Byte> message = v::blank<v::MaximumPair>();
+    v::put(message, v::maximum_pair::kPan, byteOf(page_.PMaxScroll));
+    v::put(message, v::maximum_pair::kTilt, byteOf(page_.TMaxScroll));
+    send(message);
 }
 
 void SpeedsAndLimits::SetMinPairBut_Click() {
-    send({kMinimaOrTilt, byteOf(page_.PMinScroll), byteOf(page_.TMinScroll)});
+    std::vector<Byte> message = v::blank<v::MinimumPair>();
+    v::put(message, v::minimum_pair::kPan, byteOf(page_.PMinScroll));
+    v::put(message, v::minimum_pair::kTilt, byteOf(page_.TMinScroll));
+    send(message);
 }
 
 void SpeedsAndLimits::SetTiltBut_Click() {
-    std::vector<Byte> message{kMinimaOrTilt, static_cast<Byte>(byteOf(page_.TSafeScroll) & 0x7F),
-                              byteOf(page_.TRampScroll)};
-    appendLowHigh(message, page_.TMinScroll);
-    appendLowHigh(message, page_.TMaxScroll);
+    namespace tilt = v::tilt_settings;
+    std::vector<Byte> message = v::blank<v::TiltSettings>();
+    v::put(message, tilt::kSafeSpeed, byteOf(page_.TSafeScroll));
+    v::put(message, tilt::kRamp, byteOf(page_.TRampScroll));
+    putWord(message, tilt::kMinimum, page_.TMinScroll);
+    putWord(message, tilt::kMaximum, page_.TMaxScroll);
     send(message);
 }
 
 void SpeedsAndLimits::decodeRates() {
+    using Pan = v::rates_reply::Pan;
+    using Tilt = v::rates_reply::Tilt;
     ControlsFromReply quiet(context_.state);
     const ByteTable& rx = context_.state.RxBuffer;
-    const auto decel = [](Byte value) { return value > kMaxDecel ? Byte{1} : value; };
-    setScrollChecked(page_.PSafeScroll, rx[1] & 0x7F);
-    setScrollChecked(page_.PRampScroll, rx[2]);
-    setScrollChecked(page_.PDecelScroll, decel(rx[3]));
-    setScrollChecked(page_.TSafeScroll, rx[5] & 0x7F);
-    setScrollChecked(page_.TRampScroll, rx[6]);
-    setScrollChecked(page_.TDecelScroll, decel(rx[7]));
+    const auto decel = [](std::uint32_t value) { return value > kMaxDecel ? 1 : value; };
+    setScrollChecked(page_.PSafeScroll, v::get(rx, Pan::kSafeSpeed));
+    setScrollChecked(page_.PRampScroll, v::get(rx, Pan::kRamp));
+    setScrollChecked(page_.PDecelScroll, decel(v::get(rx, Pan::kDeceleration)));
+    setScrollChecked(page_.TSafeScroll, v::get(rx, Tilt::kSafeSpeed));
+    setScrollChecked(page_.TRampScroll, v::get(rx, Tilt::kRamp));
+    setScrollChecked(page_.TDecelScroll, decel(v::get(rx, Tilt::kDeceleration)));
 }
 
 void SpeedsAndLimits::decodeRamps() {
     ControlsFromReply quiet(context_.state);
     const ByteTable& rx = context_.state.RxBuffer;
-    setScrollChecked(page_.PRampScroll, atLeastOne(rx[1] & 0x7F));
-    setScrollChecked(page_.TRampScroll, atLeastOne(rx[2] & 0x7F));
+    setScrollChecked(page_.PRampScroll, atLeastOne(v::get(rx, v::ramps::kPan)));
+    setScrollChecked(page_.TRampScroll, atLeastOne(v::get(rx, v::ramps::kTilt)));
 }
 
 void SpeedsAndLimits::decodeTopSpeeds() {
+    namespace reply = v::top_speeds_reply;
     ControlsFromReply quiet(context_.state);
     const ByteTable& rx = context_.state.RxBuffer;
-    if (BitIsSet(rx[1], kSecondVariantBit)) {
-        setScrollChecked(page_.PITopScroll, rx[2]);
-        setScrollChecked(page_.TITopScroll, rx[3]);
-    } else {
-        setScrollChecked(page_.PTopScroll, rx[2]);
-        setScrollChecked(page_.TTopScroll, rx[3]);
-    }
+    const auto variant = static_cast<Byte>(v::get(rx, reply::kVariant));
+    const bool second = v::isSet(variant, reply::kSecond);
+    setScrollChecked(second ? page_.PITopScroll : page_.PTopScroll, v::get(rx, reply::kPan));
+    setScrollChecked(second ? page_.TITopScroll : page_.TTopScroll, v::get(rx, reply::kTilt));
 }
 
+template <class Range>
 void SpeedsAndLimits::decodeMinMax(QScrollBar* minimum, QScrollBar* maximum) {
     ControlsFromReply quiet(context_.state);
     const ByteTable& rx = context_.state.RxBuffer;
-    setScrollChecked(minimum, word(rx[1], rx[2]));
-    setScrollChecked(maximum, word(rx[3], rx[4]));
+    setScrollChecked(minimum, word(rx, Range::kMinimum));
+    setScrollChecked(maximum, word(rx, Range::kMaximum));
 }
 
 void SpeedsAndLimits::decodeMaxima() {
     ControlsFromReply quiet(context_.state);
     const ByteTable& rx = context_.state.RxBuffer;
-    const Byte pan = atLeastOne(rx[1]);
-    const Byte tilt = atLeastOne(rx[2]);
+    const Byte pan = atLeastOne(v::get(rx, v::maxima::kPan));
+    const Byte tilt = atLeastOne(v::get(rx, v::maxima::kTilt));
     // A value below 16 is a range fault of the bar, which keeps its value:
     // the read-outs follow their bars, so they show what Set would send.
     setScrollChecked(page_.PMaxScroll, pan);

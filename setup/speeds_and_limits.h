@@ -15,15 +15,6 @@ class SetupPage;
 class SpeedsAndLimits : public QObject {
     Q_OBJECT
   public:
-    static constexpr Byte kRamps = 0x86;
-    static constexpr Byte kRates = 0x92;
-    static constexpr Byte kMinimaOrTilt = 0x93;
-    static constexpr Byte kMaxima = 0x98;
-    static constexpr Byte kMaximaSet = 0x99;
-    static constexpr Byte kTopSpeeds = 0x9C;
-    static constexpr Byte kPanMinMax = 0xA1;
-    static constexpr Byte kTiltMinMax = 0xA2;
-
     SpeedsAndLimits(ConsoleContext& context, SetupPage& page, QObject* parent = nullptr);
 
     void registerDecoders();
@@ -50,6 +41,8 @@ class SpeedsAndLimits : public QObject {
     void decodeRates();
     void decodeRamps();
     void decodeTopSpeeds();
+    // Range: the vocabulary's step range of the reply.
+    template <class Range>
     void decodeMinMax(QScrollBar* minimum, QScrollBar* maximum);
     void decodeMaxima();
 

@@ -1,10 +1,12 @@
 #include "video/on_screen_display.h"
 
 #include <QTextBoundaryFinder>
+#include <algorithm>
 
 #include "console/controls_from_reply.h"
 #include "console/handler_wiring.h"
 #include "protocol/senders.h"
+#include "protocol/vocabulary.h"
 #include "views/pages/video_page.h"
 
 namespace halvex {
@@ -18,29 +20,34 @@ Byte siteNameByte(const QString& character) {
     return static_cast<Byte>(value >= 32 && value <= 127 ? value : ' ');
 }
 
-constexpr int kDisplayOnBit = 4;
-constexpr int kSignedBit = 5;
-constexpr int kStoreBit = 6;
-constexpr Byte kLineBits = 0x0F;
 constexpr int kLines = 12;
 
-Byte settingByte(const QScrollBar* line, const QCheckBox* on, const QCheckBox* sign, bool store) {
+// The angle and name displays share their layout: the message of either
+// from its controls (the name display has no sign box).
+template <class M>
+std::vector<Byte> displayMessage(const QScrollBar* line, const QCheckBox* on, const QCheckBox* sign,
+                                 bool store) {
+    using D = vocab::DisplaySetting<M>;
+    std::vector<Byte> message = vocab::blank<M>();
+    // The bar's value as the whole byte, the bits added to it: a value past
+    // a byte is a range fault.
     Byte setting = checkedByte(line->value());
-    if (on->isChecked()) {
-        setting = SetBit(setting, kDisplayOnBit);
-    }
-    if (sign != nullptr && sign->isChecked()) {
-        setting = SetBit(setting, kSignedBit);
-    }
-    if (store) {
-        setting = SetBit(setting, kStoreBit);
-    }
-    return setting;
+    const auto add = [&setting](vocab::Bit<M> bit, bool set) {
+        if (set) {
+            setting = vocab::withBit(setting, bit, true);
+        }
+    };
+    add(D::kOn, on->isChecked());
+    add(D::kSigned, sign != nullptr && sign->isChecked());
+    add(D::kStore, store);
+    vocab::put(message, D::kSetting, setting);
+    return message;
 }
 
 // Line numbers the page cannot show come back as line 0.
-int lineOf(Byte setting) {
-    const int line = setting & kLineBits;
+template <class M>
+int lineOf(const ByteTable& rx) {
+    const auto line = static_cast<int>(vocab::get(rx, vocab::DisplaySetting<M>::kLine));
     return line >= kLines ? 0 : line;
 }
 }  // namespace
@@ -70,8 +77,8 @@ void OnScreenDisplay::connectControls() {
 }
 
 void OnScreenDisplay::registerDecoders() {
-    context_.receiver.registerDecoder(kAngleDisplay, [this] { decodeAngleDisplay(); });
-    context_.receiver.registerDecoder(kNameDisplay, [this] { decodeNameDisplay(); });
+    context_.receiver.registerDecoder(vocab::AngleDisplay::kCode, [this] { decodeAngleDisplay(); });
+    context_.receiver.registerDecoder(vocab::NameDisplay::kCode, [this] { decodeNameDisplay(); });
 }
 
 void OnScreenDisplay::AngleDisplay_Change(bool store) {
@@ -79,8 +86,8 @@ void OnScreenDisplay::AngleDisplay_Change(bool store) {
         return;
     }
     sendMessage(context_.state, context_.link,
-                {kAngleDisplay,
-                 settingByte(page_.AngLineScroll, page_.AngDisCheck, page_.AngSgnCheck, store)});
+                displayMessage<vocab::AngleDisplay>(page_.AngLineScroll, page_.AngDisCheck,
+                                                    page_.AngSgnCheck, store));
 }
 
 void OnScreenDisplay::NameDisplay_Change(bool store) {
@@ -89,7 +96,7 @@ void OnScreenDisplay::NameDisplay_Change(bool store) {
     }
     sendMessage(
         context_.state, context_.link,
-        {kNameDisplay, settingByte(page_.NumLineScroll, page_.NumDisCheck, nullptr, store)});
+        displayMessage<vocab::NameDisplay>(page_.NumLineScroll, page_.NumDisCheck, nullptr, store));
 }
 
 void OnScreenDisplay::NameSaveBut_Click() {
@@ -101,37 +108,42 @@ void OnScreenDisplay::NameSaveBut_Click() {
 }
 
 std::vector<Byte> OnScreenDisplay::siteNameMessage(const QString& text) {
-    std::vector<Byte> message{kSiteName};
-    // Twelve characters as the operator sees them: a letter with its accents
-    // or an emoji is one character, however many codes it takes.
+    namespace site = vocab::site_name;
+    std::vector<Byte> message = vocab::blank<vocab::SiteName>();
+    std::fill(message.begin() + site::kText, message.begin() + site::kText + site::kTextLength,
+              Byte{' '});
+    // Characters as the operator sees them: a letter with its accents or an
+    // emoji is one character, however many codes it takes.
     const QString composed = text.normalized(QString::NormalizationForm_C);
     QTextBoundaryFinder characters(QTextBoundaryFinder::Grapheme, composed);
     int start = 0;
-    while (message.size() < 1 + kNameLength) {
+    for (int at = site::kText; at < site::kText + site::kTextLength; ++at) {
         const int end = characters.toNextBoundary();
         if (end < 0) {
             break;
         }
-        message.push_back(siteNameByte(composed.mid(start, end - start)));
+        message[static_cast<std::size_t>(at)] = siteNameByte(composed.mid(start, end - start));
         start = end;
     }
-    message.resize(1 + kNameLength, ' ');
     return message;
 }
 
 void OnScreenDisplay::decodeAngleDisplay() {
     ControlsFromReply quiet(context_.state);
-    const Byte setting = context_.state.RxBuffer[1];
-    page_.AngDisCheck->setChecked(BitIsSet(setting, kDisplayOnBit));
-    page_.AngSgnCheck->setChecked(BitIsSet(setting, kSignedBit));
-    page_.AngLineScroll->setValue(lineOf(setting));
+    using D = vocab::angle_display;
+    const ByteTable& rx = context_.state.RxBuffer;
+    const auto setting = static_cast<Byte>(vocab::get(rx, D::kSetting));
+    page_.AngDisCheck->setChecked(vocab::isSet(setting, D::kOn));
+    page_.AngSgnCheck->setChecked(vocab::isSet(setting, D::kSigned));
+    page_.AngLineScroll->setValue(lineOf<vocab::AngleDisplay>(rx));
 }
 
 void OnScreenDisplay::decodeNameDisplay() {
     ControlsFromReply quiet(context_.state);
-    const Byte setting = context_.state.RxBuffer[1];
-    page_.NumDisCheck->setChecked(BitIsSet(setting, kDisplayOnBit));
-    page_.NumLineScroll->setValue(lineOf(setting));
+    const ByteTable& rx = context_.state.RxBuffer;
+    const auto setting = static_cast<Byte>(vocab::get(rx, vocab::name_display::kSetting));
+    page_.NumDisCheck->setChecked(vocab::isSet(setting, vocab::name_display::kOn));
+    page_.NumLineScroll->setValue(lineOf<vocab::NameDisplay>(rx));
 }
 
 }  // namespace halvex

@@ -16,11 +16,6 @@ class VideoPage;
 class OnScreenDisplay : public QObject {
     Q_OBJECT
   public:
-    static constexpr Byte kAngleDisplay = 0x70;
-    static constexpr Byte kNameDisplay = 0x71;
-    static constexpr Byte kSiteName = 0x75;
-    static constexpr int kNameLength = 12;
-
     OnScreenDisplay(ConsoleContext& context, VideoPage& page, QObject* parent = nullptr);
 
     void registerDecoders();
@@ -29,8 +24,8 @@ class OnScreenDisplay : public QObject {
     void NameDisplay_Change(bool store);
     void NameSaveBut_Click();
 
-    // The site name message: code, then exactly twelve bytes, anything that
-    // is not printable sent as a space.
+    // The vocab::SiteName message: its whole text, anything that is not
+    // printable sent as a space and a short name padded with spaces.
     static std::vector<Byte> siteNameMessage(const QString& text);
 
   private:

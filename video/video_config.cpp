@@ -3,32 +3,35 @@
 #include "console/controls_from_reply.h"
 #include "console/handler_wiring.h"
 #include "protocol/senders.h"
+#include "protocol/vocabulary.h"
 #include "views/pages/video_page.h"
 
 namespace halvex {
 
 namespace {
-constexpr int kPalBit = 3;
-constexpr int kBlankVout2Bit = 4;  // BlankCheck(0)
-constexpr int kBlankVout1Bit = 5;  // BlankCheck(1)
-constexpr int kStoreBit = 6;
-constexpr Byte kRouteBits = 0x07;
-constexpr int kCamera1PowerBit = 2;
-constexpr int kCamera2PowerBit = 3;
-constexpr int kOsdOnBit = 0;
+namespace vc = vocab::video_configuration;
+namespace legacy = vocab::legacy_video;
+using vocab::maskOf;
+using vocab::withBit;
 
-Byte withBit(Byte value, int bit, bool set) {
-    return set ? SetBit(value, bit) : ClearBit(value, bit);
-}
+// CamPwrCheck(0) and (1), LCamPwrCheck(0) and (1).
+const std::array<vocab::Bit<vocab::VideoConfiguration>, 2> kPower = {vc::kCamera1Power,
+                                                                     vc::kCamera2Power};
+const std::array<vocab::Bit<vocab::LegacyVideo>, 2> kLegacyPower = {legacy::kCamera1Power,
+                                                                    legacy::kCamera2Power};
+// What a reply sets of the power.
+constexpr Byte kPowerKept = maskOf(vc::kCamera1Power) | maskOf(vc::kCamera2Power);
+constexpr Byte kLegacyKept =
+    maskOf(legacy::kSelection) | maskOf(legacy::kCamera1Power) | maskOf(legacy::kCamera2Power);
 
-// The legacy option that two selection bits stand for: bit 0 alone is
-// "Undefined", bit 1 alone "Video Sel", neither "Blank Video"; both set
+// The legacy option that two selection bits stand for: the first alone is
+// "Undefined", the second alone "Video Sel", neither "Blank Video"; both set
 // reads as the first.
-int legacyOptionOf(bool bit0, bool bit1) {
-    if (bit0) {
+int legacyOptionOf(bool first, bool second) {
+    if (first) {
         return 0;
     }
-    return bit1 ? 1 : 2;
+    return second ? 1 : 2;
 }
 }  // namespace
 
@@ -90,8 +93,8 @@ void VideoConfig::connectControls() {
 }
 
 void VideoConfig::registerDecoders() {
-    context_.receiver.registerDecoder(kVideo, [this] { decodeVideo(); });
-    context_.receiver.registerDecoder(kLegacyVideo, [this] { decodeLegacyVideo(); });
+    context_.receiver.registerDecoder(vocab::VideoConfiguration::kCode, [this] { decodeVideo(); });
+    context_.receiver.registerDecoder(vocab::LegacyVideo::kCode, [this] { decodeLegacyVideo(); });
     context_.receiver.addRefreshHook([this] { enableFramesForUnitType(); });
 }
 
@@ -99,7 +102,7 @@ void VideoConfig::VidOption_Click(int index) {
     if (!context_.state.UserClickEnabled) {
         return;
     }
-    videoMode_ = static_cast<Byte>((videoMode_ & ~kRouteBits) | index);
+    videoMode_ = static_cast<Byte>((videoMode_ & ~maskOf(vc::kRoute)) | index);
     sendVideo(videoMode_);
 }
 
@@ -107,8 +110,8 @@ void VideoConfig::BlankCheck_Click() {
     if (!context_.state.UserClickEnabled) {
         return;
     }
-    videoMode_ = withBit(videoMode_, kBlankVout2Bit, page_.BlankCheck[0]->isChecked());
-    videoMode_ = withBit(videoMode_, kBlankVout1Bit, page_.BlankCheck[1]->isChecked());
+    videoMode_ = withBit(videoMode_, vc::kBlankOutput2, page_.BlankCheck[0]->isChecked());
+    videoMode_ = withBit(videoMode_, vc::kBlankOutput1, page_.BlankCheck[1]->isChecked());
     sendVideo(videoMode_);
 }
 
@@ -116,7 +119,7 @@ void VideoConfig::PALCheck_Click() {
     if (!context_.state.UserClickEnabled) {
         return;
     }
-    videoMode_ = withBit(videoMode_, kPalBit, page_.PALCheck->isChecked());
+    videoMode_ = withBit(videoMode_, vc::kPal, page_.PALCheck->isChecked());
     sendVideo(videoMode_);
 }
 
@@ -124,37 +127,40 @@ void VideoConfig::CamPwrCheck_Click() {
     if (!context_.state.UserClickEnabled) {
         return;
     }
-    videoPower_ = withBit(videoPower_, kCamera1PowerBit, page_.CamPwrCheck[0]->isChecked());
-    videoPower_ = withBit(videoPower_, kCamera2PowerBit, page_.CamPwrCheck[1]->isChecked());
+    for (std::size_t camera = 0; camera < kPower.size(); ++camera) {
+        videoPower_ = withBit(videoPower_, kPower[camera], page_.CamPwrCheck[camera]->isChecked());
+    }
     sendVideo(videoMode_);
 }
 
 void VideoConfig::StoreInitBut_Click() {
     // Only the copy sent carries the store bit.
-    sendVideo(SetBit(videoMode_, kStoreBit));
+    sendVideo(withBit(videoMode_, vc::kStore, true));
 }
 
 void VideoConfig::GetVidBut_Click() {
-    sendMessage(context_.state, context_.link, {kVideo, 0x80, 0x00});
+    sendMessage(context_.state, context_.link, vocab::readRequest<vocab::VideoConfiguration>());
 }
 
 void VideoConfig::AuxCheck_Click() {
     if (!context_.state.UserClickEnabled) {
         return;
     }
-    Byte aux = 0;
+    std::vector<Byte> message = vocab::blank<vocab::AuxOutputs>();
+    Byte outputs = 0;
     for (std::size_t i = 0; i < page_.AuxCheck.size(); ++i) {
-        aux = withBit(aux, static_cast<int>(i), page_.AuxCheck[i]->isChecked());
+        outputs = withBit(outputs, vocab::aux_outputs::kOutput[i], page_.AuxCheck[i]->isChecked());
     }
-    sendMessage(context_.state, context_.link, {kAux, aux});
+    vocab::put(message, vocab::aux_outputs::kOutputs, outputs);
+    sendMessage(context_.state, context_.link, message);
 }
 
 void VideoConfig::LVidOption_Click(int index) {
     if (!context_.state.UserClickEnabled) {
         return;
     }
-    legacyVideo_ = withBit(legacyVideo_, 0, index == 0);
-    legacyVideo_ = withBit(legacyVideo_, 1, index == 1);
+    legacyVideo_ = withBit(legacyVideo_, legacy::kSelectionLow, index == 0);
+    legacyVideo_ = withBit(legacyVideo_, legacy::kSelectionHigh, index == 1);
     sendLegacy();
 }
 
@@ -162,8 +168,10 @@ void VideoConfig::LCamPwrCheck_Click() {
     if (!context_.state.UserClickEnabled) {
         return;
     }
-    legacyVideo_ = withBit(legacyVideo_, kCamera1PowerBit, page_.LCamPwrCheck[0]->isChecked());
-    legacyVideo_ = withBit(legacyVideo_, kCamera2PowerBit, page_.LCamPwrCheck[1]->isChecked());
+    for (std::size_t camera = 0; camera < kLegacyPower.size(); ++camera) {
+        legacyVideo_ =
+            withBit(legacyVideo_, kLegacyPower[camera], page_.LCamPwrCheck[camera]->isChecked());
+    }
     sendLegacy();
 }
 
@@ -171,48 +179,61 @@ void VideoConfig::PALCheck2_Click() {
     if (!context_.state.UserClickEnabled) {
         return;
     }
-    sendMessage(context_.state, context_.link, {kVideo, legacyModeByte(), 4});
+    // The three-byte form, with camera 1's power on whatever the boxes say.
+    std::vector<Byte> message = vocab::blank<vocab::VideoConfiguration>();
+    vocab::put(message, vc::kModeByte, legacyModeByte());
+    vocab::put(message, vc::kPower, maskOf(vc::kCamera1Power));
+    sendMessage(context_.state, context_.link, message);
 }
 
 void VideoConfig::InitVModeBut_Click() {
     if (!context_.state.UserClickEnabled) {
         return;
     }
-    // Two bytes on purpose: the 4 of the mode command is not part of it.
-    sendMessage(context_.state, context_.link, {kVideo, SetBit(legacyModeByte(), kStoreBit)});
+    // The short, older form on purpose: the power byte of the mode command
+    // is not part of it.
+    std::vector<Byte> message(vocab::VideoConfiguration::kShortest, 0);
+    vocab::begin<vocab::VideoConfiguration>(message);
+    vocab::put(message, vc::kModeByte, withBit(legacyModeByte(), vc::kStore, true));
+    sendMessage(context_.state, context_.link, message);
 }
 
 Byte VideoConfig::legacyModeByte() const {
     Byte mode = 0;
-    mode = withBit(mode, kOsdOnBit, page_.OSDOnCheck->isChecked());
-    mode = withBit(mode, kPalBit, page_.PALCheck2->isChecked());
+    mode = withBit(mode, vc::kLegacyDisplayOn, page_.OSDOnCheck->isChecked());
+    mode = withBit(mode, vc::kPal, page_.PALCheck2->isChecked());
     return mode;
 }
 
 void VideoConfig::sendVideo(Byte mode) {
-    sendMessage(context_.state, context_.link, {kVideo, mode, videoPower_});
+    std::vector<Byte> message = vocab::blank<vocab::VideoConfiguration>();
+    vocab::put(message, vc::kModeByte, mode);
+    vocab::put(message, vc::kPower, videoPower_);
+    sendMessage(context_.state, context_.link, message);
 }
 
 void VideoConfig::sendLegacy() {
-    sendMessage(context_.state, context_.link, {kLegacyVideo, legacyVideo_});
+    std::vector<Byte> message = vocab::blank<vocab::LegacyVideo>();
+    vocab::put(message, legacy::kSettingsByte, legacyVideo_);
+    sendMessage(context_.state, context_.link, message);
 }
 
 void VideoConfig::decodeVideo() {
     ControlsFromReply quiet(context_.state);
     const ByteTable& rx = context_.state.RxBuffer;
-    videoMode_ = rx[1] & 0x3F;  // neither the store bit nor the read bit
-    videoPower_ = rx[2] & 0x0C;
-    page_.VidOption[videoMode_ & kRouteBits]->setChecked(true);
-    const bool blank2 = BitIsSet(videoMode_, kBlankVout2Bit);
-    const bool blank1 = BitIsSet(videoMode_, kBlankVout1Bit);
+    videoMode_ = static_cast<Byte>(vocab::get(rx, vc::kSettingBits));
+    videoPower_ = static_cast<Byte>(vocab::get(rx, vc::kPower) & kPowerKept);
+    page_.VidOption[vocab::get(rx, vc::kRoute)]->setChecked(true);
+    const bool blank2 = vocab::isSet(videoMode_, vc::kBlankOutput2);
+    const bool blank1 = vocab::isSet(videoMode_, vc::kBlankOutput1);
     page_.BlankCheck[0]->setChecked(blank2);
     page_.BlankCheck[1]->setChecked(blank1);
     page_.LVidOption[legacyOptionOf(blank2, blank1)]->setChecked(true);
-    const bool pal = BitIsSet(videoMode_, kPalBit);
+    const bool pal = vocab::isSet(videoMode_, vc::kPal);
     page_.PALCheck->setChecked(pal);
     page_.PALCheck2->setChecked(pal);
-    for (int camera = 0; camera < 2; ++camera) {
-        const bool on = BitIsSet(videoPower_, kCamera1PowerBit + camera);
+    for (std::size_t camera = 0; camera < kPower.size(); ++camera) {
+        const bool on = vocab::isSet(videoPower_, kPower[camera]);
         page_.CamPwrCheck[camera]->setChecked(on);
         page_.LCamPwrCheck[camera]->setChecked(on);
     }
@@ -220,11 +241,15 @@ void VideoConfig::decodeVideo() {
 
 void VideoConfig::decodeLegacyVideo() {
     ControlsFromReply quiet(context_.state);
-    legacyVideo_ = context_.state.RxBuffer[1] & 0x0F;
-    page_.LVidOption[legacyOptionOf(BitIsSet(legacyVideo_, 0), BitIsSet(legacyVideo_, 1))]
+    legacyVideo_ =
+        static_cast<Byte>(vocab::get(context_.state.RxBuffer, legacy::kSettingsByte) & kLegacyKept);
+    page_
+        .LVidOption[legacyOptionOf(vocab::isSet(legacyVideo_, legacy::kSelectionLow),
+                                   vocab::isSet(legacyVideo_, legacy::kSelectionHigh))]
         ->setChecked(true);
-    page_.LCamPwrCheck[0]->setChecked(BitIsSet(legacyVideo_, kCamera1PowerBit));
-    page_.LCamPwrCheck[1]->setChecked(BitIsSet(legacyVideo_, kCamera2PowerBit));
+    for (std::size_t camera = 0; camera < kLegacyPower.size(); ++camera) {
+        page_.LCamPwrCheck[camera]->setChecked(vocab::isSet(legacyVideo_, kLegacyPower[camera]));
+    }
 }
 
 void VideoConfig::enableFramesForUnitType() {

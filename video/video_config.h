@@ -14,10 +14,6 @@ class VideoPage;
 class VideoConfig : public QObject {
     Q_OBJECT
   public:
-    static constexpr Byte kLegacyVideo = 0x63;
-    static constexpr Byte kVideo = 0x64;
-    static constexpr Byte kAux = 0x66;
-
     VideoConfig(ConsoleContext& context, VideoPage& page, QObject* parent = nullptr);
 
     void registerDecoders();

@@ -15,7 +15,7 @@ class PanTiltPage;
 // The unit as network clients see it. A move from the network is what the
 // operator gets by entering the desired angles on the Pan/Tilt page and
 // pressing "Move To Absolute Coord": the same checks against the soft limits
-// and the same 0x33 frame on the same send path, so the movement monitor and
+// and the same absolute move on the same send path, so the movement monitor and
 // the data watch show it like any other. Stop is the Stop button, park is
 // "Move To Home".
 //

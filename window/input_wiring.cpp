@@ -7,12 +7,12 @@
 #include "input/mapping_settings.h"
 #include "protocol/fault_guard.h"
 #include "protocol/senders.h"
+#include "protocol/vocabulary.h"
 #include "window/user_settings.h"
 
 namespace halvex {
 
 namespace {
-constexpr Byte kGoToPreset = 0x32;
 const char* const kDeviceKey = "Input/Device";
 const char* const kSpeedKeys[] = {"Input/KeySpeed", "Input/KeyFast", "Input/KeySlow",
                                   "Input/KeyZoom"};
@@ -68,8 +68,10 @@ void perform(ConsoleContext& context, const InputTargets& targets, ButtonAction 
             break;
         case ButtonAction::GoToPreset:
             guarded(context.state, "Controller_GoToPreset", [&] {
-                sendMessage(context.state, context.link,
-                            {kGoToPreset, static_cast<Byte>(std::clamp(preset, 0, 9))});
+                auto message = vocab::blank<vocab::GoToPreset>();
+                vocab::put(message, vocab::go_to_preset::kPreset,
+                           static_cast<Byte>(std::clamp(preset, 0, 9)));
+                sendMessage(context.state, context.link, message);
             });
             break;
     }

@@ -10,6 +10,7 @@
 
 #include "camera/lens_control.h"
 #include "tests/setup/page_rig.h"
+#include "tests/support/messages.h"
 #include "views/widgets/lens_jog_box.h"
 #include "window/camera_features.h"
 #include "window/help_box.h"
@@ -18,6 +19,29 @@ using namespace halvex;
 using namespace halvex::testing;
 
 namespace {
+using test::message;
+using test::withBits;
+using vocab::maskOf;
+using Line1 = vocab::camera_lines::Camera1;
+using Line2 = vocab::camera_lines::Camera2;
+using Lens1 = vocab::lens_configuration::Lens1;
+using Lens2 = vocab::lens_configuration::Lens2;
+namespace timeouts = vocab::camera_timeouts;
+
+Bytes timeoutsMessage(Byte camera1, Byte camera2) {
+    return message<vocab::CameraTimeouts>(
+        {{timeouts::kCamera1, camera1}, {timeouts::kCamera2, camera2}});
+}
+
+// The pass-through command to camera index `camera` with `count` data bytes.
+Bytes passThrough(int camera, int count, const Bytes& data) {
+    namespace transmit = vocab::camera_transmit;
+    Bytes bytes = message<vocab::CameraTransmit>(
+        {{transmit::kCamera, camera}, {transmit::kCount, count}}, transmit::kData);
+    bytes.insert(bytes.end(), data.begin(), data.end());
+    return bytes;
+}
+
 // The console with its control lists and help files in the build's data
 // folder, showing the Camera page.
 struct CameraRig : PagesRig {
@@ -113,8 +137,9 @@ TEST(CameraLines, RepliesSetLabelsLensesAndTimeOutsAndClicksStepOnFromThere) {
     CameraRig rig;  // port open, no ticks: the only replies are the injected ones
     rig.port->open(QStringLiteral("COM1"), 9600);
     // A reply sets where each label stands; a click steps on from there,
-    // from the last caption back to the first. 0x7F: baud 7, 7/O/2, RS-422.
-    rig.inject({0x60, 0x7F, 0x00});
+    // from the last caption back to the first: camera 1 at 115.2, 7/O/2, RS-422.
+    rig.inject(message<vocab::CameraLines>(
+        {{Line1::kBaud, 7}, {Line1::kFormat, 3}, {Line1::kStopBits, 1}, {Line1::kLevel, 1}}));
     const char* const lines[][2] = {{"BaudLabel1", "115.2"}, {"FormLabel1", "7/O/2"},
                                     {"LevelLabel1", "422"},  {"BaudLabel2", "Dis"},
                                     {"FormLabel2", "8/N/1"}, {"LevelLabel2", "232"}};
@@ -135,7 +160,7 @@ TEST(CameraLines, RepliesSetLabelsLensesAndTimeOutsAndClicksStepOnFromThere) {
     const Reply replies[] = {{0, 101, "*U*", "*U*", "18ms", "9ms"},
                              {100, 1, "800ms", "8ms", "900ms", "9ms"}};
     for (const Reply& r : replies) {
-        rig.inject({0x65, r.camera1, r.camera2});
+        rig.inject(timeoutsMessage(r.camera1, r.camera2));
         EXPECT_EQ(rig.text("CamTOLabel_0"), r.shown1);
         EXPECT_EQ(rig.text("CamTOLabel_1"), r.shown2);
         rig.act("CamTOSpin_0+ CamTOSpin_1-");
@@ -143,15 +168,24 @@ TEST(CameraLines, RepliesSetLabelsLensesAndTimeOutsAndClicksStepOnFromThere) {
         EXPECT_EQ(rig.text("CamTOLabel_1"), r.afterDown2);
     }
 
-    // Lenses: a box sets its bit; a reply drops bit 7 and sets the boxes.
+    // Lenses: a box sets its bit; a reply drops the bits past the flags and
+    // sets the boxes.
     auto* lenses = rig.window->findChild<LensControl*>();
     rig.press("Lens1Check_2");
-    EXPECT_EQ(lenses->LensConfig(0), 0x04);
+    EXPECT_EQ(lenses->LensConfig(0), maskOf(Lens1::kFocusReverse));
     rig.press("Lens1Check_2");
-    EXPECT_EQ(lenses->LensConfig(0), 0x00);
-    rig.inject({0x61, 0xC4, 5, 6, 0x82, 7, 8});
-    EXPECT_EQ(lenses->LensConfig(0), 0x44);
-    EXPECT_EQ(lenses->LensConfig(1), 0x02);
+    EXPECT_EQ(lenses->LensConfig(0), 0);
+    Bytes reply = withBits(message<vocab::LensConfiguration>({{Lens1::kZoomMinimum, 5},
+                                                              {Lens1::kFocusMinimum, 6},
+                                                              {Lens2::kZoomMinimum, 7},
+                                                              {Lens2::kFocusMinimum, 8}}),
+                           {Lens1::kFocusReverse, Lens1::kZoomEnable, Lens2::kFocusInvert});
+    for (const auto flags : {Lens1::kFlags, Lens2::kFlags}) {
+        reply[static_cast<std::size_t>(flags.offset)] |= static_cast<Byte>(~maskOf(flags));
+    }
+    rig.inject(reply);
+    EXPECT_EQ(lenses->LensConfig(0), maskOf(Lens1::kFocusReverse) | maskOf(Lens1::kZoomEnable));
+    EXPECT_EQ(lenses->LensConfig(1), maskOf(Lens2::kFocusInvert));
     rig.expect("!Lens1Check_1 Lens1Check_2 !Lens1Check_3 !Lens1Check_4 !Lens1Check_5 Lens1Check_6");
     rig.expect(
         "Lens2Check_1 !Lens2Check_2 !Lens2Check_3 !Lens2Check_4 !Lens2Check_5 !Lens2Check_6");
@@ -198,9 +232,9 @@ TEST_F(CameraOnline, BoxTextBecomesThePassThroughCommandOrIsRefused) {
         const char* title = "";
     };
     const Case cases[] = {
-        {1, false, false, "", {0x62, 0x80}, ""},
-        {0, false, true, "#Z", {0x62, 3, '#', 'Z', 13}, "#Z"},
-        {1, true, false, "ff00", {0x62, 0x82, 0xFF, 0}, "FF 00 "},
+        {1, false, false, "", passThrough(1, 0, {}), ""},
+        {0, false, true, "#Z", passThrough(0, 3, {'#', 'Z', 13}), "#Z"},
+        {1, true, false, "ff00", passThrough(1, 2, {255, 0}), "FF 00 "},
         {0, false, false, "price \u20AC5", {}, "price \u20AC5", "Bad ASCII TX String"},
     };
     for (const Case& c : cases) {
@@ -223,16 +257,29 @@ TEST_F(CameraOnline, BoxTextBecomesThePassThroughCommandOrIsRefused) {
 
 TEST_F(CameraOnline, SetSendsBothCamerasAndReconnectingReadsThroughTheGetHandlers) {
     CameraRig& rig = *shared_;
-    // From what the unit reported on connecting: 9.6 8/N/1 232, 80 ms, lens 0x48.
+    // From what the unit reported on connecting: 9.6 8/N/1 232, 80 ms, both
+    // lenses' zoom and focus enabled.
     // To 14.4, 422 and 7/E/2, camera 2 at 8/N/2 (the first two-stop format), 96 ms, lens
     // bits 6 off and 1 of camera 2 on, minimum speeds.
     rig.act("BaudLabel1 LevelLabel1" + QString(" FormLabel1").repeated(6) +
             QString(" FormLabel2").repeated(4) +
             " CamTOSpin_0+ CamTOSpin_0+ Lens1Check_6 Lens2Check_1 "
             "ZoomMinSpin_0+ FocusMinSpin_1-");
-    EXPECT_EQ(rig.sentBy("SetCamBut"), (std::vector<Bytes>{{0x60, 0x72, 0x41}}));
-    EXPECT_EQ(rig.sentBy("SetCamTOBut"), (std::vector<Bytes>{{0x65, 12, 10}}));
-    EXPECT_EQ(rig.sentBy("SetLensBut"), (std::vector<Bytes>{{0x61, 0x08, 11, 10, 0x4A, 10, 9}}));
+    const Bytes lines = message<vocab::CameraLines>({{Line1::kBaud, 2},
+                                                     {Line1::kFormat, 2},
+                                                     {Line1::kLevel, 1},
+                                                     {Line1::kStopBits, 1},
+                                                     {Line2::kBaud, 1},
+                                                     {Line2::kStopBits, 1}});
+    EXPECT_EQ(rig.sentBy("SetCamBut"), std::vector<Bytes>{lines});
+    EXPECT_EQ(rig.sentBy("SetCamTOBut"), std::vector<Bytes>{timeoutsMessage(12, 10)});
+    const Bytes speeds = message<vocab::LensConfiguration>({{Lens1::kZoomMinimum, 11},
+                                                            {Lens1::kFocusMinimum, 10},
+                                                            {Lens2::kZoomMinimum, 10},
+                                                            {Lens2::kFocusMinimum, 9}});
+    const Bytes lensesSet = withBits(speeds, {Lens1::kFocusEnable, Lens2::kZoomEnable,
+                                              Lens2::kFocusEnable, Lens2::kFocusInvert});
+    EXPECT_EQ(rig.sentBy("SetLensBut"), std::vector<Bytes>{lensesSet});
 
     // Reconnect: the connection sequence reads them back through the Get
     // handlers (the lens request carries the console's own values).
@@ -240,8 +287,12 @@ TEST_F(CameraOnline, SetSendsBothCamerasAndReconnectingReadsThroughTheGetHandler
     rig.window->findChild<QAction*>("MenuReinitialize")->trigger();
     ASSERT_TRUE(rig.waitFor([&] { return rig.window->windowTitle().endsWith(" Online"); }));
     const auto sent = rig.line.messages(false);
-    for (const Bytes& get :
-         {Bytes{0x60, 0x80, 0}, {0x65, 0x80, 0}, {0x61, 0x80, 11, 10, 0x4A, 10, 9}}) {
+    // The lens request carries camera 2's flags as set above.
+    const Bytes lensesGet =
+        withBits(withBits(speeds, {Lens2::kZoomEnable, Lens2::kFocusEnable, Lens2::kFocusInvert}),
+                 {vocab::kReadRequest<vocab::LensConfiguration>});
+    for (const Bytes& get : {vocab::readRequest<vocab::CameraLines>(),
+                             vocab::readRequest<vocab::CameraTimeouts>(), lensesGet}) {
         EXPECT_EQ(std::count(sent.begin(), sent.end(), get), 1) << int(get[0]);
     }
     EXPECT_EQ(rig.text("CamTOLabel_0"), "96ms");  // the unit's 12 steps, as a reply shows them

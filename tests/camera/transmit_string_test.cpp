@@ -8,6 +8,8 @@
 #include <algorithm>
 #include <random>
 
+#include "protocol/vocabulary_camera.h"
+
 namespace halvex {
 namespace {
 
@@ -25,13 +27,16 @@ const QString kTooLong = QStringLiteral("The Transmit String Is Greater Than 80 
 const QString kTooLongWithCr =
     QStringLiteral("With The Added CR The Transmit String Is Greater Than 80 Bytes.");
 
-// The pass-through command: its code, the length byte (bit 7 for camera 2)
-// and the data.
-Bytes wire(int lengthByte, const QByteArray& data) {
-    Bytes bytes(2 + data.size());  // sized first: GCC 12 misreads an insert after a short list
-    bytes[0] = kCameraPassThrough;
-    bytes[1] = static_cast<std::uint8_t>(lengthByte);
-    std::copy(data.begin(), data.end(), bytes.begin() + 2);
+namespace transmit = vocab::camera_transmit;
+
+// The pass-through command to camera index `camera` with `count` data bytes.
+Bytes wire(int camera, int count, const QByteArray& data) {
+    // Sized first: GCC 12 misreads an insert after a short list.
+    Bytes bytes(transmit::kData + data.size());
+    vocab::begin<vocab::CameraTransmit>(bytes);
+    vocab::put(bytes, transmit::kCamera, static_cast<std::uint32_t>(camera));
+    vocab::put(bytes, transmit::kCount, static_cast<std::uint32_t>(count));
+    std::copy(data.begin(), data.end(), bytes.begin() + transmit::kData);
     return bytes;
 }
 
@@ -46,14 +51,14 @@ TEST(TransmitString, AcceptedTextsGiveTheCommandAndTheRewrittenBox) {
         Bytes command;
         QString box;
     } cases[] = {
-        {"", kAscii, false, 1, wire(0x80, ""), ""},
-        {"", kAscii, true, 0, wire(1, "\r"), ""},
-        {"0 9af F0", kHex, false, 1, wire(0x83, "\x09\xAF\xF0"), "09 AF F0 "},
-        {QString(QChar(0)) + " \u00FF", kAscii, false, 0, wire(3, QByteArray("\0 \xFF", 3)),
+        {"", kAscii, false, 1, wire(1, 0, ""), ""},
+        {"", kAscii, true, 0, wire(0, 1, "\r"), ""},
+        {"0 9af F0", kHex, false, 1, wire(1, 3, "\x09\xAF\xF0"), "09 AF F0 "},
+        {QString(QChar(0)) + " \u00FF", kAscii, false, 0, wire(0, 3, QByteArray("\0 \xFF", 3)),
          QString(QChar(0)) + " \u00FF"},
-        {"#Z99", kAscii, true, 1, wire(0x85, "#Z99\r"), "#Z99"},
-        {QString(80, 'x'), kAscii, false, 0, wire(80, x80), QString(80, 'x')},
-        {QString(79, 'x'), kAscii, true, 0, wire(80, x79cr), QString(79, 'x')},
+        {"#Z99", kAscii, true, 1, wire(1, 5, "#Z99\r"), "#Z99"},
+        {QString(80, 'x'), kAscii, false, 0, wire(0, 80, x80), QString(80, 'x')},
+        {QString(79, 'x'), kAscii, true, 0, wire(0, 80, x79cr), QString(79, 'x')},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text.left(20).toStdString());
@@ -117,7 +122,9 @@ TEST(TransmitString, RandomTextsGiveAWellFormedCommandOrARefusal) {
         ASSERT_EQ(result.refused(), result.command.empty());
         if (!result.refused()) {
             ASSERT_LE(result.command.size(), 2u + kMaxTransmitBytes);
-            ASSERT_EQ(result.command[1], (round % 5 == 1 ? 0x80 : 0) + result.command.size() - 2);
+            ASSERT_EQ(vocab::get(result.command, transmit::kCamera), round % 5 == 1 ? 1u : 0u);
+            ASSERT_EQ(vocab::get(result.command, transmit::kCount),
+                      result.command.size() - transmit::kData);
             ASSERT_EQ(buildTransmitString(result.boxText, mode, round % 3 == 0, round % 5).command,
                       result.command);
         }

@@ -9,6 +9,7 @@
 
 #include "connection/connection_sequence.h"
 #include "tests/support/console_rig.h"
+#include "tests/support/messages.h"
 #include "views/widgets/lamp_pictures.h"
 
 using namespace halvex;
@@ -19,30 +20,46 @@ namespace {
 // Every request of the connection sequence after the first jog message, in
 // order, for a unit whose tours are empty.
 Messages_ expectedSequence() {
-    Messages_ expected = {{0x85}, {0x81, 0x80}, {0x81, 0x81}, {0x81, 0x82}, {0x81, 0x83}};
-    for (Byte n = 0; n < 32; ++n) {
-        expected.push_back({0x40, n});
+    namespace v = vocab;
+    using test::message;
+    using v::readRequest;
+    Messages_ expected = {message<v::OffsetsRequest>()};
+    for (int limit = 0; limit < v::soft_limit::kLimits; ++limit) {
+        expected.push_back(test::withBits(message<v::SoftLimit>({{v::soft_limit::kLimit, limit}}),
+                                          {v::kReadRequest<v::SoftLimit>}));
     }
-    const Messages_ rest = {{0x56, 0x00},
-                            {0x90},
-                            {0x92, 0x80, 0, 0, 0, 0, 0, 0, 0},
-                            {0xA1, 0x80, 0, 0, 0, 0},
-                            {0xA2, 0x80, 0, 0, 0, 0},
-                            {0x9C, 0x80, 0, 0},
-                            {0x9C, 0xC0, 0, 0},
-                            {0x96, 0x80},
-                            {0x95, 0x80},
-                            {0x97, 0x80},
-                            {0x9A},
-                            {0xA5, 0x80, 0, 0, 0, 0},
-                            {0x61, 0x80, 0, 0, 0, 0, 0},
-                            {0x60, 0x80, 0x00},
-                            {0x65, 0x80, 0x00},
-                            {0x64, 0x80, 0x00},
-                            {0x70, 0x80},
-                            {0x71, 0x80}};
+    for (int n = 0; n < 32; ++n) {
+        expected.push_back(message<v::PresetRequest>({{v::preset_request::kPreset, n}}));
+    }
+    const Messages_ rest = {
+        message<v::TourStepCountRequest>({{v::tour_step_count_request::kTour, 0}}),
+        message<v::CentreRequest>(),
+        {0x92, 0x80, 0, 0, 0, 0, 0, 0, 0},
+        readRequest<v::PanSteps>(),
+        readRequest<v::TiltSteps>(),
+        readRequest<v::TopSpeeds>(),
+        test::withBits(readRequest<v::TopSpeeds>(), {v::top_speeds::kSecond}),
+        readRequest<v::CommTimeout>(),
+        readRequest<v::Directions>(),
+        readRequest<v::Heater>(),
+        message<v::FirmwareRequest>(),
+        readRequest<v::Encoders>(),
+        readRequest<v::LensConfiguration>(),
+        readRequest<v::CameraLines>(),
+        readRequest<v::CameraTimeouts>(),
+        readRequest<v::VideoConfiguration>(),
+        readRequest<v::AngleDisplay>(),
+        readRequest<v::NameDisplay>()};
     expected.insert(expected.end(), rest.begin(), rest.end());
     return expected;
+}
+
+bool isJog(const std::vector<Byte>& m) {
+    return m.at(0) == vocab::JogMessage::kCode;
+}
+// A jog message that carries the stop request.
+bool carriesStop(const std::vector<Byte>& m) {
+    return isJog(m) && vocab::isSet(m.at(1), vocab::jog::kStop);
 }
 }  // namespace
 
@@ -64,7 +81,7 @@ TEST(ConnectionSequence, ReadsTheWholeUnitInOrderAndGoesOnline) {
 
     const auto& frames = rig.line.frames();
     ASSERT_FALSE(frames.empty());
-    EXPECT_EQ(frames.front().message.front(), 0x31);  // the first frame is a jog message
+    EXPECT_EQ(frames.front().message.front(), vocab::JogMessage::kCode);  // the first frame
     auto requests = rig.line.messages(false);
     // Drop whatever the operator-free console sends after going online.
     const Messages_ expected = expectedSequence();
@@ -159,10 +176,14 @@ TEST(ConnectionSequence, ResetAndStopRequestsRideOnTheNextJogMessageOnce) {
     rig.click(QStringLiteral("StopBut"));
     ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.line.frames().size() >= 3; }));
     const auto jogs = rig.line.messages(true);
-    EXPECT_EQ(jogs[0][0], 0x31);
-    EXPECT_EQ(jogs[0][1] & 0x03, 0x03);  // both requests, in one frame
+    namespace j = vocab::jog;
+    const auto requests = [&jogs](std::size_t i) {
+        return std::pair(vocab::isSet(jogs[i][1], j::kReset), vocab::isSet(jogs[i][1], j::kStop));
+    };
+    EXPECT_TRUE(isJog(jogs[0]));
+    EXPECT_EQ(requests(0), std::pair(true, true));  // both requests, in one frame
     for (std::size_t i = 1; i < jogs.size(); ++i) {
-        EXPECT_EQ(jogs[i][1] & 0x03, 0x00) << i;
+        EXPECT_EQ(requests(i), std::pair(false, false)) << i;
     }
 }
 
@@ -175,12 +196,13 @@ TEST(ConnectionSequence, StopClickedWhileAMoveWaitsForItsTickStillReachesTheUnit
     rig.click(QStringLiteral("HomeBut"));
     ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.line.frames().size() >= 4; }));
     const auto sent = rig.line.messages(true);
-    const auto home = std::find_if(sent.begin(), sent.end(),
-                                   [](const std::vector<Byte>& m) { return m[0] == 0x36; });
+    const auto home = std::find_if(sent.begin(), sent.end(), [](const std::vector<Byte>& m) {
+        return m == test::message<vocab::MoveToHome>();
+    });
     ASSERT_NE(home, sent.end());
     int stops = 0;
     for (auto it = sent.begin(); it != sent.end(); ++it) {
-        if ((*it)[0] == 0x31 && ((*it)[1] & 0x02) != 0) {
+        if (carriesStop(*it)) {
             ++stops;
             EXPECT_GT(it, home) << "the stop went out before the move it came after";
         }
@@ -193,18 +215,18 @@ TEST(ConnectionSequence, StopDuringAPresetReloadGoesOutBeforeTheReloadEnds) {
     // The connection sequence holds the line for 32 preset requests; Stop is
     // clicked as the first one goes out.
     rig.line.onFrame = [&rig](const RecordingPeer::Frame& frame) {
-        if (frame.message.at(0) == 0x40 && frame.message.at(1) == 1) {
+        if (frame.message ==
+            test::message<vocab::PresetRequest>({{vocab::preset_request::kPreset, 1}})) {
             QTimer::singleShot(0, [&rig] { rig.click(QStringLiteral("StopBut")); });
         }
     };
     ASSERT_TRUE(rig.connect());
     const auto sent = rig.line.messages(true);
-    const auto stop = std::find_if(sent.begin(), sent.end(), [](const std::vector<Byte>& m) {
-        return m[0] == 0x31 && (m[1] & 0x02) != 0;
-    });
+    const auto stop = std::find_if(sent.begin(), sent.end(), carriesStop);
     ASSERT_NE(stop, sent.end());
-    const auto lastPreset =
-        std::find_if(sent.rbegin(), sent.rend(), [](const auto& m) { return m[0] == 0x40; });
+    const auto lastPreset = std::find_if(sent.rbegin(), sent.rend(), [](const auto& m) {
+        return m[0] == vocab::PresetRequest::kCode;
+    });
     EXPECT_LT(stop, lastPreset.base()) << "the stop waited for the reload to end";
 }
 
@@ -214,7 +236,7 @@ TEST(ConnectionSequence, StartWhileOnlineDoesNothingAndReinitializeLightsTheLamp
     rig.line.clear();
     rig.click(QStringLiteral("StartBut"));
     for (const auto& frame : rig.line.frames()) {
-        EXPECT_EQ(frame.message[0], 0x31) << "Start ran the connection sequence again";
+        EXPECT_TRUE(isJog(frame.message)) << "Start ran the connection sequence again";
     }
     auto* start = rig.find<QPushButton>(QStringLiteral("StartBut"));
     ASSERT_EQ(start->property("lamp").toString(), QStringLiteral("good"));
@@ -235,9 +257,8 @@ TEST(ConnectionSequence, ExitTellsTheUnitToStopThenClosesThePort) {
     // A jog message carried the stop request (on a slow machine another may
     // follow it while Exit waits for the reply).
     const auto& frames = rig.line.frames();
-    EXPECT_TRUE(std::any_of(frames.begin(), frames.end(), [](const auto& frame) {
-        return frame.message[0] == 0x31 && (frame.message[1] & 0x02) != 0;
-    }));
+    EXPECT_TRUE(std::any_of(frames.begin(), frames.end(),
+                            [](const auto& frame) { return carriesStop(frame.message); }));
     EXPECT_FALSE(rig.window->link().Timer2().isActive());
 }
 

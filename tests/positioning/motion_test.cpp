@@ -12,6 +12,8 @@
 
 using namespace halvex;
 using namespace halvex::testing;
+namespace v = halvex::vocab;
+using halvex::test::message;
 
 namespace {
 // The console on its Pan/Tilt page, where the jog box is live.
@@ -34,9 +36,14 @@ struct JogRig : PagesRig {
     std::array<int, 3> nextJog() {
         line.clear();
         waitFor([this] { return !line.frames().empty(); });
+        namespace j = v::jog;
         const Message_ jog = line.frames().at(0).message;
-        EXPECT_EQ(jog, (Message_{0x31, jog[1], jog[2], jog[3], 0, 0, 0, 0}));
-        return {jog[1], jog[2], jog[3]};
+        const auto flags = static_cast<int>(v::get(jog, j::kFlagsByte));
+        const auto pan = static_cast<int>(v::get(jog, j::kPanSpeed));
+        const auto tilt = static_cast<int>(v::get(jog, j::kTiltSpeed));
+        EXPECT_EQ(jog, message<v::JogMessage>(
+                           {{j::kFlagsByte, flags}, {j::kPanSpeed, pan}, {j::kTiltSpeed, tilt}}));
+        return {flags, pan, tilt};
     }
     // Pan and tilt jog speeds.
     QString speeds() {
@@ -107,19 +114,32 @@ TEST(MoveCommands, EachButtonSendsItsMessageAndABadAngleSendsNothing) {
         const char* button;
         Message_ sent;
     };
+    namespace abs = v::absolute_move;
+    namespace lenses = v::absolute_move_with_lenses;
+    const auto absolute = [](std::int64_t pan, std::int64_t tilt) {
+        return message<v::AbsoluteMove>({{abs::kPan, pan}, {abs::kTilt, tilt}});
+    };
+    const auto limit = [](int index) {
+        return message<v::SoftLimit>({{v::soft_limit::kLimitByte, index}});
+    };
+    const std::int64_t hold = abs::kHoldAxis;
     // clang-format off
     const Case cases[] = {
         // Halves go to the even neighbour: 12.5 -> 12, 37.5 -> 38.
-        {0.125, 0.375, false, false, "AbsoBut", {0x33, 0x0C, 0x00, 0x00, 0x26, 0x00, 0x00}},
-        {-1.0, -123.45, false, false, "AbsoBut", {0x33, 0x9C, 0xFF, 0xFF, 0xC7, 0xCF, 0xFF}},
-        {-1.0, -123.45, true, true, "AbsoBut", {0x33, 0x9F, 0x86, 0x01, 0x9F, 0x86, 0x01}},
+        {0.125, 0.375, false, false, "AbsoBut", absolute(12, 38)},
+        {-1.0, -123.45, false, false, "AbsoBut", absolute(-100, -12345)},
+        {-1.0, -123.45, true, true, "AbsoBut", absolute(hold, hold)},
         // A relative move ignores the hold boxes.
-        {-1.0, -123.45, true, true, "DeltaBut", {0x34, 0x9C, 0xFF, 0xFF, 0xC7, 0xCF, 0xFF}},
-        {10.0, 0.0, false, true, "AbsoZFBut", {0x3A, 0xE8, 0x03, 0x00, 0x9F, 0x86, 0x01, 0x00, 0x02, 0xC8, 0xFF}},
-        {0.0, 0.0, false, false, "CenterBut", {0x35}},
-        {0.0, 0.0, false, false, "HomeBut", {0x36}},
-        {0.0, 0.0, false, false, "SetSLBut_0", {0x81, 0x00}},
-        {0.0, 0.0, false, false, "SetSLBut_3", {0x81, 0x03}},
+        {-1.0, -123.45, true, true, "DeltaBut",
+         message<v::DeltaMove>({{v::delta_move::kPan, -100}, {v::delta_move::kTilt, -12345}})},
+        {10.0, 0.0, false, true, "AbsoZFBut",
+         message<v::AbsoluteMoveWithLenses>({{lenses::kPan, 1000}, {lenses::kTilt, hold},
+                                             {lenses::kLens[1], 2}, {lenses::kLens[2], 200},
+                                             {lenses::kLens[3], 255}})},
+        {0.0, 0.0, false, false, "CenterBut", message<v::MoveToCentre>()},
+        {0.0, 0.0, false, false, "HomeBut", message<v::MoveToHome>()},
+        {0.0, 0.0, false, false, "SetSLBut_0", limit(0)},
+        {0.0, 0.0, false, false, "SetSLBut_3", limit(3)},
     };
     // clang-format on
     for (const Case& c : cases) {
@@ -160,8 +180,8 @@ TEST(MoveCommands, EachButtonSendsItsMessageAndABadAngleSendsNothing) {
         page.PanDesLED->setValue(pan);
         rig.click("AbsoBut");
         ASSERT_TRUE(rig.waitFor([&] { return !rig.sent().empty(); }));
-        const Byte low = pan < 0 ? 0x00 : 0xFF;
-        EXPECT_EQ(rig.sent(), (Messages_{{0x33, low, low, low, 0, 0, 0}}));
+        // The low 24 bits of the smallest are all clear, of the largest all set.
+        EXPECT_EQ(rig.sent(), (Messages_{absolute(pan < 0 ? 0 : 0xFFFFFF, 0)}));
         EXPECT_TRUE(rig.window->statusBar()->currentMessage().isEmpty());
     }
     for (double pan : {-21474836.49, 21474836.48}) {
@@ -180,13 +200,15 @@ TEST(Jogging, SpeedsDirectionsAndFlagsTravelInTheJogMessage) {
     rig.page().TiltDesLED->setValue(-1.0);  // a move leaves bytes behind
     rig.click("AbsoBut");
     // Directions in bits 7 (pan) and 6 (tilt) of the flags.
+    namespace j = v::jog;
+    const int panCwTiltUp = v::maskOf(j::kPanCw) | v::maskOf(j::kTiltUp);
     rig.press(Qt::LeftButton, 100, 400);  // left of and below the centre
-    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0x00, 155, 145}));
+    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0, 155, 145}));
     rig.move(Qt::LeftButton, 400, 100);  // right of and above
-    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0xC0, 145, 155}));
+    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{panCwTiltUp, 145, 155}));
     // On the centre lines: no speed, and the directions stay as they were.
     rig.move(Qt::LeftButton, 255, 255);
-    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0xC0, 0, 0}));
+    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{panCwTiltUp, 0, 0}));
 
     // Far edges stop at the largest speed byte; 512.9 is still inside.
     rig.move(Qt::LeftButton, 512.9, 0);
@@ -200,7 +222,7 @@ TEST(Jogging, SpeedsDirectionsAndFlagsTravelInTheJogMessage) {
     EXPECT_EQ(rig.speeds(), "0 0");
     rig.move(Qt::LeftButton, 0, 510);
     rig.release();
-    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0x00, 0, 0}));  // last directions kept
+    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0, 0, 0}));  // last directions kept
 
     // A right click cycles the mode; the speeds change at the next move.
     rig.press(Qt::LeftButton, 100, 100);
@@ -223,15 +245,20 @@ TEST(Jogging, SpeedsDirectionsAndFlagsTravelInTheJogMessage) {
     EXPECT_EQ(rig.speeds(), "0 0");
     rig.window->SSTab1().setCurrentIndex(0);
 
-    // Low speed: pan bit 4, tilt bit 3; override bit 2.
+    // Each of low speed and the override is a bit of its own.
+    const auto modeBits = [&rig] {
+        const auto flags = static_cast<Byte>(rig.nextJog()[0]);
+        return std::array{v::isSet(flags, j::kPanLowSpeed), v::isSet(flags, j::kTiltLowSpeed),
+                          v::isSet(flags, j::kSoftLimitOverride)};
+    };
     rig.page().PanSloCheck->setChecked(true);
-    EXPECT_EQ(rig.nextJog()[0] & 0x1C, 0x10);
+    EXPECT_EQ(modeBits(), (std::array{true, false, false}));
     rig.page().TiltSloCheck->setChecked(true);
     rig.page().PanSloCheck->setChecked(false);
-    EXPECT_EQ(rig.nextJog()[0] & 0x1C, 0x08);
+    EXPECT_EQ(modeBits(), (std::array{false, true, false}));
     rig.page().TiltSloCheck->setChecked(false);
     rig.click("Command2");
-    EXPECT_EQ(rig.nextJog()[0] & 0x1C, 0x04);
+    EXPECT_EQ(modeBits(), (std::array{false, false, true}));
     rig.click("Command2");
-    EXPECT_EQ(rig.nextJog()[0] & 0x1C, 0x00);
+    EXPECT_EQ(modeBits(), (std::array{false, false, false}));
 }

@@ -6,6 +6,8 @@
 
 using namespace halvex;
 using namespace halvex::testing;
+namespace v = halvex::vocab;
+using halvex::test::message;
 
 TEST(OffsetChange, EachChangeSendsItsAnglesThenRereadsLimitsAndPresetsWithThePageLocked) {
     PagesRig rig;
@@ -28,11 +30,15 @@ TEST(OffsetChange, EachChangeSendsItsAnglesThenRereadsLimitsAndPresetsWithThePag
     // clang-format off
     const Case cases[] = {
         // The platform is at the mechanical centre, so it reads 0 after.
-        {"AlignCenBut", 15.0, 15.0, {0x82}, 0.0f, 0.0f, "   3    40.00"},
-        // 30000 is 30 75 00; halves go to the even neighbour.
-        {"SetCorBut", 300.0, -1.0, {0x80, 0x30, 0x75, 0x00, 0x9C, 0xFF, 0xFF}, 300.0f, -1.0f, "   3   340.00"},
-        {"AlignCorBut", 0.375, 2.5, {0x83, 38, 0, 0, 250, 0, 0}, 0.38f, 2.5f, "   3    40.38"},
-        {"ZeroOffBut", 5.0, 5.0, {0x84}, 0.0f, 0.0f, "   3    40.00"},
+        {"AlignCenBut", 15.0, 15.0, message<v::AlignToCentre>(), 0.0f, 0.0f, "   3    40.00"},
+        {"SetCorBut", 300.0, -1.0,
+         message<v::SetAngleOffsets>({{v::set_angle_offsets::kPan, 30000}, {v::set_angle_offsets::kTilt, -100}}),
+         300.0f, -1.0f, "   3   340.00"},
+        // Halves go to the even neighbour.
+        {"AlignCorBut", 0.375, 2.5,
+         message<v::AlignToCoordinates>({{v::align_to_coordinates::kPan, 38}, {v::align_to_coordinates::kTilt, 250}}),
+         0.38f, 2.5f, "   3    40.38"},
+        {"ZeroOffBut", 5.0, 5.0, message<v::ZeroOffsets>(), 0.0f, 0.0f, "   3    40.00"},
     };
     // clang-format on
     for (const Case& c : cases) {
@@ -43,15 +49,15 @@ TEST(OffsetChange, EachChangeSendsItsAnglesThenRereadsLimitsAndPresetsWithThePag
         rig.line.clear();
         QStringList looks;  // while each request reached the unit
         rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
-            if (frame.message[0] != 0x31) {
+            if (frame.message[0] != v::JogMessage::kCode) {
                 looks << look();
             }
         };
         rig.click(c.button);
         rig.line.onFrame = nullptr;
 
-        EXPECT_EQ(rig.sent(),
-                  presetReads({c.change, {0x81, 0x80}, {0x81, 0x81}, {0x81, 0x82}, {0x81, 0x83}}));
+        EXPECT_EQ(rig.sent(), presetReads({c.change, softLimitRead(0), softLimitRead(1),
+                                           softLimitRead(2), softLimitRead(3)}));
         EXPECT_EQ(looks, QStringList(37, "0 Reloading Tables Reinitializing Reinitializing"));
         EXPECT_EQ(look(), QStringLiteral("1 Angle Offsets Adjustment Pan Tilt"));
         EXPECT_FLOAT_EQ(rig.led("PanCorLED")->value(), c.panAfter);
@@ -81,19 +87,32 @@ TEST(OffsetReadings, ReadButtonsSendBareRequestsAndRepliesFillTheReadouts) {
         rig.click(button);
     }
     ASSERT_TRUE(rig.waitFor([&] { return rig.sent().size() == 3; }));
-    EXPECT_EQ(rig.sent(), (Messages_{{0x85}, {0x90}, {0x91}}));
+    EXPECT_EQ(rig.sent(), (Messages_{message<v::OffsetsRequest>(), message<v::CentreRequest>(),
+                                     message<v::SetCentre>()}));
     rig.ticks(3);  // the unit's own answers are in
 
     struct Case {
         Message_ reply;
         const char *first, *firstText, *second, *secondText;
     };
+    using Centre = v::centre_position;
+    using Readings = v::encoder_alignment_finished;
+    namespace h = v::homing_cycle_finished;
+    // Setting the centre is answered with the centre under its own code.
+    Message_ centreSet = message<v::CentrePosition>({{Centre::kPan, 1}});
+    centreSet[0] = v::SetCentre::kCode;
+    const auto homing = [](std::initializer_list<v::Bit<v::HomingCycleFinished>> found) {
+        return test::withBits(message<v::HomingCycleFinished>({{h::kPan, 16}, {h::kTilt, 32}}),
+                              found);
+    };
     const Case cases[] = {
-        {{0x90, 0x00, 0x08, 0x00, 0xFF, 0xFF, 0xFF}, "Label1_18", "2048", "Label1_19", "-1"},
-        {{0x91, 0x01, 0x00, 0x00, 0x00, 0x00, 0x00}, "Label1_18", "1", "Label1_19", "0"},
-        {{0x9D, 0x01, 0x00, 0x00, 0x02, 0x01, 0x00}, "Label39", "1", "Label40", "258"},
-        {{0x9E, 2, 0x10, 0x00, 0x00, 0x20, 0x00, 0x00}, "Pindex", "No Index", "Tindex", "32"},
-        {{0x9E, 1, 0x10, 0x00, 0x00, 0x20, 0x00, 0x00}, "Pindex", "16", "Tindex", "No Index"},
+        {message<v::CentrePosition>({{Centre::kPan, 2048}, {Centre::kTilt, -1}}), "Label1_18",
+         "2048", "Label1_19", "-1"},
+        {centreSet, "Label1_18", "1", "Label1_19", "0"},
+        {message<v::EncoderAlignmentFinished>({{Readings::kPan, 1}, {Readings::kTilt, 258}}),
+         "Label39", "1", "Label40", "258"},
+        {homing({h::kTiltIndexFound}), "Pindex", "No Index", "Tindex", "32"},
+        {homing({h::kPanIndexFound}), "Pindex", "16", "Tindex", "No Index"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.first);
@@ -101,7 +120,8 @@ TEST(OffsetReadings, ReadButtonsSendBareRequestsAndRepliesFillTheReadouts) {
         EXPECT_EQ(rig.text(c.first), QLatin1String(c.firstText));
         EXPECT_EQ(rig.text(c.second), QLatin1String(c.secondText));
     }
-    rig.inject({0x85, 0x30, 0x75, 0x00, 0x18, 0xFC, 0xFF});
+    rig.inject(message<v::AngleOffsets>(
+        {{v::angle_offsets::kPan, 30000}, {v::angle_offsets::kTilt, -1000}}));
     EXPECT_FLOAT_EQ(rig.led("PanCorLED")->value(), 300.0f);
     EXPECT_FLOAT_EQ(rig.led("TiltCorLED")->value(), -10.0f);
 

@@ -8,6 +8,7 @@
 #include <QListWidget>
 
 #include "tests/support/console_rig.h"
+#include "tests/support/messages.h"
 #include "tests/support/scripted_unit.h"
 #include "views/widgets/led_display.h"
 
@@ -16,12 +17,22 @@ namespace halvex::testing {
 using Message_ = std::vector<Byte>;
 using Messages_ = std::vector<Message_>;
 
+inline Message_ presetRead(int preset) {
+    return test::message<vocab::PresetRequest>({{vocab::preset_request::kPreset, preset}});
+}
+
 // The 32 requests of a preset reload, after `reads`.
 inline Messages_ presetReads(Messages_ reads = {}) {
-    for (Byte n = 0; n < 32; ++n) {
-        reads.push_back({0x40, n});
+    for (int n = 0; n < 32; ++n) {
+        reads.push_back(presetRead(n));
     }
     return reads;
+}
+
+// The request for soft limit `limit`'s position.
+inline Message_ softLimitRead(int limit) {
+    return test::withBits(test::message<vocab::SoftLimit>({{vocab::soft_limit::kLimit, limit}}),
+                          {vocab::kReadRequest<vocab::SoftLimit>});
 }
 
 struct PagesRig : ConsoleRig {

@@ -6,17 +6,25 @@
 
 using namespace halvex;
 using namespace halvex::testing;
+namespace v = halvex::vocab;
+using halvex::test::message;
 
 namespace {
-Message_ presetReply(Byte code, Byte number, std::int32_t pan, std::int32_t tilt,
+// The preset commands' codes, each answered by a preset record.
+constexpr Byte kRead = v::PresetRequest::kCode;
+constexpr Byte kStore = v::StorePreset::kCode;
+constexpr Byte kStoreCurrent = v::StoreCurrentPosition::kCode;
+constexpr Byte kAddLenses = v::AddLensPositions::kCode;
+
+Message_ presetReply(Byte code, int number, std::int32_t pan, std::int32_t tilt,
                      std::array<Byte, 4> lens = {}) {
-    Message_ reply{code, number};
-    for (std::int32_t angle : {pan, tilt}) {
-        for (int shift : {0, 8, 16}) {
-            reply.push_back(static_cast<Byte>(angle >> shift));
-        }
+    namespace r = v::preset_record;
+    Message_ reply =
+        message<v::PresetRecord>({{r::kPreset, number}, {r::kPan, pan}, {r::kTilt, tilt}});
+    for (std::size_t i = 0; i < lens.size(); ++i) {
+        v::put(reply, r::kLens.at(i), lens[i]);
     }
-    reply.insert(reply.end(), lens.begin(), lens.end());
+    reply[0] = code;
     return reply;
 }
 }  // namespace
@@ -32,17 +40,16 @@ TEST(PresetReplies, EachReplyFormatsItsEntryAndSelectsIt) {
     };
     // clang-format off
     const Case cases[] = {
-        // Pan -123.45 arrives as C7 CF FF.
-        {{0x40, 0, 0xC7, 0xCF, 0xFF, 0x1A, 0x04, 0x00, 1, 22, 133, 255}, 0,
+        {presetReply(kRead, 0, -12345, 1050, {1, 22, 133, 255}), 0,
          "   0  -123.45    10.50     1    22   133   255", 1, 0},
-        {presetReply(0x42, 1, 5, -50), 1, "   1     0.05    -0.50     0     0     0     0", 2, 1},
-        {presetReply(0x43, 2, 36000, 9000), 2, "   2   360.00    90.00     0     0     0     0", 3, 2},
+        {presetReply(kStoreCurrent, 1, 5, -50), 1, "   1     0.05    -0.50     0     0     0     0", 2, 1},
+        {presetReply(kAddLenses, 2, 36000, 9000), 2, "   2   360.00    90.00     0     0     0     0", 3, 2},
         // Past the end: appended, and no position 7 to select.
-        {presetReply(0x40, 7, 700, 0), 3, "   7     7.00     0.00     0     0     0     0", 4, 2},
+        {presetReply(kRead, 7, 700, 0), 3, "   7     7.00     0.00     0     0     0     0", 4, 2},
         // An existing entry is replaced in place.
-        {presetReply(0x41, 1, -4500, 1234), 1, "   1   -45.00    12.34     0     0     0     0", 4, 1},
+        {presetReply(kStore, 1, -4500, 1234), 1, "   1   -45.00    12.34     0     0     0     0", 4, 1},
         // Preset 32 is the table's last entry.
-        {presetReply(0x40, 32, 3200, 0), 4, "  32    32.00     0.00     0     0     0     0", 5, 1},
+        {presetReply(kRead, 32, 3200, 0), 4, "  32    32.00     0.00     0     0     0     0", 5, 1},
     };
     // clang-format on
     for (const Case& c : cases) {
@@ -56,7 +63,7 @@ TEST(PresetReplies, EachReplyFormatsItsEntryAndSelectsIt) {
     EXPECT_FLOAT_EQ(rig.led("TiltPreLED")->value(), 12.34f);
 
     // Past the table: only that reply stops.
-    rig.inject(presetReply(0x40, 33, 100, 0));
+    rig.inject(presetReply(kRead, 33, 100, 0));
     EXPECT_TRUE(rig.faults.size() == 1 &&
                 rig.faults[0].startsWith("Run-time error 9: Subscript out of range"))
         << rig.faults.join('|').toStdString();
@@ -66,11 +73,11 @@ TEST(PresetReplies, EachReplyFormatsItsEntryAndSelectsIt) {
     // type removes the entry and puts nothing in its place.
     rig.unit.state().options.variant = 1;
     ASSERT_TRUE(rig.waitFor([&] { return rig.window->status().UnitVariant() == 1; }));
-    rig.inject(presetReply(0x40, 0, 100, 200, {9, 8, 7, 6}));
+    rig.inject(presetReply(kRead, 0, 100, 200, {9, 8, 7, 6}));
     EXPECT_EQ(rig.lines("PresetList")[0], QStringLiteral("   0     1.00     2.00     9     8"));
     rig.unit.state().options.variant = 2;
     ASSERT_TRUE(rig.waitFor([&] { return rig.window->status().UnitVariant() == 2; }));
-    rig.inject(presetReply(0x40, 0, 300, 400));
+    rig.inject(presetReply(kRead, 0, 300, 400));
     EXPECT_EQ(rig.lines("PresetList").size(), 4);
 }
 
@@ -92,7 +99,7 @@ TEST(PresetCommands, ReloadWaitsForEachReplyCommandsUseTheSelectionClearReloads)
     rig.window->link().Timer4().setInterval(20000);  // no watchdog while held
     std::size_t sentWhileHeld = 0;
     rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
-        if (frame.message == Message_{0x40, 3}) {
+        if (frame.message == presetRead(3)) {
             rig.line.holdReplies(true);
             QTimer::singleShot(60, [&] {
                 sentWhileHeld = rig.sent().size();
@@ -111,7 +118,7 @@ TEST(PresetCommands, ReloadWaitsForEachReplyCommandsUseTheSelectionClearReloads)
     rig.selectRow("PresetList", 2, true);
     // The save goes to the selected preset, not to the one last gone to.
     rig.selectRow("PresetList", 3);
-    // Halves go to the even neighbour: 0.125 -> 12; -1 -> 9C FF FF.
+    // Halves go to the even neighbour: 0.125 -> 12.
     rig.led("PanPreLED")->setValue(0.125);
     rig.led("TiltPreLED")->setValue(-1.0);
     rig.click("SavePreBut");
@@ -122,9 +129,14 @@ TEST(PresetCommands, ReloadWaitsForEachReplyCommandsUseTheSelectionClearReloads)
     rig.click("SaveCurPreBut");
     rig.click("AddAuxBut");
     ASSERT_TRUE(rig.waitFor([&] { return rig.sent().size() == 4; }));
-    EXPECT_EQ(rig.sent(),
-              (Messages_{
-                  {0x32, 2}, {0x41, 3, 0x0C, 0x00, 0x00, 0x9C, 0xFF, 0xFF}, {0x42, 3}, {0x43, 3}}));
+    namespace store = v::store_preset;
+    EXPECT_EQ(
+        rig.sent(),
+        (Messages_{
+            message<v::GoToPreset>({{v::go_to_preset::kPreset, 2}}),
+            message<v::StorePreset>({{store::kPreset, 3}, {store::kPan, 12}, {store::kTilt, -100}}),
+            message<v::StoreCurrentPosition>({{v::store_current_position::kPreset, 3}}),
+            message<v::AddLensPositions>({{v::add_lens_positions::kPreset, 3}})}));
     EXPECT_FALSE(rig.window->state().SendInProgress);
 
     // Clear: its caption shows until the reload is over, and one more reply
@@ -132,7 +144,7 @@ TEST(PresetCommands, ReloadWaitsForEachReplyCommandsUseTheSelectionClearReloads)
     rig.line.clear();
     QStringList captions;  // at the clear and at the last preset's request
     rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
-        if (frame.message == Message_{0x94} || frame.message == Message_{0x40, 31}) {
+        if (frame.message == message<v::ClearAllPresets>() || frame.message == presetRead(31)) {
             captions << rig.text("ClearPreBut");
         }
     };
@@ -141,10 +153,12 @@ TEST(PresetCommands, ReloadWaitsForEachReplyCommandsUseTheSelectionClearReloads)
     EXPECT_EQ(rig.text("ClearPreBut"), QStringLiteral("Clear All Preset Entries To 0/0"));
     EXPECT_EQ(rig.window->link().Timer4().interval(), 250);
     const Messages_ all = rig.line.messages();
-    const auto clear = std::find(all.begin(), all.end(), Message_{0x94});
-    const auto reload = std::find(all.begin(), all.end(), Message_{0x40, 0});
+    const auto clear = std::find(all.begin(), all.end(), message<v::ClearAllPresets>());
+    const auto reload = std::find(all.begin(), all.end(), presetRead(0));
     ASSERT_LT(clear, reload);
-    EXPECT_NE(std::find_if(clear, reload, [](const Message_& m) { return m[0] == 0x31; }), reload);
+    EXPECT_NE(
+        std::find_if(clear, reload, [](const Message_& m) { return m[0] == v::JogMessage::kCode; }),
+        reload);
     EXPECT_EQ(rig.sent().size(), 33u);
     EXPECT_TRUE(rig.lines("PresetList")[31].startsWith(QStringLiteral("  31     0.00")));
 }

@@ -8,9 +8,33 @@
 
 using namespace halvex;
 using namespace halvex::testing;
+namespace v = halvex::vocab;
+using halvex::test::message;
+
+namespace {
+Message_ countRequest(int tour) {
+    return message<v::TourStepCountRequest>({{v::tour_step_count_request::kTour, tour}});
+}
+Message_ stepRequest(int tour, int step) {
+    namespace r = v::tour_step_request;
+    return message<v::TourStepRequest>({{r::kTour, tour}, {r::kStep, step}});
+}
+// A step reply of tour 0 under `code`, the default camera's, not blanking.
+Message_ stepReply(Byte code, int step, int preset, int dwell) {
+    namespace t = v::tour_step;
+    Message_ reply = message<v::TourStep>(
+        {{t::kStep, step}, {t::Step::kPreset, preset}, {t::Step::kDwell, dwell}});
+    reply[0] = code;
+    return reply;
+}
+}  // namespace
 
 TEST(TourStepLine, TheCameraColumnIsLeftOutForTheSecondControllerType) {
-    EXPECT_EQ(tourStepLine(0, 2 | 128, 0, 1), QStringLiteral(" 0   Pre  2    0 Secs  N "));
+    using Step = v::tour_step::Step;
+    ByteTable reply;
+    v::put(reply, Step::kPreset, 2);
+    v::put(reply, Step::kCamera, 2);
+    EXPECT_EQ(tourStepLine(reply, 1), QStringLiteral(" 0   Pre  2    0 Secs  N "));
 }
 
 TEST(TourEdit, SelectingATourReadsItsStepsAndEachEditSendsItsBytes) {
@@ -32,13 +56,14 @@ TEST(TourEdit, SelectingATourReadsItsStepsAndEachEditSendsItsBytes) {
     QString captionsAtCount;
     rig.line.clear();
     rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
-        if (frame.message[0] == 0x56) {
+        if (frame.message[0] == v::TourStepCountRequest::kCode) {
             captionsAtCount = rig.text("ExecScriptBut") + '|' + rig.text("ClearScriptBut");
         }
     };
     rig.click("TourSel_1");
     EXPECT_EQ(captionsAtCount, QStringLiteral("Execute Tour 2|Clear Tour 2"));
-    EXPECT_EQ(rig.sent(), (Messages_{{0x56, 1}, {0x51, 1, 0}, {0x51, 1, 1}, {0x51, 1, 2}}));
+    EXPECT_EQ(rig.sent(), (Messages_{countRequest(1), stepRequest(1, 0), stepRequest(1, 1),
+                                     stepRequest(1, 2)}));
     EXPECT_EQ(rig.lines("ScriptList").join('|'),
               QStringLiteral(" 0   Pre  5   10 Secs  N       0| 1   Pre  6    3 Secs  Y       1|"
                              " 2   Pre 31  127 Secs  N       0"));
@@ -47,7 +72,7 @@ TEST(TourEdit, SelectingATourReadsItsStepsAndEachEditSendsItsBytes) {
     // An empty tour: the count is asked for and no step.
     rig.line.clear();
     rig.click("TourSel_0");
-    EXPECT_EQ(rig.sent(), (Messages_{{0x56, 0}}));
+    EXPECT_EQ(rig.sent(), (Messages_{countRequest(0)}));
     EXPECT_TRUE(rig.lines("ScriptList").isEmpty());
     EXPECT_EQ(rig.text("ExecScriptBut") + rig.text("Label23"), QStringLiteral("Execute Tour 10"));
 
@@ -59,13 +84,25 @@ TEST(TourEdit, SelectingATourReadsItsStepsAndEachEditSendsItsBytes) {
         int row;  // the line that shows the edit
         const char* line;
     };
+    // Tour 0's step: the preset, its camera (camera 3 is number 2), the dwell
+    // and the blank bit.
+    using Append = v::append_tour_step::Step;
+    using Insert = v::insert_tour_step::Step;
+    using Replace = v::replace_tour_step::Step;
     // clang-format off
     const Case cases[] = {
-        {"Option1_0", "CamSel_1", true, -1, 5, 10, {0x52, 0, 69, 138}, 0, " 0   Pre  5   10 Secs  Y       1"},
-        // Camera 3 sets bit 7 of the preset byte.
-        {"Option1_0", "CamSel_2", false, -1, 1, 5, {0x52, 0, 129, 5}, 1, " 1   Pre  1    5 Secs  N       2"},
-        {"Option1_1", "CamSel_0", false, 1, 4, 7, {0x53, 0, 1, 4, 7}, 1, " 1   Pre  4    7 Secs  N       0"},
-        {"Option1_2", "CamSel_1", false, 0, 6, 7, {0x55, 0, 0, 70, 7}, 0, " 0   Pre  6    7 Secs  N       1"},
+        {"Option1_0", "CamSel_1", true, -1, 5, 10,
+         message<v::AppendTourStep>({{Append::kPreset, 5}, {Append::kCamera, 1}, {Append::kDwell, 10}, {Append::kBlank, 1}}),
+         0, " 0   Pre  5   10 Secs  Y       1"},
+        {"Option1_0", "CamSel_2", false, -1, 1, 5,
+         message<v::AppendTourStep>({{Append::kPreset, 1}, {Append::kCamera, 2}, {Append::kDwell, 5}}),
+         1, " 1   Pre  1    5 Secs  N       2"},
+        {"Option1_1", "CamSel_0", false, 1, 4, 7,
+         message<v::InsertTourStep>({{v::insert_tour_step::kStep, 1}, {Insert::kPreset, 4}, {Insert::kDwell, 7}}),
+         1, " 1   Pre  4    7 Secs  N       0"},
+        {"Option1_2", "CamSel_1", false, 0, 6, 7,
+         message<v::ReplaceTourStep>({{v::replace_tour_step::kStep, 0}, {Replace::kPreset, 6}, {Replace::kCamera, 1}, {Replace::kDwell, 7}}),
+         0, " 0   Pre  6    7 Secs  N       1"},
     };
     // clang-format on
     for (const Case& c : cases) {
@@ -80,14 +117,15 @@ TEST(TourEdit, SelectingATourReadsItsStepsAndEachEditSendsItsBytes) {
         EXPECT_TRUE(rig.waitFor([&] { return rig.lines("ScriptList").value(c.row) == c.line; }));
         EXPECT_EQ(rig.sent().at(0), c.request);
         // Insert and replace reload the tour; an append's reply adds the line.
-        EXPECT_EQ(rig.sent().size() > 1 && rig.sent()[1] == Message_({0x56, 0}), c.step >= 0);
+        EXPECT_EQ(rig.sent().size() > 1 && rig.sent()[1] == countRequest(0), c.step >= 0);
     }
     EXPECT_EQ(rig.lines("ScriptList").size(), 3);
     EXPECT_EQ(rig.lines("ScriptList")[2], QStringLiteral(" 2   Pre  1    5 Secs  N       2"));
 
     rig.line.clear();
     rig.selectRow("ScriptList", 1, true);
-    EXPECT_EQ(rig.sent(), (Messages_{{0x54, 0, 1}, {0x56, 0}, {0x51, 0, 0}, {0x51, 0, 1}}));
+    EXPECT_EQ(rig.sent(), (Messages_{message<v::DeleteTourStep>({{v::delete_tour_step::kStep, 1}}),
+                                     countRequest(0), stepRequest(0, 0), stepRequest(0, 1)}));
     EXPECT_EQ(rig.lines("ScriptList").size(), 2);
     EXPECT_FALSE(rig.window->state().SendInProgress);
 
@@ -108,12 +146,12 @@ TEST(TourEdit, SelectingATourReadsItsStepsAndEachEditSendsItsBytes) {
               "replace.");
 
     // A replace reply rewrites its own line; only other step replies add one.
-    rig.inject({0x55, 0, 0, 9, 4});
+    rig.inject(stepReply(v::ReplaceTourStep::kCode, 0, 9, 4));
     EXPECT_EQ(rig.lines("ScriptList"), QStringList({" 0   Pre  9    4 Secs  N       0",
                                                     " 1   Pre  1    5 Secs  N       2"}));
     // Step replies never grow the list past the longest tour.
     for (int i = 0; i < 300; ++i) {
-        rig.inject({0x52, 0, static_cast<Byte>(i % 200), 1, 5});
+        rig.inject(stepReply(v::AppendTourStep::kCode, i % 200, 1, 5));
     }
     EXPECT_EQ(rig.list("ScriptList")->count(), 255);
 }
@@ -125,7 +163,7 @@ TEST(TourRun, ExecutingLookLastsUntilAFaultAndAClearReloadsTheTour) {
     rig.line.clear();
     rig.click("ExecScriptBut");
     ASSERT_TRUE(rig.waitFor([&] { return rig.text("ExecScriptBut") == "Executing Tour 2"; }));
-    EXPECT_EQ(rig.sent(), (Messages_{{0x37, 1}}));
+    EXPECT_EQ(rig.sent(), (Messages_{message<v::ExecuteTour>({{v::execute_tour::kTour, 1}})}));
     auto editable = [&] {  // how many of the editing controls are enabled
         return rig.enabled("ScriptList") + rig.enabled("ScriptPreList") +
                rig.enabled("ClearScriptBut") + rig.enabled("TourSel_0") + rig.enabled("TourSel_1") +
@@ -151,10 +189,11 @@ TEST(TourRun, ExecutingLookLastsUntilAFaultAndAClearReloadsTheTour) {
     rig.line.clear();
     rig.click("ClearScriptBut");
     ASSERT_TRUE(rig.waitFor([&] { return rig.sent().size() == 2; }));
-    EXPECT_EQ(rig.sent(), (Messages_{{0x50, 1}, {0x56, 1}}));
+    EXPECT_EQ(rig.sent(),
+              (Messages_{message<v::ClearTour>({{v::clear_tour::kTour, 1}}), countRequest(1)}));
     EXPECT_TRUE(rig.lines("ScriptList").isEmpty());
     rig.unit.state().tours.append(0, {1, 1});
-    rig.inject({0x50, 0});
+    rig.inject(message<v::TourCleared>({{v::tour_cleared::kTour, 0}}));
     ASSERT_TRUE(rig.waitFor([&] { return rig.text("Label23") == "1"; }));
     EXPECT_TRUE(rig.find<QAbstractButton>(QStringLiteral("TourSel_0"))->isChecked());
     EXPECT_EQ(rig.text("ExecScriptBut"), QStringLiteral("Execute Tour 1"));
@@ -164,9 +203,9 @@ TEST(TourRun, ExecutingLookLastsUntilAFaultAndAClearReloadsTheTour) {
     rig.unit.state().tours.append(0, {2, 2});
     rig.click("Command3");
     ASSERT_TRUE(rig.waitFor([&] { return rig.text("Label23") == "2"; }));
-    EXPECT_EQ(rig.sent(), (Messages_{{0x56, 0}}));
+    EXPECT_EQ(rig.sent(), (Messages_{countRequest(0)}));
 
     // A clear reply naming a tour without a selector stops only that reply.
-    rig.inject({0x50, 3});
+    rig.inject(message<v::TourCleared>({{v::tour_cleared::kTour, 3}}));
     EXPECT_EQ(rig.faults.size(), 1);
 }

@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "tests/setup/page_rig.h"
+#include "tests/support/messages.h"
 
 using namespace halvex;
 using namespace halvex::testing;
@@ -23,6 +24,10 @@ struct QuickProcedureRig : PagesRig {
           }()) {}
 };
 
+using test::message;
+using test::withBits;
+namespace v = vocab;
+
 class SetupPages : public OnlineSuite<QuickProcedureRig> {
   protected:
     void SetUp() override {
@@ -35,29 +40,46 @@ class SetupPages : public OnlineSuite<QuickProcedureRig> {
 
 TEST_F(SetupPages, EveryButtonSendsItsBytes) {
     auto& rig = *shared_;
+    using Pan = v::rates::Pan;
+    using Tilt = v::rates::Tilt;
+    namespace top = v::top_speeds;
     rig.runRows({
-        {"GetRateBut", {0x92, 0x80, 0, 0, 0, 0, 0, 0, 0}},
+        {"GetRateBut", v::readRequest<v::Rates>()},
         {"PSafeScroll=5 PRampScroll=10 PDecelScroll=3 TSafeScroll=127 TRampScroll=255 "
          "TDecelScroll=63 SetRateBut",
-         {0x92, 5, 10, 3, 0, 127, 255, 63, 0}},
-        {"GetCMaxBut", {0x9C, 0x80, 0, 0}},
-        {"PTopScroll=100 TTopScroll=90 SetCMaxBut", {0x9C, 0x00, 100, 90}},
-        {"GetIMaxBut", {0x9C, 0xC0, 0, 0}},
-        {"PITopScroll=1 TITopScroll=255 SetIMaxBut", {0x9C, 0x40, 1, 255}},
-        {"GetPStepBut", {0xA1, 0x80, 0, 0, 0, 0}},
-        {"PMinScroll=300 PMaxScroll=30000 SetPStepBut", {0xA1, 0x00, 0x2C, 0x01, 0x30, 0x75}},
-        {"GetTStepBut", {0xA2, 0x80, 0, 0, 0, 0}},
-        {"TMinScroll=15 TMaxScroll=255 SetTStepBut", {0xA2, 0x00, 15, 0, 255, 0}},
-        {"PMaxScroll=200 SetMaxPairBut", {0x99, 200, 255}},
+         message<v::Rates>({{Pan::kSafeSpeedByte, 5},
+                            {Pan::kRamp, 10},
+                            {Pan::kDeceleration, 3},
+                            {Tilt::kSafeSpeedByte, 127},
+                            {Tilt::kRamp, 255},
+                            {Tilt::kDeceleration, 63}})},
+        {"GetCMaxBut", v::readRequest<v::TopSpeeds>()},
+        {"PTopScroll=100 TTopScroll=90 SetCMaxBut",
+         message<v::TopSpeeds>({{top::kPan, 100}, {top::kTilt, 90}})},
+        {"GetIMaxBut", withBits(v::readRequest<v::TopSpeeds>(), {top::kSecond})},
+        {"PITopScroll=1 TITopScroll=255 SetIMaxBut",
+         withBits(message<v::TopSpeeds>({{top::kPan, 1}, {top::kTilt, 255}}), {top::kSecond})},
+        {"GetPStepBut", v::readRequest<v::PanSteps>()},
+        {"PMinScroll=300 PMaxScroll=30000 SetPStepBut",
+         message<v::PanSteps>({{v::pan_steps::kMinimum, 300}, {v::pan_steps::kMaximum, 30000}})},
+        {"GetTStepBut", v::readRequest<v::TiltSteps>()},
+        {"TMinScroll=15 TMaxScroll=255 SetTStepBut",
+         message<v::TiltSteps>({{v::tilt_steps::kMinimum, 15}, {v::tilt_steps::kMaximum, 255}})},
+        {"PMaxScroll=200 SetMaxPairBut",
+         message<v::MaximumPair>({{v::maximum_pair::kPan, 200}, {v::maximum_pair::kTilt, 255}})},
         {"SetMinPairBut", {}},
-        {"PMinScroll=20 SetMinPairBut", {0x93, 20, 15}},
-        {"SetTiltBut", {0x93, 127, 255, 15, 0, 255, 0}},
-        {"GetTOBut", {0x96, 0x80}},
-        {"TOScroll=45 SetTOBut", {0x96, 45}},
-        {"GetHeatBut", {0x97, 0x80}},
-        {"HeatOp_2", {0x97, 2}},
-        {"HeatOp_0", {0x97, 0}},
-        {"RevBut", {0x9A}},
+        {"PMinScroll=20 SetMinPairBut",
+         message<v::MinimumPair>({{v::minimum_pair::kPan, 20}, {v::minimum_pair::kTilt, 15}})},
+        {"SetTiltBut", message<v::TiltSettings>({{v::tilt_settings::kSafeSpeed, 127},
+                                                 {v::tilt_settings::kRamp, 255},
+                                                 {v::tilt_settings::kMinimum, 15},
+                                                 {v::tilt_settings::kMaximum, 255}})},
+        {"GetTOBut", v::readRequest<v::CommTimeout>()},
+        {"TOScroll=45 SetTOBut", message<v::CommTimeout>({{v::comm_timeout::kSeconds, 45}})},
+        {"GetHeatBut", v::readRequest<v::Heater>()},
+        {"HeatOp_2", message<v::Heater>({{v::heater::kModeByte, 2}})},
+        {"HeatOp_0", message<v::Heater>()},
+        {"RevBut", message<v::FirmwareRequest>()},
     });
     EXPECT_TRUE(rig.statusMessage().contains("SetMinPairBut_Click"));
     EXPECT_EQ(rig.text("Label28"), "5");
@@ -73,11 +95,12 @@ TEST_F(SetupPages, AddressIsReadAndSetByBroadcastAndTheConsoleFollowsANewOne) {
     rig.line.clear();
     rig.press("GetIDBut");
     const auto& frames = rig.line.frames();
-    const auto get = std::find_if(frames.begin(), frames.end(),
-                                  [](const auto& f) { return f.message.front() == 0x9F; });
+    const auto get = std::find_if(frames.begin(), frames.end(), [](const auto& f) {
+        return f.message.front() == v::UnitAddress::kCode;
+    });
     ASSERT_NE(get, frames.end());
     EXPECT_EQ(get->address, 0);
-    EXPECT_EQ(get->message, (Bytes{0x9F, 0x80}));
+    EXPECT_EQ(get->message, v::readRequest<v::UnitAddress>());
     // The unit (address 0) answers with its address, its check starting from
     // 0: the console, talking to unit 5, does not take it.
     QTest::qWait(300);
@@ -226,16 +249,21 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
     EXPECT_FALSE(frame->isVisible());
     EXPECT_TRUE(rig.at("FactoryControls")->isEnabled());
 
+    namespace dir = v::directions;
     rig.runRows({
-        {"GetRevBut", {0x95, 0x80}},
-        {"GetEncBut", {0xA5, 0x80, 0, 0, 0, 0}},
-        {"ConCheck RevCheck_0 SetRevBut", {0x95, 0x11}},
-        {"PEncScroll=10000 TEncScroll=300 SetEncBut", {0xA5, 0x00, 0x10, 0x27, 0x2C, 0x01}},
+        {"GetRevBut", v::readRequest<v::Directions>()},
+        {"GetEncBut", v::readRequest<v::Encoders>()},
+        {"ConCheck RevCheck_0 SetRevBut",
+         withBits(message<v::Directions>(), {dir::kContinuousRotation, dir::kPanMotorReverse})},
+        {"PEncScroll=10000 TEncScroll=300 SetEncBut",
+         message<v::Encoders>({{v::encoders::kPan, 10000}, {v::encoders::kTilt, 300}})},
     });
     // A direction reply sets the boxes and the flags the next Set sends.
-    EXPECT_TRUE(rig.sentBy([&] { rig.inject({0x95, 0x24}); }).empty());
+    const Bytes directions =
+        withBits(message<v::Directions>(), {dir::kPanResolverInvert, dir::kInvertedMount});
+    EXPECT_TRUE(rig.sentBy([&] { rig.inject(directions); }).empty());
     rig.expect("!RevCheck_0 !RevCheck_1 RevCheck_2 !RevCheck_3 !ConCheck InvCheck");
-    EXPECT_EQ(rig.sentBy("SetRevBut"), (std::vector<Bytes>{{0x95, 0x24}}));
+    EXPECT_EQ(rig.sentBy("SetRevBut"), std::vector<Bytes>{directions});
 
     // Cancel in either checklist: nothing sent, the index read-outs as they were.
     rig.shown.clear();
@@ -251,18 +279,18 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
     // OK: the initial alignment shortens the watchdog again afterwards, the
     // homing cycle leaves it long.
     Link& link = rig.window->link();
-    EXPECT_EQ(rig.sentBy("InitEncBut"), (std::vector<Bytes>{{0x9D}}));
+    EXPECT_EQ(rig.sentBy("InitEncBut"), std::vector<Bytes>{message<v::EncoderAlignment>()});
     EXPECT_EQ(link.Timer4().interval(), 1000);
     EXPECT_FALSE(rig.text("Label39").isEmpty());
     // The homing cycle: "Looking..." while the unit is silent (longer than the
     // usual watchdog), then the index points it found.
     QStringList whileHoming;
     rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
-        if (frame.message.front() == 0x9E) {
+        if (frame.message.front() == v::HomingCycle::kCode) {
             whileHoming = {rig.text("Pindex"), rig.text("Tindex")};
         }
     };
-    EXPECT_EQ(rig.sentBy("EncHomeBut"), (std::vector<Bytes>{{0x9E}}));
+    EXPECT_EQ(rig.sentBy("EncHomeBut"), std::vector<Bytes>{message<v::HomingCycle>()});
     rig.line.onFrame = nullptr;
     EXPECT_EQ(whileHoming, QStringList({"Looking...", "Looking..."}));
     EXPECT_EQ(link.Timer4().interval(), 20000);

@@ -3,6 +3,7 @@
 #include <QListWidget>
 
 #include "tests/setup/page_rig.h"
+#include "tests/support/messages.h"
 
 using namespace halvex;
 using namespace halvex::testing;
@@ -25,73 +26,127 @@ struct LegacyRig : PagesRig {
 };
 class LegacyVideoPage : public OnlineSuite<LegacyRig> {};
 
+using test::message;
+using test::withBits;
+using VC = vocab::VideoConfiguration;
+using LV = vocab::LegacyVideo;
+namespace vc = vocab::video_configuration;
+namespace lv = vocab::legacy_video;
+constexpr auto kPal = vc::kPal;
+constexpr auto kBlank1 = vc::kBlankOutput1;
+constexpr auto kBlank2 = vc::kBlankOutput2;
+constexpr auto kPower1 = vc::kCamera1Power;
+constexpr auto kPower2 = vc::kCamera2Power;
+
+// The video configuration: the route, and the mode and power bits given.
+Bytes video(int route, std::initializer_list<vocab::Bit<VC>> bits) {
+    return withBits(message<VC>({{vc::kRoute, route}}), bits);
+}
+
+Bytes legacy(std::initializer_list<vocab::Bit<LV>> bits) {
+    return withBits(message<LV>(), bits);
+}
+
+// `bytes` with the bits given cleared.
+Bytes without(Bytes bytes, std::initializer_list<vocab::Bit<LV>> bits) {
+    for (const auto& bit : bits) {
+        auto& byte = bytes.at(static_cast<std::size_t>(bit.offset));
+        byte = vocab::withBit(byte, bit, false);
+    }
+    return bytes;
+}
+
+Bytes aux(std::initializer_list<std::size_t> outputs) {
+    Bytes bytes = message<vocab::AuxOutputs>();
+    for (std::size_t output : outputs) {
+        bytes = withBits(bytes, {vocab::aux_outputs::kOutput.at(output)});
+    }
+    return bytes;
+}
+
+template <class M>
+Bytes display(int line, std::initializer_list<vocab::Bit<M>> bits) {
+    return withBits(message<M>({{vocab::DisplaySetting<M>::kLine, line}}), bits);
+}
+using Angle = vocab::angle_display;
+using Name = vocab::name_display;
+
+// The site name message with exactly `text`, twelve characters.
+Bytes siteName(const char (&text)[vocab::site_name::kTextLength + 1]) {
+    Bytes bytes = message<vocab::SiteName>();
+    std::copy(text, text + vocab::site_name::kTextLength, bytes.begin() + vocab::site_name::kText);
+    return bytes;
+}
+
 }  // namespace
 
 TEST_F(VideoPage, EveryControlSendsItsWholeConfiguration) {
     PagesRig& rig = *shared_;
-    // The unit came up with routing 0 and both cameras powered (0x0C).
+    // The unit came up with routing 0 and both cameras powered.
     rig.runRows({
-        {"VidOption_5", {0x64, 0x05, 0x0C}},
-        {"BlankCheck_0", {0x64, 0x15, 0x0C}},  // Vout 2, bit 4
-        {"BlankCheck_1", {0x64, 0x35, 0x0C}},  // Vout 1, bit 5
-        {"PALCheck", {0x64, 0x3D, 0x0C}},
-        {"CamPwrCheck_0", {0x64, 0x3D, 0x08}},
-        {"StoreInitBut", {0x64, 0x7D, 0x08}},
-        {"VidOption_6", {0x64, 0x3E, 0x08}},  // the store bit is not kept
-        {"VidOption_0", {0x64, 0x38, 0x08}},
-        {"GetVidBut", {0x64, 0x80, 0x00}},
-        {"AuxCheck_0", {0x66, 0x01}},
-        {"AuxCheck_3", {0x66, 0x09}},
-        {"AuxCheck_0", {0x66, 0x08}},
-        {"AngDisCheck", {0x70, 0x10}},
-        {"AngSgnCheck", {0x70, 0x30}},
-        {"AngLineScroll=11", {0x70, 0x3B}},
-        {"AngStorBut", {0x70, 0x7B}},
-        {"AngSgnCheck", {0x70, 0x1B}},
-        {"NumDisCheck", {0x71, 0x10}},
-        {"NumLineScroll=3", {0x71, 0x13}},
-        {"NameStoreBut", {0x71, 0x53}},
+        {"VidOption_5", video(5, {kPower1, kPower2})},
+        {"BlankCheck_0", video(5, {kBlank2, kPower1, kPower2})},
+        {"BlankCheck_1", video(5, {kBlank2, kBlank1, kPower1, kPower2})},
+        {"PALCheck", video(5, {kBlank2, kBlank1, kPal, kPower1, kPower2})},
+        {"CamPwrCheck_0", video(5, {kBlank2, kBlank1, kPal, kPower2})},
+        {"StoreInitBut", video(5, {kBlank2, kBlank1, kPal, vc::kStore, kPower2})},
+        {"VidOption_6", video(6, {kBlank2, kBlank1, kPal, kPower2})},  // the store bit is not kept
+        {"VidOption_0", video(0, {kBlank2, kBlank1, kPal, kPower2})},
+        {"GetVidBut", vocab::readRequest<VC>()},
+        {"AuxCheck_0", aux({0})},
+        {"AuxCheck_3", aux({0, 3})},
+        {"AuxCheck_0", aux({3})},
+        {"AngDisCheck", display<vocab::AngleDisplay>(0, {Angle::kOn})},
+        {"AngSgnCheck", display<vocab::AngleDisplay>(0, {Angle::kOn, Angle::kSigned})},
+        {"AngLineScroll=11", display<vocab::AngleDisplay>(11, {Angle::kOn, Angle::kSigned})},
+        {"AngStorBut",
+         display<vocab::AngleDisplay>(11, {Angle::kOn, Angle::kSigned, Angle::kStore})},
+        {"AngSgnCheck", display<vocab::AngleDisplay>(11, {Angle::kOn})},
+        {"NumDisCheck", display<vocab::NameDisplay>(0, {Name::kOn})},
+        {"NumLineScroll=3", display<vocab::NameDisplay>(3, {Name::kOn})},
+        {"NameStoreBut", display<vocab::NameDisplay>(3, {Name::kOn, Name::kStore})},
     });
     // Names are cut or padded to twelve, tabs and characters beyond ASCII as spaces.
     rig.setText("NameText", QString::fromUtf8("Caf\xC3\xA9\t\xC2\x80North Gate"));
-    EXPECT_EQ(rig.sentBy("NameSaveBut").at(0),
-              (Bytes{0x75, 'C', 'a', 'f', ' ', ' ', ' ', 'N', 'o', 'r', 't', 'h', ' '}));
+    EXPECT_EQ(rig.sentBy("NameSaveBut").at(0), siteName("Caf   North "));
     rig.setText("NameText", "Gate");
-    EXPECT_EQ(rig.sentBy("NameSaveBut").at(0),
-              (Bytes{0x75, 'G', 'a', 't', 'e', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '}));
+    EXPECT_EQ(rig.sentBy("NameSaveBut").at(0), siteName("Gate        "));
     // Twelve characters as the operator sees them: an emoji, and an e with
     // a combining accent, are one character and one space each.
     rig.setText("NameText", QString::fromUtf8("\xF0\x9F\x98\x80"
                                               "Cafe\xCC\x81"
                                               "ABCDEFGHIJ"));
-    EXPECT_EQ(rig.sentBy("NameSaveBut").at(0),
-              (Bytes{0x75, ' ', 'C', 'a', 'f', ' ', 'A', 'B', 'C', 'D', 'E', 'F', 'G'}));
+    EXPECT_EQ(rig.sentBy("NameSaveBut").at(0), siteName(" Caf ABCDEFG"));
 }
 
 TEST_F(VideoPage, RepliesFillTheControlsAndSendNothing) {
     PagesRig& rig = *shared_;
     const std::pair<Bytes, const char*> cases[] = {
-        {{0x64, 0x02, 0x00},
+        {video(2, {}),
          "VidOption_2 !BlankCheck_0 !BlankCheck_1 LVidOption_2 !PALCheck !CamPwrCheck_0"},
-        // Store and read bits dropped, power bits only.
-        {{0x64, 0xFD, 0xFF},
+        // Store and read bits dropped, power bits only: every bit set.
+        {message<VC>({{vc::kModeByte, 255}, {vc::kRoute, 5}, {vc::kPower, 255}}),
          "VidOption_5 BlankCheck_0 BlankCheck_1 PALCheck PALCheck2 CamPwrCheck_0 CamPwrCheck_1 "
          "LCamPwrCheck_0 LCamPwrCheck_1"},
-        {{0x63, 0xF6}, "LVidOption_1 LCamPwrCheck_0 !LCamPwrCheck_1"},
+        // Every bit but the first selection bit and camera 2's power.
+        {without(message<LV>({{lv::kSettingsByte, 255}}), {lv::kSelectionLow, lv::kCamera2Power}),
+         "LVidOption_1 LCamPwrCheck_0 !LCamPwrCheck_1"},
         // Neither selection bit is Blank Video; both read as the first.
-        {{0x63, 0x08}, "LVidOption_2 !LCamPwrCheck_0 LCamPwrCheck_1"},
-        {{0x63, 0x03}, "LVidOption_0"},
+        {legacy({lv::kCamera2Power}), "LVidOption_2 !LCamPwrCheck_0 LCamPwrCheck_1"},
+        {legacy({lv::kSelectionLow, lv::kSelectionHigh}), "LVidOption_0"},
         // Lines 12 to 15 show as line 0; the on and signed bits still count.
-        {{0x70, 0x3E}, "AngLineScroll=0 AngDisCheck AngSgnCheck"},
-        {{0x71, 0x1C}, "NumLineScroll=0 NumDisCheck"},
-        {{0x71, 0x05}, "NumLineScroll=5 !NumDisCheck"},
+        {display<vocab::AngleDisplay>(14, {Angle::kOn, Angle::kSigned}),
+         "AngLineScroll=0 AngDisCheck AngSgnCheck"},
+        {display<vocab::NameDisplay>(12, {Name::kOn}), "NumLineScroll=0 NumDisCheck"},
+        {display<vocab::NameDisplay>(5, {}), "NumLineScroll=5 !NumDisCheck"},
     };
     for (const auto& [reply, states] : cases) {
         SCOPED_TRACE(states);
         EXPECT_TRUE(rig.sentBy([&] { rig.inject(reply); }).empty());
         rig.expect(states);
     }
-    EXPECT_EQ(rig.sentBy("VidOption_6"), (std::vector<Bytes>{{0x64, 0x3E, 0x0C}}));
+    EXPECT_EQ(rig.sentBy("VidOption_6"),
+              std::vector<Bytes>{video(6, {kBlank2, kBlank1, kPal, kPower1, kPower2})});
     EXPECT_TRUE(rig.window->state().UserClickEnabled);
 }
 
@@ -103,9 +158,12 @@ TEST_F(VideoPage, BlankCheckMarksTheDwellByteOfATourStep) {
     auto* choices = rig.at<QListWidget>("ScriptPreList");
     ASSERT_GT(choices->count(), 5);
     choices->setCurrentRow(5);
-    // Preset 5 + 64 for camera 2; dwell 10 + 128 for the blanking.
-    EXPECT_EQ(rig.sentBy([&] { emit choices->itemDoubleClicked(choices->item(5)); }).at(0),
-              (Bytes{0x52, 0, 69, 138}));
+    // Preset 5 for camera 2; dwell 10 with the blanking.
+    using Step = vocab::append_tour_step::Step;
+    EXPECT_EQ(
+        rig.sentBy([&] { emit choices->itemDoubleClicked(choices->item(5)); }).at(0),
+        (message<vocab::AppendTourStep>(
+            {{Step::kPreset, 5}, {Step::kCamera, 1}, {Step::kDwell, 10}, {Step::kBlank, 1}})));
 }
 
 TEST_F(LegacyVideoPage, LegacyControlsSendTheirShortCommands) {
@@ -114,13 +172,16 @@ TEST_F(LegacyVideoPage, LegacyControlsSendTheirShortCommands) {
     EXPECT_FALSE(rig.at("VidConfigFrame")->isEnabled());
     ASSERT_TRUE(rig.at("VideoFrame")->isEnabled());
     rig.runRows({
-        {"LVidOption_1", {0x63, 0x02}},
+        {"LVidOption_1", legacy({lv::kSelectionHigh})},
         // The unit's answer to the first click cleared both power boxes.
-        {"LCamPwrCheck_1", {0x63, 0x0A}},
-        {"LVidOption_2", {0x63, 0x08}},  // blanking clears both bits
-        {"LVidOption_0", {0x63, 0x09}},
-        {"PALCheck2", {0x64, 0x08, 0x04}},
-        {"OSDOnCheck", {0x64, 0x09, 0x04}},
-        {"InitVModeBut", {0x64, 0x49}},  // the store message has two bytes
+        {"LCamPwrCheck_1", legacy({lv::kSelectionHigh, lv::kCamera2Power})},
+        {"LVidOption_2", legacy({lv::kCamera2Power})},  // blanking clears both bits
+        {"LVidOption_0", legacy({lv::kSelectionLow, lv::kCamera2Power})},
+        // The three-byte form carries camera 1's power.
+        {"PALCheck2", withBits(message<VC>(), {kPal, kPower1})},
+        {"OSDOnCheck", withBits(message<VC>(), {vc::kLegacyDisplayOn, kPal, kPower1})},
+        // The store message has two bytes.
+        {"InitVModeBut",
+         withBits(message<VC>({}, VC::kShortest), {vc::kLegacyDisplayOn, kPal, vc::kStore})},
     });
 }
