@@ -1,6 +1,5 @@
-// Angle offsets, soft limits, resolver centre and the two long alignment
-// procedures: 0x80..0x85, 0x81 limits, 0x90/0x91 centre, 0x9D encoder
-// alignment, 0x9E homing cycle.
+// Angle offsets, soft limits, the resolver centre and the two long
+// alignment procedures: the encoders' first alignment and the homing cycle.
 
 #include <cstdlib>
 
@@ -19,8 +18,10 @@ std::int32_t toResolver(std::int32_t hundredths) {
 }
 
 Response offsetsReply(const UnitState& state, Byte code) {
-    return Response::answer(
-        Reply(code).angle(state.settings.panOffset).angle(state.settings.tiltOffset));
+    using v = vocab::angle_offsets;
+    return Response::answer(Reply::of<vocab::AngleOffsets>(code)
+                                .setSigned(v::kPan, state.settings.panOffset)
+                                .setSigned(v::kTilt, state.settings.tiltOffset));
 }
 
 // Offsets beyond a full turn of pan or half a turn of tilt make no sense
@@ -33,7 +34,8 @@ void setOffsets(UnitState& state, std::int32_t pan, std::int32_t tilt) {
 }
 
 Response setAngleOffsets(UnitState& state, const Command& command) {
-    setOffsets(state, command.angle(1), command.angle(4));
+    using v = vocab::set_angle_offsets;
+    setOffsets(state, command.signedField(v::kPan), command.signedField(v::kTilt));
     return offsetsReply(state, command.code());
 }
 
@@ -43,8 +45,9 @@ Response alignToCentre(UnitState& state, const Command& command) {
 }
 
 Response alignToCoordinates(UnitState& state, const Command& command) {
-    setOffsets(state, command.angle(1) - state.motion.mechanicalPan(),
-               command.angle(4) - state.motion.mechanicalTilt());
+    using v = vocab::align_to_coordinates;
+    setOffsets(state, command.signedField(v::kPan) - state.motion.mechanicalPan(),
+               command.signedField(v::kTilt) - state.motion.mechanicalTilt());
     return offsetsReply(state, command.code());
 }
 
@@ -57,28 +60,31 @@ Response readOffsets(UnitState& state, const Command& command) {
     return offsetsReply(state, command.code());
 }
 
-// Byte 1 is the limit index, OR 0x80 to read instead of setting the limit
-// at the current position. The reply gives the limit in reported angles.
+// The limit's index, with the read bit to read it instead of setting it at
+// the current position. The reply gives the limit in reported angles, and
+// zero for an index the unit does not have.
 Response softLimit(UnitState& state, const Command& command) {
-    const int index = command.byte(1) & 0x7F;
-    Reply reply(command.code());
-    reply.byte(index);
+    namespace v = vocab::soft_limit_reply;
+    const int index = static_cast<int>(command.field(vocab::soft_limit::kLimit));
+    Reply reply =
+        Reply::of<vocab::SoftLimitReply>().set(v::kLimit, static_cast<std::uint32_t>(index));
     if (index > kLimitDown) {
-        return Response::answer(reply.angle(0));
+        return Response::answer(reply);
     }
     const bool isPan = index == kLimitCw || index == kLimitCcw;
     auto& limit = state.settings.softLimits[index];
     if (!command.isRead()) {
         limit = isPan ? state.motion.mechanicalPan() : state.motion.mechanicalTilt();
     }
-    return Response::answer(
-        reply.angle(limit + (isPan ? state.settings.panOffset : state.settings.tiltOffset)));
+    return Response::answer(reply.setSigned(
+        v::kPosition, limit + (isPan ? state.settings.panOffset : state.settings.tiltOffset)));
 }
 
 Response centreReadings(const UnitState& state, Byte code) {
-    return Response::answer(Reply(code)
-                                .angle(state.settings.panResolverCentre)
-                                .angle(state.settings.tiltResolverCentre));
+    using v = vocab::centre_position;
+    return Response::answer(Reply::of<vocab::CentrePosition>(code)
+                                .setSigned(v::kPan, state.settings.panResolverCentre)
+                                .setSigned(v::kTilt, state.settings.tiltResolverCentre));
 }
 
 Response readCentre(UnitState& state, const Command& command) {
@@ -93,25 +99,32 @@ Response setCentre(UnitState& state, const Command& command) {
     return centreReadings(state, command.code());
 }
 
-Response encoderAlignment(UnitState& state, const Command& command) {
-    const Reply reply =
-        Reply(command.code())
-            .angle(state.settings.panResolverCentre + toResolver(state.motion.mechanicalPan()))
-            .angle(state.settings.tiltResolverCentre + toResolver(state.motion.mechanicalTilt()));
+Response encoderAlignment(UnitState& state, const Command&) {
+    using v = vocab::encoder_alignment_finished;
+    const Reply reply = Reply::of<vocab::EncoderAlignmentFinished>()
+                            .setSigned(v::kPan, state.settings.panResolverCentre +
+                                                    toResolver(state.motion.mechanicalPan()))
+                            .setSigned(v::kTilt, state.settings.tiltResolverCentre +
+                                                     toResolver(state.motion.mechanicalTilt()));
     state.motion.stop();
     state.procedure = LongProcedure{state.nowMs + state.options.alignmentMs, reply.message()};
     return Response::nothing();
 }
 
-Response homingCycle(UnitState& state, const Command& command) {
+Response homingCycle(UnitState& state, const Command&) {
+    namespace v = vocab::homing_cycle_finished;
     // An axis with a latched fault never finds its index.
     const bool panFound = !state.motion.panFaulted();
     const bool tiltFound = !state.motion.tiltFaulted();
     const Reply reply =
-        Reply(command.code())
-            .byte((panFound ? 1 : 0) | (tiltFound ? 2 : 0))
-            .angle(panFound ? state.settings.panResolverCentre + state.settings.panEncoder : 0)
-            .angle(tiltFound ? state.settings.tiltResolverCentre + state.settings.tiltEncoder : 0);
+        Reply::of<vocab::HomingCycleFinished>()
+            .set(v::kPanIndexFound, panFound)
+            .set(v::kTiltIndexFound, tiltFound)
+            .setSigned(v::kPan,
+                       panFound ? state.settings.panResolverCentre + state.settings.panEncoder : 0)
+            .setSigned(
+                v::kTilt,
+                tiltFound ? state.settings.tiltResolverCentre + state.settings.tiltEncoder : 0);
     state.motion.stop();
     state.procedure = LongProcedure{state.nowMs + state.options.homingMs, reply.message()};
     return Response::nothing();
@@ -120,16 +133,16 @@ Response homingCycle(UnitState& state, const Command& command) {
 }  // namespace
 
 void addAlignmentCommands(CommandTable& table) {
-    table.add(0x80, 6, setAngleOffsets);
-    table.add(0x81, 1, softLimit);
-    table.add(0x82, 0, alignToCentre);
-    table.add(0x83, 6, alignToCoordinates);
-    table.add(0x84, 0, zeroOffsets);
-    table.add(0x85, 0, readOffsets);
-    table.add(0x90, 0, readCentre);
-    table.add(0x91, 0, setCentre);
-    table.add(0x9D, 0, encoderAlignment);
-    table.add(0x9E, 0, homingCycle);
+    table.add<vocab::SetAngleOffsets>(setAngleOffsets);
+    table.add<vocab::SoftLimit>(softLimit);
+    table.add<vocab::AlignToCentre>(alignToCentre);
+    table.add<vocab::AlignToCoordinates>(alignToCoordinates);
+    table.add<vocab::ZeroOffsets>(zeroOffsets);
+    table.add<vocab::OffsetsRequest>(readOffsets);
+    table.add<vocab::CentreRequest>(readCentre);
+    table.add<vocab::SetCentre>(setCentre);
+    table.add<vocab::EncoderAlignment>(encoderAlignment);
+    table.add<vocab::HomingCycle>(homingCycle);
 }
 
 }  // namespace halvex::sim

@@ -2,11 +2,22 @@
 
 #include "sim/camera.h"
 
+// The bytes here are the cameras' own VISCA protocol, carried through the
+// unit untouched inside the pass-through and jog messages; they are no part
+// of the unit's message vocabulary, so they stay written out as VISCA has them.
+// not the unit's protocol: VISCA
+
 namespace halvex::sim {
 
 namespace {
 
 constexpr Byte kTerminator = 0xFF;
+constexpr Byte kAcknowledged = 0x41;
+constexpr Byte kInquiryAnswer = 0x50;
+constexpr Byte kCompleted = 0x51;
+constexpr Byte kError = 0x60;
+constexpr Byte kSyntaxError = 0x02;
+constexpr Byte kPowerOn = 0x02;
 constexpr std::int64_t kCompletionMs = 100;  // how long a camera takes to carry out a command
 
 // Splits a byte string into VISCA packets, each ending with 0xFF.
@@ -31,7 +42,7 @@ void appendNibbles(std::vector<Byte>& out, int value) {
 }
 
 CameraAnswer inquiryAnswer(Byte header, const std::vector<Byte>& packet, LensReading lens) {
-    std::vector<Byte> reply{header, 0x50};
+    std::vector<Byte> reply{header, kInquiryAnswer};
     const bool zoomInquiry = packet.size() == 5 && packet[2] == 0x04 && packet[3] == 0x47;
     const bool focusInquiry = packet.size() == 5 && packet[2] == 0x04 && packet[3] == 0x48;
     const bool powerInquiry = packet.size() == 5 && packet[2] == 0x04 && packet[3] == 0x00;
@@ -40,9 +51,9 @@ CameraAnswer inquiryAnswer(Byte header, const std::vector<Byte>& packet, LensRea
     } else if (focusInquiry) {
         appendNibbles(reply, 0x1000 + lens.focus * 0xB000 / 255);
     } else if (powerInquiry) {
-        reply.push_back(0x02);  // power on
+        reply.push_back(kPowerOn);
     } else {
-        reply = {header, 0x60, 0x02};  // syntax error
+        reply = {header, kError, kSyntaxError};
     }
     reply.push_back(kTerminator);
     return {0, reply};
@@ -65,12 +76,12 @@ std::vector<CameraAnswer> answerVisca(const std::vector<Byte>& data, LensReading
         } else if (broadcast && packet[1] == 0x01) {
             answers.push_back({0, packet});  // interface clear comes back as sent
         } else if (packet[1] == 0x01) {
-            answers.push_back({0, {header, 0x41, kTerminator}});
-            answers.push_back({kCompletionMs, {header, 0x51, kTerminator}});
+            answers.push_back({0, {header, kAcknowledged, kTerminator}});
+            answers.push_back({kCompletionMs, {header, kCompleted, kTerminator}});
         } else if (packet[1] == 0x09) {
             answers.push_back(inquiryAnswer(header, packet, lens));
         } else {
-            answers.push_back({0, {header, 0x60, 0x02, kTerminator}});
+            answers.push_back({0, {header, kError, kSyntaxError, kTerminator}});
         }
     }
     return answers;

@@ -1,5 +1,5 @@
-// Camera port commands: 0x60 serial settings, 0x61 lens configuration,
-// 0x62 bytes to a camera, 0x65 response time-outs.
+// Camera port commands: the cameras' serial lines, the lens configuration,
+// bytes passed through to a camera and the cameras' answer time-outs.
 
 #include <vector>
 
@@ -10,33 +10,52 @@ namespace halvex::sim {
 namespace {
 
 Response portSettings(UnitState& state, const Command& command) {
+    namespace v = vocab::camera_lines;
     auto& comm = state.settings.cameraComm;
     if (!command.isRead()) {
-        comm = {static_cast<Byte>(command.byte(1) & 0x7F),
-                static_cast<Byte>(command.byte(2) & 0x7F)};
+        comm = {static_cast<Byte>(command.field(v::kCamera1Line)),
+                static_cast<Byte>(command.field(v::kCamera2Line))};
     }
-    return Response::answer(Reply(command.code()).byte(comm[0]).byte(comm[1]));
+    return Response::answer(Reply::of<vocab::CameraLines>()
+                                .set(v::kCamera1Byte, comm[0])
+                                .set(v::kCamera2Byte, comm[1]));
+}
+
+template <class Lens>
+void takeLensSetup(Settings& s, const Command& command, int camera) {
+    const auto at = static_cast<std::size_t>(camera);
+    s.lensConfig[at] = static_cast<Byte>(command.field(Lens::kFlags));
+    s.zoomMinSpeed[at] = static_cast<Byte>(command.field(Lens::kZoomMinimum));
+    s.focusMinSpeed[at] = static_cast<Byte>(command.field(Lens::kFocusMinimum));
+}
+
+template <class Lens>
+void reportLensSetup(Reply& reply, const Settings& s, int camera) {
+    const auto at = static_cast<std::size_t>(camera);
+    reply.set(Lens::kFlagsByte, s.lensConfig[at])
+        .set(Lens::kZoomMinimum, s.zoomMinSpeed[at])
+        .set(Lens::kFocusMinimum, s.focusMinSpeed[at]);
 }
 
 Response lensConfiguration(UnitState& state, const Command& command) {
+    namespace v = vocab::lens_configuration;
     Settings& s = state.settings;
     if (!command.isRead()) {
-        s.lensConfig = {static_cast<Byte>(command.byte(1) & 0x7F),
-                        static_cast<Byte>(command.byte(4) & 0x7F)};
-        s.zoomMinSpeed = {command.byte(2), command.byte(5)};
-        s.focusMinSpeed = {command.byte(3), command.byte(6)};
+        takeLensSetup<v::Lens1>(s, command, 0);
+        takeLensSetup<v::Lens2>(s, command, 1);
     }
-    Reply reply(command.code());
-    for (int camera = 0; camera < 2; ++camera) {
-        reply.byte(s.lensConfig[camera]).byte(s.zoomMinSpeed[camera]).byte(s.focusMinSpeed[camera]);
-    }
+    Reply reply = Reply::of<vocab::LensConfiguration>();
+    reportLensSetup<v::Lens1>(reply, s, 0);
+    reportLensSetup<v::Lens2>(reply, s, 1);
     return Response::answer(reply);
 }
 
 Response passThrough(UnitState& state, const Command& command) {
-    const std::size_t length = command.byte(1) & 0x7F;
-    const int camera = BitIsSet(command.byte(1), 7) ? 1 : 0;
-    if (command.payloadSize() < 1 + length) {
+    namespace v = vocab::camera_transmit;
+    const std::size_t length = command.field(v::kCount);
+    const int camera = static_cast<int>(command.field(v::kCamera));
+    // Every byte the count announces must have arrived.
+    if (command.payloadSize() + 1 < v::kData + length) {
         return Response::refuse();
     }
     // The type without second camera hardware has nothing on port 2.
@@ -44,34 +63,38 @@ Response passThrough(UnitState& state, const Command& command) {
     if (present) {
         std::vector<Byte> data;
         for (std::size_t i = 0; i < length; ++i) {
-            data.push_back(command.byte(2 + i));
+            data.push_back(command.byte(v::kData + i));
         }
         state.cameras[camera].send(data, state.nowMs, state.settings.cameraComm[camera],
                                    state.settings.cameraTimeout[camera], state.lensOf(camera));
     }
-    return Response::answer(Reply(command.code()));
+    return Response::answer(Reply::of<vocab::CameraTransmitDone>());
 }
 
 Response responseTimeouts(UnitState& state, const Command& command) {
+    namespace v = vocab::camera_timeouts;
+    constexpr std::array places{v::kCamera1, v::kCamera2};
     auto& timeouts = state.settings.cameraTimeout;
     if (!command.isRead()) {
-        for (int camera = 0; camera < 2; ++camera) {
-            const Byte value = command.byte(1 + camera);
+        for (std::size_t camera = 0; camera < places.size(); ++camera) {
+            const auto value = command.field(places[camera]);
             if (value >= 1 && value <= 100) {
-                timeouts[camera] = value;
+                timeouts[camera] = static_cast<Byte>(value);
             }
         }
     }
-    return Response::answer(Reply(command.code()).byte(timeouts[0]).byte(timeouts[1]));
+    return Response::answer(Reply::of<vocab::CameraTimeouts>()
+                                .set(v::kCamera1, timeouts[0])
+                                .set(v::kCamera2, timeouts[1]));
 }
 
 }  // namespace
 
 void addCameraCommands(CommandTable& table) {
-    table.add(0x60, 2, portSettings);
-    table.add(0x61, 6, lensConfiguration);
-    table.add(0x62, 1, passThrough);
-    table.add(0x65, 2, responseTimeouts);
+    table.add<vocab::CameraLines>(portSettings);
+    table.add<vocab::LensConfiguration>(lensConfiguration);
+    table.add<vocab::CameraTransmit>(passThrough);
+    table.add<vocab::CameraTimeouts>(responseTimeouts);
 }
 
 }  // namespace halvex::sim

@@ -2,19 +2,27 @@
 
 #include <algorithm>
 
+#include "protocol/vocabulary_camera.h"
+
 namespace halvex::sim {
 
 namespace {
 constexpr std::int64_t kTimeoutStepMs = 8;
 
+// VISCA's own framing: an address header and a terminator.
+constexpr Byte kViscaSenderMask = 0xF0;
+constexpr Byte kViscaController = 0x80;  // not the unit's protocol: VISCA
+constexpr Byte kViscaTerminator = 0xFF;
 bool looksLikeVisca(const std::vector<Byte>& data) {
-    return !data.empty() && (data.front() & 0xF0) == 0x80 && data.back() == 0xFF;
+    return !data.empty() && (data.front() & kViscaSenderMask) == kViscaController &&
+           data.back() == kViscaTerminator;
 }
 }  // namespace
 
 void CameraPort::send(const std::vector<Byte>& data, std::int64_t nowMs, Byte portSettings,
                       Byte timeoutSteps, LensReading lens) {
-    if ((portSettings & 0x07) == 0 || data.empty()) {
+    // A line without a baud rate is switched off.
+    if ((portSettings & vocab::maskOf(vocab::camera_lines::Camera1::kBaud)) == 0 || data.empty()) {
         return;
     }
     std::vector<CameraAnswer> answers;

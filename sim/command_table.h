@@ -34,8 +34,11 @@ struct CommandEntry {
 
 class CommandTable {
   public:
-    void add(Byte code, std::size_t minPayload, Handler handler) {
-        entries_[code] = CommandEntry{handler, minPayload};
+    // M's code, taking M's shortest form and anything longer.
+    template <class M>
+    void add(Handler handler) {
+        static_assert(M::kShortest >= 1, "a message holds at least its code");
+        entries_[M::kCode] = CommandEntry{handler, static_cast<std::size_t>(M::kShortest - 1)};
     }
     const CommandEntry* find(Byte code) const {
         return entries_[code].handler != nullptr ? &entries_[code] : nullptr;

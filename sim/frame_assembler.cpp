@@ -26,8 +26,10 @@ void FrameAssembler::feedByte(Byte value) {
         return;
     }
     if (escaped_) {
+        // Undoes the frame codec's stuffing (appendStuffed), which travels
+        // the byte after ESC with its top bit set.
         escaped_ = false;
-        fields_.push_back(static_cast<Byte>(value & 0x7F));
+        fields_.push_back(unstuffed(value));
     } else if (value == kEsc) {
         escaped_ = true;
     } else {

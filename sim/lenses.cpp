@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "protocol/vocabulary_camera.h"
+
 namespace halvex::sim {
 
 namespace {
@@ -70,12 +72,17 @@ bool Lenses::hasTargets() const {
 
 bool Lenses::enabled(int motor, const Settings& settings) {
     const Byte config = settings.lensConfig[cameraOf(motor)];
-    return BitIsSet(config, isZoom(motor) ? 6 : 3);
+    // Both cameras' flags bytes share one layout.
+    using Lens = vocab::lens_configuration::Lens1;
+    return isZoom(motor) ? vocab::isSet(config, Lens::kZoomEnable)
+                         : vocab::isSet(config, Lens::kFocusEnable);
 }
 
 bool Lenses::reversed(int motor, const Settings& settings) {
     const Byte config = settings.lensConfig[cameraOf(motor)];
-    return BitIsSet(config, isZoom(motor) ? 5 : 2);
+    using Lens = vocab::lens_configuration::Lens1;
+    return isZoom(motor) ? vocab::isSet(config, Lens::kZoomReverse)
+                         : vocab::isSet(config, Lens::kFocusReverse);
 }
 
 void Lenses::jog(const std::array<Byte, kCount>& jogBytes, const Settings& settings) {

@@ -4,6 +4,11 @@ namespace halvex::sim {
 
 namespace {
 constexpr int kMaxNoiseBytes = 8;
+// Bytes of noise, not of a message: one that never needs stuffing, and the
+// bits flipped in a check byte.
+constexpr Byte kPlainByte = 0x55;  // not the unit's protocol
+constexpr Byte kLowBit = 0x01;
+constexpr Byte kTopBit = 0x80;  // not the unit's protocol
 }  // namespace
 
 bool LineFaults::chance(double probability) {
@@ -20,7 +25,7 @@ void LineFaults::appendNoise(std::vector<Byte>& wire) {
     for (int i = 0; i < count; ++i) {
         Byte value = static_cast<Byte>(random_());
         if (needsStuffing(value)) {
-            value = 0x55;
+            value = kPlainByte;
         }
         wire.push_back(value);
     }
@@ -72,12 +77,12 @@ void corruptLrc(std::vector<Byte>& frame) {
     if (frame[last - 1] == kEsc) {
         // Any plain byte differs from the five escaped values.
         frame.erase(frame.begin() + static_cast<std::ptrdiff_t>(last - 1));
-        frame[last - 1] = 0x55;
+        frame[last - 1] = kPlainByte;
         return;
     }
-    Byte changed = static_cast<Byte>(frame[last] ^ 0x01);
+    Byte changed = static_cast<Byte>(frame[last] ^ kLowBit);
     if (needsStuffing(changed)) {
-        changed = static_cast<Byte>(frame[last] ^ 0x80);
+        changed = static_cast<Byte>(frame[last] ^ kTopBit);
     }
     frame[last] = changed;
 }

@@ -29,9 +29,22 @@ class Command {
     std::uint32_t field(vocab::Field<M> place) const {
         return vocab::get(*this, place);
     }
+    // A field holding a two's complement number: an angle.
+    template <class M>
+    std::int32_t signedField(vocab::Field<M> place) const {
+        return vocab::getSigned(*this, place);
+    }
+    template <class M>
+    bool isSet(vocab::Bit<M> bit) const {
+        return vocab::isSet(byte(static_cast<std::size_t>(bit.offset)), bit);
+    }
     Byte operator[](int n) const { return byte(static_cast<std::size_t>(n)); }
-    // Bit 7 of byte 1 marks a read request in every get/set pair.
-    bool isRead() const { return (byte(1) & 0x80) != 0; }
+    // The read bit lies in the same place in every get/set pair, so any
+    // message's will do.
+    template <class M = Command>
+    bool isRead() const {
+        return isSet(vocab::kReadRequest<M>);
+    }
 
   private:
     const std::vector<Byte>& message_;
@@ -41,14 +54,32 @@ class Reply {
   public:
     explicit Reply(Byte code) : message_{code} {}
 
+    // A reply of M's full length, zeros but for the code. Where one layout
+    // answers several commands, the reply carries the command's code.
+    template <class M>
+    static Reply of(Byte code = M::kCode) {
+        Reply reply(code);
+        reply.message_.resize(static_cast<std::size_t>(M::kLength), 0);
+        return reply;
+    }
+
     // A field of the vocabulary, the message growing to hold it.
     template <class M>
     Reply& set(vocab::Field<M> place, std::uint32_t value) {
-        const auto end = static_cast<std::size_t>(place.offset + place.size);
-        if (message_.size() < end) {
-            message_.resize(end, 0);
-        }
+        grow(place.offset + place.size);
         vocab::put(message_, place, value);
+        return *this;
+    }
+    // A two's complement number: an angle.
+    template <class M>
+    Reply& setSigned(vocab::Field<M> place, std::int32_t value) {
+        return set(place, static_cast<std::uint32_t>(value));
+    }
+    template <class M>
+    Reply& set(vocab::Bit<M> bit, bool on) {
+        grow(bit.offset + 1);
+        const auto at = static_cast<std::size_t>(bit.offset);
+        message_[at] = vocab::withBit(message_[at], bit, on);
         return *this;
     }
 
@@ -70,6 +101,12 @@ class Reply {
     const std::vector<Byte>& message() const { return message_; }
 
   private:
+    void grow(int length) {
+        if (message_.size() < static_cast<std::size_t>(length)) {
+            message_.resize(static_cast<std::size_t>(length), 0);
+        }
+    }
+
     std::vector<Byte> message_;
 };
 

@@ -219,25 +219,25 @@ void Motion::resetFaults() {
 }
 
 Byte Motion::statusA(Byte variant, const Settings& settings) const {
-    Byte status = variant & 0x03;
+    Byte status = variant & vocab::maskOf(vocab::report::kControllerType);
     const bool hasEnds = !settings.continuousPan();
     if (panDirection_) {
-        status = SetBit(status, 2);
+        status = vocab::withBit(status, vocab::report::kPanDirectionFault, true);
     }
     if (panTimeout_) {
-        status = SetBit(status, 3);
+        status = vocab::withBit(status, vocab::report::kPanTimeout, true);
     }
     if (hasEnds && pan_.position() <= -kPanEnd + 0.5) {
-        status = SetBit(status, 4);
+        status = vocab::withBit(status, vocab::report::kCcwHardLimit, true);
     }
     if (hasEnds && pan_.position() >= kPanEnd - 0.5) {
-        status = SetBit(status, 5);
+        status = vocab::withBit(status, vocab::report::kCwHardLimit, true);
     }
     if (softStopped_[kLimitCcw]) {
-        status = SetBit(status, 6);
+        status = vocab::withBit(status, vocab::report::kCcwSoftLimit, true);
     }
     if (softStopped_[kLimitCw]) {
-        status = SetBit(status, 7);
+        status = vocab::withBit(status, vocab::report::kCwSoftLimit, true);
     }
     return status;
 }
@@ -245,22 +245,22 @@ Byte Motion::statusA(Byte variant, const Settings& settings) const {
 Byte Motion::statusB() const {
     Byte status = 0;
     if (tiltDirection_) {
-        status = SetBit(status, 2);
+        status = vocab::withBit(status, vocab::report::kTiltDirectionFault, true);
     }
     if (tiltTimeout_) {
-        status = SetBit(status, 3);
+        status = vocab::withBit(status, vocab::report::kTiltTimeout, true);
     }
     if (tilt_.position() <= -kTiltEnd + 0.5) {
-        status = SetBit(status, 4);
+        status = vocab::withBit(status, vocab::report::kDownHardLimit, true);
     }
     if (tilt_.position() >= kTiltEnd - 0.5) {
-        status = SetBit(status, 5);
+        status = vocab::withBit(status, vocab::report::kUpHardLimit, true);
     }
     if (softStopped_[kLimitDown]) {
-        status = SetBit(status, 6);
+        status = vocab::withBit(status, vocab::report::kDownSoftLimit, true);
     }
     if (softStopped_[kLimitUp]) {
-        status = SetBit(status, 7);
+        status = vocab::withBit(status, vocab::report::kUpSoftLimit, true);
     }
     return status;
 }
@@ -268,25 +268,25 @@ Byte Motion::statusB() const {
 Byte Motion::statusC(const Settings& settings, bool tourRunning) const {
     Byte status = 0;
     if (tilt_.direction() < 0) {
-        status = SetBit(status, 0);
+        status = vocab::withBit(status, vocab::report::kMovingDown, true);
     }
     if (tilt_.direction() > 0) {
-        status = SetBit(status, 1);
+        status = vocab::withBit(status, vocab::report::kMovingUp, true);
     }
     if (pan_.direction() < 0) {
-        status = SetBit(status, 2);
+        status = vocab::withBit(status, vocab::report::kMovingCcw, true);
     }
     if (pan_.direction() > 0) {
-        status = SetBit(status, 3);
+        status = vocab::withBit(status, vocab::report::kMovingCw, true);
     }
     if (override_) {
-        status = SetBit(status, 4);
+        status = vocab::withBit(status, vocab::report::kSoftLimitOverridden, true);
     }
     if (tourRunning) {
-        status = SetBit(status, 6);
+        status = vocab::withBit(status, vocab::report::kTourExecuting, true);
     }
     if (settings.continuousPan()) {
-        status = SetBit(status, 7);
+        status = vocab::withBit(status, vocab::report::kContinuousPan, true);
     }
     return status;
 }

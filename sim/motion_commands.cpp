@@ -1,5 +1,5 @@
-// Jog and move commands: 0x31 jog, 0x32 go to preset, 0x33 absolute move,
-// 0x34 delta move, 0x35 centre, 0x36 home, 0x3A absolute move with lenses.
+// Jog and move commands: jog, go to preset, absolute and delta moves,
+// centre, home and the absolute move with lens positions.
 
 #include "sim/angles.h"
 #include "sim/command_table.h"
@@ -69,17 +69,21 @@ Response jog(UnitState& state, const Command& command) {
 }
 
 Response goToPreset(UnitState& state, const Command& command) {
-    return moveToPreset(state, command.code(), command.byte(1));
+    return moveToPreset(state, command.code(),
+                        static_cast<int>(command.field(vocab::go_to_preset::kPreset)));
 }
 
 Response absoluteMove(UnitState& state, const Command& command) {
-    return moveAndReport(state, command.code(), command.angle(1), command.angle(4));
+    namespace v = vocab::absolute_move;
+    return moveAndReport(state, command.code(), command.signedField(v::kPan),
+                         command.signedField(v::kTilt));
 }
 
 Response deltaMove(UnitState& state, const Command& command) {
+    namespace v = vocab::delta_move;
     const ReportedTarget current = currentPosition(state);
-    return moveAndReport(state, command.code(), current.pan + command.angle(1),
-                         current.tilt + command.angle(4));
+    return moveAndReport(state, command.code(), current.pan + command.signedField(v::kPan),
+                         current.tilt + command.signedField(v::kTilt));
 }
 
 Response centre(UnitState& state, const Command& command) {
@@ -92,9 +96,14 @@ Response home(UnitState& state, const Command& command) {
 }
 
 Response absoluteMoveWithLenses(UnitState& state, const Command& command) {
-    Response response = moveAndReport(state, command.code(), command.angle(1), command.angle(4));
-    state.lenses.moveTo({command.byte(7), command.byte(8), command.byte(9), command.byte(10)},
-                        state.settings);
+    namespace v = vocab::absolute_move_with_lenses;
+    Response response = moveAndReport(state, command.code(), command.signedField(v::kPan),
+                                      command.signedField(v::kTilt));
+    std::array<Byte, Lenses::kCount> lens{};
+    for (std::size_t i = 0; i < lens.size(); ++i) {
+        lens[i] = static_cast<Byte>(command.field(v::kLens[i]));
+    }
+    state.lenses.moveTo(lens, state.settings);
     // The reply carries the lens positions as they were when it was built.
     return response;
 }
@@ -102,13 +111,13 @@ Response absoluteMoveWithLenses(UnitState& state, const Command& command) {
 }  // namespace
 
 void addMotionCommands(CommandTable& table) {
-    table.add(vocab::JogMessage::kCode, vocab::JogMessage::kLength - 1, jog);
-    table.add(0x32, 1, goToPreset);
-    table.add(0x33, 6, absoluteMove);
-    table.add(0x34, 6, deltaMove);
-    table.add(0x35, 0, centre);
-    table.add(0x36, 0, home);
-    table.add(0x3A, 10, absoluteMoveWithLenses);
+    table.add<vocab::JogMessage>(jog);
+    table.add<vocab::GoToPreset>(goToPreset);
+    table.add<vocab::AbsoluteMove>(absoluteMove);
+    table.add<vocab::DeltaMove>(deltaMove);
+    table.add<vocab::MoveToCentre>(centre);
+    table.add<vocab::MoveToHome>(home);
+    table.add<vocab::AbsoluteMoveWithLenses>(absoluteMoveWithLenses);
 }
 
 }  // namespace halvex::sim

@@ -1,6 +1,6 @@
-// Preset commands: 0x40 read, 0x41 store angles, 0x42 store the current
-// position, 0x43 add the current lens positions, 0x94 clear all. Each answers
-// with the preset record.
+// Preset commands: reading a preset, storing angles, storing the current
+// position, adding the current lens positions, and clearing them all. Each
+// but the clearing answers with the preset record.
 
 #include "sim/command_table.h"
 
@@ -8,25 +8,20 @@ namespace halvex::sim {
 
 namespace {
 
-constexpr Byte kNoSuchPreset = 255;
-
-// n, pan(3), tilt(3) in reported angles, then the four lens bytes; 255 and
-// zeros for a number the unit does not have.
+// The number, the angles in reported hundredths and the four lens bytes;
+// the no-preset number and zeros for a number the unit does not have.
 Response presetRecord(const UnitState& state, Byte code, int number) {
-    Reply reply(code);
+    namespace v = vocab::preset_record;
+    Reply reply = Reply::of<vocab::PresetRecord>(code);
     if (!Presets::valid(number)) {
-        reply.byte(kNoSuchPreset);
-        for (int i = 0; i < 10; ++i) {
-            reply.byte(0);
-        }
-        return Response::answer(reply);
+        return Response::answer(reply.set(v::kPreset, v::kNoPreset));
     }
     const Preset& preset = state.presets.at(number);
-    reply.byte(number);
-    reply.angle(preset.pan + state.settings.panOffset);
-    reply.angle(preset.tilt + state.settings.tiltOffset);
-    for (Byte lens : preset.lens) {
-        reply.byte(lens);
+    reply.set(v::kPreset, static_cast<std::uint32_t>(number));
+    reply.setSigned(v::kPan, preset.pan + state.settings.panOffset);
+    reply.setSigned(v::kTilt, preset.tilt + state.settings.tiltOffset);
+    for (std::size_t i = 0; i < preset.lens.size(); ++i) {
+        reply.set(v::kLens.at(i), preset.lens[i]);
     }
     return Response::answer(reply);
 }
@@ -36,22 +31,28 @@ std::array<Byte, 4> currentLens(const UnitState& state) {
             state.lenses.position(3)};
 }
 
+template <class M>
+int presetOf(const Command& command, vocab::Field<M> place) {
+    return static_cast<int>(command.field(place));
+}
+
 Response readPreset(UnitState& state, const Command& command) {
-    return presetRecord(state, command.code(), command.byte(1));
+    return presetRecord(state, command.code(), presetOf(command, vocab::preset_request::kPreset));
 }
 
 Response storeAngles(UnitState& state, const Command& command) {
-    const int number = command.byte(1);
+    namespace v = vocab::store_preset;
+    const int number = presetOf(command, v::kPreset);
     if (Presets::valid(number)) {
         Preset& preset = state.presets.at(number);
-        preset.pan = command.angle(2) - state.settings.panOffset;
-        preset.tilt = command.angle(5) - state.settings.tiltOffset;
+        preset.pan = command.signedField(v::kPan) - state.settings.panOffset;
+        preset.tilt = command.signedField(v::kTilt) - state.settings.tiltOffset;
     }
     return presetRecord(state, command.code(), number);
 }
 
 Response storeCurrent(UnitState& state, const Command& command) {
-    const int number = command.byte(1);
+    const int number = presetOf(command, vocab::store_current_position::kPreset);
     if (Presets::valid(number)) {
         Preset& preset = state.presets.at(number);
         preset.pan = state.motion.mechanicalPan();
@@ -62,26 +63,26 @@ Response storeCurrent(UnitState& state, const Command& command) {
 }
 
 Response addLens(UnitState& state, const Command& command) {
-    const int number = command.byte(1);
+    const int number = presetOf(command, vocab::add_lens_positions::kPreset);
     if (Presets::valid(number)) {
         state.presets.at(number).lens = currentLens(state);
     }
     return presetRecord(state, command.code(), number);
 }
 
-Response clearAll(UnitState& state, const Command& command) {
+Response clearAll(UnitState& state, const Command&) {
     state.presets.clearAll();
-    return Response::answer(Reply(command.code()));
+    return Response::answer(Reply::of<vocab::ClearAllPresets>());
 }
 
 }  // namespace
 
 void addPresetCommands(CommandTable& table) {
-    table.add(0x40, 1, readPreset);
-    table.add(0x41, 7, storeAngles);
-    table.add(0x42, 1, storeCurrent);
-    table.add(0x43, 1, addLens);
-    table.add(0x94, 0, clearAll);
+    table.add<vocab::PresetRequest>(readPreset);
+    table.add<vocab::StorePreset>(storeAngles);
+    table.add<vocab::StoreCurrentPosition>(storeCurrent);
+    table.add<vocab::AddLensPositions>(addLens);
+    table.add<vocab::ClearAllPresets>(clearAll);
 }
 
 }  // namespace halvex::sim

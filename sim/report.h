@@ -15,7 +15,7 @@ struct ReportedTarget {
     std::int32_t tilt = 0;
 };
 
-// Bytes 1..13: current position (or the target, with bit 5 of byte 9 set),
+// The current position (or the target, with the target bit of status C),
 // status bytes A, B and C, and the four lens positions.
 Reply positionReport(Byte code, const UnitState& state);
 Reply targetReport(Byte code, const UnitState& state, ReportedTarget target);

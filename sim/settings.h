@@ -8,6 +8,7 @@
 #include <cstdint>
 
 #include "protocol/frame.h"
+#include "protocol/vocabulary.h"
 
 namespace halvex::sim {
 
@@ -21,6 +22,10 @@ struct AxisRates {
 
 // Soft limit indices as the commands number them.
 enum SoftLimit { kLimitCw = 0, kLimitCcw = 1, kLimitUp = 2, kLimitDown = 3 };
+
+// Both cameras' power bits, as the video commands carry them.
+inline constexpr Byte kCamerasPowered = vocab::maskOf(vocab::video_configuration::kCamera1Power) |
+                                        vocab::maskOf(vocab::video_configuration::kCamera2Power);
 
 struct Settings {
     Byte unitId = 0;
@@ -56,21 +61,26 @@ struct Settings {
 
     // Per camera: lens configuration bits, minimum zoom and focus speeds,
     // serial settings byte and response time-out (8 ms steps).
-    std::array<Byte, 2> lensConfig{0x48, 0x48};
+    static constexpr Byte kLensesEnabled =
+        vocab::maskOf(vocab::lens_configuration::Lens1::kZoomEnable) |
+        vocab::maskOf(vocab::lens_configuration::Lens1::kFocusEnable);
+    std::array<Byte, 2> lensConfig{kLensesEnabled, kLensesEnabled};
     std::array<Byte, 2> zoomMinSpeed{10, 10};
     std::array<Byte, 2> focusMinSpeed{10, 10};
-    std::array<Byte, 2> cameraComm{0x01, 0x01};
+    std::array<Byte, 2> cameraComm{1, 1};
     std::array<Byte, 2> cameraTimeout{10, 10};
 
     Byte videoMode = 0;
-    Byte videoPower = 0x0C;
+    Byte videoPower = kCamerasPowered;
     Byte legacyVideo = 0;
     Byte angleDisplay = 0;
     Byte nameDisplay = 0;
     Byte aux = 0;
     std::array<Byte, 12> siteName{' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' ', ' '};
 
-    bool continuousPan() const { return (directions & 0x10) != 0; }
+    bool continuousPan() const {
+        return vocab::isSet(directions, vocab::directions::kContinuousRotation);
+    }
 
     bool operator==(const Settings&) const = default;
 };
@@ -79,7 +89,7 @@ struct Settings {
 // when a command carries the power-up bit.
 struct PowerUpSettings {
     Byte videoMode = 0;
-    Byte videoPower = 0x0C;
+    Byte videoPower = kCamerasPowered;
     Byte angleDisplay = 0;
     Byte nameDisplay = 0;
 

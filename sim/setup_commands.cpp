@@ -1,10 +1,10 @@
-// Unit setup: 0x86 ramps, 0x92 rates, 0x93 minima and tilt set, 0x95
-// directions, 0x96 comm time-out, 0x97 heater, 0x98/0x99 maxima, 0x9A
-// firmware and clock, 0x9C top speeds, 0x9F address, 0xA1/0xA2 minimum and
-// maximum, 0xA3 diagnostics, 0xA5 encoders.
+// Unit setup: ramps, rates, the minima and the tilt set, directions, the
+// comm time-out, the heater, the maxima, firmware and clock, top speeds,
+// the address, each axis's minimum and maximum, diagnostics and encoders.
 
 #include <algorithm>
 #include <chrono>
+#include <limits>
 
 #include "sim/command_table.h"
 
@@ -14,93 +14,121 @@ namespace {
 
 constexpr Byte kMaxCommTimeout = 120;
 constexpr Byte kMaxAddress = 99;
-constexpr int kSecondVariantBit = 6;
+constexpr Byte kLastHeaterMode = 2;
+// Step rates and encoder counts are kept as positive 16-bit numbers: the
+// top bit of what arrives is dropped.
+constexpr std::uint16_t kKeptWord = std::numeric_limits<std::int16_t>::max();
 
-Byte atLeastOne(Byte value) {
-    return std::max<Byte>(value, 1);
+Byte atLeastOne(std::uint32_t value) {
+    return static_cast<Byte>(std::max<std::uint32_t>(value, 1));
 }
 Byte asByte(std::uint16_t value) {
     return static_cast<Byte>(std::min<std::uint16_t>(value, 255));
 }
-std::uint16_t word(Byte lo, Byte hi) {
-    return static_cast<std::uint16_t>(lo | (hi << 8));
+template <class M>
+std::uint16_t keptWord(const Command& command, vocab::Field<M> place) {
+    return static_cast<std::uint16_t>(command.field(place) & kKeptWord);
+}
+template <class M>
+Byte byteOf(const Command& command, vocab::Field<M> place) {
+    return static_cast<Byte>(command.field(place));
 }
 
-Response rampReport(UnitState& state, const Command& command) {
-    return Response::answer(Reply(command.code())
-                                .byte(state.settings.panRates.ramp)
-                                .byte(state.settings.tiltRates.ramp));
+Response rampReport(UnitState& state, const Command&) {
+    namespace v = vocab::ramps;
+    return Response::answer(Reply::of<vocab::Ramps>()
+                                .set(v::kPanByte, state.settings.panRates.ramp)
+                                .set(v::kTiltByte, state.settings.tiltRates.ramp));
 }
 
-void setRates(AxisRates& rates, Byte safe, Byte ramp, Byte decel) {
-    rates.safe = atLeastOne(safe & 0x7F);
-    rates.ramp = atLeastOne(ramp);
-    rates.decel = std::clamp<Byte>(decel, 1, 63);
+template <class Axis>
+void takeRates(AxisRates& rates, const Command& command) {
+    rates.safe = atLeastOne(command.field(Axis::kSafeSpeed));
+    rates.ramp = atLeastOne(command.field(Axis::kRamp));
+    rates.decel =
+        static_cast<Byte>(std::clamp<std::uint32_t>(command.field(Axis::kDeceleration), 1, 63));
+}
+
+template <class Axis>
+void reportRates(Reply& reply, const AxisRates& rates) {
+    reply.set(Axis::kSafeSpeedByte, rates.safe)
+        .set(Axis::kRamp, rates.ramp)
+        .set(Axis::kDeceleration, rates.decel);
 }
 
 Response rates(UnitState& state, const Command& command) {
+    namespace v = vocab::rates;
     Settings& s = state.settings;
     if (!command.isRead()) {
-        if (command.payloadSize() < 7) {
+        // Only the read request may be short; a set carries every rate.
+        if (command.payloadSize() < static_cast<std::size_t>(v::Tilt::kDeceleration.offset)) {
             return Response::refuse();
         }
-        setRates(s.panRates, command.byte(1), command.byte(2), command.byte(3));
-        setRates(s.tiltRates, command.byte(5), command.byte(6), command.byte(7));
+        takeRates<v::Pan>(s.panRates, command);
+        takeRates<v::Tilt>(s.tiltRates, command);
     }
-    return Response::answer(Reply(command.code())
-                                .byte(s.panRates.safe)
-                                .byte(s.panRates.ramp)
-                                .byte(s.panRates.decel)
-                                .byte(0)
-                                .byte(s.tiltRates.safe)
-                                .byte(s.tiltRates.ramp)
-                                .byte(s.tiltRates.decel));
+    Reply reply = Reply::of<vocab::RatesReply>();
+    reportRates<vocab::rates_reply::Pan>(reply, s.panRates);
+    reportRates<vocab::rates_reply::Tilt>(reply, s.tiltRates);
+    return Response::answer(reply);
 }
 
-// Two layouts share 0x93: the minimum pair (one byte each) and the longer
-// tilt set (safe speed, ramp, minimum and maximum words).
+// Two layouts share one code: the minimum pair (one byte each) and the
+// longer tilt set (safe speed, ramp, minimum and maximum words).
 Response minimaOrTiltSet(UnitState& state, const Command& command) {
     Settings& s = state.settings;
-    if (command.payloadSize() >= 6) {
-        s.tiltRates.safe = atLeastOne(command.byte(1) & 0x7F);
-        s.tiltRates.ramp = atLeastOne(command.byte(2));
-        s.tiltMin = word(command.byte(3), command.byte(4)) & 0x7FFF;
-        s.tiltMax = word(command.byte(5), command.byte(6)) & 0x7FFF;
-        return Response::answer(Reply(command.code())
-                                    .byte(s.tiltRates.safe)
-                                    .byte(s.tiltRates.ramp)
-                                    .word(s.tiltMin)
-                                    .word(s.tiltMax));
+    if (command.payloadSize() + 1 >= vocab::TiltSettings::kLength) {
+        namespace v = vocab::tilt_settings;
+        s.tiltRates.safe = atLeastOne(command.field(v::kSafeSpeed));
+        s.tiltRates.ramp = atLeastOne(command.field(v::kRamp));
+        s.tiltMin = keptWord(command, v::kMinimum);
+        s.tiltMax = keptWord(command, v::kMaximum);
+        return Response::answer(Reply::of<vocab::TiltSettings>()
+                                    .set(v::kSafeSpeedByte, s.tiltRates.safe)
+                                    .set(v::kRamp, s.tiltRates.ramp)
+                                    .set(v::kMinimum, s.tiltMin)
+                                    .set(v::kMaximum, s.tiltMax));
     }
-    s.panMin = command.byte(1);
-    s.tiltMin = command.byte(2);
-    return Response::answer(Reply(command.code()).byte(asByte(s.panMin)).byte(asByte(s.tiltMin)));
+    namespace v = vocab::minimum_pair;
+    s.panMin = byteOf(command, v::kPan);
+    s.tiltMin = byteOf(command, v::kTilt);
+    return Response::answer(Reply::of<vocab::MinimumPair>()
+                                .set(v::kPan, asByte(s.panMin))
+                                .set(v::kTilt, asByte(s.tiltMin)));
 }
 
 Response directions(UnitState& state, const Command& command) {
+    namespace v = vocab::directions;
     if (!command.isRead()) {
-        state.settings.directions = command.byte(1) & 0x3F;
+        state.settings.directions = byteOf(command, v::kNamedBits);
     }
-    return Response::answer(Reply(command.code()).byte(state.settings.directions));
+    return Response::answer(
+        Reply::of<vocab::Directions>().set(v::kBits, state.settings.directions));
 }
 
 Response commTimeout(UnitState& state, const Command& command) {
+    namespace v = vocab::comm_timeout;
     if (!command.isRead()) {
-        state.settings.commTimeoutSeconds = std::min(command.byte(1), kMaxCommTimeout);
+        state.settings.commTimeoutSeconds = std::min(byteOf(command, v::kSeconds), kMaxCommTimeout);
     }
-    return Response::answer(Reply(command.code()).byte(state.settings.commTimeoutSeconds));
+    return Response::answer(
+        Reply::of<vocab::CommTimeout>().set(v::kSeconds, state.settings.commTimeoutSeconds));
 }
 
 Response heater(UnitState& state, const Command& command) {
-    if (!command.isRead() && command.byte(1) <= 2) {
-        state.settings.heater = command.byte(1);
+    namespace v = vocab::heater;
+    const Byte mode = byteOf(command, v::kModeByte);
+    if (!command.isRead() && mode <= kLastHeaterMode) {
+        state.settings.heater = mode;
     }
-    return Response::answer(Reply(command.code()).byte(state.settings.heater));
+    return Response::answer(Reply::of<vocab::Heater>().set(v::kModeByte, state.settings.heater));
 }
 
 Response maximaReply(const UnitState& state, Byte code) {
-    return Response::answer(
-        Reply(code).byte(asByte(state.settings.panMax)).byte(asByte(state.settings.tiltMax)));
+    namespace v = vocab::maxima;
+    return Response::answer(Reply::of<vocab::Maxima>(code)
+                                .set(v::kPan, asByte(state.settings.panMax))
+                                .set(v::kTilt, asByte(state.settings.tiltMax)));
 }
 
 Response readMaxima(UnitState& state, const Command& command) {
@@ -108,12 +136,14 @@ Response readMaxima(UnitState& state, const Command& command) {
 }
 
 Response setMaxima(UnitState& state, const Command& command) {
-    state.settings.panMax = command.byte(1);
-    state.settings.tiltMax = command.byte(2);
+    namespace v = vocab::maximum_pair;
+    state.settings.panMax = byteOf(command, v::kPan);
+    state.settings.tiltMax = byteOf(command, v::kTilt);
     return maximaReply(state, command.code());
 }
 
-Response firmware(UnitState& state, const Command& command) {
+Response firmware(UnitState& state, const Command&) {
+    namespace v = vocab::firmware;
     CalendarDate date;
     if (state.options.clockDate) {
         date = *state.options.clockDate;
@@ -123,85 +153,100 @@ Response firmware(UnitState& state, const Command& command) {
         date = {static_cast<int>(today.year()), static_cast<int>(unsigned(today.month())),
                 static_cast<int>(unsigned(today.day()))};
     }
-    return Response::answer(Reply(command.code())
-                                .byte(state.options.firmwareMajor)
-                                .byte(state.options.firmwareMinor)
-                                .byte(date.day)
-                                .byte(date.month)
-                                .byte(date.year - 2000));
+    return Response::answer(
+        Reply::of<vocab::Firmware>()
+            .set(v::kMajor, state.options.firmwareMajor)
+            .set(v::kMinor, state.options.firmwareMinor)
+            .set(v::kDay, static_cast<std::uint32_t>(date.day))
+            .set(v::kMonth, static_cast<std::uint32_t>(date.month))
+            .set(v::kYear, static_cast<std::uint32_t>(date.year - v::kYearBias)));
 }
 
-// Byte 1: bit 7 read, bit 6 second variant; then pan and tilt.
+// The first pair of top speeds drives automated moves, the second a jog.
 Response topSpeeds(UnitState& state, const Command& command) {
-    const bool second = BitIsSet(command.byte(1), kSecondVariantBit);
+    namespace v = vocab::top_speeds;
+    namespace r = vocab::top_speeds_reply;
+    const bool second = command.isSet(v::kSecond);
     Settings& s = state.settings;
     Byte& pan = second ? s.panJogTop : s.panTop;
     Byte& tilt = second ? s.tiltJogTop : s.tiltTop;
     if (!command.isRead()) {
-        pan = atLeastOne(command.byte(2));
-        tilt = atLeastOne(command.byte(3));
+        pan = atLeastOne(command.field(v::kPan));
+        tilt = atLeastOne(command.field(v::kTilt));
     }
-    return Response::answer(Reply(command.code()).byte(second ? 0x40 : 0).byte(pan).byte(tilt));
+    return Response::answer(Reply::of<vocab::TopSpeedsReply>()
+                                .set(r::kSecond, second)
+                                .set(r::kPan, pan)
+                                .set(r::kTilt, tilt));
 }
 
 Response address(UnitState& state, const Command& command) {
+    namespace v = vocab::unit_address;
     Byte reported = state.settings.unitId;
-    if (!command.isRead() && command.byte(1) <= kMaxAddress) {
-        reported = command.byte(1);
+    const Byte asked = byteOf(command, v::kId);
+    if (!command.isRead() && asked <= kMaxAddress) {
+        reported = asked;
         state.pendingId = reported;
     }
-    return Response::answer(Reply(command.code()).byte(reported));
+    return Response::answer(Reply::of<vocab::UnitAddress>().set(v::kId, reported));
 }
 
-// Minimum and maximum words, low byte first, for pan (0xA1) or tilt (0xA2).
+// An axis's minimum and maximum words: the command's range and the reply's.
+template <class Answer, class Range, class ReplyRange>
 Response minMax(const Command& command, std::uint16_t& minimum, std::uint16_t& maximum) {
     if (!command.isRead()) {
-        minimum = word(command.byte(2), command.byte(3)) & 0x7FFF;
-        maximum = word(command.byte(4), command.byte(5)) & 0x7FFF;
+        minimum = keptWord(command, Range::kMinimum);
+        maximum = keptWord(command, Range::kMaximum);
     }
-    return Response::answer(Reply(command.code()).word(minimum).word(maximum));
+    return Response::answer(
+        Reply::of<Answer>().set(ReplyRange::kMinimum, minimum).set(ReplyRange::kMaximum, maximum));
 }
 
 Response panMinMax(UnitState& state, const Command& command) {
-    return minMax(command, state.settings.panMin, state.settings.panMax);
+    return minMax<vocab::PanStepsReply, vocab::pan_steps, vocab::pan_steps_reply>(
+        command, state.settings.panMin, state.settings.panMax);
 }
 
 Response tiltMinMax(UnitState& state, const Command& command) {
-    return minMax(command, state.settings.tiltMin, state.settings.tiltMax);
+    return minMax<vocab::TiltStepsReply, vocab::tilt_steps, vocab::tilt_steps_reply>(
+        command, state.settings.tiltMin, state.settings.tiltMax);
 }
 
 // No diagnostics are kept; the request is acknowledged.
-Response diagnostics(UnitState&, const Command& command) {
-    return Response::answer(Reply(command.code()));
+Response diagnostics(UnitState&, const Command&) {
+    return Response::answer(Reply::of<vocab::Diagnostics>());
 }
 
 Response encoders(UnitState& state, const Command& command) {
+    namespace v = vocab::encoders;
+    namespace r = vocab::encoders_reply;
     Settings& s = state.settings;
     if (!command.isRead()) {
-        s.panEncoder = word(command.byte(2), command.byte(3)) & 0x7FFF;
-        s.tiltEncoder = word(command.byte(4), command.byte(5)) & 0x7FFF;
+        s.panEncoder = keptWord(command, v::kPan);
+        s.tiltEncoder = keptWord(command, v::kTilt);
     }
-    return Response::answer(Reply(command.code()).word(s.panEncoder).word(s.tiltEncoder));
+    return Response::answer(
+        Reply::of<vocab::EncodersReply>().set(r::kPan, s.panEncoder).set(r::kTilt, s.tiltEncoder));
 }
 
 }  // namespace
 
 void addSetupCommands(CommandTable& table) {
-    table.add(0x86, 0, rampReport);
-    table.add(0x92, 1, rates);
-    table.add(0x93, 2, minimaOrTiltSet);
-    table.add(0x95, 1, directions);
-    table.add(0x96, 1, commTimeout);
-    table.add(0x97, 1, heater);
-    table.add(0x98, 0, readMaxima);
-    table.add(0x99, 2, setMaxima);
-    table.add(0x9A, 0, firmware);
-    table.add(0x9C, 3, topSpeeds);
-    table.add(0x9F, 1, address);
-    table.add(0xA1, 5, panMinMax);
-    table.add(0xA2, 5, tiltMinMax);
-    table.add(0xA3, 0, diagnostics);
-    table.add(0xA5, 5, encoders);
+    table.add<vocab::RampRequest>(rampReport);
+    table.add<vocab::Rates>(rates);
+    table.add<vocab::MinimumPair>(minimaOrTiltSet);
+    table.add<vocab::Directions>(directions);
+    table.add<vocab::CommTimeout>(commTimeout);
+    table.add<vocab::Heater>(heater);
+    table.add<vocab::MaximaRequest>(readMaxima);
+    table.add<vocab::MaximumPair>(setMaxima);
+    table.add<vocab::FirmwareRequest>(firmware);
+    table.add<vocab::TopSpeeds>(topSpeeds);
+    table.add<vocab::UnitAddress>(address);
+    table.add<vocab::PanSteps>(panMinMax);
+    table.add<vocab::TiltSteps>(tiltMinMax);
+    table.add<vocab::DiagnosticsRequest>(diagnostics);
+    table.add<vocab::Encoders>(encoders);
 }
 
 }  // namespace halvex::sim

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "protocol/frame.h"
+#include "protocol/vocabulary_tours.h"
 
 namespace halvex::sim {
 
@@ -15,8 +16,8 @@ struct TourStep {
     Byte preset = 0;
     Byte dwell = 0;
 
-    int presetNumber() const { return preset & 0x3F; }
-    int dwellSeconds() const { return dwell & 0x7F; }
+    int presetNumber() const { return preset & vocab::maskOf(vocab::tour_step::Step::kPreset); }
+    int dwellSeconds() const { return dwell & vocab::maskOf(vocab::tour_step::Step::kDwell); }
     bool operator==(const TourStep&) const = default;
 };
 

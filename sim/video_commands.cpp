@@ -1,6 +1,6 @@
-// Video, on-screen display and auxiliary outputs: 0x63 legacy video,
-// 0x64 video mode and power, 0x66 aux outputs, 0x70 angle display,
-// 0x71 name display, 0x75 site name.
+// Video, on-screen display and auxiliary outputs: the legacy video
+// selection, the video mode and cameras' power, the aux outputs, the angle
+// and name displays and the site name.
 
 #include "sim/command_table.h"
 
@@ -8,78 +8,90 @@ namespace halvex::sim {
 
 namespace {
 
-constexpr int kPowerUpBit = 6;
-constexpr Byte kPowerBits = 0x0C;  // camera 1 and camera 2 power
+namespace video = vocab::video_configuration;
+namespace legacy = vocab::legacy_video;
 
 Response videoMode(UnitState& state, const Command& command) {
     Settings& s = state.settings;
     if (!command.isRead()) {
-        s.videoMode = command.byte(1) & 0x3F;
+        s.videoMode = static_cast<Byte>(command.field(video::kSettingBits));
         // The short form of the command sets the mode alone.
-        if (command.payloadSize() >= 2) {
-            s.videoPower = command.byte(2) & kPowerBits;
+        if (command.payloadSize() + 1 >= vocab::VideoConfiguration::kLength) {
+            s.videoPower =
+                static_cast<Byte>(command.field(video::kPower)) &
+                (vocab::maskOf(video::kCamera1Power) | vocab::maskOf(video::kCamera2Power));
         }
-        if (BitIsSet(command.byte(1), kPowerUpBit)) {
+        if (command.isSet(video::kStore)) {
             state.powerUp.videoMode = s.videoMode;
             state.powerUp.videoPower = s.videoPower;
         }
     }
-    return Response::answer(Reply(command.code()).byte(s.videoMode).byte(s.videoPower));
+    return Response::answer(Reply::of<vocab::VideoConfiguration>()
+                                .set(video::kModeByte, s.videoMode)
+                                .set(video::kPower, s.videoPower));
 }
 
 Response legacyVideo(UnitState& state, const Command& command) {
     Settings& s = state.settings;
     if (!command.isRead()) {
-        s.legacyVideo = command.byte(1) & 0x03;
-        s.videoPower = command.byte(1) & kPowerBits;
+        s.legacyVideo = static_cast<Byte>(command.field(legacy::kSelection));
+        s.videoPower =
+            static_cast<Byte>(command.field(legacy::kSettingsByte)) &
+            (vocab::maskOf(legacy::kCamera1Power) | vocab::maskOf(legacy::kCamera2Power));
     }
-    return Response::answer(Reply(command.code()).byte(s.legacyVideo | s.videoPower));
+    return Response::answer(Reply::of<vocab::LegacyVideo>().set(
+        legacy::kSettingsByte, static_cast<std::uint32_t>(s.legacyVideo | s.videoPower)));
 }
 
 Response auxOutputs(UnitState& state, const Command& command) {
+    namespace v = vocab::aux_outputs;
     if (!command.isRead()) {
-        state.settings.aux = command.byte(1) & 0x0F;
+        state.settings.aux = static_cast<Byte>(command.field(v::kOutputBits));
     }
-    return Response::answer(Reply(command.code()).byte(state.settings.aux));
+    return Response::answer(Reply::of<vocab::AuxOutputs>().set(v::kOutputs, state.settings.aux));
 }
 
-// Angle (0x70) and name (0x71) displays share one setting layout: line in
-// bits 0-3, on in bit 4, signed in bit 5.
+// The angle and name displays share one setting layout.
+template <class M>
 Response displaySetting(const Command& command, Byte& live, Byte& powerUp) {
+    using Display = vocab::DisplaySetting<M>;
     if (!command.isRead()) {
-        live = command.byte(1) & 0x3F;
-        if (BitIsSet(command.byte(1), kPowerUpBit)) {
+        live = static_cast<Byte>(command.field(Display::kSettingBits));
+        if (command.isSet(Display::kStore)) {
             powerUp = live;
         }
     }
-    return Response::answer(Reply(command.code()).byte(live));
+    return Response::answer(Reply::of<M>().set(Display::kSetting, live));
 }
 
 Response angleDisplay(UnitState& state, const Command& command) {
-    return displaySetting(command, state.settings.angleDisplay, state.powerUp.angleDisplay);
+    return displaySetting<vocab::AngleDisplay>(command, state.settings.angleDisplay,
+                                               state.powerUp.angleDisplay);
 }
 
 Response nameDisplay(UnitState& state, const Command& command) {
-    return displaySetting(command, state.settings.nameDisplay, state.powerUp.nameDisplay);
+    return displaySetting<vocab::NameDisplay>(command, state.settings.nameDisplay,
+                                              state.powerUp.nameDisplay);
 }
 
 Response siteName(UnitState& state, const Command& command) {
+    namespace v = vocab::site_name;
     for (std::size_t i = 0; i < state.settings.siteName.size(); ++i) {
-        const Byte value = command.byte(1 + i);
+        const Byte value = command.byte(v::kText + i);
         state.settings.siteName[i] = value >= 32 && value <= 127 ? value : ' ';
     }
-    return Response::answer(Reply(command.code()));
+    return Response::answer(Reply::of<vocab::SiteNameStored>());
 }
 
 }  // namespace
 
 void addVideoCommands(CommandTable& table) {
-    table.add(0x63, 1, legacyVideo);
-    table.add(0x64, 1, videoMode);
-    table.add(0x66, 1, auxOutputs);
-    table.add(0x70, 1, angleDisplay);
-    table.add(0x71, 1, nameDisplay);
-    table.add(0x75, 12, siteName);
+    table.add<vocab::LegacyVideo>(legacyVideo);
+    table.add<vocab::VideoConfiguration>(videoMode);
+    table.add<vocab::AuxOutputs>(auxOutputs);
+    table.add<vocab::AngleDisplay>(angleDisplay);
+    table.add<vocab::NameDisplay>(nameDisplay);
+    table.add<vocab::SiteName>(siteName);
 }
 
 }  // namespace halvex::sim

@@ -12,131 +12,254 @@
 namespace halvex::sim::testing {
 namespace {
 
+namespace v = vocab;
+namespace r = vocab::report;
+using test::isSet;
+using test::message;
+using test::withBits;
+using test::withCode;
+
+std::int32_t panOf(const std::vector<Byte>& report) {
+    return v::getSigned(report, r::kPan);
+}
+std::int32_t tiltOf(const std::vector<Byte>& report) {
+    return v::getSigned(report, r::kTilt);
+}
+std::vector<Byte> moveTo(std::int32_t pan, std::int32_t tilt) {
+    return message<v::AbsoluteMove>(
+        {{v::absolute_move::kPan, pan}, {v::absolute_move::kTilt, tilt}});
+}
+std::vector<Byte> storePreset(int preset, std::int32_t pan, std::int32_t tilt) {
+    namespace s = v::store_preset;
+    return message<v::StorePreset>({{s::kPreset, preset}, {s::kPan, pan}, {s::kTilt, tilt}});
+}
+// A tour step answer under the code of the command answered.
+template <class Command>
+std::vector<Byte> tourStep(int tour, int step, int preset = 0, int dwell = 0) {
+    namespace t = v::tour_step;
+    return withCode<Command>(message<v::TourStep>({{t::kTour, tour},
+                                                   {t::kStep, step},
+                                                   {t::Step::kPreset, preset},
+                                                   {t::Step::kDwell, dwell}}));
+}
+std::vector<Byte> appendStep(int tour, int preset, int dwell) {
+    namespace a = v::append_tour_step;
+    return message<v::AppendTourStep>(
+        {{a::kTour, tour}, {a::Step::kPreset, preset}, {a::Step::kDwell, dwell}});
+}
+std::vector<Byte> startTour(int tour) {
+    return message<v::ExecuteTour>({{v::execute_tour::kTour, tour}});
+}
+std::vector<Byte> tourStarted(int tour) {
+    return message<v::TourStarted>({{v::tour_started::kTour, tour}});
+}
+std::vector<Byte> angleOffsets(std::int32_t pan, std::int32_t tilt) {
+    return message<v::AngleOffsets>(
+        {{v::angle_offsets::kPan, pan}, {v::angle_offsets::kTilt, tilt}});
+}
+std::vector<Byte> setOffsets(std::int32_t pan, std::int32_t tilt) {
+    return message<v::SetAngleOffsets>(
+        {{v::set_angle_offsets::kPan, pan}, {v::set_angle_offsets::kTilt, tilt}});
+}
+
 TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
     struct Step {
         std::vector<Byte> send;
         std::vector<Byte> reply;
     };
+    namespace video = v::video_configuration;
+    namespace aux = v::aux_outputs;
+    namespace tilt = v::tilt_settings;
+    using Pan = v::rates::Pan;
+    using Tilt = v::rates::Tilt;
+    const auto timeouts = [](int camera1, int camera2) {
+        return message<v::CameraTimeouts>(
+            {{v::camera_timeouts::kCamera1, camera1}, {v::camera_timeouts::kCamera2, camera2}});
+    };
+    const auto maxima =
+        message<v::MaximumPair>({{v::maximum_pair::kPan, 40}, {v::maximum_pair::kTilt, 50}});
+    const auto rates = message<v::Rates>({{Pan::kSafeSpeed, 20},
+                                          {Pan::kRamp, 33},
+                                          {Pan::kDeceleration, 20},
+                                          {Tilt::kSafeSpeed, 20},
+                                          {Tilt::kRamp, 44},
+                                          {Tilt::kDeceleration, 20}});
+    namespace kept = v::rates_reply;
+    const auto ratesKept = message<v::RatesReply>({{kept::Pan::kSafeSpeed, 20},
+                                                   {kept::Pan::kRamp, 33},
+                                                   {kept::Pan::kDeceleration, 20},
+                                                   {kept::Tilt::kSafeSpeed, 20},
+                                                   {kept::Tilt::kRamp, 44},
+                                                   {kept::Tilt::kDeceleration, 20}});
+    const auto tiltSettings = [](int safeSpeedByte) {
+        return message<v::TiltSettings>({{tilt::kSafeSpeedByte, safeSpeedByte},
+                                         {tilt::kRamp, 20},
+                                         {tilt::kMinimum, 16},
+                                         {tilt::kMaximum, 32}});
+    };
+    auto lensesInTheMiddle = presetRecord<v::StoreCurrentPosition>(4);
+    for (const auto& lens : v::preset_record::kLens) {
+        v::put(lensesInTheMiddle, lens, 128);
+    }
     const Step steps[] = {
-        {{0x40, 32}, {0x40, 255, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}},
-        {{0x41, 40, 1, 2, 3, 4, 5, 6}, {0x41, 255, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}},
-        {{0x37, 0}, {0x37, 255}},  // empty tour
-        {{0x52, 1, 3, 4}, {0x52, 1, 0, 3, 4}},
-        {{0x51, 1, 1}, {0x51, 1, 255, 0, 0}},
-        {{0x54, 1, 5}, {0x54, 1, 255, 0, 0}},
-        {{0x53, 1, 2, 1, 1}, {0x53, 1, 255, 1, 1}},
-        {{0x55, 1, 9, 1, 1}, {0x55, 1, 255, 1, 1}},
-        {{0x96, 121}, {0x96, 120}},
-        {{0x97, 3}, {0x97, 1}},
-        {{0x65, 0, 101}, {0x65, 10, 10}},
-        {{0x65, 1, 100}, {0x65, 1, 100}},          // the shortest and longest time-outs
-        {{0x64, 0x49, 0x04}, {0x64, 0x09, 0x04}},  // stored for power up: bit 6 stays out
-        {{0x64, 0x41}, {0x64, 0x01, 0x04}},        // the short form keeps the power
-        {{0x75, 'S', 'i', 't', 'e', ' ', '1', 9, ' ', ' ', ' ', ' ', ' '}, {0x75}},
-        {{0x99, 40, 50}, {0x99, 40, 50}},
-        {{0x98}, {0x98, 40, 50}},  // one byte each
+        {readPreset(32), presetRecord(v::preset_record::kNoPreset)},
+        {storePreset(40, 100, 200), presetRecord<v::StorePreset>(v::preset_record::kNoPreset)},
+        {appendStep(1, 3, 4), tourStep<v::AppendTourStep>(1, 0, 3, 4)},
+        {message<v::TourStepRequest>(
+             {{v::tour_step_request::kTour, 1}, {v::tour_step_request::kStep, 1}}),
+         tourStep<v::TourStepRequest>(1, v::tour_step::kNoStep)},
+        {message<v::DeleteTourStep>(
+             {{v::delete_tour_step::kTour, 1}, {v::delete_tour_step::kStep, 5}}),
+         tourStep<v::DeleteTourStep>(1, v::tour_step::kNoStep)},
+        {message<v::InsertTourStep>({{v::insert_tour_step::kTour, 1},
+                                     {v::insert_tour_step::kStep, 2},
+                                     {v::insert_tour_step::Step::kPreset, 1},
+                                     {v::insert_tour_step::Step::kDwell, 1}}),
+         tourStep<v::InsertTourStep>(1, v::tour_step::kNoStep, 1, 1)},
+        {message<v::ReplaceTourStep>({{v::replace_tour_step::kTour, 1},
+                                      {v::replace_tour_step::kStep, 9},
+                                      {v::replace_tour_step::Step::kPreset, 1},
+                                      {v::replace_tour_step::Step::kDwell, 1}}),
+         tourStep<v::ReplaceTourStep>(1, v::tour_step::kNoStep, 1, 1)},
+        {message<v::CommTimeout>({{v::comm_timeout::kSeconds, 121}}),
+         message<v::CommTimeout>({{v::comm_timeout::kSeconds, 120}})},
+        {message<v::Heater>({{v::heater::kModeByte, 3}}),
+         message<v::Heater>({{v::heater::kModeByte, 1}})},
+        {timeouts(0, 101), timeouts(10, 10)},
+        {timeouts(1, 100), timeouts(1, 100)},  // the shortest and longest time-outs
+        // Stored for power up: the store bit stays out of the setting.
+        {withBits(message<v::VideoConfiguration>({{video::kRoute, 1}}),
+                  {video::kPal, video::kStore, video::kCamera1Power}),
+         withBits(message<v::VideoConfiguration>({{video::kRoute, 1}}),
+                  {video::kPal, video::kCamera1Power})},
+        // The short form keeps the power.
+        {withBits(
+             message<v::VideoConfiguration>({{video::kRoute, 1}}, v::VideoConfiguration::kShortest),
+             {video::kStore}),
+         withBits(message<v::VideoConfiguration>({{video::kRoute, 1}}), {video::kCamera1Power})},
+        {siteName("Site 1\t     "), message<v::SiteNameStored>()},
+        {maxima, maxima},
+        {message<v::MaximaRequest>(),
+         message<v::Maxima>({{v::maxima::kPan, 40}, {v::maxima::kTilt, 50}})},
         // Preset 2 at 10.00/0.00 and offsets of +5.00/-2.00 read 15.00/-2.00.
-        {{0x41, 2, 0xE8, 0x03, 0, 0, 0, 0}, {0x41, 2, 0xE8, 0x03, 0, 0, 0, 0, 0, 0, 0, 0}},
-        {{0x80, 0xF4, 0x01, 0x00, 0x38, 0xFF, 0xFF}, {0x80, 0xF4, 0x01, 0x00, 0x38, 0xFF, 0xFF}},
-        {{0x40, 2}, {0x40, 2, 0xDC, 0x05, 0x00, 0x38, 0xFF, 0xFF, 0, 0, 0, 0}},
+        {storePreset(2, 1000, 0), presetRecord<v::StorePreset>(2, 1000, 0)},
+        {setOffsets(500, -200), withCode<v::SetAngleOffsets>(angleOffsets(500, -200))},
+        {readPreset(2), presetRecord(2, 1500, -200)},
         // A preset stored at these offsets reads back as it was sent.
-        {{0x41, 3, 0x2C, 0x01, 0, 0x2C, 0x01, 0},
-         {0x41, 3, 0x2C, 0x01, 0, 0x2C, 0x01, 0, 0, 0, 0, 0}},
-        {{0x40, 3}, {0x40, 3, 0x2C, 0x01, 0, 0x2C, 0x01, 0, 0, 0, 0, 0}},
-        {{0x81, 0x80}, {0x81, 0, 0x5C, 0x44, 0x00}},  // the CW limit reads 175.00
-        {{0x83, 0x64, 0, 0, 0xC8, 0, 0}, {0x83, 0x64, 0, 0, 0xC8, 0, 0}},  // here reads 1.00/2.00
-        {{0x84}, {0x84, 0, 0, 0, 0, 0, 0}},
-        {{0x66, 0x1A}, {0x66, 0x0A}},  // four outputs
-        {{0x66, 0x80}, {0x66, 0x0A}},
-        {{0x92, 20, 33, 20, 0, 20, 44, 20}, {0x92, 20, 33, 20, 0, 20, 44, 20}},
-        {{0x86}, {0x86, 33, 44}},  // the ramps alone
+        {storePreset(3, 300, 300), presetRecord<v::StorePreset>(3, 300, 300)},
+        {readPreset(3), presetRecord(3, 300, 300)},
+        // The CW limit reads 175.00.
+        {v::readRequest<v::SoftLimit>(),
+         message<v::SoftLimitReply>(
+             {{v::soft_limit_reply::kLimit, 0}, {v::soft_limit_reply::kPosition, 17500}})},
+        // Here reads 1.00/2.00.
+        {message<v::AlignToCoordinates>(
+             {{v::align_to_coordinates::kPan, 100}, {v::align_to_coordinates::kTilt, 200}}),
+         withCode<v::AlignToCoordinates>(angleOffsets(100, 200))},
+        {message<v::ZeroOffsets>(), withCode<v::ZeroOffsets>(angleOffsets(0, 0))},
+        // Four outputs: a fifth is not kept.
+        {withBits(message<v::AuxOutputs>(), {aux::kOutput[1], aux::kOutput[3], aux::B{1, 4}}),
+         withBits(message<v::AuxOutputs>(), {aux::kOutput[1], aux::kOutput[3]})},
+        {v::readRequest<v::AuxOutputs>(),
+         withBits(message<v::AuxOutputs>(), {aux::kOutput[1], aux::kOutput[3]})},
+        {rates, ratesKept},
+        {message<v::RampRequest>(),
+         message<v::Ramps>({{v::ramps::kPan, 33}, {v::ramps::kTilt, 44}})},
         // The longer tilt set: the safe speed keeps to seven bits.
-        {{0x93, 0xFF, 20, 0x10, 0x00, 0x20, 0x00}, {0x93, 0x7F, 20, 0x10, 0x00, 0x20, 0x00}},
+        {tiltSettings(255), tiltSettings(127)},
         // Here stored as preset 4, the lenses in the middle of their travel.
-        {{0x42, 4}, {0x42, 4, 0, 0, 0, 0, 0, 0, 0x80, 0x80, 0x80, 0x80}}};
+        {message<v::StoreCurrentPosition>({{v::store_current_position::kPreset, 4}}),
+         lensesInTheMiddle}};
     UnitHarness unit;
     for (const Step& step : steps) {
-        SCOPED_TRACE(::testing::Message() << "command 0x" << std::hex << int(step.send[0]));
+        SCOPED_TRACE(::testing::Message() << "command " << int(step.send[0]));
         EXPECT_EQ(unit.exchange(step.send), step.reply);
     }
     EXPECT_EQ(unit.unit.state().settings.siteName[0], 'S');
     EXPECT_EQ(unit.unit.state().settings.siteName[6], ' ') << "control characters become blanks";
-    EXPECT_EQ(unit.unit.state().powerUp.videoMode, 0x01);
+    EXPECT_EQ(unit.unit.state().powerUp.videoMode, 1) << "route 1, as the short form left it";
     for (int i = 1; i < 63; ++i) {
-        ASSERT_EQ(unit.exchange({0x52, 1, 1, 0})[2], i);
+        ASSERT_EQ(v::get(unit.exchange(appendStep(1, 1, 0)), v::tour_step::kStep), i);
     }
-    EXPECT_EQ(unit.exchange({0x52, 1, 1, 0}), (std::vector<Byte>{0x52, 1, 255, 1, 0})) << "full";
-    EXPECT_EQ(unit.exchange({0x53, 1, 0, 1, 0}), (std::vector<Byte>{0x53, 1, 255, 1, 0}));
+    EXPECT_EQ(unit.exchange(appendStep(1, 1, 0)),
+              tourStep<v::AppendTourStep>(1, v::tour_step::kNoStep, 1))
+        << "full";
+    EXPECT_EQ(unit.exchange(message<v::InsertTourStep>(
+                  {{v::insert_tour_step::kTour, 1}, {v::insert_tour_step::Step::kPreset, 1}})),
+              tourStep<v::InsertTourStep>(1, v::tour_step::kNoStep, 1));
 
     // Going to the preset lands on the same mechanical place whatever the offset.
-    unit.exchange({0x80, 0xF4, 0x01, 0x00, 0x38, 0xFF, 0xFF});
-    unit.exchange({0x32, 2});
+    unit.exchange(setOffsets(500, -200));
+    unit.exchange(message<v::GoToPreset>({{v::go_to_preset::kPreset, 2}}));
     unit.advance(3000);
     EXPECT_EQ(unit.unit.state().motion.mechanicalPan(), 1000);
-    EXPECT_EQ(angleAt(unit.jog(), 1), 1500);
-    // 99999 holds pan; tilt 95.00 is past the end: the reply echoes where it is.
-    EXPECT_EQ(angleAt(unit.exchange({0x33, 0x9F, 0x86, 0x01, 0xF4, 0x01, 0}), 1), 1500);
+    EXPECT_EQ(panOf(unit.jog()), 1500);
+    // 99999 holds pan while tilt goes to 5.00.
+    EXPECT_EQ(panOf(unit.exchange(moveTo(v::absolute_move::kHoldAxis, 500))), 1500);
     unit.advance(3000);
-    const auto refused = unit.exchange({0x33, 0, 0, 0, 0x1C, 0x25, 0});
-    EXPECT_EQ(angleAt(refused, 1), 1500);
-    EXPECT_EQ(angleAt(refused, 4), 500);
-    EXPECT_EQ(refused[9] & 0x20, 0x20) << "target bit";
+    // Tilt 95.00 is past the end: the reply says where it is.
+    const auto refused = unit.exchange(moveTo(0, 9500));
+    EXPECT_EQ(panOf(refused), 1500);
+    EXPECT_EQ(tiltOf(refused), 500);
+    EXPECT_TRUE(isSet(refused, r::kTarget));
     unit.advance(3000);
     EXPECT_EQ(unit.unit.state().motion.mechanicalPan(), 1000);
 }
 
-TEST(UnitFaults, InjectedFaultsLatchUntilResetAndTheCommTimeoutStopsATour) {
+TEST(UnitTours, ATourEndsOnTheCommTimeoutAndOnAnyCommandButTheJog) {
     UnitHarness unit;
-    unit.exchange({0x41, 0, 0x28, 0x23, 0, 0, 0, 0});  // 90.00
-    unit.exchange({0x52, 0, 0, 0});
-    unit.exchange({0x96, 2});
-    EXPECT_EQ(unit.exchange({0x37, 0}), (std::vector<Byte>{0x37, 0}));
+    unit.exchange(storePreset(0, 9000, 0));
+    unit.exchange(appendStep(0, 0, 0));
+    unit.exchange(message<v::CommTimeout>({{v::comm_timeout::kSeconds, 2}}));
+    EXPECT_EQ(unit.exchange(startTour(0)), tourStarted(0));
     unit.advance(1000, true);  // speed 0 jogs keep it alive without ending it
-    EXPECT_EQ(unit.jog()[9] & 0x40, 0x40) << "executing bit";
+    EXPECT_TRUE(isSet(unit.jog(), r::kTourExecuting));
     unit.advance(1000);
     EXPECT_TRUE(unit.unit.state().tourRunner.running());
     unit.advance(1500);
     EXPECT_FALSE(unit.unit.state().tourRunner.running()) << "silent for 2 s";
-    EXPECT_EQ(unit.jog()[9] & 0x40, 0);
+    EXPECT_FALSE(isSet(unit.jog(), r::kTourExecuting));
 
-    const auto pan = unit.unit.state().motion.mechanicalPan();
+    ASSERT_EQ(unit.exchange(startTour(0)), tourStarted(0));
+    unit.advance(500, true);
+    ASSERT_TRUE(unit.unit.state().tourRunner.running());
+    unit.exchange(message<v::TourStepCountRequest>());
+    EXPECT_FALSE(unit.unit.state().tourRunner.running());
+    EXPECT_FALSE(isSet(unit.jog(), r::kTourExecuting));
+}
+
+// The fault bits a report shows, by name.
+std::string faultsOf(const std::vector<Byte>& report) {
+    std::string names;
+    for (const auto& [bit, name] : {std::pair{r::kPanDirectionFault, "pan-direction "},
+                                    std::pair{r::kPanTimeout, "pan-timeout "},
+                                    std::pair{r::kTiltDirectionFault, "tilt-direction "},
+                                    std::pair{r::kTiltTimeout, "tilt-timeout "}}) {
+        names += isSet(report, bit) ? name : "";
+    }
+    return names;
+}
+
+TEST(UnitFaults, InjectedFaultsLatchUntilResetAndWaitForTheirAxisToBeDriven) {
+    UnitHarness unit;
     unit.unit.state().motion.latchFault(Fault::PanTimeout);
     unit.unit.state().motion.latchFault(Fault::TiltDirection);
-    unit.exchange({0x33, 0xB8, 0x0B, 0, 0xB8, 0x0B, 0});
+    unit.exchange(moveTo(3000, 3000));
     unit.advance(2000);
-    auto report = unit.jog();
-    EXPECT_EQ(unit.unit.state().motion.mechanicalPan(), pan) << "a faulted axis does not move";
-    EXPECT_EQ(report[7] & 0x0C, 0x08);
-    EXPECT_EQ(report[8] & 0x0C, 0x04);
-    report = unit.jog(0x01);  // reset
-    EXPECT_EQ(report[7] & 0x0C, 0);
-    EXPECT_EQ(report[8] & 0x0C, 0);
+    EXPECT_EQ(faultsOf(unit.jog()), "pan-timeout tilt-direction ");
+    EXPECT_EQ(unit.unit.state().motion.mechanicalPan(), 0) << "a faulted axis does not move";
+    EXPECT_EQ(faultsOf(unit.jog({v::jog::kReset})), "");
 
     unit.unit.state().motion.armFault(Fault::PanTimeout);
-    EXPECT_EQ(unit.jog()[7] & 0x08, 0) << "not before the axis is driven";
-    EXPECT_EQ(unit.jog(0x80, 100, 0)[7] & 0x08, 0x08);
-    EXPECT_EQ(unit.jog(0x01)[7] & 0x08, 0);
+    EXPECT_EQ(faultsOf(unit.jog()), "") << "not before the axis is driven";
+    EXPECT_EQ(faultsOf(unit.jog({v::jog::kPanCw}, 100, 0)), "pan-timeout ");
+    EXPECT_EQ(faultsOf(unit.jog({v::jog::kReset})), "");
 
     // A tilt fault waits for the tilt axis: driving pan leaves both clear.
     UnitHarness other;
     other.unit.state().motion.armFault(Fault::TiltTimeout);
-    report = other.jog(0x80, 100, 0);
-    EXPECT_EQ(report[7] & 0x0C, 0);
-    EXPECT_EQ(report[8] & 0x0C, 0);
-    report = other.jog(0x40, 0, 100);
-    EXPECT_EQ(report[7] & 0x0C, 0);
-    EXPECT_EQ(report[8] & 0x0C, 0x08);
-}
-
-TEST(UnitTours, AnyCommandButTheJogEndsARunningTour) {
-    UnitHarness unit;
-    unit.exchange({0x52, 0, 0, 1});  // preset 0, a second's dwell
-    ASSERT_EQ(unit.exchange({0x37, 0}), (std::vector<Byte>{0x37, 0}));
-    unit.advance(500, true);
-    ASSERT_TRUE(unit.unit.state().tourRunner.running());
-    unit.exchange({0x56, 0});
-    EXPECT_FALSE(unit.unit.state().tourRunner.running());
-    EXPECT_EQ(unit.jog()[9] & 0x40, 0) << "executing bit";
+    EXPECT_EQ(faultsOf(other.jog({v::jog::kPanCw}, 100, 0)), "");
+    EXPECT_EQ(faultsOf(other.jog({v::jog::kTiltUp}, 0, 100)), "tilt-timeout ");
 }
 
 // What a tour runner works on, on its own.
@@ -190,85 +313,80 @@ TEST(UnitTours, AStepDwellsOnlyOnceThePlatformHasArrived) {
     EXPECT_EQ(runner.stepIndex(), 1);
 }
 
-TEST(UnitFaults, AHomingCycleReportsNoIndexForAFaultedAxis) {
-    UnitHarness unit;
-    unit.unit.state().motion.latchFault(Fault::PanTimeout);
-    EXPECT_TRUE(unit.send({0x9E}).empty()) << "the reply comes when the cycle ends";
-    unit.advance(8000);
-    const auto frames = decodeFrames(unit.unit.takeOutput());
-    ASSERT_EQ(frames.size(), 1u);
-    const auto& reply = frames[0].message;
-    ASSERT_EQ(reply.size(), 8u);
-    EXPECT_EQ(reply[1], 2) << "tilt found its index, pan did not";
-    EXPECT_EQ(angleAt(reply, 2), 0);
-    EXPECT_NE(angleAt(reply, 5), 0);
-}
-
 // The alignment and homing procedures answer once they are over, not
 // before: the console's long waits are measured against that.
-TEST(UnitFaults, TheLongProceduresAnswerWhenTheyEndAndNotBefore) {
+TEST(UnitFaults, TheLongProceduresAnswerWhenTheyEndAndHomingFindsNoIndexOfAFaultedAxis) {
     UnitHarness unit;
-    const sim::UnitOptions options;
-    for (const auto& [code, durationMs] :
-         {std::pair<Byte, std::int64_t>{0x9D, options.alignmentMs}, {0x9E, options.homingMs}}) {
-        SCOPED_TRACE(int{code});
-        EXPECT_TRUE(unit.send({code}).empty());
+    const UnitOptions options;
+    const auto answer = [&unit](const std::vector<Byte>& command, std::int64_t durationMs) {
+        EXPECT_TRUE(unit.send(command).empty());
         unit.advance(durationMs - 100);
         EXPECT_TRUE(unit.unit.takeOutput().empty()) << "answered early";
         unit.advance(200);
         const auto frames = decodeFrames(unit.unit.takeOutput());
-        ASSERT_EQ(frames.size(), 1u);
-        EXPECT_EQ(frames[0].message.front(), code);
-    }
+        EXPECT_EQ(frames.size(), 1u);
+        return frames.empty() ? std::vector<Byte>{} : frames[0].message;
+    };
+    const auto aligned = answer(message<v::EncoderAlignment>(), options.alignmentMs);
+    ASSERT_EQ(aligned.size(), std::size_t{v::EncoderAlignmentFinished::kLength});
+    EXPECT_EQ(aligned[0], v::EncoderAlignmentFinished::kCode);
+
+    namespace h = v::homing_cycle_finished;
+    unit.unit.state().motion.latchFault(Fault::PanTimeout);
+    const auto homed = answer(message<v::HomingCycle>(), options.homingMs);
+    ASSERT_EQ(homed.size(), std::size_t{v::HomingCycleFinished::kLength});
+    EXPECT_EQ(homed[0], v::HomingCycleFinished::kCode);
+    EXPECT_EQ(v::get(homed, h::kIndex), v::maskOf(h::kTiltIndexFound))
+        << "tilt found its index, pan did not";
+    EXPECT_EQ(v::getSigned(homed, h::kPan), 0);
+    EXPECT_NE(v::getSigned(homed, h::kTilt), 0);
 }
 
-TEST(UnitLimits, ASoftLimitBitClearsOnceTheAxisIsBackInside) {
-    UnitHarness unit;
-    std::vector<Byte> report;
-    for (int i = 0; i < 130; ++i) {  // to the CW soft limit
-        unit.advance(100);
-        report = unit.jog(0x80, 255, 0);
+// The pan limit bits a report shows, by name.
+std::string panLimitsOf(const std::vector<Byte>& report) {
+    std::string names;
+    for (const auto& [bit, name] :
+         {std::pair{r::kCcwHardLimit, "ccw-hard "}, std::pair{r::kCwHardLimit, "cw-hard "},
+          std::pair{r::kCcwSoftLimit, "ccw-soft "}, std::pair{r::kCwSoftLimit, "cw-soft "}}) {
+        names += isSet(report, bit) ? name : "";
     }
-    EXPECT_EQ(report[7] & 0xC0, 0x80);
-    for (int i = 0; i < 270; ++i) {  // all the way back to the CCW one
-        unit.advance(100);
-        report = unit.jog(0x00, 255, 0);
-        if (i == 10) {
-            EXPECT_EQ(report[7] & 0xC0, 0) << "inside again";
-        }
-    }
-    EXPECT_EQ(report[7] & 0xC0, 0x40);
-    for (int i = 0; i < 10; ++i) {
-        unit.advance(100);
-        report = unit.jog(0x80, 255, 0);
-    }
-    EXPECT_EQ(report[7] & 0xC0, 0) << "inside again";
+    return names;
 }
 
-TEST(UnitLimits, JogStopsAtTheSoftLimitUnlessOverriddenAndEndlessPanWraps) {
+TEST(UnitLimits, JogStopsAtTheLimitsUnlessOverriddenOrEndlessAndTheBitsClearInside) {
     UnitHarness unit;
     std::vector<Byte> report;
-    for (int i = 0; i < 160; ++i) {
-        unit.advance(100);
-        report = unit.jog(i < 120 ? 0x80 : 0x84, 255, 0);  // CW, then with the override
-        if (i == 119) {
-            EXPECT_EQ(angleAt(report, 1), 17000);
-            EXPECT_EQ(report[7] & 0xA0, 0x80) << "soft-limit bit, not the hard one";
+    const auto jogFor = [&](int steps, std::vector<v::jog::B> flags) {
+        for (int i = 0; i < steps; ++i) {
+            unit.advance(100);
+            report = unit.jog(flags, 255, 0);
         }
-    }
-    EXPECT_EQ(report[9] & 0x10, 0x10) << "override shows in status byte C";
-    EXPECT_EQ(angleAt(report, 1), 18000);
-    EXPECT_EQ(report[7] & 0x20, 0x20) << "CW hard-limit bit";
-    EXPECT_EQ(unit.exchange({0x81, 0}), (std::vector<Byte>{0x81, 0, 0x50, 0x46, 0x00}));
+    };
+    jogFor(130, {v::jog::kPanCw});
+    EXPECT_EQ(panOf(report), 17000);
+    EXPECT_EQ(panLimitsOf(report), "cw-soft ");
+    jogFor(10, {});
+    EXPECT_EQ(panLimitsOf(report), "") << "inside again";
+    jogFor(260, {});  // all the way to the CCW one
+    EXPECT_EQ(panLimitsOf(report), "ccw-soft ");
+    jogFor(10, {v::jog::kPanCw});
+    EXPECT_EQ(panLimitsOf(report), "") << "inside again";
 
-    unit.exchange({0x95, 0x10});  // turning without end
+    jogFor(300, {v::jog::kPanCw, v::jog::kSoftLimitOverride});
+    EXPECT_TRUE(isSet(report, r::kSoftLimitOverridden));
+    EXPECT_EQ(panOf(report), 18000);
+    EXPECT_EQ(panLimitsOf(report), "cw-hard ") << "overridden, the soft limit shows no bit";
+    EXPECT_EQ(unit.exchange(message<v::SoftLimit>({{v::soft_limit::kLimit, 0}})),
+              message<v::SoftLimitReply>({{v::soft_limit_reply::kPosition, 18000}}))
+        << "the CW limit set where the platform is";
+
+    unit.exchange(withBits(message<v::Directions>(), {v::directions::kContinuousRotation}));
     bool wrapped = false;
     for (int i = 0; i < 20; ++i) {
-        unit.advance(100);
-        report = unit.jog(0x80, 255, 0);
-        EXPECT_EQ(report[7] & 0xF0, 0) << "no limit bits";
-        EXPECT_TRUE(std::abs(angleAt(report, 1)) <= 18000);
-        wrapped = wrapped || angleAt(report, 1) < 0;
+        jogFor(1, {v::jog::kPanCw});
+        EXPECT_EQ(panLimitsOf(report), "");
+        EXPECT_TRUE(std::abs(panOf(report)) <= 18000);
+        wrapped = wrapped || panOf(report) < 0;
     }
     EXPECT_TRUE(wrapped) << "past 180.00 the reading goes on from -180.00";
 }
@@ -279,7 +397,7 @@ TEST(UnitMotion, SmallClockStepsMoveAsFarAsOneLargeStep) {
     UnitHarness often;
     UnitHarness once;
     for (UnitHarness* unit : {&often, &once}) {
-        unit->exchange({0x33, 0xB8, 0x0B, 0, 0, 0, 0});  // pan to 30.00
+        unit->exchange(moveTo(3000, 0));
     }
     for (std::int64_t ms = 1; ms <= 300; ms += 3) {
         often.unit.advanceTo(ms);
@@ -293,25 +411,22 @@ TEST(UnitMotion, SmallClockStepsMoveAsFarAsOneLargeStep) {
 }
 
 // A relative move goes from where the platform is by the pan and tilt
-// steps it carries, each from its own field.
-TEST(UnitMotion, ARelativeMoveStepsFromWhereThePlatformIs) {
+// steps it carries, each from its own field; a target at the very end of
+// travel is taken, one hundredth past it is not.
+TEST(UnitMotion, MovesStepFromWhereThePlatformIsAndReachUpToTheEndsOfTravel) {
     UnitHarness unit;
-    unit.exchange({0x33, 0xB8, 0x0B, 0, 0xE8, 0x03, 0});  // to 30.00, 10.00
+    unit.exchange(moveTo(3000, 1000));
     unit.advance(20000);
     ASSERT_EQ(unit.unit.state().motion.mechanicalPan(), 3000);
-    unit.exchange({0x34, 0xF4, 0x01, 0, 0x0C, 0xFE, 0xFF});  // by 5.00, -5.00
+    unit.exchange(
+        message<v::DeltaMove>({{v::delta_move::kPan, 500}, {v::delta_move::kTilt, -500}}));
     unit.advance(20000);
     EXPECT_EQ(unit.unit.state().motion.mechanicalPan(), 3500);
     EXPECT_EQ(unit.unit.state().motion.mechanicalTilt(), 500);
-}
 
-// A target at the very end of travel is taken; one hundredth past it is not.
-TEST(UnitMotion, TargetsUpToTheEndsOfTravelAreTakenAndNoFurther) {
-    UnitHarness unit;
     const auto target = [&unit](std::int32_t pan, std::int32_t tilt) {
-        const auto reply = unit.exchange({0x33, Byte(pan), Byte(pan >> 8), Byte(pan >> 16),
-                                          Byte(tilt), Byte(tilt >> 8), Byte(tilt >> 16)});
-        return std::pair(angleAt(reply, 1), angleAt(reply, 4));
+        const auto reply = unit.exchange(moveTo(pan, tilt));
+        return std::pair(panOf(reply), tiltOf(reply));
     };
     EXPECT_EQ(target(18000, 9000), std::pair(18000, 9000));
     EXPECT_EQ(target(-18000, -9000), std::pair(-18000, -9000));
@@ -323,39 +438,49 @@ TEST(UnitMotion, TargetsUpToTheEndsOfTravelAreTakenAndNoFurther) {
 
 TEST(UnitMotion, MovingBitsNameTheAxisAndItsDirection) {
     struct Case {
-        Byte flags;
-        Byte pan;
-        Byte tilt;
-        Byte moving;  // bits 0..3 of status byte C
+        std::vector<v::jog::B> flags;
+        int pan;
+        int tilt;
+        int moving;
     };
     const Case cases[] = {
-        {0x00, 0, 100, 0x01},  // tilt down
-        {0x40, 0, 100, 0x02},  // tilt up
-        {0x00, 100, 0, 0x04},  // pan CCW
-        {0x80, 100, 0, 0x08},  // pan CW
-        {0xC0, 100, 100, 0x0A},
+        {{}, 0, 100, v::maskOf(r::kMovingDown)},
+        {{v::jog::kTiltUp}, 0, 100, v::maskOf(r::kMovingUp)},
+        {{}, 100, 0, v::maskOf(r::kMovingCcw)},
+        {{v::jog::kPanCw}, 100, 0, v::maskOf(r::kMovingCw)},
+        {{v::jog::kPanCw, v::jog::kTiltUp},
+         100,
+         100,
+         v::maskOf(r::kMovingCw) | v::maskOf(r::kMovingUp)},
     };
     for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message() << "flags 0x" << std::hex << int(c.flags));
+        SCOPED_TRACE(::testing::Message() << "moving " << c.moving);
         UnitHarness unit;
         unit.jog(c.flags, c.pan, c.tilt);
         unit.advance(200);
-        EXPECT_EQ(unit.jog(c.flags, c.pan, c.tilt)[9] & 0x0F, c.moving);
+        EXPECT_EQ(v::get(unit.jog(c.flags, c.pan, c.tilt), r::kMoving), std::uint32_t(c.moving));
         unit.jog();
         unit.advance(2000);
-        EXPECT_EQ(unit.jog()[9] & 0x0F, 0) << "at rest again";
+        EXPECT_EQ(v::get(unit.jog(), r::kMoving), 0u) << "at rest again";
     }
 }
 
 TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
     UnitHarness unit;
-    // Camera bytes of a jog report: counts at 14 and 15, then the bytes.
     const auto camera1 = [&unit] {
-        const auto r = unit.jog();
-        EXPECT_EQ(r.size(), 16u + r.at(14) + r.at(15));
-        return std::vector<Byte>(r.begin() + 16, r.begin() + 16 + r.at(14));
+        const auto report = unit.jog();
+        const auto count = v::get(report, r::kCamera1Count);
+        EXPECT_EQ(report.size(), r::kCameraData + count + v::get(report, r::kCamera2Count));
+        return std::vector<Byte>(report.begin() + r::kCameraData,
+                                 report.begin() + r::kCameraData + count);
     };
-    unit.exchange({0x62, 6, 0x81, 0x01, 0x04, 0x07, 0x02, 0xFF});  // zoom tele
+    // The camera's own words.
+    const auto answer = [&](const std::vector<Byte>& command) {
+        unit.exchange(toCamera1(command));
+        unit.advance(100);
+        return camera1();
+    };
+    unit.exchange(toCamera1({0x81, 0x01, 0x04, 0x07, 0x02, 0xFF}));  // zoom tele
     EXPECT_TRUE(camera1().empty()) << "not before the response time-out";
     unit.advance(100);
     EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x41, 0xFF}));
@@ -363,35 +488,28 @@ TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
     EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x51, 0xFF}));
     EXPECT_TRUE(camera1().empty()) << "each byte is delivered once";
     // A command the camera does not know: a syntax error.
-    unit.exchange({0x62, 3, 0x81, 0x7E, 0xFF});
-    unit.advance(100);
-    EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x60, 0x02, 0xFF}));
+    EXPECT_EQ(answer({0x81, 0x7E, 0xFF}), (std::vector<Byte>{0x90, 0x60, 0x02, 0xFF}));
     // The power inquiry: on. The zoom and focus inquiries: where the lens
     // is (128 of 255 each), in four nibbles: zoom 0..0x4000, focus from 0x1000.
-    unit.exchange({0x62, 5, 0x81, 0x09, 0x04, 0x00, 0xFF});
-    unit.advance(100);
-    EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x50, 0x02, 0xFF}));
-    unit.exchange({0x62, 5, 0x81, 0x09, 0x04, 0x47, 0xFF});
-    unit.advance(100);
-    EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x50, 2, 0, 2, 0, 0xFF}));
-    unit.exchange({0x62, 5, 0x81, 0x09, 0x04, 0x48, 0xFF});
-    unit.advance(100);
-    EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x50, 6, 8, 5, 8, 0xFF}));
+    EXPECT_EQ(answer({0x81, 0x09, 0x04, 0x00, 0xFF}), (std::vector<Byte>{0x90, 0x50, 0x02, 0xFF}));
+    EXPECT_EQ(answer({0x81, 0x09, 0x04, 0x47, 0xFF}),
+              (std::vector<Byte>{0x90, 0x50, 2, 0, 2, 0, 0xFF}));
+    EXPECT_EQ(answer({0x81, 0x09, 0x04, 0x48, 0xFF}),
+              (std::vector<Byte>{0x90, 0x50, 6, 8, 5, 8, 0xFF}));
     // Broadcasts: address set gives the camera address 1, interface clear
     // comes back as sent.
-    unit.exchange({0x62, 4, 0x88, 0x30, 0x01, 0xFF});
-    unit.advance(100);
-    EXPECT_EQ(camera1(), (std::vector<Byte>{0x88, 0x30, 0x02, 0xFF}));
-    unit.exchange({0x62, 5, 0x88, 0x01, 0x00, 0x01, 0xFF});
-    unit.advance(100);
-    EXPECT_EQ(camera1(), (std::vector<Byte>{0x88, 0x01, 0x00, 0x01, 0xFF}));
+    EXPECT_EQ(answer({0x88, 0x30, 0x01, 0xFF}), (std::vector<Byte>{0x88, 0x30, 0x02, 0xFF}));
+    EXPECT_EQ(answer({0x88, 0x01, 0x00, 0x01, 0xFF}),
+              (std::vector<Byte>{0x88, 0x01, 0x00, 0x01, 0xFF}));
 
-    std::vector<Byte> text{0x62, 60};
+    std::vector<Byte> text;
     for (int i = 0; i < 60; ++i) {
         text.push_back(static_cast<Byte>('A' + i % 26));
     }
-    unit.exchange({0x65, 50, 10});  // camera 1 answers after 400 ms
-    unit.exchange(text);
+    // Camera 1 answers after 400 ms.
+    unit.exchange(message<v::CameraTimeouts>(
+        {{v::camera_timeouts::kCamera1, 50}, {v::camera_timeouts::kCamera2, 10}}));
+    unit.exchange(toCamera1(text));
     unit.advance(300);
     EXPECT_TRUE(camera1().empty());
     unit.advance(200);
@@ -401,7 +519,7 @@ TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
         EXPECT_LE(bytes.size(), 24u);
         received.insert(received.end(), bytes.begin(), bytes.end());
     }
-    EXPECT_EQ(received, std::vector<Byte>(text.begin() + 2, text.end()));
+    EXPECT_EQ(received, text);
 }
 
 }  // namespace

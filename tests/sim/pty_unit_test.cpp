@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "protocol/frame.h"
+#include "protocol/vocabulary.h"
 #include "sim/pty_unit.h"
 
 namespace halvex::sim::testing {
@@ -35,7 +36,7 @@ ReplyAsRead oneReply(PtyUnit& unit) {
     const int line = ::open(unit.slavePath().toLocal8Bit().constData(),
                             O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     EXPECT_GE(line, 0);
-    const auto request = encodeFrame(kStx, 0, {0x9A}, 0);
+    const auto request = encodeFrame(kStx, 0, vocab::blank<vocab::FirmwareRequest>(), 0);
     EXPECT_EQ(::write(line, request.data(), request.size()), static_cast<ssize_t>(request.size()));
     ReplyAsRead got;
     std::vector<std::size_t>& reads = got.reads;

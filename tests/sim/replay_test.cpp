@@ -9,6 +9,7 @@
 #include "protocol/line_recording.h"
 #include "sim/replay_unit.h"
 #include "sim/sim_command_line.h"
+#include "tests/sim/unit_test_support.h"
 
 namespace halvex::sim {
 namespace {
@@ -16,6 +17,12 @@ namespace {
 using recording::LineKind;
 using recording::LineRecord;
 using recording::Verdict;
+namespace v = vocab;
+using test::message;
+using testing::presetRecord;
+using testing::readPreset;
+
+const std::vector<Byte> kJog = v::blank<v::JogMessage>();
 
 std::vector<Byte> command(const std::vector<Byte>& message) {
     return encodeFrame(kStx, 0, message, 0);
@@ -36,25 +43,26 @@ std::vector<Byte> ask(ReplayUnit& unit, const std::vector<Byte>& wire) {
 }
 
 TEST(Replay, AnswersEachCodeWithItsRecordedRepliesInOrderThenTheLastAgain) {
-    const auto preset0 = reply({0x40, 0, 1, 0, 0, 2, 0, 0, 0, 0, 0, 0});
-    const auto preset1 = reply({0x40, 1, 3, 0, 0, 4, 0, 0, 0, 0, 0, 0});
-    const auto report = reply({0x31, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 0, 0});
+    const auto preset0 = reply(presetRecord(0, 1));
+    const auto preset1 = reply(presetRecord(1, 3));
+    const auto report = reply(test::report(v::JogMessage::kCode, {{v::report::kPan, 1234}},
+                                           v::PositionReport::kJogLength));
     const auto badReport = [&] {
         auto wire = report;
         wire[wire.size() - 2] ^= 1;
         return wire;
     }();
     const std::vector<LineRecord> records = {
-        sent({0x31, 0, 0, 0, 0, 0, 0, 0}),
-        received({0x55, 0x66}, Verdict::Noise),  // noise is no reply
+        sent(kJog),
+        received({'n', 'o'}, Verdict::Noise),  // noise is no reply
         received(report),
         recording::eventRecord(0, "Watchdog expired"),
-        sent({0x40, 0}),
+        sent(readPreset(0)),
         received(preset0),
-        sent({0x9A}),  // never answered
-        sent({0x40, 1}),
+        sent(v::blank<v::FirmwareRequest>()),  // never answered
+        sent(readPreset(1)),
         received(preset1),
-        sent({0x31, 0, 0, 0, 0, 0, 0, 0}),
+        sent(kJog),
         received(badReport, Verdict::BadLrc),  // answered, as the unit did
         received(report),                      // no frame waits for this one
     };
@@ -63,22 +71,22 @@ TEST(Replay, AnswersEachCodeWithItsRecordedRepliesInOrderThenTheLastAgain) {
     EXPECT_EQ(unit.repliesRecorded(), 5u);
 
     // The order of the recording, whatever the console asks in between.
-    EXPECT_EQ(ask(unit, command({0x40, 7})), preset0);
-    EXPECT_EQ(ask(unit, command({0x31, 0, 0, 0, 0, 0, 0, 0})), report);
-    EXPECT_EQ(ask(unit, command({0x40, 9})), preset1);
-    EXPECT_EQ(ask(unit, command({0x31, 0, 0, 0, 0, 0, 0, 0})), badReport);
+    EXPECT_EQ(ask(unit, command(readPreset(7))), preset0);
+    EXPECT_EQ(ask(unit, command(kJog)), report);
+    EXPECT_EQ(ask(unit, command(readPreset(9))), preset1);
+    EXPECT_EQ(ask(unit, command(kJog)), badReport);
     // Used up: the last reply of the code again.
-    EXPECT_EQ(ask(unit, command({0x40, 2})), preset1);
-    EXPECT_EQ(ask(unit, command({0x31, 0, 0, 0, 0, 0, 0, 0})), badReport);
+    EXPECT_EQ(ask(unit, command(readPreset(2))), preset1);
+    EXPECT_EQ(ask(unit, command(kJog)), badReport);
     // Never answered in the recording, never answered now; nor a frame that
     // fails its LRC.
-    EXPECT_TRUE(ask(unit, command({0x9A})).empty());
-    EXPECT_TRUE(ask(unit, command({0x92, 0x80})).empty());
-    EXPECT_TRUE(ask(unit, encodeFrame(kStx, 0, {0x40, 1}, 5)).empty());
+    EXPECT_TRUE(ask(unit, command(v::blank<v::FirmwareRequest>())).empty());
+    EXPECT_TRUE(ask(unit, command(v::readRequest<v::Rates>())).empty());
+    EXPECT_TRUE(ask(unit, encodeFrame(kStx, 0, readPreset(1), 5)).empty());
 
     // Two frames in one write get their two replies.
-    auto both = command({0x40, 0});
-    const auto second = command({0x31, 0, 0, 0, 0, 0, 0, 0});
+    auto both = command(readPreset(0));
+    const auto second = command(kJog);
     both.insert(both.end(), second.begin(), second.end());
     auto expected = preset1;
     expected.insert(expected.end(), badReport.begin(), badReport.end());
@@ -86,19 +94,20 @@ TEST(Replay, AnswersEachCodeWithItsRecordedRepliesInOrderThenTheLastAgain) {
 }
 
 TEST(Replay, ASilenceInTheRecordingIsASilenceInItsTurn) {
-    const auto first = reply({0x96, 5});
-    const std::vector<LineRecord> records = {sent({0x96, 0x80}), sent({0x96, 0x80}),
-                                             received(first)};
+    const auto first = reply(message<v::CommTimeout>({{v::comm_timeout::kSeconds, 5}}));
+    const auto read = v::readRequest<v::CommTimeout>();
+    const std::vector<LineRecord> records = {sent(read), sent(read), received(first)};
     ReplayUnit unit(records);
-    EXPECT_TRUE(ask(unit, command({0x96, 0x80})).empty());
-    EXPECT_EQ(ask(unit, command({0x96, 0x80})), first);
-    EXPECT_EQ(ask(unit, command({0x96, 0x80})), first);
+    EXPECT_TRUE(ask(unit, command(read)).empty());
+    EXPECT_EQ(ask(unit, command(read)), first);
+    EXPECT_EQ(ask(unit, command(read)), first);
 }
 
 TEST(Replay, ReadsTheRecordingFileAndSaysWhyWhenItCannot) {
     const std::string path = ::testing::TempDir() + "replay-test.pcapng";
     std::vector<Byte> file = recording::recordingHeader("test", "COM1");
-    for (const LineRecord& record : {sent({0x9A}), received(reply({0x9A, 2, 3, 1, 1, 20}))}) {
+    for (const LineRecord& record :
+         {sent(v::blank<v::FirmwareRequest>()), received(reply(v::blank<v::Firmware>()))}) {
         const auto block = recording::recordingBlock(record);
         file.insert(file.end(), block.begin(), block.end());
     }

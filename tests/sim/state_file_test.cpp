@@ -13,68 +13,79 @@
 namespace halvex::sim::testing {
 namespace {
 
-TEST(UnitStateFile, StoredSettingsComeBackAndDamagedLinesKeepFactoryValues) {
+namespace v = vocab;
+using test::message;
+using test::withBits;
+
+TEST(UnitStateFile, StoredSettingsComeBackWhole) {
     UnitOptions options;
     options.statePath = ::testing::TempDir() + "halvex-unit-state";
     std::ofstream(options.statePath) << "something else\n";
     EXPECT_FALSE(loadState(options.statePath).has_value());
     std::remove(options.statePath.c_str());
+    using angle = v::angle_display;
+    using Lens1 = v::lens_configuration::Lens1;
+    using Lens2 = v::lens_configuration::Lens2;
+    // Each camera keeps its own lens settings.
+    const auto lenses = message<v::LensConfiguration>({{Lens1::kFlags, 1},
+                                                       {Lens1::kZoomMinimum, 3},
+                                                       {Lens1::kFocusMinimum, 4},
+                                                       {Lens2::kFlags, 2},
+                                                       {Lens2::kZoomMinimum, 9},
+                                                       {Lens2::kFocusMinimum, 10}});
     {
         UnitHarness unit(options);
-        unit.exchange({0x41, 3, 0x10, 0x27, 0x00, 0x00, 0x00, 0x00});
-        unit.exchange({0x52, 2, 3, 5});
-        unit.exchange({0x70, 0x40 | 0x12});  // stored for power up
-        unit.exchange({0x71, 0x15});         // not stored
-    }
-    UnitHarness restarted(options);
-    EXPECT_EQ(restarted.exchange({0x40, 3}),
-              (std::vector<Byte>{0x40, 3, 0x10, 0x27, 0x00, 0, 0, 0, 0, 0, 0, 0}));
-    EXPECT_EQ(restarted.exchange({0x51, 2, 0}), (std::vector<Byte>{0x51, 2, 0, 3, 5}));
-    EXPECT_EQ(restarted.exchange({0x70, 0x80}), (std::vector<Byte>{0x70, 0x12}));
-    EXPECT_EQ(restarted.exchange({0x71, 0x80}), (std::vector<Byte>{0x71, 0x00}));
-
-    std::ofstream(options.statePath) << "halvex-unit-state 1\nid 4\ncomm-timeout 999\nheater x\n"
-                                        "tour-0 1 2 3\npreset-1 100 200 1 2 3 4\n";
-    options.id = 6;  // the command line wins
-    UnitHarness damaged(options);
-    damaged.id = 6;
-    EXPECT_EQ(damaged.exchange({0x96, 0x80}, 6), (std::vector<Byte>{0x96, 0}));
-    EXPECT_EQ(damaged.exchange({0x97, 0x80}, 6), (std::vector<Byte>{0x97, 1}));
-    EXPECT_EQ(damaged.exchange({0x56, 0}, 6), (std::vector<Byte>{0x56, 0, 0}));
-    EXPECT_EQ(damaged.exchange({0x40, 1}, 6),
-              (std::vector<Byte>{0x40, 1, 100, 0, 0, 200, 0, 0, 1, 2, 3, 4}));
-    std::remove(options.statePath.c_str());
-}
-
-TEST(UnitStateFile, EachCameraKeepsItsOwnLensSettingsAndTheSiteNameComesBackWhole) {
-    UnitOptions options;
-    options.statePath = ::testing::TempDir() + "halvex-unit-lenses";
-    std::remove(options.statePath.c_str());
-    const std::vector<Byte> lenses{0x61, 1, 3, 4, 2, 9, 10};
-    {
-        UnitHarness unit(options);
+        unit.exchange(message<v::StorePreset>(
+            {{v::store_preset::kPreset, 3}, {v::store_preset::kPan, 10000}}));
+        unit.exchange(message<v::AppendTourStep>({{v::append_tour_step::kTour, 2},
+                                                  {v::append_tour_step::Step::kPreset, 3},
+                                                  {v::append_tour_step::Step::kDwell, 5}}));
+        unit.exchange(
+            withBits(message<v::AngleDisplay>({{angle::kLine, 2}}), {angle::kOn, angle::kStore}));
+        unit.exchange(withBits(message<v::NameDisplay>({{v::name_display::kLine, 5}}),
+                               {v::name_display::kOn}));  // not stored
         unit.exchange(lenses);
-        unit.exchange({0x75, 'A', 'B', 'C', 'D', 'E', 'F', 'G', 'H', 'I', 'J', 'K', 'L'});
+        unit.exchange(siteName("ABCDEFGHIJKL"));
     }
     UnitHarness restarted(options);
-    EXPECT_EQ(restarted.exchange({0x61, 0x80, 0, 0, 0, 0, 0}), lenses);
+    EXPECT_EQ(restarted.exchange(readPreset(3)), presetRecord(3, 10000));
+    EXPECT_EQ(restarted.exchange(message<v::TourStepRequest>({{v::tour_step_request::kTour, 2}})),
+              message<v::TourStep>({{v::tour_step::kTour, 2},
+                                    {v::tour_step::Step::kPreset, 3},
+                                    {v::tour_step::Step::kDwell, 5}}));
+    EXPECT_EQ(restarted.exchange(v::readRequest<v::AngleDisplay>()),
+              withBits(message<v::AngleDisplay>({{angle::kLine, 2}}), {angle::kOn}));
+    EXPECT_EQ(restarted.exchange(v::readRequest<v::NameDisplay>()), message<v::NameDisplay>());
+    EXPECT_EQ(restarted.exchange(v::readRequest<v::LensConfiguration>()), lenses);
     const auto& name = restarted.unit.state().settings.siteName;
     EXPECT_EQ(std::string(name.begin(), name.end()), "ABCDEFGHIJKL") << "the site name, whole";
     std::remove(options.statePath.c_str());
 }
 
-TEST(UnitStateFile, StoredValuesAtTheirEdgesAreTakenAndOnePastIsRefused) {
+// Values at their edges are taken, one past is refused; a damaged line
+// keeps the factory value.
+TEST(UnitStateFile, DamagedLinesAndValuesPastTheirEdgesKeepFactoryValues) {
     UnitOptions options;
     options.statePath = ::testing::TempDir() + "halvex-unit-edges";
-    std::ofstream(options.statePath) << "halvex-unit-state 1\n"
+    std::ofstream(options.statePath) << "halvex-unit-state 1\nid 4\ncomm-timeout 999\nheater x\n"
+                                        "tour-0 1 2 3\n"
                                         "preset-1 -8388608 8388607 255 0 1 2\n"
                                         "preset-2 100 200 256 0 1 2\n"
                                         "preset-3 -8388609 0 0 0 0 0\n";
+    options.id = 6;  // the command line wins
     UnitHarness unit(options);
-    EXPECT_EQ(unit.exchange({0x40, 1}),
-              (std::vector<Byte>{0x40, 1, 0x00, 0x00, 0x80, 0xFF, 0xFF, 0x7F, 255, 0, 1, 2}));
-    EXPECT_EQ(unit.exchange({0x40, 2}), (std::vector<Byte>{0x40, 2, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
-    EXPECT_EQ(unit.exchange({0x40, 3}), (std::vector<Byte>{0x40, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0}));
+    unit.id = 6;
+    EXPECT_EQ(unit.exchange(v::readRequest<v::CommTimeout>(), 6), message<v::CommTimeout>());
+    EXPECT_EQ(unit.exchange(v::readRequest<v::Heater>(), 6),
+              message<v::Heater>({{v::heater::kModeByte, 1}}));
+    EXPECT_EQ(unit.exchange(message<v::TourStepCountRequest>(), 6), message<v::TourStepCount>());
+    auto edges = presetRecord(1, -8388608, 8388607);
+    v::put(edges, v::preset_record::kLens[0], 255);
+    v::put(edges, v::preset_record::kLens[2], 1);
+    v::put(edges, v::preset_record::kLens[3], 2);
+    EXPECT_EQ(unit.exchange(readPreset(1), 6), edges);
+    EXPECT_EQ(unit.exchange(readPreset(2), 6), presetRecord(2));
+    EXPECT_EQ(unit.exchange(readPreset(3), 6), presetRecord(3));
     std::remove(options.statePath.c_str());
 }
 

@@ -7,10 +7,13 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <string_view>
 #include <vector>
 
 #include "protocol/frame.h"
+#include "protocol/vocabulary.h"
 #include "sim/unit.h"
+#include "tests/support/messages.h"
 
 namespace halvex::sim::testing {
 
@@ -53,9 +56,31 @@ inline std::vector<DecodedFrame> decodeFrames(const std::vector<Byte>& wire) {
     return frames;
 }
 
-// A little-endian 24-bit angle starting at message[first].
-inline std::int32_t angleAt(const std::vector<Byte>& message, std::size_t first) {
-    return Build24(message.at(first + 2), message.at(first + 1), message.at(first));
+// The site name command with these twelve characters.
+inline std::vector<Byte> siteName(std::string_view text) {
+    auto message = vocab::blank<vocab::SiteName>();
+    std::copy(text.begin(), text.end(), message.begin() + vocab::site_name::kText);
+    return message;
+}
+
+inline std::vector<Byte> readPreset(int preset) {
+    return test::message<vocab::PresetRequest>({{vocab::preset_request::kPreset, preset}});
+}
+// A preset record, lenses at zero, under the code of the command answered.
+template <class Command = vocab::PresetRecord>
+std::vector<Byte> presetRecord(int preset, std::int32_t pan = 0, std::int32_t tilt = 0) {
+    namespace p = vocab::preset_record;
+    return test::withCode<Command>(test::message<vocab::PresetRecord>(
+        {{p::kPreset, preset}, {p::kPan, pan}, {p::kTilt, tilt}}));
+}
+
+// Bytes passed through to camera 1.
+inline std::vector<Byte> toCamera1(const std::vector<Byte>& bytes) {
+    const int count = static_cast<int>(bytes.size());
+    auto message = test::message<vocab::CameraTransmit>({{vocab::camera_transmit::kCount, count}},
+                                                        vocab::camera_transmit::kData + count);
+    std::copy(bytes.begin(), bytes.end(), message.begin() + vocab::camera_transmit::kData);
+    return message;
 }
 
 class UnitHarness {
@@ -80,8 +105,13 @@ class UnitHarness {
         EXPECT_TRUE(frames[0].lrcGood);
         return frames[0].message;
     }
-    std::vector<Byte> jog(Byte flags = 0, Byte pan = 0, Byte tilt = 0) {
-        return exchange({0x31, flags, pan, tilt, 0, 0, 0, 0});
+    std::vector<Byte> jog(const std::vector<vocab::jog::B>& flags = {}, int pan = 0, int tilt = 0) {
+        auto message = test::message<vocab::JogMessage>(
+            {{vocab::jog::kPanSpeed, pan}, {vocab::jog::kTiltSpeed, tilt}});
+        for (const auto& bit : flags) {
+            message = test::withBits(message, {bit});
+        }
+        return exchange(message);
     }
     // Moves the clock on in 100 ms steps, jogging at speed 0 after each when
     // asked, as the console does.

@@ -22,6 +22,9 @@ std::vector<Byte> frame(Byte address, const std::vector<Byte>& message, Byte lrc
     return encodeFrame(kStx, address, message, lrcStart);
 }
 
+namespace v = vocab;
+using test::message;
+
 std::vector<Byte> joined(std::vector<Byte> first, const std::vector<Byte>& second) {
     first.insert(first.end(), second.begin(), second.end());
     return first;
@@ -37,19 +40,33 @@ TEST(UnitWire, EachInputGetsItsReplyAndRefusedOnesMoveNothing) {
         std::vector<Byte> wire;
         std::vector<Reply> replies;
     };
-    const std::vector<Byte> offsets{0x85, 0, 0, 0, 0, 0, 0};
-    const std::vector<Byte> move{0x33, 0x10, 0x27, 0, 0, 0, 0};
+    const auto ask = message<v::OffsetsRequest>();
+    const auto offsets = message<v::AngleOffsets>();
+    const auto move = [](int length) {
+        return message<v::AbsoluteMove>({{v::absolute_move::kPan, 10000}}, length);
+    };
+    const Byte unknown = 0xEE;
+    auto cutShort = message<v::CameraTransmit>({{v::camera_transmit::kCount, 5}}, 3);
+    cutShort[v::camera_transmit::kData] = 'a';
     const Case cases[] = {
-        {"another unit's address", frame(3, {0x85}, 3), {}},
-        {"own address", frame(7, {0x85}, 7), {{kAck, offsets}}},
-        {"broadcast", frame(0, {0x85}, 0), {{kAck, offsets}}},
-        {"bad LRC", frame(7, move, 0x55), {{kNak, {0x33}}}},
-        {"short payload", frame(7, {0x33, 0x10, 0x27, 0, 0, 0}, 7), {{kNak, {0x33}}}},
-        {"unknown code", frame(7, {0xEE, 1, 2, 3}, 7), {{kNak, {0xEE}}}},
-        {"camera data shorter than its length", frame(7, {0x62, 5, 'a'}, 7), {{kNak, {0x62}}}},
-        {"no fourth tour", frame(7, {0x56, 3}, 7), {{kNak, {0x56}}}},
+        {"another unit's address", frame(3, ask, 3), {}},
+        {"own address", frame(7, ask, 7), {{kAck, offsets}}},
+        {"broadcast", frame(0, ask, 0), {{kAck, offsets}}},
+        {"bad LRC",
+         frame(7, move(v::AbsoluteMove::kLength), 85),
+         {{kNak, {v::AbsoluteMove::kCode}}}},
+        {"short payload",
+         frame(7, move(v::AbsoluteMove::kLength - 1), 7),
+         {{kNak, {v::AbsoluteMove::kCode}}}},
+        {"unknown code", frame(7, {unknown, 1, 2, 3}, 7), {{kNak, {unknown}}}},
+        {"camera data shorter than its length",
+         frame(7, cutShort, 7),
+         {{kNak, {v::CameraTransmit::kCode}}}},
+        {"no fourth tour",
+         frame(7, message<v::TourStepCountRequest>({{v::tour_step_count_request::kTour, 3}}), 7),
+         {{kNak, {v::TourStepCountRequest::kCode}}}},
         {"noise and a frame cut off by the next start",
-         joined({0x55, 0x03, 0xFF, kStx, 0x07, 0x85, kEsc}, frame(7, {0x85}, 7)),
+         joined({'U', kEtx, 255, kStx, 7, v::OffsetsRequest::kCode, kEsc}, frame(7, ask, 7)),
          {{kAck, offsets}}},
     };
     UnitOptions options;
@@ -69,30 +86,47 @@ TEST(UnitWire, EachInputGetsItsReplyAndRefusedOnesMoveNothing) {
         }
         unit.advance(2000);
         EXPECT_EQ(unit.unit.state().motion.mechanicalPan(), 0) << "no refused frame may move it";
-        const auto report = unit.exchange({0x31, 0, 0, 0, 0, 0, 0, 0}, 7);
-        EXPECT_EQ(report.at(9) & 0x0F, 0);
+        const auto report = unit.exchange(message<v::JogMessage>(), 7);
+        EXPECT_EQ(v::get(report, v::report::kMoving), 0u);
     }
 }
 
 TEST(UnitWire, ReplyBytesAreStuffedAndSplitFramesWaitForTheirEnd) {
     UnitHarness unit;
-    unit.exchange({0x80, 0x02, 0x00, 0x00, 0x1B, 0x00, 0x00});
-    const auto wire = frame(0, {0x85}, 0);
+    // Offsets that are the frame's own control bytes.
+    unit.exchange(message<v::SetAngleOffsets>(
+        {{v::set_angle_offsets::kPan, kStx}, {v::set_angle_offsets::kTilt, kEsc}}));
+    const auto wire = frame(0, message<v::OffsetsRequest>(), 0);
     for (std::size_t i = 0; i + 1 < wire.size(); ++i) {
         unit.unit.receiveFromConsole(&wire[i], 1);
         EXPECT_TRUE(unit.unit.takeOutput().empty());
     }
     unit.unit.receiveFromConsole(&wire.back(), 1);
-    // LRC = 0 ^ 0x85 ^ 0x02 ^ 0x1B = 0x9C.
-    const std::vector<Byte> expected{kAck, 0x00, 0x85, 0x1B, 0x82, 0x00, 0x00,
-                                     0x1B, 0x9B, 0x00, 0x00, 0x9C, kEtx};
+    // An escaped byte has its top bit set; the LRC is of the bytes unescaped.
+    const Byte code = v::AngleOffsets::kCode;
+    const std::vector<Byte> expected{kAck,
+                                     0,
+                                     code,
+                                     kEsc,
+                                     Byte(kStx | 128),
+                                     0,
+                                     0,
+                                     kEsc,
+                                     Byte(kEsc | 128),
+                                     0,
+                                     0,
+                                     Byte(code ^ kStx ^ kEsc),
+                                     kEtx};
     EXPECT_EQ(unit.unit.takeOutput(), expected);
 
     // A new address takes effect after the reply, which still comes from 0.
-    EXPECT_EQ(unit.exchange({0x9F, 12}), (std::vector<Byte>{0x9F, 12}));
+    const auto address = [](int id) {
+        return message<v::UnitAddress>({{v::unit_address::kId, id}});
+    };
+    EXPECT_EQ(unit.exchange(address(12)), address(12));
     unit.id = 12;
-    EXPECT_EQ(unit.exchange({0x9F, 0x80}, 12), (std::vector<Byte>{0x9F, 12}));
-    EXPECT_EQ(unit.exchange({0x9F, 120}, 12), (std::vector<Byte>{0x9F, 12})) << "above 99";
+    EXPECT_EQ(unit.exchange(v::readRequest<v::UnitAddress>(), 12), address(12));
+    EXPECT_EQ(unit.exchange(address(120), 12), address(12)) << "above 99";
 }
 
 TEST(UnitWire, RandomInputNeitherCrashesNorStopsTheUnit) {
@@ -114,22 +148,23 @@ TEST(UnitWire, RandomInputNeitherCrashesNorStopsTheUnit) {
     // Whatever the noise left behind, a clean frame after an ETX is answered.
     unit.advanceTo(now + 60000);
     unit.takeOutput();
-    const auto wire = joined({kEtx}, frame(0, {0x96, 0x80}, 0));
+    const auto wire = joined({kEtx}, frame(0, v::readRequest<v::CommTimeout>(), 0));
     unit.receiveFromConsole(wire.data(), wire.size());
     const auto frames = decodeFrames(unit.takeOutput());
     ASSERT_EQ(frames.size(), 1u);
     EXPECT_EQ(frames[0].start, kAck);
     EXPECT_EQ(frames[0].address, unit.state().settings.unitId);
     EXPECT_TRUE(frames[0].lrcGood);
-    EXPECT_EQ(frames[0].message.at(0), 0x96);
+    EXPECT_EQ(frames[0].message.at(0), v::CommTimeout::kCode);
 }
 
 TEST(UnitWire, LineFaultsCorruptAddNoiseDropAndFallSilent) {
     const auto replies = [](int count) {
         std::vector<std::vector<Byte>> frames;
         for (int i = 0; i < count; ++i) {
-            // Some LRCs need stuffing (0x85 ^ 0x83 = 0x06), some do not.
-            frames.push_back(encodeFrame(kAck, 0, {0x85, static_cast<Byte>(0x80 + i)}, 0));
+            // The LRC, the code against 128 + i, is a control byte for some i
+            // (an ACK for i = 3) and must be stuffed.
+            frames.push_back(encodeFrame(kAck, 0, {v::OffsetsRequest::kCode, Byte(128 + i)}, 0));
         }
         return frames;
     };
@@ -139,7 +174,7 @@ TEST(UnitWire, LineFaultsCorruptAddNoiseDropAndFallSilent) {
     ASSERT_EQ(frames.size(), 40u);
     for (std::size_t i = 0; i < frames.size(); ++i) {
         EXPECT_FALSE(frames[i].lrcGood) << i;
-        EXPECT_EQ(frames[i].message.at(1), 0x80 + i) << "payload untouched";
+        EXPECT_EQ(frames[i].message.at(1), 128 + i) << "payload untouched";
     }
     options = {};
     options.noise = 1.0;
