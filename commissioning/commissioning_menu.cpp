@@ -13,6 +13,7 @@
 #include "commissioning/unit_reader.h"
 #include "commissioning/unit_restore.h"
 #include "console/handler_wiring.h"
+#include "protocol/vocabulary.h"
 
 namespace halvex::commissioning {
 
@@ -96,7 +97,7 @@ void CommissioningMenu::FindUnits_Click() {
         search = findUnits(line, dialog->progress());
         if (!opened && line.portOpen()) {
             // The firmware caption of the Setup page showed the units asked.
-            line.ask({0x9A});
+            line.ask(vocab::blank<vocab::FirmwareRequest>());
         }
     }
     if (opened) {

@@ -2,24 +2,21 @@
 
 #include <QElapsedTimer>
 
+#include "protocol/vocabulary.h"
+
 namespace halvex::commissioning {
 
 namespace {
 
-constexpr std::size_t kReportBytes = 13;
-constexpr Byte kAbsoluteMove = 0x33;
-constexpr Byte kMoveWithLenses = 0x3A;
-
-void putAngle(std::vector<Byte>& message, std::int32_t value) {
-    Byte b2 = 0;
-    Byte b1 = 0;
-    Byte b0 = 0;
-    Split24(value, b2, b1, b0);
-    message.insert(message.end(), {b0, b1, b2});
-}
+namespace report = vocab::report;
 
 bool fitsReport(const std::vector<Byte>& reply) {
-    return reply.size() > kReportBytes;
+    return reply.size() >= static_cast<std::size_t>(vocab::PositionReport::kLength);
+}
+
+template <class Bytes, class M>
+void putAngle(Bytes& message, vocab::Field<M> field, std::int32_t value) {
+    vocab::put(message, field, static_cast<std::uint32_t>(value));
 }
 
 }  // namespace
@@ -29,10 +26,12 @@ std::optional<PositionReading> readingOf(const std::vector<Byte>& reply) {
         return std::nullopt;
     }
     PositionReading reading;
-    reading.pan = Build24(reply[3], reply[2], reply[1]);
-    reading.tilt = Build24(reply[6], reply[5], reply[4]);
-    reading.statusC = reply[9];
-    reading.lens = {reply[10], reply[11], reply[12], reply[13]};
+    reading.pan = vocab::getSigned(reply, report::kPan);
+    reading.tilt = vocab::getSigned(reply, report::kTilt);
+    reading.statusC = static_cast<Byte>(vocab::get(reply, report::kStatusC));
+    for (std::size_t i = 0; i < reading.lens.size(); ++i) {
+        reading.lens[i] = static_cast<Byte>(vocab::get(reply, report::kLens[i]));
+    }
     return reading;
 }
 
@@ -102,9 +101,9 @@ bool PlatformMover::moveTo(std::int32_t pan, std::int32_t tilt) {
     if (!begin()) {
         return false;
     }
-    std::vector<Byte> message{kAbsoluteMove};
-    putAngle(message, pan);
-    putAngle(message, tilt);
+    auto message = vocab::blank<vocab::AbsoluteMove>();
+    putAngle(message, vocab::absolute_move::kPan, pan);
+    putAngle(message, vocab::absolute_move::kTilt, tilt);
     const auto reply = line_.ask(message, fitsReport);
     const auto target = reply ? readingOf(*reply) : std::nullopt;
     // A target outside the unit's range is refused: the reply then names the
@@ -125,10 +124,13 @@ bool PlatformMover::moveLensesTo(const std::array<Byte, 4>& lens) {
     if (!begin()) {
         return false;
     }
-    std::vector<Byte> message{kMoveWithLenses};
-    putAngle(message, kHold);
-    putAngle(message, kHold);
-    message.insert(message.end(), lens.begin(), lens.end());
+    namespace move = vocab::absolute_move_with_lenses;
+    auto message = vocab::blank<vocab::AbsoluteMoveWithLenses>();
+    putAngle(message, move::kPan, kHold);
+    putAngle(message, move::kTilt, kHold);
+    for (std::size_t i = 0; i < lens.size(); ++i) {
+        vocab::put(message, move::kLens[i], lens[i]);
+    }
     if (!line_.ask(message, fitsReport)) {
         return false;
     }

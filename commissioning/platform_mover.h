@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "commissioning/unit_line.h"
+#include "protocol/vocabulary.h"
 
 namespace halvex::commissioning {
 
@@ -16,8 +17,8 @@ struct PositionReading {
     Byte statusC = 0;
     std::array<Byte, 4> lens{};
 
-    // Bits 0..3 of status byte C: an axis is moving.
-    bool moving() const { return (statusC & 0x0F) != 0; }
+    // An axis is moving: a moving bit of status byte C.
+    bool moving() const { return (statusC & vocab::maskOf(vocab::report::kMoving)) != 0; }
     bool operator==(const PositionReading&) const = default;
 };
 
@@ -38,7 +39,7 @@ class PlatformMover {
     // Longest wait for one move.
     static constexpr int kLongestMoveMs = 180000;
     // The value that leaves an axis where it is.
-    static constexpr std::int32_t kHold = 99999;
+    static constexpr std::int32_t kHold = vocab::absolute_move::kHoldAxis;
 
     PlatformMover(UnitLine& line, const Progress& progress);
     ~PlatformMover();

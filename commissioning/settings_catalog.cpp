@@ -1,143 +1,235 @@
 #include "commissioning/settings_catalog.h"
 
+#include <bit>
+#include <stdexcept>
+
+#include "protocol/protocol_table.h"
+#include "protocol/vocabulary.h"
+
 namespace halvex::commissioning {
 
 namespace {
 
-constexpr Byte kRead = 0x80;
-constexpr Byte kSecondVariant = 0x40;
-constexpr Byte kPowerUp = 0x40;
 constexpr unsigned kAllTypes = 0xF;
 constexpr unsigned kStandardOnly = 0x1;    // type 0
 constexpr unsigned kLegacyTypes = 0xC;     // types 2 and 3
 constexpr unsigned kWithVideoPorts = 0xD;  // all but type 1
 constexpr std::int32_t kAny24 = 0x7FFFFF;
 
-SettingField number(std::string name, int byte, std::int32_t minimum, std::int32_t maximum) {
-    return {std::move(name), byte, 8, 0, minimum, maximum, Style::Number, {}};
+// A setting at a field's place: its byte, and its bits as a width and shift
+// (a whole word for fields of two or three bytes).
+template <class M>
+SettingField at(std::string name, vocab::Field<M> place, std::int32_t minimum, std::int32_t maximum,
+                Style style = Style::Number) {
+    const int width = place.size > 1 ? place.size * 8 : std::popcount(place.mask);
+    const int shift = place.size > 1 ? 0 : std::countr_zero(place.mask);
+    return {std::move(name), place.offset, width, shift, minimum, maximum, style, {}, {}};
 }
 
-SettingField bits(std::string name, int byte, int shift, int width, std::int32_t maximum) {
-    return {std::move(name), byte, width, shift, 0, maximum, Style::Number, {}};
+template <class M>
+SettingField number(std::string name, vocab::Field<M> place, std::int32_t minimum,
+                    std::int32_t maximum) {
+    return at(std::move(name), place, minimum, maximum);
 }
 
-SettingField flag(std::string name, int byte, int shift) {
-    return {std::move(name), byte, 1, shift, 0, 1, Style::YesNo, {}};
+template <class M>
+SettingField bits(std::string name, vocab::Field<M> place, std::int32_t maximum) {
+    return at(std::move(name), place, 0, maximum);
 }
 
-SettingField choice(std::string name, int byte, int shift, int width,
-                    std::vector<std::string> texts) {
-    const auto last = static_cast<std::int32_t>(texts.size()) - 1;
-    return {std::move(name), byte, width, shift, 0, last, Style::Choice, std::move(texts)};
+template <class M>
+SettingField flag(std::string name, vocab::Bit<M> bit) {
+    return at(std::move(name), vocab::Field<M>{bit.offset, 1, vocab::maskOf(bit)}, 0, 1,
+              Style::YesNo);
 }
 
-SettingField word(std::string name, int byte, std::int32_t minimum, std::int32_t maximum) {
-    return {std::move(name), byte, 16, 0, minimum, maximum, Style::Number, {}};
+template <class M>
+SettingField angle(std::string name, vocab::Field<M> place, std::int32_t range) {
+    return at(std::move(name), place, -range, range, Style::Degrees);
 }
 
-SettingField angle(std::string name, int byte, std::int32_t range) {
-    return {std::move(name), byte, 24, 0, -range, range, Style::Degrees, {}};
+// The Line Log's names of the values of field `field` of the reply `code`,
+// by value: the file and the views spell a value as the Line Log shows it.
+std::vector<std::string> lineLogNames(Byte code, const std::string& field) {
+    const table::Message* reply = table::findMessage(table::Direction::FromUnit, code);
+    if (reply != nullptr) {
+        for (const table::Layout& layout : reply->layouts) {
+            for (const table::Field& named : layout.fields) {
+                if (named.name != field || named.names.empty()) {
+                    continue;
+                }
+                std::vector<std::string> names;
+                for (const table::ValueName& value : named.names) {
+                    names.resize(std::max<std::size_t>(names.size(), value.value + 1));
+                    names[value.value] = value.name;
+                }
+                return names;
+            }
+        }
+    }
+    throw std::logic_error("the protocol table names no values of " + field);
+}
+
+// One of the Line Log's value names, or a spelling older files used.
+template <class M>
+SettingField choice(std::string name, vocab::Field<M> place, const std::string& tableName,
+                    std::vector<std::string> former) {
+    std::vector<std::string> names = lineLogNames(M::kCode, tableName);
+    SettingField field =
+        at(std::move(name), place, 0, static_cast<std::int32_t>(names.size()) - 1, Style::Choice);
+    field.choices = std::move(names);
+    field.formerChoices = std::move(former);
+    return field;
 }
 
 // A setting read by `request` and written back by the same code with the
-// fields where the reply has them.
+// fields where the reply has them; a good reply is at least Reply's length.
+template <class Reply>
 SettingGroup group(std::string section, std::string title, std::vector<Byte> request,
-                   int replyBytes, int writeLength, std::vector<SettingField> fields) {
+                   int writeLength, std::vector<SettingField> fields) {
     SettingGroup made;
     made.section = std::move(section);
     made.title = std::move(title);
     made.writeCode = request.front();
     made.request = std::move(request);
-    made.replyBytes = replyBytes;
+    made.replyBytes = Reply::kLength - 1;
     made.writeLength = writeLength;
     made.fields = std::move(fields);
     return made;
 }
 
+// A get/set command whose reply has its layout and length.
+template <class M>
+SettingGroup getOrSet(std::string section, std::string title, std::vector<SettingField> fields) {
+    return group<M>(std::move(section), std::move(title), vocab::readRequest<M>(), M::kLength,
+                    std::move(fields));
+}
+
 SettingGroup softLimit(int index, const char* name, const char* title, std::int32_t range) {
-    SettingGroup limit = group("soft-limits", title, {0x81, static_cast<Byte>(kRead | index)}, 4, 2,
-                               {angle(name, 2, range)});
-    limit.kind = Kind::SoftLimit;
-    limit.limitIndex = index;
-    limit.replyChecks = {{1, 0x7F, static_cast<Byte>(index)}};
-    return limit;
+    namespace limit = vocab::soft_limit;
+    std::vector<Byte> request = vocab::blank<vocab::SoftLimit>();
+    vocab::put(request, limit::kLimit, static_cast<std::uint32_t>(index));
+    request[limit::kLimitByte.offset] = vocab::withBit(request[limit::kLimitByte.offset],
+                                                       vocab::kReadRequest<vocab::SoftLimit>, true);
+    SettingGroup made = group<vocab::SoftLimitReply>(
+        "soft-limits", title, std::move(request), vocab::SoftLimit::kLength,
+        {angle(name, vocab::soft_limit_reply::kPosition, range)});
+    made.kind = Kind::SoftLimit;
+    made.limitIndex = index;
+    made.replyChecks = {{vocab::soft_limit_reply::kLimit.offset, vocab::maskOf(limit::kLimit),
+                         static_cast<Byte>(index)}};
+    return made;
 }
 
-// Configuration bits and minimum speeds of one camera's lens, from `base`.
-void addLens(std::vector<SettingField>& fields, const std::string& camera, int base) {
-    fields.push_back(flag(camera + "-focus-invert", base, 1));
-    fields.push_back(flag(camera + "-focus-reverse", base, 2));
-    fields.push_back(flag(camera + "-focus-enable", base, 3));
-    fields.push_back(flag(camera + "-zoom-invert", base, 4));
-    fields.push_back(flag(camera + "-zoom-reverse", base, 5));
-    fields.push_back(flag(camera + "-zoom-enable", base, 6));
-    fields.push_back(number(camera + "-zoom-minimum-speed", base + 1, 0, 255));
-    fields.push_back(number(camera + "-focus-minimum-speed", base + 2, 0, 255));
+// Configuration bits and minimum speeds of one camera's lens.
+template <class Lens>
+void addLens(std::vector<SettingField>& fields, const std::string& camera) {
+    fields.push_back(flag(camera + "-focus-invert", Lens::kFocusInvert));
+    fields.push_back(flag(camera + "-focus-reverse", Lens::kFocusReverse));
+    fields.push_back(flag(camera + "-focus-enable", Lens::kFocusEnable));
+    fields.push_back(flag(camera + "-zoom-invert", Lens::kZoomInvert));
+    fields.push_back(flag(camera + "-zoom-reverse", Lens::kZoomReverse));
+    fields.push_back(flag(camera + "-zoom-enable", Lens::kZoomEnable));
+    fields.push_back(number(camera + "-zoom-minimum-speed", Lens::kZoomMinimum, 0, 255));
+    fields.push_back(number(camera + "-focus-minimum-speed", Lens::kFocusMinimum, 0, 255));
 }
 
-// Speed, character format, level and stop bits of one camera's line, in the
-// texts of the Camera page.
-void addCameraLine(std::vector<SettingField>& fields, const std::string& camera, int byte) {
-    fields.push_back(choice(camera + "-baud", byte, 0, 3,
+// Speed, character format, level and stop bits of one camera's line. Files
+// saved before the settings took the Line Log's names spelled them as the
+// Camera page's captions.
+template <class Line>
+void addCameraLine(std::vector<SettingField>& fields, const std::string& camera,
+                   const std::string& inTable) {
+    fields.push_back(choice(camera + "-baud", Line::kBaud, inTable + " baud",
                             {"Dis", "9.6", "14.4", "19.2", "28.8", "38.4", "57.6", "115.2"}));
-    fields.push_back(choice(camera + "-format", byte, 3, 2, {"8/N", "7/N", "7/E", "7/O"}));
-    fields.push_back(choice(camera + "-level", byte, 5, 1, {"232", "422"}));
-    fields.push_back(choice(camera + "-stop-bits", byte, 6, 1, {"1", "2"}));
+    fields.push_back(choice(camera + "-format", Line::kFormat, inTable + " format", {}));
+    fields.push_back(choice(camera + "-level", Line::kLevel, inTable + " level", {"232", "422"}));
+    fields.push_back(choice(camera + "-stop-bits", Line::kStopBits, inTable + " stop bits", {}));
+}
+
+// One axis's lowest and highest step rate: the command has a read byte
+// before them that the reply has not.
+template <class Command, int SentAt, class Reply, int ReadAt>
+SettingGroup stepRange(const std::string& axis, vocab::StepRange<Command, SentAt> sent,
+                       vocab::StepRange<Reply, ReadAt> read) {
+    SettingGroup limits = getOrSet<Command>("speeds", "Minimum and maximum",
+                                            {number(axis + "-minimum", read.kMinimum, 15, 29999),
+                                             number(axis + "-maximum", read.kMaximum, 16, 30000)});
+    limits.replyBytes = Reply::kLength - 1;
+    limits.writeShift = sent.kMinimum.offset - read.kMinimum.offset;
+    return limits;
 }
 
 std::vector<SettingGroup> buildGroups() {
+    namespace v = vocab;
     std::vector<SettingGroup> groups;
 
-    groups.push_back(
-        group("speeds", "Speeds and ramps", {0x92, kRead, 0, 0, 0, 0, 0, 0, 0}, 7, 9,
-              {bits("pan-safe-speed", 1, 0, 7, 127), number("pan-ramp", 2, 1, 255),
-               number("pan-deceleration", 3, 1, 63), bits("tilt-safe-speed", 5, 0, 7, 127),
-               number("tilt-ramp", 6, 1, 255), number("tilt-deceleration", 7, 1, 63)}));
-    groups.back().fields[0].minimum = 1;
-    groups.back().fields[3].minimum = 1;
+    // The reply has the command's places, without its last byte.
+    using Pan = v::rates::Pan;
+    using Tilt = v::rates::Tilt;
+    groups.push_back(group<v::RatesReply>(
+        "speeds", "Speeds and ramps", v::readRequest<v::Rates>(), v::Rates::kLength,
+        {number("pan-safe-speed", Pan::kSafeSpeed, 1, 127), number("pan-ramp", Pan::kRamp, 1, 255),
+         number("pan-deceleration", Pan::kDeceleration, 1, 63),
+         number("tilt-safe-speed", Tilt::kSafeSpeed, 1, 127),
+         number("tilt-ramp", Tilt::kRamp, 1, 255),
+         number("tilt-deceleration", Tilt::kDeceleration, 1, 63)}));
 
-    SettingGroup top =
-        group("speeds", "Top speeds", {0x9C, kRead, 0, 0}, 3, 4,
-              {number("pan-top-speed", 2, 1, 255), number("tilt-top-speed", 3, 1, 255)});
-    top.replyChecks = {{1, kSecondVariant, 0}};
-    groups.push_back(top);
-    SettingGroup second = group(
-        "speeds", "Second top speeds", {0x9C, kRead | kSecondVariant, 0, 0}, 3, 4,
-        {number("pan-second-top-speed", 2, 1, 255), number("tilt-second-top-speed", 3, 1, 255)});
-    second.replyChecks = {{1, kSecondVariant, kSecondVariant}};
-    second.writeFlags = {{1, kSecondVariant}};
+    namespace top = v::top_speeds;
+    namespace topr = v::top_speeds_reply;
+    SettingGroup first = getOrSet<v::TopSpeeds>("speeds", "Top speeds",
+                                                {number("pan-top-speed", topr::kPan, 1, 255),
+                                                 number("tilt-top-speed", topr::kTilt, 1, 255)});
+    first.replyChecks = {{topr::kSecond.offset, v::maskOf(topr::kSecond), 0}};
+    groups.push_back(first);
+    std::vector<Byte> secondRequest = v::readRequest<v::TopSpeeds>();
+    secondRequest[top::kSecond.offset] =
+        v::withBit(secondRequest[top::kSecond.offset], top::kSecond, true);
+    SettingGroup second = group<v::TopSpeedsReply>(
+        "speeds", "Second top speeds", std::move(secondRequest), v::TopSpeeds::kLength,
+        {number("pan-second-top-speed", topr::kPan, 1, 255),
+         number("tilt-second-top-speed", topr::kTilt, 1, 255)});
+    second.replyChecks = {
+        {topr::kSecond.offset, v::maskOf(topr::kSecond), v::maskOf(topr::kSecond)}};
+    second.writeFlags = {{top::kSecond.offset, v::maskOf(top::kSecond)}};
     groups.push_back(second);
 
-    for (const auto& [code, axis] : {std::pair<Byte, std::string>{0xA1, "pan"}, {0xA2, "tilt"}}) {
-        SettingGroup limits =
-            group("speeds", "Minimum and maximum", {code, kRead, 0, 0, 0, 0}, 4, 6,
-                  {word(axis + "-minimum", 1, 15, 29999), word(axis + "-maximum", 3, 16, 30000)});
-        limits.writeShift = 1;
-        groups.push_back(limits);
-    }
+    groups.push_back(stepRange("pan", v::pan_steps{}, v::pan_steps_reply{}));
+    groups.push_back(stepRange("tilt", v::tilt_steps{}, v::tilt_steps_reply{}));
 
-    groups.push_back(group("housekeeping", "Communication time-out", {0x96, kRead}, 1, 2,
-                           {number("comm-timeout", 1, 0, 120)}));
-    groups.push_back(group("housekeeping", "Heater", {0x97, kRead}, 1, 2,
-                           {choice("heater", 1, 0, 2, {"disabled", "share-power", "full-power"})}));
+    groups.push_back(
+        getOrSet<v::CommTimeout>("housekeeping", "Communication time-out",
+                                 {number("comm-timeout", v::comm_timeout::kSeconds, 0, 120)}));
+    groups.push_back(getOrSet<v::Heater>(
+        "housekeeping", "Heater",
+        {choice("heater", v::heater::kMode, "mode", {"disabled", "share-power", "full-power"})}));
 
+    namespace d = v::directions;
     SettingGroup directions =
-        group("factory", "Directions and mounting", {0x95, kRead}, 1, 2,
-              {flag("pan-motor-reverse", 1, 0), flag("tilt-motor-reverse", 1, 1),
-               flag("pan-resolver-invert", 1, 2), flag("tilt-resolver-invert", 1, 3),
-               flag("continuous-rotation", 1, 4), flag("invert-mount", 1, 5)});
+        getOrSet<v::Directions>("factory", "Directions and mounting",
+                                {flag("pan-motor-reverse", d::kPanMotorReverse),
+                                 flag("tilt-motor-reverse", d::kTiltMotorReverse),
+                                 flag("pan-resolver-invert", d::kPanResolverInvert),
+                                 flag("tilt-resolver-invert", d::kTiltResolverInvert),
+                                 flag("continuous-rotation", d::kContinuousRotation),
+                                 flag("invert-mount", d::kInvertedMount)});
     directions.factory = true;
     groups.push_back(directions);
     SettingGroup encoders =
-        group("factory", "Encoders", {0xA5, kRead, 0, 0, 0, 0}, 4, 6,
-              {word("pan-encoder", 1, 0, 10000), word("tilt-encoder", 3, 0, 10000)});
+        getOrSet<v::Encoders>("factory", "Encoders",
+                              {number("pan-encoder", v::encoders_reply::kPan, 0, 10000),
+                               number("tilt-encoder", v::encoders_reply::kTilt, 0, 10000)});
     encoders.factory = true;
-    encoders.writeShift = 1;
+    encoders.replyBytes = v::EncodersReply::kLength - 1;
+    encoders.writeShift = v::encoders::kPan.offset - v::encoders_reply::kPan.offset;
     groups.push_back(encoders);
 
-    SettingGroup offsets = group("offsets", "Angle offsets", {0x85}, 6, 7,
-                                 {angle("pan-offset", 1, 36000), angle("tilt-offset", 4, 18000)});
-    offsets.writeCode = 0x80;
+    SettingGroup offsets = group<v::AngleOffsets>(
+        "offsets", "Angle offsets", v::blank<v::OffsetsRequest>(), v::SetAngleOffsets::kLength,
+        {angle("pan-offset", v::angle_offsets::kPan, 36000),
+         angle("tilt-offset", v::angle_offsets::kTilt, 18000)});
+    offsets.writeCode = v::SetAngleOffsets::kCode;
+    offsets.writeShift = v::set_angle_offsets::kPan.offset - v::angle_offsets::kPan.offset;
     groups.push_back(offsets);
 
     groups.push_back(softLimit(0, "cw", "CW soft limit", kPanReportedRange));
@@ -146,56 +238,66 @@ std::vector<SettingGroup> buildGroups() {
     groups.push_back(softLimit(3, "down", "Down soft limit", kTiltReportedRange));
 
     std::vector<SettingField> lens;
-    addLens(lens, "camera1", 1);
-    addLens(lens, "camera2", 4);
+    addLens<v::lens_configuration::Lens1>(lens, "camera1");
+    addLens<v::lens_configuration::Lens2>(lens, "camera2");
     groups.push_back(
-        group("lenses", "Lens configuration", {0x61, kRead, 0, 0, 0, 0, 0}, 6, 7, std::move(lens)));
+        getOrSet<v::LensConfiguration>("lenses", "Lens configuration", std::move(lens)));
 
     std::vector<SettingField> lines;
-    addCameraLine(lines, "camera1", 1);
-    addCameraLine(lines, "camera2", 2);
-    groups.push_back(group("cameras", "Camera lines", {0x60, kRead, 0}, 2, 3, std::move(lines)));
-    groups.push_back(group("cameras", "Camera response time-outs", {0x65, kRead, 0}, 2, 3,
-                           {number("camera1-response-timeout", 1, 1, 100),
-                            number("camera2-response-timeout", 2, 1, 100)}));
+    addCameraLine<v::camera_lines::Camera1>(lines, "camera1", "camera 1");
+    addCameraLine<v::camera_lines::Camera2>(lines, "camera2", "camera 2");
+    groups.push_back(getOrSet<v::CameraLines>("cameras", "Camera lines", std::move(lines)));
+    groups.push_back(getOrSet<v::CameraTimeouts>(
+        "cameras", "Camera response time-outs",
+        {number("camera1-response-timeout", v::camera_timeouts::kCamera1, 1, 100),
+         number("camera2-response-timeout", v::camera_timeouts::kCamera2, 1, 100)}));
 
-    SettingGroup video = group(
-        "video", "Video configuration", {0x64, kRead, 0}, 2, 3,
-        {bits("routing", 1, 0, 3, 7), flag("pal", 1, 3), flag("blank-vout-2", 1, 4),
-         flag("blank-vout-1", 1, 5), flag("camera1-power", 2, 2), flag("camera2-power", 2, 3)});
+    // Video and display settings go with the power-up (store) bit.
+    namespace vc = v::video_configuration;
+    SettingGroup video = getOrSet<v::VideoConfiguration>(
+        "video", "Video configuration",
+        {bits("routing", vc::kRoute, 7), flag("pal", vc::kPal),
+         flag("blank-vout-2", vc::kBlankOutput2), flag("blank-vout-1", vc::kBlankOutput1),
+         flag("camera1-power", vc::kCamera1Power), flag("camera2-power", vc::kCamera2Power)});
     video.types = kStandardOnly;
-    video.writeFlags = {{1, kPowerUp}};
+    video.writeFlags = {{vc::kStore.offset, v::maskOf(vc::kStore)}};
     groups.push_back(video);
-    SettingGroup legacy = group("video", "Legacy video configuration", {0x63, kRead}, 1, 2,
-                                {bits("legacy-video", 1, 0, 2, 3), flag("camera1-power", 1, 2),
-                                 flag("camera2-power", 1, 3)});
+    namespace lv = v::legacy_video;
+    SettingGroup legacy = getOrSet<v::LegacyVideo>(
+        "video", "Legacy video configuration",
+        {bits("legacy-video", lv::kSelection, 3), flag("camera1-power", lv::kCamera1Power),
+         flag("camera2-power", lv::kCamera2Power)});
     legacy.types = kLegacyTypes;
     groups.push_back(legacy);
-    SettingGroup aux = group("video", "Aux outputs", {0x66, kRead}, 1, 2,
-                             {flag("camera1-aux-1", 1, 0), flag("camera1-aux-2", 1, 1),
-                              flag("camera2-aux-1", 1, 2), flag("camera2-aux-2", 1, 3)});
+    const auto& output = v::aux_outputs::kOutput;
+    SettingGroup aux = getOrSet<v::AuxOutputs>(
+        "video", "Aux outputs",
+        {flag("camera1-aux-1", output[0]), flag("camera1-aux-2", output[1]),
+         flag("camera2-aux-1", output[2]), flag("camera2-aux-2", output[3])});
     aux.types = kWithVideoPorts;
     groups.push_back(aux);
 
-    SettingGroup angles = group(
-        "display", "Angle display", {0x70, kRead}, 1, 2,
-        {bits("angle-line", 1, 0, 4, 11), flag("angle-display", 1, 4), flag("angle-signed", 1, 5)});
-    angles.writeFlags = {{1, kPowerUp}};
+    using Angles = v::angle_display;
+    SettingGroup angles = getOrSet<v::AngleDisplay>(
+        "display", "Angle display",
+        {bits("angle-line", Angles::kLine, 11), flag("angle-display", Angles::kOn),
+         flag("angle-signed", Angles::kSigned)});
+    angles.writeFlags = {{Angles::kStore.offset, v::maskOf(Angles::kStore)}};
     groups.push_back(angles);
-    SettingGroup name = group("display", "Name display", {0x71, kRead}, 1, 2,
-                              {bits("name-line", 1, 0, 4, 11), flag("name-display", 1, 4)});
-    name.writeFlags = {{1, kPowerUp}};
+    using Name = v::name_display;
+    SettingGroup name = getOrSet<v::NameDisplay>(
+        "display", "Name display",
+        {bits("name-line", Name::kLine, 11), flag("name-display", Name::kOn)});
+    name.writeFlags = {{Name::kStore.offset, v::maskOf(Name::kStore)}};
     groups.push_back(name);
 
-    SettingGroup centre =
-        group("reference", "Resolver centre", {0x90}, 6, 0,
-              {angle("pan-resolver-centre", 1, kAny24), angle("tilt-resolver-centre", 4, kAny24)});
+    using Centre = v::centre_position;
+    SettingGroup centre = group<v::CentrePosition>(
+        "reference", "Resolver centre", v::blank<v::CentreRequest>(), 0,
+        {number("pan-resolver-centre", Centre::kPan, -kAny24 - 1, kAny24),
+         number("tilt-resolver-centre", Centre::kTilt, -kAny24 - 1, kAny24)});
     centre.kind = Kind::Reference;
     centre.writeCode = 0;
-    centre.fields[0].style = Style::Number;
-    centre.fields[1].style = Style::Number;
-    centre.fields[0].minimum = -kAny24 - 1;
-    centre.fields[1].minimum = -kAny24 - 1;
     groups.push_back(centre);
 
     return groups;

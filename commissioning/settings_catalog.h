@@ -31,7 +31,11 @@ struct SettingField {
     std::int32_t minimum = 0;
     std::int32_t maximum = 255;
     Style style = Style::Number;
-    std::vector<std::string> choices;  // for Style::Choice, index = value
+    // For Style::Choice, index = value: the Line Log's names of the values.
+    std::vector<std::string> choices;
+    // Spellings of the same values that older settings files used; still
+    // read, never written.
+    std::vector<std::string> formerChoices;
 };
 
 enum class Kind {
@@ -66,7 +70,7 @@ struct SettingGroup {
     bool factory = false;
     // Controller types that have it: bit n for type n.
     unsigned types = 0xF;
-    // For Kind::SoftLimit: the limit's index in the 0x81 command.
+    // For Kind::SoftLimit: the limit's index in the soft-limit command.
     int limitIndex = -1;
     std::vector<SettingField> fields;
 };

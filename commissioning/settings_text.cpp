@@ -10,9 +10,6 @@ namespace halvex::commissioning {
 namespace {
 
 constexpr int kLastAddress = 99;
-constexpr int kPresetBits = 63;
-constexpr int kLastCamera = 3;
-constexpr int kLongestDwell = 127;
 
 // ---- writing --------------------------------------------------------------
 
@@ -22,7 +19,8 @@ const char* sectionNote(const std::string& section) {
         {"housekeeping", "comm-timeout in seconds (0 = off)"},
         {"factory", "written back only while the factory area is open"},
         {"soft-limits", "set where the platform stands: a restore drives there"},
-        {"cameras", "baud in kilobaud (Dis = line off); response time-outs in steps of 8 ms"},
+        {"cameras",
+         "baud in bits per second (off = line off); response time-outs in steps of 8 ms"},
         {"display", "lines 0..11"},
         {"reference", "kept for reference: a restore never writes these"},
     };
@@ -87,9 +85,11 @@ std::int32_t fieldValue(const Entry& entry, const std::string& label, const Sett
             }
             break;
         case Style::Choice:
-            for (std::size_t i = 0; i < field.choices.size(); ++i) {
-                if (field.choices[i] == entry.value) {
-                    value = static_cast<std::int32_t>(i);
+            for (const auto* names : {&field.choices, &field.formerChoices}) {
+                for (std::size_t i = 0; i < names->size() && !value; ++i) {
+                    if ((*names)[i] == entry.value) {
+                        value = static_cast<std::int32_t>(i);
+                    }
                 }
             }
             if (!value) {
@@ -189,11 +189,11 @@ TourStep tourStep(const Entry& entry, const std::string& label, std::string_view
     const auto number = [&](const char* what, std::string_view part, std::int32_t maximum) {
         return inRange(entry, label + " " + what, part, wholeNumber(part), 0, maximum);
     };
-    const auto preset = number("preset", parts[0], kPresetBits);
-    const auto camera = number("camera", parts[1], kLastCamera);
-    const auto dwell = number("dwell", parts[2], kLongestDwell);
-    return TourStep{static_cast<Byte>(preset | (camera << 6)),
-                    static_cast<Byte>(dwell | (parts[3] == "yes" ? 0x80 : 0))};
+    using Step = TourStep::Fields;
+    const auto preset = number("preset", parts[0], largest(Step::kPreset));
+    const auto camera = number("camera", parts[1], largest(Step::kCamera));
+    const auto dwell = number("dwell", parts[2], largest(Step::kDwell));
+    return TourStep::of(preset, camera, dwell, parts[3] == "yes");
 }
 
 void readTours(Lines& lines, UnitSettings& settings) {

@@ -1,6 +1,7 @@
 #include "commissioning/unit_finder.h"
 
 #include "commissioning/unit_reader.h"
+#include "protocol/vocabulary.h"
 
 namespace halvex::commissioning {
 
@@ -10,7 +11,7 @@ namespace {
 // list, and a search is quickly made again.
 std::optional<UnitIdentity> ask(UnitLine& line, int address) {
     AddressScope talkingTo(line.state(), static_cast<Byte>(address));
-    if (!line.ask({0x9A}, {}, 1)) {
+    if (!line.ask(vocab::blank<vocab::FirmwareRequest>(), {}, 1)) {
         return std::nullopt;
     }
     return readIdentity(line);

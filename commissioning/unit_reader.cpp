@@ -1,25 +1,27 @@
 #include "commissioning/unit_reader.h"
 
 #include "console/preset_table.h"
+#include "protocol/vocabulary.h"
 
 namespace halvex::commissioning {
 
 namespace {
 
-constexpr std::size_t kReportBytes = 13;  // pan, tilt, status A, B, C, four lens bytes
-constexpr std::size_t kFirmwareBytes = 5;
-constexpr std::size_t kPresetBytes = 11;
-constexpr Byte kControllerTypeBits = 0x03;
-
-// A reply of at least `payload` bytes after its code.
-UnitLine::Fits atLeast(std::size_t payload) {
-    return [payload](const std::vector<Byte>& reply) { return reply.size() > payload; };
+// A reply at least as long as `length`.
+UnitLine::Fits atLeast(int length) {
+    return [length](const std::vector<Byte>& reply) {
+        return reply.size() >= static_cast<std::size_t>(length);
+    };
 }
 
-// Such a reply whose byte 1 (and byte 2) name what was asked.
-UnitLine::Fits naming(std::size_t payload, int first, int second = -1) {
-    return [payload, first, second](const std::vector<Byte>& reply) {
-        return reply.size() > payload && reply[1] == first && (second < 0 || reply[2] == second);
+// A whole reply of M whose `first` field (and `second`) name what was asked.
+template <class M>
+UnitLine::Fits naming(vocab::Field<M> first, int asked, vocab::Field<M> second = {},
+                      int secondAsked = -1) {
+    return [=](const std::vector<Byte>& reply) {
+        return reply.size() >= static_cast<std::size_t>(M::kLength) &&
+               static_cast<int>(vocab::get(reply, first)) == asked &&
+               (secondAsked < 0 || static_cast<int>(vocab::get(reply, second)) == secondAsked);
     };
 }
 
@@ -28,13 +30,16 @@ QString noReply(const QString& what) {
 }
 
 std::optional<StoredPreset> readPreset(UnitLine& line, int number) {
-    const auto reply = line.ask({0x40, static_cast<Byte>(number)}, naming(kPresetBytes, number));
+    namespace v = vocab;
+    auto request = v::blank<v::PresetRequest>();
+    v::put(request, v::preset_request::kPreset, static_cast<std::uint32_t>(number));
+    const auto reply = line.ask(request, naming(v::preset_record::kPreset, number));
     if (!reply) {
         return std::nullopt;
     }
     // The preset reply's layout is the console's own, shared with the Presets page.
     ByteTable rx;
-    for (std::size_t i = 0; i < reply->size() && i <= kPresetBytes; ++i) {
+    for (std::size_t i = 0; i < reply->size() && i < v::PresetRecord::kLength; ++i) {
         rx[static_cast<int>(i)] = (*reply)[i];
     }
     const PresetRecord record = readPresetRecord(rx);
@@ -44,12 +49,14 @@ std::optional<StoredPreset> readPreset(UnitLine& line, int number) {
 
 // Nothing, or why the tour could not be read.
 QString readTour(UnitLine& line, int tour, std::vector<TourStep>& steps) {
-    const Byte t = static_cast<Byte>(tour);
-    const auto count = line.ask({0x56, t}, naming(2, tour));
+    namespace v = vocab;
+    auto countRequest = v::blank<v::TourStepCountRequest>();
+    v::put(countRequest, v::tour_step_count_request::kTour, static_cast<std::uint32_t>(tour));
+    const auto count = line.ask(countRequest, naming(v::tour_step_count::kTour, tour));
     if (!count) {
         return noReply(QStringLiteral("the step count of tour %1").arg(tour + 1));
     }
-    const int size = (*count)[2];
+    const int size = static_cast<int>(v::get(*count, v::tour_step_count::kSteps));
     if (size > kMostTourSteps) {
         return QStringLiteral("Tour %1 is damaged: the unit reports %2 steps.")
             .arg(tour + 1)
@@ -57,11 +64,16 @@ QString readTour(UnitLine& line, int tour, std::vector<TourStep>& steps) {
     }
     steps.clear();
     for (int s = 0; s < size; ++s) {
-        const auto step = line.ask({0x51, t, static_cast<Byte>(s)}, naming(4, tour, s));
+        auto request = v::blank<v::TourStepRequest>();
+        v::put(request, v::tour_step_request::kTour, static_cast<std::uint32_t>(tour));
+        v::put(request, v::tour_step_request::kStep, static_cast<std::uint32_t>(s));
+        const auto step =
+            line.ask(request, naming(v::tour_step::kTour, tour, v::tour_step::kStep, s));
         if (!step) {
             return noReply(QStringLiteral("step %1 of tour %2").arg(s + 1).arg(tour + 1));
         }
-        steps.push_back(TourStep{(*step)[3], (*step)[4]});
+        using Fields = TourStep::Fields;
+        steps.push_back(TourStep{(*step)[Fields::kPreset.offset], (*step)[Fields::kDwell.offset]});
     }
     return {};
 }
@@ -83,19 +95,24 @@ bool readGroup(UnitLine& line, const SettingGroup& group, UnitSettings& settings
 }  // namespace
 
 std::optional<UnitIdentity> readIdentity(UnitLine& line) {
-    const auto report = line.ask(line.jogMessage(false), atLeast(kReportBytes));
-    const auto firmware = line.ask({0x9A}, atLeast(kFirmwareBytes));
+    namespace v = vocab;
+    namespace fw = v::firmware;
+    const auto report = line.ask(line.jogMessage(false), atLeast(v::PositionReport::kLength));
+    const auto firmware = line.ask(v::blank<v::FirmwareRequest>(), atLeast(v::Firmware::kLength));
     if (!report || !firmware) {
         return std::nullopt;
     }
+    const auto of = [&firmware](v::Field<v::Firmware> field) {
+        return static_cast<int>(v::get(*firmware, field));
+    };
     UnitIdentity identity;
     identity.address = line.unitId();
-    identity.controllerType = (*report)[7] & kControllerTypeBits;
-    identity.firmwareMajor = (*firmware)[1];
-    identity.firmwareMinor = (*firmware)[2];
-    identity.clockDay = (*firmware)[3];
-    identity.clockMonth = (*firmware)[4];
-    identity.clockYear = 2000 + (*firmware)[5];
+    identity.controllerType = static_cast<int>(v::get(*report, v::report::kControllerType));
+    identity.firmwareMajor = of(fw::kMajor);
+    identity.firmwareMinor = of(fw::kMinor);
+    identity.clockDay = of(fw::kDay);
+    identity.clockMonth = of(fw::kMonth);
+    identity.clockYear = fw::kYearBias + of(fw::kYear);
     return identity;
 }
 

@@ -5,47 +5,53 @@
 
 #include "commissioning/platform_mover.h"
 #include "commissioning/unit_reader.h"
+#include "protocol/vocabulary.h"
 
 namespace halvex::commissioning {
 
 namespace {
 
-constexpr Byte kNoPosition = 255;
 constexpr int kTourAttempts = 2;
 
 bool written(const Difference& row) {
     return row.written && row.item != Difference::Item::Identity;
 }
 
-void putAngle(std::vector<Byte>& message, std::int32_t value) {
-    Byte b2 = 0;
-    Byte b1 = 0;
-    Byte b0 = 0;
-    Split24(value, b2, b1, b0);
-    message.insert(message.end(), {b0, b1, b2});
-}
-
-UnitLine::Fits naming(int tour) {
-    return [tour](const std::vector<Byte>& reply) { return reply.size() > 1 && reply[1] == tour; };
+// A reply of M whose tour field names `tour`.
+template <class M>
+UnitLine::Fits naming(vocab::Field<M> field, int tour) {
+    return [field, tour](const std::vector<Byte>& reply) {
+        return reply.size() > static_cast<std::size_t>(field.offset) &&
+               static_cast<int>(vocab::get(reply, field)) == tour;
+    };
 }
 
 // Clears the tour and appends its steps. An append is not asked twice (a
 // lost reply to one the unit took would add the step again): the whole tour
 // is written again instead.
 bool writeTour(UnitLine& line, int tour, const std::vector<TourStep>& steps) {
-    const Byte t = static_cast<Byte>(tour);
+    namespace v = vocab;
+    using Step = v::append_tour_step::Step;
+    const auto t = static_cast<std::uint32_t>(tour);
+    auto clear = v::blank<v::ClearTour>();
+    v::put(clear, v::clear_tour::kTour, t);
     for (int attempt = 0; attempt < kTourAttempts; ++attempt) {
-        if (!line.ask({0x50, t}, naming(tour))) {
+        if (!line.ask(clear, naming(v::tour_cleared::kTour, tour))) {
             return false;
         }
         bool whole = true;
         for (const TourStep& step : steps) {
-            const auto reply = line.ask({0x52, t, step.preset, step.dwell}, naming(tour), 1);
+            auto append = v::blank<v::AppendTourStep>();
+            v::put(append, v::append_tour_step::kTour, t);
+            append[Step::kPreset.offset] = step.preset;
+            append[Step::kDwell.offset] = step.dwell;
+            const auto reply = line.ask(append, naming(v::tour_step::kTour, tour), 1);
             if (!reply) {
                 whole = false;
                 break;
             }
-            if (reply->size() > 2 && (*reply)[2] == kNoPosition) {
+            if (reply->size() > static_cast<std::size_t>(v::tour_step::kStep.offset) &&
+                v::get(*reply, v::tour_step::kStep) == v::tour_step::kNoStep) {
                 return true;  // the tour is full: the read-back names it
             }
         }
@@ -170,7 +176,10 @@ class Restorer {
                 result_.cancelled = true;
                 return false;
             }
-            if (there && !line_.ask({0x81, static_cast<Byte>(group.limitIndex)})) {
+            auto set = vocab::blank<vocab::SoftLimit>();
+            vocab::put(set, vocab::soft_limit::kLimitByte,
+                       static_cast<std::uint32_t>(group.limitIndex));
+            if (there && !line_.ask(set)) {
                 return noReply(QString::fromStdString(group.title));
             }
         }
@@ -185,7 +194,7 @@ class Restorer {
             if (!step(QStringLiteral("cleared presets"))) {
                 return false;
             }
-            if (!line_.ask({0x94})) {
+            if (!line_.ask(vocab::blank<vocab::ClearAllPresets>())) {
                 return noReply(QStringLiteral("clearing the presets"));
             }
             presets.fill(StoredPreset{});
@@ -199,11 +208,13 @@ class Restorer {
             if (!step(QStringLiteral("preset %1").arg(n))) {
                 return false;
             }
-            const Byte number = static_cast<Byte>(n);
+            const auto number = static_cast<std::uint32_t>(n);
             if (wanted.pan != found.pan || wanted.tilt != found.tilt) {
-                std::vector<Byte> message{0x41, number};
-                putAngle(message, wanted.pan);
-                putAngle(message, wanted.tilt);
+                namespace store = vocab::store_preset;
+                auto message = vocab::blank<vocab::StorePreset>();
+                vocab::put(message, store::kPreset, number);
+                vocab::put(message, store::kPan, static_cast<std::uint32_t>(wanted.pan));
+                vocab::put(message, store::kTilt, static_cast<std::uint32_t>(wanted.tilt));
                 if (!line_.ask(message)) {
                     return noReply(QStringLiteral("preset %1").arg(n));
                 }
@@ -214,7 +225,9 @@ class Restorer {
                     result_.cancelled = true;
                     return false;
                 }
-                if (there && !line_.ask({0x43, number})) {
+                auto lenses = vocab::blank<vocab::AddLensPositions>();
+                vocab::put(lenses, vocab::add_lens_positions::kPreset, number);
+                if (there && !line_.ask(lenses)) {
                     return noReply(QStringLiteral("preset %1").arg(n));
                 }
             }

@@ -7,10 +7,6 @@ namespace halvex::commissioning {
 
 namespace {
 
-constexpr Byte kPresetBits = 0x3F;
-constexpr Byte kDwellBits = 0x7F;
-constexpr Byte kBlankBit = 0x80;
-
 Difference identityRow(const std::string& label, const std::string& inFile,
                        const std::string& inUnit, const std::string& note) {
     Difference row;
@@ -28,6 +24,22 @@ std::string stepsOrNone(const std::vector<TourStep>& steps) {
 }
 
 }  // namespace
+
+TourStep TourStep::of(int preset, int camera, int dwell, bool blank) {
+    std::array<Byte, vocab::TourStep::kLength> bytes{};
+    vocab::put(bytes, Fields::kPreset, static_cast<std::uint32_t>(preset));
+    vocab::put(bytes, Fields::kCamera, static_cast<std::uint32_t>(camera));
+    vocab::put(bytes, Fields::kDwell, static_cast<std::uint32_t>(dwell));
+    vocab::put(bytes, Fields::kBlank, blank ? 1u : 0u);
+    return {bytes[Fields::kPreset.offset], bytes[Fields::kDwell.offset]};
+}
+
+std::array<Byte, vocab::TourStep::kLength> TourStep::bytes() const {
+    std::array<Byte, vocab::TourStep::kLength> bytes{};
+    bytes[Fields::kPreset.offset] = preset;
+    bytes[Fields::kDwell.offset] = dwell;
+    return bytes;
+}
 
 std::vector<std::int32_t> UnitSettings::groupValues(const SettingGroup& group) const {
     std::vector<std::int32_t> result;
@@ -88,9 +100,8 @@ std::string tourText(const std::vector<TourStep>& steps) {
         if (!text.empty()) {
             text += ' ';
         }
-        text += std::to_string(step.preset & kPresetBits) + "/" + std::to_string(step.preset >> 6) +
-                "/" + std::to_string(step.dwell & kDwellBits) + "/" +
-                ((step.dwell & kBlankBit) != 0 ? "yes" : "no");
+        text += std::to_string(step.presetNumber()) + "/" + std::to_string(step.camera()) + "/" +
+                std::to_string(step.seconds()) + "/" + (step.blank() ? "yes" : "no");
     }
     return text;
 }

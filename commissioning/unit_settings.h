@@ -5,23 +5,48 @@
 // what a unit was read to be.
 
 #include <array>
+#include <bit>
 #include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
 
 #include "commissioning/settings_catalog.h"
+#include "protocol/vocabulary.h"
 
 namespace halvex::commissioning {
 
 constexpr int kPresets = 32;
 
+// A tour step's two bytes as the unit keeps them: the preset with its
+// camera, then the dwell with the blank bit.
 struct TourStep {
-    Byte preset = 0;  // bits 0..5 the preset, 6..7 the camera
-    Byte dwell = 0;   // bits 0..6 seconds, bit 7 blank the video
+    // Where the tour step reply has the fields of the two bytes.
+    using Fields = vocab::tour_step::Step;
+
+    Byte preset = 0;
+    Byte dwell = 0;
+
+    static TourStep of(int preset, int camera, int dwell, bool blank);
+    int presetNumber() const { return field(Fields::kPreset); }
+    int camera() const { return field(Fields::kCamera); }
+    int seconds() const { return field(Fields::kDwell); }
+    bool blank() const { return field(Fields::kBlank) != 0; }
 
     bool operator==(const TourStep&) const = default;
+
+  private:
+    std::array<Byte, vocab::TourStep::kLength> bytes() const;
+    int field(vocab::Field<vocab::TourStep> place) const {
+        return static_cast<int>(vocab::get(bytes(), place));
+    }
 };
+
+// The largest value a field holds.
+template <class M>
+constexpr std::int32_t largest(vocab::Field<M> place) {
+    return static_cast<std::int32_t>(place.mask >> std::countr_zero(place.mask));
+}
 
 struct StoredPreset {
     std::int32_t pan = 0;        // hundredths of a degree, as the unit reports it

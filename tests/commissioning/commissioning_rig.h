@@ -14,8 +14,10 @@
 #include "commissioning/find_units_dialog.h"
 #include "commissioning/restore_dialog.h"
 #include "commissioning/settings_text.h"
+#include "protocol/vocabulary.h"
 #include "sim/state_file.h"
 #include "tests/support/console_rig.h"
+#include "tests/support/messages.h"
 
 namespace halvex::testing {
 
@@ -24,7 +26,7 @@ using namespace halvex::commissioning;
 using Message_ = std::vector<Byte>;
 
 inline bool isJog(const Message_& message) {
-    return !message.empty() && message.front() == 0x31;
+    return !message.empty() && message.front() == vocab::JogMessage::kCode;
 }
 
 // Questions a save or restore asks; everything else it sends is a write.
@@ -34,9 +36,11 @@ inline bool isRead(const Message_& m) {
             return true;
         }
     }
-    const Byte code = m.front();
-    return code == 0x9A || (code == 0x40 && m.size() == 2) || (code == 0x56 && m.size() == 2) ||
-           (code == 0x51 && m.size() == 3);
+    const auto is = [&m]<class M>(M) {
+        return m.front() == M::kCode && m.size() == static_cast<std::size_t>(M::kLength);
+    };
+    return is(vocab::FirmwareRequest{}) || is(vocab::PresetRequest{}) ||
+           is(vocab::TourStepCountRequest{}) || is(vocab::TourStepRequest{});
 }
 
 // The console with its commissioning menu answering through the test: files

@@ -15,6 +15,7 @@
 using namespace halvex;
 using namespace halvex::commissioning;
 using namespace halvex::testing;
+namespace v = halvex::vocab;
 
 TEST(FindUnits, ListsTheUnitAtItsAddressAndTalksToIt) {
     sim::UnitOptions options;
@@ -40,7 +41,7 @@ TEST(FindUnits, ListsTheUnitAtItsAddressAndTalksToIt) {
     EXPECT_TRUE(dialog->FindStatus->text().contains(QStringLiteral("Address 0 was not asked")));
 
     // Every address once, one after the other, and never the broadcast address.
-    std::vector<Byte> probes = addressesAsked(rig.line, 0x9A);
+    std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
     probes.erase(std::unique(probes.begin(), probes.end()), probes.end());
     std::vector<Byte> expected(99);
     std::iota(expected.begin(), expected.end(), Byte{1});
@@ -48,10 +49,10 @@ TEST(FindUnits, ListsTheUnitAtItsAddressAndTalksToIt) {
     for (const auto& frame : rig.line.frames()) {
         EXPECT_NE(frame.address, 0) << int(frame.message.front());
     }
-    EXPECT_EQ(addressesAsked(rig.line, 0x31), std::vector<Byte>{7});
+    EXPECT_EQ(addressesAsked(rig.line, v::JogMessage::kCode), std::vector<Byte>{7});
     for (const auto& frame : rig.line.frames()) {
-        if (frame.message.front() == 0x31) {  // a standing jog: no speed, no lens
-            EXPECT_EQ(frame.message, (std::vector<Byte>{0x31, 0, 0, 0, 0, 0, 0, 0}));
+        if (frame.message.front() == v::JogMessage::kCode) {  // a standing jog: no speed, no lens
+            EXPECT_EQ(frame.message, v::blank<v::JogMessage>());
         }
     }
     // Back to offline as it was, talking to address 0.
@@ -78,7 +79,7 @@ TEST(FindUnits, AnEmptyLineEndsWithAnEmptyListAfterAskingAddressZero) {
     EXPECT_EQ(dialog->FindStatus->text(), QStringLiteral("No unit answered."));
     EXPECT_FALSE(dialog->TalkToBut->isEnabled());
     EXPECT_EQ(dialog->FindCloseBut->text(), QStringLiteral("Close"));
-    const std::vector<Byte> probes = addressesAsked(rig.line, 0x9A);
+    const std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
     ASSERT_EQ(probes.size(), 100u);
     EXPECT_EQ(probes.back(), 0);
     EXPECT_EQ(probes[98], 99);
@@ -106,7 +107,7 @@ TEST(FindUnits, CancelStopsTheSearchAndOnlineTheConsoleGoesOnTalkingToItsUnit) {
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(dialog->FindStatus->text().left(17), QStringLiteral("Search cancelled."));
     EXPECT_EQ(dialog->FoundList->rowCount(), 1);  // unit 3, found before
-    const std::vector<Byte> probes = addressesAsked(rig.line, 0x9A);
+    const std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
     EXPECT_LT(std::count_if(probes.begin(), probes.end(), [](Byte a) { return a > 6; }), 1);
     // The port stays open and the jog messages go to unit 3 again.
     EXPECT_TRUE(rig.port->isOpen());
@@ -134,7 +135,7 @@ TEST(FindUnits, APortLostDuringTheSearchEndsItAndSaysSo) {
     EXPECT_TRUE(
         dialog->FindStatus->text().startsWith(QStringLiteral("The port closed during the search.")))
         << dialog->FindStatus->text().toStdString();
-    const std::vector<Byte> probes = addressesAsked(rig.line, 0x9A);
+    const std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
     EXPECT_FALSE(probes.empty());
     EXPECT_LT(std::count_if(probes.begin(), probes.end(), [](Byte a) { return a > 6; }), 1);
 }
@@ -207,7 +208,7 @@ TEST(SaveUnit, ALegacyVideoUnitSavesItsVideoSwitch) {
     EXPECT_TRUE(rig.status().startsWith(QStringLiteral("Saved the settings of unit 0 ")))
         << rig.status().toStdString() << rig.lastMessage().toStdString();
     const std::vector<std::vector<Byte>> asked = rig.line.messages(false);
-    EXPECT_NE(std::find(asked.begin(), asked.end(), std::vector<Byte>{0x63, 0x80}), asked.end());
+    EXPECT_NE(std::find(asked.begin(), asked.end(), v::readRequest<v::LegacyVideo>()), asked.end());
     const UnitSettings saved = rig.saved();
     EXPECT_EQ(saved.identity.controllerType, 2);
     EXPECT_EQ(saved.values.at("video/legacy-video"), 2);
@@ -220,11 +221,16 @@ TEST(SaveUnit, ADamagedTourIsNamedAndNothingIsSaved) {
     ASSERT_TRUE(rig.connect());
     QFile::remove(rig.file);
     rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
-        const bool askingTour2 = frame.message == std::vector<Byte>{0x56, 1};
+        const bool askingTour2 = frame.message == test::message<v::TourStepCountRequest>(
+                                                      {{v::tour_step_count_request::kTour, 1}});
         rig.line.setConnected(!askingTour2);
         if (askingTour2) {
             QTimer::singleShot(0, [&] {
-                rig.port->injectIncoming(encodeFrame(kAck, 0, {0x56, 1, 64}, 0));
+                rig.port->injectIncoming(
+                    encodeFrame(kAck, 0,
+                                test::message<v::TourStepCount>({{v::tour_step_count::kTour, 1},
+                                                                 {v::tour_step_count::kSteps, 64}}),
+                                0));
             });
         }
     };
@@ -332,35 +338,39 @@ TEST(SaveUnit, AsksExactlyTheseQuestionsAndWritesANewUnitThisWay) {
     EXPECT_EQ(most, 22 + 32 + 3);
     EXPECT_EQ(highest, most - 1);
 
-    std::vector<Message_> expected = {{0x9A},
-                                      {0x92, 0x80, 0, 0, 0, 0, 0, 0, 0},
-                                      {0x9C, 0x80, 0, 0},
-                                      {0x9C, 0xC0, 0, 0},
-                                      {0xA1, 0x80, 0, 0, 0, 0},
-                                      {0xA2, 0x80, 0, 0, 0, 0},
-                                      {0x96, 0x80},
-                                      {0x97, 0x80},
-                                      {0x95, 0x80},
-                                      {0xA5, 0x80, 0, 0, 0, 0},
-                                      {0x85},
-                                      {0x81, 0x80},
-                                      {0x81, 0x81},
-                                      {0x81, 0x82},
-                                      {0x81, 0x83},
-                                      {0x61, 0x80, 0, 0, 0, 0, 0},
-                                      {0x60, 0x80, 0},
-                                      {0x65, 0x80, 0},
-                                      {0x64, 0x80, 0},
-                                      {0x66, 0x80},
-                                      {0x70, 0x80},
-                                      {0x71, 0x80},
-                                      {0x90}};
-    for (Byte preset = 0; preset < 32; ++preset) {
-        expected.push_back({0x40, preset});
+    // Each read request padded to its write.
+    const auto read = [](auto m) { return v::readRequest<decltype(m)>(); };
+    const Message_ rates = read(v::Rates{});
+    std::vector<Message_> expected = {
+        v::blank<v::FirmwareRequest>(),
+        rates,
+        read(v::TopSpeeds{}),
+        test::withBits(read(v::TopSpeeds{}), {v::top_speeds::kSecond}),
+        read(v::PanSteps{}),
+        read(v::TiltSteps{}),
+        read(v::CommTimeout{}),
+        read(v::Heater{}),
+        read(v::Directions{}),
+        read(v::Encoders{}),
+        v::blank<v::OffsetsRequest>()};
+    for (int limit = 0; limit < v::soft_limit::kLimits; ++limit) {
+        expected.push_back(
+            test::withBits(test::message<v::SoftLimit>({{v::soft_limit::kLimit, limit}}),
+                           {v::kReadRequest<v::SoftLimit>}));
+    }
+    for (const Message_& m :
+         {read(v::LensConfiguration{}), read(v::CameraLines{}), read(v::CameraTimeouts{}),
+          read(v::VideoConfiguration{}), read(v::AuxOutputs{}), read(v::AngleDisplay{}),
+          read(v::NameDisplay{}), v::blank<v::CentreRequest>()}) {
+        expected.push_back(m);
+    }
+    for (int preset = 0; preset < 32; ++preset) {
+        expected.push_back(test::message<v::PresetRequest>({{v::preset_request::kPreset, preset}}));
     }
     // The tours, and tour 0 again so that the Presets page shows it.
-    for (const Message_& tour : std::vector<Message_>{{0x56, 2}, {0x56, 1}, {0x56, 0}, {0x56, 0}}) {
-        expected.push_back(tour);
+    for (int tour : {2, 1, 0, 0}) {
+        expected.push_back(
+            test::message<v::TourStepCountRequest>({{v::tour_step_count_request::kTour, tour}}));
     }
     EXPECT_EQ(rig.line.messages(false), expected);
 

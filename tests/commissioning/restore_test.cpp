@@ -13,6 +13,43 @@
 using namespace halvex;
 using namespace halvex::commissioning;
 using namespace halvex::testing;
+namespace v = halvex::vocab;
+
+namespace {
+
+// A jog message with this bit of its flags set.
+bool jogWith(const Message_& m, v::Bit<v::JogMessage> bit) {
+    return isJog(m) && v::isSet(m[v::jog::kFlagsByte.offset], bit);
+}
+
+template <class M>
+bool is(const Message_& m) {
+    return m.front() == M::kCode;
+}
+
+// Both axes held, the lenses to these positions.
+Message_ lensesTo(std::int64_t zoom1, std::int64_t focus1, std::int64_t zoom2,
+                  std::int64_t focus2) {
+    namespace move = v::absolute_move_with_lenses;
+    return test::message<v::AbsoluteMoveWithLenses>({{move::kPan, v::absolute_move::kHoldAxis},
+                                                     {move::kTilt, v::absolute_move::kHoldAxis},
+                                                     {move::kLens[0], zoom1},
+                                                     {move::kLens[1], focus1},
+                                                     {move::kLens[2], zoom2},
+                                                     {move::kLens[3], focus2}});
+}
+
+Message_ storePreset(int preset, std::int32_t pan, std::int32_t tilt) {
+    namespace store = v::store_preset;
+    return test::message<v::StorePreset>(
+        {{store::kPreset, preset}, {store::kPan, pan}, {store::kTilt, tilt}});
+}
+
+Message_ heater(int mode) {
+    return test::message<v::Heater>({{v::heater::kModeByte, mode}});
+}
+
+}  // namespace
 
 TEST(RestoreUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
     CommissioningRig rig;
@@ -37,7 +74,7 @@ TEST(RestoreUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
     EXPECT_FALSE(rig.moveWarned);
     EXPECT_EQ(rig.confirmations[0],
               QStringList({QStringLiteral("speeds/pan-ramp|40|33|"),
-                           QStringLiteral("housekeeping/heater|share-power|full-power|"),
+                           QStringLiteral("housekeeping/heater|share power|full power|"),
                            QStringLiteral("lenses/camera2-focus-invert|no|yes|"),
                            QStringLiteral("presets/4|0.00 0.00 0 0 0 0|9.99 0.00 0 0 0 0|"),
                            QStringLiteral("tours/3|no steps|7/0/3/no|")}));
@@ -47,9 +84,26 @@ TEST(RestoreUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
     rig.confirmAnswer = true;
     rig.line.clear();
     rig.trigger("MenuRestoreUnit");
+    using Pan = v::rates::Pan;
+    using Tilt = v::rates::Tilt;
+    using Lens1 = v::lens_configuration::Lens1;
+    using Lens2 = v::lens_configuration::Lens2;
     const std::vector<Message_> expected = {
-        {0x92, 20, 40, 20, 0, 20, 40, 20, 0}, {0x97, 1}, {0x61, 0x48, 10, 10, 0x48, 10, 10},
-        {0x41, 4, 0, 0, 0, 0, 0, 0},          {0x50, 2},
+        test::message<v::Rates>({{Pan::kSafeSpeedByte, 20},
+                                 {Pan::kRamp, 40},
+                                 {Pan::kDeceleration, 20},
+                                 {Tilt::kSafeSpeedByte, 20},
+                                 {Tilt::kRamp, 40},
+                                 {Tilt::kDeceleration, 20}}),
+        heater(1),
+        test::withBits(
+            test::message<v::LensConfiguration>({{Lens1::kZoomMinimum, 10},
+                                                 {Lens1::kFocusMinimum, 10},
+                                                 {Lens2::kZoomMinimum, 10},
+                                                 {Lens2::kFocusMinimum, 10}}),
+            {Lens1::kFocusEnable, Lens1::kZoomEnable, Lens2::kFocusEnable, Lens2::kZoomEnable}),
+        storePreset(4, 0, 0),
+        test::message<v::ClearTour>({{v::clear_tour::kTour, 2}}),
     };
     EXPECT_EQ(rig.writes(), expected);
     EXPECT_EQ(unit.settings.panRates.ramp, 40);
@@ -82,8 +136,8 @@ TEST(RestoreUnit, FactorySettingsWaitForTheFactoryArea) {
     EXPECT_TRUE(rig.confirmations[0].contains(
         QStringLiteral("factory/pan-motor-reverse|no|yes|factory area closed")));
     EXPECT_TRUE(
-        rig.confirmations[0].contains(QStringLiteral("housekeeping/heater|share-power|disabled|")));
-    EXPECT_EQ(rig.writes(), (std::vector<Message_>{{0x97, 1}}));
+        rig.confirmations[0].contains(QStringLiteral("housekeeping/heater|share power|disabled|")));
+    EXPECT_EQ(rig.writes(), std::vector<Message_>{heater(1)});
     const QString factoryRows = QStringLiteral(
         "factory/pan-motor-reverse (file no, unit yes); "
         "factory/pan-resolver-invert (file no, unit yes); "
@@ -108,7 +162,10 @@ TEST(RestoreUnit, FactorySettingsWaitForTheFactoryArea) {
     rig.click(QStringLiteral("PassEntBut"));
     rig.line.clear();
     rig.trigger("MenuRestoreUnit");
-    EXPECT_EQ(rig.writes(), (std::vector<Message_>{{0x95, 0}, {0xA5, 0, 15, 0, 15, 0}}));
+    EXPECT_EQ(rig.writes(),
+              (std::vector<Message_>{test::message<v::Directions>(),
+                                     test::message<v::Encoders>(
+                                         {{v::encoders::kPan, 15}, {v::encoders::kTilt, 15}})}));
     EXPECT_EQ(rig.unit.state().settings.directions, 0);
     EXPECT_EQ(rig.unit.state().settings.panEncoder, 15);
 }
@@ -164,16 +221,15 @@ TEST(RestoreUnit, MovesTheLensesForPresetLensPositionsOnlyAfterSayingSo) {
     EXPECT_TRUE(rig.moveWarned);
     const std::vector<Message_> writes = rig.writes();
     ASSERT_GE(writes.size(), 4u);
-    EXPECT_EQ(writes[0], (Message_{0x94}));
-    EXPECT_EQ(writes[1], (Message_{0x41, 0, 100, 0, 0, 200, 0, 0}));
-    EXPECT_EQ(writes[2], (Message_{0x41, 5, 0xE8, 0x03, 0, 0xF4, 0x01, 0}));
-    // Both axes held (99999), the lenses to the preset's positions, then
-    // the preset takes them.
-    EXPECT_EQ(writes[3], (Message_{0x3A, 0x9F, 0x86, 0x01, 0x9F, 0x86, 0x01, 60, 70, 80, 90}));
-    EXPECT_EQ(writes[4], (Message_{0x43, 5}));
+    EXPECT_EQ(writes[0], v::blank<v::ClearAllPresets>());
+    EXPECT_EQ(writes[1], storePreset(0, 100, 200));
+    EXPECT_EQ(writes[2], storePreset(5, 1000, 500));
+    // Both axes held, the lenses to the preset's positions, then the preset
+    // takes them.
+    EXPECT_EQ(writes[3], lensesTo(60, 70, 80, 90));
+    EXPECT_EQ(writes[4], test::message<v::AddLensPositions>({{v::add_lens_positions::kPreset, 5}}));
     // And back to where they stood.
-    EXPECT_EQ(writes.back(),
-              (Message_{0x3A, 0x9F, 0x86, 0x01, 0x9F, 0x86, 0x01, 128, 128, 128, 128}));
+    EXPECT_EQ(writes.back(), lensesTo(128, 128, 128, 128));
     EXPECT_EQ(unit.presets.at(5), (sim::Preset{1000, 500, {60, 70, 80, 90}}));
     EXPECT_EQ(unit.presets.at(0), (sim::Preset{100, 200, {}}));
     EXPECT_EQ(unit.lenses.position(0), 128);
@@ -202,13 +258,15 @@ TEST(RestoreUnit, DrivesToEachSoftLimitAndNamesTheOneItCannotReach) {
     const auto at = [&](const Message_& message) {
         return std::find(sent.begin(), sent.end(), message) - sent.begin();
     };
-    const auto toLimit = at({0x33, 0xD0, 0x07, 0, 0x9F, 0x86, 0x01});
-    const auto setLimit = at({0x81, 0});
+    const auto toLimit = at(test::message<v::AbsoluteMove>(
+        {{v::absolute_move::kPan, 2000}, {v::absolute_move::kTilt, v::absolute_move::kHoldAxis}}));
+    const auto setLimit = at(test::message<v::SoftLimit>({{v::soft_limit::kLimitByte, 0}}));
     ASSERT_LT(setLimit, static_cast<long>(sent.size()));
     ASSERT_LT(toLimit, setLimit);
     // The override was on for the move, and is off at the end.
-    EXPECT_TRUE(std::any_of(sent.begin(), sent.begin() + toLimit,
-                            [](const Message_& m) { return isJog(m) && (m[1] & 0x04) != 0; }));
+    EXPECT_TRUE(std::any_of(sent.begin(), sent.begin() + toLimit, [](const Message_& m) {
+        return jogWith(m, v::jog::kSoftLimitOverride);
+    }));
     EXPECT_EQ(unit.settings.softLimits[0], 2000);
     EXPECT_EQ(unit.motion.mechanicalPan(), 0);
     EXPECT_FALSE(unit.motion.overrideOn());
@@ -226,7 +284,7 @@ TEST(RestoreUnit, CancelDuringAMoveStopsThePlatform) {
     file.values["soft-limits/cw"] = 9000;  // a few seconds away at the unit's top speed
     rig.writeFile(writeSettingsText(file));
     rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
-        if (frame.message.front() == 0x33) {
+        if (is<v::AbsoluteMove>(frame.message)) {
             QTimer::singleShot(200, [&] {
                 auto* dialog = rig.window->findChild<ProgressDialog*>();
                 QTest::mouseClick(dialog->CommissioningCancelBut, Qt::LeftButton);
@@ -236,13 +294,11 @@ TEST(RestoreUnit, CancelDuringAMoveStopsThePlatform) {
     rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     const std::vector<Message_> sent = rig.line.messages();
-    const auto move =
-        std::find_if(sent.begin(), sent.end(), [](const Message_& m) { return m.front() == 0x33; });
+    const auto move = std::find_if(sent.begin(), sent.end(), is<v::AbsoluteMove>);
     ASSERT_NE(move, sent.end());
-    EXPECT_TRUE(std::any_of(move, sent.end(),
-                            [](const Message_& m) { return isJog(m) && (m[1] & 0x02) != 0; }));
-    EXPECT_EQ(std::count_if(move, sent.end(), [](const Message_& m) { return m.front() == 0x81; }),
-              0);
+    EXPECT_TRUE(
+        std::any_of(move, sent.end(), [](const Message_& m) { return jogWith(m, v::jog::kStop); }));
+    EXPECT_EQ(std::count_if(move, sent.end(), is<v::SoftLimit>), 0);
     ASSERT_TRUE(rig.waitFor([&] { return !rig.unit.state().motion.moving(); }, 3000));
     EXPECT_GT(rig.unit.state().motion.mechanicalPan(), 0);
     EXPECT_LT(rig.unit.state().motion.mechanicalPan(), 9000);
@@ -276,16 +332,30 @@ TEST(RestoreUnit, EveryValueOfTheFileReachesANewUnit) {
 
     // Each setting went out in the frame the page's own Set button sends for
     // the values the pages now show (the read-back filled them).
-    std::map<int, Message_> restored;
+    // By code, and the top speeds by which pair too.
+    using Key = std::pair<Byte, bool>;
+    std::map<Key, Message_> restored;
     for (const Message_& write : rig.writes()) {
-        restored[write[0] << 8 | (write[0] == 0x9C ? write[1] : 0)] = write;
+        const bool second = is<v::TopSpeeds>(write) &&
+                            v::isSet(write[v::top_speeds::kSecond.offset], v::top_speeds::kSecond);
+        restored[{write.front(), second}] = write;
     }
-    const std::pair<const char*, int> buttons[] = {
-        {"SetRateBut", 0x9200},   {"SetCMaxBut", 0x9C00},  {"SetIMaxBut", 0x9C40},
-        {"SetPStepBut", 0xA100},  {"SetTStepBut", 0xA200}, {"SetTOBut", 0x9600},
-        {"SetRevBut", 0x9500},    {"SetEncBut", 0xA500},   {"SetCorBut", 0x8000},
-        {"SetLensBut", 0x6100},   {"SetCamBut", 0x6000},   {"SetCamTOBut", 0x6500},
-        {"StoreInitBut", 0x6400}, {"AngStorBut", 0x7000},  {"NameStoreBut", 0x7100},
+    const std::pair<const char*, Key> buttons[] = {
+        {"SetRateBut", {v::Rates::kCode, false}},
+        {"SetCMaxBut", {v::TopSpeeds::kCode, false}},
+        {"SetIMaxBut", {v::TopSpeeds::kCode, true}},
+        {"SetPStepBut", {v::PanSteps::kCode, false}},
+        {"SetTStepBut", {v::TiltSteps::kCode, false}},
+        {"SetTOBut", {v::CommTimeout::kCode, false}},
+        {"SetRevBut", {v::Directions::kCode, false}},
+        {"SetEncBut", {v::Encoders::kCode, false}},
+        {"SetCorBut", {v::SetAngleOffsets::kCode, false}},
+        {"SetLensBut", {v::LensConfiguration::kCode, false}},
+        {"SetCamBut", {v::CameraLines::kCode, false}},
+        {"SetCamTOBut", {v::CameraTimeouts::kCode, false}},
+        {"StoreInitBut", {v::VideoConfiguration::kCode, false}},
+        {"AngStorBut", {v::AngleDisplay::kCode, false}},
+        {"NameStoreBut", {v::NameDisplay::kCode, false}},
     };
     for (const auto& [button, key] : buttons) {
         ASSERT_EQ(restored.count(key), 1u) << button;

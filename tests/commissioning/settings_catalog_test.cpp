@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "commissioning/settings_catalog.h"
+#include "commissioning/unit_settings.h"
 #include "protocol/frame_description.h"
 #include "protocol/protocol_table.h"
 
@@ -70,6 +71,22 @@ std::optional<std::int64_t> tableReading(table::Direction direction,
         }
     }
     return std::nullopt;
+}
+
+// How the Line Log shows the field of the reply that holds exactly the
+// setting's bits.
+std::string lineLogText(const std::vector<Byte>& reply, const SettingField& setting) {
+    const table::FrameDescription frame = table::describeFrame(encodeFrame(kAck, 0, reply, 0));
+    const table::Layout* layout = table::layoutFor(table::Direction::FromUnit, reply);
+    const unsigned bits = ((1u << setting.width) - 1) << setting.shift;
+    for (const table::DescribedField& described : frame.fields) {
+        const table::Field* field =
+            layout != nullptr ? tableField(*layout, described.name) : nullptr;
+        if (field != nullptr && described.offset == setting.byte && field->mask == bits) {
+            return described.value;
+        }
+    }
+    return "(not in the Line Log)";
 }
 
 std::string where(const SettingGroup& group, const SettingField& field) {
@@ -141,6 +158,11 @@ TEST(SettingsCatalog, ReadsEachSettingFromTheReplyWhereTheProtocolTableReadsIt) 
                 EXPECT_EQ(tableReading(table::Direction::FromUnit, reply, field, 0),
                           std::optional<std::int64_t>(values[i]))
                     << where(group, field) << " in " << table::hexBytes(reply);
+                // The file spells a choice as the Line Log shows it.
+                if (field.style == Style::Choice) {
+                    EXPECT_EQ(fieldText(field, values[i]), lineLogText(reply, field))
+                        << where(group, field);
+                }
             }
         }
     }

@@ -79,8 +79,8 @@ TEST(SettingsFile, KeepsEveryValueOfEachControllerType) {
     const std::string text = writeSettingsText(sample());
     for (const char* line :
          {"\naddress = 7\n", "\nfirmware = 2.10\n", "\nclock-date = 2026-11-25\n",
-          "\npan-ramp = 40\n", "\npan-offset = -12.34\n", "\ncamera1-baud = 115.2\n",
-          "\nheater = full-power\n", "\nblank-vout-2 = yes\n", "\n7 = -116.45 44.93 7 1 0 255\n",
+          "\npan-ramp = 40\n", "\npan-offset = -12.34\n", "\ncamera1-baud = 115200\n",
+          "\nheater = full power\n", "\nblank-vout-2 = yes\n", "\n7 = -116.45 44.93 7 1 0 255\n",
           "\n1 = 5/1/10/yes 63/3/0/no 0/0/127/no\n", "\n2 =\n", "\nend\n"}) {
         EXPECT_NE(text.find(line), std::string::npos) << line;
     }
@@ -140,8 +140,8 @@ TEST(SettingsFile, NamesWhatIsWrongWithAValue) {
         {"pan-offset = -12.34", "pan-offset = -12.345", "not a valid value"},
         {"pan-offset = -12.34", "pan-offset = 12.", "not a valid value"},
         {"pan-offset = -12.34", "pan-offset = --1", "not a valid value"},
-        {"heater = full-power", "heater = hot",
-         "housekeeping/heater is 'hot', not one of disabled, share-power, full-power"},
+        {"heater = full power", "heater = hot",
+         "housekeeping/heater is 'hot', not one of disabled, share power, full power"},
         {"blank-vout-2 = yes", "blank-vout-2 = maybe",
          "video/blank-vout-2 is 'maybe', not yes or no"},
         {"address = 7", "address = 100", "unit/address is 100, outside 0..99"},
@@ -188,6 +188,30 @@ TEST(SettingsFile, NamesWhatIsWrongWithAValue) {
     EXPECT_EQ(problemWith(""), "it is not a unit settings file");
     EXPECT_EQ(problemWith(std::string(kMostBytes + 1, '#')),
               "it is larger than any unit settings file");
+}
+
+// A file saved while the settings had names of their own ("Dis", "9.6",
+// "232", "full-power") still reads, and is written back with the Line
+// Log's names.
+TEST(SettingsFile, ReadsTheFormerValueNamesAndWritesTheLineLogs) {
+    QFile file(QStringLiteral(HALVEX_FUZZ_CASES "/../tests/commissioning/old_names_settings.txt"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray bytes = file.readAll();
+    const SettingsRead read = readSettingsText(std::string_view(bytes.constData(), bytes.size()));
+    ASSERT_TRUE(read.settings.has_value()) << read.problem;
+    const auto& values = read.settings->values;
+    EXPECT_EQ(values.at("cameras/camera1-baud"), 7);
+    EXPECT_EQ(values.at("cameras/camera2-baud"), 0);
+    EXPECT_EQ(values.at("cameras/camera1-level"), 1);
+    EXPECT_EQ(values.at("cameras/camera2-level"), 0);
+    EXPECT_EQ(values.at("housekeeping/heater"), 2);
+    const std::string text = writeSettingsText(*read.settings);
+    for (const char* line :
+         {"\ncamera1-baud = 115200\n", "\ncamera2-baud = off\n", "\ncamera1-level = RS-422\n",
+          "\ncamera2-level = RS-232\n", "\nheater = full power\n"}) {
+        EXPECT_NE(text.find(line), std::string::npos) << line;
+    }
+    EXPECT_EQ(readSettingsText(text).settings, read.settings);
 }
 
 // The inputs the file fuzzer keeps: none may crash the reader, and what it
