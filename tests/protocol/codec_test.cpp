@@ -1,17 +1,19 @@
 #include <gtest/gtest.h>
 
 #include "protocol/frame.h"
+#include "tests/support/messages.h"
 
 using namespace halvex;
+namespace v = halvex::vocab;
 
 TEST(Stuffing, EscapesExactlyTheFiveFramingValues) {
     for (int v = 0; v < 256; ++v) {
         const auto value = static_cast<Byte>(v);
         std::vector<Byte> wire;
         appendStuffed(wire, value);
-        const bool special = v == 0x02 || v == 0x03 || v == 0x06 || v == 0x15 || v == 0x1B;
+        const bool special = v == kStx || v == kEtx || v == kAck || v == kNak || v == kEsc;
         if (special) {
-            ASSERT_EQ(wire, (std::vector<Byte>{0x1B, static_cast<Byte>(v | 0x80)})) << v;
+            ASSERT_EQ(wire, (std::vector<Byte>{kEsc, static_cast<Byte>(v | 0x80)})) << v;
         } else {
             ASSERT_EQ(wire, std::vector<Byte>{value}) << v;
         }
@@ -19,21 +21,22 @@ TEST(Stuffing, EscapesExactlyTheFiveFramingValues) {
 }
 
 TEST(Stuffing, FrameWithStxInPayloadCarriesEscapeAndLrcOverRawValue) {
-    // Code 0x33 with a payload byte 0x02, unit 1: LRC = 1 ^ 0x33 ^ 0x02 = 0x30.
-    const auto wire = encodeFrame(kStx, 1, {0x33, 0x02}, 1);
-    EXPECT_EQ(wire, (std::vector<Byte>{0x02, 0x01, 0x33, 0x1B, 0x82, 0x30, 0x03}));
+    const auto wire = encodeFrame(kStx, 1, test::sample(kStx), 1);
+    constexpr Byte code = v::CommTimeout::kCode;
+    EXPECT_EQ(wire, (std::vector<Byte>{kStx, 1, code, kEsc, kStx | 0x80, 1 ^ code ^ kStx, kEtx}));
 }
 
 TEST(Lrc, CalcCoversAddressAndMessageButCheckUsesConfiguredUnitId) {
     ByteTable tx;
-    tx[0] = 0x9A;
-    EXPECT_EQ(Calc_LRC(tx, 1, 1), 0x9B);
-    EXPECT_EQ(Calc_LRC(tx, 1, 0), 0x9A);
+    constexpr Byte code = v::FirmwareRequest::kCode;
+    tx[0] = code;
+    EXPECT_EQ(Calc_LRC(tx, 1, 1), code ^ 1);
+    EXPECT_EQ(Calc_LRC(tx, 1, 0), code);
 
     ByteTable rx;
-    rx[0] = 0x31;
-    rx[1] = 0x10;
-    rx[2] = static_cast<Byte>(5 ^ 0x31 ^ 0x10);  // made by unit 5
+    rx[0] = v::CommTimeout::kCode;
+    rx[1] = 16;
+    rx[2] = static_cast<Byte>(5 ^ rx[0] ^ rx[1]);  // made by unit 5
     EXPECT_TRUE(Check_LRC(rx, 2, 5));
     // The same reply checked by a console configured for unit 1 is rejected,
     // whatever address byte came with it.

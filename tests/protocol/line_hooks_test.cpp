@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/link_rig.h"
+#include "tests/support/messages.h"
 
 using namespace halvex;
 using namespace halvex::testing;
 using recording::Verdict;
+namespace v = halvex::vocab;
 
 namespace {
 struct Read {
@@ -48,36 +50,39 @@ struct HookRig : LinkRig {
 TEST(LineHooks, ReceiverReportsEachFrameAsItCameWithItsVerdict) {
     HookRig rig(false);
     rig.state.UnitId = 3;
-    const auto good = ScriptedUnit::replyWire(3, {0x96, 0x03});
+    const auto good = ScriptedUnit::replyWire(3, test::sample(kEtx));
     ASSERT_EQ(good[1], kEsc);
+    const std::vector<Byte> noise{0x55, 0xAA};
+    const std::vector<Byte> lone{0x11, 0x22};  // no reply at all
+    const std::vector<Byte> cut{kAck, kEtx | 0x80};
     std::vector<Byte> noisy = good;
-    noisy.insert(noisy.begin(), {0x55, 0xAA});
+    noisy.insert(noisy.begin(), noise.begin(), noise.end());
     rig.arrive(noisy);
 
     auto badLrc = good;
     badLrc[badLrc.size() - 2] ^= 0x01;
     rig.arrive(badLrc);
-    rig.arrive({0x11, 0x22});  // no reply at all
-    rig.arrive({kAck, 0x03 | 0x80});
+    rig.arrive(lone);
+    rig.arrive(cut);
     ASSERT_TRUE(waitFor([&] { return rig.reads.size() >= 5; }));
 
     ASSERT_EQ(rig.reads.size(), 5u);
-    EXPECT_EQ(rig.reads[0].wire, (std::vector<Byte>{0x55, 0xAA}));
+    EXPECT_EQ(rig.reads[0].wire, noise);
     EXPECT_EQ(rig.reads[0].verdict, Verdict::Noise);
     EXPECT_EQ(rig.reads[1].wire, good);
     EXPECT_EQ(rig.reads[1].verdict, Verdict::Good);
     EXPECT_EQ(rig.reads[2].wire, badLrc);
     EXPECT_EQ(rig.reads[2].verdict, Verdict::BadLrc);
-    EXPECT_EQ(rig.reads[3].wire, (std::vector<Byte>{0x11, 0x22}));
+    EXPECT_EQ(rig.reads[3].wire, lone);
     EXPECT_EQ(rig.reads[3].verdict, Verdict::Noise);
-    EXPECT_EQ(rig.reads[4].wire, (std::vector<Byte>{kAck, 0x83}));
+    EXPECT_EQ(rig.reads[4].wire, cut);
     EXPECT_EQ(rig.reads[4].verdict, Verdict::Cut);
 }
 
 TEST(LineHooks, AFrameThatRunsPastTheReceiveBufferStillShowsAsCut) {
     HookRig rig(false);
-    std::vector<Byte> runaway = {kAck, 0x00};
-    runaway.insert(runaway.end(), 1200, 0x31);
+    std::vector<Byte> runaway = {kAck, 0};
+    runaway.insert(runaway.end(), 1200, v::JogMessage::kCode);
     runaway.push_back(kEtx);
     rig.arrive(runaway);
     ASSERT_EQ(rig.reads.size(), 2u);
@@ -92,9 +97,10 @@ TEST(LineHooks, AFrameThatRunsPastTheReceiveBufferStillShowsAsCut) {
 TEST(LineHooks, LinkReportsEachFrameQueuedWrittenOrDropped) {
     HookRig rig(true);
     rig.state.UnitId = 3;
-    rig.send({0x9F, 0x02});
+    const auto address = test::message<v::UnitAddress>({{v::unit_address::kId, 2}});
+    rig.send(address);
     ASSERT_EQ(rig.written.size(), 1u);
-    EXPECT_EQ(rig.written[0], encodeFrame(kStx, 3, {0x9F, 0x02}, 3));
+    EXPECT_EQ(rig.written[0], encodeFrame(kStx, 3, address, 3));
     ASSERT_EQ(rig.queued.size(), 1u);
     EXPECT_EQ(rig.queued[0], rig.writtenTickets[0]);
     EXPECT_TRUE(rig.dropped.empty());
@@ -104,12 +110,12 @@ TEST(LineHooks, LinkReportsEachFrameQueuedWrittenOrDropped) {
     rig.link.Timer2().stop();
     bool firstDone = false;
     QTimer::singleShot(0, [&] {
-        rig.send({0x40, 1});
+        rig.send(test::message<v::PresetRequest>({{v::preset_request::kPreset, 1}}));
         firstDone = true;
     });
     QTimer::singleShot(20, [&] { rig.port.close(); });
     ASSERT_TRUE(waitFor([&] { return firstDone; }));
-    rig.send({0x41});
+    rig.send({v::StorePreset::kCode});
     EXPECT_EQ(rig.dropped, (std::vector<QString>{QStringLiteral("64 Port closed"),
                                                  QStringLiteral("65 port closed")}));
     EXPECT_EQ(rig.written.size(), 1u);

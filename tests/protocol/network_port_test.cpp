@@ -8,12 +8,17 @@
 #include "protocol/rfc2217_port.h"
 #include "protocol/tcp_port.h"
 #include "protocol/telnet.h"
+#include "protocol/vocabulary.h"
 #include "tests/support/scripted_server.h"
 
 namespace halvex::testing {
 namespace {
 
 using namespace telnet;
+
+// The line's bytes: framing and two codes.
+constexpr int kFirmware = vocab::FirmwareRequest::kCode;
+constexpr int kJog = vocab::JogMessage::kCode;
 
 QByteArray bytes(std::initializer_list<int> values) {
     QByteArray out;
@@ -96,24 +101,24 @@ TEST(TcpPort, BytesWrittenWhileTheConnectionIsMadeGoOutOnceAndInOrder) {
     ASSERT_TRUE(port.open(QStringLiteral("socket://localhost:%1").arg(server.port()), 9600));
     EXPECT_TRUE(port.isOpen());
     ASSERT_TRUE(port.stillConnecting());
-    writeAll(port, bytes({0x02, 0x00, 0x31, 0xFF, 0x03}));
+    writeAll(port, bytes({kStx, 0, kJog, 0xFF, kEtx}));
     ASSERT_TRUE(QTest::qWaitFor([&] { return made.count() == 1; }, 5000));
     EXPECT_FALSE(port.stillConnecting());
-    writeAll(port, bytes({0x02, 0x00, 0x9A, 0x9A, 0x03}));
+    writeAll(port, bytes({kStx, 0, kFirmware, kFirmware, kEtx}));
     ASSERT_TRUE(server.waitForBytes(10));
     QTest::qWait(100);
     EXPECT_EQ(server.received(),
-              bytes({0x02, 0x00, 0x31, 0xFF, 0x03, 0x02, 0x00, 0x9A, 0x9A, 0x03}));
+              bytes({kStx, 0, kJog, 0xFF, kEtx, kStx, 0, kFirmware, kFirmware, kEtx}));
 
     // A reply in two packets waits whole in the port until it is taken.
     QSignalSpy arrived(&port, &SerialPort::dataArrived);
-    server.send(bytes({0x06, 0x00, 0x9A}));
+    server.send(bytes({kAck, 0, kFirmware}));
     ASSERT_TRUE(QTest::qWaitFor([&] { return port.bytesWaiting() == 3; }, 5000));
-    server.send(bytes({0x9A, 0x03, 0x06}));
+    server.send(bytes({kFirmware, kEtx, kAck}));
     ASSERT_TRUE(QTest::qWaitFor([&] { return port.bytesWaiting() == 6; }, 5000));
     EXPECT_EQ(arrived.count(), 2);
     port.consume(5);
-    EXPECT_EQ(waiting(port), bytes({0x06}));
+    EXPECT_EQ(waiting(port), bytes({kAck}));
     EXPECT_GT(port.transportPauseMs(), 0);
 
     QSignalSpy closed(&port, &SerialPort::closed);
@@ -121,7 +126,7 @@ TEST(TcpPort, BytesWrittenWhileTheConnectionIsMadeGoOutOnceAndInOrder) {
     EXPECT_EQ(closed.count(), 1);
     EXPECT_FALSE(port.isOpen());
     EXPECT_EQ(port.bytesWaiting(), 0);
-    EXPECT_FALSE(port.writeByte(0x02));
+    EXPECT_FALSE(port.writeByte(kStx));
 }
 
 // Opens `device` and waits for the port to give it up.
@@ -151,7 +156,7 @@ TEST(TcpPort, ARefusedUnresolvableOrCutConnectionIsALostDeviceThatSaysWhy) {
 
     ScriptedServer server;
     server.greet = [](QTcpSocket& socket) {
-        socket.write(bytes({0x06, 0x00, 0x31}));  // half a reply, then gone
+        socket.write(bytes({kAck, 0, kJog}));  // half a reply, then gone
         socket.flush();
         socket.disconnectFromHost();
     };
@@ -159,7 +164,7 @@ TEST(TcpPort, ARefusedUnresolvableOrCutConnectionIsALostDeviceThatSaysWhy) {
     EXPECT_EQ(lossOf(port, QStringLiteral("socket://127.0.0.1:%1").arg(server.port())),
               QStringLiteral("the device server closed the connection"));
     EXPECT_EQ(port.bytesWaiting(), 0) << "half a reply left behind";
-    EXPECT_FALSE(port.writeByte(0x02));
+    EXPECT_FALSE(port.writeByte(kStx));
     EXPECT_FALSE(port.open(QStringLiteral("socket://no port"), 9600));
     EXPECT_FALSE(port.isOpen());
 }
@@ -177,7 +182,7 @@ TEST(Rfc2217Port, TheLineWaitsForThePortSettingsAndCarries0xFFDoubledBothWays) {
     Rfc2217Port port;
     QSignalSpy notices(&port, &SerialPort::notice);
     ASSERT_TRUE(port.open(QStringLiteral("rfc2217://127.0.0.1:%1").arg(server.port()), 38400));
-    writeAll(port, bytes({0x02, 0xFF, 0x03}));
+    writeAll(port, bytes({kStx, 0xFF, kEtx}));
     ASSERT_TRUE(server.waitForConnection());
     QTest::qWait(50);
     EXPECT_TRUE(port.stillConnecting()) << "ready before the server answered";
@@ -186,23 +191,23 @@ TEST(Rfc2217Port, TheLineWaitsForThePortSettingsAndCarries0xFFDoubledBothWays) {
               bytes({kIac, kWill, kComPort, kIac, kWill, kBinary, kIac, kDo, kBinary}));
 
     ASSERT_TRUE(QTest::qWaitFor([&] { return !port.stillConnecting(); }, 3000));
-    writeAll(port, bytes({0x9A}));
+    writeAll(port, bytes({kFirmware}));
     QByteArray expected = bytes({kIac, kWill, kComPort, kIac, kWill, kBinary, kIac, kDo, kBinary,
                                  kIac, kDo, kSuppressGoAhead});
     expected += bytes({kIac, kSb, kComPort, 1, 0x00, 0x00, 0x96, 0x00, kIac, kSe});
     expected += bytes({kIac, kSb, kComPort, 2, 8, kIac, kSe, kIac, kSb, kComPort, 3, 1, kIac, kSe});
     expected += bytes({kIac, kSb, kComPort, 4, 1, kIac, kSe, kIac, kSb, kComPort, 5, 1, kIac, kSe});
-    expected += bytes({0x02, 0xFF, 0xFF, 0x03, 0x9A});
+    expected += bytes({kStx, 0xFF, 0xFF, kEtx, kFirmware});
     ASSERT_TRUE(server.waitForBytes(expected.size()));
     QTest::qWait(100);
     EXPECT_EQ(server.received(), expected);
 
     // From the server: a doubled 0xFF is one data byte, commands are gone.
-    server.send(bytes({0x06, kIac, kIac, kIac, 241, 0x03, kIac, kSb, kComPort, 101, 0x00, 0x00,
+    server.send(bytes({kAck, kIac, kIac, kIac, 241, kEtx, kIac, kSb, kComPort, 101, 0x00, 0x00,
                        0x96, 0x00, kIac, kSe}));
     ASSERT_TRUE(QTest::qWaitFor([&] { return port.bytesWaiting() == 3; }, 5000));
     QTest::qWait(50);
-    EXPECT_EQ(waiting(port), bytes({0x06, 0xFF, 0x03}));
+    EXPECT_EQ(waiting(port), bytes({kAck, 0xFF, kEtx}));
     EXPECT_EQ(notices.count(), 0) << "the server set what was asked";
 }
 
@@ -213,10 +218,10 @@ TEST(Rfc2217Port, AServerThatRefusesOrIgnoresThePortSettingsIsToldAndStillCarrie
         Rfc2217Port port;
         QSignalSpy notices(&port, &SerialPort::notice);
         ASSERT_TRUE(port.open(QStringLiteral("rfc2217://127.0.0.1:%1").arg(refusing.port()), 9600));
-        writeAll(port, bytes({0x02}));
+        writeAll(port, bytes({kStx}));
         ASSERT_TRUE(QTest::qWaitFor([&] { return !port.stillConnecting(); }, 3000));
         ASSERT_TRUE(refusing.waitForBytes(10));
-        EXPECT_EQ(refusing.received().right(1), bytes({0x02}));
+        EXPECT_EQ(refusing.received().right(1), bytes({kStx}));
         ASSERT_EQ(notices.count(), 1);
         EXPECT_TRUE(notices.first().first().toString().contains("RFC 2217 refused"));
     }
@@ -226,7 +231,7 @@ TEST(Rfc2217Port, AServerThatRefusesOrIgnoresThePortSettingsIsToldAndStillCarrie
         Rfc2217Port port;
         QSignalSpy notices(&port, &SerialPort::notice);
         ASSERT_TRUE(port.open(QStringLiteral("rfc2217://127.0.0.1:%1").arg(silent.port()), 9600));
-        writeAll(port, bytes({0x02}));
+        writeAll(port, bytes({kStx}));
         ASSERT_TRUE(silent.waitForConnection());
         QTest::qWait(Rfc2217Port::kNegotiationTimeoutMs / 2);
         EXPECT_TRUE(port.stillConnecting());
@@ -281,9 +286,9 @@ TEST(DevicePort, TheDeviceStringChoosesTheKindOfPort) {
     EXPECT_EQ(port.kind(), PortKind::RawTcp);
     EXPECT_EQ(port.baudRate(), 19200);
     ASSERT_TRUE(QTest::qWaitFor([&] { return made.count() == 1; }, 5000));
-    writeAll(port, bytes({0x02, 0xFF}));
+    writeAll(port, bytes({kStx, 0xFF}));
     ASSERT_TRUE(server.waitForBytes(2));
-    server.send(bytes({0x06}));
+    server.send(bytes({kAck}));
     ASSERT_TRUE(QTest::qWaitFor([&] { return port.bytesWaiting() == 1; }, 5000));
     port.close();
 

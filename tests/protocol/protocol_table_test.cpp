@@ -6,9 +6,13 @@
 #include "protocol/frame_description.h"
 #include "protocol/protocol_table.h"
 #include "sim/command_table.h"
+#include "tests/support/messages.h"
 
 using namespace halvex;
 using namespace halvex::table;
+namespace v = halvex::vocab;
+namespace jog = halvex::vocab::jog;
+namespace report = halvex::vocab::report;
 
 namespace {
 
@@ -20,12 +24,6 @@ std::vector<Byte> reply(Byte address, const std::vector<Byte>& message) {
     return encodeFrame(kAck, address, message, address);
 }
 
-std::vector<Byte> angle(std::int32_t hundredths) {
-    const auto v = static_cast<std::uint32_t>(hundredths);
-    return {static_cast<Byte>(v & 0xFF), static_cast<Byte>((v >> 8) & 0xFF),
-            static_cast<Byte>((v >> 16) & 0xFF)};
-}
-
 std::vector<Byte> join(std::initializer_list<std::vector<Byte>> parts) {
     std::vector<Byte> out;
     for (const auto& part : parts) {
@@ -34,10 +32,24 @@ std::vector<Byte> join(std::initializer_list<std::vector<Byte>> parts) {
     return out;
 }
 
+// The read flag, in the same place in every get/set command.
+constexpr Byte kRead = v::maskOf(v::kReadRequest<v::Rates>);
+
+// A message answered under the code of another.
+std::vector<Byte> under(Byte code, std::vector<Byte> message) {
+    message[0] = code;
+    return message;
+}
+
+// A jog message's report whose counts claim more camera bytes than come.
+std::vector<Byte> overcounted(std::initializer_list<test::Value<v::PositionReport>> values) {
+    return test::report(v::JogMessage::kCode, values, v::PositionReport::kJogLength);
+}
+
 bool hasReadRequest(Byte code) {
     for (const Layout& layout : findMessage(Direction::ToUnit, code)->layouts) {
         if (layout.match.kind == Match::Kind::Bits && layout.match.index == 1 &&
-            layout.match.value == 0x80) {
+            layout.match.value == kRead) {
             return true;
         }
     }
@@ -56,22 +68,35 @@ TEST(FrameDescription, NamesEveryFrameAndItsFieldsAsTheOperatorReadsThem) {
     };
     const std::vector<Case> cases = {
         {"jog message: flags by name, directions, speeds",
-         command(0, {0x31, 0x82 | 0x10, 40, 0, 0, 0, 3, 0}),
+         command(0, test::withBits(
+                        test::message<v::JogMessage>({{jog::kPanSpeed, 40}, {jog::kLensJog[2], 3}}),
+                        {jog::kPanCw, jog::kStop, jog::kPanLowSpeed})),
          "jog message: pan speed 40; tilt speed 0; flags stop, pan low speed; pan direction CW; "
          "tilt direction down; zoom 1 jog 0; focus 1 jog 0; zoom 2 jog 3; focus 2 jog 0"},
         {"jog message: each direction from its own bit, each lens byte from its own place",
-         command(0, {0x31, 0x40 | 0x08, 0x80, 0x3F, 1, 2, 0, 4}),
+         command(0, test::withBits(test::message<v::JogMessage>({{jog::kPanSpeed, 128},
+                                                                 {jog::kTiltSpeed, 63},
+                                                                 {jog::kLensJog[0], 1},
+                                                                 {jog::kLensJog[1], 2},
+                                                                 {jog::kLensJog[3], 4}}),
+                                   {jog::kTiltUp, jog::kTiltLowSpeed})),
          "jog message: pan speed 128; tilt speed 63; flags tilt low speed; pan direction CCW; "
          "tilt direction up; zoom 1 jog 1; focus 1 jog 2; zoom 2 jog 0; focus 2 jog 4"},
         {"position report: angles in degrees, status bits by name, camera bytes",
-         reply(1, join({{0x31},
-                        angle(-100),
-                        angle(4550),
-                        {0x01 | 0x20 | 0x08},
-                        {0xFC},
-                        {0x08},
-                        {10, 11, 12, 13},
-                        {2, 1},
+         reply(1, join({test::report(v::JogMessage::kCode,
+                                     {{report::kPan, -100},
+                                      {report::kTilt, 4550},
+                                      {report::kStatusAByte, (1 << 3) | (1 << 5)},
+                                      {report::kControllerType, 1},
+                                      {report::kStatusB, 0xFC},
+                                      {report::kStatusC, 1 << 3},
+                                      {report::kLens[0], 10},
+                                      {report::kLens[1], 11},
+                                      {report::kLens[2], 12},
+                                      {report::kLens[3], 13},
+                                      {report::kCamera1Count, 2},
+                                      {report::kCamera2Count, 1}},
+                                     v::PositionReport::kJogLength),
                         {0xAA, 0xBB, 0xCC}})),
          "position report: pan -1.00\xC2\xB0; tilt 45.50\xC2\xB0; "
          "status A pan timeout, CW hard limit; status B tilt direction fault, tilt timeout, "
@@ -80,48 +105,89 @@ TEST(FrameDescription, NamesEveryFrameAndItsFieldsAsTheOperatorReadsThem) {
          "zoom 2 12; focus 2 13; type Zelvar; camera 1 count 2; camera 2 count 1; "
          "camera 1 data AA BB; camera 2 data CC"},
         {"a report with the target bit is a target report",
-         reply(0, join({{0x33}, angle(1), angle(-1), {0}, {0}, {0x20}, {0, 0, 0, 0}})),
+         reply(0, test::withBits(test::report(v::AbsoluteMove::kCode,
+                                              {{report::kPan, 1}, {report::kTilt, -1}}),
+                                 {report::kTarget})),
          "target report: pan 0.01\xC2\xB0; tilt -0.01\xC2\xB0; status C target; "
          "zoom 1 0; focus 1 0; zoom 2 0; focus 2 0; type Halvex"},
         {"an absolute move that holds an axis",
-         command(0, join({{0x33}, angle(99999), angle(-9000)})),
+         command(0, test::message<v::AbsoluteMove>(
+                        {{v::absolute_move::kPan, v::absolute_move::kHoldAxis},
+                         {v::absolute_move::kTilt, -9000}})),
          "absolute move: pan hold; tilt -90.00\xC2\xB0"},
         {"a preset record, negative pan",
-         reply(0, join({{0x41, 7}, {0xC7, 0xCF, 0xFF}, angle(250), {1, 2, 3, 4}})),
+         reply(0, under(v::StorePreset::kCode,
+                        test::message<v::PresetRecord>({{v::preset_record::kPreset, 7},
+                                                        {v::preset_record::kPan, -12345},
+                                                        {v::preset_record::kTilt, 250},
+                                                        {v::preset_record::kLens[0], 1},
+                                                        {v::preset_record::kLens[1], 2},
+                                                        {v::preset_record::kLens[2], 3},
+                                                        {v::preset_record::kLens[3], 4}}))),
          "preset record: preset 7; pan -123.45\xC2\xB0; tilt 2.50\xC2\xB0; zoom 1 1; focus 1 2; "
          "zoom 2 3; focus 2 4"},
         {"a Get is named a request and its padding is left out",
-         command(0, {0x92, 0x80, 0, 0, 0, 0, 0, 0, 0}), "rates request"},
+         command(0, v::readRequest<v::Rates>()), "rates request"},
         {"the rates reply: each speed from its own byte, the safe speeds without their top bit",
-         reply(0, {0x92, 0x81, 12, 13, 0, 0x94, 22, 23}),
+         reply(0, test::message<v::RatesReply>({{v::rates_reply::Pan::kSafeSpeedByte, 0x81},
+                                                {v::rates_reply::Pan::kRamp, 12},
+                                                {v::rates_reply::Pan::kDeceleration, 13},
+                                                {v::rates_reply::Tilt::kSafeSpeedByte, 0x94},
+                                                {v::rates_reply::Tilt::kRamp, 22},
+                                                {v::rates_reply::Tilt::kDeceleration, 23}})),
          "rates: pan safe speed 1; pan ramp 12; pan deceleration 13; tilt safe speed 20; "
          "tilt ramp 22; tilt deceleration 23"},
-        {"the top speeds' second variant, read and set", command(0, {0x9C, 0xC0, 0, 0}),
+        {"the top speeds' second variant, read and set",
+         command(0, test::withBits(v::readRequest<v::TopSpeeds>(), {v::top_speeds::kSecond})),
          "second top speeds request"},
-        {"top speeds set, first variant", command(0, {0x9C, 0x00, 60, 70}),
+        {"top speeds set, first variant",
+         command(0, test::message<v::TopSpeeds>(
+                        {{v::top_speeds::kPan, 60}, {v::top_speeds::kTilt, 70}})),
          "top speeds: pan top speed 60; tilt top speed 70"},
-        {"a soft-limit request names its limit", command(0, {0x81, 0x82}),
+        {"a soft-limit request names its limit",
+         command(0, test::withBits(test::message<v::SoftLimit>({{v::soft_limit::kLimit, 2}}),
+                                   {v::kReadRequest<v::SoftLimit>})),
          "soft limit request: limit up"},
-        {"a camera string to camera 2", command(0, {0x62, 0x83, 0x81, 0x01, 0xFF}),
+        {"a camera string to camera 2",
+         command(0, join({test::message<v::CameraTransmit>(
+                              {{v::camera_transmit::kCount, 3}, {v::camera_transmit::kCamera, 1}},
+                              v::camera_transmit::kData),
+                          {0x81, 1, 0xFF}})),
          "camera transmit: length 3; to camera 2; data 81 01 FF"},
-        {"the tour step record: preset, camera, dwell, blanking", command(0, {0x52, 1, 69, 138}),
+        {"the tour step record: preset, camera, dwell, blanking",
+         command(0, test::message<v::AppendTourStep>({{v::append_tour_step::kTour, 1},
+                                                      {v::append_tour_step::Step::kPreset, 5},
+                                                      {v::append_tour_step::Step::kCamera, 1},
+                                                      {v::append_tour_step::Step::kDwell, 10},
+                                                      {v::append_tour_step::Step::kBlank, 1}})),
          "append tour step: tour 1; preset 5; camera camera 2; dwell 10 s; blank blank video"},
-        {"the firmware's year counts from 2000", reply(0, {0x9A, 2, 3, 15, 6, 11}),
+        {"the firmware's year counts from 2000",
+         reply(0, test::message<v::Firmware>({{v::firmware::kMajor, 2},
+                                              {v::firmware::kMinor, 3},
+                                              {v::firmware::kDay, 15},
+                                              {v::firmware::kMonth, 6},
+                                              {v::firmware::kYear, 11}})),
          "firmware: major 2; minor 3; day 15; month 6; year 2011"},
-        {"named values: heater, comm time-out off", reply(0, {0x97, 2}), "heater: mode full power"},
-        {"a value with a name of its own", reply(0, {0x96, 0}), "comm time-out: seconds off"},
+        {"named values: heater, comm time-out off",
+         reply(0, test::message<v::Heater>({{v::heater::kMode, 2}})), "heater: mode full power"},
+        {"a value with a name of its own", reply(0, test::sample(0)), "comm time-out: seconds off"},
         {"the site name as text",
-         command(0, join({{0x75}, {'T', 'o', 'w', 'e', 'r', 0x01}, std::vector<Byte>(6, ' ')})),
+         command(
+             0,
+             join({{v::SiteName::kCode}, {'T', 'o', 'w', 'e', 'r', 1}, std::vector<Byte>(6, ' ')})),
          "site name: text \"Tower.      \""},
-        {"bytes past the layout are shown", reply(0, {0x9F, 5, 0xEE}),
+        {"bytes past the layout are shown",
+         reply(0, join({test::message<v::UnitAddress>({{v::unit_address::kId, 5}}), {0xEE}})),
          "unit address: id 5; more EE"},
         {"a code nobody knows", reply(0, {0xA7, 1, 2}), "unknown code: payload 01 02"},
-        {"a refusal names the refused command", encodeFrame(kNak, 0, {0x41}, 0),
+        {"a refusal names the refused command", encodeFrame(kNak, 0, {v::StorePreset::kCode}, 0),
          "refusal: of store preset"},
-        {"a frame the line cut off", {kAck, 0x00, 0x31, 0x10}, "position report (cut)"},
-        {"a payload shorter than its layout", reply(0, {0x81, 1, 0x18}),
+        {"a frame the line cut off", {kAck, 0, v::JogMessage::kCode, 16}, "position report (cut)"},
+        {"a payload shorter than its layout",
+         reply(0, join({test::message<v::SoftLimitReply>({{v::soft_limit_reply::kLimit, 1}}, 2),
+                        {24}})),
          "soft limit: limit CCW (short)"},
-        {"bytes outside any frame", {0x55, 0x31, 0x03}, "noise"},
+        {"bytes outside any frame", {0x55, v::JogMessage::kCode, kEtx}, "noise"},
     };
     for (const Case& c : cases) {
         EXPECT_EQ(describeFrame(c.wire).summary(), c.summary) << c.what;
@@ -129,35 +195,43 @@ TEST(FrameDescription, NamesEveryFrameAndItsFieldsAsTheOperatorReadsThem) {
 }
 
 TEST(FrameDescription, ReadsEscapesAndChecksTheLrcAgainstTheFramesAddress) {
-    // Unit 3 needs an escape for its address; the 0x03 in the payload too.
-    const auto wire = reply(3, {0x96, 0x03});
+    // Unit 3 needs an escape for its address; the ETX in the payload too.
+    const auto wire = reply(3, test::sample(kEtx));
     ASSERT_EQ(wire[1], kEsc);
     const FrameDescription frame = describeFrame(wire);
     EXPECT_EQ(frame.address, 3);
-    EXPECT_EQ(frame.code, 0x96);
+    EXPECT_EQ(frame.code, v::CommTimeout::kCode);
     ASSERT_EQ(frame.fields.size(), 1u);
     EXPECT_EQ(frame.fields[0].number, 3);
     EXPECT_TRUE(frame.ended);
     EXPECT_TRUE(frame.lrcMatchesAddress);
-    EXPECT_EQ(frame.lrc, static_cast<Byte>(3 ^ 0x96 ^ 0x03));
+    EXPECT_EQ(frame.lrc, static_cast<Byte>(3 ^ v::CommTimeout::kCode ^ kEtx));
 
     // The same reply with its LRC made for another unit does not add up.
-    const FrameDescription wrong = describeFrame(encodeFrame(kAck, 3, {0x96, 0x03}, 1));
+    const FrameDescription wrong = describeFrame(encodeFrame(kAck, 3, test::sample(kEtx), 1));
     EXPECT_FALSE(wrong.lrcMatchesAddress);
     EXPECT_EQ(wrong.summary(), "comm time-out: seconds 3 s");
 
     // Direction comes from the start byte.
-    EXPECT_EQ(describeFrame(command(1, {0x9A})).direction, Direction::ToUnit);
-    EXPECT_EQ(describeFrame(reply(1, {0x9A})).direction, Direction::FromUnit);
+    const auto firmware = v::blank<v::FirmwareRequest>();
+    EXPECT_EQ(describeFrame(command(1, firmware)).direction, Direction::ToUnit);
+    EXPECT_EQ(describeFrame(reply(1, firmware)).direction, Direction::FromUnit);
 }
 
 TEST(FrameDescription, NeverFailsOnOddBytes) {
     // Every prefix of a long frame, with every start byte, escapes at the end,
     // and counts that claim more camera bytes than came.
-    const auto report =
-        reply(0x1B, join({{0x31}, angle(-1), angle(1), {0, 0, 0, 1, 2, 3, 4}, {200, 200}, {0x1B}}));
-    for (std::size_t length = 0; length <= report.size(); ++length) {
-        std::vector<Byte> cut(report.begin(), report.begin() + static_cast<long>(length));
+    const auto longReport = reply(kEsc, join({overcounted({{report::kPan, -1},
+                                                           {report::kTilt, 1},
+                                                           {report::kLens[0], 1},
+                                                           {report::kLens[1], 2},
+                                                           {report::kLens[2], 3},
+                                                           {report::kLens[3], 4},
+                                                           {report::kCamera1Count, 200},
+                                                           {report::kCamera2Count, 200}}),
+                                              {kEsc}}));
+    for (std::size_t length = 0; length <= longReport.size(); ++length) {
+        std::vector<Byte> cut(longReport.begin(), longReport.begin() + static_cast<long>(length));
         for (Byte start : {kStx, kAck, kNak, Byte{0}}) {
             if (!cut.empty()) {
                 cut[0] = start;
@@ -166,16 +240,10 @@ TEST(FrameDescription, NeverFailsOnOddBytes) {
             EXPECT_FALSE(frame.summary().empty());
         }
     }
-    EXPECT_EQ(
-        describeFrame(
-            reply(0, join({{0x31}, angle(0), angle(0), {0, 0, 0, 0, 0, 0, 0}, {200, 0}, {1, 2}})))
-            .summary()
-            .substr(0, 15),
-        "position report");
-    EXPECT_TRUE(
-        describeFrame(
-            reply(0, join({{0x31}, angle(0), angle(0), {0, 0, 0, 0, 0, 0, 0}, {200, 0}, {1, 2}})))
-            .shortPayload);
+    const FrameDescription overlong =
+        describeFrame(reply(0, join({overcounted({{report::kCamera1Count, 200}}), {1, 2}})));
+    EXPECT_EQ(overlong.summary().substr(0, 15), "position report");
+    EXPECT_TRUE(overlong.shortPayload);
     EXPECT_EQ(describeFrame({}).name, "noise");
     EXPECT_EQ(describeFrame({kStx, kEtx}).name, "empty frame");
 }
@@ -198,7 +266,7 @@ TEST(ProtocolTable, HoldsEveryCommandTheUnitKnowsAtTheLengthItNeeds) {
         std::vector<Byte> message(entry->minPayload + 1, 0);
         message[0] = static_cast<Byte>(code);
         if (message.size() > 1 && hasReadRequest(static_cast<Byte>(code))) {
-            message[1] = 0x80;
+            message[1] = kRead;
         }
         const FrameDescription frame = describeFrame(command(0, message));
         EXPECT_FALSE(frame.shortPayload) << std::hex << code << " " << frame.summary();
@@ -244,11 +312,13 @@ TEST(ProtocolTable, LayoutsAreWellFormedAndListedOncePerCodeAndDirection) {
             }
         }
     }
-    EXPECT_EQ(codeCaption(0x31), "jog message / position report");
-    EXPECT_EQ(codeCaption(0x9A), "firmware request / firmware");
-    EXPECT_EQ(codeCaption(0x01), "unknown code");
+    EXPECT_EQ(codeCaption(v::JogMessage::kCode), "jog message / position report");
+    EXPECT_EQ(codeCaption(v::FirmwareRequest::kCode), "firmware request / firmware");
+    EXPECT_EQ(codeCaption(1), "unknown code");
     EXPECT_EQ(replyCodesNamed("position report"),
-              (std::vector<Byte>{0x31, 0x32, 0x33, 0x34, 0x35, 0x36, 0x3A}));
+              (std::vector<Byte>{v::JogMessage::kCode, v::GoToPreset::kCode, v::AbsoluteMove::kCode,
+                                 v::DeltaMove::kCode, v::MoveToCentre::kCode, v::MoveToHome::kCode,
+                                 v::AbsoluteMoveWithLenses::kCode}));
 }
 
 TEST(DissectorSource, WritesTheWholeTableIntoTheEngineWithOneTypePerFilterField) {

@@ -6,10 +6,12 @@
 #include "protocol/qt_serial_port.h"
 #include "tests/support/empty_wakeup.h"
 #include "tests/support/link_rig.h"
+#include "tests/support/messages.h"
 #include "tests/support/pty_pair.h"
 
 using namespace halvex;
 using namespace halvex::testing;
+namespace v = halvex::vocab;
 
 namespace {
 // The link on a real QSerialPort over a pseudo-terminal; the test is the unit.
@@ -45,15 +47,19 @@ TEST(PtyLink, FrameReachesTheLineByteForByte) {
     rig.state.UnitId = 1;
     guarded(rig.state, "test", [&] {
         SendInProgressScope sending(rig.state);
-        rig.state.TxBuffer[0] = 0x33;
+        rig.state.TxBuffer[0] = v::AbsoluteMove::kCode;
         for (int i = 1; i <= 6; ++i) {
             rig.state.TxBuffer[i] = static_cast<Byte>(i);  // 2, 3 and 6 need escapes
         }
         rig.link.SendFrame(7);
     });
-    // LRC = 1 ^ 0x33 ^ 1 ^ 2 ^ 3 ^ 4 ^ 5 ^ 6 = 0x35.
-    const std::vector<Byte> expected{0x02, 0x01, 0x33, 0x01, 0x1B, 0x82, 0x1B,
-                                     0x83, 0x04, 0x05, 0x1B, 0x86, 0x35, 0x03};
+    const auto escaped = [](Byte value) { return static_cast<Byte>(value | 0x80); };
+    const auto lrc = static_cast<Byte>(1 ^ v::AbsoluteMove::kCode ^ 1 ^ 2 ^ 3 ^ 4 ^ 5 ^ 6);
+    const std::vector<Byte> expected{kStx, 1,          v::AbsoluteMove::kCode,
+                                     1,    kEsc,       escaped(2),
+                                     kEsc, escaped(3), 4,
+                                     5,    kEsc,       escaped(6),
+                                     lrc,  kEtx};
     EXPECT_EQ(rig.readFromConsole(expected.size()), expected);
     EXPECT_EQ(rig.lastSent, QStringLiteral("02 01 33 01 1B 02 1B 03 04 05 1B 06 35 03"));
 }
@@ -69,14 +75,14 @@ TEST(PtyLink, ANoiseByteJustBeforeAReplyDoesNotSpoilTheReply) {
     Receiver receiver(rig.state, rig.link);
     receiver.attachPort(&rig.port);
     int decoded = 0;
-    receiver.registerDecoder(0x31, [&] { ++decoded; });
+    receiver.registerDecoder(v::CommTimeout::kCode, [&] { ++decoded; });
     ASSERT_TRUE(rig.port.open(rig.pty.slavePath(), 9600));
     rig.state.UnitId = 1;
     rig.pty.write({0x11});
     // The reply follows a moment later, as on a real line.
     std::thread unit([&] {
         std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        rig.pty.write(ScriptedUnit::replyWire(1, {0x31}));
+        rig.pty.write(ScriptedUnit::replyWire(1, test::sample(1)));
     });
     EXPECT_TRUE(waitFor([&] { return decoded == 1; }));
     unit.join();
@@ -123,7 +129,7 @@ TEST(PtyLink, AWakeupWithNothingToReadIsNotALostDevice) {
     EXPECT_TRUE(rig.port.isOpen());
     // The port listens to the device again.
     const int arrivals = rig.arrivals;
-    EXPECT_TRUE(rig.hears({0x06, 0x00}));
+    EXPECT_TRUE(rig.hears({kAck, 0}));
     EXPECT_GT(rig.arrivals, arrivals);
 }
 
@@ -169,14 +175,15 @@ TEST(PtyLink, TwoRepliesInOneReadAreBothDecodedWithoutAnotherEvent) {
     Receiver receiver(rig.state, rig.link);
     receiver.attachPort(&rig.port);
     std::vector<Byte> codes;
-    for (const Byte code : {Byte{0x31}, Byte{0x33}}) {
+    for (const Byte code : {v::CommTimeout::kCode, v::UnitAddress::kCode}) {
         receiver.registerDecoder(code, [&rig, &codes] { codes.push_back(rig.state.RxBuffer[0]); });
     }
     ASSERT_TRUE(rig.port.open(rig.pty.slavePath(), 9600));
-    auto both = ScriptedUnit::replyWire(0, {0x31, 0x01});
-    const auto second = ScriptedUnit::replyWire(0, {0x33, 0x02});
+    auto both = ScriptedUnit::replyWire(0, test::sample(1));
+    const auto second =
+        ScriptedUnit::replyWire(0, test::message<v::UnitAddress>({{v::unit_address::kId, 2}}));
     both.insert(both.end(), second.begin(), second.end());
     rig.pty.write(both);
     EXPECT_TRUE(waitFor([&] { return codes.size() == 2; }, 1000));
-    EXPECT_EQ(codes, (std::vector<Byte>{0x31, 0x33}));
+    EXPECT_EQ(codes, (std::vector<Byte>{v::CommTimeout::kCode, v::UnitAddress::kCode}));
 }

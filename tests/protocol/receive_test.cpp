@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/link_rig.h"
+#include "tests/support/messages.h"
 
 using namespace halvex;
 using namespace halvex::testing;
+namespace v = halvex::vocab;
 
 namespace {
 // A receive rig with a decoder that records what it saw.
@@ -13,7 +15,7 @@ struct ReceiveRig : LinkRig {
     QString caption;
 
     ReceiveRig() : LinkRig(false) {
-        for (Byte code : {Byte{0x31}, Byte{0x33}, Byte{0x81}}) {
+        for (Byte code : {v::Ramps::kCode, v::CommTimeout::kCode, v::UnitAddress::kCode}) {
             receiver.registerDecoder(code, [this] {
                 std::vector<Byte> seen;
                 for (int i = 0; i < 8; ++i) {
@@ -38,36 +40,43 @@ std::vector<Byte> concat(std::vector<Byte> a, const std::vector<Byte>& b) {
     a.insert(a.end(), b.begin(), b.end());
     return a;
 }
+
+// A reply of three bytes the decoders here take: only its bytes matter.
+std::vector<Byte> ramps(int pan, int tilt) {
+    return test::message<v::Ramps>({{v::ramps::kPan, pan}, {v::ramps::kTilt, tilt}});
+}
+
+bool decodedAs(const std::vector<Byte>& decoded, const std::vector<Byte>& message) {
+    return std::equal(message.begin(), message.end(), decoded.begin());
+}
 }  // namespace
 
 TEST(ReceiveFrame, DecodesGoodReplyAfterLeadingNoise) {
     ReceiveRig rig;
     rig.state.UnitId = 1;
     rig.state.ReplyReceived = false;
-    rig.arrive(concat({0x55, 0xAA, 0x03}, ScriptedUnit::replyWire(1, {0x31, 0x10, 0x20})));
+    rig.arrive(concat({0x55, 0xAA, kEtx}, ScriptedUnit::replyWire(1, ramps(16, 32))));
     ASSERT_EQ(rig.decoded.size(), 1u);
-    EXPECT_EQ(rig.decoded[0][0], 0x31);
-    EXPECT_EQ(rig.decoded[0][1], 0x10);
-    EXPECT_EQ(rig.decoded[0][2], 0x20);
+    EXPECT_TRUE(decodedAs(rig.decoded[0], ramps(16, 32)));
     EXPECT_TRUE(rig.state.ReplyReceived);
-    EXPECT_EQ(rig.state.LastResponseCode, 0x31);
+    EXPECT_EQ(rig.state.LastResponseCode, v::Ramps::kCode);
     EXPECT_EQ(rig.state.lamp(), LinkLamp::Good);
     EXPECT_EQ(rig.caption, QStringLiteral("Currently Receiving ID Of 1"));
     // The noise is in no capture.
-    EXPECT_EQ(rig.lastReceived, QStringLiteral("06 01 31 10 20 00 03"));
+    EXPECT_EQ(rig.lastReceived, QStringLiteral("06 01 86 10 20 B7 03"));
     EXPECT_EQ(rig.refreshes, 1);
 }
 
 TEST(ReceiveFrame, EscapedEtxInPayloadIsDataNotTheEnd) {
     ReceiveRig rig;
-    // Payload 0x03 0x06 travels as 1B 83 1B 86.
-    const auto wire = ScriptedUnit::replyWire(0, {0x33, 0x03, 0x06, 0x44});
-    ASSERT_NE(std::find(wire.begin(), wire.end(), Byte{0x83}), wire.end());
+    // The payload ETX and ACK travel as escape pairs.
+    const auto wire = ScriptedUnit::replyWire(0, ramps(kEtx, kAck));
+    const Byte escapedEtx[] = {kEsc, static_cast<Byte>(kEtx | 0x80)};
+    ASSERT_NE(std::search(wire.begin(), wire.end(), std::begin(escapedEtx), std::end(escapedEtx)),
+              wire.end());
     rig.arrive(wire);
     ASSERT_EQ(rig.decoded.size(), 1u);
-    EXPECT_EQ(rig.decoded[0][1], 0x03);
-    EXPECT_EQ(rig.decoded[0][2], 0x06);
-    EXPECT_EQ(rig.decoded[0][3], 0x44);
+    EXPECT_TRUE(decodedAs(rig.decoded[0], ramps(kEtx, kAck)));
 }
 
 TEST(ReceiveFrame, AddressesFromAHundredUpShowNoCaptionButAreDecodedWhenLrcMatchesOurId) {
@@ -78,11 +87,11 @@ TEST(ReceiveFrame, AddressesFromAHundredUpShowNoCaptionButAreDecodedWhenLrcMatch
         ReceiveRig rig;
         rig.state.UnitId = 2;
         // Sent from another address but with an LRC that starts from our id.
-        rig.arrive(encodeFrame(kAck, address, {0x31, 0x01}, 2));
+        rig.arrive(encodeFrame(kAck, address, test::sample(1), 2));
         EXPECT_EQ(rig.decoded.size(), 1u);
         EXPECT_EQ(rig.caption, QLatin1String(caption));
         // Made by that unit for itself: fails the check here.
-        rig.arrive(encodeFrame(kAck, address, {0x31, 0x01}, address));
+        rig.arrive(encodeFrame(kAck, address, test::sample(1), address));
         EXPECT_EQ(rig.decoded.size(), 1u);
         EXPECT_TRUE(rig.state.LinkFault);
     }
@@ -94,19 +103,20 @@ TEST(ReceiveFrame, FailuresLightTheLampAndDispatchNothing) {
     rig.state.setLamp(LinkLamp::Good);
 
     // Bad LRC: fault flag and lamp.
-    auto bad = ScriptedUnit::replyWire(1, {0x31, 0x10});
+    const auto good = ScriptedUnit::replyWire(1, test::sample(16));
+    auto bad = good;
     bad[bad.size() - 2] ^= 0x40;
     rig.arrive(bad);
     EXPECT_TRUE(rig.state.LinkFault);
     EXPECT_EQ(rig.state.lamp(), LinkLamp::Fault);
 
     // A good reply clears the fault.
-    rig.arrive(ScriptedUnit::replyWire(1, {0x31, 0x10}));
+    rig.arrive(good);
     EXPECT_FALSE(rig.state.LinkFault);
     EXPECT_EQ(rig.decoded.size(), 1u);
 
     // Truncated: the frame is lost, LinkFault stays as it was.
-    rig.arrive({0x06, 0x01, 0x31, 0x10});
+    rig.arrive({good.begin(), good.end() - 2});
     QTest::qWait(60);
     EXPECT_EQ(rig.state.lamp(), LinkLamp::Fault);
     EXPECT_FALSE(rig.state.LinkFault);
@@ -115,7 +125,7 @@ TEST(ReceiveFrame, FailuresLightTheLampAndDispatchNothing) {
     // Noise with no start byte, and a start byte that is the last byte.
     rig.arrive({0x11, 0x22, 0x33});
     EXPECT_EQ(rig.port.bytesWaiting(), 0);
-    rig.arrive({0x11, 0x06});
+    rig.arrive({0x11, kAck});
     QTest::qWait(60);
     EXPECT_EQ(rig.port.bytesWaiting(), 0);
     EXPECT_EQ(rig.decoded.size(), 1u);
@@ -129,24 +139,24 @@ TEST(ReceiveFrame, FailuresLightTheLampAndDispatchNothing) {
 
 TEST(ReceiveFrame, UnknownCodeIsAcceptedAndRefreshesWithoutDecoding) {
     ReceiveRig rig;
-    rig.arrive(ScriptedUnit::replyWire(0, {0xA3, 0x80}));
+    rig.arrive(ScriptedUnit::replyWire(0, v::blank<v::Diagnostics>()));
     EXPECT_TRUE(rig.decoded.empty());
-    EXPECT_EQ(rig.state.LastResponseCode, 0xA3);
+    EXPECT_EQ(rig.state.LastResponseCode, v::Diagnostics::kCode);
     EXPECT_EQ(rig.refreshes, 1);
 }
 
 TEST(ReceiveFrame, SecondFrameOfOneReadWaitsForTheNextEvent) {
     ReceiveRig rig;
-    const auto first = ScriptedUnit::replyWire(0, {0x31, 0x01});
-    const auto two = concat(first, ScriptedUnit::replyWire(0, {0x33, 0x02}));
+    const auto first = ScriptedUnit::replyWire(0, ramps(1, 1));
+    const auto two = concat(first, ScriptedUnit::replyWire(0, test::sample(2)));
     // One data event with both frames waiting.
     rig.port.injectIncoming(two);
     ASSERT_EQ(rig.decoded.size(), 1u);
-    EXPECT_EQ(rig.decoded[0][0], 0x31);
+    EXPECT_EQ(rig.decoded[0][0], v::Ramps::kCode);
     EXPECT_EQ(rig.port.bytesWaiting(), static_cast<int>(two.size() - first.size()));
     // The port's next event picks the second one up.
     ASSERT_TRUE(waitFor([&] { return rig.decoded.size() == 2; }));
-    EXPECT_EQ(rig.decoded[1][0], 0x33);
+    EXPECT_EQ(rig.decoded[1][0], v::CommTimeout::kCode);
 }
 
 TEST(ReceiveFrame, RunawayFrameIsARangeFaultNotACrash) {
@@ -154,20 +164,20 @@ TEST(ReceiveFrame, RunawayFrameIsARangeFaultNotACrash) {
     QString shown;
     QObject::connect(&rig.state, &FormState::faultReported,
                      [&](const QString& message) { shown = message; });
-    std::vector<Byte> endless{0x06, 0x00};
+    std::vector<Byte> endless{kAck, 0};
     endless.insert(endless.end(), 1200, 0x41);
     rig.arrive(endless);
     EXPECT_TRUE(shown.contains(QStringLiteral("Subscript out of range")));
     // Still alive and decoding.
-    rig.arrive(ScriptedUnit::replyWire(0, {0x31, 0x01}));
+    rig.arrive(ScriptedUnit::replyWire(0, test::sample(1)));
     ASSERT_TRUE(waitFor([&] { return !rig.decoded.empty(); }));
 }
 
 TEST(ReceiveFrame, GoodReplyStopsTheWatchdog) {
     LinkRig rig;
-    rig.unit.answerEverything({0x00});
-    rig.send({0x31, 0, 0, 0, 0, 0});
-    ASSERT_TRUE(waitFor([&] { return rig.state.LastResponseCode == 0x31; }));
+    rig.unit.answerEverything({0});
+    rig.send(v::blank<v::JogMessage>());
+    ASSERT_TRUE(waitFor([&] { return rig.state.LastResponseCode == v::JogMessage::kCode; }));
     EXPECT_FALSE(rig.link.Timer4().isActive());
 }
 
@@ -179,10 +189,12 @@ TEST(ReceiveFrame, CaptureShowsEveryEscapeTheAddresssTooAndNoTrailingBlank) {
         const char* capture;
     };
     const Case cases[] = {
-        {"plain", 1, ScriptedUnit::replyWire(1, {0x31, 0x10}), "06 01 31 10 20 03"},
-        {"escaped address", 3, ScriptedUnit::replyWire(3, {0x31, 0x10}), "06 1B 03 31 10 22 03"},
-        {"escaped payload", 1, ScriptedUnit::replyWire(1, {0x33, 0x1B}), "06 01 33 1B 1B 29 03"},
-        {"cut short", 1, {0x06, 0x01, 0x31, 0x10}, "06 01 31 10"},
+        {"plain", 1, ScriptedUnit::replyWire(1, test::sample(16)), "06 01 96 10 87 03"},
+        {"escaped address", 3, ScriptedUnit::replyWire(3, test::sample(16)),
+         "06 1B 03 96 10 85 03"},
+        {"escaped payload", 1, ScriptedUnit::replyWire(1, test::sample(kEsc)),
+         "06 01 96 1B 1B 8C 03"},
+        {"cut short", 1, {kAck, 1, v::CommTimeout::kCode, 16}, "06 01 96 10"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
@@ -197,7 +209,7 @@ TEST(ReceiveFrame, CaptureShowsEveryEscapeTheAddresssTooAndNoTrailingBlank) {
 TEST(ReceiveFrame, AReplyInPiecesStaysInThePortUntilItsEndComes) {
     ReceiveRig rig;
     rig.state.UnitId = 1;
-    const auto wire = ScriptedUnit::replyWire(1, {0x33, 0x10, 0x03, 0x20});
+    const auto wire = ScriptedUnit::replyWire(1, ramps(16, kEtx));
     rig.state.ReplyReceived = false;
     int waiting = 0;
     for (std::size_t i = 0; i + 1 < wire.size(); ++i) {
@@ -211,11 +223,11 @@ TEST(ReceiveFrame, AReplyInPiecesStaysInThePortUntilItsEndComes) {
     }
     rig.arrive({wire.back()});
     ASSERT_EQ(rig.decoded.size(), 1u);
-    EXPECT_EQ(rig.decoded[0][2], 0x03);
+    EXPECT_EQ(rig.decoded[0][2], kEtx);
     EXPECT_EQ(rig.port.bytesWaiting(), 0);
     EXPECT_TRUE(rig.state.ReplyReceived);
     EXPECT_EQ(rig.state.lamp(), LinkLamp::Good);
-    EXPECT_EQ(rig.lastReceived, QStringLiteral("06 01 33 10 1B 03 20 01 03"));
+    EXPECT_EQ(rig.lastReceived, QStringLiteral("06 01 86 10 1B 03 94 03"));
     // Nothing is decoded twice once the settle time has passed.
     QTest::qWait(rig.receiver.settleMs() * 2);
     EXPECT_EQ(rig.decoded.size(), 1u);
@@ -224,10 +236,10 @@ TEST(ReceiveFrame, AReplyInPiecesStaysInThePortUntilItsEndComes) {
 TEST(ReceiveFrame, ATailThatComesAfterTheLineSettledIsNoise) {
     ReceiveRig rig;
     rig.state.UnitId = 1;
-    const auto wire = ScriptedUnit::replyWire(1, {0x31, 0x10});
+    const auto wire = ScriptedUnit::replyWire(1, test::sample(16));
     rig.arrive({wire.begin(), wire.begin() + 3});
     ASSERT_TRUE(waitFor([&] { return rig.port.bytesWaiting() == 0; }));
-    EXPECT_EQ(rig.lastReceived, QStringLiteral("06 01 31"));
+    EXPECT_EQ(rig.lastReceived, QStringLiteral("06 01 96"));
     EXPECT_EQ(rig.state.lamp(), LinkLamp::Fault);
     rig.arrive({wire.begin() + 3, wire.end()});
     EXPECT_EQ(rig.port.bytesWaiting(), 0);

@@ -6,23 +6,35 @@
 
 #include "protocol/senders.h"
 #include "tests/support/link_rig.h"
+#include "tests/support/messages.h"
 
 using namespace halvex;
 using namespace halvex::testing;
 
 using Wire = std::vector<Byte>;
+namespace v = halvex::vocab;
+
+namespace {
+const Wire kHome = v::blank<v::MoveToHome>();
+const Wire kCentre = v::blank<v::MoveToCentre>();
+const Wire kFirmwareRequest = v::blank<v::FirmwareRequest>();
+}  // namespace
 
 TEST(SendPath, AHandlerThatRunsInsideAnothersWaitSendsAWholeFrameAfterIt) {
     LinkRig rig;
     rig.state.UnitId = 1;
     // The second click lands while the first command waits for its tick.
-    QTimer::singleShot(0, [&] { rig.send({0x33, 0x10, 0x20, 0x30, 0x40, 0x50, 0x60}); });
-    rig.send({0x36});
+    const Wire move = test::message<v::AbsoluteMove>(
+        {{v::absolute_move::kPan, 12345}, {v::absolute_move::kTilt, -9000}});
+    QTimer::singleShot(0, [&] { rig.send(move); });
+    rig.send(kHome);
     ASSERT_TRUE(waitFor([&] { return rig.unit.frames().size() == 2; }));
-    EXPECT_EQ(rig.unit.frames()[0].wire, (Wire{0x02, 0x01, 0x36, 0x37, 0x03}));
-    EXPECT_EQ(rig.unit.frames()[1].wire,
-              (Wire{0x02, 0x01, 0x33, 0x10, 0x20, 0x30, 0x40, 0x50, 0x60, 0x42, 0x03}));
-    EXPECT_EQ(rig.unit.wire().size(), 16u);  // nothing else went down the line
+    const Wire first = {kStx, 1, v::MoveToHome::kCode, 1 ^ v::MoveToHome::kCode, kEtx};
+    const Wire second = encodeFrame(kStx, 1, move, 1);
+    EXPECT_EQ(rig.unit.frames()[0].wire, first);
+    EXPECT_EQ(rig.unit.frames()[1].wire, second);
+    // Nothing else went down the line.
+    EXPECT_EQ(rig.unit.wire().size(), first.size() + second.size());
 }
 
 TEST(SendPath, ANestedSendKeepsTheOuterSendersHoldOnTheLine) {
@@ -31,7 +43,7 @@ TEST(SendPath, ANestedSendKeepsTheOuterSendersHoldOnTheLine) {
     rig.link.setJogSender([&] { ++jogs; });
     {
         SendInProgressScope reload(rig.state);
-        rig.send({0x36});  // a click during a reload's wait
+        rig.send(kHome);  // a click during a reload's wait
         jogs = 0;
         QTest::qWait(350);
         EXPECT_EQ(jogs, 0) << "the jog message went out while the reload held the line";
@@ -46,7 +58,7 @@ TEST(SendPath, EveryReplyWaitEnds) {
         bool answered;
     };
     const Case cases[] = {
-        {"reply", [](LinkRig& rig) { rig.unit.answerEverything({0x01}); }, true},
+        {"reply", [](LinkRig& rig) { rig.unit.answerEverything({1}); }, true},
         {"silent unit", [](LinkRig&) {}, false},
         {"port closed",
          [](LinkRig& rig) { QTimer::singleShot(30, &rig.port, [&rig] { rig.port.close(); }); },
@@ -58,7 +70,7 @@ TEST(SendPath, EveryReplyWaitEnds) {
         c.meanwhile(rig);
         QElapsedTimer clock;
         clock.start();
-        EXPECT_EQ(sendAndAwaitReply(rig.state, rig.link, {0x9A}), c.answered);
+        EXPECT_EQ(sendAndAwaitReply(rig.state, rig.link, kFirmwareRequest), c.answered);
         // The watchdog ends a silent wait; nothing may wait out the full
         // reply time-out.
         EXPECT_LT(clock.elapsed(), Link::kWatchdogMs + 400);
@@ -75,15 +87,15 @@ TEST(SendPath, FramesStillWaitingWhenThePortClosesAreReportedNotLost) {
     FrameTicket second;
     QTimer::singleShot(0, [&] {
         QTimer::singleShot(0, [&] { rig.port.close(); });
-        second = sendMessage(rig.state, rig.link, {0x35});
+        second = sendMessage(rig.state, rig.link, kCentre);
     });
-    first = sendMessage(rig.state, rig.link, {0x36});
+    first = sendMessage(rig.state, rig.link, kHome);
     EXPECT_FALSE(wentOut(first));
     EXPECT_FALSE(wentOut(second));
     EXPECT_EQ(shown, QStringList{QStringLiteral("Port closed: 2 command(s) not sent")});
     EXPECT_TRUE(rig.unit.frames().empty());
     // Once closed, a send returns at once.
-    EXPECT_FALSE(wentOut(sendMessage(rig.state, rig.link, {0x36})));
+    EXPECT_FALSE(wentOut(sendMessage(rig.state, rig.link, kHome)));
 }
 
 TEST(SendPath, AStoppedTickDropsTheFrameWithAMessageInsteadOfStrandingTheSender) {
@@ -95,7 +107,7 @@ TEST(SendPath, AStoppedTickDropsTheFrameWithAMessageInsteadOfStrandingTheSender)
     QTimer::singleShot(Link::kSendGraceMs + 1000, &rig.link, [&rig] { rig.link.Timer2().start(); });
     QElapsedTimer clock;
     clock.start();
-    EXPECT_FALSE(wentOut(sendMessage(rig.state, rig.link, {0x9A})));
+    EXPECT_FALSE(wentOut(sendMessage(rig.state, rig.link, kFirmwareRequest)));
     EXPECT_GE(clock.elapsed(), Link::kSendGraceMs);
     EXPECT_EQ(shown, QStringLiteral("Command 9A not sent: no transmit tick"));
     EXPECT_FALSE(rig.state.SendInProgress);
@@ -109,7 +121,7 @@ TEST(SendPath, AStopRequestedJustBeforeThePortWasLostGoesFirstWhenItIsBack) {
         rig.link.requestJogMessage();  // Stop, behind the queued command
         rig.port.close();
     });
-    EXPECT_FALSE(wentOut(sendMessage(rig.state, rig.link, {0x36})));
+    EXPECT_FALSE(wentOut(sendMessage(rig.state, rig.link, kHome)));
 
     ASSERT_TRUE(rig.port.open(QStringLiteral("COM1"), 9600));
     std::optional<std::size_t> framesBeforeStop;
@@ -118,7 +130,7 @@ TEST(SendPath, AStopRequestedJustBeforeThePortWasLostGoesFirstWhenItIsBack) {
             framesBeforeStop = rig.unit.frames().size();
         }
     });
-    EXPECT_TRUE(wentOut(sendMessage(rig.state, rig.link, {0x35})));
+    EXPECT_TRUE(wentOut(sendMessage(rig.state, rig.link, kCentre)));
     ASSERT_TRUE(waitFor([&] { return framesBeforeStop.has_value(); }));
     EXPECT_EQ(*framesBeforeStop, 0u) << "the stop request waited for a frame that was dropped";
 }
@@ -128,10 +140,10 @@ TEST(SendPath, AReplyLostWithAPortReopenedInPlaceIsReportedAsUnanswered) {
     rig.unit.setScript([](const ScriptedUnit::Frame&) { return std::nullopt; });
     QStringList lost;
     QObject::connect(&rig.port, &SerialPort::lost, [&](const QString& why) { lost << why; });
-    const FrameTicket frame = sendMessage(rig.state, rig.link, {0x9A});
+    const FrameTicket frame = sendMessage(rig.state, rig.link, kFirmwareRequest);
     ASSERT_TRUE(wentOut(frame));
     // The first bytes of the reply hold the watchdog off...
-    rig.port.injectIncoming({0x06, 0x00, 0x9A});
+    rig.port.injectIncoming({kAck, 0, v::FirmwareRequest::kCode});
     EXPECT_FALSE(rig.link.Timer4().isActive());
     // ...and go with the reopen.
     rig.port.raiseFalseAlarm();
@@ -142,8 +154,8 @@ TEST(SendPath, AReplyLostWithAPortReopenedInPlaceIsReportedAsUnanswered) {
     EXPECT_TRUE(rig.port.isOpen());
     EXPECT_TRUE(lost.isEmpty());
     // The line goes on: the next reply is read whole.
-    rig.unit.answerEverything({0x01});
-    const FrameTicket next = sendMessage(rig.state, rig.link, {0x9A});
+    rig.unit.answerEverything({1});
+    const FrameTicket next = sendMessage(rig.state, rig.link, kFirmwareRequest);
     EXPECT_TRUE(rig.link.awaitReply(next));
     EXPECT_FALSE(rig.state.LinkFault);
 }

@@ -1,9 +1,17 @@
 #include <gtest/gtest.h>
 
 #include "tests/support/link_rig.h"
+#include "tests/support/messages.h"
 
 using namespace halvex;
 using namespace halvex::testing;
+namespace v = halvex::vocab;
+
+namespace {
+// The message these tests send: one byte, answered by the firmware.
+constexpr Byte kFirmware = v::FirmwareRequest::kCode;
+const std::vector<Byte> kFirmwareRequest = v::blank<v::FirmwareRequest>();
+}  // namespace
 
 TEST(SendFrame, WritesTheStuffedFrameWithItsLrcAndEchoesItPlain) {
     struct Case {
@@ -15,26 +23,32 @@ TEST(SendFrame, WritesTheStuffedFrameWithItsLrcAndEchoesItPlain) {
         const char* echo;
     };
     const Case cases[] = {
-        {"plain", 1, kNoOverride, {0x9A}, {0x02, 0x01, 0x9A, 0x9B, 0x03}, "02 01 9A 9B 03"},
-        // The LRC is over the raw values: 1 ^ 0x02 ^ 0x1B = 0x18.
+        {"plain",
+         1,
+         kNoOverride,
+         kFirmwareRequest,
+         {kStx, 1, kFirmware, kFirmware ^ 1, kEtx},
+         "02 01 9A 9B 03"},
+        // The LRC is over the raw values.
         {"escaped code and payload",
          1,
          kNoOverride,
-         {0x02, 0x1B},
-         {0x02, 0x01, 0x1B, 0x82, 0x1B, 0x9B, 0x18, 0x03},
+         {kStx, kEsc},
+         {kStx, 1, kEsc, kStx | 0x80, kEsc, kEsc | 0x80, 1 ^ kStx ^ kEsc, kEtx},
          "02 01 1B 02 1B 1B 18 03"},
         {"escaped address",
          3,
          kNoOverride,
-         {0x31},
-         {0x02, 0x1B, 0x83, 0x31, 0x32, 0x03},
-         "02 1B 03 31 32 03"},
+         kFirmwareRequest,
+         {kStx, kEsc, 3 | 0x80, kFirmware, kFirmware ^ 3, kEtx},
+         "02 1B 03 9A 99 03"},
         // Address 0 and an LRC that starts from 0; the echo names the unit.
         {"broadcast",
          5,
          kBroadcast,
-         {0x9F, 0x80},
-         {0x02, 0x00, 0x9F, 0x80, 0x1F, 0x03},
+         v::readRequest<v::UnitAddress>(),
+         {kStx, 0, v::UnitAddress::kCode, v::maskOf(v::kReadRequest<v::UnitAddress>),
+          v::UnitAddress::kCode ^ v::maskOf(v::kReadRequest<v::UnitAddress>), kEtx},
          "02 05 9F 80 1F 03"},
     };
     for (const Case& c : cases) {
@@ -59,12 +73,16 @@ TEST(SendFrame, CommandsGoOutOnePerTickAndLeaveTheStopRequestToTheJogMessage) {
     clock.start();
     std::vector<qint64> sentAt;
     QObject::connect(&rig.link, &Link::frameSent, [&] { sentAt.push_back(clock.elapsed()); });
-    rig.state.JogFlags = 0xC3;  // direction bits and both requests
-    rig.send({0x33, 1, 2, 3, 4, 5, 6});
+    namespace jog = v::jog;
+    // Both directions and both requests.
+    const Byte flags = v::maskOf(jog::kPanCw) | v::maskOf(jog::kTiltUp) | v::maskOf(jog::kReset) |
+                       v::maskOf(jog::kStop);
+    rig.state.JogFlags = flags;
+    rig.send(test::message<v::AbsoluteMove>({{v::absolute_move::kPan, 100}}));
     // The move does not carry the flags byte, so it must not use up the
     // requests.
-    EXPECT_EQ(rig.state.JogFlags, 0xC3);
-    rig.send({0x34, 1, 2, 3, 4, 5, 6});
+    EXPECT_EQ(rig.state.JogFlags, flags);
+    rig.send(test::message<v::DeltaMove>({{v::delta_move::kTilt, -100}}));
     ASSERT_EQ(rig.unit.frames().size(), 2u);
     ASSERT_EQ(sentAt.size(), 2u);
     // Timers may fire a little early or late; one tick apart is what counts.
@@ -79,7 +97,7 @@ TEST(Timer2, IdleTickRunsTheJogSenderAndBusyTickReleasesTheWaitingFrame) {
     rig.link.setJogSender([&] { ++jogs; });
     ASSERT_TRUE(waitFor([&] { return jogs >= 2; }));
     const int before = jogs;
-    rig.send({0x9A});
+    rig.send(kFirmwareRequest);
     // The tick that carried the command did not also run the jog sender.
     EXPECT_LE(jogs - before, 1);
     EXPECT_EQ(rig.unit.frames().size(), 1u);
@@ -89,7 +107,7 @@ TEST(Watchdog, SilenceAfterAFrameLightsTheFaultAfterAQuarterSecond) {
     LinkRig rig;
     rig.state.setLamp(LinkLamp::Good);
     QElapsedTimer clock;
-    rig.send({0x9A});
+    rig.send(kFirmwareRequest);
     clock.start();
     EXPECT_FALSE(rig.state.LinkFault);
     ASSERT_TRUE(waitFor([&] { return static_cast<bool>(rig.state.LinkFault); }));
@@ -100,8 +118,8 @@ TEST(Watchdog, SilenceAfterAFrameLightsTheFaultAfterAQuarterSecond) {
 
 TEST(Watchdog, ReplyInTimeKeepsTheLinkGood) {
     LinkRig rig;
-    rig.unit.answerEverything({0x01});
-    rig.send({0x9A});
+    rig.unit.answerEverything({1});
+    rig.send(kFirmwareRequest);
     ASSERT_TRUE(waitFor([&] { return rig.state.lamp() == LinkLamp::Good; }));
     QTest::qWait(400);
     EXPECT_FALSE(rig.state.LinkFault);
@@ -115,7 +133,7 @@ TEST(RangeFault, StopsTheHandlerSendsNothingAndPutsTheFlagBack) {
                      [&](const QString& message) { shown = message; });
     guarded(rig.state, "AbsoBut_Click", [&] {
         SendInProgressScope sending(rig.state);
-        rig.state.TxBuffer[0] = 0x33;
+        rig.state.TxBuffer[0] = v::AbsoluteMove::kCode;
         rig.state.TxBuffer[1] = checkedByte(300);  // overflows a byte
         rig.link.SendFrame(7);
     });
@@ -133,7 +151,7 @@ TEST(RangeFault, StopsTheHandlerSendsNothingAndPutsTheFlagBack) {
     QTest::qWait(250);
     EXPECT_TRUE(rig.unit.frames().empty());
     // The link still works afterwards.
-    rig.send({0x9A});
+    rig.send(kFirmwareRequest);
     EXPECT_EQ(rig.unit.frames().size(), 1u);
 }
 
@@ -145,7 +163,7 @@ TEST(SendFrame, AFailedWriteDropsTheFrameAndLosesThePort) {
     FrameTicket ticket;
     guarded(rig.state, "test sender", [&] {
         SendInProgressScope sending(rig.state);
-        rig.state.TxBuffer[0] = 0x35;
+        rig.state.TxBuffer[0] = v::MoveToCentre::kCode;
         ticket = rig.link.SendFrame(1);
     });
     EXPECT_FALSE(wentOut(ticket));
