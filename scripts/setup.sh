@@ -11,10 +11,11 @@ set -euo pipefail
 # tshark: the suite opens recordings of the line with it and the dissector;
 # ser2net: the suite reaches the virtual unit through a device server;
 # libsdl2-dev: game controllers and joysticks (its virtual devices in the suite);
+# python3: the check that no sender writes the protocol as numbers;
 # fonts-dejavu-core: the fonts the suite and the screenshot tool draw in,
 # whatever other fonts the machine has (tools/picture_fonts.h).
 packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libsdl2-dev libgtest-dev libhamlib-utils
-          ser2net tshark fonts-dejavu-core)
+          ser2net tshark fonts-dejavu-core python3)
 for flag in "$@"; do
     case "$flag" in
         --with-display) packages+=(xvfb) ;;
