@@ -7,6 +7,7 @@
 #include "console/handler_wiring.h"
 #include "protocol/senders.h"
 #include "protocol/vocabulary.h"
+#include "protocol/vocabulary_lens_jog.h"
 #include "views/pages/camera_page.h"
 
 namespace halvex {
@@ -72,7 +73,7 @@ Byte lensJogByte(int button, double x, double y) {
     } else if (speed < -127) {
         speed = -127;
     }
-    return static_cast<Byte>(2 * std::abs(speed) + (speed >= 1 ? 1 : 0));
+    return vocab::lens_jog::byteOf(speed);
 }
 
 LensControl::LensControl(ConsoleContext& context, JogState& jog, CameraPage& page, QObject* parent)

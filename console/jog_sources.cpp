@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "protocol/vocabulary_lens_jog.h"
+
 namespace halvex {
 
 bool JogDemand::moving() const {
@@ -18,8 +20,8 @@ bool JogDemand::moving() const {
 }
 
 Byte lensJogByte(int speed) {
-    speed = std::clamp(speed, -127, 127);
-    return static_cast<Byte>(2 * std::abs(speed) + (speed > 0 ? 1 : 0));
+    namespace lens = vocab::lens_jog;
+    return lens::byteOf(std::clamp(speed, -lens::kFastest, lens::kFastest));
 }
 
 JogSources::JogSources(JogState& jog, QObject* parent) : QObject(parent), jog_(jog) {}

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "protocol/vocabulary_camera.h"
+#include "protocol/vocabulary_lens_jog.h"
 
 namespace halvex::sim {
 
@@ -88,7 +89,7 @@ bool Lenses::reversed(int motor, const Settings& settings) {
 void Lenses::jog(const std::array<Byte, kCount>& jogBytes, const Settings& settings) {
     for (int motor = 0; motor < kCount; ++motor) {
         const Byte jogByte = jogBytes[motor];
-        const int magnitude = jogByte >> 1;
+        const int magnitude = vocab::lens_jog::speedOf(jogByte);
         LensMotor& lens = motors_[motor];
         if (magnitude == 0) {
             if (!lens.hasTarget()) {
@@ -103,7 +104,7 @@ void Lenses::jog(const std::array<Byte, kCount>& jogBytes, const Settings& setti
         const Byte minimum = isZoom(motor) ? settings.zoomMinSpeed[cameraOf(motor)]
                                            : settings.focusMinSpeed[cameraOf(motor)];
         const double rate = std::max(magnitude, static_cast<int>(minimum) / 2);
-        const bool positive = BitIsSet(jogByte, 0) != reversed(motor, settings);
+        const bool positive = vocab::lens_jog::isPositive(jogByte) != reversed(motor, settings);
         lens.jog(positive ? rate : -rate);
     }
 }

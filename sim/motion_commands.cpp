@@ -1,6 +1,7 @@
 // Jog and move commands: jog, go to preset, absolute and delta moves,
 // centre, home and the absolute move with lens positions.
 
+#include "protocol/vocabulary_lens_jog.h"
 #include "sim/angles.h"
 #include "sim/command_table.h"
 #include "sim/report.h"
@@ -53,7 +54,7 @@ Response jog(UnitState& state, const Command& command) {
     }
     bool anySpeed = request.panSpeed != 0 || request.tiltSpeed != 0;
     for (Byte value : lensJog) {
-        anySpeed = anySpeed || (value >> 1) != 0;
+        anySpeed = anySpeed || lens_jog::speedOf(value) != 0;
     }
     if (anySpeed) {
         state.endAutomation();
