@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -90,6 +91,10 @@ TEST(CommissioningEndToEnd, ClonesOneUnitOntoAnotherThroughTheirLines) {
     ASSERT_EQ(restoreUnitCommand(lineB, 5, file, RestoreOptions{true, true}, transcript.io), kDone)
         << transcript.lines.join('\n').toStdString();
     EXPECT_TRUE(transcript.lines.contains(movesWarning()));
+    // The address differs, and says why it is left as it is.
+    const QRegularExpression addressRow(
+        QStringLiteral("^  unit/address +3 +5 +\\(an address is never copied\\)$"));
+    EXPECT_GE(transcript.lines.indexOf(addressRow), 0) << transcript.lines.join('\n').toStdString();
     ASSERT_EQ(saveUnitCommand(lineB, 5, fileB, transcript.io), kDone);
 
     const QStringList a = linesOf(fileA);
