@@ -8,6 +8,7 @@
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
+#include <functional>
 #include <vector>
 
 #include "protocol/frame.h"
@@ -31,8 +32,9 @@ struct ReplyAsRead {
 };
 
 // The console's end of the line: asks for the firmware revision and reads
-// the reply as it comes, one read at a time.
-ReplyAsRead oneReply(PtyUnit& unit) {
+// the reply as it comes, one read at a time; `afterFirstRead` runs once the
+// first bytes are in.
+ReplyAsRead oneReply(PtyUnit& unit, const std::function<void()>& afterFirstRead = {}) {
     const int line = ::open(unit.slavePath().toLocal8Bit().constData(),
                             O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
     EXPECT_GE(line, 0);
@@ -50,6 +52,9 @@ ReplyAsRead oneReply(PtyUnit& unit) {
         if (count > 0) {
             reads.push_back(static_cast<std::size_t>(count));
             reply.insert(reply.end(), buffer, buffer + count);
+            if (reads.size() == 1 && afterFirstRead) {
+                afterFirstRead();
+            }
         }
     }
     ::close(line);
@@ -72,8 +77,13 @@ TEST(PtyUnit, RepliesLeaveWholeUnlessPaced) {
     EXPECT_GT(paced.reads.size(), 5u);
     EXPECT_EQ(paced.bytes, whole.bytes) << "paced, each byte once and in its order";
 
-    pace.number = 0;
-    unit.apply(pace);
+    // Pacing switched off in the middle of a reply: the rest leaves at once.
+    const ReplyAsRead cutShort = oneReply(unit, [&unit, &pace] {
+        pace.number = 0;
+        unit.apply(pace);
+    });
+    EXPECT_EQ(cutShort.reads.size(), 2u);
+    EXPECT_EQ(cutShort.bytes, whole.bytes);
     EXPECT_EQ(oneReply(unit).reads.size(), 1u);
 }
 
