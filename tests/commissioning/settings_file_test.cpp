@@ -6,6 +6,7 @@
 #include <string>
 
 #include "commissioning/settings_files.h"
+#include "commissioning/settings_lines.h"
 #include "commissioning/settings_text.h"
 #include "tests/support/full_disk.h"
 
@@ -281,5 +282,14 @@ TEST(SettingsTable, RangesFitTheirFieldsAndWhatTheUnitTakes) {
                 EXPECT_EQ(field.maximum, (1 << field.width) - 1);
             }
         }
+    }
+}
+
+TEST(SettingsFile, AWholeNumberTakesAMinusAndAtMostNineDigits) {
+    EXPECT_EQ(wholeNumber("-5"), -5);
+    EXPECT_EQ(wholeNumber("-123456789"), -123456789);
+    EXPECT_EQ(wholeNumber("123456789"), 123456789);
+    for (const char* refused : {"", "-", "+5", "1234567890", "-1234567890", "5 ", "1.5"}) {
+        EXPECT_EQ(wholeNumber(refused), std::nullopt) << refused;
     }
 }
