@@ -3,8 +3,10 @@
 #include <unistd.h>
 
 #include <QCoreApplication>
+#include <QCoro/QCoroTask>
 #include <QTextStream>
 #include <cstdio>
+#include <exception>
 
 #include "commissioning/command_line_runs.h"
 #include "connection/settings_file.h"
@@ -81,6 +83,22 @@ PortSettings chosenPort() {
     return chosen;
 }
 
+// How the command's coroutine ended: its status, or the fault that stopped it.
+struct Outcome {
+    std::optional<int> status;
+    std::exception_ptr fault;
+};
+
+// Runs the command on the event loop and ends the loop with it.
+QCoro::Task<> runToEnd(QCoro::Task<int> command, Outcome& outcome) {
+    try {
+        outcome.status = co_await std::move(command);
+    } catch (...) {
+        outcome.fault = std::current_exception();
+    }
+    QCoreApplication::exit(outcome.status.value_or(kUnitFailed));
+}
+
 int run(const QCommandLineParser& parser) {
     const bool saving = parser.isSet(kSave);
     if (saving == parser.isSet(kRestore) || !parser.positionalArguments().isEmpty()) {
@@ -126,9 +144,22 @@ int run(const QCommandLineParser& parser) {
             .arg(device)
             .arg(chosen.baudRate));
     const Byte unit = static_cast<Byte>(address);
-    return saving ? saveUnitCommand(line, unit, parser.value(kSave), io)
-                  : restoreUnitCommand(line, unit, file,
-                                       RestoreOptions{parser.isSet(kYes), factoryOpen}, io);
+    Outcome outcome;
+    // Started here; it goes on from the event loop, which it ends.
+    static_cast<void>(
+        runToEnd(saving ? saveUnitCommand(line, unit, parser.value(kSave), io)
+                        : restoreUnitCommand(line, unit, std::move(file),
+                                             RestoreOptions{parser.isSet(kYes), factoryOpen}, io),
+                 outcome));
+    // A command that ended before the loop started has nobody to end it.
+    if (!outcome.status && !outcome.fault) {
+        QCoreApplication::exec();
+    }
+    if (outcome.fault) {
+        // As uncaught as it would have been without the loop in between.
+        std::rethrow_exception(outcome.fault);
+    }
+    return outcome.status.value_or(kUnitFailed);
 }
 
 }  // namespace

@@ -10,6 +10,7 @@ namespace halvex::commissioning {
 
 namespace {
 
+// `io` outlives the progress.
 Progress linesOfProgress(const CommandIo& io) {
     Progress progress;
     progress.report = [&io](const QString& step, int done, int total) {
@@ -70,24 +71,24 @@ int reportOutcome(const CommandIo& io, const RestoreResult& result) {
 
 }  // namespace
 
-int saveUnitCommand(HeadlessLine& line, Byte address, const QString& path, const CommandIo& io) {
+QCoro::Task<int> saveUnitCommand(HeadlessLine& line, Byte address, QString path, CommandIo io) {
     AddressScope talkingTo(line.state(), address);
     UnitLine unit(line.state(), line.link(), line.tap());
-    const UnitRead read = readUnit(unit, linesOfProgress(io));
+    const UnitRead read = co_await readUnit(unit, linesOfProgress(io));
     if (!read.settings) {
         io.say(read.problem);
-        return kUnitFailed;
+        co_return kUnitFailed;
     }
     UnitSettings settings = *read.settings;
     settings.saved = savedNow();
     const QString error = saveSettingsFile(path, settings);
     if (!error.isEmpty()) {
         io.say(error);
-        return kFileRefused;
+        co_return kFileRefused;
     }
     io.say(QStringLiteral("Saved the settings of %1 to %2.")
                .arg(unitDescription(settings.identity), path));
-    return kDone;
+    co_return kDone;
 }
 
 int checkSettingsFile(const QString& path, UnitSettings& settings, const CommandIo& io) {
@@ -103,20 +104,20 @@ int checkSettingsFile(const QString& path, UnitSettings& settings, const Command
     return kDone;
 }
 
-int restoreUnitCommand(HeadlessLine& line, Byte address, const UnitSettings& file,
-                       const RestoreOptions& options, const CommandIo& io) {
+QCoro::Task<int> restoreUnitCommand(HeadlessLine& line, Byte address, UnitSettings file,
+                                    RestoreOptions options, CommandIo io) {
     AddressScope talkingTo(line.state(), address);
     UnitLine unit(line.state(), line.link(), line.tap());
     const Progress progress = linesOfProgress(io);
-    const UnitRead read = readUnit(unit, progress);
+    const UnitRead read = co_await readUnit(unit, progress);
     if (!read.settings) {
         io.say(read.problem);
-        return kUnitFailed;
+        co_return kUnitFailed;
     }
     const QString refusal = restoreRefusal(file, *read.settings);
     if (!refusal.isEmpty()) {
         io.say(refusal);
-        return kFileRefused;
+        co_return kFileRefused;
     }
     const RestorePlan plan = planRestore(file, *read.settings, options.factoryOpen);
     if (!plan.rows.empty()) {
@@ -132,7 +133,7 @@ int restoreUnitCommand(HeadlessLine& line, Byte address, const UnitSettings& fil
                 nothing.notWritten.push_back(row);
             }
         }
-        return reportOutcome(io, nothing);
+        co_return reportOutcome(io, nothing);
     }
     if (plan.moves()) {
         io.say(movesWarning());
@@ -142,9 +143,10 @@ int restoreUnitCommand(HeadlessLine& line, Byte address, const UnitSettings& fil
           io.confirm(
               QStringLiteral("Write %1 values to unit %2?").arg(plan.writes()).arg(address)))) {
         io.say(QStringLiteral("Nothing was written."));
-        return kUnitFailed;
+        co_return kUnitFailed;
     }
-    return reportOutcome(io, restoreUnit(unit, plan, progress));
+    const RestoreResult result = co_await restoreUnit(unit, plan, progress);
+    co_return reportOutcome(io, result);
 }
 
 }  // namespace halvex::commissioning

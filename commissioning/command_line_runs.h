@@ -8,6 +8,7 @@
 //   3  the settings file cannot be read or written, or is refused (nothing
 //      was sent)
 
+#include <QCoro/QCoroTask>
 #include <QString>
 #include <functional>
 
@@ -30,15 +31,16 @@ struct RestoreOptions {
     bool factoryOpen = false;
 };
 
-// Reads the unit at `address` on the open line into `path`.
-int saveUnitCommand(HeadlessLine& line, Byte address, const QString& path, const CommandIo& io);
+// Reads the unit at `address` on the open line into `path`. The line
+// outlives the run; the event loop runs it.
+QCoro::Task<int> saveUnitCommand(HeadlessLine& line, Byte address, QString path, CommandIo io);
 
 // Reads and checks the settings file `path` before the port is even opened;
 // kDone when it may be restored.
 int checkSettingsFile(const QString& path, UnitSettings& settings, const CommandIo& io);
 
 // Restores settings read by checkSettingsFile onto the unit at `address`.
-int restoreUnitCommand(HeadlessLine& line, Byte address, const UnitSettings& file,
-                       const RestoreOptions& options, const CommandIo& io);
+QCoro::Task<int> restoreUnitCommand(HeadlessLine& line, Byte address, UnitSettings file,
+                                    RestoreOptions options, CommandIo io);
 
 }  // namespace halvex::commissioning

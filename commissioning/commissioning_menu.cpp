@@ -5,6 +5,7 @@
 #include <QPointer>
 #include <algorithm>
 #include <iterator>
+#include <memory>
 
 #include "commissioning/find_units_dialog.h"
 #include "commissioning/progress_dialog.h"
@@ -36,6 +37,14 @@ QString chooseWithDialog(QWidget* window, bool save, const QString& suggested) {
                                                QString(), kFilter);
 }
 
+// Opened over the window for the length of a job. On the heap, not in the
+// job's frame: the window deletes its children, should it go first.
+std::unique_ptr<ProgressDialog> showProgress(const QString& title, QWidget* window) {
+    auto dialog = std::make_unique<ProgressDialog>(title, window);
+    dialog->open();
+    return dialog;
+}
+
 }  // namespace
 
 CommissioningMenu::CommissioningMenu(ConsoleContext& context, QMenu* unitMenu,
@@ -59,10 +68,11 @@ CommissioningMenu::CommissioningMenu(ConsoleContext& context, QMenu* unitMenu,
                                  "Write a settings file's values to this unit");
     FormState& state = context_.state;
     onEvent(state, find, &QAction::triggered, this, "FindUnits_Click",
-            [this] { FindUnits_Click(); });
-    onEvent(state, save, &QAction::triggered, this, "SaveUnit_Click", [this] { SaveUnit_Click(); });
+            [this] { return FindUnits_Click(); });
+    onEvent(state, save, &QAction::triggered, this, "SaveUnit_Click",
+            [this] { return SaveUnit_Click(); });
     onEvent(state, restore, &QAction::triggered, this, "RestoreUnit_Click",
-            [this] { RestoreUnit_Click(); });
+            [this] { return RestoreUnit_Click(); });
 }
 
 bool CommissioningMenu::online(const QString& title) {
@@ -75,36 +85,36 @@ bool CommissioningMenu::online(const QString& title) {
     return false;
 }
 
-void CommissioningMenu::refreshTourPage() {
+QCoro::Task<> CommissioningMenu::refreshTourPage() {
     emit context_.events.tourSelectorPrepareRequested();
-    emit context_.events.selectedTourLoadRequested();
+    co_await context_.events.selectedTourLoad();
 }
 
-void CommissioningMenu::FindUnits_Click() {
+QCoro::Task<> CommissioningMenu::FindUnits_Click() {
     if (hooks_.busy()) {
         hooks_.showStatus(QStringLiteral("Find Units waits until the connection has finished."));
-        return;
+        co_return;
     }
     const bool opened = !context_.link.portOpen();
     if (opened && !hooks_.openLine()) {
-        return;
+        co_return;
     }
     QPointer<FindUnitsDialog> dialog = new FindUnitsDialog(context_.window);
     dialog->open();
     UnitSearch search;
     {
         UnitLine line(context_.state, context_.link, tap_, probeWaitMs_);
-        search = findUnits(line, dialog->progress());
+        search = co_await findUnits(line, dialog->progress());
         if (!opened && line.portOpen()) {
             // The firmware caption of the Setup page showed the units asked.
-            line.ask(vocab::blank<vocab::FirmwareRequest>());
+            co_await line.ask(vocab::blank<vocab::FirmwareRequest>());
         }
     }
     if (opened) {
         hooks_.closeLine();
     }
     if (dialog == nullptr) {
-        return;
+        co_return;
     }
     dialog->showResult(search);
     connect(dialog, &FindUnitsDialog::unitChosen, this, [this](int address) {
@@ -113,79 +123,78 @@ void CommissioningMenu::FindUnits_Click() {
     connect(dialog, &QDialog::finished, dialog, &QObject::deleteLater);
 }
 
-void CommissioningMenu::SaveUnit_Click() {
+QCoro::Task<> CommissioningMenu::SaveUnit_Click() {
     const QString title = QStringLiteral("Save Unit Settings");
     if (!online(title)) {
-        return;
+        co_return;
     }
     const QString path =
         chooseFile_(true, QStringLiteral("unit-%1.txt").arg(context_.state.UnitId));
     if (path.isEmpty()) {
-        return;
+        co_return;
     }
-    UnitRead read = readWithProgress(title);
+    UnitRead read = co_await readWithProgress(title);
     if (read.cancelled) {
         hooks_.showStatus(QStringLiteral("Save Unit Settings cancelled: nothing was saved."));
-        return;
+        co_return;
     }
     if (!read.settings) {
         context_.messages.exclamation(QStringLiteral("Could Not Save Unit Settings"),
                                       read.problem + QStringLiteral(" Nothing was saved."));
-        return;
+        co_return;
     }
     read.settings->saved = savedNow();
     const QString error = saveSettingsFile(path, *read.settings);
     if (!error.isEmpty()) {
         context_.messages.exclamation(QStringLiteral("Could Not Save Unit Settings"), error);
-        return;
+        co_return;
     }
     hooks_.showStatus(QStringLiteral("Saved the settings of %1 to %2.")
                           .arg(unitDescription(read.settings->identity), path));
 }
 
-UnitRead CommissioningMenu::readWithProgress(const QString& title) {
+QCoro::Task<UnitRead> CommissioningMenu::readWithProgress(QString title) {
     UnitRead read;
     {
-        ProgressDialog progress(title, context_.window);
-        progress.open();
+        const std::unique_ptr<ProgressDialog> progress = showProgress(title, context_.window);
         UnitLine line(context_.state, context_.link, tap_);
-        read = readUnit(line, progress.progress());
+        read = co_await readUnit(line, progress->progress());
     }
-    refreshTourPage();
-    return read;
+    co_await refreshTourPage();
+    co_return read;
 }
 
-void CommissioningMenu::RestoreUnit_Click() {
+QCoro::Task<> CommissioningMenu::RestoreUnit_Click() {
     const QString title = QStringLiteral("Restore Unit Settings");
     if (!online(title)) {
-        return;
+        co_return;
     }
     const QString path = chooseFile_(false, QString());
     if (path.isEmpty()) {
-        return;
+        co_return;
     }
     const QString refusedTitle = QStringLiteral("Could Not Restore Unit Settings");
     const SettingsFileRead file = loadSettingsFile(path);
     if (!file.settings) {
         context_.messages.exclamation(refusedTitle, file.problem);
-        return;
+        co_return;
     }
 
-    UnitRead read = readWithProgress(title);
+    UnitRead read = co_await readWithProgress(title);
     if (read.cancelled) {
         hooks_.showStatus(QStringLiteral("Restore Unit Settings cancelled: nothing was written."));
-        return;
+        co_return;
     }
     if (!read.settings) {
         context_.messages.exclamation(refusedTitle,
                                       read.problem + QStringLiteral(" Nothing was written."));
-        return;
+        co_return;
     }
     const QString refusal = restoreRefusal(*file.settings, *read.settings);
     if (!refusal.isEmpty()) {
         context_.messages.exclamation(refusedTitle,
                                       refusal + QStringLiteral(" Nothing was written."));
-        return;
+        co_return;
     }
     const QString fileName = QFileInfo(path).fileName();
     const RestorePlan plan = planRestore(*file.settings, *read.settings, hooks_.factoryOpen());
@@ -203,24 +212,23 @@ void CommissioningMenu::RestoreUnit_Click() {
                                       "are written only while the factory area is open: %1.")
                            .arg(rowList(factory)));
         }
-        return;
+        co_return;
     }
     {
         RestoreDialog dialog(fileName, plan, context_.window);
         if (!confirm_(dialog)) {
             hooks_.showStatus(QStringLiteral("Restore cancelled: nothing was written."));
-            return;
+            co_return;
         }
     }
 
     RestoreResult result;
     {
-        ProgressDialog progress(title, context_.window);
-        progress.open();
+        const std::unique_ptr<ProgressDialog> progress = showProgress(title, context_.window);
         UnitLine line(context_.state, context_.link, tap_);
-        result = restoreUnit(line, plan, progress.progress());
+        result = co_await restoreUnit(line, plan, progress->progress());
     }
-    refreshTourPage();
+    co_await refreshTourPage();
     if (!result.finished) {
         context_.messages.exclamation(
             title,

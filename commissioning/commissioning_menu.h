@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QAction>
+#include <QCoro/QCoroTask>
 #include <QMenu>
 #include <QObject>
 #include <functional>
@@ -39,9 +40,10 @@ class CommissioningMenu : public QObject {
     CommissioningMenu(ConsoleContext& context, QMenu* unitMenu, CommissioningHooks hooks,
                       QObject* parent = nullptr);
 
-    void FindUnits_Click();
-    void SaveUnit_Click();
-    void RestoreUnit_Click();
+    // Each runs its whole job, waits and all, on the one event loop.
+    QCoro::Task<> FindUnits_Click();
+    QCoro::Task<> SaveUnit_Click();
+    QCoro::Task<> RestoreUnit_Click();
 
     // Picks the file to save to (`save`) or restore from; empty for none.
     using FileChooser = std::function<QString(bool save, const QString& suggested)>;
@@ -55,9 +57,9 @@ class CommissioningMenu : public QObject {
     bool online(const QString& title);
     // The pages follow the replies a save or restore reads; the tour page
     // needs its selected tour loaded again.
-    void refreshTourPage();
+    QCoro::Task<> refreshTourPage();
     // Reads everything from the unit behind a progress dialog with this title.
-    UnitRead readWithProgress(const QString& title);
+    QCoro::Task<UnitRead> readWithProgress(QString title);
 
     ConsoleContext& context_;
     CommissioningHooks hooks_;

@@ -35,40 +35,39 @@ std::optional<PositionReading> readingOf(const std::vector<Byte>& reply) {
     return reading;
 }
 
-PlatformMover::PlatformMover(UnitLine& line, const Progress& progress)
-    : line_(line), progress_(progress) {}
+PlatformMover::PlatformMover(UnitLine& line, Progress progress)
+    : line_(line), progress_(std::move(progress)) {}
 
-PlatformMover::~PlatformMover() {
+QCoro::Task<> PlatformMover::finish() {
     if (!start_ || !line_.portOpen()) {
-        return;
+        co_return;
     }
     if (moving_) {
-        stop();
+        co_await stop();
     }
     // The override goes with the last jog message of the mover.
-    line_.ask(line_.jogMessage(false), fitsReport);
+    co_await line_.ask(line_.jogMessage(false), fitsReport);
 }
 
-std::optional<PositionReading> PlatformMover::poll() {
-    const auto reply = line_.ask(line_.jogMessage(true), fitsReport);
-    return reply ? readingOf(*reply) : std::nullopt;
+QCoro::Task<std::optional<PositionReading>> PlatformMover::poll() {
+    const auto reply = co_await line_.ask(line_.jogMessage(true), fitsReport);
+    co_return reply ? readingOf(*reply) : std::nullopt;
 }
 
-bool PlatformMover::begin() {
+QCoro::Task<bool> PlatformMover::begin() {
     if (!start_) {
         // This jog message also turns the override on for the moves.
-        start_ = poll();
+        start_ = co_await poll();
     }
-    return start_.has_value();
+    co_return start_.has_value();
 }
 
-void PlatformMover::stop() {
-    line_.ask(line_.jogMessage(true, true), fitsReport);
+QCoro::Task<> PlatformMover::stop() {
+    co_await line_.ask(line_.jogMessage(true, true), fitsReport);
     moving_ = false;
 }
 
-template <typename Arrived>
-bool PlatformMover::follow(Arrived arrived) {
+QCoro::Task<bool> PlatformMover::follow(std::function<bool(const PositionReading&)> arrived) {
     QElapsedTimer elapsed;
     elapsed.start();
     QElapsedTimer still;
@@ -76,53 +75,57 @@ bool PlatformMover::follow(Arrived arrived) {
     std::optional<PositionReading> previous;
     while (true) {
         if (progress_.stopped() || elapsed.elapsed() > kLongestMoveMs) {
-            stop();
-            return false;
+            co_await stop();
+            co_return false;
         }
-        const auto reading = poll();
+        const auto reading = co_await poll();
         if (!reading) {
-            return false;  // the unit is gone: nobody to stop
+            co_return false;  // the unit is gone: nobody to stop
         }
         if (arrived(*reading)) {
             moving_ = false;
-            return true;
+            co_return true;
         }
         if (previous != reading || reading->moving()) {
             still.restart();
         } else if (still.elapsed() > kStillMs) {
             moving_ = false;
-            return false;
+            co_return false;
         }
         previous = reading;
     }
 }
 
-bool PlatformMover::moveTo(std::int32_t pan, std::int32_t tilt) {
-    if (!begin()) {
-        return false;
+QCoro::Task<bool> PlatformMover::moveTo(std::int32_t pan, std::int32_t tilt) {
+    const bool began = co_await begin();
+    if (!began) {
+        co_return false;
     }
     auto message = vocab::blank<vocab::AbsoluteMove>();
     putAngle(message, vocab::absolute_move::kPan, pan);
     putAngle(message, vocab::absolute_move::kTilt, tilt);
-    const auto reply = line_.ask(message, fitsReport);
+    const auto reply = co_await line_.ask(message, fitsReport);
     const auto target = reply ? readingOf(*reply) : std::nullopt;
     // A target outside the unit's range is refused: the reply then names the
     // current position instead.
     if (!target || (pan != kHold && target->pan != pan) ||
         (tilt != kHold && target->tilt != tilt)) {
-        return false;
+        co_return false;
     }
     platformMoved_ = true;
     moving_ = true;
-    return follow([&](const PositionReading& reading) {
+    // Named: it captures by value (protocol/wait.h says why).
+    const auto there = [pan, tilt](const PositionReading& reading) {
         return !reading.moving() && (pan == kHold || reading.pan == pan) &&
                (tilt == kHold || reading.tilt == tilt);
-    });
+    };
+    co_return co_await follow(there);
 }
 
-bool PlatformMover::moveLensesTo(const std::array<Byte, 4>& lens) {
-    if (!begin()) {
-        return false;
+QCoro::Task<bool> PlatformMover::moveLensesTo(std::array<Byte, 4> lens) {
+    const bool began = co_await begin();
+    if (!began) {
+        co_return false;
     }
     namespace move = vocab::absolute_move_with_lenses;
     auto message = vocab::blank<vocab::AbsoluteMoveWithLenses>();
@@ -131,21 +134,30 @@ bool PlatformMover::moveLensesTo(const std::array<Byte, 4>& lens) {
     for (std::size_t i = 0; i < lens.size(); ++i) {
         vocab::put(message, move::kLens[i], lens[i]);
     }
-    if (!line_.ask(message, fitsReport)) {
-        return false;
+    const auto accepted = co_await line_.ask(message, fitsReport);
+    if (!accepted) {
+        co_return false;
     }
     lensesMoved_ = true;
     moving_ = true;
-    return follow([&](const PositionReading& reading) { return reading.lens == lens; });
+    const auto there = [lens](const PositionReading& reading) { return reading.lens == lens; };
+    co_return co_await follow(there);
 }
 
-bool PlatformMover::returnToStart() {
+QCoro::Task<bool> PlatformMover::returnToStart() {
     if (!start_) {
-        return true;
+        co_return true;
     }
-    const bool platform = !platformMoved_ || moveTo(start_->pan, start_->tilt);
-    const bool lenses = !lensesMoved_ || moveLensesTo(start_->lens);
-    return platform && lenses;
+    // Both go back, whether or not the platform got there.
+    bool platform = true;
+    if (platformMoved_) {
+        platform = co_await moveTo(start_->pan, start_->tilt);
+    }
+    bool lenses = true;
+    if (lensesMoved_) {
+        lenses = co_await moveLensesTo(start_->lens);
+    }
+    co_return platform&& lenses;
 }
 
 }  // namespace halvex::commissioning

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <optional>
 
 #include "commissioning/unit_line.h"
@@ -27,8 +28,9 @@ std::optional<PositionReading> readingOf(const std::vector<Byte>& reply);
 // Moves the platform and the lenses for the settings a unit takes only where
 // they stand (the soft limits, a preset's lens positions), following the
 // position reports to the end of each move. Moves run with the soft limits
-// overridden; the override goes, and anything still moving stops, however
-// the mover's life ends.
+// overridden; finish() turns the override off and stops anything still
+// moving, and its owner co_awaits it however the moves ended (a fault's way
+// too): a destructor cannot wait for the unit.
 class PlatformMover {
   public:
     // How long reports may stay the same, with no axis moving, before a move
@@ -41,29 +43,31 @@ class PlatformMover {
     // The value that leaves an axis where it is.
     static constexpr std::int32_t kHold = vocab::absolute_move::kHoldAxis;
 
-    PlatformMover(UnitLine& line, const Progress& progress);
-    ~PlatformMover();
+    // `line` outlives the mover, and the mover every move it makes.
+    PlatformMover(UnitLine& line, Progress progress);
     PlatformMover(const PlatformMover&) = delete;
     PlatformMover& operator=(const PlatformMover&) = delete;
 
     // To reported angles (kHold leaves an axis alone); true once there.
-    bool moveTo(std::int32_t pan, std::int32_t tilt);
+    QCoro::Task<bool> moveTo(std::int32_t pan, std::int32_t tilt);
     // The lenses to these positions; true once all four are there.
-    bool moveLensesTo(const std::array<Byte, 4>& lens);
+    QCoro::Task<bool> moveLensesTo(std::array<Byte, 4> lens);
     // Back to where the platform and lenses stood before the first move.
-    bool returnToStart();
+    QCoro::Task<bool> returnToStart();
+    // Stops what still moves and turns the override off with the mover's
+    // last jog message; nothing when it never moved anything.
+    QCoro::Task<> finish();
 
   private:
-    bool begin();
-    std::optional<PositionReading> poll();
+    QCoro::Task<bool> begin();
+    QCoro::Task<std::optional<PositionReading>> poll();
     // Polls until `arrived`, the unit stops short, the operator cancels or
     // time runs out.
-    template <typename Arrived>
-    bool follow(Arrived arrived);
-    void stop();
+    QCoro::Task<bool> follow(std::function<bool(const PositionReading&)> arrived);
+    QCoro::Task<> stop();
 
     UnitLine& line_;
-    const Progress& progress_;
+    const Progress progress_;
     std::optional<PositionReading> start_;
     bool platformMoved_ = false;
     bool lensesMoved_ = false;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoro/QCoroTask>
 #include <vector>
 
 #include "commissioning/unit_line.h"
@@ -23,6 +24,6 @@ constexpr int kLastUnitAddress = 99;
 // controller type), then address 0 when nobody answered. The line's
 // watchdog says how long each address is waited for. Talks to the console's
 // own address again afterwards.
-UnitSearch findUnits(UnitLine& line, const Progress& progress);
+QCoro::Task<UnitSearch> findUnits(UnitLine& line, Progress progress);
 
 }  // namespace halvex::commissioning

@@ -45,31 +45,31 @@ UnitLine::~UnitLine() {
     link_.Timer4().setInterval(previousWatchdogMs_);
 }
 
-std::optional<std::vector<Byte>> UnitLine::ask(const std::vector<Byte>& message, const Fits& fits,
-                                               int attempts) {
+QCoro::Task<std::optional<std::vector<Byte>>> UnitLine::ask(std::vector<Byte> message, Fits fits,
+                                                            int attempts) {
     for (int attempt = 0; attempt < attempts && link_.portOpen(); ++attempt) {
         const std::uint64_t seen = tap_.count();
-        const FrameTicket frame = sendHeld(state_, link_, message);
+        const FrameTicket frame = co_await sendHeld(state_, link_, message);
         if (!wentOut(frame)) {
             continue;
         }
-        const auto answers = [&](const std::vector<Byte>& reply) {
+        const auto answers = [&message, &fits](const std::vector<Byte>& reply) {
             return !reply.empty() && reply.front() == message.front() && (!fits || fits(reply));
         };
         std::optional<std::vector<Byte>> reply;
-        waitUntil(
+        co_await waitUntil(
             state_,
             [&] {
                 reply = tap_.firstSince(seen, answers);
                 return reply || frame->unanswered || !link_.portOpen();
             },
-            link_.Timer4().interval() + kReplyGraceMs);
+            link_.Timer4().interval() + kReplyGraceMs, &link_);
         reply = tap_.firstSince(seen, answers);
         if (reply) {
-            return reply;
+            co_return reply;
         }
     }
-    return std::nullopt;
+    co_return std::nullopt;
 }
 
 std::vector<Byte> UnitLine::jogMessage(bool override, bool stop) const {

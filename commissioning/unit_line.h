@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoro/QCoroTask>
 #include <QString>
 #include <cstdint>
 #include <deque>
@@ -55,7 +56,8 @@ struct Progress {
 // The unit one question at a time, through the console's own link: each
 // request goes out on a tick like every page's, and its reply is taken from
 // the receive path. While it lives it holds the line (no jog message comes
-// between its frames) and the reply watchdog runs at `watchdogMs`.
+// between its frames) and the reply watchdog runs at `watchdogMs`; a
+// coroutine that keeps it in its frame holds the line across its waits.
 class UnitLine {
   public:
     static constexpr int kAttempts = 3;
@@ -73,9 +75,10 @@ class UnitLine {
 
     // The reply to `message` (code at [0]), asking up to `attempts` times
     // when none comes, another code answers or it does not fit; nothing when
-    // the unit stays silent or the port closes.
-    std::optional<std::vector<Byte>> ask(const std::vector<Byte>& message, const Fits& fits = {},
-                                         int attempts = kAttempts);
+    // the unit stays silent or the port closes. The line must outlive the
+    // question (its caller co_awaits it).
+    QCoro::Task<std::optional<std::vector<Byte>>> ask(std::vector<Byte> message, Fits fits = {},
+                                                      int attempts = kAttempts);
 
     // A jog message that moves nothing (speeds 0), with the operator's soft
     // limit override unless `override` forces it on; `stop` adds the stop bit.

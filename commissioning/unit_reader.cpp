@@ -29,13 +29,13 @@ QString noReply(const QString& what) {
     return QStringLiteral("No reply from the unit to the request for %1.").arg(what);
 }
 
-std::optional<StoredPreset> readPreset(UnitLine& line, int number) {
+QCoro::Task<std::optional<StoredPreset>> readPreset(UnitLine& line, int number) {
     namespace v = vocab;
     auto request = v::blank<v::PresetRequest>();
     v::put(request, v::preset_request::kPreset, static_cast<std::uint32_t>(number));
-    const auto reply = line.ask(request, naming(v::preset_record::kPreset, number));
+    const auto reply = co_await line.ask(request, naming(v::preset_record::kPreset, number));
     if (!reply) {
-        return std::nullopt;
+        co_return std::nullopt;
     }
     // The preset reply's layout is the console's own, shared with the Presets page.
     ByteTable rx;
@@ -43,22 +43,22 @@ std::optional<StoredPreset> readPreset(UnitLine& line, int number) {
         rx[static_cast<int>(i)] = (*reply)[i];
     }
     const PresetRecord record = readPresetRecord(rx);
-    return StoredPreset{
+    co_return StoredPreset{
         record.pan, record.tilt, {record.zoom1, record.focus1, record.zoom2, record.focus2}};
 }
 
-// Nothing, or why the tour could not be read.
-QString readTour(UnitLine& line, int tour, std::vector<TourStep>& steps) {
+// Nothing, or why the tour could not be read. `steps` outlives the read.
+QCoro::Task<QString> readTour(UnitLine& line, int tour, std::vector<TourStep>& steps) {
     namespace v = vocab;
     auto countRequest = v::blank<v::TourStepCountRequest>();
     v::put(countRequest, v::tour_step_count_request::kTour, static_cast<std::uint32_t>(tour));
-    const auto count = line.ask(countRequest, naming(v::tour_step_count::kTour, tour));
+    const auto count = co_await line.ask(countRequest, naming(v::tour_step_count::kTour, tour));
     if (!count) {
-        return noReply(QStringLiteral("the step count of tour %1").arg(tour + 1));
+        co_return noReply(QStringLiteral("the step count of tour %1").arg(tour + 1));
     }
     const int size = static_cast<int>(v::get(*count, v::tour_step_count::kSteps));
     if (size > kMostTourSteps) {
-        return QStringLiteral("Tour %1 is damaged: the unit reports %2 steps.")
+        co_return QStringLiteral("Tour %1 is damaged: the unit reports %2 steps.")
             .arg(tour + 1)
             .arg(size);
     }
@@ -68,39 +68,42 @@ QString readTour(UnitLine& line, int tour, std::vector<TourStep>& steps) {
         v::put(request, v::tour_step_request::kTour, static_cast<std::uint32_t>(tour));
         v::put(request, v::tour_step_request::kStep, static_cast<std::uint32_t>(s));
         const auto step =
-            line.ask(request, naming(v::tour_step::kTour, tour, v::tour_step::kStep, s));
+            co_await line.ask(request, naming(v::tour_step::kTour, tour, v::tour_step::kStep, s));
         if (!step) {
-            return noReply(QStringLiteral("step %1 of tour %2").arg(s + 1).arg(tour + 1));
+            co_return noReply(QStringLiteral("step %1 of tour %2").arg(s + 1).arg(tour + 1));
         }
         using Fields = TourStep::Fields;
         steps.push_back(TourStep{(*step)[Fields::kPreset.offset], (*step)[Fields::kDwell.offset]});
     }
-    return {};
+    co_return QString();
 }
 
-bool readGroup(UnitLine& line, const SettingGroup& group, UnitSettings& settings) {
-    const auto reply = line.ask(
+// `group` is one of the table's; `settings` outlives the read.
+QCoro::Task<bool> readGroup(UnitLine& line, const SettingGroup& group, UnitSettings& settings) {
+    const auto reply = co_await line.ask(
         group.request, [&group](const std::vector<Byte>& r) { return replyFits(group, r); });
     if (!reply) {
-        return false;
+        co_return false;
     }
     std::vector<std::int32_t> values;
     for (const SettingField& field : group.fields) {
         values.push_back(readField(field, *reply));
     }
     settings.setGroupValues(group, values);
-    return true;
+    co_return true;
 }
 
 }  // namespace
 
-std::optional<UnitIdentity> readIdentity(UnitLine& line) {
+QCoro::Task<std::optional<UnitIdentity>> readIdentity(UnitLine& line) {
     namespace v = vocab;
     namespace fw = v::firmware;
-    const auto report = line.ask(line.jogMessage(false), atLeast(v::PositionReport::kLength));
-    const auto firmware = line.ask(v::blank<v::FirmwareRequest>(), atLeast(v::Firmware::kLength));
+    const auto report =
+        co_await line.ask(line.jogMessage(false), atLeast(v::PositionReport::kLength));
+    const auto firmware =
+        co_await line.ask(v::blank<v::FirmwareRequest>(), atLeast(v::Firmware::kLength));
     if (!report || !firmware) {
-        return std::nullopt;
+        co_return std::nullopt;
     }
     const auto of = [&firmware](v::Field<v::Firmware> field) {
         return static_cast<int>(v::get(*firmware, field));
@@ -113,33 +116,37 @@ std::optional<UnitIdentity> readIdentity(UnitLine& line) {
     identity.clockDay = of(fw::kDay);
     identity.clockMonth = of(fw::kMonth);
     identity.clockYear = fw::kYearBias + of(fw::kYear);
-    return identity;
+    co_return identity;
 }
 
-bool readAngles(UnitLine& line, UnitSettings& settings) {
+QCoro::Task<bool> readAngles(UnitLine& line, UnitSettings& settings) {
     for (const SettingGroup& group : settingGroups()) {
-        if (group.kind == Kind::SoftLimit && !readGroup(line, group, settings)) {
-            return false;
+        if (group.kind != Kind::SoftLimit) {
+            continue;
+        }
+        const bool read = co_await readGroup(line, group, settings);
+        if (!read) {
+            co_return false;
         }
     }
     for (int n = 0; n < kPresets; ++n) {
-        const auto preset = readPreset(line, n);
+        const auto preset = co_await readPreset(line, n);
         if (!preset) {
-            return false;
+            co_return false;
         }
         settings.presets[static_cast<std::size_t>(n)] = *preset;
     }
-    return true;
+    co_return true;
 }
 
-UnitRead readUnit(UnitLine& line, const Progress& progress, const QString& doing) {
+QCoro::Task<UnitRead> readUnit(UnitLine& line, Progress progress, QString doing) {
     UnitRead result;
     UnitSettings settings;
     std::vector<const SettingGroup*> groups;
-    const auto identity = readIdentity(line);
+    const auto identity = co_await readIdentity(line);
     if (!identity) {
         result.problem = noReply(QStringLiteral("its controller type and firmware revision"));
-        return result;
+        co_return result;
     }
     settings.identity = *identity;
     for (const SettingGroup& group : settingGroups()) {
@@ -153,42 +160,43 @@ UnitRead readUnit(UnitLine& line, const Progress& progress, const QString& doing
     for (const SettingGroup* group : groups) {
         if (progress.stopped()) {
             result.cancelled = true;
-            return result;
+            co_return result;
         }
         const QString what = QString::fromStdString(group->title).toLower();
         progress.show(QStringLiteral("%1 %2").arg(doing, what), done++, total);
-        if (!readGroup(line, *group, settings)) {
+        const bool read = co_await readGroup(line, *group, settings);
+        if (!read) {
             result.problem = noReply(what);
-            return result;
+            co_return result;
         }
     }
     for (int n = 0; n < kPresets; ++n) {
         if (progress.stopped()) {
             result.cancelled = true;
-            return result;
+            co_return result;
         }
         progress.show(QStringLiteral("%1 preset %2").arg(doing).arg(n), done++, total);
-        const auto preset = readPreset(line, n);
+        const auto preset = co_await readPreset(line, n);
         if (!preset) {
             result.problem = noReply(QStringLiteral("preset %1").arg(n));
-            return result;
+            co_return result;
         }
         settings.presets[static_cast<std::size_t>(n)] = *preset;
     }
     for (int t = kTours - 1; t >= 0; --t) {
         if (progress.stopped()) {
             result.cancelled = true;
-            return result;
+            co_return result;
         }
         progress.show(QStringLiteral("%1 tour %2").arg(doing).arg(t + 1), done++, total);
-        result.problem = readTour(line, t, settings.tours[static_cast<std::size_t>(t)]);
+        result.problem = co_await readTour(line, t, settings.tours[static_cast<std::size_t>(t)]);
         if (!result.problem.isEmpty()) {
-            return result;
+            co_return result;
         }
     }
     progress.show(QStringLiteral("Done"), total, total);
     result.settings = std::move(settings);
-    return result;
+    co_return result;
 }
 
 }  // namespace halvex::commissioning

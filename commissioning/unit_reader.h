@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoro/QCoroTask>
 #include <QString>
 #include <optional>
 
@@ -19,18 +20,19 @@ struct UnitRead {
 // The controller type (bits 0..1 of status byte A) and who the unit is: a
 // jog message that moves nothing and the firmware request. Nothing when it
 // does not answer both.
-std::optional<UnitIdentity> readIdentity(UnitLine& line);
+QCoro::Task<std::optional<UnitIdentity>> readIdentity(UnitLine& line);
 
 // Reads everything the console can read from the unit: who it is, every
 // setting of the table that its controller type has, the soft limits,
 // presets and tours. The tours are read last to first, so that a console's
 // tour page, which follows the replies, ends on the first tour.
 // Each step is reported as `doing` and what it reads ("Reading presets").
-UnitRead readUnit(UnitLine& line, const Progress& progress,
-                  const QString& doing = QStringLiteral("Reading"));
+QCoro::Task<UnitRead> readUnit(UnitLine& line, Progress progress,
+                               QString doing = QStringLiteral("Reading"));
 
 // Just the soft limits and presets (after the offsets changed, they read
-// differently), into `settings`. False when the unit stopped answering.
-bool readAngles(UnitLine& line, UnitSettings& settings);
+// differently), into `settings`, which the caller keeps until this ends.
+// False when the unit stopped answering.
+QCoro::Task<bool> readAngles(UnitLine& line, UnitSettings& settings);
 
 }  // namespace halvex::commissioning

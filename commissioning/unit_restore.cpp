@@ -2,6 +2,7 @@
 
 #include <QStringList>
 #include <algorithm>
+#include <exception>
 
 #include "commissioning/platform_mover.h"
 #include "commissioning/unit_reader.h"
@@ -29,15 +30,16 @@ UnitLine::Fits naming(vocab::Field<M> field, int tour) {
 // Clears the tour and appends its steps. An append is not asked twice (a
 // lost reply to one the unit took would add the step again): the whole tour
 // is written again instead.
-bool writeTour(UnitLine& line, int tour, const std::vector<TourStep>& steps) {
+QCoro::Task<bool> writeTour(UnitLine& line, int tour, std::vector<TourStep> steps) {
     namespace v = vocab;
     using Step = v::append_tour_step::Step;
     const auto t = static_cast<std::uint32_t>(tour);
     auto clear = v::blank<v::ClearTour>();
     v::put(clear, v::clear_tour::kTour, t);
     for (int attempt = 0; attempt < kTourAttempts; ++attempt) {
-        if (!line.ask(clear, naming(v::tour_cleared::kTour, tour))) {
-            return false;
+        const auto cleared = co_await line.ask(clear, naming(v::tour_cleared::kTour, tour));
+        if (!cleared) {
+            co_return false;
         }
         bool whole = true;
         for (const TourStep& step : steps) {
@@ -45,21 +47,21 @@ bool writeTour(UnitLine& line, int tour, const std::vector<TourStep>& steps) {
             v::put(append, v::append_tour_step::kTour, t);
             append[Step::kPreset.offset] = step.preset;
             append[Step::kDwell.offset] = step.dwell;
-            const auto reply = line.ask(append, naming(v::tour_step::kTour, tour), 1);
+            const auto reply = co_await line.ask(append, naming(v::tour_step::kTour, tour), 1);
             if (!reply) {
                 whole = false;
                 break;
             }
             if (reply->size() > static_cast<std::size_t>(v::tour_step::kStep.offset) &&
                 v::get(*reply, v::tour_step::kStep) == v::tour_step::kNoStep) {
-                return true;  // the tour is full: the read-back names it
+                co_return true;  // the tour is full: the read-back names it
             }
         }
         if (whole) {
-            return true;
+            co_return true;
         }
     }
-    return false;
+    co_return false;
 }
 
 // A preset's lens positions go back to none only by clearing every preset.
@@ -72,6 +74,7 @@ bool presetsNeedClearing(const UnitSettings& file, const UnitSettings& unit) {
     return false;
 }
 
+// Lives in the frame of restoreUnit(), which awaits each of its steps.
 class Restorer {
   public:
     Restorer(UnitLine& line, const RestorePlan& plan, const Progress& progress)
@@ -94,11 +97,22 @@ class Restorer {
         }
     }
 
-    RestoreResult run() {
-        if (writeTable() && writeAngles() && writeTours()) {
-            readBack();
+    QCoro::Task<RestoreResult> run() {
+        // Each part only when the one before went through.
+        const bool table = co_await writeTable();
+        if (!table) {
+            co_return result_;
         }
-        return result_;
+        const bool angles = co_await writeAngles();
+        if (!angles) {
+            co_return result_;
+        }
+        const bool tours = co_await writeTours();
+        if (!tours) {
+            co_return result_;
+        }
+        co_await readBack();
+        co_return result_;
     }
 
   private:
@@ -123,41 +137,64 @@ class Restorer {
         });
     }
 
-    bool writeTable() {
+    QCoro::Task<bool> writeTable() {
         for (const SettingGroup& group : settingGroups()) {
             if (group.kind != Kind::Command || !differs(group)) {
                 continue;
             }
             const QString title = QString::fromStdString(group.title).toLower();
             if (!step(title)) {
-                return false;
+                co_return false;
             }
-            if (!line_.ask(writeMessage(group, plan_.file.groupValues(group)))) {
-                return noReply(title);
+            const auto reply =
+                co_await line_.ask(writeMessage(group, plan_.file.groupValues(group)));
+            if (!reply) {
+                co_return noReply(title);
             }
             offsetsWritten_ = offsetsWritten_ || group.section == "offsets";
         }
-        return true;
+        co_return true;
     }
 
     // The soft limits and presets, which read in terms of the offsets.
-    bool writeAngles() {
-        if (offsetsWritten_ && !readAngles(line_, current_)) {
-            return noReply(QStringLiteral("the soft limits and presets"));
+    QCoro::Task<bool> writeAngles() {
+        if (offsetsWritten_) {
+            const bool read = co_await readAngles(line_, current_);
+            if (!read) {
+                co_return noReply(QStringLiteral("the soft limits and presets"));
+            }
         }
         PlatformMover mover(line_, progress_);
-        if (!writeSoftLimits(mover) || !writePresets(mover)) {
-            return false;
+        bool written = false;
+        std::exception_ptr fault;
+        try {
+            written = co_await writeSoftLimits(mover);
+            if (written) {
+                written = co_await writePresets(mover);
+            }
+            if (written) {
+                co_await mover.returnToStart();
+            }
+        } catch (...) {
+            fault = std::current_exception();
         }
-        mover.returnToStart();
+        // However the moves ended, a fault's way too, nothing is left moving
+        // and the override goes.
+        co_await mover.finish();
+        if (fault) {
+            std::rethrow_exception(fault);
+        }
+        if (!written) {
+            co_return false;
+        }
         if (progress_.stopped()) {
             result_.cancelled = true;
-            return false;
+            co_return false;
         }
-        return true;
+        co_return true;
     }
 
-    bool writeSoftLimits(PlatformMover& mover) {
+    QCoro::Task<bool> writeSoftLimits(PlatformMover& mover) {
         for (const SettingGroup& group : settingGroups()) {
             if (group.kind != Kind::SoftLimit) {
                 continue;
@@ -167,35 +204,42 @@ class Restorer {
                 continue;
             }
             if (!step(QString::fromStdString(group.title))) {
-                return false;
+                co_return false;
             }
             const bool pan = group.limitIndex < 2;
-            const bool there = movesAllowed_ && mover.moveTo(pan ? wanted : PlatformMover::kHold,
-                                                             pan ? PlatformMover::kHold : wanted);
+            bool there = false;
+            if (movesAllowed_) {
+                there = co_await mover.moveTo(pan ? wanted : PlatformMover::kHold,
+                                              pan ? PlatformMover::kHold : wanted);
+            }
             if (progress_.stopped()) {
                 result_.cancelled = true;
-                return false;
+                co_return false;
             }
             auto set = vocab::blank<vocab::SoftLimit>();
             vocab::put(set, vocab::soft_limit::kLimitByte,
                        static_cast<std::uint32_t>(group.limitIndex));
-            if (there && !line_.ask(set)) {
-                return noReply(QString::fromStdString(group.title));
+            if (there) {
+                const auto reply = co_await line_.ask(set);
+                if (!reply) {
+                    co_return noReply(QString::fromStdString(group.title));
+                }
             }
         }
-        return true;
+        co_return true;
     }
 
-    bool writePresets(PlatformMover& mover) {
+    QCoro::Task<bool> writePresets(PlatformMover& mover) {
         auto& presets = current_.presets;
         // Lens bytes go back to none only with every preset: clear them all,
         // then write every preset that is not empty.
         if (presetsNeedClearing(plan_.file, current_)) {
             if (!step(QStringLiteral("cleared presets"))) {
-                return false;
+                co_return false;
             }
-            if (!line_.ask(vocab::blank<vocab::ClearAllPresets>())) {
-                return noReply(QStringLiteral("clearing the presets"));
+            const auto reply = co_await line_.ask(vocab::blank<vocab::ClearAllPresets>());
+            if (!reply) {
+                co_return noReply(QStringLiteral("clearing the presets"));
             }
             presets.fill(StoredPreset{});
         }
@@ -206,7 +250,7 @@ class Restorer {
                 continue;
             }
             if (!step(QStringLiteral("preset %1").arg(n))) {
-                return false;
+                co_return false;
             }
             const auto number = static_cast<std::uint32_t>(n);
             if (wanted.pan != found.pan || wanted.tilt != found.tilt) {
@@ -215,48 +259,56 @@ class Restorer {
                 vocab::put(message, store::kPreset, number);
                 vocab::put(message, store::kPan, static_cast<std::uint32_t>(wanted.pan));
                 vocab::put(message, store::kTilt, static_cast<std::uint32_t>(wanted.tilt));
-                if (!line_.ask(message)) {
-                    return noReply(QStringLiteral("preset %1").arg(n));
+                const auto reply = co_await line_.ask(message);
+                if (!reply) {
+                    co_return noReply(QStringLiteral("preset %1").arg(n));
                 }
             }
             if (wanted.hasLens() && wanted.lens != found.lens) {
-                const bool there = movesAllowed_ && mover.moveLensesTo(wanted.lens);
+                bool there = false;
+                if (movesAllowed_) {
+                    there = co_await mover.moveLensesTo(wanted.lens);
+                }
                 if (progress_.stopped()) {
                     result_.cancelled = true;
-                    return false;
+                    co_return false;
                 }
                 auto lenses = vocab::blank<vocab::AddLensPositions>();
                 vocab::put(lenses, vocab::add_lens_positions::kPreset, number);
-                if (there && !line_.ask(lenses)) {
-                    return noReply(QStringLiteral("preset %1").arg(n));
+                if (there) {
+                    const auto reply = co_await line_.ask(lenses);
+                    if (!reply) {
+                        co_return noReply(QStringLiteral("preset %1").arg(n));
+                    }
                 }
             }
         }
-        return true;
+        co_return true;
     }
 
-    bool writeTours() {
+    QCoro::Task<bool> writeTours() {
         for (int t = 0; t < kTours; ++t) {
             const auto& wanted = plan_.file.tours[static_cast<std::size_t>(t)];
             if (wanted == current_.tours[static_cast<std::size_t>(t)]) {
                 continue;
             }
             if (!step(QStringLiteral("tour %1").arg(t + 1))) {
-                return false;
+                co_return false;
             }
-            if (!writeTour(line_, t, wanted)) {
-                return noReply(QStringLiteral("tour %1").arg(t + 1));
+            const bool written = co_await writeTour(line_, t, wanted);
+            if (!written) {
+                co_return noReply(QStringLiteral("tour %1").arg(t + 1));
             }
         }
-        return true;
+        co_return true;
     }
 
-    void readBack() {
-        const UnitRead after = readUnit(line_, progress_, QStringLiteral("Reading back"));
+    QCoro::Task<> readBack() {
+        const UnitRead after = co_await readUnit(line_, progress_, QStringLiteral("Reading back"));
         if (!after.settings) {
             result_.cancelled = after.cancelled;
             result_.problem = after.problem;
-            return;
+            co_return;
         }
         result_.finished = true;
         for (const Difference& row : differences(plan_.file, *after.settings, plan_.factoryOpen)) {
@@ -347,8 +399,10 @@ QString restoreRefusal(const UnitSettings& file, const UnitSettings& unit) {
     return {};
 }
 
-RestoreResult restoreUnit(UnitLine& line, const RestorePlan& plan, const Progress& progress) {
-    return Restorer(line, plan, progress).run();
+QCoro::Task<RestoreResult> restoreUnit(UnitLine& line, RestorePlan plan, Progress progress) {
+    // The plan and progress live in this frame, and the restorer with them.
+    Restorer restorer(line, plan, progress);
+    co_return co_await restorer.run();
 }
 
 }  // namespace halvex::commissioning

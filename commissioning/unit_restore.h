@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoro/QCoroTask>
 #include <QString>
 #include <optional>
 #include <vector>
@@ -55,6 +56,6 @@ struct RestoreResult {
 // that soft limits and presets then read as in the file), then the soft
 // limits and preset lens positions (moving there), the presets' angles,
 // the tours; then reads everything back.
-RestoreResult restoreUnit(UnitLine& line, const RestorePlan& plan, const Progress& progress);
+QCoro::Task<RestoreResult> restoreUnit(UnitLine& line, RestorePlan plan, Progress progress);
 
 }  // namespace halvex::commissioning

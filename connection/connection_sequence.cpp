@@ -53,7 +53,7 @@ ConnectionSequence::ConnectionSequence(ConsoleContext& context, PortSelection& p
         &port_, &SerialPort::connectionMade, this,
         [this] {
             if (reconnect_.isActive() && !running_ && port_.isOpen() && !port_.stillConnecting()) {
-                guarded(context_.state, "Reconnect_Timer", [this] { reconnected(); });
+                guarded(context_.state, "Reconnect_Timer", [this] { return reconnected(); });
             }
         },
         Qt::QueuedConnection);
@@ -96,15 +96,15 @@ void ConnectionSequence::tryReconnect() {
         return;  // not back yet
     }
     if (!port_.stillConnecting()) {
-        reconnected();
+        launch(context_.state, "Reconnect_Timer", reconnected());
     }
 }
 
-void ConnectionSequence::reconnected() {
+QCoro::Task<> ConnectionSequence::reconnected() {
     reconnect_.stop();
     lastLoss_.clear();
     context_.state.reportFault(QStringLiteral("%1 is back: connecting again.").arg(portName()));
-    const bool online = initialise(NoAnswer::KeepLooking);
+    const bool online = co_await initialise(NoAnswer::KeepLooking);
     emit finished(online);
 }
 
@@ -113,16 +113,16 @@ void ConnectionSequence::showProgress(const QString& pan, const QString& tilt) {
     view_.Label2[1]->setText(tilt);
 }
 
-void ConnectionSequence::StartBut_Click() {
+QCoro::Task<> ConnectionSequence::StartBut_Click() {
     reconnect_.stop();
     if (running_) {
-        return;  // already connecting
+        co_return;  // already connecting
     }
     if (port_.stillConnecting()) {
         port_.close();  // a look for a lost device on its way: start afresh
     }
     if (port_.isOpen()) {
-        return;  // already connected
+        co_return;  // already connected
     }
     const QString device = comPortDevice(ports_.comPort());
     if (!port_.open(device, ports_.baudRate())) {
@@ -130,18 +130,18 @@ void ConnectionSequence::StartBut_Click() {
             QStringLiteral("Could Not Open COM%1").arg(ports_.comPort()),
             QStringLiteral("There was a problem opening the serial port. Please check your port "
                            "selection under 'Port' and try again."));
-        return;
+        co_return;
     }
-    const bool online = initialise();
+    const bool online = co_await initialise();
     emit finished(online);
 }
 
-void ConnectionSequence::Reinitialize() {
+QCoro::Task<> ConnectionSequence::Reinitialize() {
     if (running_ || !port_.isOpen()) {
-        return;
+        co_return;
     }
     context_.state.Online = true;
-    const bool online = initialise();
+    const bool online = co_await initialise();
     emit finished(online);
 }
 
@@ -153,43 +153,57 @@ void ConnectionSequence::requestLimits() {
     }
 }
 
-bool ConnectionSequence::initialise(NoAnswer noAnswer) {
-    FlagScope running(running_);
+StateWait ConnectionSequence::lineFree() {
+    // Every frame queued so far has gone out, and no sender holds the line
+    // for replies of its own: the step before is done.
+    return waitUntil(
+        context_.state,
+        [this] { return !context_.state.SendInProgress || !context_.link.portOpen(); }, kNoTimeout,
+        this);
+}
+
+QCoro::Task<bool> ConnectionSequence::initialise(NoAnswer noAnswer) {
+    const FlagScope running(running_);
+    FormState& state = context_.state;
     view_.setTitle(ports_.title(QStringLiteral(" Initializing Pan & Tilt")));
     showProgress(QStringLiteral("Initializing"), QStringLiteral("Pan/Tilt"));
-    letEventsRun();
+    co_await letEventsRun(state);
 
     view_.StartBut->setText(QString());
     // Through the lamp state, so that the first good reply lights the lamp
     // again even when it showed good before (Reinitialize while online).
     context_.state.setLamp(LinkLamp::None);
     {
-        HourglassScope hourglass;
+        const HourglassScope hourglass;
         Link& link = context_.link;
-        context_.state.ConnectTimedOut = false;
+        state.ConnectTimedOut = false;
         link.Timer1().start();
         // A network port may still be making its connection: the first frame
         // waits for it, within the same time limit, rather than pile up
         // behind it with the ticks' jog messages.
-        waitUntil(context_.state,
-                  [this] { return !port_.stillConnecting() || context_.state.ConnectTimedOut; });
+        co_await waitUntil(
+            state, [this] { return !port_.stillConnecting() || context_.state.ConnectTimedOut; },
+            kNoTimeout, this);
         if (link.portOpen() && !port_.stillConnecting()) {
             link.sendJogMessage();
             link.Timer2().start();
         }
 
-        context_.state.ReplyReceived = false;
-        waitUntil(context_.state, [this, &link] {
-            return context_.state.ReplyReceived || context_.state.ConnectTimedOut ||
-                   !link.portOpen();
-        });
+        state.ReplyReceived = false;
+        co_await waitUntil(
+            state,
+            [this, &link] {
+                return context_.state.ReplyReceived || context_.state.ConnectTimedOut ||
+                       !link.portOpen();
+            },
+            kNoTimeout, this);
         if (!link.portOpen()) {
             abandon();
-            return false;
+            co_return false;
         }
-        if (!context_.state.ReplyReceived) {
+        if (!state.ReplyReceived) {
             fail(noAnswer);
-            return false;
+            co_return false;
         }
 
         if (context_.status.UnitVariant() == 1) {
@@ -197,43 +211,49 @@ bool ConnectionSequence::initialise(NoAnswer noAnswer) {
         }
         link.Timer2().start();
 
+        // Each step's frames go out before the next step starts, as a
+        // reader of the Line Log expects them.
         view_.Label2[1]->setText(QStringLiteral("Offsets"));
-        letEventsRun();
-        sendMessage(context_.state, link, vocab::blank<vocab::OffsetsRequest>());
+        co_await letEventsRun(state);
+        co_await sendMessage(state, link, vocab::blank<vocab::OffsetsRequest>());
 
         view_.Label2[1]->setText(QStringLiteral("Limits"));
-        letEventsRun();
+        co_await letEventsRun(state);
         requestLimits();
+        co_await lineFree();
 
         view_.Label2[1]->setText(QStringLiteral("Presets"));
-        letEventsRun();
-        emit context_.events.presetsReloadRequested();
+        co_await letEventsRun(state);
+        co_await context_.events.presetsReload();
         emit context_.events.tourSelectorPrepareRequested();
         view_.Label2[1]->setText(QStringLiteral("Tours"));
-        letEventsRun();
-        emit context_.events.selectedTourLoadRequested();
+        co_await letEventsRun(state);
+        co_await context_.events.selectedTourLoad();
 
         view_.Label2[1]->setText(QStringLiteral("Setup"));
-        letEventsRun();
+        co_await letEventsRun(state);
         for (const char* read : setupReads()) {
             runInitialRead(context_, read);
+            co_await lineFree();
         }
 
         view_.setTitle(ports_.title(QStringLiteral(" Initializing Camera")));
         view_.Label2[1]->setText(QStringLiteral("Camera"));
-        letEventsRun();
+        co_await letEventsRun(state);
         for (const char* read : cameraReads()) {
             runInitialRead(context_, read);
+            co_await lineFree();
         }
-        sendMessage(context_.state, link, vocab::readRequest<vocab::VideoConfiguration>());
-        sendMessage(context_.state, link, vocab::readRequest<vocab::AngleDisplay>());
-        sendMessage(context_.state, link, vocab::readRequest<vocab::NameDisplay>());
+        sendMessage(state, link, vocab::readRequest<vocab::VideoConfiguration>());
+        sendMessage(state, link, vocab::readRequest<vocab::AngleDisplay>());
+        sendMessage(state, link, vocab::readRequest<vocab::NameDisplay>());
+        co_await lineFree();
     }
     // Exit (or a lost port) during the reads: the requests were dropped, and
     // the console is not online.
     if (!context_.link.portOpen()) {
         abandon();
-        return false;
+        co_return false;
     }
 
     view_.SSTab1->setEnabled(true);
@@ -245,8 +265,8 @@ bool ConnectionSequence::initialise(NoAnswer noAnswer) {
     }
     view_.setTitle(ports_.title(QStringLiteral(" Online")));
     showProgress(QStringLiteral("Pan"), QStringLiteral("Tilt"));
-    context_.state.Online = true;
-    return true;
+    state.Online = true;
+    co_return true;
 }
 
 void ConnectionSequence::abandon() {
@@ -312,10 +332,10 @@ void ConnectionSequence::StopBut_Click() {
     emit context_.events.tourDisplayEndRequested();
 }
 
-void ConnectionSequence::ExitBut_Click() {
+QCoro::Task<> ConnectionSequence::ExitBut_Click() {
     reconnect_.stop();
     if (!port_.isOpen()) {
-        return;
+        co_return;
     }
     context_.state.JogFlags = vocab::withBit(context_.state.JogFlags, vocab::jog::kStop, true);
     Link& link = context_.link;
@@ -326,14 +346,14 @@ void ConnectionSequence::ExitBut_Click() {
         // meanwhile means no reply is coming; the time-out covers a line
         // that another sender holds for longer.
         FormState& state = context_.state;
-        waitUntil(
+        co_await waitUntil(
             state,
             [&] {
                 return !vocab::isSet(state.JogFlags, vocab::jog::kStop) || state.LinkFault ||
                        !link.portOpen();
             },
-            kExitSendTimeoutMs);
-        link.awaitNextReply();
+            kExitSendTimeoutMs, this);
+        co_await link.awaitNextReply();
     }
     link.stop();
     port_.close();

@@ -39,12 +39,12 @@ class ConnectionSequence : public QObject {
     ConnectionSequence(ConsoleContext& context, PortSelection& ports, SerialPort& port,
                        ConnectionView view, QObject* parent = nullptr);
 
-    void StartBut_Click();
-    void Reinitialize();
+    QCoro::Task<> StartBut_Click();
+    QCoro::Task<> Reinitialize();
     void StopBut_Click();
     void ResetBut_Click();
     // Returns when the program may end.
-    void ExitBut_Click();
+    QCoro::Task<> ExitBut_Click();
     void HideSecondCameraControls();
     // The device went away: offline, and look for it again every second.
     void portLost(const QString& reason);
@@ -67,14 +67,17 @@ class ConnectionSequence : public QObject {
     };
 
     // Steps from the first jog message to online; false when no unit answered.
-    bool initialise(NoAnswer noAnswer = NoAnswer::Tell);
+    QCoro::Task<bool> initialise(NoAnswer noAnswer = NoAnswer::Tell);
+    // Completes when the frames queued so far have gone out and no sender
+    // holds the line for replies of its own.
+    StateWait lineFree();
     void fail(NoAnswer noAnswer);
     // The port closed under the sequence: back to offline without a message.
     void abandon();
     void showProgress(const QString& pan, const QString& tilt);
     void tryReconnect();
     // The lost device is there again: connect and initialise.
-    void reconnected();
+    QCoro::Task<> reconnected();
     QString portName() const;
     void requestLimits();
 

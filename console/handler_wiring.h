@@ -10,12 +10,14 @@ namespace halvex {
 // Calls the handler with the signal's arguments when it takes them. A function
 // of its own: clang 14 instantiates both branches of an `if constexpr` inside
 // a lambda nested in a generic lambda.
+// A handler that waits returns its task, which must not keep references to
+// the arguments: a coroutine handler takes them by value.
 template <typename Handler, typename... Args>
-void invokeHandler(const Handler& handler, const Args&... args) {
+decltype(auto) invokeHandler(const Handler& handler, const Args&... args) {
     if constexpr (std::is_invocable_v<const Handler&, const Args&...>) {
-        handler(args...);
+        return handler(args...);
     } else {
-        handler();
+        return handler();
     }
 }
 
@@ -27,8 +29,17 @@ template <typename Sender, typename Signal, typename Handler>
 QMetaObject::Connection onEvent(FormState& state, Sender* sender, Signal signal, QObject* receiver,
                                 const char* name, Handler handler) {
     return QObject::connect(sender, signal, receiver, [&state, name, handler](const auto&... args) {
-        guarded(state, name, [&] { invokeHandler(handler, args...); });
+        guarded(state, name, [&] { return invokeHandler(handler, args...); });
     });
+}
+
+// Runs the member function `handler` of `owner` on every click of `button`,
+// as onEvent() does.
+template <typename Button, typename Owner, typename Handler>
+QMetaObject::Connection onClick(FormState& state, Button* button, Owner* owner, const char* name,
+                                Handler Owner::*handler) {
+    return onEvent(state, button, &Button::clicked, owner, name,
+                   [owner, handler] { return (owner->*handler)(); });
 }
 
 }  // namespace halvex

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QCoro/QCoroTask>
+
 #include "protocol/flag_scope.h"
 
 namespace halvex {
@@ -11,16 +13,18 @@ namespace halvex {
 // not one per request stacked on the send path.
 class RerunGuard {
   public:
+    // `body` returns the task of one pass; it is called again for a pass
+    // that starts over. A request made while a pass runs completes at once.
     template <typename Body>
-    void run(Body&& body) {
+    QCoro::Task<> run(Body body) {
         if (running_) {
             requested_ = true;
-            return;
+            co_return;
         }
         FlagScope running(running_);
         do {
             requested_ = false;
-            body();
+            co_await body();
         } while (requested_);
     }
 

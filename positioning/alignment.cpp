@@ -31,7 +31,6 @@ class TableReloadLock {
     TableReloadLock(QLabel* heading, const Alignment::Surroundings& around)
         : heading_(heading), lock_(around.pageTabs, around.panCaption, around.tiltCaption) {
         setCaption(heading_, "Reloading Tables");
-        letEventsRun();
     }
     ~TableReloadLock() { setCaption(heading_, kHeading); }
     TableReloadLock(const TableReloadLock&) = delete;
@@ -70,18 +69,13 @@ Alignment::Alignment(ConsoleContext& context, OffsetsPage& page, Surroundings su
 
 void Alignment::connectControls() {
     FormState& state = context_.state;
-    const auto bind = [this, &state](QPushButton* button, const char* name,
-                                     void (Alignment::*handler)()) {
-        onEvent(state, button, &QPushButton::clicked, this, name,
-                [this, handler] { (this->*handler)(); });
-    };
-    bind(page_.SetCorBut, "SetCorBut_Click", &Alignment::SetCorBut_Click);
-    bind(page_.AlignCorBut, "AlignCorBut_Click", &Alignment::AlignCorBut_Click);
-    bind(page_.AlignCenBut, "AlignCenBut_Click", &Alignment::AlignCenBut_Click);
-    bind(page_.ZeroOffBut, "ZeroOffBut_Click", &Alignment::ZeroOffBut_Click);
-    bind(page_.GetAlignBut, "GetAlignBut_Click", &Alignment::GetAlignBut_Click);
-    bind(page_.GetCenBut, "GetCenBut_Click", &Alignment::GetCenBut_Click);
-    bind(page_.SetCenBut, "SetCenBut_Click", &Alignment::SetCenBut_Click);
+    onClick(state, page_.SetCorBut, this, "SetCorBut_Click", &Alignment::SetCorBut_Click);
+    onClick(state, page_.AlignCorBut, this, "AlignCorBut_Click", &Alignment::AlignCorBut_Click);
+    onClick(state, page_.AlignCenBut, this, "AlignCenBut_Click", &Alignment::AlignCenBut_Click);
+    onClick(state, page_.ZeroOffBut, this, "ZeroOffBut_Click", &Alignment::ZeroOffBut_Click);
+    onClick(state, page_.GetAlignBut, this, "GetAlignBut_Click", &Alignment::GetAlignBut_Click);
+    onClick(state, page_.GetCenBut, this, "GetCenBut_Click", &Alignment::GetCenBut_Click);
+    onClick(state, page_.SetCenBut, this, "SetCenBut_Click", &Alignment::SetCenBut_Click);
 
     // "CL" clears a correction LED; nothing is sent.
     connect(page_.ClrLEDBut_2, &QPushButton::clicked, page_.PanCorLED,
@@ -110,40 +104,41 @@ void Alignment::registerDecoders() {
     receiver.registerDecoder(vocab::HomingCycleFinished::kCode, [this] { decodeHoming(); });
 }
 
-void Alignment::SetCorBut_Click() {
-    changeOffsets(withCoordinates(vocab::set_angle_offsets{}, page_));
+QCoro::Task<> Alignment::SetCorBut_Click() {
+    return changeOffsets(withCoordinates(vocab::set_angle_offsets{}, page_));
 }
 
-void Alignment::AlignCorBut_Click() {
-    changeOffsets(withCoordinates(vocab::align_to_coordinates{}, page_));
+QCoro::Task<> Alignment::AlignCorBut_Click() {
+    return changeOffsets(withCoordinates(vocab::align_to_coordinates{}, page_));
 }
 
-void Alignment::AlignCenBut_Click() {
-    changeOffsets(vocab::blank<vocab::AlignToCentre>());
+QCoro::Task<> Alignment::AlignCenBut_Click() {
+    return changeOffsets(vocab::blank<vocab::AlignToCentre>());
 }
 
-void Alignment::ZeroOffBut_Click() {
-    changeOffsets(vocab::blank<vocab::ZeroOffsets>());
+QCoro::Task<> Alignment::ZeroOffBut_Click() {
+    return changeOffsets(vocab::blank<vocab::ZeroOffsets>());
 }
 
-void Alignment::changeOffsets(const std::vector<Byte>& command) {
+QCoro::Task<> Alignment::changeOffsets(std::vector<Byte> command) {
     FormState& state = context_.state;
     Link& link = context_.link;
-    TableReloadLock lock(page_.Label2_6, surroundings_);
-    const FrameTicket change = sendMessage(state, link, command);
+    const TableReloadLock lock(page_.Label2_6, surroundings_);
+    co_await letEventsRun(state);
+    const FrameTicket change = co_await sendMessage(state, link, command);
     if (!wentOut(change)) {
-        return;  // the port is gone
+        co_return;  // the port is gone
     }
-    link.awaitReply(change);
+    co_await link.awaitReply(change);
 
     // The soft limits and presets are held in angle terms, which the new
     // offsets have shifted.
     for (int index = 0; index < vocab::soft_limit::kLimits; ++index) {
         auto request = vocab::readRequest<vocab::SoftLimit>();
         vocab::put(request, vocab::soft_limit::kLimit, static_cast<Byte>(index));
-        sendAndAwaitReply(state, link, request);
+        co_await sendAndAwaitReply(state, link, request);
     }
-    emit context_.events.presetsReloadRequested();
+    co_await context_.events.presetsReload();
     context_.status.SyncDesiredPending = true;
 }
 

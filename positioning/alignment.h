@@ -32,10 +32,10 @@ class Alignment : public QObject {
 
     void registerDecoders();
 
-    void SetCorBut_Click();
-    void AlignCorBut_Click();
-    void AlignCenBut_Click();
-    void ZeroOffBut_Click();
+    QCoro::Task<> SetCorBut_Click();
+    QCoro::Task<> AlignCorBut_Click();
+    QCoro::Task<> AlignCenBut_Click();
+    QCoro::Task<> ZeroOffBut_Click();
     void GetAlignBut_Click();
     void GetCenBut_Click();
     void SetCenBut_Click();
@@ -43,7 +43,7 @@ class Alignment : public QObject {
   private:
     void connectControls();
     // Sends one offset command, then re-reads the soft limits and presets.
-    void changeOffsets(const std::vector<Byte>& command);
+    QCoro::Task<> changeOffsets(std::vector<Byte> command);
     void decodeOffsets();
     void decodeCenter();
     void decodeEncoderAlignment();

@@ -40,11 +40,11 @@ void Presets::connectControls() {
     onEvent(state, page_.SavePreBut, &QPushButton::clicked, this, "SavePreBut_Click",
             [this] { SavePreBut_Click(); });
     onEvent(state, page_.SaveCurPreBut, &QPushButton::clicked, this, "SaveCurPreBut_Click",
-            [this] { SaveCurPreBut_Click(); });
+            [this] { return SaveCurPreBut_Click(); });
     onEvent(state, page_.AddAuxBut, &QPushButton::clicked, this, "AddAuxBut_Click",
             [this] { AddAuxBut_Click(); });
     onEvent(state, page_.ClearPreBut, &QPushButton::clicked, this, "ClearPreBut_Click",
-            [this] { ClearPreBut_Click(); });
+            [this] { return ClearPreBut_Click(); });
 
     UnitStatus& status = context_.status;
     connectAngleSteps(
@@ -88,25 +88,28 @@ void Presets::decodeReply() {
     }
 }
 
-void Presets::reload() {
-    reloading_.run([this] {
-        page_.PresetList->clear();
-        publishListEntries();
-        SendInProgressScope sending(context_.state);
-        for (int number = 0; number < kUnitPresets && !reloading_.superseded(); ++number) {
-            const FrameTicket request =
-                sendHeld(context_.state, context_.link,
-                         presetMessage(vocab::preset_request::kPreset, static_cast<Byte>(number)));
-            if (!wentOut(request)) {
-                return;  // the port is gone
-            }
-            if (!context_.link.awaitReply(request)) {
-                return;  // the unit has stopped answering
-            }
-        }
-    });
+QCoro::Task<> Presets::reload() {
+    co_await reloading_.run([this] { return reloadOnce(); });
     if (page_.PresetList->count() > 0) {
         page_.PresetList->setCurrentRow(0);
+    }
+}
+
+QCoro::Task<> Presets::reloadOnce() {
+    page_.PresetList->clear();
+    publishListEntries();
+    const SendInProgressScope sending(context_.state);
+    for (int number = 0; number < kUnitPresets && !reloading_.superseded(); ++number) {
+        const FrameTicket request = co_await sendHeld(
+            context_.state, context_.link,
+            presetMessage(vocab::preset_request::kPreset, static_cast<Byte>(number)));
+        if (!wentOut(request)) {
+            co_return;  // the port is gone
+        }
+        const bool answered = co_await context_.link.awaitReply(request);
+        if (!answered) {
+            co_return;  // the unit has stopped answering
+        }
     }
 }
 
@@ -151,9 +154,10 @@ void Presets::SavePreBut_Click() {
     context_.link.SendFrame(vocab::StorePreset::kLength);
 }
 
-void Presets::SaveCurPreBut_Click() {
-    sendAndAwaitReply(context_.state, context_.link,
-                      presetMessage(vocab::store_current_position::kPreset, selectedPreset()));
+QCoro::Task<> Presets::SaveCurPreBut_Click() {
+    co_await sendAndAwaitReply(
+        context_.state, context_.link,
+        presetMessage(vocab::store_current_position::kPreset, selectedPreset()));
 }
 
 void Presets::AddAuxBut_Click() {
@@ -161,16 +165,16 @@ void Presets::AddAuxBut_Click() {
                 presetMessage(vocab::add_lens_positions::kPreset, selectedPreset()));
 }
 
-void Presets::ClearPreBut_Click() {
+QCoro::Task<> Presets::ClearPreBut_Click() {
     FormState& state = context_.state;
     page_.ClearPreBut->setText(QString::fromLatin1(kClearingCaption));
-    letEventsRun();
+    co_await letEventsRun(state);
     // The unit's answer to the clear, then one more reply (the next jog
     // report) so the unit has finished zeroing before it is asked again.
-    sendAndAwaitReply(state, context_.link, vocab::blank<vocab::ClearAllPresets>());
+    co_await sendAndAwaitReply(state, context_.link, vocab::blank<vocab::ClearAllPresets>());
     context_.link.Timer4().setInterval(Link::kWatchdogMs);
-    context_.link.awaitNextReply();
-    reload();
+    co_await context_.link.awaitNextReply();
+    co_await reload();
     page_.ClearPreBut->setText(QString::fromLatin1(kClearCaption));
 }
 

@@ -22,7 +22,7 @@ class Presets : public QObject {
     void registerDecoders();
 
     // Asks for presets 0..31 one at a time, each after the previous reply.
-    void reload();
+    QCoro::Task<> reload();
 
     // Reply handler of the preset records.
     void decodeReply();
@@ -30,14 +30,15 @@ class Presets : public QObject {
     void PresetList_Click();
     void PresetList_DblClick();
     void SavePreBut_Click();
-    void SaveCurPreBut_Click();
+    QCoro::Task<> SaveCurPreBut_Click();
     void AddAuxBut_Click();
-    void ClearPreBut_Click();
+    QCoro::Task<> ClearPreBut_Click();
 
   private:
     void connectControls();
     // Tells the other pages what the preset list now shows.
     void publishListEntries();
+    QCoro::Task<> reloadOnce();
     // The selected list position as the command's preset byte; no selection
     // (-1) does not fit a byte and stops the handler.
     Byte selectedPreset() const;

@@ -44,12 +44,12 @@ void Tours::connectControls() {
     FormState& state = context_.state;
     for (int i = 0; i < ToursPage::kTours; ++i) {
         onEvent(state, page_.TourSel[static_cast<std::size_t>(i)], &QRadioButton::clicked, this,
-                "TourSel_Click", [this, i] { TourSel_Click(i); });
+                "TourSel_Click", [this, i] { return TourSel_Click(i); });
     }
     onEvent(state, page_.ScriptPreList, &QListWidget::itemDoubleClicked, this,
-            "ScriptPreList_DblClick", [this] { ScriptPreList_DblClick(); });
+            "ScriptPreList_DblClick", [this] { return ScriptPreList_DblClick(); });
     onEvent(state, page_.ScriptList, &QListWidget::itemDoubleClicked, this, "ScriptList_DblClick",
-            [this] { ScriptList_DblClick(); });
+            [this] { return ScriptList_DblClick(); });
     onEvent(state, page_.ExecScriptBut, &QPushButton::clicked, this, "ExecScriptBut_Click",
             [this] { ExecScriptBut_Click(); });
     onEvent(state, page_.ClearScriptBut, &QPushButton::clicked, this, "ClearScriptBut_Click",
@@ -87,41 +87,42 @@ void Tours::showTourCaptions() {
     page_.ClearScriptBut->setText(QStringLiteral("Clear Tour %1").arg(selectedTour_ + 1));
 }
 
-void Tours::TourSel_Click(int index) {
+QCoro::Task<> Tours::TourSel_Click(int index) {
     // The latest selection wins: a click while a tour loads makes the load
     // start over with it.
     selectedTour_ = index;
-    loading_.run([this] { loadTour(selectedTour_); });
+    return loading_.run([this] { return loadTour(selectedTour_); });
 }
 
-void Tours::loadTour(int index) {
+QCoro::Task<> Tours::loadTour(int index) {
     FormState& state = context_.state;
     page_.ScriptList->clear();
     showTourCaptions();
     const Byte tour = checkedByte(index);
-    if (!sendAndAwaitReply(state, context_.link,
-                           tourMessage(vocab::tour_step_count_request::kTour, tour)) ||
-        tourStepCount_ == 0) {
-        return;
+    const bool counted = co_await sendAndAwaitReply(
+        state, context_.link, tourMessage(vocab::tour_step_count_request::kTour, tour));
+    if (!counted || tourStepCount_ == 0) {
+        co_return;
     }
-    SendInProgressScope sending(state);
+    const SendInProgressScope sending(state);
     // The count may be 255 for a corrupt tour: the unit is still asked for
     // every step it claims to have.
     const int count = tourStepCount_;
     for (int step = 0; step < count && !loading_.superseded(); ++step) {
         auto message = tourMessage(vocab::tour_step_request::kTour, tour);
         vocab::put(message, vocab::tour_step_request::kStep, static_cast<Byte>(step));
-        const FrameTicket request = sendHeld(state, context_.link, message);
+        const FrameTicket request = co_await sendHeld(state, context_.link, message);
         if (!wentOut(request)) {
-            return;  // the port is gone
+            co_return;  // the port is gone
         }
-        if (!context_.link.awaitReply(request)) {
-            return;  // the unit has stopped answering
+        const bool answered = co_await context_.link.awaitReply(request);
+        if (!answered) {
+            co_return;  // the unit has stopped answering
         }
     }
 }
 
-void Tours::ScriptPreList_DblClick() {
+QCoro::Task<> Tours::ScriptPreList_DblClick() {
     // Every step record has the same bits; the camera selectors are in the
     // order of the step's camera numbers.
     using Step = vocab::append_tour_step::Step;
@@ -145,12 +146,12 @@ void Tours::ScriptPreList_DblClick() {
 
     if (page_.Option1[1]->isChecked()) {
         namespace m = vocab::insert_tour_step;
-        editAtSelection(m::kTour, m::kStep, m::Step{}, QStringLiteral("Could Not Insert Into Tour"),
-                        QStringLiteral("You must select a position in the tour list to insert."),
-                        choice);
+        co_await editAtSelection(
+            m::kTour, m::kStep, m::Step{}, QStringLiteral("Could Not Insert Into Tour"),
+            QStringLiteral("You must select a position in the tour list to insert."), choice);
     } else if (page_.Option1[2]->isChecked()) {
         namespace m = vocab::replace_tour_step;
-        editAtSelection(
+        co_await editAtSelection(
             m::kTour, m::kStep, m::Step{}, QStringLiteral("Could Not Replace In The Tour"),
             QStringLiteral("You must select a position in the tour list to replace."), choice);
     } else {
@@ -161,27 +162,27 @@ void Tours::ScriptPreList_DblClick() {
 }
 
 template <class M, int At>
-void Tours::editAtSelection(vocab::Field<M> tourField, vocab::Field<M> stepField,
-                            vocab::StepRecord<M, At> record, const QString& title,
-                            const QString& text, const StepChoice& choice) {
+QCoro::Task<> Tours::editAtSelection(vocab::Field<M> tourField, vocab::Field<M> stepField,
+                                     vocab::StepRecord<M, At> record, QString title, QString text,
+                                     StepChoice choice) {
     const int selected = page_.ScriptList->currentRow();
     if (selected < 0) {
         context_.messages.exclamation(title, text);
-        return;
+        co_return;
     }
     auto message = stepMessage(tourField, checkedByte(selectedTour_), record, choice);
     vocab::put(message, stepField, checkedByte(selected));
-    sendAndAwaitReply(context_.state, context_.link, message);
-    TourSel_Click(selectedTour_);
+    co_await sendAndAwaitReply(context_.state, context_.link, message);
+    co_await TourSel_Click(selectedTour_);
 }
 
-void Tours::ScriptList_DblClick() {
+QCoro::Task<> Tours::ScriptList_DblClick() {
     const Byte step = checkedByte(page_.ScriptList->currentRow());
     namespace m = vocab::delete_tour_step;
     auto message = tourMessage(m::kTour, checkedByte(selectedTour_));
     vocab::put(message, m::kStep, step);
-    sendAndAwaitReply(context_.state, context_.link, message);
-    TourSel_Click(selectedTour_);
+    co_await sendAndAwaitReply(context_.state, context_.link, message);
+    co_await TourSel_Click(selectedTour_);
 }
 
 void Tours::ExecScriptBut_Click() {
@@ -254,7 +255,7 @@ void Tours::decodeClear() {
     // Selecting the tour reloads it; that waits for replies of its own, so it
     // runs after this receive event rather than inside it.
     QTimer::singleShot(0, this, [this, tour] {
-        guarded(context_.state, "TourSel_Click", [&] { TourSel_Click(tour); });
+        guarded(context_.state, "TourSel_Click", [&] { return TourSel_Click(tour); });
     });
 }
 

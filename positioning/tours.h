@@ -27,9 +27,9 @@ class Tours : public QObject {
     int SelectedTour() const { return selectedTour_; }
 
     // Reloads tour i: its captions, its step count, then each step.
-    void TourSel_Click(int index);
-    void ScriptPreList_DblClick();
-    void ScriptList_DblClick();
+    QCoro::Task<> TourSel_Click(int index);
+    QCoro::Task<> ScriptPreList_DblClick();
+    QCoro::Task<> ScriptList_DblClick();
     void ExecScriptBut_Click();
     void ClearScriptBut_Click();
     void Command3_Click();
@@ -44,7 +44,7 @@ class Tours : public QObject {
 
   private:
     void connectControls();
-    void loadTour(int index);
+    QCoro::Task<> loadTour(int index);
     void decodeCount();
     void decodeStep();
     void decodeExecute();
@@ -64,9 +64,9 @@ class Tours : public QObject {
                                          vocab::StepRecord<M, At> record, const StepChoice& choice);
     // Inserts or replaces at the selected step, then reloads the tour.
     template <class M, int At>
-    void editAtSelection(vocab::Field<M> tourField, vocab::Field<M> stepField,
-                         vocab::StepRecord<M, At> record, const QString& title, const QString& text,
-                         const StepChoice& choice);
+    QCoro::Task<> editAtSelection(vocab::Field<M> tourField, vocab::Field<M> stepField,
+                                  vocab::StepRecord<M, At> record, QString title, QString text,
+                                  StepChoice choice);
     // A tour number from a reply; only 0..2 name a selector.
     static int checkedTour(int tour);
 

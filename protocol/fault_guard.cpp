@@ -19,4 +19,17 @@ void reportStoppedHandler(FormState& state, const char* handler, const std::exce
     state.reportFault(message);
 }
 
+QCoro::Task<> guardedRun(FormState& state, const char* handler, QCoro::Task<> running) {
+    try {
+        co_await std::move(running);
+    } catch (const std::exception& error) {
+        reportStoppedHandler(state, handler, error);
+    }
+}
+
+void launch(FormState& state, const char* handler, QCoro::Task<> running) {
+    // The watcher's own task is let go: it ends when the handler does.
+    static_cast<void>(guardedRun(state, handler, std::move(running)));
+}
+
 }  // namespace halvex

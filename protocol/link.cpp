@@ -103,20 +103,21 @@ std::shared_ptr<FrameRecord> Link::takeFrame(int count) {
     return frame;
 }
 
-FrameTicket Link::SendFrame(int count) {
+QCoro::Task<FrameTicket> Link::SendFrame(int count) {
     std::shared_ptr<FrameRecord> frame = takeFrame(count);
     emit frameQueued(frame);
     // With the port closed there is nobody to send to and no tick to wait for.
     if (!portOpen()) {
         frame->status = FrameRecord::Status::Dropped;
         emit frameDropped(frame, QStringLiteral("port closed"));
-        return frame;
+        co_return frame;
     }
     queue_.push_back(frame);
+    const SendInProgressScope holding(state_);
     const int ahead = static_cast<int>(queue_.size());
-    const bool went = waitUntil(
+    const bool went = co_await waitUntil(
         state_, [&frame] { return frame->status != FrameRecord::Status::Queued; },
-        ahead * timer2_.interval() + kSendGraceMs);
+        ahead * timer2_.interval() + kSendGraceMs, this);
     if (!went) {
         queue_.erase(std::remove(queue_.begin(), queue_.end(), frame), queue_.end());
         framesBeforeJog_ = std::min(framesBeforeJog_, queue_.size());
@@ -125,7 +126,7 @@ FrameTicket Link::SendFrame(int count) {
         state_.reportFault(QStringLiteral("Command %1 not sent: no transmit tick")
                                .arg(hexText(frame->message.front())));
     }
-    return frame;
+    co_return frame;
 }
 
 void Link::transmit(int count) {
@@ -209,26 +210,26 @@ int Link::replyTimeoutMs() const {
     return timer4_.interval() + kReplyGraceMs;
 }
 
-bool Link::awaitReply(const FrameTicket& frame) {
+QCoro::Task<bool> Link::awaitReply(FrameTicket frame) {
     state_.ReplyReceived = false;
     if (!frame || frame->status != FrameRecord::Status::Sent) {
-        return false;
+        co_return false;
     }
-    waitUntil(
+    co_await waitUntil(
         state_, [&] { return frame->answered || frame->unanswered || !portOpen(); },
-        replyTimeoutMs());
-    return frame->answered;
+        replyTimeoutMs(), this);
+    co_return frame->answered;
 }
 
-bool Link::awaitNextReply() {
+QCoro::Task<bool> Link::awaitNextReply() {
     state_.ReplyReceived = false;
     const quint64 events = receiveEvents_;
     const quint64 expiries = watchdogExpiries_;
-    waitUntil(
+    co_await waitUntil(
         state_,
         [&] { return receiveEvents_ != events || watchdogExpiries_ != expiries || !portOpen(); },
-        replyTimeoutMs());
-    return receiveEvents_ != events;
+        replyTimeoutMs(), this);
+    co_return receiveEvents_ != events;
 }
 
 void Link::giveUpOnReplies() {

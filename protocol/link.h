@@ -10,6 +10,7 @@
 
 #include "protocol/form_state.h"
 #include "protocol/serial_port.h"
+#include "protocol/wait.h"
 
 namespace halvex {
 
@@ -63,21 +64,25 @@ class Link : public QObject {
     bool portOpen() const { return port_ != nullptr && port_->isOpen(); }
 
     // Queues TxBuffer[0..count-1] with its LRC (also written to
-    // TxBuffer[count]) and sleeps until a tick has written it. The ticket
-    // says whether it went out, and later whether it was answered.
-    FrameTicket SendFrame(int count);
+    // TxBuffer[count]) and completes when a tick has written it; the line is
+    // held (no jog message) meanwhile. The ticket says whether it went out,
+    // and later whether it was answered. A caller that does not co_await it
+    // has still queued the frame: it goes out on its tick all the same.
+    QCoro::Task<FrameTicket> SendFrame(int count);
 
     // Writes TxBuffer[0..count] (the LRC already at [count]) at once: for the
     // jog message, which is sent from the tick itself. Once it is out, the
     // stop and reset requests it carried are cleared.
     void transmit(int count);
 
-    // Sleeps until the frame is answered, the watchdog gives up on it, the
+    // Completes when the frame is answered, the watchdog gives up on it, the
     // port closes or the reply time-out passes. True when it was answered.
-    bool awaitReply(const FrameTicket& frame);
-    // Clears ReplyReceived and sleeps until the next receive event, a
+    QCoro::Task<bool> awaitReply(FrameTicket frame);
+    // Clears ReplyReceived and completes on the next receive event, a
     // watchdog expiry, the port closing or the reply time-out.
-    bool awaitNextReply();
+    QCoro::Task<bool> awaitNextReply();
+    // Frames waiting for their tick.
+    std::size_t queued() const { return queue_.size(); }
 
     // A receive event began: the last frame on the line counts as answered.
     void noteReceiveEvent();

@@ -1,20 +1,15 @@
 #include "protocol/wait.h"
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QEventLoop>
-#include <QTimer>
 #include <algorithm>
-#include <vector>
 
 #include "protocol/form_state.h"
 
 namespace halvex {
 
 namespace {
-// Nested waits end in the reverse order of their start: a stack.
+// Waits may end in any order: each keeps its own place in the list.
 struct WaitRecord {
-    std::vector<QElapsedTimer> running;
+    std::list<QElapsedTimer> running;
     quint64 ended = 0;
     qint64 longestMs = 0;
 };
@@ -23,23 +18,6 @@ WaitRecord& waitRecord() {
     static WaitRecord record;
     return record;
 }
-
-class CountedWait {
-  public:
-    CountedWait() {
-        QElapsedTimer started;
-        started.start();
-        waitRecord().running.push_back(started);
-    }
-    ~CountedWait() {
-        WaitRecord& record = waitRecord();
-        record.longestMs = std::max(record.longestMs, record.running.back().elapsed());
-        record.running.pop_back();
-        ++record.ended;
-    }
-    CountedWait(const CountedWait&) = delete;
-    CountedWait& operator=(const CountedWait&) = delete;
-};
 }  // namespace
 
 WaitCensus waitCensus() {
@@ -48,40 +26,99 @@ WaitCensus waitCensus() {
     census.ended = record.ended;
     census.longestMs = record.longestMs;
     census.running = static_cast<int>(record.running.size());
-    if (!record.running.empty()) {
-        census.oldestRunningMs = record.running.front().elapsed();
+    for (const QElapsedTimer& started : record.running) {
+        census.oldestRunningMs = std::max(census.oldestRunningMs, started.elapsed());
     }
     return census;
 }
 
-bool waitUntil(FormState& state, const std::function<bool()>& done, int timeoutMs) {
-    if (done()) {
-        return true;
-    }
-    const CountedWait counted;
-    QEventLoop loop;
-    const auto connection = QObject::connect(&state, &FormState::changed, &loop, [&] {
-        if (done()) {
-            loop.quit();
-        }
-    });
-    // Also leave when the application is going away, so a wait never keeps
-    // a closing program alive.
-    QObject::connect(QCoreApplication::instance(), &QCoreApplication::aboutToQuit, &loop,
-                     &QEventLoop::quit);
-    QTimer deadline;
-    if (timeoutMs >= 0) {
-        deadline.setSingleShot(true);
-        QObject::connect(&deadline, &QTimer::timeout, &loop, &QEventLoop::quit);
-        deadline.start(timeoutMs);
-    }
-    loop.exec();
-    QObject::disconnect(connection);
-    return done();
+PendingWait::PendingWait(FormState& state, std::function<bool()> done, int timeoutMs,
+                         QObject* owner)
+    : state_(state), owner_(owner), done_(std::move(done)), timeoutMs_(timeoutMs) {
+    deadline_.setSingleShot(true);
 }
 
-void letEventsRun() {
-    QCoreApplication::processEvents(QEventLoop::AllEvents);
+PendingWait::~PendingWait() {
+    disconnectAll();
+    if (counted_) {
+        waitRecord().running.erase(census_);
+    }
+}
+
+void PendingWait::suspend(std::coroutine_handle<> waiting) {
+    waiting_ = waiting;
+    QElapsedTimer started;
+    started.start();
+    WaitRecord& record = waitRecord();
+    census_ = record.running.insert(record.running.end(), started);
+    counted_ = true;
+
+    stateGone_ = QObject::connect(&state_, &QObject::destroyed, [this] { abandon(); });
+    if (owner_ != nullptr) {
+        ownerGone_ = QObject::connect(owner_, &QObject::destroyed, [this] { abandon(); });
+    }
+    if (!done_) {
+        wake();  // the next turn of the loop
+        return;
+    }
+    changed_ = QObject::connect(&state_, &FormState::changed, [this] { check(); });
+    if (timeoutMs_ >= 0) {
+        QObject::connect(&deadline_, &QTimer::timeout, [this] { wake(); });
+        deadline_.start(timeoutMs_);
+    }
+}
+
+bool PendingWait::resume() {
+    if (counted_) {
+        WaitRecord& record = waitRecord();
+        record.longestMs = std::max(record.longestMs, census_->elapsed());
+        record.running.erase(census_);
+        ++record.ended;
+        counted_ = false;
+    }
+    return done_ && done_();
+}
+
+void PendingWait::check() {
+    if (done_()) {
+        wake();
+    }
+}
+
+void PendingWait::wake() {
+    if (woken_) {
+        return;
+    }
+    woken_ = true;
+    QObject::disconnect(changed_);
+    deadline_.stop();
+    // Queued on the form state: dropped with it if it goes first.
+    QMetaObject::invokeMethod(
+        &state_,
+        [this] {
+            if (!abandoned_) {
+                waiting_.resume();
+            }
+        },
+        Qt::QueuedConnection);
+}
+
+void PendingWait::abandon() {
+    woken_ = true;
+    abandoned_ = true;
+    disconnectAll();
+    // Nobody will see it end; it no longer counts as running.
+    if (counted_) {
+        waitRecord().running.erase(census_);
+        counted_ = false;
+    }
+}
+
+void PendingWait::disconnectAll() {
+    deadline_.stop();
+    QObject::disconnect(changed_);
+    QObject::disconnect(stateGone_);
+    QObject::disconnect(ownerGone_);
 }
 
 }  // namespace halvex

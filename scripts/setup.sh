@@ -12,10 +12,12 @@ set -euo pipefail
 # ser2net: the suite reaches the virtual unit through a device server;
 # libsdl2-dev: game controllers and joysticks (its virtual devices in the suite);
 # python3: the check that no sender writes the protocol as numbers;
+# qcoro-qt6-dev: waits are coroutines on the one event loop (its task type,
+# all in headers: nothing of it is needed at run time);
 # fonts-dejavu-core: the fonts the suite and the screenshot tool draw in,
 # whatever other fonts the machine has (tools/picture_fonts.h).
 packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libsdl2-dev libgtest-dev libhamlib-utils
-          ser2net tshark fonts-dejavu-core python3)
+          ser2net tshark fonts-dejavu-core python3 qcoro-qt6-dev)
 for flag in "$@"; do
     case "$flag" in
         --with-display) packages+=(xvfb) ;;

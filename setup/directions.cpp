@@ -39,17 +39,12 @@ void Directions::connectControls() {
     bindCheck(page_.ConCheck, "ConCheck_Click", directions::kContinuousRotation);
     bindCheck(page_.InvCheck, "InvCheck_Click", directions::kInvertedMount);
 
-    const auto bind = [this, &state](QPushButton* button, const char* name,
-                                     void (Directions::*handler)()) {
-        onEvent(state, button, &QPushButton::clicked, this, name,
-                [this, handler] { (this->*handler)(); });
-    };
-    bind(page_.GetRevBut, "GetRevBut_Click", &Directions::GetRevBut_Click);
-    bind(page_.SetRevBut, "SetRevBut_Click", &Directions::SetRevBut_Click);
-    bind(page_.GetEncBut, "GetEncBut_Click", &Directions::GetEncBut_Click);
-    bind(page_.SetEncBut, "SetEncBut_Click", &Directions::SetEncBut_Click);
-    bind(page_.InitEncBut, "InitEncBut_Click", &Directions::InitEncBut_Click);
-    bind(page_.EncHomeBut, "EncHomeBut_Click", &Directions::EncHomeBut_Click);
+    onClick(state, page_.GetRevBut, this, "GetRevBut_Click", &Directions::GetRevBut_Click);
+    onClick(state, page_.SetRevBut, this, "SetRevBut_Click", &Directions::SetRevBut_Click);
+    onClick(state, page_.GetEncBut, this, "GetEncBut_Click", &Directions::GetEncBut_Click);
+    onClick(state, page_.SetEncBut, this, "SetEncBut_Click", &Directions::SetEncBut_Click);
+    onClick(state, page_.InitEncBut, this, "InitEncBut_Click", &Directions::InitEncBut_Click);
+    onClick(state, page_.EncHomeBut, this, "EncHomeBut_Click", &Directions::EncHomeBut_Click);
 }
 
 void Directions::registerDecoders() {
@@ -91,9 +86,9 @@ void Directions::SetEncBut_Click() {
     send(message);
 }
 
-void Directions::InitEncBut_Click() {
+QCoro::Task<> Directions::InitEncBut_Click() {
     if (procedureRunning_) {
-        return;
+        co_return;
     }
     if (!context_.messages.confirm(
             QStringLiteral("Critical Initial Alignment Checklist"),
@@ -102,15 +97,15 @@ void Directions::InitEncBut_Click() {
                 "Normal/Reverse And Con Rotation Are Correct, And Hard Limits Are Properly Set "
                 "Before Performing This Alignment! If You Are Not Sure Cancel This Procedure "
                 "Now! Host Will Lose Communications During This Alignment!"))) {
-        return;
+        co_return;
     }
-    runProcedure(v::blank<v::EncoderAlignment>());
+    co_await runProcedure(v::blank<v::EncoderAlignment>());
     context_.link.Timer4().setInterval(kAfterAlignmentWatchdogMs);
 }
 
-void Directions::EncHomeBut_Click() {
+QCoro::Task<> Directions::EncHomeBut_Click() {
     if (procedureRunning_) {
-        return;
+        co_return;
     }
     if (!context_.messages.confirm(
             QStringLiteral("Critical Homing Cycle Checklist"),
@@ -119,7 +114,7 @@ void Directions::EncHomeBut_Click() {
                 "Are Correct And That Hard Limits Are Properly Set Before Performing This "
                 "Alignment! If You Are Not Sure Cancel This Procedure! Host Will Lose "
                 "Communications During This Alignment!"))) {
-        return;
+        co_return;
     }
     for (QLabel* readout : {index_.Pindex, index_.Tindex}) {
         if (readout != nullptr) {
@@ -128,18 +123,19 @@ void Directions::EncHomeBut_Click() {
     }
     // Unlike the initial alignment, the homing cycle leaves the long
     // watchdog interval in place afterwards.
-    runProcedure(v::blank<v::HomingCycle>());
+    co_await runProcedure(v::blank<v::HomingCycle>());
 }
 
-void Directions::runProcedure(const std::vector<Byte>& command) {
-    FlagScope running(procedureRunning_);
+QCoro::Task<> Directions::runProcedure(std::vector<Byte> command) {
+    const FlagScope running(procedureRunning_);
     context_.link.Timer4().setInterval(kProcedureWatchdogMs);
     // The unit answers when the procedure ends. The line is held until
     // then: the unit hears nothing meanwhile, and jog messages piling up
     // unanswered would crowd the procedure's frame out of the replies the
     // link waits for.
-    SendInProgressScope holding(context_.state);
-    context_.link.awaitReply(sendHeld(context_.state, context_.link, command));
+    const SendInProgressScope holding(context_.state);
+    const FrameTicket procedure = co_await sendHeld(context_.state, context_.link, command);
+    co_await context_.link.awaitReply(procedure);
 }
 
 void Directions::decodeDirections() {

@@ -40,8 +40,8 @@ class Directions : public QObject {
     void SetRevBut_Click();
     void GetEncBut_Click();
     void SetEncBut_Click();
-    void InitEncBut_Click();
-    void EncHomeBut_Click();
+    QCoro::Task<> InitEncBut_Click();
+    QCoro::Task<> EncHomeBut_Click();
 
   private:
     void connectControls();
@@ -49,7 +49,7 @@ class Directions : public QObject {
     void decodeDirections();
     void decodeEncoders();
     // Sends one procedure command and waits (the unit is silent meanwhile).
-    void runProcedure(const std::vector<Byte>& command);
+    QCoro::Task<> runProcedure(std::vector<Byte> command);
 
     ConsoleContext& context_;
     FactoryPage& page_;

@@ -47,19 +47,14 @@ Identity::Identity(ConsoleContext& context, SetupPage& page, FactoryPage& factor
 
 void Identity::connectControls() {
     FormState& state = context_.state;
-    const auto bind = [this, &state](QPushButton* button, const char* name,
-                                     void (Identity::*handler)()) {
-        onEvent(state, button, &QPushButton::clicked, this, name,
-                [this, handler] { (this->*handler)(); });
-    };
-    bind(page_.SetIDBut, "SetIDBut_Click", &Identity::SetIDBut_Click);
-    bind(page_.BSetIDBut, "BSetIDBut_Click", &Identity::BSetIDBut_Click);
-    bind(page_.GetIDBut, "GetIDBut_Click", &Identity::GetIDBut_Click);
-    bind(page_.SetTOBut, "SetTOBut_Click", &Identity::SetTOBut_Click);
-    bind(page_.GetTOBut, "GetTOBut_Click", &Identity::GetTOBut_Click);
-    bind(page_.GetHeatBut, "GetHeatBut_Click", &Identity::GetHeatBut_Click);
-    bind(page_.RevBut, "RevBut_Click", &Identity::RevBut_Click);
-    bind(factory_.PassEntBut, "PassEntBut_Click", &Identity::PassEntBut_Click);
+    onClick(state, page_.SetIDBut, this, "SetIDBut_Click", &Identity::SetIDBut_Click);
+    onClick(state, page_.BSetIDBut, this, "BSetIDBut_Click", &Identity::BSetIDBut_Click);
+    onClick(state, page_.GetIDBut, this, "GetIDBut_Click", &Identity::GetIDBut_Click);
+    onClick(state, page_.SetTOBut, this, "SetTOBut_Click", &Identity::SetTOBut_Click);
+    onClick(state, page_.GetTOBut, this, "GetTOBut_Click", &Identity::GetTOBut_Click);
+    onClick(state, page_.GetHeatBut, this, "GetHeatBut_Click", &Identity::GetHeatBut_Click);
+    onClick(state, page_.RevBut, this, "RevBut_Click", &Identity::RevBut_Click);
+    onClick(state, factory_.PassEntBut, this, "PassEntBut_Click", &Identity::PassEntBut_Click);
     // The address changes when the bar has come to rest, as a scroll bar's
     // change event does: a dragged thumb passes over other units' addresses,
     // and on a shared line each of them would get jog messages.

@@ -46,24 +46,25 @@ SpeedsAndLimits::SpeedsAndLimits(ConsoleContext& context, SetupPage& page, QObje
 
 void SpeedsAndLimits::connectControls() {
     FormState& state = context_.state;
-    const auto bind = [this, &state](QPushButton* button, const char* name,
-                                     void (SpeedsAndLimits::*handler)()) {
-        onEvent(state, button, &QPushButton::clicked, this, name,
-                [this, handler] { (this->*handler)(); });
-    };
-    bind(page_.GetRateBut, "GetRateBut_Click", &SpeedsAndLimits::GetRateBut_Click);
-    bind(page_.SetRateBut, "SetRateBut_Click", &SpeedsAndLimits::SetRateBut_Click);
-    bind(page_.GetCMaxBut, "GetCMaxBut_Click", &SpeedsAndLimits::GetCMaxBut_Click);
-    bind(page_.SetCMaxBut, "SetCMaxBut_Click", &SpeedsAndLimits::SetCMaxBut_Click);
-    bind(page_.GetIMaxBut, "GetIMaxBut_Click", &SpeedsAndLimits::GetIMaxBut_Click);
-    bind(page_.SetIMaxBut, "SetIMaxBut_Click", &SpeedsAndLimits::SetIMaxBut_Click);
-    bind(page_.GetPStepBut, "GetPStepBut_Click", &SpeedsAndLimits::GetPStepBut_Click);
-    bind(page_.SetPStepBut, "SetPStepBut_Click", &SpeedsAndLimits::SetPStepBut_Click);
-    bind(page_.GetTStepBut, "GetTStepBut_Click", &SpeedsAndLimits::GetTStepBut_Click);
-    bind(page_.SetTStepBut, "SetTStepBut_Click", &SpeedsAndLimits::SetTStepBut_Click);
-    bind(page_.SetMaxPairBut, "SetMaxPairBut_Click", &SpeedsAndLimits::SetMaxPairBut_Click);
-    bind(page_.SetMinPairBut, "SetMinPairBut_Click", &SpeedsAndLimits::SetMinPairBut_Click);
-    bind(page_.SetTiltBut, "SetTiltBut_Click", &SpeedsAndLimits::SetTiltBut_Click);
+    onClick(state, page_.GetRateBut, this, "GetRateBut_Click", &SpeedsAndLimits::GetRateBut_Click);
+    onClick(state, page_.SetRateBut, this, "SetRateBut_Click", &SpeedsAndLimits::SetRateBut_Click);
+    onClick(state, page_.GetCMaxBut, this, "GetCMaxBut_Click", &SpeedsAndLimits::GetCMaxBut_Click);
+    onClick(state, page_.SetCMaxBut, this, "SetCMaxBut_Click", &SpeedsAndLimits::SetCMaxBut_Click);
+    onClick(state, page_.GetIMaxBut, this, "GetIMaxBut_Click", &SpeedsAndLimits::GetIMaxBut_Click);
+    onClick(state, page_.SetIMaxBut, this, "SetIMaxBut_Click", &SpeedsAndLimits::SetIMaxBut_Click);
+    onClick(state, page_.GetPStepBut, this, "GetPStepBut_Click",
+            &SpeedsAndLimits::GetPStepBut_Click);
+    onClick(state, page_.SetPStepBut, this, "SetPStepBut_Click",
+            &SpeedsAndLimits::SetPStepBut_Click);
+    onClick(state, page_.GetTStepBut, this, "GetTStepBut_Click",
+            &SpeedsAndLimits::GetTStepBut_Click);
+    onClick(state, page_.SetTStepBut, this, "SetTStepBut_Click",
+            &SpeedsAndLimits::SetTStepBut_Click);
+    onClick(state, page_.SetMaxPairBut, this, "SetMaxPairBut_Click",
+            &SpeedsAndLimits::SetMaxPairBut_Click);
+    onClick(state, page_.SetMinPairBut, this, "SetMinPairBut_Click",
+            &SpeedsAndLimits::SetMinPairBut_Click);
+    onClick(state, page_.SetTiltBut, this, "SetTiltBut_Click", &SpeedsAndLimits::SetTiltBut_Click);
 }
 
 void SpeedsAndLimits::registerDecoders() {

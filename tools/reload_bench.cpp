@@ -87,7 +87,11 @@ int main(int argc, char* argv[]) {
         const double before = cpuSeconds();
         clock.start();
         // As the connection sequence and an offset change ask for it.
-        emit window.events().presetsReloadRequested();
+        QCoro::Task<> reload = window.events().presetsReload();
+        if (!QTest::qWaitFor([&] { return reload.isReady(); }, 60000)) {
+            std::fprintf(stderr, "a preset reload did not end within a minute\n");
+            return 1;
+        }
         reloadCpu += cpuSeconds() - before;
         reloadWall += static_cast<double>(clock.elapsed()) / 1000.0;
     }

@@ -87,13 +87,11 @@ void DataWatch::showReceivedFrame(const QString& capture) {
 void DataWatch::SpinButton1_SpinUp() {
     WatchIndex = WatchIndex == kCodeCount - 1 ? 0 : WatchIndex + 1;
     showWatchIndex();
-    QCoreApplication::processEvents();
 }
 
 void DataWatch::SpinButton1_SpinDown() {
     WatchIndex = WatchIndex == 0 ? kCodeCount - 1 : WatchIndex - 1;
     showWatchIndex();
-    QCoreApplication::processEvents();
 }
 
 void DataWatch::showWatchIndex() {

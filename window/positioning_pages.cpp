@@ -38,12 +38,12 @@ PositioningPages installPositioning(ConsoleContext& context,
     // A fault in one of these stops that step only, not whoever asked.
     ConsoleEvents& events = context.events;
     FormState& state = context.state;
-    onEvent(state, &events, &ConsoleEvents::presetsReloadRequested, presets, "PresetList_Reload",
-            [presets] { presets->reload(); });
+    events.presetsReload.answerWith(state, "PresetList_Reload",
+                                    [presets] { return presets->reload(); });
     onEvent(state, &events, &ConsoleEvents::tourSelectorPrepareRequested, tours, "TourSel_Prepare",
             [tours] { tours->prepareSelector(); });
-    onEvent(state, &events, &ConsoleEvents::selectedTourLoadRequested, tours, "TourSel_Click",
-            [tours] { tours->TourSel_Click(tours->SelectedTour()); });
+    events.selectedTourLoad.answerWith(
+        state, "TourSel_Click", [tours] { return tours->TourSel_Click(tours->SelectedTour()); });
     onEvent(state, &events, &ConsoleEvents::tourPresetChoicesRefillRequested, tours,
             "ScriptPreList_Refill", [tours] { tours->refillPresetChoices(); });
     onEvent(state, &events, &ConsoleEvents::tourDisplayEndRequested, tours, "StopBut_Click",

@@ -18,6 +18,7 @@
 #include "positioning/jog.h"
 #include "positioning/motion_commands.h"
 #include "protocol/device_port.h"
+#include "protocol/flag_scope.h"
 #include "protocol/port_map.h"
 #include "recorder/line_recorder.h"
 #include "views/pages/camera_page.h"
@@ -229,14 +230,14 @@ void VornixU::installFeatures() {
     connection_ = new ConnectionSequence(context_, *portSelection_, *port_, view, this);
 
     onEvent(state_, startBut_, &QPushButton::clicked, this, "StartBut_Click",
-            [this] { connection_->StartBut_Click(); });
+            [this] { return connection_->StartBut_Click(); });
     onEvent(state_, stopBut_, &QPushButton::clicked, this, "StopBut_Click",
             [this] { connection_->StopBut_Click(); });
     onEvent(state_, resetBut_, &QPushButton::clicked, this, "ResetBut_Click",
             [this] { connection_->ResetBut_Click(); });
     connect(exitBut_, &QPushButton::clicked, this, [this] { close(); });
     onEvent(state_, reinitialize_, &QAction::triggered, this, "Reinitialize",
-            [this] { connection_->Reinitialize(); });
+            [this] { return connection_->Reinitialize(); });
     // The start button stays enabled: its picture is the link lamp, and a
     // disabled button would grey it out. A click while connected does nothing.
     connect(connection_, &ConnectionSequence::finished, this,
@@ -311,18 +312,29 @@ QString VornixU::Form_Load() {
     return portSelection_->load();
 }
 
-void VornixU::ExitBut_Click() {
-    guarded(state_, "ExitBut_Click", [this] { connection_->ExitBut_Click(); });
-}
-
 void VornixU::closeEvent(QCloseEvent* event) {
-    // Closing the window is the exit button: the unit is told to stop first.
+    // Closing the window is the exit button: the unit is told to stop first,
+    // and the window closes once it has been (or the line gave up). With no
+    // port open that is at once.
     if (!exiting_) {
         exiting_ = true;
-        ExitBut_Click();
+        const FlagScope closing(inCloseEvent_);
+        static_cast<void>(closeAfterExit());  // runs to its end on its own
+    }
+    if (!exited_) {
+        event->ignore();
+        return;
     }
     event->accept();
     QMainWindow::closeEvent(event);
+}
+
+QCoro::Task<> VornixU::closeAfterExit() {
+    co_await guardedRun(state_, "ExitBut_Click", connection_->ExitBut_Click());
+    exited_ = true;
+    if (!inCloseEvent_) {
+        close();
+    }
 }
 
 }  // namespace halvex

@@ -76,7 +76,8 @@ class VornixU : public QMainWindow {
     void installFeatures();
     void installInputFeatures();
     void showLamp(LinkLamp lamp);
-    void ExitBut_Click();
+    // The exit button's stop, then the window closes.
+    QCoro::Task<> closeAfterExit();
 
     FormState state_;
     UnitStatus status_;
@@ -112,6 +113,8 @@ class VornixU : public QMainWindow {
     LineRecorder* lineRecorder_ = nullptr;
     InputFeatures input_;
     bool exiting_ = false;
+    bool exited_ = false;
+    bool inCloseEvent_ = false;
 };
 
 }  // namespace halvex

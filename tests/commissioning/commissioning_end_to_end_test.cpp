@@ -14,17 +14,22 @@
 #include "protocol/qt_serial_port.h"
 #include "sim/state_file.h"
 #include "tests/commissioning/commissioning_rig.h"
+#include "tests/support/finish.h"
 #include "tests/support/pty_pair.h"
 #include "tests/support/sim_process.h"
 
 using namespace halvex;
 using namespace halvex::commissioning;
 using halvex::testing::distinctUnit;
+using halvex::testing::finish;
 
 namespace {
 
 // Faster than a real line allows: halvex-sim answers at once.
 constexpr int kTickMs = 5;
+// A save is a few hundred frames; a restore also drives the platform.
+constexpr int kSaveMs = 60000;
+constexpr int kRestoreMs = 180000;
 
 QStringList linesOf(const QString& path) {
     QFile file(path);
@@ -81,21 +86,23 @@ TEST(CommissioningEndToEnd, ClonesOneUnitOntoAnotherThroughTheirLines) {
     Transcript transcript;
     HeadlessLine lineA(new QtSerialPort, kTickMs);
     ASSERT_TRUE(lineA.open(unitA.device(), 9600));
-    ASSERT_EQ(saveUnitCommand(lineA, 3, fileA, transcript.io), kDone)
+    ASSERT_EQ(finish(saveUnitCommand(lineA, 3, fileA, transcript.io), kSaveMs), kDone)
         << transcript.lines.join('\n').toStdString();
 
     HeadlessLine lineB(new QtSerialPort, kTickMs);
     ASSERT_TRUE(lineB.open(unitB.device(), 9600));
     UnitSettings file;
     ASSERT_EQ(checkSettingsFile(fileA, file, transcript.io), kDone);
-    ASSERT_EQ(restoreUnitCommand(lineB, 5, file, RestoreOptions{true, true}, transcript.io), kDone)
+    ASSERT_EQ(finish(restoreUnitCommand(lineB, 5, file, RestoreOptions{true, true}, transcript.io),
+                     kRestoreMs),
+              kDone)
         << transcript.lines.join('\n').toStdString();
     EXPECT_TRUE(transcript.lines.contains(movesWarning()));
     // The address differs, and says why it is left as it is.
     const QRegularExpression addressRow(
         QStringLiteral("^  unit/address +3 +5 +\\(an address is never copied\\)$"));
     EXPECT_GE(transcript.lines.indexOf(addressRow), 0) << transcript.lines.join('\n').toStdString();
-    ASSERT_EQ(saveUnitCommand(lineB, 5, fileB, transcript.io), kDone);
+    ASSERT_EQ(finish(saveUnitCommand(lineB, 5, fileB, transcript.io), kSaveMs), kDone);
 
     const QStringList a = linesOf(fileA);
     const QStringList b = linesOf(fileB);
@@ -127,7 +134,7 @@ TEST(CommissioningEndToEnd, FindsTheUnitAtAddressSevenOnItsLine) {
     Progress progress;
     progress.report = [&asked](const QString&, int done, int) { asked = done + 1; };
     progress.cancelled = [&asked] { return asked >= 9; };
-    const UnitSearch search = findUnits(asking, progress);
+    const UnitSearch search = finish(findUnits(asking, progress), kSaveMs);
     EXPECT_TRUE(search.cancelled);
     ASSERT_EQ(search.found.size(), 1u);
     EXPECT_EQ(search.found[0].address, 7);
@@ -205,6 +212,14 @@ TEST(CommissioningCommandLine, SavesWithoutADisplayAndRefusesBadFilesWithNothing
         EXPECT_TRUE(result.errors.contains(QLatin1String(run.says))) << result.errors.toStdString();
     }
     EXPECT_TRUE(line.readAvailable().empty());
+    // A port that will not open ends the command before anything is sent.
+    const HalvexRun closed =
+        runHalvex(QDir(folder.path()).filePath(QStringLiteral("no-such-port")), folder.path(),
+                  {QStringLiteral("--save-unit"), QStringLiteral("never.txt")});
+    EXPECT_EQ(closed.exitCode, 1) << closed.errors.toStdString();
+    EXPECT_TRUE(closed.errors.contains(QStringLiteral("cannot open COM1")))
+        << closed.errors.toStdString();
+    EXPECT_FALSE(QFile::exists(QDir(folder.path()).filePath(QStringLiteral("never.txt"))));
     const struct {
         std::string text;
         const char* problem;

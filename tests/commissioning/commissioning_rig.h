@@ -17,6 +17,7 @@
 #include "protocol/vocabulary.h"
 #include "sim/state_file.h"
 #include "tests/support/console_rig.h"
+#include "tests/support/finish.h"
 #include "tests/support/messages.h"
 
 namespace halvex::testing {
@@ -49,6 +50,8 @@ struct CommissioningRig : ConsoleRig {
     // A save or restore is a long run of request and reply: the unit in
     // the same process keeps up with a frame every few milliseconds.
     static constexpr int kCommissioningTickMs = 3;
+    // A restore that drives the platform to its soft limits takes a while.
+    static constexpr int kLongestJobMs = 60000;
 
     explicit CommissioningRig(const sim::UnitOptions& options = {})
         : ConsoleRig(options, kCommissioningTickMs) {
@@ -69,8 +72,10 @@ struct CommissioningRig : ConsoleRig {
     }
     ~CommissioningRig() { line.onFrame = nullptr; }
 
+    // Triggers the menu entry and lets the job it starts run to its end.
     void trigger(const char* action) {
         window->findChild<QAction*>(QLatin1String(action))->trigger();
+        EXPECT_TRUE(settle(kLongestJobMs)) << action << " still running";
     }
     QString status() const { return window->statusBar()->currentMessage(); }
     // Writes since the last line.clear().

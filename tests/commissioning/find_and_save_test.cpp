@@ -179,6 +179,30 @@ TEST(SaveUnit, WritesEverythingTheUnitHoldsAndLeavesThePagesShowingIt) {
     EXPECT_TRUE(rig.shown.empty());
 }
 
+// The menu entry starts the save and returns: the save goes on from the
+// event loop, holding the line and its dialog until the last reply.
+TEST(SaveUnit, GoesOnFromTheEventLoopAfterTheMenuEntryReturns) {
+    CommissioningRig rig;
+    ASSERT_TRUE(rig.connect());
+    QFile::remove(rig.file);
+    rig.window->findChild<QAction*>(QStringLiteral("MenuSaveUnit"))->trigger();
+    EXPECT_FALSE(QFile::exists(rig.file));
+    EXPECT_TRUE(rig.window->state().SendInProgress);
+    const auto* dialog =
+        rig.window->findChild<QDialog*>(QStringLiteral("CommissioningProgressDialog"));
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_TRUE(dialog->isVisible());
+    EXPECT_FALSE(rig.status().startsWith(QStringLiteral("Saved"))) << rig.status().toStdString();
+
+    ASSERT_TRUE(settle(CommissioningRig::kLongestJobMs));
+    EXPECT_TRUE(rig.status().startsWith(QStringLiteral("Saved the settings of unit 0 ")))
+        << rig.status().toStdString();
+    EXPECT_TRUE(QFile::exists(rig.file));
+    EXPECT_EQ(rig.window->findChild<QDialog*>(QStringLiteral("CommissioningProgressDialog")),
+              nullptr);
+    ASSERT_TRUE(rig.waitFor([&] { return !rig.window->state().SendInProgress; }));
+}
+
 TEST(SaveUnit, OfflineNothingIsAskedAndAFileThatCannotBeWrittenIsNamed) {
     CommissioningRig rig;
     rig.trigger("MenuSaveUnit");

@@ -5,9 +5,12 @@
 #include <QLineEdit>
 #include <QTimer>
 #include <algorithm>
+#include <stdexcept>
 
+#include "commissioning/headless_line.h"
 #include "commissioning/platform_mover.h"
 #include "commissioning/progress_dialog.h"
+#include "commissioning/unit_reader.h"
 #include "tests/commissioning/commissioning_rig.h"
 
 using namespace halvex;
@@ -47,6 +50,16 @@ Message_ storePreset(int preset, std::int32_t pan, std::int32_t tilt) {
 
 Message_ heater(int mode) {
     return test::message<v::Heater>({{v::heater::kModeByte, mode}});
+}
+
+// What stopped the restore; empty when nothing did.
+QCoro::Task<std::string> faultOf(QCoro::Task<RestoreResult> restoring) {
+    try {
+        co_await std::move(restoring);
+    } catch (const std::exception& fault) {
+        co_return fault.what();
+    }
+    co_return std::string();
 }
 
 }  // namespace
@@ -308,6 +321,52 @@ TEST(RestoreUnit, CancelDuringAMoveStopsThePlatform) {
     EXPECT_FALSE(rig.window->state().SendInProgress);
 }
 
+// A fault in the middle of a move (a range fault in something the restore
+// calls) comes out where the restore is awaited, and still leaves the
+// platform stopped and the soft limits no longer overridden.
+TEST(RestoreUnit, AFaultDuringAMoveStillStopsThePlatformAndComesOutOfTheRestore) {
+    sim::Unit unit;
+    RecordingPeer peer{unit};
+    HeadlessLine line(new TestPort(&peer), CommissioningRig::kCommissioningTickMs);
+    ASSERT_TRUE(line.open(QStringLiteral("COM1"), 9600));
+    UnitLine asking(line.state(), line.link(), line.tap());
+    const UnitRead read = finish(readUnit(asking, Progress{}), CommissioningRig::kLongestJobMs);
+    ASSERT_TRUE(read.settings.has_value()) << read.problem.toStdString();
+    UnitSettings file = *read.settings;
+    file.values["soft-limits/cw"] = 9000;  // a few seconds away
+    const RestorePlan plan = planRestore(file, *read.settings, false);
+    ASSERT_TRUE(plan.moves());
+
+    bool moving = false;
+    peer.onFrame = [&](const RecordingPeer::Frame& frame) {
+        moving = moving || is<v::AbsoluteMove>(frame.message);
+    };
+    Progress progress;
+    progress.cancelled = [&]() -> bool {
+        if (moving) {
+            throw std::runtime_error("a fault while following the move");
+        }
+        return false;
+    };
+    peer.clear();
+    EXPECT_EQ(finish(faultOf(restoreUnit(asking, plan, progress)), CommissioningRig::kLongestJobMs),
+              "a fault while following the move");
+    peer.onFrame = nullptr;
+
+    const std::vector<Message_> sent = peer.messages();
+    const auto move = std::find_if(sent.begin(), sent.end(), is<v::AbsoluteMove>);
+    ASSERT_NE(move, sent.end());
+    EXPECT_TRUE(
+        std::any_of(move, sent.end(), [](const Message_& m) { return jogWith(m, v::jog::kStop); }));
+    ASSERT_TRUE(isJog(sent.back()));
+    EXPECT_FALSE(jogWith(sent.back(), v::jog::kSoftLimitOverride));
+    EXPECT_EQ(std::count_if(move, sent.end(), is<v::SoftLimit>), 0);
+    EXPECT_FALSE(unit.state().motion.overrideOn());
+    ASSERT_TRUE(ConsoleRig::waitFor([&] { return !unit.state().motion.moving(); }, 3000));
+    EXPECT_LT(unit.state().motion.mechanicalPan(), 9000);
+    EXPECT_EQ(unit.state().settings.softLimits[0], 17000);
+}
+
 // A file saved from a unit set up unlike a new one, restored onto a new
 // unit, leaves it set up as the first in everything the console restores.
 TEST(RestoreUnit, EveryValueOfTheFileReachesANewUnit) {
@@ -361,6 +420,9 @@ TEST(RestoreUnit, EveryValueOfTheFileReachesANewUnit) {
         ASSERT_EQ(restored.count(key), 1u) << button;
         rig.line.clear();
         rig.find<QAbstractButton>(QLatin1String(button))->click();
+        // What the button goes on to do (new offsets read the soft limits
+        // and presets again) ends before the next button is pressed.
+        ASSERT_TRUE(settle()) << button;
         ASSERT_TRUE(rig.waitFor([&] { return !rig.line.messages(false).empty(); })) << button;
         EXPECT_EQ(rig.line.messages(false).front(), restored[key]) << button;
     }

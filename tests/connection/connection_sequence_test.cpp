@@ -241,6 +241,7 @@ TEST(ConnectionSequence, StartWhileOnlineDoesNothingAndReinitializeLightsTheLamp
     auto* start = rig.find<QPushButton>(QStringLiteral("StartBut"));
     ASSERT_EQ(start->property("lamp").toString(), QStringLiteral("good"));
     rig.window->findChild<QAction*>(QStringLiteral("MenuReinitialize"))->trigger();
+    settle();
     EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral(" Online")));
     // The picture itself, not only the lamp state: it must not stay grey.
     const QImage good = goodLinkPicture().pixmap(32).toImage();
@@ -253,6 +254,7 @@ TEST(ConnectionSequence, ExitTellsTheUnitToStopThenClosesThePort) {
     ASSERT_TRUE(rig.connect());
     rig.line.clear();
     rig.window->close();
+    settle();
     EXPECT_FALSE(rig.port->isOpen());
     // A jog message carried the stop request (on a slow machine another may
     // follow it while Exit waits for the reply).
@@ -267,6 +269,7 @@ TEST(ConnectionSequence, ExitWithADeadLineDoesNotHang) {
     ASSERT_TRUE(rig.connect());
     rig.line.setConnected(false);
     rig.window->close();
+    settle();
     EXPECT_FALSE(rig.port->isOpen());
 }
 

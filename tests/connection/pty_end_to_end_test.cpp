@@ -11,6 +11,7 @@
 
 #include "tests/connection/pty_console.h"
 #include "tests/support/cpu_share.h"
+#include "tests/support/finish.h"
 #include "tests/support/sim_process.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/led_display.h"
@@ -42,6 +43,7 @@ TEST(EndToEnd, ConsoleComesOnlineThroughAPseudoTerminalAndMovesThePlatform) {
         20000));
     EXPECT_FLOAT_EQ(page.PDesLed->value(), 12.34f);
     console.window->close();
+    halvex::testing::settle();
     EXPECT_FALSE(console.window->SerPort1().isOpen());
 }
 

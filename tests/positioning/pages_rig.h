@@ -8,6 +8,7 @@
 #include <QListWidget>
 
 #include "tests/support/console_rig.h"
+#include "tests/support/finish.h"
 #include "tests/support/messages.h"
 #include "tests/support/scripted_unit.h"
 #include "views/widgets/led_display.h"
@@ -47,9 +48,13 @@ struct PagesRig : ConsoleRig {
     ~PagesRig() { line.onFrame = nullptr; }
     // Requests since the last line.clear(), jog messages left out.
     Messages_ sent() const { return line.messages(false); }
-    // A reply as if the unit had sent it.
+    // A reply as if the unit had sent it; what it starts has finished when
+    // this returns.
     void inject(const Message_& message) {
         port->injectIncoming(ScriptedUnit::replyWire(0, message));
+        // A reply that reloads a tour does so on the next turn of the loop.
+        QCoreApplication::sendPostedEvents();
+        settle();
     }
     // Lets the line run until `count` more frames have gone out.
     void ticks(int count) {
@@ -79,9 +84,14 @@ struct PagesRig : ConsoleRig {
         if (twice) {
             QTest::mouseDClick(widget->viewport(), Qt::LeftButton, {}, at);
         }
+        settle();
     }
     // Without the mouse: a radio button's middle may lie beyond its text.
-    void click(const char* name) { find<QAbstractButton>(QLatin1String(name))->click(); }
+    // Returns once what the click started has finished.
+    void click(const char* name) {
+        find<QAbstractButton>(QLatin1String(name))->click();
+        settle();
+    }
 
     QStringList faults;
 };

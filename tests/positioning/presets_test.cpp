@@ -107,7 +107,7 @@ TEST(PresetCommands, ReloadWaitsForEachReplyCommandsUseTheSelectionClearReloads)
             });
         }
     };
-    emit rig.window->events().presetsReloadRequested();
+    finish(rig.window->events().presetsReload());
     EXPECT_EQ(sentWhileHeld, 4u);
     EXPECT_EQ(rig.sent(), presetReads());
     ASSERT_EQ(rig.lines("PresetList").size(), 32);

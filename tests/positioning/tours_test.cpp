@@ -39,7 +39,7 @@ TEST(TourStepLine, TheCameraColumnIsLeftOutForTheSecondControllerType) {
 
 TEST(TourEdit, SelectingATourReadsItsStepsAndEachEditSendsItsBytes) {
     PagesRig rig;
-    emit rig.window->events().presetsReloadRequested();
+    finish(rig.window->events().presetsReload());
     rig.window->SSTab1().setCurrentIndex(3);  // the tour page offers the presets
     EXPECT_EQ(rig.lines("ScriptPreList"), rig.lines("PresetList"));
     EXPECT_EQ(rig.lines("ScriptPreList").size(), 32);

@@ -70,7 +70,7 @@ TEST(SendPath, EveryReplyWaitEnds) {
         c.meanwhile(rig);
         QElapsedTimer clock;
         clock.start();
-        EXPECT_EQ(sendAndAwaitReply(rig.state, rig.link, kFirmwareRequest), c.answered);
+        EXPECT_EQ(finish(sendAndAwaitReply(rig.state, rig.link, kFirmwareRequest)), c.answered);
         // The watchdog ends a silent wait; nothing may wait out the full
         // reply time-out.
         EXPECT_LT(clock.elapsed(), Link::kWatchdogMs + 400);
@@ -83,19 +83,17 @@ TEST(SendPath, FramesStillWaitingWhenThePortClosesAreReportedNotLost) {
     QStringList shown;
     QObject::connect(&rig.state, &FormState::faultReported,
                      [&](const QString& message) { shown << message; });
-    FrameTicket first;
-    FrameTicket second;
+    QCoro::Task<FrameTicket> second;
     QTimer::singleShot(0, [&] {
         QTimer::singleShot(0, [&] { rig.port.close(); });
         second = sendMessage(rig.state, rig.link, kCentre);
     });
-    first = sendMessage(rig.state, rig.link, kHome);
-    EXPECT_FALSE(wentOut(first));
-    EXPECT_FALSE(wentOut(second));
+    EXPECT_FALSE(wentOut(finish(sendMessage(rig.state, rig.link, kHome))));
+    EXPECT_FALSE(wentOut(finish(std::move(second))));
     EXPECT_EQ(shown, QStringList{QStringLiteral("Port closed: 2 command(s) not sent")});
     EXPECT_TRUE(rig.unit.frames().empty());
     // Once closed, a send returns at once.
-    EXPECT_FALSE(wentOut(sendMessage(rig.state, rig.link, kHome)));
+    EXPECT_FALSE(wentOut(finish(sendMessage(rig.state, rig.link, kHome))));
 }
 
 TEST(SendPath, AStoppedTickDropsTheFrameWithAMessageInsteadOfStrandingTheSender) {
@@ -107,7 +105,7 @@ TEST(SendPath, AStoppedTickDropsTheFrameWithAMessageInsteadOfStrandingTheSender)
     QTimer::singleShot(Link::kSendGraceMs + 1000, &rig.link, [&rig] { rig.link.Timer2().start(); });
     QElapsedTimer clock;
     clock.start();
-    EXPECT_FALSE(wentOut(sendMessage(rig.state, rig.link, kFirmwareRequest)));
+    EXPECT_FALSE(wentOut(finish(sendMessage(rig.state, rig.link, kFirmwareRequest))));
     EXPECT_GE(clock.elapsed(), Link::kSendGraceMs);
     EXPECT_EQ(shown, QStringLiteral("Command 9A not sent: no transmit tick"));
     EXPECT_FALSE(rig.state.SendInProgress);
@@ -121,7 +119,7 @@ TEST(SendPath, AStopRequestedJustBeforeThePortWasLostGoesFirstWhenItIsBack) {
         rig.link.requestJogMessage();  // Stop, behind the queued command
         rig.port.close();
     });
-    EXPECT_FALSE(wentOut(sendMessage(rig.state, rig.link, kHome)));
+    EXPECT_FALSE(wentOut(finish(sendMessage(rig.state, rig.link, kHome))));
 
     ASSERT_TRUE(rig.port.open(QStringLiteral("COM1"), 9600));
     std::optional<std::size_t> framesBeforeStop;
@@ -130,7 +128,7 @@ TEST(SendPath, AStopRequestedJustBeforeThePortWasLostGoesFirstWhenItIsBack) {
             framesBeforeStop = rig.unit.frames().size();
         }
     });
-    EXPECT_TRUE(wentOut(sendMessage(rig.state, rig.link, kCentre)));
+    EXPECT_TRUE(wentOut(finish(sendMessage(rig.state, rig.link, kCentre))));
     ASSERT_TRUE(waitFor([&] { return framesBeforeStop.has_value(); }));
     EXPECT_EQ(*framesBeforeStop, 0u) << "the stop request waited for a frame that was dropped";
 }
@@ -140,14 +138,14 @@ TEST(SendPath, AReplyLostWithAPortReopenedInPlaceIsReportedAsUnanswered) {
     rig.unit.setScript([](const ScriptedUnit::Frame&) { return std::nullopt; });
     QStringList lost;
     QObject::connect(&rig.port, &SerialPort::lost, [&](const QString& why) { lost << why; });
-    const FrameTicket frame = sendMessage(rig.state, rig.link, kFirmwareRequest);
+    const FrameTicket frame = finish(sendMessage(rig.state, rig.link, kFirmwareRequest));
     ASSERT_TRUE(wentOut(frame));
     // The first bytes of the reply hold the watchdog off...
     rig.port.injectIncoming({kAck, 0, v::FirmwareRequest::kCode});
     EXPECT_FALSE(rig.link.Timer4().isActive());
     // ...and go with the reopen.
     rig.port.raiseFalseAlarm();
-    EXPECT_FALSE(rig.link.awaitReply(frame));
+    EXPECT_FALSE(finish(rig.link.awaitReply(frame)));
     EXPECT_TRUE(frame->unanswered);
     EXPECT_TRUE(rig.state.LinkFault);
     EXPECT_EQ(rig.state.lamp(), LinkLamp::Fault);
@@ -155,8 +153,8 @@ TEST(SendPath, AReplyLostWithAPortReopenedInPlaceIsReportedAsUnanswered) {
     EXPECT_TRUE(lost.isEmpty());
     // The line goes on: the next reply is read whole.
     rig.unit.answerEverything({1});
-    const FrameTicket next = sendMessage(rig.state, rig.link, kFirmwareRequest);
-    EXPECT_TRUE(rig.link.awaitReply(next));
+    const FrameTicket next = finish(sendMessage(rig.state, rig.link, kFirmwareRequest));
+    EXPECT_TRUE(finish(rig.link.awaitReply(next)));
     EXPECT_FALSE(rig.state.LinkFault);
 }
 

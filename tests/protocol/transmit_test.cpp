@@ -164,7 +164,7 @@ TEST(SendFrame, AFailedWriteDropsTheFrameAndLosesThePort) {
     guarded(rig.state, "test sender", [&] {
         SendInProgressScope sending(rig.state);
         rig.state.TxBuffer[0] = v::MoveToCentre::kCode;
-        ticket = rig.link.SendFrame(1);
+        ticket = finish(rig.link.SendFrame(1));
     });
     EXPECT_FALSE(wentOut(ticket));
     EXPECT_TRUE(rig.lastSent.isEmpty());

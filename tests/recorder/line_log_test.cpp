@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <QAction>
 #include <QApplication>
 #include <QClipboard>
@@ -288,9 +290,9 @@ TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
         rig.window->panTiltPage().PanDesLED->setValue(12.34);
         rig.window->panTiltPage().TiltDesLED->setValue(-5.0);
         rig.click(QStringLiteral("AbsoBut"));
-        ASSERT_TRUE(ConsoleRig::waitFor([&] {
-            return !rig.line.frames().empty() && rig.line.frames().back().message.front() == 0x33;
-        }));
+        const auto& frames = rig.line.frames();
+        ASSERT_TRUE(std::any_of(frames.begin(), frames.end(),
+                                [](const auto& frame) { return frame.message.front() == 0x33; }));
         QTest::qWait(50);
         rig.log()->refreshStatus();
         EXPECT_TRUE(rig.inLog<QLabel>("LineStatus")

@@ -49,6 +49,7 @@ struct Controls {
                          qobject_cast<QPushButton*>(widget) == nullptr;
         QTest::mouseClick(widget, Qt::LeftButton, {},
                           box ? QPoint(7, widget->height() / 2) : widget->rect().center());
+        settle();
     }
     void scroll(const QString& name, int value) { at<QScrollBar>(name)->setValue(value); }
     int value(const QString& name) { return at<QScrollBar>(name)->value(); }
@@ -124,6 +125,7 @@ class PagesRig : public ConsoleRig, public Controls {
         line.clear();
         state.LastResponseCode = 0;
         act();
+        settle();
         const std::vector<Bytes> sent = line.messages(false);
         if (!sent.empty()) {
             waitFor([&] { return state.LastResponseCode == sent.back().front(); }, 3000);

@@ -3,6 +3,8 @@
 
 #include <QAbstractButton>
 
+#include "tests/support/finish.h"
+
 namespace halvex::testing {
 
 ConsoleRig::ConsoleRig(const sim::UnitOptions& options, int tickMs)
@@ -37,6 +39,7 @@ void ConsoleRig::click(const QString& buttonName) {
         return;
     }
     QTest::mouseClick(button, Qt::LeftButton);
+    settle();
 }
 
 }  // namespace halvex::testing

@@ -7,6 +7,7 @@
 
 #include "console/messages.h"
 #include "sim/unit.h"
+#include "tests/support/finish.h"
 #include "tests/support/recording_peer.h"
 #include "tests/support/test_port.h"
 #include "window/vornixu.h"
@@ -36,6 +37,7 @@ class ConsoleRig {
     T* find(const QString& name) {
         return window->findChild<T*>(name);
     }
+    // Clicks and lets what the click started run to its end.
     void click(const QString& buttonName);
 
     QTemporaryDir directory;

@@ -7,6 +7,7 @@
 #include "protocol/form_state.h"
 #include "protocol/link.h"
 #include "protocol/receiver.h"
+#include "tests/support/finish.h"
 #include "tests/support/scripted_unit.h"
 #include "tests/support/test_port.h"
 
@@ -35,15 +36,15 @@ struct LinkRig {
         }
     }
 
-    // The sender convention: flag up, fill, send, flag down.
+    // The sender convention: fill, send; returns once the frame is out.
     void send(const std::vector<Byte>& message) {
         guarded(state, "test sender", [&] {
-            SendInProgressScope sending(state);
             for (std::size_t i = 0; i < message.size(); ++i) {
                 state.TxBuffer[static_cast<int>(i)] = message[i];
             }
-            link.SendFrame(static_cast<int>(message.size()));
+            return link.SendFrame(static_cast<int>(message.size()));
         });
+        settle();
     }
 };
 
