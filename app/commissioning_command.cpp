@@ -133,8 +133,8 @@ int run(const QCommandLineParser& parser) {
 
     const PortSettings chosen = chosenPort();
     const QString device = comPortDevice(chosen.comPort);
-    HeadlessLine line(new QtSerialPort);
-    if (!line.open(device, chosen.baudRate)) {
+    Session session(new QtSerialPort);
+    if (!session.open(device, chosen.baudRate)) {
         say(QStringLiteral("cannot open COM%1 (%2).").arg(chosen.comPort).arg(device));
         return kUnitFailed;
     }
@@ -147,8 +147,8 @@ int run(const QCommandLineParser& parser) {
     Outcome outcome;
     // Started here; it goes on from the event loop, which it ends.
     static_cast<void>(
-        runToEnd(saving ? saveUnitCommand(line, unit, parser.value(kSave), io)
-                        : restoreUnitCommand(line, unit, std::move(file),
+        runToEnd(saving ? saveUnitCommand(session, unit, parser.value(kSave), io)
+                        : restoreUnitCommand(session, unit, std::move(file),
                                              RestoreOptions{parser.isSet(kYes), factoryOpen}, io),
                  outcome));
     // A command that ended before the loop started has nobody to end it.

@@ -1,15 +1,17 @@
 cmake_minimum_required(VERSION 3.25)
 # Fails when a file includes a header from a folder above its own, so the
 # arrows of the layout stay true: app -> window -> recorder, input -> features ->
-# views -> console -> protocol. Features (commissioning among them) never
+# views -> console -> session -> protocol. Features (commissioning among them) never
 # include each other. Run with
 #   cmake -DSOURCE_DIR=<top> -P cmake/check_layout.cmake
 set(below_protocol protocol)
-set(below_console ${below_protocol} console)
+set(below_session ${below_protocol} session)
+set(below_console ${below_session} console)
 set(below_views ${below_console} views)
 set(feature_base ${below_views})
 
 set(allowed_protocol ${below_protocol})
+set(allowed_session ${below_session})
 set(allowed_console ${below_console})
 set(allowed_views ${below_views})
 set(allowed_connection ${feature_base} connection)
@@ -27,7 +29,7 @@ set(allowed_window ${feature_base} connection positioning camera setup video hel
 set(allowed_sim sim protocol)
 
 set(failures "")
-foreach(folder protocol console views connection positioning camera setup video commissioning help
+foreach(folder protocol session console views connection positioning camera setup video commissioning help
                network recorder input window sim)
     file(GLOB_RECURSE sources ${SOURCE_DIR}/${folder}/*.h ${SOURCE_DIR}/${folder}/*.cpp)
     foreach(source ${sources})

@@ -71,9 +71,10 @@ int reportOutcome(const CommandIo& io, const RestoreResult& result) {
 
 }  // namespace
 
-QCoro::Task<int> saveUnitCommand(HeadlessLine& line, Byte address, QString path, CommandIo io) {
-    AddressScope talkingTo(line.state(), address);
-    UnitLine unit(line.state(), line.link(), line.tap());
+QCoro::Task<int> saveUnitCommand(Session& session, Byte address, QString path, CommandIo io) {
+    const ReplyTap tap(session.state(), session.receiver());
+    AddressScope talkingTo(session.state(), address);
+    UnitLine unit(session.state(), session.link(), tap);
     const UnitRead read = co_await readUnit(unit, linesOfProgress(io));
     if (!read.settings) {
         io.say(read.problem);
@@ -104,10 +105,11 @@ int checkSettingsFile(const QString& path, UnitSettings& settings, const Command
     return kDone;
 }
 
-QCoro::Task<int> restoreUnitCommand(HeadlessLine& line, Byte address, UnitSettings file,
+QCoro::Task<int> restoreUnitCommand(Session& session, Byte address, UnitSettings file,
                                     RestoreOptions options, CommandIo io) {
-    AddressScope talkingTo(line.state(), address);
-    UnitLine unit(line.state(), line.link(), line.tap());
+    const ReplyTap tap(session.state(), session.receiver());
+    AddressScope talkingTo(session.state(), address);
+    UnitLine unit(session.state(), session.link(), tap);
     const Progress progress = linesOfProgress(io);
     const UnitRead read = co_await readUnit(unit, progress);
     if (!read.settings) {

@@ -12,8 +12,8 @@
 #include <QString>
 #include <functional>
 
-#include "commissioning/headless_line.h"
 #include "commissioning/unit_settings.h"
+#include "session/session.h"
 
 namespace halvex::commissioning {
 
@@ -31,16 +31,16 @@ struct RestoreOptions {
     bool factoryOpen = false;
 };
 
-// Reads the unit at `address` on the open line into `path`. The line
-// outlives the run; the event loop runs it.
-QCoro::Task<int> saveUnitCommand(HeadlessLine& line, Byte address, QString path, CommandIo io);
+// Reads the unit at `address` on the session's open line into `path`. The
+// session outlives the run; the event loop runs it.
+QCoro::Task<int> saveUnitCommand(Session& session, Byte address, QString path, CommandIo io);
 
 // Reads and checks the settings file `path` before the port is even opened;
 // kDone when it may be restored.
 int checkSettingsFile(const QString& path, UnitSettings& settings, const CommandIo& io);
 
 // Restores settings read by checkSettingsFile onto the unit at `address`.
-QCoro::Task<int> restoreUnitCommand(HeadlessLine& line, Byte address, UnitSettings file,
+QCoro::Task<int> restoreUnitCommand(Session& session, Byte address, UnitSettings file,
                                     RestoreOptions options, CommandIo io);
 
 }  // namespace halvex::commissioning

@@ -17,7 +17,6 @@
 #include "input/keyboard_jog.h"
 #include "positioning/jog.h"
 #include "positioning/motion_commands.h"
-#include "protocol/device_port.h"
 #include "protocol/flag_scope.h"
 #include "protocol/port_map.h"
 #include "recorder/line_recorder.h"
@@ -52,19 +51,12 @@ QWidget* placeholderPage(QWidget* parent, const char* caption) {
 
 VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, int linkTickMs, QWidget* parent)
     : QMainWindow(parent),
+      session_(port, linkTickMs),
       messages_(this, std::move(presenter)),
-      link_(state_, linkTickMs),
-      receiver_(state_, link_),
       context_{state_,  status_,       presets_,  link_, receiver_,
-               events_, readHandlers_, messages_, this},
-      port_(port != nullptr ? port : new DevicePort(this)) {
+               events_, readHandlers_, messages_, this} {
     setObjectName(QStringLiteral("VornixU"));
     installWidgetAccessibility();
-    if (port_->parent() == nullptr) {
-        port_->setParent(this);
-    }
-    link_.setPort(port_);
-    receiver_.attachPort(port_);
 
     dataWatch_ = new DataWatch(this);
     dataWatch_->setWindowFlag(Qt::Window);

@@ -16,6 +16,7 @@
 #include "protocol/link.h"
 #include "protocol/receiver.h"
 #include "protocol/serial_port.h"
+#include "session/session.h"
 #include "window/input_wiring.h"
 
 namespace halvex {
@@ -79,7 +80,11 @@ class VornixU : public QMainWindow {
     // The exit button's stop, then the window closes.
     QCoro::Task<> closeAfterExit();
 
-    FormState state_;
+    Session session_;
+    FormState& state_ = session_.state();
+    Link& link_ = session_.link();
+    Receiver& receiver_ = session_.receiver();
+    SerialPort* port_ = &session_.port();
     UnitStatus status_;
     JogState jog_;
     JogSources jogSources_{jog_};
@@ -87,10 +92,7 @@ class VornixU : public QMainWindow {
     ConsoleEvents events_;
     ReadHandlers readHandlers_;
     Messages messages_;
-    Link link_;
-    Receiver receiver_;
     ConsoleContext context_;
-    SerialPort* port_;
     PortSelection* portSelection_ = nullptr;
     DataWatch* dataWatch_ = nullptr;
     QTabWidget* tabs_ = nullptr;

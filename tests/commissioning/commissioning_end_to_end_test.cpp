@@ -84,12 +84,12 @@ TEST(CommissioningEndToEnd, ClonesOneUnitOntoAnotherThroughTheirLines) {
     const QString fileB = directory.filePath(QStringLiteral("b.txt"));
 
     Transcript transcript;
-    HeadlessLine lineA(new QtSerialPort, kTickMs);
+    Session lineA(new QtSerialPort, kTickMs);
     ASSERT_TRUE(lineA.open(unitA.device(), 9600));
     ASSERT_EQ(finish(saveUnitCommand(lineA, 3, fileA, transcript.io), kSaveMs), kDone)
         << transcript.lines.join('\n').toStdString();
 
-    HeadlessLine lineB(new QtSerialPort, kTickMs);
+    Session lineB(new QtSerialPort, kTickMs);
     ASSERT_TRUE(lineB.open(unitB.device(), 9600));
     UnitSettings file;
     ASSERT_EQ(checkSettingsFile(fileA, file, transcript.io), kDone);
@@ -125,11 +125,12 @@ TEST(CommissioningEndToEnd, ClonesOneUnitOntoAnotherThroughTheirLines) {
 TEST(CommissioningEndToEnd, FindsTheUnitAtAddressSevenOnItsLine) {
     SimProcess unit({QStringLiteral("--id"), QStringLiteral("7")});
     ASSERT_TRUE(unit.device().startsWith(QStringLiteral("/dev/")));
-    HeadlessLine line(new QtSerialPort, kTickMs);
+    Session line(new QtSerialPort, kTickMs);
     ASSERT_TRUE(line.open(unit.device(), 9600));
     // The console's usual wait for a reply, which a loaded machine keeps to;
     // the search stops once it has asked a few addresses past 7.
-    UnitLine asking(line.state(), line.link(), line.tap(), Link::kWatchdogMs);
+    const ReplyTap tap(line.state(), line.receiver());
+    UnitLine asking(line.state(), line.link(), tap, Link::kWatchdogMs);
     int asked = 0;
     Progress progress;
     progress.report = [&asked](const QString&, int done, int) { asked = done + 1; };

@@ -7,10 +7,10 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "commissioning/headless_line.h"
 #include "commissioning/platform_mover.h"
 #include "commissioning/progress_dialog.h"
 #include "commissioning/unit_reader.h"
+#include "session/session.h"
 #include "tests/commissioning/commissioning_rig.h"
 
 using namespace halvex;
@@ -327,9 +327,10 @@ TEST(RestoreUnit, CancelDuringAMoveStopsThePlatform) {
 TEST(RestoreUnit, AFaultDuringAMoveStillStopsThePlatformAndComesOutOfTheRestore) {
     sim::Unit unit;
     RecordingPeer peer{unit};
-    HeadlessLine line(new TestPort(&peer), CommissioningRig::kCommissioningTickMs);
+    Session line(new TestPort(&peer), CommissioningRig::kCommissioningTickMs);
     ASSERT_TRUE(line.open(QStringLiteral("COM1"), 9600));
-    UnitLine asking(line.state(), line.link(), line.tap());
+    const ReplyTap tap(line.state(), line.receiver());
+    UnitLine asking(line.state(), line.link(), tap);
     const UnitRead read = finish(readUnit(asking, Progress{}), CommissioningRig::kLongestJobMs);
     ASSERT_TRUE(read.settings.has_value()) << read.problem.toStdString();
     UnitSettings file = *read.settings;
