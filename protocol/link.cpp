@@ -63,6 +63,11 @@ void Link::requestJogMessage() {
 }
 
 void Link::Timer2_Timer() {
+    // A write now would only fail too, and tell of a command lost that the
+    // port's own report is about to account for: the frames wait for it.
+    if (port_ != nullptr && port_->failing()) {
+        return;
+    }
     if (jogRequested_ && framesBeforeJog_ == 0 && jogSender_) {
         jogRequested_ = false;
         jogSender_();

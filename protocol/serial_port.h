@@ -29,6 +29,9 @@ class SerialPort : public QObject {
     virtual bool open(const QString& device, qint32 baudRate) = 0;
     virtual void close() = 0;
     virtual bool isOpen() const = 0;
+    // An error was reported and is about to be looked at (the device gone,
+    // or still there and opened again in place).
+    bool failing() const { return failurePending_; }
     // An open network port whose connection is still being made: bytes
     // written meanwhile wait in the port and go out, once, when it is made
     // (connectionMade). A failed connection is a lost device.

@@ -175,3 +175,21 @@ TEST(SendPath, ErrorsRaisedTogetherAreOneFailureReopenedOnce) {
     EXPECT_TRUE(lost.isEmpty()) << lost.join('\n').toStdString();
     EXPECT_TRUE(rig.port.isOpen());
 }
+
+// Between a port's error and the look at it, a tick writes nothing: the
+// write would fail too and tell of a jog message lost on a port that is
+// about to be reopened or reported lost anyway.
+TEST(SendPath, NothingIsWrittenWhileAPortErrorIsBeingLookedAt) {
+    LinkRig rig(false);
+    int jogs = 0;
+    rig.link.setJogSender([&] { ++jogs; });
+    const auto tick = [&] { QMetaObject::invokeMethod(&rig.link.Timer2(), "timeout"); };
+    rig.port.raiseFalseAlarm();
+    ASSERT_TRUE(rig.port.failing());
+    tick();
+    EXPECT_EQ(jogs, 0);
+    ASSERT_TRUE(waitFor([&] { return !rig.port.failing(); }));
+    EXPECT_TRUE(rig.port.isOpen());  // still there: opened again in place
+    tick();
+    EXPECT_EQ(jogs, 1);
+}
