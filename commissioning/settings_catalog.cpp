@@ -10,7 +10,6 @@ namespace halvex::commissioning {
 
 namespace {
 
-constexpr unsigned kAllTypes = 0xF;
 constexpr unsigned kStandardOnly = 0x1;    // type 0
 constexpr unsigned kLegacyTypes = 0xC;     // types 2 and 3
 constexpr unsigned kWithVideoPorts = 0xD;  // all but type 1

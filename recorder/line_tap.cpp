@@ -40,17 +40,17 @@ LineTap::LineTap(Link& link, Receiver& receiver, FormState& state, QObject* pare
                 emit recorded(LineRecord{nowUs(), LineKind::Received, verdict, wire});
             });
     connect(&link, &Link::frameDropped, this, [this](const FrameTicket& frame, const QString& why) {
-        event(QStringLiteral("%1 not sent: %2").arg(commandText(*frame), why));
+        recordEvent(QStringLiteral("%1 not sent: %2").arg(commandText(*frame), why));
     });
     // Connected after the link's own handler, so the watchdog has acted.
     connect(&link.Timer4(), &QTimer::timeout, this, [this] {
-        event(QStringLiteral("Watchdog expired: no reply within %1 ms")
+        recordEvent(QStringLiteral("Watchdog expired: no reply within %1 ms")
                   .arg(link_.Timer4().interval()));
     });
-    connect(&state, &FormState::faultReported, this, &LineTap::event);
+    connect(&state, &FormState::faultReported, this, &LineTap::recordEvent);
     if (link.port() != nullptr) {
         connect(link.port(), &SerialPort::closed, this,
-                [this] { event(QStringLiteral("Port closed")); });
+                [this] { recordEvent(QStringLiteral("Port closed")); });
     }
 }
 
@@ -59,7 +59,7 @@ std::int64_t LineTap::nowUs() {
     return duration_cast<microseconds>(system_clock::now().time_since_epoch()).count();
 }
 
-void LineTap::event(const QString& text) {
+void LineTap::recordEvent(const QString& text) {
     emit recorded(recording::eventRecord(nowUs(), text.toStdString()));
 }
 

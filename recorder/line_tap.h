@@ -27,7 +27,7 @@ class LineTap : public QObject {
     void recorded(const halvex::recording::LineRecord& record);
 
   private:
-    void event(const QString& text);
+    void recordEvent(const QString& text);
 
     Link& link_;
 };
