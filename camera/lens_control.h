@@ -4,7 +4,7 @@
 #include <array>
 
 #include "console/console_context.h"
-#include "console/jog_state.h"
+#include "session/jog_state.h"
 
 namespace halvex {
 

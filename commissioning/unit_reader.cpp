@@ -1,7 +1,7 @@
 #include "commissioning/unit_reader.h"
 
-#include "console/preset_table.h"
 #include "protocol/vocabulary.h"
+#include "session/preset_table.h"
 
 namespace halvex::commissioning {
 

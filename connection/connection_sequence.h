@@ -5,13 +5,12 @@
 #include <QObject>
 #include <QPushButton>
 #include <QTabWidget>
-#include <QTimer>
 #include <array>
 #include <functional>
 
 #include "connection/port_selection.h"
 #include "console/console_context.h"
-#include "protocol/serial_port.h"
+#include "session/unit_connection.h"
 
 namespace halvex {
 
@@ -26,18 +25,15 @@ struct ConnectionView {
     std::function<void()> showFirstPage;
 };
 
-// Opens the link, proves a unit answers, reads every page's settings from
-// it and goes online; stop, reset and exit act through the jog message.
+// The Start, Stop, Reset and Exit buttons and Reinitialize over the
+// session's connection: the progress captions, the title, the page tabs and
+// the message boxes show what it does, and the window adds its pages' reads
+// as the connection's later steps.
 class ConnectionSequence : public QObject {
     Q_OBJECT
   public:
-    // How long Exit waits for the stop request to get onto the line.
-    static constexpr int kExitSendTimeoutMs = 2000;
-    // How often a lost device is looked for again.
-    static constexpr int kReconnectMs = 1000;
-
-    ConnectionSequence(ConsoleContext& context, PortSelection& ports, SerialPort& port,
-                       ConnectionView view, QObject* parent = nullptr);
+    ConnectionSequence(ConsoleContext& context, PortSelection& ports, ConnectionView view,
+                       QObject* parent = nullptr);
 
     QCoro::Task<> StartBut_Click();
     QCoro::Task<> Reinitialize();
@@ -46,48 +42,24 @@ class ConnectionSequence : public QObject {
     // Returns when the program may end.
     QCoro::Task<> ExitBut_Click();
     void HideSecondCameraControls();
-    // The device went away: offline, and look for it again every second.
-    void portLost(const QString& reason);
-    bool reconnecting() const { return reconnect_.isActive(); }
-
-    bool running() const { return running_; }
+    bool reconnecting() const { return connection_.reconnecting(); }
+    bool running() const { return connection_.running(); }
+    UnitConnection& unitConnection() { return connection_; }
 
   signals:
     // The sequence has run to its end (online) or has given up.
     void finished(bool online);
 
   private:
-    // What a sequence does when no unit answers its first frame.
-    enum class NoAnswer {
-        // The operator pressed Start: say so in a box and stay offline.
-        Tell,
-        // The console found the device again by itself: a unit still
-        // powering up may not answer yet, so keep looking.
-        KeepLooking,
-    };
-
-    // Steps from the first jog message to online; false when no unit answered.
-    QCoro::Task<bool> initialise(NoAnswer noAnswer = NoAnswer::Tell);
-    // Completes when the frames queued so far have gone out and no sender
-    // holds the line for replies of its own.
-    StateWait lineFree();
-    void fail(NoAnswer noAnswer);
-    // The port closed under the sequence: back to offline without a message.
-    void abandon();
+    std::vector<UnitConnection::Step> pageReads();
+    void showStage(ConnectStage stage);
     void showProgress(const QString& pan, const QString& tilt);
-    void tryReconnect();
-    // The lost device is there again: connect and initialise.
-    QCoro::Task<> reconnected();
-    QString portName() const;
-    void requestLimits();
+    void showOffline();
 
     ConsoleContext& context_;
     PortSelection& ports_;
-    SerialPort& port_;
     ConnectionView view_;
-    QTimer reconnect_;
-    QString lastLoss_;
-    bool running_ = false;
+    UnitConnection connection_;
 };
 
 }  // namespace halvex

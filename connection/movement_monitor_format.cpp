@@ -1,6 +1,6 @@
 #include "connection/movement_monitor_format.h"
 
-#include "console/text_fields.h"
+#include "session/text_fields.h"
 
 namespace halvex {
 

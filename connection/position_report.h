@@ -7,7 +7,7 @@
 #include <array>
 
 #include "console/console_context.h"
-#include "console/jog_state.h"
+#include "session/jog_state.h"
 
 namespace halvex {
 
@@ -20,14 +20,12 @@ struct CameraReplyView {
     std::array<QAbstractButton*, 2> HexOp1{};
 };
 
-// Decodes the position report and the soft-limit reply into the Pan/Tilt
-// page, keeps the status lamps, the controller caption and the gauge in step,
-// and switches jogging on and off as pages change.
+// Shows the position report and the soft-limit reply, as the session reads
+// them, on the Pan/Tilt page and the camera page's reply labels; keeps the status lamps, the
+// controller caption and the gauge in step, and switches jogging on and off as pages change.
 class PositionReport : public QObject {
     Q_OBJECT
   public:
-    static constexpr int kCameraBufferLast = 100;
-
     PositionReport(ConsoleContext& context, PanTiltPage& page, JogState& jog,
                    CameraReplyView cameras, QTabWidget& tabs, QObject* parent = nullptr);
 
@@ -37,18 +35,15 @@ class PositionReport : public QObject {
     // Starts following page changes; called once the pages are all in place.
     void watchPageChanges();
 
-    void decodePositionReport();
-    void decodeSoftLimit();
+    void showLensPositions(const LensPositions& lens);
+    void showPosition(float pan, float tilt);
+    void showCameraBytes(int camera, const std::vector<Byte>& bytes);
+    void showSoftLimit(int index, float value);
     void refreshStatusLamps();
     void refreshControllerAndGauge();
     void SSTab1_Click(int shownPage);
 
-    const std::array<Byte, kCameraBufferLast + 1>& cameraBytes(int camera) const {
-        return CamRxData[static_cast<std::size_t>(camera)];
-    }
-
   private:
-    void showCameraBytes(int& index, int count, int camera);
     void rescaleGauge();
 
     ConsoleContext& context_;
@@ -56,7 +51,6 @@ class PositionReport : public QObject {
     JogState& jog_;
     CameraReplyView cameras_;
     QTabWidget& tabs_;
-    std::array<std::array<Byte, kCameraBufferLast + 1>, 2> CamRxData{};
 };
 
 }  // namespace halvex

@@ -6,11 +6,12 @@
 
 #include "console/console_events.h"
 #include "console/messages.h"
-#include "console/preset_table.h"
-#include "console/unit_status.h"
 #include "protocol/form_state.h"
 #include "protocol/link.h"
 #include "protocol/receiver.h"
+#include "session/preset_table.h"
+#include "session/session.h"
+#include "session/unit_status.h"
 
 class QWidget;
 
@@ -21,10 +22,13 @@ namespace halvex {
 // none registered is read with a bare request.
 using ReadHandlers = std::map<std::string, std::function<void()>>;
 
-// What every feature is handed: the shared state, the link, the receive
+// What every feature is handed: the session, the shared state, the link, the receive
 // dispatch, the events features raise for each other, the message boxes and
 // the window they belong to. The main window owns all of it.
 struct ConsoleContext {
+    // The unit's operations and state; the fields below are its parts, named
+    // apart because nearly every feature reads them.
+    Session& session;
     FormState& state;
     UnitStatus& status;
     PresetTable& presets;

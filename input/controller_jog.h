@@ -4,9 +4,9 @@
 #include <QTimer>
 #include <functional>
 
-#include "console/jog_sources.h"
 #include "input/controller_mapping.h"
 #include "input/sdl_devices.h"
+#include "session/jog_sources.h"
 
 namespace halvex {
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "console/jog_sources.h"
+#include "session/jog_sources.h"
 
 namespace halvex {
 

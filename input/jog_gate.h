@@ -4,8 +4,8 @@
 #include <QPointer>
 #include <QWidget>
 
-#include "console/jog_sources.h"
 #include "protocol/form_state.h"
+#include "session/jog_sources.h"
 
 namespace halvex {
 

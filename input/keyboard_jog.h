@@ -5,8 +5,8 @@
 #include <QSet>
 #include <QWidget>
 
-#include "console/jog_sources.h"
 #include "input/controller_mapping.h"
+#include "session/jog_sources.h"
 
 class QKeyEvent;
 

@@ -4,11 +4,11 @@
 
 #include "console/handler_wiring.h"
 #include "console/page_lock.h"
-#include "console/position_encoding.h"
 #include "positioning/angle_steps.h"
 #include "protocol/senders.h"
 #include "protocol/vocabulary.h"
 #include "protocol/wait.h"
+#include "session/position_encoding.h"
 #include "views/pages/offsets_page.h"
 #include "views/widgets/led_display.h"
 

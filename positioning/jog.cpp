@@ -40,7 +40,12 @@ int buttonValue(Qt::MouseButtons buttons) {
 JogControl::JogControl(ConsoleContext& context, JogState& jog, JogSources& sources,
                        PanTiltPage& page, QObject* parent)
     : QObject(parent), context_(context), jog_(jog), sources_(sources), page_(page) {
-    context_.link.setJogSender([this] { sendJogMessage(); });
+    // The session builds the jog message; the page adds its low-speed boxes
+    // and draws what goes out.
+    context_.session.setBeforeJogMessage([this] {
+        showJogVector();
+        refreshFlags();
+    });
 
     FormState& state = context_.state;
     onEvent(state, page_.Jog, &JogBox::mousePressed, this, "JogBox_MouseDown",
@@ -61,25 +66,7 @@ void JogControl::refreshFlags() {
     Byte flags = context_.state.JogFlags;
     flags = vocab::withBit(flags, vocab::jog::kTiltLowSpeed, page_.TiltSloCheck->isChecked());
     flags = vocab::withBit(flags, vocab::jog::kPanLowSpeed, page_.PanSloCheck->isChecked());
-    flags = vocab::withBit(flags, vocab::jog::kTiltUp, jog_.TiltJogDirection);
-    flags = vocab::withBit(flags, vocab::jog::kPanCw, jog_.PanJogDirection);
     context_.state.JogFlags = flags;
-}
-
-void JogControl::sendJogMessage() {
-    sources_.refresh();
-    showJogVector();
-    refreshFlags();
-    using namespace vocab;
-    ByteTable& tx = context_.state.TxBuffer;
-    begin<JogMessage>(tx);
-    put(tx, jog::kFlagsByte, context_.state.JogFlags);
-    put(tx, jog::kPanSpeed, jog_.PanJogSpeed);
-    put(tx, jog::kTiltSpeed, jog_.TiltJogSpeed);
-    for (std::size_t i = 0; i < jog_.LensJogSpeeds.size(); ++i) {
-        put(tx, jog::kLensJog.at(i), jog_.LensJogSpeeds[i]);
-    }
-    context_.link.transmit(JogMessage::kLength);
 }
 
 void JogControl::JogBox_MouseDown(int button, double x, double y) {

@@ -3,15 +3,15 @@
 #include <QObject>
 
 #include "console/console_context.h"
-#include "console/jog_sources.h"
-#include "console/jog_state.h"
+#include "session/jog_sources.h"
+#include "session/jog_state.h"
 
 namespace halvex {
 
 class PanTiltPage;
 
 // The jog box, the low-speed checks and "SL Override", and the jog message
-// that goes out on every free tick. The jog box is one of the jog sources: it
+// that the session sends on every free tick. The jog box is one of the jog sources: it
 // tells them what the mouse wants, and draws whatever the sources decided.
 class JogControl : public QObject {
     Q_OBJECT
@@ -22,9 +22,6 @@ class JogControl : public QObject {
     JogControl(ConsoleContext& context, JogState& jog, JogSources& sources, PanTiltPage& page,
                QObject* parent = nullptr);
 
-    // The jog message: flags, pan and tilt speeds, four lens speeds.
-    void sendJogMessage();
-
     void JogBox_MouseDown(int button, double x, double y);
     void JogBox_MouseMove(int buttons, double x, double y);
     void JogBox_MouseUp();
@@ -32,6 +29,7 @@ class JogControl : public QObject {
 
   private:
     void applyJogRule(int button, double x, double y);
+    // The low-speed boxes into the jog message's flags.
     void refreshFlags();
     // The jog box draws the speeds the message carries, whichever source set them.
     void showJogVector();

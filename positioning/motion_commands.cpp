@@ -1,7 +1,6 @@
 #include "positioning/motion_commands.h"
 
 #include "console/handler_wiring.h"
-#include "console/position_encoding.h"
 #include "positioning/angle_steps.h"
 #include "protocol/senders.h"
 #include "protocol/vocabulary.h"
@@ -14,11 +13,14 @@ MotionCommands::MotionCommands(ConsoleContext& context, PanTiltPage& page, QObje
     auto on = [this](QPushButton* button, const char* name, auto handler) {
         onEvent(context_.state, button, &QPushButton::clicked, this, name, handler);
     };
-    on(page_.AbsoBut, "AbsoBut_Click", [this] { AbsoBut_Click(); });
-    on(page_.AbsoZFBut, "AbsoZFBut_Click", [this] { AbsoZFBut_Click(); });
-    on(page_.DeltaBut, "DeltaBut_Click", [this] { DeltaBut_Click(); });
-    on(page_.CenterBut, "CenterBut_Click", [this] { CenterBut_Click(); });
-    on(page_.HomeBut, "HomeBut_Click", [this] { HomeBut_Click(); });
+    onClick(context_.state, page_.AbsoBut, this, "AbsoBut_Click", &MotionCommands::AbsoBut_Click);
+    onClick(context_.state, page_.AbsoZFBut, this, "AbsoZFBut_Click",
+            &MotionCommands::AbsoZFBut_Click);
+    onClick(context_.state, page_.DeltaBut, this, "DeltaBut_Click",
+            &MotionCommands::DeltaBut_Click);
+    onClick(context_.state, page_.CenterBut, this, "CenterBut_Click",
+            &MotionCommands::CenterBut_Click);
+    onClick(context_.state, page_.HomeBut, this, "HomeBut_Click", &MotionCommands::HomeBut_Click);
     for (std::size_t i = 0; i < page_.SetSLBut.size(); ++i) {
         on(page_.SetSLBut[i], "SetSLBut_Click", [this, i] { SetSLBut_Click(static_cast<int>(i)); });
     }
@@ -47,59 +49,42 @@ MotionCommands::MotionCommands(ConsoleContext& context, PanTiltPage& page, QObje
     }
 }
 
-template <class M>
-void MotionCommands::putDesiredPosition(vocab::Field<M> pan, vocab::Field<M> tilt,
-                                        bool honourHoldBoxes) {
-    // Encode both before touching the buffer, so a bad value sends nothing.
-    const std::int32_t panValue = honourHoldBoxes && page_.HoldPanCheck->isChecked()
-                                      ? kHoldAxis
-                                      : encodePosition(page_.PanDesLED->value());
-    const std::int32_t tiltValue = honourHoldBoxes && page_.HoldTiltCheck->isChecked()
-                                       ? kHoldAxis
-                                       : encodePosition(page_.TiltDesLED->value());
-    putPosition(context_.state.TxBuffer, pan, panValue);
-    putPosition(context_.state.TxBuffer, tilt, tiltValue);
+PanTiltTarget MotionCommands::desiredPosition(bool honourHoldBoxes) const {
+    return {page_.PanDesLED->value(), page_.TiltDesLED->value(),
+            honourHoldBoxes && page_.HoldPanCheck->isChecked(),
+            honourHoldBoxes && page_.HoldTiltCheck->isChecked()};
 }
 
-void MotionCommands::AbsoBut_Click() {
-    using vocab::AbsoluteMove;
-    namespace m = vocab::absolute_move;
-    SendInProgressScope sending(context_.state);
-    vocab::begin<AbsoluteMove>(context_.state.TxBuffer);
-    putDesiredPosition(m::kPan, m::kTilt, true);
-    context_.link.SendFrame(AbsoluteMove::kLength);
+QCoro::Task<> MotionCommands::AbsoBut_Click() {
+    const Outcome outcome =
+        co_await context_.session.moveTo(desiredPosition(true), Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
-void MotionCommands::AbsoZFBut_Click() {
-    using vocab::AbsoluteMoveWithLenses;
-    namespace m = vocab::absolute_move_with_lenses;
-    SendInProgressScope sending(context_.state);
-    ByteTable& tx = context_.state.TxBuffer;
-    vocab::begin<AbsoluteMoveWithLenses>(tx);
-    putDesiredPosition(m::kPan, m::kTilt, true);
+QCoro::Task<> MotionCommands::AbsoZFBut_Click() {
+    std::array<int, 4> lenses{};
     for (std::size_t i = 0; i < page_.ZFScroll.size(); ++i) {
-        vocab::put(tx, m::kLens.at(i), checkedByte(page_.ZFScroll[i]->value()));
+        lenses.at(i) = page_.ZFScroll[i]->value();
     }
-    context_.link.SendFrame(AbsoluteMoveWithLenses::kLength);
+    const Outcome outcome = co_await context_.session.moveToWithLenses(desiredPosition(true),
+                                                                       lenses, Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
-void MotionCommands::DeltaBut_Click() {
-    using vocab::DeltaMove;
-    namespace m = vocab::delta_move;
-    SendInProgressScope sending(context_.state);
-    vocab::begin<DeltaMove>(context_.state.TxBuffer);
+QCoro::Task<> MotionCommands::DeltaBut_Click() {
     // A relative move always sends the entered values; the hold boxes only
     // mean something for an absolute move.
-    putDesiredPosition(m::kPan, m::kTilt, false);
-    context_.link.SendFrame(DeltaMove::kLength);
+    const PanTiltTarget by = desiredPosition(false);
+    const Outcome outcome = co_await context_.session.moveBy(by.pan, by.tilt, Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
-void MotionCommands::CenterBut_Click() {
-    sendMessage(context_.state, context_.link, vocab::blank<vocab::MoveToCentre>());
+QCoro::Task<> MotionCommands::CenterBut_Click() {
+    co_await context_.session.moveToCentre(Requester::Operator);
 }
 
-void MotionCommands::HomeBut_Click() {
-    sendMessage(context_.state, context_.link, vocab::blank<vocab::MoveToHome>());
+QCoro::Task<> MotionCommands::HomeBut_Click() {
+    co_await context_.session.moveHome(Requester::Operator);
 }
 
 void MotionCommands::SetSLBut_Click(int index) {

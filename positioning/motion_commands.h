@@ -3,7 +3,6 @@
 #include <QObject>
 
 #include "console/console_context.h"
-#include "protocol/vocabulary_words.h"
 
 namespace halvex {
 
@@ -16,20 +15,19 @@ class MotionCommands : public QObject {
   public:
     MotionCommands(ConsoleContext& context, PanTiltPage& page, QObject* parent = nullptr);
 
-    void AbsoBut_Click();
-    void AbsoZFBut_Click();
-    void DeltaBut_Click();
-    void CenterBut_Click();
-    void HomeBut_Click();
+    // Each completes when the unit has answered the move.
+    QCoro::Task<> AbsoBut_Click();
+    QCoro::Task<> AbsoZFBut_Click();
+    QCoro::Task<> DeltaBut_Click();
+    QCoro::Task<> CenterBut_Click();
+    QCoro::Task<> HomeBut_Click();
     void SetSLBut_Click(int index);
     void ClrLEDBut_Click(int index);
     void ZFScroll_Change(int index);
 
   private:
-    // The desired pan and tilt into a move's fields, with the hold boxes
-    // when asked.
-    template <class M>
-    void putDesiredPosition(vocab::Field<M> pan, vocab::Field<M> tilt, bool honourHoldBoxes);
+    // The desired pan and tilt, with the hold boxes when asked.
+    PanTiltTarget desiredPosition(bool honourHoldBoxes) const;
 
     ConsoleContext& context_;
     PanTiltPage& page_;

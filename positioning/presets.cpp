@@ -1,11 +1,11 @@
 #include "positioning/presets.h"
 
 #include "console/handler_wiring.h"
-#include "console/position_encoding.h"
 #include "positioning/angle_steps.h"
 #include "protocol/senders.h"
 #include "protocol/vocabulary.h"
 #include "protocol/wait.h"
+#include "session/position_encoding.h"
 #include "views/pages/presets_page.h"
 #include "views/widgets/led_display.h"
 

@@ -3,8 +3,8 @@
 #include <QObject>
 
 #include "console/console_context.h"
-#include "console/preset_table.h"
 #include "console/rerun_guard.h"
+#include "session/preset_table.h"
 
 namespace halvex {
 

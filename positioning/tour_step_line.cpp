@@ -1,8 +1,8 @@
 #include "positioning/tour_step_line.h"
 
-#include "console/preset_table.h"
-#include "console/text_fields.h"
 #include "protocol/vocabulary.h"
+#include "session/preset_table.h"
+#include "session/text_fields.h"
 
 namespace halvex {
 

@@ -139,7 +139,10 @@ void Link::transmit(int count) {
         return;
     }
     const std::shared_ptr<FrameRecord> frame = takeFrame(count);
-    write(frame);
+    // A jog message that does not get out loses nothing: the next tick's
+    // carries the same demand, and a stop or reset stays asked for until one
+    // goes out. The port tells of its own failure.
+    write(frame, Lost::Quietly);
     // Stop and reset requests are one-shot, and only the jog message carries
     // them: a command frame that takes a tick in between must not swallow a
     // stop that no frame has carried yet.
@@ -158,7 +161,7 @@ bool Link::writeStuffed(Byte value, CaptureLine& capture) {
     return port_->writeByte(kEsc) && port_->writeByte(stuffed(value));
 }
 
-void Link::write(const std::shared_ptr<FrameRecord>& record) {
+void Link::write(const std::shared_ptr<FrameRecord>& record, Lost lost) {
     FrameRecord& frame = *record;
     CaptureLine capture;
     capture.add(kStx);
@@ -175,8 +178,10 @@ void Link::write(const std::shared_ptr<FrameRecord>& record) {
         // answer a frame that did not get out whole.
         frame.status = FrameRecord::Status::Dropped;
         emit frameDropped(record, QStringLiteral("writing to the port failed"));
-        state_.reportFault(QStringLiteral("Command %1 not sent: writing to the port failed")
-                               .arg(hexText(frame.message.front())));
+        if (lost == Lost::Told) {
+            state_.reportFault(QStringLiteral("Command %1 not sent: writing to the port failed")
+                                   .arg(hexText(frame.message.front())));
+        }
         state_.notifyChanged();
         return;
     }

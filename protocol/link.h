@@ -128,7 +128,9 @@ class Link : public QObject {
     void Timer2_Timer();
     void Timer4_Timer();
     std::shared_ptr<FrameRecord> takeFrame(int count);
-    void write(const std::shared_ptr<FrameRecord>& frame);
+    // Whether a frame that could not be written is told in the status bar.
+    enum class Lost { Told, Quietly };
+    void write(const std::shared_ptr<FrameRecord>& frame, Lost lost = Lost::Told);
     // False when the port failed to take a byte.
     bool writeStuffed(Byte value, CaptureLine& capture);
     // Drops the queue; `why` names the cause for the status bar.

@@ -1,6 +1,8 @@
 #include "session/session.h"
 
 #include "protocol/device_port.h"
+#include "protocol/vocabulary.h"
+#include "session/unit_reports.h"
 
 namespace halvex {
 
@@ -8,12 +10,15 @@ Session::Session(SerialPort* port, int tickMs, QObject* parent)
     : QObject(parent),
       link_(state_, tickMs),
       receiver_(state_, link_),
-      port_(port != nullptr ? port : new DevicePort(this)) {
+      port_(port != nullptr ? port : new DevicePort(this)),
+      reports_(std::make_unique<UnitReports>(*this, state_, status_, receiver_)) {
     if (port_->parent() == nullptr) {
         port_->setParent(this);
     }
     link_.setPort(port_);
     receiver_.attachPort(port_);
+    link_.setJogSender([this] { sendJogMessage(); });
+    receiver_.addReplyWatcher([this](const std::vector<Byte>& reply) { lastReply_ = reply; });
 }
 
 Session::~Session() {
@@ -26,6 +31,27 @@ bool Session::open(const QString& device, qint32 baudRate) {
     }
     link_.Timer2().start();
     return true;
+}
+
+void Session::sendJogMessage() {
+    jogSources_.refresh();
+    if (beforeJogMessage_) {
+        beforeJogMessage_();
+    }
+    using namespace vocab;
+    Byte flags = state_.JogFlags;
+    flags = withBit(flags, jog::kTiltUp, jog_.TiltJogDirection);
+    flags = withBit(flags, jog::kPanCw, jog_.PanJogDirection);
+    state_.JogFlags = flags;
+    ByteTable& tx = state_.TxBuffer;
+    begin<JogMessage>(tx);
+    put(tx, jog::kFlagsByte, state_.JogFlags);
+    put(tx, jog::kPanSpeed, jog_.PanJogSpeed);
+    put(tx, jog::kTiltSpeed, jog_.TiltJogSpeed);
+    for (std::size_t i = 0; i < jog_.LensJogSpeeds.size(); ++i) {
+        put(tx, jog::kLensJog.at(i), jog_.LensJogSpeeds[i]);
+    }
+    link_.transmit(JogMessage::kLength);
 }
 
 }  // namespace halvex

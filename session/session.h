@@ -1,19 +1,47 @@
 #pragma once
 
+#include <QCoro/QCoroTask>
 #include <QObject>
 #include <QString>
+#include <array>
+#include <functional>
+#include <memory>
+#include <vector>
 
 #include "protocol/form_state.h"
 #include "protocol/link.h"
 #include "protocol/receiver.h"
 #include "protocol/serial_port.h"
+#include "protocol/vocabulary_words.h"
+#include "session/jog_sources.h"
+#include "session/jog_state.h"
+#include "session/outcome.h"
+#include "session/preset_table.h"
+#include "session/unit_status.h"
 
 namespace halvex {
 
+class UnitReports;
+
+// Who asks for an operation. The operator's own controls are enabled only
+// when they may be used, and send what they show; every other caller (a
+// remote client, a click on the video, the range plot) is refused while the
+// operator jogs, while the tables are read again and outside the soft limits.
+enum class Requester { Operator, Program };
+
+// Pan and tilt in degrees; a held axis keeps its place.
+struct PanTiltTarget {
+    double pan = 0.0;
+    double tilt = 0.0;
+    bool holdPan = false;
+    bool holdTilt = false;
+};
+
 // One unit on one line, as everything that drives it shares it: the form
-// state, the link (one frame a tick, the reply watchdog) and the receive
-// path, on a port the session owns. No widgets: the console's window and the
-// command line each hold one, and nothing else opens a line of its own.
+// state, the link (one frame a tick, the reply watchdog), the receive path,
+// what the unit reported about itself, the jog demand and the operations
+// that drive it, on a port the session owns. No widgets: the console's
+// window, the headless console and the command line each hold one.
 class Session : public QObject {
     Q_OBJECT
   public:
@@ -33,12 +61,102 @@ class Session : public QObject {
     Link& link() { return link_; }
     Receiver& receiver() { return receiver_; }
     SerialPort& port() { return *port_; }
+    // What the unit last reported about itself.
+    UnitStatus& status() { return status_; }
+    const UnitStatus& status() const { return status_; }
+    // The jog message's demand, and who among the operator's sources steers.
+    JogState& jog() { return jog_; }
+    JogSources& jogSources() { return jogSources_; }
+    PresetTable& presets() { return presets_; }
+
+    // Online: the connection sequence has run to its end on an open line.
+    bool online() const { return state_.Online && link_.portOpen(); }
+    // While tables are read again from the unit, operations that depend on
+    // them are refused to programs (the operator's pages are locked).
+    bool pagesLocked() const { return pagesLocked_ > 0; }
+    class PagesLock {
+      public:
+        explicit PagesLock(Session& session) : session_(session) { ++session_.pagesLocked_; }
+        ~PagesLock() { --session_.pagesLocked_; }
+        PagesLock(const PagesLock&) = delete;
+        PagesLock& operator=(const PagesLock&) = delete;
+
+      private:
+        Session& session_;
+    };
+
+    // The jog message, built from the jog state on every tick that carries
+    // no other frame. `beforeJogMessage` runs first, for whatever the window
+    // adds to it (the low-speed boxes) and draws from it.
+    void sendJogMessage();
+    void setBeforeJogMessage(std::function<void()> hook) { beforeJogMessage_ = std::move(hook); }
+
+    // Moves. Each completes when the unit has answered the move (done, with
+    // its position report), or has not (no reply), or at once when refused.
+    QCoro::Task<Outcome> moveTo(PanTiltTarget target, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> moveToWithLenses(PanTiltTarget target, std::array<int, 4> lenses,
+                                          Requester requester = Requester::Program);
+    QCoro::Task<Outcome> moveBy(double pan, double tilt, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> moveHome(Requester requester = Requester::Program);
+    QCoro::Task<Outcome> moveToCentre(Requester requester = Requester::Program);
+    // Stop and Reset ride on the next jog message, which goes out ahead of
+    // anything queued later; refused only when no unit is on the line. Stop
+    // also puts every jog source at rest.
+    Outcome stop();
+    Outcome reset();
+
+    // Why a program may not move the platform now, if it may not; a target
+    // is checked against the soft limits as well.
+    std::optional<Refusal> refusalFor(Requester requester,
+                                      const PanTiltTarget* target = nullptr) const;
+    // Inside the soft limits (a unit that pans for ever has no pan limits).
+    bool withinSoftLimits(double pan, double tilt) const;
+
+  signals:
+    // The position report, in the order it carries things.
+    void lensReported(const halvex::LensPositions& lens);
+    void cameraBytesReported(int camera, const std::vector<halvex::Byte>& bytes);
+    void continuousPanReported(bool continuous);
+    void positionReported(float pan, float tilt);
+    void targetReported(float pan, float tilt);
+    // After an alignment the first report also becomes the desired position.
+    void desiredPositionSynced(float pan, float tilt);
+    // One of the four soft limits (0 pan max, 1 pan min, 2 tilt max, 3 tilt min).
+    void softLimitReported(int index, float value);
+    // Stop was asked for: whatever shows motion (a tour's display) ends.
+    void stopRequested();
 
   private:
+    // Waits for a queued frame's answer.
+    QCoro::Task<Outcome> awaitAnswer(QCoro::Task<FrameTicket> sending);
+    // Builds message M in TxBuffer with `fill`, sends it and waits for its
+    // answer. A range fault while filling sends nothing.
+    template <class M, class Fill>
+    QCoro::Task<Outcome> sendMove(Fill fill) {
+        QCoro::Task<FrameTicket> sending;
+        try {
+            const SendInProgressScope holding(state_);
+            vocab::begin<M>(state_.TxBuffer);
+            fill(state_.TxBuffer);
+            sending = link_.SendFrame(M::kLength);
+        } catch (const RangeFault& fault) {
+            co_return Outcome::rangeFault(fault);
+        }
+        co_return co_await awaitAnswer(std::move(sending));
+    }
+
     FormState state_;
     Link link_;
     Receiver receiver_;
     SerialPort* port_;
+    UnitStatus status_;
+    JogState jog_;
+    JogSources jogSources_{jog_};
+    PresetTable presets_;
+    std::unique_ptr<UnitReports> reports_;
+    std::function<void()> beforeJogMessage_;
+    std::vector<Byte> lastReply_;
+    int pagesLocked_ = 0;
 };
 
 }  // namespace halvex

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "console/console_context.h"
-#include "console/jog_state.h"
+#include "session/jog_state.h"
 
 class QPushButton;
 

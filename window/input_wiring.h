@@ -5,7 +5,7 @@
 #include <QTabWidget>
 
 #include "console/console_context.h"
-#include "console/jog_sources.h"
+#include "session/jog_sources.h"
 
 namespace halvex {
 

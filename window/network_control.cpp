@@ -3,11 +3,9 @@
 #include <QSignalBlocker>
 #include <cstdio>
 
-#include "window/console_rotator.h"
-
 namespace halvex {
 
-NetworkControl::NetworkControl(ConsoleRotator& rotator, QAction* action, QLabel* label,
+NetworkControl::NetworkControl(network::Rotator& rotator, QAction* action, QLabel* label,
                                QObject* parent)
     : QObject(parent), server_(rotator), action_(action), label_(label) {
     action_->setCheckable(true);

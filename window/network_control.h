@@ -9,15 +9,13 @@
 
 namespace halvex {
 
-class ConsoleRotator;
-
 // Network control: the rotctld server over the console's rotator, the
 // checkable menu entry that runs it and the status bar label that tells
 // where it listens and how many clients it has.
 class NetworkControl : public QObject {
     Q_OBJECT
   public:
-    NetworkControl(ConsoleRotator& rotator, QAction* action, QLabel* label,
+    NetworkControl(network::Rotator& rotator, QAction* action, QLabel* label,
                    QObject* parent = nullptr);
 
     // Where start() listens; port 0 picks a free one.

@@ -20,6 +20,7 @@
 #include "protocol/flag_scope.h"
 #include "protocol/port_map.h"
 #include "recorder/line_recorder.h"
+#include "remote/session_rotator.h"
 #include "views/pages/camera_page.h"
 #include "views/pages/page_parts.h"
 #include "views/pages/pan_tilt_page.h"
@@ -27,7 +28,6 @@
 #include "views/widgets/widget_accessibility.h"
 #include "window/camera_features.h"
 #include "window/commissioning_wiring.h"
-#include "window/console_rotator.h"
 #include "window/data_watch.h"
 #include "window/network_control.h"
 #include "window/palette_choice.h"
@@ -53,8 +53,8 @@ VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, int linkTickMs
     : QMainWindow(parent),
       session_(port, linkTickMs),
       messages_(this, std::move(presenter)),
-      context_{state_,  status_,       presets_,  link_, receiver_,
-               events_, readHandlers_, messages_, this} {
+      context_{session_,  state_,  status_,       presets_,  link_,
+               receiver_, events_, readHandlers_, messages_, this} {
     setObjectName(QStringLiteral("VornixU"));
     installWidgetAccessibility();
 
@@ -219,7 +219,7 @@ void VornixU::installFeatures() {
     view.SSTab1 = tabs_;
     view.setTitle = [this](const QString& title) { setWindowTitle(title); };
     view.showFirstPage = [this] { positionReport_->SSTab1_Click(pageIndex(Page::PanTilt)); };
-    connection_ = new ConnectionSequence(context_, *portSelection_, *port_, view, this);
+    connection_ = new ConnectionSequence(context_, *portSelection_, view, this);
 
     onEvent(state_, startBut_, &QPushButton::clicked, this, "StartBut_Click",
             [this] { return connection_->StartBut_Click(); });
@@ -238,10 +238,10 @@ void VornixU::installFeatures() {
     installCommissioning(context_, menuBar()->findChild<QMenu*>(QStringLiteral("UnitMenu")),
                          *portSelection_, *port_, *connection_);
 
-    rotator_ = new ConsoleRotator(
-        context_, *panTilt_, stopBut_, [this] { return portSelection_->comPort(); }, this);
+    rotator_ = new SessionRotator(
+        session_, [this] { return QStringLiteral("COM%1").arg(portSelection_->comPort()); }, this);
     // Reports from an earlier connection say nothing about the unit now.
-    connect(startBut_, &QPushButton::clicked, rotator_, &ConsoleRotator::forgetPosition);
+    connect(startBut_, &QPushButton::clicked, rotator_, &SessionRotator::forgetPosition);
     networkControl_ = new NetworkControl(*rotator_, rotctldAction_, rotctldLabel_, this);
     connect(networkControl_, &NetworkControl::failed, this,
             [this](const QString& message) { statusBar()->showMessage(message, 15000); });
@@ -262,8 +262,6 @@ void VornixU::installInputFeatures() {
     // come back to rest first.
     connect(stopBut_, &QPushButton::clicked, &jogSources_, &JogSources::stopAll);
 
-    // Operator before tracker: network moves wait while anybody jogs.
-    rotator_->setOperatorInControl([this] { return jogSources_.operatorJogging(); });
     connect(&jogSources_, &JogSources::ownerChanged, this, [this](std::optional<JogSource> owner) {
         const QString notice =
             QStringLiteral("The operator has control: network moves are refused while jogging.");

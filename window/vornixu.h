@@ -7,16 +7,16 @@
 
 #include "connection/port_selection.h"
 #include "console/console_context.h"
-#include "console/jog_sources.h"
-#include "console/jog_state.h"
 #include "console/messages.h"
-#include "console/unit_status.h"
 #include "protocol/fault_guard.h"
 #include "protocol/form_state.h"
 #include "protocol/link.h"
 #include "protocol/receiver.h"
 #include "protocol/serial_port.h"
+#include "session/jog_sources.h"
+#include "session/jog_state.h"
 #include "session/session.h"
+#include "session/unit_status.h"
 #include "window/input_wiring.h"
 
 namespace halvex {
@@ -28,7 +28,7 @@ class JogControl;
 class MotionCommands;
 class PositionReport;
 class ConnectionSequence;
-class ConsoleRotator;
+class SessionRotator;
 class NetworkControl;
 class LineRecorder;
 
@@ -85,10 +85,10 @@ class VornixU : public QMainWindow {
     Link& link_ = session_.link();
     Receiver& receiver_ = session_.receiver();
     SerialPort* port_ = &session_.port();
-    UnitStatus status_;
-    JogState jog_;
-    JogSources jogSources_{jog_};
-    PresetTable presets_;
+    UnitStatus& status_ = session_.status();
+    JogState& jog_ = session_.jog();
+    JogSources& jogSources_ = session_.jogSources();
+    PresetTable& presets_ = session_.presets();
     ConsoleEvents events_;
     ReadHandlers readHandlers_;
     Messages messages_;
@@ -110,7 +110,7 @@ class VornixU : public QMainWindow {
     MotionCommands* motion_ = nullptr;
     PositionReport* positionReport_ = nullptr;
     ConnectionSequence* connection_ = nullptr;
-    ConsoleRotator* rotator_ = nullptr;
+    SessionRotator* rotator_ = nullptr;
     NetworkControl* networkControl_ = nullptr;
     LineRecorder* lineRecorder_ = nullptr;
     InputFeatures input_;

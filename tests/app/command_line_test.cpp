@@ -43,6 +43,8 @@ TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
         {QStringLiteral("--rotctld-port"), QStringLiteral("65536")},
         {QStringLiteral("--rotctld=0")},
         {QStringLiteral("--rotctld-listen"), QStringLiteral("nowhere")},
+        {QStringLiteral("--rotctld"), QStringLiteral("0")},
+        {QStringLiteral("--headless"), QStringLiteral("--baud"), QStringLiteral("fast")},
         {QStringLiteral("stray")},
     };
     for (const QStringList& arguments : cases) {

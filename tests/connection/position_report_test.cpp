@@ -7,7 +7,7 @@
 #include <QStatusBar>
 #include <QTabWidget>
 
-#include "console/unit_status.h"
+#include "session/unit_status.h"
 #include "tests/support/console_rig.h"
 #include "tests/support/scripted_unit.h"
 #include "views/pages/pan_tilt_page.h"

@@ -2,7 +2,7 @@
 
 #include <QSignalSpy>
 
-#include "console/jog_sources.h"
+#include "session/jog_sources.h"
 
 using namespace halvex;
 

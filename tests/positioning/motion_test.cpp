@@ -6,7 +6,7 @@
 #include <QToolButton>
 #include <cmath>
 
-#include "console/jog_state.h"
+#include "session/jog_state.h"
 #include "tests/positioning/pages_rig.h"
 #include "views/pages/pan_tilt_page.h"
 

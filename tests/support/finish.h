@@ -9,6 +9,7 @@
 #include <exception>
 #include <functional>
 #include <optional>
+#include <stdexcept>
 #include <type_traits>
 
 #include "protocol/wait.h"
@@ -63,8 +64,13 @@ T finish(QCoro::Task<T> task, int timeoutMs = 10000) {
     if (error) {
         std::rethrow_exception(error);
     }
-    if constexpr (!std::is_void_v<T>) {
+    if constexpr (std::is_default_constructible_v<T>) {
         return result ? std::move(*result) : T{};
+    } else if constexpr (!std::is_void_v<T>) {
+        if (!result) {
+            throw std::runtime_error("the task did not finish");
+        }
+        return std::move(*result);
     }
 }
 

@@ -14,8 +14,8 @@
 #include <QTcpServer>
 #include <cmath>
 
-#include "console/jog_sources.h"
 #include "protocol/frame.h"
+#include "session/jog_sources.h"
 #include "tests/network/line_client.h"
 #include "tests/support/console_rig.h"
 #include "window/network_control.h"

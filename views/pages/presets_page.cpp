@@ -6,7 +6,7 @@
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
-#include "console/preset_table.h"
+#include "session/preset_table.h"
 #include "views/widgets/led_display.h"
 
 namespace halvex {

@@ -7,7 +7,7 @@
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
-#include "console/preset_table.h"
+#include "session/preset_table.h"
 
 namespace halvex {
 

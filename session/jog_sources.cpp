@@ -1,4 +1,4 @@
-#include "console/jog_sources.h"
+#include "session/jog_sources.h"
 
 #include <algorithm>
 #include <cstdlib>

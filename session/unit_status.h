@@ -6,6 +6,9 @@
 
 namespace halvex {
 
+// Zoom 1, focus 1, zoom 2, focus 2, as the position report gives them.
+using LensPositions = std::array<Byte, 4>;
+
 // What the unit last said about itself, as the position report and the
 // soft-limit reply leave it. Read by presets, tours, alignment and the step
 // buttons.
@@ -14,6 +17,7 @@ struct UnitStatus {
     float CurrentTilt = 0.0f;
     float TargetPan = 0.0f;
     float TargetTilt = 0.0f;
+    LensPositions Lens{};
 
     // [0] byte 7, [1] byte 8, [2] byte 9, [3] byte 7 AND 3 (the controller type).
     std::array<Byte, 4> StatusBytes{};

@@ -1,11 +1,11 @@
-#include "console/preset_table.h"
+#include "session/preset_table.h"
 
-#include "console/text_fields.h"
+#include "session/text_fields.h"
 
 #include <string>
 
-#include "console/position_encoding.h"
 #include "protocol/vocabulary_presets.h"
+#include "session/position_encoding.h"
 
 namespace halvex {
 

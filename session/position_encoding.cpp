@@ -1,4 +1,4 @@
-#include "console/position_encoding.h"
+#include "session/position_encoding.h"
 
 #include <cfenv>
 #include <cmath>

@@ -5,7 +5,7 @@
 #include <functional>
 #include <optional>
 
-#include "console/jog_state.h"
+#include "session/jog_state.h"
 
 namespace halvex {
 

@@ -1,4 +1,4 @@
-#include "console/text_fields.h"
+#include "session/text_fields.h"
 
 namespace halvex {
 

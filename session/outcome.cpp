@@ -1,0 +1,33 @@
+#include "session/outcome.h"
+
+namespace halvex {
+
+QString describe(Refusal refusal) {
+    switch (refusal) {
+        case Refusal::Offline:
+            return QStringLiteral("the unit is offline");
+        case Refusal::PagesLocked:
+            return QStringLiteral("the console is reading its tables again");
+        case Refusal::OutsideLimits:
+            return QStringLiteral("outside the soft limits");
+        case Refusal::OperatorJogging:
+            return QStringLiteral("the operator is jogging");
+    }
+    return {};
+}
+
+QString Outcome::text() const {
+    switch (kind_) {
+        case Kind::Done:
+            return QStringLiteral("done");
+        case Kind::Refused:
+            return QStringLiteral("refused: %1").arg(describe(*refusal_));
+        case Kind::RangeFault:
+            return QStringLiteral("range fault: %1").arg(QString::fromStdString(fault_->what()));
+        case Kind::NoReply:
+            return QStringLiteral("no reply");
+    }
+    return {};
+}
+
+}  // namespace halvex

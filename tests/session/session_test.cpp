@@ -1,0 +1,222 @@
+// The session without a window: a core application drives the virtual unit
+// through the session's operations, and each outcome and each message on the
+// line is checked by name.
+
+#include <gtest/gtest.h>
+
+#include <QSignalSpy>
+#include <algorithm>
+#include <cmath>
+
+#include "protocol/vocabulary.h"
+#include "remote/session_rotator.h"
+#include "session/session.h"
+#include "session/unit_connection.h"
+#include "sim/unit.h"
+#include "tests/support/finish.h"
+#include "tests/support/recording_peer.h"
+#include "tests/support/test_port.h"
+
+namespace halvex::testing {
+namespace {
+
+class SessionTest : public ::testing::Test {
+  protected:
+    static constexpr int kTickMs = 10;
+
+    bool connect() { return finish(connection.start()) && session.online(); }
+
+    // The messages sent since `from` that are not jog messages.
+    std::vector<std::vector<Byte>> commandsSince(std::size_t from) const {
+        std::vector<std::vector<Byte>> commands;
+        const auto& frames = line.frames();
+        for (std::size_t i = from; i < frames.size(); ++i) {
+            if (frames[i].message.at(0) != vocab::JogMessage::kCode) {
+                commands.push_back(frames[i].message);
+            }
+        }
+        return commands;
+    }
+
+    // The unit's position, once it has come to rest there.
+    bool arrives(double pan, double tilt) {
+        return runUntil(
+            [&] {
+                const UnitStatus& s = session.status();
+                return std::abs(s.CurrentPan - pan) < 0.01 && std::abs(s.CurrentTilt - tilt) < 0.01;
+            },
+            20000);
+    }
+
+    sim::Unit unit;
+    RecordingPeer line{unit};
+    TestPort* port = new TestPort(&line);
+    Session session{port, kTickMs};
+    UnitConnection connection{session,
+                              {[] { return QStringLiteral("virtual"); }, [] { return 9600; },
+                               [] { return QStringLiteral("the virtual unit"); }}};
+};
+
+TEST_F(SessionTest, ConnectsReadingOffsetsAndLimitsThenMovesStopsAndFollowsThePlatform) {
+    QSignalSpy stages(&connection, &UnitConnection::stageChanged);
+    ASSERT_TRUE(connect());
+    std::vector<ConnectStage> seen;
+    for (const QList<QVariant>& stage : stages) {
+        seen.push_back(stage.at(0).value<ConnectStage>());
+    }
+    EXPECT_EQ(seen, (std::vector<ConnectStage>{ConnectStage::FirstAnswer, ConnectStage::Offsets,
+                                               ConnectStage::Limits, ConnectStage::Online}));
+    // The unit's own limits, read as it connected.
+    EXPECT_FLOAT_EQ(session.status().PanMaxLimit, 170.0f);
+    EXPECT_FLOAT_EQ(session.status().TiltMinLimit, -85.0f);
+    const auto reads = commandsSince(0);
+    ASSERT_EQ(reads.size(), 5u);
+    EXPECT_EQ(reads[0].at(0), vocab::OffsetsRequest::kCode);
+    for (std::size_t i = 1; i < reads.size(); ++i) {
+        EXPECT_EQ(reads[i].at(0), vocab::SoftLimit::kCode);
+        EXPECT_EQ(vocab::get(reads[i], vocab::soft_limit::kLimit), i - 1);
+    }
+
+    QSignalSpy positions(&session, &Session::positionReported);
+    std::size_t mark = line.frames().size();
+    const Outcome moved = finish(session.moveTo({45.25, -10.5}));
+    ASSERT_TRUE(moved.isDone()) << moved.text().toStdString();
+    // Answered with the position report, which has no code of its own.
+    EXPECT_EQ(moved.reply().at(0), vocab::AbsoluteMove::kCode);
+    const auto moves = commandsSince(mark);
+    ASSERT_EQ(moves.size(), 1u);
+    EXPECT_EQ(moves[0].at(0), vocab::AbsoluteMove::kCode);
+    EXPECT_EQ(vocab::getSigned(moves[0], vocab::absolute_move::kPan), 4525);
+    EXPECT_EQ(vocab::getSigned(moves[0], vocab::absolute_move::kTilt), -1050);
+    EXPECT_TRUE(arrives(45.25, -10.5));
+    EXPECT_FALSE(positions.isEmpty());
+
+    // Stop during a long move: the stop bit rides on one jog message, and
+    // the platform comes to rest short of the target.
+    ASSERT_TRUE(finish(session.moveTo({-150.0, 0.0})).isDone());
+    mark = line.frames().size();
+    EXPECT_TRUE(session.stop().isDone());
+    ASSERT_TRUE(runUntil([&] { return line.frames().size() > mark + 2; }, 2000));
+    int stops = 0;
+    for (std::size_t i = mark; i < line.frames().size(); ++i) {
+        const auto& message = line.frames()[i].message;
+        stops += message.at(0) == vocab::JogMessage::kCode &&
+                 vocab::isSet(message.at(1), vocab::jog::kStop);
+    }
+    EXPECT_EQ(stops, 1);
+    EXPECT_TRUE(runUntil([&] { return (session.status().StatusBytes[2] & 0x0F) == 0; }, 5000));
+    EXPECT_GT(session.status().CurrentPan, -149.0f);
+}
+
+TEST_F(SessionTest, ProgramsAreRefusedWithTheReasonAndNothingIsSent) {
+    EXPECT_EQ(finish(session.moveTo({10.0, 10.0})).refusal(), Refusal::Offline);
+    ASSERT_TRUE(connect());
+    const std::size_t mark = line.frames().size();
+
+    EXPECT_EQ(finish(session.moveTo({175.0, 0.0})).refusal(), Refusal::OutsideLimits);
+    EXPECT_EQ(finish(session.moveTo({0.0, -86.0})).refusal(), Refusal::OutsideLimits);
+    EXPECT_EQ(finish(session.moveBy(0.0, 90.0)).refusal(), Refusal::OutsideLimits);
+    {
+        const Session::PagesLock locked(session);
+        EXPECT_EQ(finish(session.moveHome()).refusal(), Refusal::PagesLocked);
+    }
+    JogDemand demand;
+    demand.pan = {40, true};
+    session.jogSources().apply(JogSource::Keyboard, demand);
+    EXPECT_EQ(finish(session.moveToCentre()).refusal(), Refusal::OperatorJogging);
+    session.jogSources().release(JogSource::Keyboard);
+    EXPECT_TRUE(commandsSince(mark).empty());
+
+    // The operator's own controls send what they show, limits or not.
+    const Outcome operatorMove =
+        finish(session.moveTo({175.0, 0.0, false, true}, Requester::Operator));
+    EXPECT_TRUE(operatorMove.isDone()) << operatorMove.text().toStdString();
+    const auto sent = commandsSince(mark);
+    ASSERT_EQ(sent.size(), 1u);
+    EXPECT_EQ(vocab::getSigned(sent[0], vocab::absolute_move::kPan), 17500);
+    EXPECT_EQ(vocab::getSigned(sent[0], vocab::absolute_move::kTilt),
+              vocab::absolute_move::kHoldAxis);
+}
+
+TEST_F(SessionTest, AValueThatCannotBeSentIsARangeFaultAndASilentUnitNoReply) {
+    ASSERT_TRUE(connect());
+    std::size_t mark = line.frames().size();
+    const Outcome fault = finish(session.moveBy(std::nan(""), 0.0, Requester::Operator));
+    EXPECT_EQ(fault.kind(), Outcome::Kind::RangeFault);
+    EXPECT_THROW(fault.raiseRangeFault(), RangeFault);
+    EXPECT_TRUE(commandsSince(mark).empty());
+    // The line is free again for the next move.
+    EXPECT_FALSE(session.state().SendInProgress);
+
+    line.setConnected(false);
+    mark = line.frames().size();
+    const Outcome silent = finish(session.moveToWithLenses({5.0, 5.0}, {1, 2, 3, 4}), 20000);
+    EXPECT_EQ(silent.kind(), Outcome::Kind::NoReply);
+    const auto sent = commandsSince(mark);
+    ASSERT_EQ(sent.size(), 1u);
+    EXPECT_EQ(sent[0].at(0), vocab::AbsoluteMoveWithLenses::kCode);
+    EXPECT_EQ(vocab::get(sent[0], vocab::absolute_move_with_lenses::kLens[3]), 4u);
+}
+
+TEST_F(SessionTest, TheRotatorAnswersFromTheSessionAndMovesThroughIt) {
+    SessionRotator rotator(session, [] { return QStringLiteral("COM1"); });
+    EXPECT_EQ(rotator.setPosition(10.0, 10.0), network::RotatorResult::Offline);
+    ASSERT_TRUE(connect());
+    // The unit's limits as a rotator's: pan -170..170 reads as azimuth.
+    const network::RotatorLimits limits = rotator.limits();
+    EXPECT_DOUBLE_EQ(limits.minAzimuth, -170.0);
+    EXPECT_DOUBLE_EQ(limits.maxElevation, 85.0);
+    EXPECT_EQ(rotator.setPosition(180.0, 10.0), network::RotatorResult::OutsideLimits);
+
+    const std::size_t mark = line.frames().size();
+    // West of north is a negative pan.
+    EXPECT_EQ(rotator.setPosition(300.0, 20.0), network::RotatorResult::Ok);
+    EXPECT_TRUE(arrives(-60.0, 20.0));
+    const auto sent = commandsSince(mark);
+    ASSERT_EQ(sent.size(), 1u);
+    EXPECT_EQ(vocab::getSigned(sent[0], vocab::absolute_move::kPan), -6000);
+    ASSERT_TRUE(rotator.position().has_value());
+    EXPECT_NEAR(rotator.position()->azimuth, 300.0, 0.01);
+    EXPECT_EQ(rotator.info(), "Halvex pan & tilt unit on COM1");
+}
+
+TEST_F(SessionTest, ALostLineGoesOfflineAndIsFoundAgainByItself) {
+    ASSERT_TRUE(connect());
+    QSignalSpy faults(&session.state(), &FormState::faultReported);
+    // An adapter pulled out: its writes fail, and it will not open again
+    // until it is back.
+    port->setWriteFails(true);
+    port->setOpenFails(true);
+    EXPECT_TRUE(runUntil([&] { return !session.online(); }, 2000));
+    EXPECT_TRUE(connection.reconnecting());
+    port->setWriteFails(false);
+    port->setOpenFails(false);
+    EXPECT_TRUE(runUntil([&] { return session.online(); }, 10000));
+    ASSERT_GE(faults.size(), 2);
+    EXPECT_TRUE(
+        faults.at(0).at(0).toString().startsWith(QStringLiteral("the virtual unit lost: ")));
+    EXPECT_EQ(faults.at(1).at(0).toString(),
+              QStringLiteral("the virtual unit is back: connecting again."));
+}
+
+TEST_F(SessionTest, ExitTellsTheUnitToStopThenClosesTheLine) {
+    ASSERT_TRUE(connect());
+    ASSERT_TRUE(finish(session.moveTo({100.0, 0.0})).isDone());
+    const std::size_t mark = line.frames().size();
+    finish(connection.exit());
+    EXPECT_FALSE(session.port().isOpen());
+    const auto& frames = line.frames();
+    const auto stop = std::find_if(frames.begin() + static_cast<std::ptrdiff_t>(mark), frames.end(),
+                                   [](const RecordingPeer::Frame& frame) {
+                                       return frame.message.at(0) == vocab::JogMessage::kCode &&
+                                              vocab::isSet(frame.message.at(1), vocab::jog::kStop);
+                                   });
+    EXPECT_NE(stop, frames.end());
+    // Nothing goes out once the line is closed.
+    const std::size_t sent = frames.size();
+    runUntil([] { return false; }, 100);
+    EXPECT_EQ(line.frames().size(), sent);
+}
+
+}  // namespace
+}  // namespace halvex::testing
