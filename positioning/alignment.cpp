@@ -25,11 +25,14 @@ void setCaption(QLabel* label, const char* text) {
 }
 
 // While the console re-reads the tables that depend on the offsets, the page
-// tabs are locked and the captions say so. Put back however the change ends.
+// tabs are locked and the captions say so, and programs' moves are refused.
+// Put back however the change ends.
 class TableReloadLock {
   public:
-    TableReloadLock(QLabel* heading, const Alignment::Surroundings& around)
-        : heading_(heading), lock_(around.pageTabs, around.panCaption, around.tiltCaption) {
+    TableReloadLock(Session& session, QLabel* heading, const Alignment::Surroundings& around)
+        : heading_(heading),
+          sessionLock_(session),
+          lock_(around.pageTabs, around.panCaption, around.tiltCaption) {
         setCaption(heading_, "Reloading Tables");
     }
     ~TableReloadLock() { setCaption(heading_, kHeading); }
@@ -38,6 +41,7 @@ class TableReloadLock {
 
   private:
     QLabel* heading_;
+    Session::PagesLock sessionLock_;
     PageLock lock_;
 };
 
@@ -123,7 +127,7 @@ QCoro::Task<> Alignment::ZeroOffBut_Click() {
 QCoro::Task<> Alignment::changeOffsets(std::vector<Byte> command) {
     FormState& state = context_.state;
     Link& link = context_.link;
-    const TableReloadLock lock(page_.Label2_6, surroundings_);
+    const TableReloadLock lock(context_.session, page_.Label2_6, surroundings_);
     co_await letEventsRun(state);
     const FrameTicket change = co_await sendMessage(state, link, command);
     if (!wentOut(change)) {

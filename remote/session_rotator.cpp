@@ -50,11 +50,7 @@ RotatorResult SessionRotator::resultFor(Refusal refusal) {
 }
 
 void SessionRotator::launchMove(QCoro::Task<Outcome> move) {
-    auto finish = [](QCoro::Task<Outcome> running) -> QCoro::Task<> {
-        const Outcome outcome = co_await std::move(running);
-        outcome.raiseRangeFault();
-    };
-    launch(session_.state(), "NetworkControl_Move", finish(std::move(move)));
+    launch(session_.state(), "NetworkControl_Move", completing(std::move(move)));
 }
 
 RotatorResult SessionRotator::setPosition(double azimuth, double elevation) {

@@ -123,6 +123,43 @@ grep -q "^halvex: data files in $share/halvex\$" "$work/console.log" ||
 grep -q "^halvex: online after" "$work/console.log" || fail "the console did not come online"
 pass "installed console online"
 
+# The service for --headless: installed, not enabled, its settings a
+# conffile; and the installed program, run as the service runs it (no
+# display), goes online against the installed virtual unit and ends with 0
+# on SIGTERM.
+service=/lib/systemd/system/halvex-headless.service
+[[ -f $service ]] || fail "no $service"
+[[ -f /etc/halvex/headless.conf ]] || fail "no /etc/halvex/headless.conf"
+dpkg-query -W -f='${Conffiles}' halvex | grep -q "/etc/halvex/headless.conf" ||
+    fail "/etc/halvex/headless.conf is not a conffile"
+[[ ! -e /etc/systemd/system/multi-user.target.wants/halvex-headless.service ]] ||
+    fail "the headless service is enabled by the package"
+grep -q "^ExecStart=/usr/bin/halvex --headless " "$service" || fail "ExecStart does not run --headless"
+halvex-sim >"$work/sim.out" 2>/dev/null &
+sim=$!
+for ((i = 0; i < 50; i++)); do
+    [[ -s "$work/sim.out" ]] && break
+    sleep 0.1
+done
+(cd "$work" && exec env -u DISPLAY -u WAYLAND_DISPLAY -u QT_QPA_PLATFORM \
+    timeout 30 /usr/bin/halvex --headless --port "$(head -1 "$work/sim.out")") 2>"$work/headless.log" &
+headless=$!
+for ((i = 0; i < 300; i++)); do
+    if grep -q " Online\$" "$work/headless.log" || ! kill -0 "$headless" 2>/dev/null; then
+        break
+    fi
+    sleep 0.1
+done
+kill -TERM "$headless" 2>/dev/null || true
+status=0
+wait "$headless" || status=$?
+kill "$sim" 2>/dev/null || true
+wait "$sim" 2>/dev/null || true
+cat "$work/headless.log"
+grep -q " Online\$" "$work/headless.log" || fail "halvex --headless did not come online"
+[[ $status -eq 0 ]] || fail "halvex --headless ended with $status on SIGTERM"
+pass "installed headless service files, and --headless online"
+
 # Wireshark finds the installed dissector by itself and names the frames.
 if command -v tshark >/dev/null; then
     tshark -r "$work/session.pcapng" 2>/dev/null >"$work/dissected" || fail "tshark -r failed"

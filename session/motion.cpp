@@ -39,11 +39,11 @@ std::optional<Refusal> Session::refusalFor(Requester requester, const PanTiltTar
     if (!online()) {
         return Refusal::Offline;
     }
-    if (requester == Requester::Operator) {
-        return std::nullopt;
-    }
     if (pagesLocked()) {
         return Refusal::PagesLocked;
+    }
+    if (requester == Requester::Operator) {
+        return std::nullopt;
     }
     if (jogSources_.operatorJogging()) {
         return Refusal::OperatorJogging;

@@ -30,4 +30,9 @@ QString Outcome::text() const {
     return {};
 }
 
+QCoro::Task<> completing(QCoro::Task<Outcome> operation) {
+    const Outcome outcome = co_await std::move(operation);
+    outcome.raiseRangeFault();
+}
+
 }  // namespace halvex

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoro/QCoroTask>
 #include <QString>
 #include <optional>
 #include <vector>
@@ -66,5 +67,9 @@ class Outcome {
     std::optional<RangeFault> fault_;
     std::vector<Byte> reply_;
 };
+
+// Runs an operation to its end for a caller that does not look at the
+// outcome, raising a range fault as the fault guard expects it.
+QCoro::Task<> completing(QCoro::Task<Outcome> operation);
 
 }  // namespace halvex

@@ -105,8 +105,10 @@ class Session : public QObject {
     Outcome stop();
     Outcome reset();
 
-    // Why a program may not move the platform now, if it may not; a target
-    // is checked against the soft limits as well.
+    // Why the platform may not be moved now, if it may not: offline, or the
+    // tables being read again; for a program also while the operator jogs,
+    // and a target outside the soft limits. The operations check programs'
+    // requests themselves; the operator's controls are enabled by it.
     std::optional<Refusal> refusalFor(Requester requester,
                                       const PanTiltTarget* target = nullptr) const;
     // Inside the soft limits (a unit that pans for ever has no pan limits).

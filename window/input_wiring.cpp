@@ -36,7 +36,9 @@ void keepSpeeds(const KeyboardJog::Speeds& speeds) {
     }
 }
 
-// A key or a controller button does what the operator's click would.
+// A key or a controller button does what the operator's click would: the
+// session's operation, or the page's check box where the page keeps the
+// setting.
 void perform(ConsoleContext& context, const InputTargets& targets, ButtonAction action,
              int preset) {
     const auto click = [](QAbstractButton* button) {
@@ -44,18 +46,25 @@ void perform(ConsoleContext& context, const InputTargets& targets, ButtonAction 
             button->click();
         }
     };
+    Session& session = context.session;
+    const auto move = [&](const char* handler,
+                          QCoro::Task<Outcome> (Session::*operation)(Requester)) {
+        if (!session.refusalFor(Requester::Operator)) {
+            launch(context.state, handler, completing((session.*operation)(Requester::Operator)));
+        }
+    };
     switch (action) {
         case ButtonAction::Stop:
-            click(targets.stop);
+            session.stop();
             break;
         case ButtonAction::Reset:
-            click(targets.reset);
+            session.reset();
             break;
         case ButtonAction::MoveHome:
-            click(targets.home);
+            move("HomeBut_Click", &Session::moveHome);
             break;
         case ButtonAction::MoveCenter:
-            click(targets.center);
+            move("CenterBut_Click", &Session::moveToCentre);
             break;
         case ButtonAction::SoftLimitOverride:
             click(targets.softLimitOverride);

@@ -15,10 +15,6 @@ class ControllerJog;
 
 // The console's own controls that keys and controller buttons press.
 struct InputTargets {
-    QAbstractButton* stop = nullptr;
-    QAbstractButton* reset = nullptr;
-    QAbstractButton* home = nullptr;
-    QAbstractButton* center = nullptr;
     QAbstractButton* softLimitOverride = nullptr;
     QCheckBox* panLowSpeed = nullptr;
     QCheckBox* tiltLowSpeed = nullptr;

@@ -250,10 +250,6 @@ void VornixU::installFeatures() {
 
 void VornixU::installInputFeatures() {
     InputTargets targets;
-    targets.stop = stopBut_;
-    targets.reset = resetBut_;
-    targets.home = panTilt_->HomeBut;
-    targets.center = panTilt_->CenterBut;
     targets.softLimitOverride = panTilt_->Command2;
     targets.panLowSpeed = panTilt_->PanSloCheck;
     targets.tiltLowSpeed = panTilt_->TiltSloCheck;

@@ -44,6 +44,8 @@ class VornixU : public QMainWindow {
                      int linkTickMs = Link::kTickMs, QWidget* parent = nullptr);
     ~VornixU() override;
 
+    // The unit as programs see it: operations, state, the line.
+    Session& session() { return session_; }
     FormState& state() { return state_; }
     UnitStatus& status() { return status_; }
     JogState& jogState() { return jog_; }

@@ -14,10 +14,12 @@ TEST(OffsetChange, EachChangeSendsItsAnglesThenRereadsLimitsAndPresetsWithThePag
     rig.unit.state().settings.panOffset = 1500;
     rig.unit.state().presets.at(3).pan = 4000;
     rig.window->SSTab1().setCurrentIndex(2);
-    // The lock: tabs enabled, heading, pan and tilt captions.
+    // The lock: tabs enabled, programs' moves refused, heading, pan and
+    // tilt captions.
     auto look = [&] {
-        return QStringLiteral("%1 %2 %3 %4")
+        return QStringLiteral("%1 %2 %3 %4 %5")
             .arg(rig.enabled("SSTab1"))
+            .arg(rig.window->session().pagesLocked())
             .arg(rig.text("Label2_6"), rig.text("Label2_0"), rig.text("Label2_1"));
     };
     struct Case {
@@ -58,8 +60,8 @@ TEST(OffsetChange, EachChangeSendsItsAnglesThenRereadsLimitsAndPresetsWithThePag
 
         EXPECT_EQ(rig.sent(), presetReads({c.change, softLimitRead(0), softLimitRead(1),
                                            softLimitRead(2), softLimitRead(3)}));
-        EXPECT_EQ(looks, QStringList(37, "0 Reloading Tables Reinitializing Reinitializing"));
-        EXPECT_EQ(look(), QStringLiteral("1 Angle Offsets Adjustment Pan Tilt"));
+        EXPECT_EQ(looks, QStringList(37, "0 1 Reloading Tables Reinitializing Reinitializing"));
+        EXPECT_EQ(look(), QStringLiteral("1 0 Angle Offsets Adjustment Pan Tilt"));
         EXPECT_FLOAT_EQ(rig.led("PanCorLED")->value(), c.panAfter);
         EXPECT_FLOAT_EQ(rig.led("TiltCorLED")->value(), c.tiltAfter);
         EXPECT_TRUE(rig.lines("PresetList")[3].startsWith(QLatin1String(c.preset3)));
@@ -76,7 +78,7 @@ TEST(OffsetChange, EachChangeSendsItsAnglesThenRereadsLimitsAndPresetsWithThePag
     rig.ticks(3);
     EXPECT_TRUE(rig.sent().empty());
     EXPECT_EQ(rig.faults.size(), 1);
-    EXPECT_EQ(look(), QStringLiteral("1 Angle Offsets Adjustment Pan Tilt"));
+    EXPECT_EQ(look(), QStringLiteral("1 0 Angle Offsets Adjustment Pan Tilt"));
     EXPECT_FALSE(rig.window->status().SyncDesiredPending);
 }
 
