@@ -36,13 +36,10 @@ void Presets::connectControls() {
     onEvent(state, list, &QListWidget::currentRowChanged, this, "PresetList_Click",
             [this] { PresetList_Click(); });
     onEvent(state, list, &QListWidget::itemDoubleClicked, this, "PresetList_DblClick",
-            [this] { PresetList_DblClick(); });
-    onEvent(state, page_.SavePreBut, &QPushButton::clicked, this, "SavePreBut_Click",
-            [this] { SavePreBut_Click(); });
-    onEvent(state, page_.SaveCurPreBut, &QPushButton::clicked, this, "SaveCurPreBut_Click",
-            [this] { return SaveCurPreBut_Click(); });
-    onEvent(state, page_.AddAuxBut, &QPushButton::clicked, this, "AddAuxBut_Click",
-            [this] { AddAuxBut_Click(); });
+            [this] { return PresetList_DblClick(); });
+    onClick(state, page_.SavePreBut, this, "SavePreBut_Click", &Presets::SavePreBut_Click);
+    onClick(state, page_.SaveCurPreBut, this, "SaveCurPreBut_Click", &Presets::SaveCurPreBut_Click);
+    onClick(state, page_.AddAuxBut, this, "AddAuxBut_Click", &Presets::AddAuxBut_Click);
     onEvent(state, page_.ClearPreBut, &QPushButton::clicked, this, "ClearPreBut_Click",
             [this] { return ClearPreBut_Click(); });
 
@@ -131,38 +128,29 @@ void Presets::PresetList_Click() {
     page_.TiltPreLED->setValue(static_cast<float>(record.tilt) / 100.0f);
 }
 
-Byte Presets::selectedPreset() const {
-    return checkedByte(page_.PresetList->currentRow());
+QCoro::Task<> Presets::PresetList_DblClick() {
+    const Outcome outcome =
+        co_await context_.session.goToPreset(page_.PresetList->currentRow(), Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
-void Presets::PresetList_DblClick() {
-    sendMessage(context_.state, context_.link,
-                presetMessage(vocab::go_to_preset::kPreset, selectedPreset()));
-}
-
-void Presets::SavePreBut_Click() {
-    const Byte preset = selectedPreset();
-    const std::int32_t pan = encodePosition(page_.PanPreLED->value());
-    const std::int32_t tilt = encodePosition(page_.TiltPreLED->value());
-    FormState& state = context_.state;
-    SendInProgressScope sending(state);
-    namespace m = vocab::store_preset;
-    vocab::begin<vocab::StorePreset>(state.TxBuffer);
-    vocab::put(state.TxBuffer, m::kPreset, preset);
-    putPosition(state.TxBuffer, m::kPan, pan);
-    putPosition(state.TxBuffer, m::kTilt, tilt);
-    context_.link.SendFrame(vocab::StorePreset::kLength);
+QCoro::Task<> Presets::SavePreBut_Click() {
+    const Outcome outcome = co_await context_.session.savePreset(
+        page_.PresetList->currentRow(), {page_.PanPreLED->value(), page_.TiltPreLED->value()},
+        Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
 QCoro::Task<> Presets::SaveCurPreBut_Click() {
-    co_await sendAndAwaitReply(
-        context_.state, context_.link,
-        presetMessage(vocab::store_current_position::kPreset, selectedPreset()));
+    const Outcome outcome = co_await context_.session.saveCurrentPosition(
+        page_.PresetList->currentRow(), Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
-void Presets::AddAuxBut_Click() {
-    sendMessage(context_.state, context_.link,
-                presetMessage(vocab::add_lens_positions::kPreset, selectedPreset()));
+QCoro::Task<> Presets::AddAuxBut_Click() {
+    const Outcome outcome = co_await context_.session.addLensPositions(
+        page_.PresetList->currentRow(), Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
 QCoro::Task<> Presets::ClearPreBut_Click() {

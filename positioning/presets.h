@@ -28,10 +28,13 @@ class Presets : public QObject {
     void decodeReply();
 
     void PresetList_Click();
-    void PresetList_DblClick();
-    void SavePreBut_Click();
+    // Each completes when the unit has answered. The preset is the selected
+    // row; with none (-1) the handler stops on a range fault, as the unit's
+    // byte cannot carry it.
+    QCoro::Task<> PresetList_DblClick();
+    QCoro::Task<> SavePreBut_Click();
     QCoro::Task<> SaveCurPreBut_Click();
-    void AddAuxBut_Click();
+    QCoro::Task<> AddAuxBut_Click();
     QCoro::Task<> ClearPreBut_Click();
 
   private:
@@ -39,9 +42,6 @@ class Presets : public QObject {
     // Tells the other pages what the preset list now shows.
     void publishListEntries();
     QCoro::Task<> reloadOnce();
-    // The selected list position as the command's preset byte; no selection
-    // (-1) does not fit a byte and stops the handler.
-    Byte selectedPreset() const;
 
     ConsoleContext& context_;
     PresetsPage& page_;

@@ -99,6 +99,16 @@ class Session : public QObject {
     QCoro::Task<Outcome> moveBy(double pan, double tilt, Requester requester = Requester::Program);
     QCoro::Task<Outcome> moveHome(Requester requester = Requester::Program);
     QCoro::Task<Outcome> moveToCentre(Requester requester = Requester::Program);
+    // Presets, numbered from 0. A number the unit's byte cannot carry is a
+    // range fault; what the unit does with one it does not have is its own
+    // answer. Saving at angles checks them against the soft limits for a
+    // program.
+    QCoro::Task<Outcome> goToPreset(int preset, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> savePreset(int preset, PanTiltTarget at,
+                                    Requester requester = Requester::Program);
+    QCoro::Task<Outcome> saveCurrentPosition(int preset, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> addLensPositions(int preset, Requester requester = Requester::Program);
+
     // Stop and Reset ride on the next jog message, which goes out ahead of
     // anything queued later; refused only when no unit is on the line. Stop
     // also puts every jog source at rest.

@@ -6,8 +6,6 @@
 #include "input/keyboard_jog.h"
 #include "input/mapping_settings.h"
 #include "protocol/fault_guard.h"
-#include "protocol/senders.h"
-#include "protocol/vocabulary.h"
 #include "window/user_settings.h"
 
 namespace halvex {
@@ -76,12 +74,8 @@ void perform(ConsoleContext& context, const InputTargets& targets, ButtonAction 
             click(targets.tiltLowSpeed);
             break;
         case ButtonAction::GoToPreset:
-            guarded(context.state, "Controller_GoToPreset", [&] {
-                auto message = vocab::blank<vocab::GoToPreset>();
-                vocab::put(message, vocab::go_to_preset::kPreset,
-                           static_cast<Byte>(std::clamp(preset, 0, 9)));
-                sendMessage(context.state, context.link, message);
-            });
+            launch(context.state, "Controller_GoToPreset",
+                   completing(session.goToPreset(std::clamp(preset, 0, 9), Requester::Operator)));
             break;
     }
 }

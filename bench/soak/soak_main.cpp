@@ -121,8 +121,15 @@ int main(int argc, char* argv[]) {
     while (!unit.pluggedIn() && startup.elapsed() < 10000) {
         QApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
     }
+    // Start returns at once; the connection goes on from the event loop.
     window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
-    if (!window.windowTitle().endsWith(QStringLiteral(" Online"))) {
+    const auto online = [&] { return window.windowTitle().endsWith(QStringLiteral(" Online")); };
+    QElapsedTimer connecting;
+    connecting.start();
+    while (!online() && connecting.elapsed() < 30000) {
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents, 100);
+    }
+    if (!online()) {
         std::printf("the console did not come online\n");
         return 1;
     }

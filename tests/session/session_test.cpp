@@ -158,6 +158,41 @@ TEST_F(SessionTest, AValueThatCannotBeSentIsARangeFaultAndASilentUnitNoReply) {
     EXPECT_EQ(vocab::get(sent[0], vocab::absolute_move_with_lenses::kLens[3]), 4u);
 }
 
+TEST_F(SessionTest, APresetSavedAtAnglesOrWhereThePlatformIsIsGoneTo) {
+    ASSERT_TRUE(connect());
+    std::size_t mark = line.frames().size();
+    ASSERT_TRUE(finish(session.savePreset(4, {-30.5, 12.25})).isDone());
+    auto sent = commandsSince(mark);
+    ASSERT_EQ(sent.size(), 1u);
+    EXPECT_EQ(sent[0].at(0), vocab::StorePreset::kCode);
+    EXPECT_EQ(vocab::get(sent[0], vocab::store_preset::kPreset), 4u);
+    EXPECT_EQ(vocab::getSigned(sent[0], vocab::store_preset::kTilt), 1225);
+
+    mark = line.frames().size();
+    const Outcome went = finish(session.goToPreset(4));
+    ASSERT_TRUE(went.isDone()) << went.text().toStdString();
+    sent = commandsSince(mark);
+    ASSERT_EQ(sent.size(), 1u);
+    EXPECT_EQ(sent[0].at(0), vocab::GoToPreset::kCode);
+    EXPECT_EQ(vocab::get(sent[0], vocab::go_to_preset::kPreset), 4u);
+    EXPECT_TRUE(arrives(-30.5, 12.25));
+
+    // Where the platform is now, into another preset, and back to it.
+    ASSERT_TRUE(finish(session.saveCurrentPosition(7)).isDone());
+    ASSERT_TRUE(finish(session.moveTo({20.0, 0.0})).isDone());
+    EXPECT_TRUE(arrives(20.0, 0.0));
+    ASSERT_TRUE(finish(session.goToPreset(7)).isDone());
+    EXPECT_TRUE(arrives(-30.5, 12.25));
+
+    // Angles outside the soft limits are refused to a program, and a number
+    // the byte cannot carry is a range fault; neither sends anything.
+    mark = line.frames().size();
+    EXPECT_EQ(finish(session.savePreset(5, {0.0, 89.0})).refusal(), Refusal::OutsideLimits);
+    EXPECT_EQ(finish(session.goToPreset(-1)).kind(), Outcome::Kind::RangeFault);
+    EXPECT_EQ(finish(session.addLensPositions(256)).kind(), Outcome::Kind::RangeFault);
+    EXPECT_TRUE(commandsSince(mark).empty());
+}
+
 TEST_F(SessionTest, TheRotatorAnswersFromTheSessionAndMovesThroughIt) {
     SessionRotator rotator(session, [] { return QStringLiteral("COM1"); });
     EXPECT_EQ(rotator.setPosition(10.0, 10.0), network::RotatorResult::Offline);

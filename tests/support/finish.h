@@ -24,10 +24,16 @@ inline bool runUntil(const std::function<bool()>& done, int timeoutMs) {
     clock.start();
     QTimer deadline;  // wakes the loop when nothing else would
     deadline.setSingleShot(true);
-    deadline.start(timeoutMs);
+    deadline.setTimerType(Qt::PreciseTimer);
     while (!done()) {
-        if (clock.elapsed() >= timeoutMs) {
+        const qint64 left = timeoutMs - clock.elapsed();
+        if (left <= 0) {
             return false;
+        }
+        // A timer may fire a little early: armed again for what is left, or
+        // the loop would wait for an event that never comes.
+        if (!deadline.isActive()) {
+            deadline.start(static_cast<int>(left));
         }
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
