@@ -1,20 +1,18 @@
 #!/usr/bin/env bash
 # Builds the receive-path fuzzer with clang (libFuzzer, AddressSanitizer,
-# UndefinedBehaviorSanitizer) in build-fuzz/ and runs it for a given time.
+# UndefinedBehaviorSanitizer) in build-checked/ and runs it for a given time.
 #   bench/fuzz-receive.sh [SECONDS] [more libFuzzer options, e.g. -runs=N]
 # SECONDS 0 runs until -runs=N inputs are done.
 # Starts from fuzz/corpus and fuzz/regressions; what it learns on the way is
-# kept in build-fuzz/fuzz-corpus, and any input that finds a fault is written
-# to build-fuzz/fuzz-findings/ (then the exit status is not zero). Needs
+# kept in build-checked/fuzz-corpus, and any input that finds a fault is written
+# to build-checked/fuzz-findings/ (then the exit status is not zero). Needs
 # scripts/setup.sh --with-fuzzing.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 seconds=${1:-60}
 shift || true
-dir=build-fuzz
-CC=clang CXX=clang++ cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    -DHALVEX_FUZZ=ON -DHALVEX_TESTS=OFF >/dev/null
-cmake --build "$dir" -j"$(nproc)" --target halvex-receive-fuzzer
+dir=build-checked
+scripts/build-checked.sh halvex-receive-fuzzer
 mkdir -p "$dir/fuzz-corpus" "$dir/fuzz-findings"
 export QT_QPA_PLATFORM=offscreen
 # Qt keeps caches to the end of the program; they are not our leaks.

@@ -1,21 +1,19 @@
 #!/usr/bin/env bash
 # Builds one of the smaller fuzz targets with clang (libFuzzer,
-# AddressSanitizer, UndefinedBehaviorSanitizer) in build-fuzz/ and runs it
+# AddressSanitizer, UndefinedBehaviorSanitizer) in build-checked/ and runs it
 # for a given time; the receive path has its own script, fuzz-receive.sh.
 #   bench/fuzz.sh NAME [SECONDS] [more libFuzzer options]
 # NAME is the target without its halvex- and -fuzzer: line-command, ...
 # It starts from fuzz/NAME-corpus and fuzz/NAME-regressions when there are; what it learns is kept
-# in build-fuzz/NAME-corpus, and an input that finds a fault goes to
-# build-fuzz/fuzz-findings/ and the exit status is not zero.
+# in build-checked/NAME-corpus, and an input that finds a fault goes to
+# build-checked/fuzz-findings/ and the exit status is not zero.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 name=${1:?which target? e.g. line-command}
 seconds=${2:-30}
 shift 2 || shift $#
-dir=build-fuzz
-CC=clang CXX=clang++ cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
-    -DHALVEX_FUZZ=ON -DHALVEX_TESTS=OFF >/dev/null
-cmake --build "$dir" -j"$(nproc)" --target "halvex-$name-fuzzer"
+dir=build-checked
+scripts/build-checked.sh "halvex-$name-fuzzer"
 mkdir -p "$dir/$name-corpus" "$dir/fuzz-findings"
 corpora=("$dir/$name-corpus")
 for kept in "fuzz/$name-corpus" "fuzz/$name-regressions"; do

@@ -6,7 +6,8 @@
 # finds its data files, that it comes online against its built-in virtual
 # unit, and that tshark names the frames it recorded with the installed
 # Wireshark dissector. Needs root or sudo. Removes the package at the end unless --keep is
-# given. Extra arguments go to CMake, through scripts/package.sh.
+# given. Extra arguments go to scripts/package.sh: --from DIR packs a tree
+# already built, anything else goes to CMake.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 

@@ -3,7 +3,8 @@
 # missing. Safe to run again. Uses sudo when not run as root.
 #   --with-display    also a virtual X server (xvfb)
 #   --with-packaging  also what building and checking the .deb needs
-#   --with-fuzzing    also clang and its libFuzzer runtime (bench/fuzz-receive.sh)
+#   --with-fuzzing    also clang and its sanitizer and libFuzzer runtimes
+#                     (scripts/build-checked.sh, bench/fuzz.sh)
 #   --with-more-fonts also a second monospace family (CI: the kept pictures
 #                     must not change with the fonts a machine has)
 set -euo pipefail
@@ -15,9 +16,10 @@ set -euo pipefail
 # qcoro-qt6-dev: waits are coroutines on the one event loop (its task type,
 # all in headers: nothing of it is needed at run time);
 # fonts-dejavu-core: the fonts the suite and the screenshot tool draw in,
-# whatever other fonts the machine has (tools/picture_fonts.h).
+# whatever other fonts the machine has (tools/picture_fonts.h);
+# ccache: a rebuild reuses what an earlier build compiled.
 packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libsdl2-dev libgtest-dev libhamlib-utils
-          ser2net tshark fonts-dejavu-core python3 qcoro-qt6-dev)
+          ser2net tshark fonts-dejavu-core python3 qcoro-qt6-dev ccache)
 for flag in "$@"; do
     case "$flag" in
         --with-display) packages+=(xvfb) ;;

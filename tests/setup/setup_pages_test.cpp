@@ -187,7 +187,7 @@ TEST_F(SetupPages, RepliesFillTheControlsWithTheirSubstitutions) {
     };
     for (const auto& [reply, states] : cases) {
         SCOPED_TRACE(states);
-        EXPECT_TRUE(rig.sentBy([&] { rig.inject(reply); }).empty());
+        EXPECT_TRUE(rig.sentBy([&rig, &reply = reply] { rig.inject(reply); }).empty());
         rig.expect(states);
     }
     EXPECT_EQ(rig.text("Label35"), "1");
@@ -216,7 +216,7 @@ TEST_F(SetupPages, ValuesOutOfRangeStopTheDecoderAndNothingSticks) {
     for (const auto& [what, reply] : cases) {
         SCOPED_TRACE(what);
         rig.clearStatus();
-        EXPECT_TRUE(rig.sentBy([&] { rig.inject(reply); }).empty());
+        EXPECT_TRUE(rig.sentBy([&rig, &reply = reply] { rig.inject(reply); }).empty());
         EXPECT_TRUE(rig.statusMessage().startsWith("Run-time error 6"))
             << rig.statusMessage().toStdString();
         EXPECT_TRUE(rig.window->state().UserClickEnabled);

@@ -142,7 +142,7 @@ TEST_F(VideoPage, RepliesFillTheControlsAndSendNothing) {
     };
     for (const auto& [reply, states] : cases) {
         SCOPED_TRACE(states);
-        EXPECT_TRUE(rig.sentBy([&] { rig.inject(reply); }).empty());
+        EXPECT_TRUE(rig.sentBy([&rig, &reply = reply] { rig.inject(reply); }).empty());
         rig.expect(states);
     }
     EXPECT_EQ(rig.sentBy("VidOption_6"),
