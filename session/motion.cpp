@@ -56,6 +56,14 @@ std::optional<Refusal> Session::refusalFor(Requester requester, const PanTiltTar
     return std::nullopt;
 }
 
+std::optional<Refusal> Session::programRefusal(Requester requester,
+                                               const PanTiltTarget* target) const {
+    if (requester == Requester::Operator) {
+        return std::nullopt;
+    }
+    return refusalFor(requester, target);
+}
+
 QCoro::Task<Outcome> Session::awaitAnswer(QCoro::Task<FrameTicket> sending) {
     const FrameTicket frame = co_await std::move(sending);
     const bool answered = co_await link_.awaitReply(frame);
@@ -63,12 +71,9 @@ QCoro::Task<Outcome> Session::awaitAnswer(QCoro::Task<FrameTicket> sending) {
 }
 
 QCoro::Task<Outcome> Session::moveTo(PanTiltTarget target, Requester requester) {
-    // The operator's own click sends whatever the page shows, online or not,
-    // as it always has; the send path reports a frame that cannot go out.
-    if (requester == Requester::Program) {
-        if (const auto refusal = refusalFor(requester, &target)) {
-            co_return Outcome::refused(*refusal);
-        }
+    // A frame that cannot go out is reported by the send path.
+    if (const auto refusal = programRefusal(requester, &target)) {
+        co_return Outcome::refused(*refusal);
     }
     namespace m = vocab::absolute_move;
     // Started apart from the co_await: see protocol/wait.h on GCC 12.
@@ -79,10 +84,8 @@ QCoro::Task<Outcome> Session::moveTo(PanTiltTarget target, Requester requester) 
 
 QCoro::Task<Outcome> Session::moveToWithLenses(PanTiltTarget target, std::array<int, 4> lenses,
                                                Requester requester) {
-    if (requester == Requester::Program) {
-        if (const auto refusal = refusalFor(requester, &target)) {
-            co_return Outcome::refused(*refusal);
-        }
+    if (const auto refusal = programRefusal(requester, &target)) {
+        co_return Outcome::refused(*refusal);
     }
     namespace m = vocab::absolute_move_with_lenses;
     auto moving = sendMove<vocab::AbsoluteMoveWithLenses>([target, lenses](ByteTable& tx) {
@@ -95,11 +98,9 @@ QCoro::Task<Outcome> Session::moveToWithLenses(PanTiltTarget target, std::array<
 }
 
 QCoro::Task<Outcome> Session::moveBy(double pan, double tilt, Requester requester) {
-    if (requester == Requester::Program) {
-        const PanTiltTarget target{status_.CurrentPan + pan, status_.CurrentTilt + tilt};
-        if (const auto refusal = refusalFor(requester, &target)) {
-            co_return Outcome::refused(*refusal);
-        }
+    const PanTiltTarget landing{status_.CurrentPan + pan, status_.CurrentTilt + tilt};
+    if (const auto refusal = programRefusal(requester, &landing)) {
+        co_return Outcome::refused(*refusal);
     }
     namespace m = vocab::delta_move;
     const PanTiltTarget by{pan, tilt};
@@ -109,19 +110,15 @@ QCoro::Task<Outcome> Session::moveBy(double pan, double tilt, Requester requeste
 }
 
 QCoro::Task<Outcome> Session::moveHome(Requester requester) {
-    if (requester == Requester::Program) {
-        if (const auto refusal = refusalFor(requester)) {
-            co_return Outcome::refused(*refusal);
-        }
+    if (const auto refusal = programRefusal(requester)) {
+        co_return Outcome::refused(*refusal);
     }
     co_return co_await awaitAnswer(sendMessage(state_, link_, vocab::blank<vocab::MoveToHome>()));
 }
 
 QCoro::Task<Outcome> Session::moveToCentre(Requester requester) {
-    if (requester == Requester::Program) {
-        if (const auto refusal = refusalFor(requester)) {
-            co_return Outcome::refused(*refusal);
-        }
+    if (const auto refusal = programRefusal(requester)) {
+        co_return Outcome::refused(*refusal);
     }
     co_return co_await awaitAnswer(sendMessage(state_, link_, vocab::blank<vocab::MoveToCentre>()));
 }

@@ -15,20 +15,16 @@ auto namingPreset(vocab::Field<M> field, int preset) {
 }  // namespace
 
 QCoro::Task<Outcome> Session::goToPreset(int preset, Requester requester) {
-    if (requester == Requester::Program) {
-        if (const auto refusal = refusalFor(requester)) {
-            co_return Outcome::refused(*refusal);
-        }
+    if (const auto refusal = programRefusal(requester)) {
+        co_return Outcome::refused(*refusal);
     }
     auto going = sendMove<vocab::GoToPreset>(namingPreset(vocab::go_to_preset::kPreset, preset));
     co_return co_await std::move(going);
 }
 
 QCoro::Task<Outcome> Session::savePreset(int preset, PanTiltTarget at, Requester requester) {
-    if (requester == Requester::Program) {
-        if (const auto refusal = refusalFor(requester, &at)) {
-            co_return Outcome::refused(*refusal);
-        }
+    if (const auto refusal = programRefusal(requester, &at)) {
+        co_return Outcome::refused(*refusal);
     }
     namespace m = vocab::store_preset;
     auto saving = sendMove<vocab::StorePreset>([preset, at](ByteTable& tx) {
@@ -43,10 +39,8 @@ QCoro::Task<Outcome> Session::savePreset(int preset, PanTiltTarget at, Requester
 }
 
 QCoro::Task<Outcome> Session::saveCurrentPosition(int preset, Requester requester) {
-    if (requester == Requester::Program) {
-        if (const auto refusal = refusalFor(requester)) {
-            co_return Outcome::refused(*refusal);
-        }
+    if (const auto refusal = programRefusal(requester)) {
+        co_return Outcome::refused(*refusal);
     }
     auto saving = sendMove<vocab::StoreCurrentPosition>(
         namingPreset(vocab::store_current_position::kPreset, preset));
@@ -54,13 +48,11 @@ QCoro::Task<Outcome> Session::saveCurrentPosition(int preset, Requester requeste
 }
 
 QCoro::Task<Outcome> Session::addLensPositions(int preset, Requester requester) {
-    if (requester == Requester::Program) {
-        if (const auto refusal = refusalFor(requester)) {
-            co_return Outcome::refused(*refusal);
-        }
+    if (const auto refusal = programRefusal(requester)) {
+        co_return Outcome::refused(*refusal);
     }
-    auto adding = sendMove<vocab::AddLensPositions>(
-        namingPreset(vocab::add_lens_positions::kPreset, preset));
+    auto adding =
+        sendMove<vocab::AddLensPositions>(namingPreset(vocab::add_lens_positions::kPreset, preset));
     co_return co_await std::move(adding);
 }
 

@@ -139,6 +139,10 @@ class Session : public QObject {
     void stopRequested();
 
   private:
+    // refusalFor for a program's request; nothing for the operator's, whose
+    // click sends what the page shows, online or not, as it always has.
+    std::optional<Refusal> programRefusal(Requester requester,
+                                          const PanTiltTarget* target = nullptr) const;
     // Waits for a queued frame's answer.
     QCoro::Task<Outcome> awaitAnswer(QCoro::Task<FrameTicket> sending);
     // Builds message M in TxBuffer with `fill`, sends it and waits for its
