@@ -12,6 +12,10 @@ scripts/setup.sh --with-packaging >&2
 if [[ "${1:-}" == "--from" ]]; then
     dir=${2:?--from which build folder?}
     shift 2
+    if (($# > 0)); then
+        echo "package.sh: $* would change nothing: $dir is configured already" >&2
+        exit 2
+    fi
 else
     dir=build-package
     cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=Release -DHALVEX_TESTS=OFF "$@" >&2
