@@ -79,4 +79,9 @@ TEST(CommandLine, HelpAndVersionNeedNoDisplayEvenAfterToolkitOptions) {
         {QStringLiteral("-platform"), QStringLiteral("xcb"), QStringLiteral("--help")});
     EXPECT_EQ(help.status, 0) << help.err.toStdString();
     EXPECT_TRUE(help.out.contains(QStringLiteral("--simulate")));
+    // A toolkit option with its value joined on is left for the toolkit
+    // whole: the mistake told is the console's own.
+    EXPECT_TRUE(runWithoutDisplay({QStringLiteral("-style=fusion"), QStringLiteral("--baud"),
+                                   QStringLiteral("fast")})
+                    .err.contains(QStringLiteral("Bad speed 'fast' for --baud.")));
 }

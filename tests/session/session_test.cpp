@@ -136,6 +136,10 @@ TEST_F(SessionTest, ProgramsAreRefusedWithTheReasonAndNothingIsSent) {
     EXPECT_EQ(vocab::getSigned(sent[0], vocab::absolute_move::kPan), 17500);
     EXPECT_EQ(vocab::getSigned(sent[0], vocab::absolute_move::kTilt),
               vocab::absolute_move::kHoldAxis);
+
+    // A program's target on a limit is inside it.
+    const Outcome onLimit = finish(session.moveTo({0.0, session.status().TiltMinLimit}));
+    EXPECT_TRUE(onLimit.isDone()) << onLimit.text().toStdString();
 }
 
 TEST_F(SessionTest, AValueThatCannotBeSentIsARangeFaultAndASilentUnitNoReply) {
