@@ -2,7 +2,6 @@
 
 #include "camera/transmit_string.h"
 #include "console/handler_wiring.h"
-#include "protocol/senders.h"
 #include "views/pages/camera_page.h"
 
 namespace halvex {
@@ -13,7 +12,7 @@ CameraTransmit::CameraTransmit(ConsoleContext& context, CameraPage& page, QObjec
     for (int camera = 0; camera < 2; ++camera) {
         const auto c = static_cast<std::size_t>(camera);
         onEvent(state, page_.SendBut[c], &QPushButton::clicked, this, "SendBut_Click",
-                [this, camera] { SendBut_Click(camera); });
+                [this, camera] { return SendBut_Click(camera); });
         onEvent(state, page_.TXBox[c], &DoubleClickLineEdit::doubleClicked, this, "TXBox_DblClick",
                 [this, camera] { TXBox_DblClick(camera); });
         // Toggles, not clicks: a list picking hex mode clears the CR box too.
@@ -32,18 +31,20 @@ CameraTransmit::CameraTransmit(ConsoleContext& context, CameraPage& page, QObjec
     }
 }
 
-void CameraTransmit::SendBut_Click(int camera) {
+QCoro::Task<> CameraTransmit::SendBut_Click(int camera) {
     const auto c = static_cast<std::size_t>(camera);
     const TransmitMode mode =
         page_.HexOp1[c]->isChecked() ? TransmitMode::Hex : TransmitMode::Ascii;
-    const TransmitString result =
-        buildTransmitString(page_.TXBox[c]->text(), mode, page_.CRCheck[c]->isChecked(), camera);
+    TransmitString result =
+        buildTransmitString(page_.TXBox[c]->text(), mode, page_.CRCheck[c]->isChecked());
     if (result.refused()) {
         context_.messages.exclamation(result.messageTitle, result.messageText);
-        return;
+        co_return;
     }
     page_.TXBox[c]->setText(result.boxText);
-    sendMessage(context_.state, context_.link, result.command);
+    const Outcome outcome =
+        co_await context_.session.sendToCamera(camera, std::move(result.data), Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
 void CameraTransmit::TXBox_DblClick(int camera) {

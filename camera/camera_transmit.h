@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoro/QCoroTask>
 #include <QObject>
 
 #include "console/console_context.h"
@@ -15,7 +16,7 @@ class CameraTransmit : public QObject {
   public:
     CameraTransmit(ConsoleContext& context, CameraPage& page, QObject* parent = nullptr);
 
-    void SendBut_Click(int camera);
+    QCoro::Task<> SendBut_Click(int camera);
     void TXBox_DblClick(int camera);
     void HexOp1_Click(int camera);
     void CRCheck_Click(int camera);

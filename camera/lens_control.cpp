@@ -5,7 +5,6 @@
 
 #include "camera/click_scope.h"
 #include "console/handler_wiring.h"
-#include "protocol/senders.h"
 #include "protocol/vocabulary.h"
 #include "protocol/vocabulary_lens_jog.h"
 #include "views/pages/camera_page.h"
@@ -15,38 +14,36 @@ namespace halvex {
 namespace {
 constexpr int kLeftOnly = 1;
 
-using LensMessage = vocab::LensConfiguration;
-using Lens1 = vocab::lens_configuration::Lens1;
-using Lens2 = vocab::lens_configuration::Lens2;
-
-// One lens's fields in the message.
-struct LensFields {
-    vocab::Field<LensMessage> flags, zoomMinimum, focusMinimum;
-};
-
-template <class Lens>
-constexpr LensFields lensFields() {
-    return {Lens::kFlags, Lens::kZoomMinimum, Lens::kFocusMinimum};
+// The motor setting of each box, Lens1Check(1) first.
+bool& settingOf(LensSetup& lens, int check) {
+    switch (check) {
+        case 1:
+            return lens.focus.inverted;
+        case 2:
+            return lens.focus.reversed;
+        case 3:
+            return lens.focus.enabled;
+        case 4:
+            return lens.zoom.inverted;
+        case 5:
+            return lens.zoom.reversed;
+        default:
+            return lens.zoom.enabled;
+    }
 }
 
-const std::array<LensFields, 2> kLenses = {lensFields<Lens1>(), lensFields<Lens2>()};
-
-// The flags bit of each box, Lens1Check(1) first; both lenses' flags have
-// the same bits.
-const std::array<vocab::Bit<LensMessage>, CameraPage::kLensBits> kCheckBits = {
-    Lens1::kFocusInvert, Lens1::kFocusReverse, Lens1::kFocusEnable,
-    Lens1::kZoomInvert,  Lens1::kZoomReverse,  Lens1::kZoomEnable};
 // 256 steps over the box's 120 rows: the top row drives at almost full speed
 // one way, the bottom row at full speed the other.
 constexpr double kRowsPerStep = 0.46875;
+constexpr int kFastestMinimum = 255;
 
-void stepUp(Byte& value) {
-    if (value != 255) {
+void stepUp(int& value) {
+    if (value != kFastestMinimum) {
         ++value;
     }
 }
 
-void stepDown(Byte& value) {
+void stepDown(int& value) {
     if (value != 0) {
         --value;
     }
@@ -98,9 +95,9 @@ LensControl::LensControl(ConsoleContext& context, JogState& jog, CameraPage& pag
                 [this, camera] { FocusMinSpin_SpinDown(camera); });
     }
     onEvent(state, page_.SetLensBut, &QPushButton::clicked, this, "SetLensBut_Click",
-            [this] { SetLensBut_Click(); });
+            [this] { return SetLensBut_Click(); });
     onEvent(state, page_.GetLensBut, &QPushButton::clicked, this, "GetLensBut_Click",
-            [this] { GetLensBut_Click(); });
+            [this] { return GetLensBut_Click(); });
     // Handler names for fault reports: down, move and up of each box.
     static const char* const kBoxHandlers[4][3] = {
         {"ZoomBox1_MouseDown", "ZoomBox1_MouseMove", "ZoomBox1_MouseUp"},
@@ -121,86 +118,62 @@ LensControl::LensControl(ConsoleContext& context, JogState& jog, CameraPage& pag
         onEvent(state, jogBox, &LensJogBox::mouseReleased, this, names[2],
                 [this, box] { LensBox_MouseUp(box); });
     }
-}
-
-void LensControl::registerDecoders() {
-    context_.receiver.registerDecoder(LensMessage::kCode, [this] { decodeLensConfiguration(); });
+    connect(&context_.session, &Session::lensSetupReported, this, &LensControl::showLenses);
 }
 
 void LensControl::LensCheck_Click(int camera, int check, bool checked) {
     if (!context_.state.UserClickEnabled) {
         return;
     }
-    Byte& config = LensConfig_[static_cast<std::size_t>(camera)];
-    config = vocab::withBit(config, kCheckBits[static_cast<std::size_t>(check - 1)], checked);
+    settingOf(lenses_[static_cast<std::size_t>(camera)], check) = checked;
 }
 
 void LensControl::ZoomMinSpin_SpinUp(int camera) {
-    stepUp(ZoomMinSpeed[static_cast<std::size_t>(camera)]);
+    stepUp(lenses_[static_cast<std::size_t>(camera)].zoom.minimumSpeed);
     showSpeeds();
 }
 
 void LensControl::ZoomMinSpin_SpinDown(int camera) {
-    stepDown(ZoomMinSpeed[static_cast<std::size_t>(camera)]);
+    stepDown(lenses_[static_cast<std::size_t>(camera)].zoom.minimumSpeed);
     showSpeeds();
 }
 
 void LensControl::FocusMinSpin_SpinUp(int camera) {
-    stepUp(FocusMinSpeed[static_cast<std::size_t>(camera)]);
+    stepUp(lenses_[static_cast<std::size_t>(camera)].focus.minimumSpeed);
     showSpeeds();
 }
 
 void LensControl::FocusMinSpin_SpinDown(int camera) {
-    stepDown(FocusMinSpeed[static_cast<std::size_t>(camera)]);
+    stepDown(lenses_[static_cast<std::size_t>(camera)].focus.minimumSpeed);
     showSpeeds();
 }
 
 void LensControl::showSpeeds() {
     for (std::size_t c = 0; c < 2; ++c) {
-        page_.ZoomMinLabel[c]->setText(QString::number(ZoomMinSpeed[c]));
-        page_.FocusMinLabel[c]->setText(QString::number(FocusMinSpeed[c]));
+        page_.ZoomMinLabel[c]->setText(QString::number(lenses_[c].zoom.minimumSpeed));
+        page_.FocusMinLabel[c]->setText(QString::number(lenses_[c].focus.minimumSpeed));
     }
 }
 
-void LensControl::send(bool read) {
-    // A read differs from a write only in the first lens's flags byte, which
-    // then holds the read bit alone: the rest carries the console's own
-    // values either way.
-    std::vector<Byte> message = vocab::blank<LensMessage>();
-    for (std::size_t c = 0; c < 2; ++c) {
-        if (c != 0 || !read) {
-            vocab::put(message, kLenses[c].flags, LensConfig_[c]);
-        }
-        vocab::put(message, kLenses[c].zoomMinimum, ZoomMinSpeed[c]);
-        vocab::put(message, kLenses[c].focusMinimum, FocusMinSpeed[c]);
-    }
-    if (read) {
-        constexpr auto kRead = vocab::kReadRequest<LensMessage>;
-        message[kRead.offset] = vocab::withBit(message[kRead.offset], kRead, true);
-    }
-    sendMessage(context_.state, context_.link, message);
+QCoro::Task<> LensControl::SetLensBut_Click() {
+    const Outcome outcome = co_await context_.session.setLensSetup(lenses_, Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
-void LensControl::SetLensBut_Click() {
-    send(false);
+QCoro::Task<> LensControl::GetLensBut_Click() {
+    // The request carries the page's own values, as the unit's read does.
+    const Outcome outcome = co_await context_.session.readLensSetup(lenses_, Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
-void LensControl::GetLensBut_Click() {
-    send(true);
-}
-
-void LensControl::decodeLensConfiguration() {
-    const ByteTable& rx = context_.state.RxBuffer;
-    for (std::size_t c = 0; c < 2; ++c) {
-        LensConfig_[c] = static_cast<Byte>(vocab::get(rx, kLenses[c].flags));
-        ZoomMinSpeed[c] = static_cast<Byte>(vocab::get(rx, kLenses[c].zoomMinimum));
-        FocusMinSpeed[c] = static_cast<Byte>(vocab::get(rx, kLenses[c].focusMinimum));
-    }
+void LensControl::showLenses(const LensSetupPair& lenses) {
+    lenses_ = lenses;
     {
         UserClicksOff quiet(context_.state);
         for (std::size_t c = 0; c < 2; ++c) {
-            for (std::size_t box = 0; box < kCheckBits.size(); ++box) {
-                page_.LensCheck[c][box]->setChecked(vocab::isSet(LensConfig_[c], kCheckBits[box]));
+            for (int check = 1; check <= CameraPage::kLensBits; ++check) {
+                page_.LensCheck[c][static_cast<std::size_t>(check - 1)]->setChecked(
+                    settingOf(lenses_[c], check));
             }
         }
     }

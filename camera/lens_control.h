@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoro/QCoroTask>
 #include <QObject>
 #include <array>
 
@@ -18,16 +19,14 @@ int lensButtonValue(Qt::MouseButtons buttons);
 // alone is held inside the box, and on the middle line.
 Byte lensJogByte(int button, double x, double y);
 
-// The lens configuration of both cameras (vocab::LensConfiguration): which motors are enabled,
-// reversed or inverted, their minimum speeds, and the four zoom/focus boxes
-// whose jog bytes ride on every jog message.
+// The lens setup of both cameras: which motors are enabled, reversed or
+// inverted, their minimum speeds; and the four zoom/focus boxes whose jog
+// bytes ride on every jog message.
 class LensControl : public QObject {
     Q_OBJECT
   public:
     LensControl(ConsoleContext& context, JogState& jog, CameraPage& page,
                 QObject* parent = nullptr);
-
-    void registerDecoders();
 
     // check: the box's number, 1..CameraPage::kLensBits.
     void LensCheck_Click(int camera, int check, bool checked);
@@ -35,26 +34,24 @@ class LensControl : public QObject {
     void ZoomMinSpin_SpinDown(int camera);
     void FocusMinSpin_SpinUp(int camera);
     void FocusMinSpin_SpinDown(int camera);
-    void SetLensBut_Click();
-    void GetLensBut_Click();
-    // The reply to vocab::LensConfiguration.
-    void decodeLensConfiguration();
+    QCoro::Task<> SetLensBut_Click();
+    QCoro::Task<> GetLensBut_Click();
     // box: 0 zoom 1, 1 focus 1, 2 zoom 2, 3 focus 2.
     void LensBox_Mouse(int box, int button, double x, double y);
     void LensBox_MouseUp(int box);
 
-    Byte LensConfig(int camera) const { return LensConfig_[static_cast<std::size_t>(camera)]; }
+    // The lens setup as the Set button sends it.
+    const LensSetup& setup(int camera) const { return lenses_[static_cast<std::size_t>(camera)]; }
 
   private:
-    void send(bool read);
+    // The unit's answer, shown without sending anything.
+    void showLenses(const LensSetupPair& lenses);
     void showSpeeds();
 
     ConsoleContext& context_;
     JogState& jog_;
     CameraPage& page_;
-    std::array<Byte, 2> LensConfig_{};
-    std::array<Byte, 2> ZoomMinSpeed{};
-    std::array<Byte, 2> FocusMinSpeed{};
+    LensSetupPair lenses_{};
 };
 
 }  // namespace halvex

@@ -1,7 +1,5 @@
 #include "camera/transmit_string.h"
 
-#include "protocol/vocabulary_camera.h"
-
 namespace halvex {
 
 namespace {
@@ -54,8 +52,7 @@ QString notLatin1Message(char32_t codePoint) {
 
 }  // namespace
 
-TransmitString buildTransmitString(const QString& boxText, TransmitMode mode, bool appendCr,
-                                   int cameraIndex) {
+TransmitString buildTransmitString(const QString& boxText, TransmitMode mode, bool appendCr) {
     // Every byte is counted, but only one more than the limit is kept, so a
     // pasted novel costs no memory before the length check refuses it.
     std::vector<std::uint8_t> data;
@@ -121,12 +118,7 @@ TransmitString buildTransmitString(const QString& boxText, TransmitMode mode, bo
     if (appendCr) {
         data.push_back(kCarriageReturn);
     }
-    namespace transmit = vocab::camera_transmit;
-    result.command.assign(static_cast<std::size_t>(transmit::kData), 0);
-    vocab::begin<vocab::CameraTransmit>(result.command);
-    vocab::put(result.command, transmit::kCount, static_cast<std::uint32_t>(data.size()));
-    vocab::put(result.command, transmit::kCamera, cameraIndex == 1 ? 1 : 0);
-    result.command.insert(result.command.end(), data.begin(), data.end());
+    result.data = std::move(data);
     return result;
 }
 

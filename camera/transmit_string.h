@@ -1,8 +1,7 @@
 #pragma once
 
 // The camera transmit string: the text of a camera's transmit box turned into
-// the bytes of the pass-through command (vocab::CameraTransmit), or the message
-// that refuses it.
+// the bytes to pass through to the camera, or the message that refuses it.
 
 #include <QString>
 #include <cstdint>
@@ -15,10 +14,9 @@ enum class TransmitMode { Ascii, Hex };
 inline constexpr int kMaxTransmitBytes = 80;
 
 struct TransmitString {
-    // A vocab::CameraTransmit message: the count of data bytes and the
-    // camera, then the data and a carriage return when asked for. Its size
-    // is the count to hand to SendFrame. Empty when refused.
-    std::vector<std::uint8_t> command;
+    // The bytes for the camera, with a carriage return when asked for.
+    // Empty when refused.
+    std::vector<std::uint8_t> data;
     // The box's new text; empty when refused, as the box then keeps what the
     // operator typed.
     QString boxText;
@@ -29,11 +27,10 @@ struct TransmitString {
     bool refused() const { return !messageText.isEmpty(); }
 };
 
-// cameraIndex is 0 for camera 1 and 1 for camera 2. ASCII text is sent one
+// ASCII text is sent one
 // byte per character in Latin-1; a character outside Latin-1 is refused with
 // a message naming it. A carriage return is appended whenever appendCr is
 // set (the page keeps it cleared in hex mode).
-TransmitString buildTransmitString(const QString& boxText, TransmitMode mode, bool appendCr,
-                                   int cameraIndex);
+TransmitString buildTransmitString(const QString& boxText, TransmitMode mode, bool appendCr);
 
 }  // namespace halvex

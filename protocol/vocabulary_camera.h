@@ -15,6 +15,8 @@ struct CameraLine {
     static constexpr Field<M> kFormat{At, 1, 0x18};
     static constexpr Field<M> kLevel{At, 1, 0x20};
     static constexpr Field<M> kStopBits{At, 1, 0x40};
+    // Unused by the unit.
+    static constexpr Field<M> kSpare{At, 1, 0x80};
 };
 
 struct CameraLines : Message<0x60, 3> {};
@@ -38,6 +40,8 @@ struct LensSetup {
     static constexpr Bit<M> kZoomInvert{At, 4};
     static constexpr Bit<M> kZoomReverse{At, 5};
     static constexpr Bit<M> kZoomEnable{At, 6};
+    // Unused by the unit.
+    static constexpr Bit<M> kSpare{At, 0};
     static constexpr Field<M> kZoomMinimum{At + 1};
     static constexpr Field<M> kFocusMinimum{At + 2};
     // The flags byte whole, as the unit keeps it.

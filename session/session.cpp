@@ -19,6 +19,8 @@ Session::Session(SerialPort* port, int tickMs, QObject* parent)
     receiver_.attachPort(port_);
     link_.setJogSender([this] { sendJogMessage(); });
     receiver_.addReplyWatcher([this](const std::vector<Byte>& reply) { lastReply_ = reply; });
+    watchCameraReports();
+    watchLensReports();
 }
 
 Session::~Session() {

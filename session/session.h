@@ -109,6 +109,26 @@ class Session : public QObject {
     QCoro::Task<Outcome> saveCurrentPosition(int preset, Requester requester = Requester::Program);
     QCoro::Task<Outcome> addLensPositions(int preset, Requester requester = Requester::Program);
 
+    // Cameras, numbered from 0. A string passes through to the camera as it
+    // is (at most 127 bytes); the unit answers once it has gone out. The
+    // lines and time-outs are answered with what the unit then holds, which
+    // the status keeps and the signals below announce.
+    QCoro::Task<Outcome> sendToCamera(int camera, std::vector<Byte> data,
+                                      Requester requester = Requester::Program);
+    QCoro::Task<Outcome> setCameraLines(CameraLinePair lines,
+                                        Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readCameraLines(Requester requester = Requester::Program);
+    // Each time-out 1 to 100 steps.
+    QCoro::Task<Outcome> setCameraTimeouts(CameraTimeouts steps,
+                                           Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readCameraTimeouts(Requester requester = Requester::Program);
+    // Both lenses' setup. The unit's read request carries a setup too (all
+    // but the first lens's flags), so the caller hands in the one to carry.
+    QCoro::Task<Outcome> setLensSetup(LensSetupPair lenses,
+                                      Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readLensSetup(LensSetupPair carried,
+                                       Requester requester = Requester::Program);
+
     // Stop and Reset ride on the next jog message, which goes out ahead of
     // anything queued later; refused only when no unit is on the line. Stop
     // also puts every jog source at rest.
@@ -135,6 +155,9 @@ class Session : public QObject {
     void desiredPositionSynced(float pan, float tilt);
     // One of the four soft limits (0 pan max, 1 pan min, 2 tilt max, 3 tilt min).
     void softLimitReported(int index, float value);
+    void cameraLinesReported(const halvex::CameraLinePair& lines);
+    void cameraTimeoutsReported(const halvex::CameraTimeouts& steps);
+    void lensSetupReported(const halvex::LensSetupPair& lenses);
     // Stop was asked for: whatever shows motion (a tour's display) ends.
     void stopRequested();
 
@@ -143,6 +166,9 @@ class Session : public QObject {
     // click sends what the page shows, online or not, as it always has.
     std::optional<Refusal> programRefusal(Requester requester,
                                           const PanTiltTarget* target = nullptr) const;
+    // Keep the cameras' and lenses' settings replies in the status.
+    void watchCameraReports();
+    void watchLensReports();
     // Waits for a queued frame's answer.
     QCoro::Task<Outcome> awaitAnswer(QCoro::Task<FrameTicket> sending);
     // Builds message M in TxBuffer with `fill`, sends it and waits for its

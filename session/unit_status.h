@@ -3,15 +3,16 @@
 #include <array>
 
 #include "protocol/frame.h"
+#include "session/camera_settings.h"
 
 namespace halvex {
 
 // Zoom 1, focus 1, zoom 2, focus 2, as the position report gives them.
 using LensPositions = std::array<Byte, 4>;
 
-// What the unit last said about itself, as the position report and the
-// soft-limit reply leave it. Read by presets, tours, alignment and the step
-// buttons.
+// What the unit last said about itself, as the position report, the
+// soft-limit reply and the settings replies leave it. Read by presets, tours,
+// alignment, the step buttons and the pages that show the settings.
 struct UnitStatus {
     float CurrentPan = 0.0f;
     float CurrentTilt = 0.0f;
@@ -30,6 +31,11 @@ struct UnitStatus {
     float PanMinLimit = 0.0f;
     float TiltMaxLimit = 0.0f;
     float TiltMinLimit = 0.0f;
+
+    // The cameras' lines, answer time-outs and lenses, as last read or set.
+    CameraLinePair CameraLineSettings{};
+    CameraTimeouts CameraAnswerTimeouts{};
+    LensSetupPair LensSetups{};
 
     // Set after an alignment: the next position report also becomes the
     // operator's desired position.

@@ -23,14 +23,19 @@ CameraFeatures::CameraFeatures(ConsoleContext& context, JogState& jog, CameraPag
         context, page, [this] { return dataFolder_; }, this);
     new CameraTransmit(context, page, this);
     auto* lines = new CameraLines(context, page, this);
-    lines->registerDecoders();
     auto* lenses = new LensControl(context, jog, page, this);
-    lenses->registerDecoders();
 
     // The connection sequence reads the camera settings through these.
-    context.readHandlers["GetLensBut"] = [lenses] { lenses->GetLensBut_Click(); };
-    context.readHandlers["GetCamBut"] = [lines] { lines->GetCamBut_Click(); };
-    context.readHandlers["GetCamTOBut"] = [lines] { lines->GetCamTOBut_Click(); };
+    FormState& state = context.state;
+    context.readHandlers["GetLensBut"] = [&state, lenses] {
+        launch(state, "GetLensBut_Click", lenses->GetLensBut_Click());
+    };
+    context.readHandlers["GetCamBut"] = [&state, lines] {
+        launch(state, "GetCamBut_Click", lines->GetCamBut_Click());
+    };
+    context.readHandlers["GetCamTOBut"] = [&state, lines] {
+        launch(state, "GetCamTOBut_Click", lines->GetCamTOBut_Click());
+    };
 
     onEvent(context.state, page.SerHelpBut, &QPushButton::clicked, this, "SerHelpBut_Click",
             [this] { SerHelpBut_Click(); });

@@ -172,9 +172,9 @@ TEST(CameraLines, RepliesSetLabelsLensesAndTimeOutsAndClicksStepOnFromThere) {
     // sets the boxes.
     auto* lenses = rig.window->findChild<LensControl*>();
     rig.press("Lens1Check_2");
-    EXPECT_EQ(lenses->LensConfig(0), maskOf(Lens1::kFocusReverse));
+    EXPECT_EQ(lenses->setup(0), (LensSetup{{}, {false, true, false, 0}, false}));
     rig.press("Lens1Check_2");
-    EXPECT_EQ(lenses->LensConfig(0), 0);
+    EXPECT_EQ(lenses->setup(0), LensSetup{});
     Bytes reply = withBits(message<vocab::LensConfiguration>({{Lens1::kZoomMinimum, 5},
                                                               {Lens1::kFocusMinimum, 6},
                                                               {Lens2::kZoomMinimum, 7},
@@ -184,8 +184,10 @@ TEST(CameraLines, RepliesSetLabelsLensesAndTimeOutsAndClicksStepOnFromThere) {
         reply[static_cast<std::size_t>(flags.offset)] |= static_cast<Byte>(~maskOf(flags));
     }
     rig.inject(reply);
-    EXPECT_EQ(lenses->LensConfig(0), maskOf(Lens1::kFocusReverse) | maskOf(Lens1::kZoomEnable));
-    EXPECT_EQ(lenses->LensConfig(1), maskOf(Lens2::kFocusInvert));
+    EXPECT_EQ(lenses->setup(0),
+              (LensSetup{{true, false, false, 5}, {false, true, false, 6}, false}));
+    EXPECT_EQ(lenses->setup(1),
+              (LensSetup{{false, false, false, 7}, {false, false, true, 8}, false}));
     rig.expect("!Lens1Check_1 Lens1Check_2 !Lens1Check_3 !Lens1Check_4 !Lens1Check_5 Lens1Check_6");
     rig.expect(
         "Lens2Check_1 !Lens2Check_2 !Lens2Check_3 !Lens2Check_4 !Lens2Check_5 !Lens2Check_6");

@@ -1,5 +1,5 @@
-// The camera transmit string: the bytes of the pass-through command, the
-// rewritten box and the messages that refuse a text.
+// The camera transmit string: the bytes for the camera, the rewritten box
+// and the messages that refuse a text.
 
 #include "camera/transmit_string.h"
 
@@ -7,8 +7,6 @@
 
 #include <algorithm>
 #include <random>
-
-#include "protocol/vocabulary_camera.h"
 
 namespace halvex {
 namespace {
@@ -27,44 +25,37 @@ const QString kTooLong = QStringLiteral("The Transmit String Is Greater Than 80 
 const QString kTooLongWithCr =
     QStringLiteral("With The Added CR The Transmit String Is Greater Than 80 Bytes.");
 
-namespace transmit = vocab::camera_transmit;
-
-// The pass-through command to camera index `camera` with `count` data bytes.
-Bytes wire(int camera, int count, const QByteArray& data) {
-    // Sized first: GCC 12 misreads an insert after a short list.
-    Bytes bytes(transmit::kData + data.size());
-    vocab::begin<vocab::CameraTransmit>(bytes);
-    vocab::put(bytes, transmit::kCamera, static_cast<std::uint32_t>(camera));
-    vocab::put(bytes, transmit::kCount, static_cast<std::uint32_t>(count));
-    std::copy(data.begin(), data.end(), bytes.begin() + transmit::kData);
-    return bytes;
+Bytes bytes(const QByteArray& data) {
+    return Bytes(data.begin(), data.end());
 }
 
-TEST(TransmitString, AcceptedTextsGiveTheCommandAndTheRewrittenBox) {
+TEST(TransmitString, AcceptedTextsGiveTheBytesAndTheRewrittenBox) {
     const QByteArray x80(80, 'x');
     const QByteArray x79cr = QByteArray(79, 'x') + '\r';
     const struct {
         QString text;
         TransmitMode mode;
         bool cr;
-        int camera;
-        Bytes command;
+        Bytes data;
         QString box;
     } cases[] = {
-        {"", kAscii, false, 1, wire(1, 0, ""), ""},
-        {"", kAscii, true, 0, wire(0, 1, "\r"), ""},
-        {"0 9af F0", kHex, false, 1, wire(1, 3, "\x09\xAF\xF0"), "09 AF F0 "},
-        {QString(QChar(0)) + " \u00FF", kAscii, false, 0, wire(0, 3, QByteArray("\0 \xFF", 3)),
+        {"", kAscii, false, {}, ""},
+        {"", kAscii, true, {'\r'}, ""},
+        {"0 9af F0", kHex, false, {0x09, 0xAF, 0xF0}, "09 AF F0 "},
+        {QString(QChar(0)) + " \u00FF",
+         kAscii,
+         false,
+         {0, ' ', 0xFF},
          QString(QChar(0)) + " \u00FF"},
-        {"#Z99", kAscii, true, 1, wire(1, 5, "#Z99\r"), "#Z99"},
-        {QString(80, 'x'), kAscii, false, 0, wire(0, 80, x80), QString(80, 'x')},
-        {QString(79, 'x'), kAscii, true, 0, wire(0, 80, x79cr), QString(79, 'x')},
+        {"#Z99", kAscii, true, bytes("#Z99\r"), "#Z99"},
+        {QString(80, 'x'), kAscii, false, bytes(x80), QString(80, 'x')},
+        {QString(79, 'x'), kAscii, true, bytes(x79cr), QString(79, 'x')},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text.left(20).toStdString());
-        const TransmitString result = buildTransmitString(c.text, c.mode, c.cr, c.camera);
+        const TransmitString result = buildTransmitString(c.text, c.mode, c.cr);
         EXPECT_FALSE(result.refused()) << result.messageText.toStdString();
-        EXPECT_EQ(result.command, c.command);
+        EXPECT_EQ(result.data, c.data);
         EXPECT_EQ(result.boxText, c.box);
     }
 }
@@ -95,22 +86,20 @@ TEST(TransmitString, RefusedTextsGiveTheirMessageAndNoBytes) {
                                 ? "Bad ASCII TX String"
                             : c.message.contains("Hex") ? "Bad Hex TX String"
                                                         : "TX String Too Long";
-        for (int camera : {0, 1}) {
-            const TransmitString result = buildTransmitString(c.text, c.mode, c.cr, camera);
-            EXPECT_TRUE(result.refused());
-            EXPECT_EQ(result.messageTitle, title);
-            EXPECT_TRUE(result.messageText == c.message ||
-                        (c.message.contains("U+") && result.messageText.contains(c.message)))
-                << result.messageText.toStdString();
-            EXPECT_TRUE(result.command.empty());
-            EXPECT_TRUE(result.boxText.isEmpty());
-        }
+        const TransmitString result = buildTransmitString(c.text, c.mode, c.cr);
+        EXPECT_TRUE(result.refused());
+        EXPECT_EQ(result.messageTitle, title);
+        EXPECT_TRUE(result.messageText == c.message ||
+                    (c.message.contains("U+") && result.messageText.contains(c.message)))
+            << result.messageText.toStdString();
+        EXPECT_TRUE(result.data.empty());
+        EXPECT_TRUE(result.boxText.isEmpty());
     }
 }
 
-// Random box texts give a well-formed command or a refusal; the rewritten
-// box, sent again, gives the same bytes.
-TEST(TransmitString, RandomTextsGiveAWellFormedCommandOrARefusal) {
+// Random box texts give at most 80 bytes (and the CR) or a refusal; the
+// rewritten box, sent again, gives the same bytes.
+TEST(TransmitString, RandomTextsGiveBytesThatFitOrARefusal) {
     std::mt19937 random(4711);
     for (int round = 0; round < 5000; ++round) {
         QString text;
@@ -118,15 +107,17 @@ TEST(TransmitString, RandomTextsGiveAWellFormedCommandOrARefusal) {
             text += QChar(u"0123456789abcdefAF g\u00E9\u20AC"[random() % 22]);
         }
         const auto mode = round % 2 ? kHex : kAscii;
-        const TransmitString result = buildTransmitString(text, mode, round % 3 == 0, round % 5);
-        ASSERT_EQ(result.refused(), result.command.empty());
-        if (!result.refused()) {
-            ASSERT_LE(result.command.size(), 2u + kMaxTransmitBytes);
-            ASSERT_EQ(vocab::get(result.command, transmit::kCamera), round % 5 == 1 ? 1u : 0u);
-            ASSERT_EQ(vocab::get(result.command, transmit::kCount),
-                      result.command.size() - transmit::kData);
-            ASSERT_EQ(buildTransmitString(result.boxText, mode, round % 3 == 0, round % 5).command,
-                      result.command);
+        const bool cr = round % 3 == 0;
+        const TransmitString result = buildTransmitString(text, mode, cr);
+        if (result.refused()) {
+            ASSERT_TRUE(result.data.empty());
+        } else {
+            ASSERT_LE(result.data.size(), static_cast<std::size_t>(kMaxTransmitBytes));
+            if (cr) {
+                ASSERT_FALSE(result.data.empty());
+                ASSERT_EQ(result.data.back(), '\r');
+            }
+            ASSERT_EQ(buildTransmitString(result.boxText, mode, cr).data, result.data);
         }
     }
 }

@@ -197,6 +197,75 @@ TEST_F(SessionTest, APresetSavedAtAnglesOrWhereThePlatformIsIsGoneTo) {
     EXPECT_TRUE(commandsSince(mark).empty());
 }
 
+TEST_F(SessionTest, CameraLinesTimeOutsAndLensesAreSetAndReadAndAStringReachesTheCamera) {
+    EXPECT_EQ(finish(session.sendToCamera(0, {'x'})).refusal(), Refusal::Offline);
+    ASSERT_TRUE(connect());
+    QSignalSpy linesReported(&session, &Session::cameraLinesReported);
+    const CameraLine fast{7, 3, true, true, false};
+    ASSERT_TRUE(finish(session.setCameraLines({CameraLine{}, fast})).isDone());
+    ASSERT_TRUE(finish(session.setCameraTimeouts({100, 3})).isDone());
+    const LensSetupPair lenses = {
+        LensSetup{{true, false, true, 12}, {false, true, false, 255}, false},
+        LensSetup{{false, true, false, 0}, {true, false, true, 1}, true}};
+    ASSERT_TRUE(finish(session.setLensSetup(lenses)).isDone());
+    // What the unit holds now, read back: the reply fills the status.
+    session.status().CameraLineSettings = {};
+    session.status().LensSetups = {};
+    ASSERT_TRUE(finish(session.readCameraLines()).isDone());
+    ASSERT_TRUE(finish(session.readCameraTimeouts()).isDone());
+    ASSERT_TRUE(finish(session.readLensSetup({})).isDone());
+    EXPECT_EQ(session.status().LensSetups, lenses);
+    EXPECT_EQ(session.status().CameraLineSettings[1], fast);
+    EXPECT_EQ(session.status().CameraLineSettings[0], CameraLine{});
+    EXPECT_EQ(session.status().CameraAnswerTimeouts, (CameraTimeouts{100, 3}));
+    ASSERT_EQ(linesReported.size(), 2);
+    EXPECT_EQ(linesReported.at(1).at(0).value<CameraLinePair>()[1], fast);
+
+    // Camera 2's line is on, so it answers; its answer comes back in the
+    // position reports.
+    QSignalSpy answers(&session, &Session::cameraBytesReported);
+    std::size_t mark = line.frames().size();
+    const Outcome sent = finish(session.sendToCamera(1, {'h', 'i', '\r'}));
+    ASSERT_TRUE(sent.isDone());
+    EXPECT_EQ(sent.reply().at(0), vocab::CameraTransmitDone::kCode);
+    const auto commands = commandsSince(mark);
+    ASSERT_EQ(commands.size(), 1u);
+    EXPECT_EQ(vocab::get(commands[0], vocab::camera_transmit::kCamera), 1u);
+    EXPECT_EQ(vocab::get(commands[0], vocab::camera_transmit::kCount), 3u);
+    std::vector<Byte> heard;
+    ASSERT_TRUE(runUntil(
+        [&] {
+            for (const QList<QVariant>& report : answers) {
+                if (report.at(0).toInt() == 1) {
+                    const auto bytes = report.at(1).value<std::vector<Byte>>();
+                    heard.insert(heard.end(), bytes.begin(), bytes.end());
+                }
+            }
+            answers.clear();
+            return heard.size() >= 3;
+        },
+        20000));
+    EXPECT_EQ(heard, (std::vector<Byte>{'h', 'i', '\r'}));
+
+    // What the bytes cannot carry sends nothing.
+    mark = line.frames().size();
+    EXPECT_EQ(finish(session.sendToCamera(2, {'x'})).kind(), Outcome::Kind::RangeFault);
+    EXPECT_EQ(finish(session.sendToCamera(0, std::vector<Byte>(128, 'x'))).kind(),
+              Outcome::Kind::RangeFault);
+    EXPECT_EQ(finish(session.setCameraTimeouts({0, 5})).kind(), Outcome::Kind::RangeFault);
+    EXPECT_EQ(finish(session.setCameraTimeouts({5, 101})).kind(), Outcome::Kind::RangeFault);
+    EXPECT_EQ(finish(session.setCameraLines({CameraLine{8, 0, false, false, false}, CameraLine{}}))
+                  .kind(),
+              Outcome::Kind::RangeFault);
+    EXPECT_EQ(finish(session.setCameraLines({CameraLine{}, CameraLine{0, 4, false, false, false}}))
+                  .kind(),
+              Outcome::Kind::RangeFault);
+    EXPECT_EQ(
+        finish(session.setLensSetup({LensSetup{{false, false, false, 256}, {}, false}})).kind(),
+        Outcome::Kind::RangeFault);
+    EXPECT_TRUE(commandsSince(mark).empty());
+}
+
 TEST_F(SessionTest, TheRotatorAnswersFromTheSessionAndMovesThroughIt) {
     SessionRotator rotator(session, [] { return QStringLiteral("COM1"); });
     EXPECT_EQ(rotator.setPosition(10.0, 10.0), network::RotatorResult::Offline);
