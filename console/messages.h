@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoro/QCoroTask>
 #include <QString>
 #include <functional>
 
@@ -14,8 +15,9 @@ struct Message {
     bool question = false;  // OK/Cancel rather than OK alone
 };
 
-// The console's message boxes, parented on its window. Whoever builds the
-// window may hand in another presenter (a test records what would be shown).
+// The console's message boxes, window-modal over its window. Whoever builds
+// the window may hand in another presenter, which answers at once (a test
+// records what would be shown).
 class Messages {
   public:
     // Returns true for OK.
@@ -23,13 +25,15 @@ class Messages {
 
     explicit Messages(QWidget* parent, Presenter presenter = {});
 
+    // Shows the box and returns; the box goes when closed.
     void exclamation(const QString& title, const QString& text) const;
-    // OK/Cancel with Cancel as the default; true when OK was chosen.
-    bool confirm(const QString& title, const QString& text) const;
+    // OK/Cancel with Cancel as the default; completes with true once OK has
+    // been chosen. A box that went with the window counts as Cancel, and
+    // then whatever the window owned is gone: on false the caller touches
+    // nothing more.
+    QCoro::Task<bool> confirm(QString title, QString text) const;
 
   private:
-    bool present(const Message& message) const;
-
     QWidget* parent_;
     Presenter presenter_;
 };

@@ -90,13 +90,14 @@ QCoro::Task<> Directions::InitEncBut_Click() {
     if (procedureRunning_) {
         co_return;
     }
-    if (!context_.messages.confirm(
-            QStringLiteral("Critical Initial Alignment Checklist"),
-            QStringLiteral(
-                "To Prevent Potential Damage To The Unit Confirm Pan & Tilt Is At 0/0 Position, "
-                "Normal/Reverse And Con Rotation Are Correct, And Hard Limits Are Properly Set "
-                "Before Performing This Alignment! If You Are Not Sure Cancel This Procedure "
-                "Now! Host Will Lose Communications During This Alignment!"))) {
+    const bool confirmed = co_await context_.messages.confirm(
+        QStringLiteral("Critical Initial Alignment Checklist"),
+        QStringLiteral(
+            "To Prevent Potential Damage To The Unit Confirm Pan & Tilt Is At 0/0 Position, "
+            "Normal/Reverse And Con Rotation Are Correct, And Hard Limits Are Properly Set "
+            "Before Performing This Alignment! If You Are Not Sure Cancel This Procedure "
+            "Now! Host Will Lose Communications During This Alignment!"));
+    if (!confirmed) {
         co_return;
     }
     co_await runProcedure(v::blank<v::EncoderAlignment>());
@@ -107,13 +108,14 @@ QCoro::Task<> Directions::EncHomeBut_Click() {
     if (procedureRunning_) {
         co_return;
     }
-    if (!context_.messages.confirm(
-            QStringLiteral("Critical Homing Cycle Checklist"),
-            QStringLiteral(
-                "To Prevent Potential Damage To The Unit Confirm Normal/Reverse And Con Rotation "
-                "Are Correct And That Hard Limits Are Properly Set Before Performing This "
-                "Alignment! If You Are Not Sure Cancel This Procedure! Host Will Lose "
-                "Communications During This Alignment!"))) {
+    const bool confirmed = co_await context_.messages.confirm(
+        QStringLiteral("Critical Homing Cycle Checklist"),
+        QStringLiteral(
+            "To Prevent Potential Damage To The Unit Confirm Normal/Reverse And Con Rotation "
+            "Are Correct And That Hard Limits Are Properly Set Before Performing This "
+            "Alignment! If You Are Not Sure Cancel This Procedure! Host Will Lose "
+            "Communications During This Alignment!"));
+    if (!confirmed) {
         co_return;
     }
     for (QLabel* readout : {index_.Pindex, index_.Tindex}) {
