@@ -13,6 +13,7 @@
 #include "commissioning/settings_files.h"
 #include "commissioning/unit_reader.h"
 #include "commissioning/unit_restore.h"
+#include "console/dialog_wait.h"
 #include "console/handler_wiring.h"
 #include "protocol/vocabulary.h"
 
@@ -30,11 +31,18 @@ QAction* addAction(QMenu* menu, const char* name, const char* caption, const cha
     return action;
 }
 
-QString chooseWithDialog(QWidget* window, bool save, const QString& suggested) {
-    return save ? QFileDialog::getSaveFileName(window, QStringLiteral("Save Unit Settings"),
-                                               suggested, kFilter)
-                : QFileDialog::getOpenFileName(window, QStringLiteral("Restore Unit Settings"),
-                                               QString(), kFilter);
+QCoro::Task<QString> chooseWithDialog(QWidget* window, bool save, QString suggested) {
+    if (save) {
+        return chooseFile(window, QStringLiteral("Save Unit Settings"), std::move(suggested),
+                          kFilter, QFileDialog::AcceptSave);
+    }
+    return chooseFile(window, QStringLiteral("Restore Unit Settings"), QString(), kFilter,
+                      QFileDialog::AcceptOpen);
+}
+
+QCoro::Task<bool> confirmWithDialog(RestoreDialog& dialog) {
+    const std::optional<int> result = co_await openAndWait(&dialog);
+    co_return result == QDialog::Accepted;
 }
 
 // Opened over the window for the length of a job. On the heap, not in the
@@ -54,10 +62,10 @@ CommissioningMenu::CommissioningMenu(ConsoleContext& context, QMenu* unitMenu,
       hooks_(std::move(hooks)),
       tap_(context.state, context.receiver) {
     setObjectName(QStringLiteral("CommissioningMenu"));
-    chooseFile_ = [window = context.window](bool save, const QString& suggested) {
-        return chooseWithDialog(window, save, suggested);
+    chooseFile_ = [window = context.window](bool save, QString suggested) {
+        return chooseWithDialog(window, save, std::move(suggested));
     };
-    confirm_ = [](RestoreDialog& dialog) { return dialog.exec() == QDialog::Accepted; };
+    confirm_ = confirmWithDialog;
 
     unitMenu->addSeparator();
     QAction* find = addAction(unitMenu, "MenuFindUnits", "&Find Units...",
@@ -129,7 +137,7 @@ QCoro::Task<> CommissioningMenu::SaveUnit_Click() {
         co_return;
     }
     const QString path =
-        chooseFile_(true, QStringLiteral("unit-%1.txt").arg(context_.state.UnitId));
+        co_await chooseFile_(true, QStringLiteral("unit-%1.txt").arg(context_.state.UnitId));
     if (path.isEmpty()) {
         co_return;
     }
@@ -169,7 +177,7 @@ QCoro::Task<> CommissioningMenu::RestoreUnit_Click() {
     if (!online(title)) {
         co_return;
     }
-    const QString path = chooseFile_(false, QString());
+    const QString path = co_await chooseFile_(false, QString());
     if (path.isEmpty()) {
         co_return;
     }
@@ -214,12 +222,15 @@ QCoro::Task<> CommissioningMenu::RestoreUnit_Click() {
         }
         co_return;
     }
-    {
-        RestoreDialog dialog(fileName, plan, context_.window);
-        if (!confirm_(dialog)) {
-            hooks_.showStatus(QStringLiteral("Restore cancelled: nothing was written."));
-            co_return;
-        }
+    const QPointer<RestoreDialog> dialog = new RestoreDialog(fileName, plan, context_.window);
+    const bool confirmed = co_await confirm_(*dialog);
+    if (dialog == nullptr) {
+        co_return;  // gone with the window, and this menu with it
+    }
+    delete dialog;
+    if (!confirmed) {
+        hooks_.showStatus(QStringLiteral("Restore cancelled: nothing was written."));
+        co_return;
     }
 
     RestoreResult result;

@@ -46,10 +46,11 @@ class CommissioningMenu : public QObject {
     QCoro::Task<> RestoreUnit_Click();
 
     // Picks the file to save to (`save`) or restore from; empty for none.
-    using FileChooser = std::function<QString(bool save, const QString& suggested)>;
+    using FileChooser = std::function<QCoro::Task<QString>(bool save, QString suggested)>;
     void setFileChooser(FileChooser chooser) { chooseFile_ = std::move(chooser); }
-    // Shows the restore confirmation; true for OK.
-    using Confirmer = std::function<bool(RestoreDialog& dialog)>;
+    // Shows the restore confirmation; true for OK. The restore goes on only
+    // while the dialog is still there afterwards.
+    using Confirmer = std::function<QCoro::Task<bool>(RestoreDialog& dialog)>;
     void setConfirmer(Confirmer confirmer) { confirm_ = std::move(confirmer); }
     void setProbeWaitMs(int ms) { probeWaitMs_ = ms; }
 

@@ -44,7 +44,7 @@ bool saveCommissioningDialogs(halvex::VornixU& window, halvex::sim::Unit& unit,
     unit.state().presets.at(3).lens = {80, 120, 0, 0};
     QTemporaryDir folder;
     const QString file = folder.filePath(QStringLiteral("unit-0.txt"));
-    menu->setFileChooser([&file](bool, const QString&) { return file; });
+    menu->setFileChooser([&file](bool, QString) -> QCoro::Task<QString> { co_return file; });
     bool progressShown = false;
     QTimer::singleShot(400, [&] {
         if (auto* progress = window.findChild<ProgressDialog*>()) {
@@ -66,11 +66,11 @@ bool saveCommissioningDialogs(halvex::VornixU& window, halvex::sim::Unit& unit,
     state.presets.at(5) = {2500, -1000, {}};
     state.tours.append(1, {2, 15});
     bool confirmShown = false;
-    menu->setConfirmer([&](RestoreDialog& dialog) {
+    menu->setConfirmer([&](RestoreDialog& dialog) -> QCoro::Task<bool> {
         dialog.show();
         QTest::qWait(300);
         confirmShown = saveWidget(dialog, out + QStringLiteral("/restore-unit.png"));
-        return false;
+        co_return false;
     });
     trigger("MenuRestoreUnit");
     return confirmShown && ok;

@@ -56,16 +56,16 @@ struct CommissioningRig : ConsoleRig {
     explicit CommissioningRig(const sim::UnitOptions& options = {})
         : ConsoleRig(options, kCommissioningTickMs) {
         menu = window->findChild<CommissioningMenu*>(QStringLiteral("CommissioningMenu"));
-        menu->setFileChooser([this](bool save, const QString& suggested) {
+        menu->setFileChooser([this](bool save, QString suggested) -> QCoro::Task<QString> {
             asked.push_back({save, suggested});
-            return file;
+            co_return QString(file);  // GCC 12 would move the member out
         });
-        menu->setConfirmer([this](RestoreDialog& dialog) {
+        menu->setConfirmer([this](RestoreDialog& dialog) -> QCoro::Task<bool> {
             confirmations.push_back(rows(dialog));
             moveWarned = dialog.MoveWarning->isVisibleTo(&dialog);
             cancelIsDefault =
                 dialog.RestoreCancelBut->isDefault() && !dialog.RestoreOkBut->isDefault();
-            return confirmAnswer;
+            co_return confirmAnswer;
         });
         menu->setProbeWaitMs(20);
         file = directory.filePath(QStringLiteral("unit.txt"));

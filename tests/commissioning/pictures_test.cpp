@@ -50,7 +50,7 @@ TEST(CommissioningPictures, FindUnitsAndTheRestoreConfirmation) {
     unit.presets.at(3).lens = {80, 120, 0, 0};
     unit.tours.append(1, {2, 15});
     bool shown = false;
-    rig.menu->setConfirmer([&](RestoreDialog& dialog) {
+    rig.menu->setConfirmer([&](RestoreDialog& dialog) -> QCoro::Task<bool> {
         dialog.show();
         if (QWidget* focus = QApplication::focusWidget()) {
             focus->clearFocus();
@@ -58,7 +58,7 @@ TEST(CommissioningPictures, FindUnitsAndTheRestoreConfirmation) {
         QTest::qWait(50);
         expectLooksAsKept(dialog, kPictures, QStringLiteral("restore-unit"));
         shown = true;
-        return false;
+        co_return false;
     });
     rig.trigger("MenuRestoreUnit");
     EXPECT_TRUE(shown);
