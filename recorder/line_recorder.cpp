@@ -7,6 +7,8 @@
 #include <QTimer>
 #include <QWidget>
 
+#include "console/dialog_wait.h"
+#include "console/handler_wiring.h"
 #include "console/messages.h"
 #include "protocol/line_recording.h"
 #include "protocol/link.h"
@@ -49,6 +51,7 @@ LineRecorder::LineRecorder(Link& link, Receiver& receiver, FormState& state,
                            const Messages& messages, QWidget* window,
                            std::function<QString()> lineName)
     : QObject(window),
+      state_(state),
       messages_(messages),
       mainWindow_(window),
       lineName_(std::move(lineName)),
@@ -91,8 +94,10 @@ LineLogWindow& LineRecorder::window() {
         window_ = new LineLogWindow(model_, LineLogWindow::Source::Live, mainWindow_);
         window_->setStatusSource([this] { return statusText(); });
         window_->showRecording(recording());
-        connect(window_, &LineLogWindow::recordClicked, this, &LineRecorder::RecordBut_Click);
-        connect(window_, &LineLogWindow::openClicked, this, &LineRecorder::OpenBut_Click);
+        onEvent(state_, window_.data(), &LineLogWindow::recordClicked, this, "RecordBut_Click",
+                [this] { return RecordBut_Click(); });
+        onEvent(state_, window_.data(), &LineLogWindow::openClicked, this, "OpenBut_Click",
+                [this] { return OpenBut_Click(); });
     }
     return *window_;
 }
@@ -129,7 +134,7 @@ QString LineRecorder::statusText() const {
     return recordingText + QStringLiteral("   |   ") + timesText(latency_, LineTap::nowUs(), true);
 }
 
-QString LineRecorder::choosePath(bool forSaving) const {
+QCoro::Task<QString> LineRecorder::choosePath(bool forSaving) const {
     if (chooser_) {
         return chooser_(forSaving);
     }
@@ -138,21 +143,23 @@ QString LineRecorder::choosePath(bool forSaving) const {
         const QString suggested =
             QStringLiteral("halvex-%1.pcapng")
                 .arg(QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-hhmmss")));
-        return QFileDialog::getSaveFileName(parent, QStringLiteral("Record The Line"), suggested,
-                                            kRecordingFilter);
+        return chooseFile(parent, QStringLiteral("Record The Line"), suggested, kRecordingFilter,
+                          QFileDialog::AcceptSave);
     }
-    return QFileDialog::getOpenFileName(parent, QStringLiteral("Open Recording"), QString(),
-                                        kRecordingFilter);
+    return chooseFile(parent, QStringLiteral("Open Recording"), QString(), kRecordingFilter,
+                      QFileDialog::AcceptOpen);
 }
 
-void LineRecorder::RecordBut_Click() {
+// No file is chosen also when the dialog went with the window: then nothing
+// here may be touched.
+QCoro::Task<> LineRecorder::RecordBut_Click() {
     if (recording()) {
         stopRecording();
-        return;
+        co_return;
     }
-    const QString path = choosePath(true);
+    const QString path = co_await choosePath(true);
     if (path.isEmpty()) {
-        return;
+        co_return;
     }
     const QString error = startRecording(path);
     if (!error.isEmpty()) {
@@ -160,8 +167,8 @@ void LineRecorder::RecordBut_Click() {
     }
 }
 
-void LineRecorder::OpenBut_Click() {
-    const QString path = choosePath(false);
+QCoro::Task<> LineRecorder::OpenBut_Click() {
+    const QString path = co_await choosePath(false);
     if (!path.isEmpty()) {
         openRecording(path);
     }
@@ -215,7 +222,8 @@ LineLogWindow* LineRecorder::openRecording(const QString& path) {
     }
     status += QStringLiteral("   |   ") + timesText(meter, lastUs, false);
     view->setStatusSource([status] { return status; });
-    connect(view, &LineLogWindow::openClicked, this, &LineRecorder::OpenBut_Click);
+    onEvent(state_, view, &LineLogWindow::openClicked, this, "OpenBut_Click",
+            [this] { return OpenBut_Click(); });
     view->show();
     return view;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoro/QCoroTask>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -49,8 +50,9 @@ class LineRecorder : public QObject {
     LineLogWindow* openRecording(const QString& path);
 
     // Asks the operator for a file: to record to when `forSaving`, else to
-    // open. A file dialog unless replaced (tests answer it themselves).
-    using PathChooser = std::function<QString(bool forSaving)>;
+    // open; empty for none. A file dialog unless replaced (tests answer it
+    // themselves).
+    using PathChooser = std::function<QCoro::Task<QString>(bool forSaving)>;
     void setPathChooser(PathChooser chooser) { chooser_ = std::move(chooser); }
 
     // The status line's part about recording and the line's times.
@@ -58,10 +60,11 @@ class LineRecorder : public QObject {
 
   private:
     void take(const recording::LineRecord& record);
-    void RecordBut_Click();
-    void OpenBut_Click();
-    QString choosePath(bool forSaving) const;
+    QCoro::Task<> RecordBut_Click();
+    QCoro::Task<> OpenBut_Click();
+    QCoro::Task<QString> choosePath(bool forSaving) const;
 
+    FormState& state_;
     const Messages& messages_;
     QWidget* mainWindow_;
     std::function<QString()> lineName_;

@@ -281,7 +281,7 @@ TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
     {
         LogRig rig;
         rig.openLog();
-        rig.recorder().setPathChooser([&path](bool) { return path; });
+        rig.recorder().setPathChooser([&path](bool) -> QCoro::Task<QString> { co_return path; });
         ASSERT_TRUE(rig.connect());
         auto* record = rig.inLog<QPushButton>("RecordBut");
         record->click();
@@ -309,7 +309,8 @@ TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
         EXPECT_FALSE(rig.recorder().recording());
 
         // A folder nobody can write to: told, and nothing recorded.
-        rig.recorder().setPathChooser([](bool) { return QStringLiteral("/proc/no/such.pcapng"); });
+        rig.recorder().setPathChooser(
+            [](bool) -> QCoro::Task<QString> { co_return QStringLiteral("/proc/no/such.pcapng"); });
         record->click();
         EXPECT_FALSE(rig.recorder().recording());
         ASSERT_FALSE(rig.shown.empty());
@@ -334,7 +335,7 @@ TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
 
     // Opened in a console that never went online.
     LogRig offline;
-    offline.recorder().setPathChooser([&path](bool) { return path; });
+    offline.recorder().setPathChooser([&path](bool) -> QCoro::Task<QString> { co_return path; });
     offline.openLog();
     offline.inLog<QPushButton>("OpenBut")->click();
     auto* opened = offline.window->findChild<LineLogWindow*>(QStringLiteral("LineLogFile"));
