@@ -3,7 +3,7 @@
 #include <QObject>
 
 #include "console/console_context.h"
-#include "console/rerun_guard.h"
+#include "protocol/rerun_guard.h"
 #include "session/preset_table.h"
 
 namespace halvex {

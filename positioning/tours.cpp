@@ -5,39 +5,29 @@
 
 #include "console/handler_wiring.h"
 #include "positioning/tour_step_line.h"
-#include "protocol/senders.h"
-#include "protocol/vocabulary.h"
 #include "views/pages/tours_page.h"
 
 namespace halvex {
-
-namespace {
-// A message that names one tour.
-template <class M>
-std::vector<Byte> tourMessage(vocab::Field<M> tourField, Byte tour) {
-    auto message = vocab::blank<M>();
-    vocab::put(message, tourField, tour);
-    return message;
-}
-}  // namespace
-
-// A step message of M: the tour and the chosen step. The caller adds the
-// step position where M has one.
-template <class M, int At>
-std::vector<Byte> Tours::stepMessage(vocab::Field<M> tourField, Byte tour,
-                                     vocab::StepRecord<M, At> record, const StepChoice& choice) {
-    using Step = decltype(record);
-    auto message = tourMessage(tourField, tour);
-    vocab::put(message, Step::kPresetByte, choice.presetByte);
-    vocab::put(message, Step::kDwellByte, choice.dwellByte);
-    return message;
-}
 
 Tours::Tours(ConsoleContext& context, ToursPage& page, std::function<bool()> videoBlank,
              QObject* parent)
     : QObject(parent), context_(context), page_(page), videoBlank_(std::move(videoBlank)) {
     connectControls();
     WaitScroll_Change();
+    Session& session = context_.session;
+    connect(&session, &Session::tourLoadStarted, this, [this] {
+        page_.ScriptList->clear();
+        showTourCaptions();
+    });
+    connect(&session, &Session::tourStepCountReported, this,
+            [this](int, int count) { page_.Label23->setText(QString::number(count)); });
+    connect(&session, &Session::tourStepReported, this, &Tours::showStep);
+    connect(&session, &Session::tourStarted, this, &Tours::showExecuting);
+    connect(&session, &Session::tourFoundEmpty, this, [this] {
+        context_.messages.exclamation(QStringLiteral("Execute Tour"),
+                                      QStringLiteral("The tour is empty."));
+    });
+    connect(&session, &Session::tourCleared, this, &Tours::showCleared);
 }
 
 void Tours::connectControls() {
@@ -51,27 +41,22 @@ void Tours::connectControls() {
     onEvent(state, page_.ScriptList, &QListWidget::itemDoubleClicked, this, "ScriptList_DblClick",
             [this] { return ScriptList_DblClick(); });
     onEvent(state, page_.ExecScriptBut, &QPushButton::clicked, this, "ExecScriptBut_Click",
-            [this] { ExecScriptBut_Click(); });
+            [this] { return ExecScriptBut_Click(); });
     onEvent(state, page_.ClearScriptBut, &QPushButton::clicked, this, "ClearScriptBut_Click",
-            [this] { ClearScriptBut_Click(); });
+            [this] { return ClearScriptBut_Click(); });
     onEvent(state, page_.Command3, &QPushButton::clicked, this, "Command3_Click",
-            [this] { Command3_Click(); });
+            [this] { return Command3_Click(); });
     onEvent(state, page_.WaitScroll, &QScrollBar::valueChanged, this, "WaitScroll_Change",
             [this] { WaitScroll_Change(); });
 }
 
-void Tours::registerDecoders() {
-    Receiver& receiver = context_.receiver;
-    receiver.registerDecoder(vocab::TourStepCount::kCode, [this] { decodeCount(); });
-    // Inserting and deleting reload the tour instead.
-    for (Byte code : {vocab::TourStepRequest::kCode, vocab::AppendTourStep::kCode,
-                      vocab::ReplaceTourStep::kCode}) {
-        receiver.registerDecoder(code, [this] { decodeStep(); });
-    }
-    receiver.registerDecoder(vocab::TourStarted::kCode, [this] { decodeExecute(); });
-    receiver.registerDecoder(vocab::TourCleared::kCode, [this] { decodeClear(); });
+void Tours::registerTourEndCheck() {
     // Runs after the status lamps have worked out LimitFault for this reply.
-    receiver.addRefreshHook([this] { checkTourEnd(); });
+    context_.receiver.addRefreshHook([this] { checkTourEnd(); });
+}
+
+int Tours::SelectedTour() const {
+    return context_.session.tours().selected;
 }
 
 int Tours::checkedTour(int tour) {
@@ -83,121 +68,90 @@ int Tours::checkedTour(int tour) {
 }
 
 void Tours::showTourCaptions() {
-    page_.ExecScriptBut->setText(QStringLiteral("Execute Tour %1").arg(selectedTour_ + 1));
-    page_.ClearScriptBut->setText(QStringLiteral("Clear Tour %1").arg(selectedTour_ + 1));
+    const int tour = SelectedTour();
+    page_.ExecScriptBut->setText(QStringLiteral("Execute Tour %1").arg(tour + 1));
+    page_.ClearScriptBut->setText(QStringLiteral("Clear Tour %1").arg(tour + 1));
 }
 
 QCoro::Task<> Tours::TourSel_Click(int index) {
-    // The latest selection wins: a click while a tour loads makes the load
-    // start over with it.
-    selectedTour_ = index;
-    return loading_.run([this] { return loadTour(selectedTour_); });
-}
-
-QCoro::Task<> Tours::loadTour(int index) {
-    FormState& state = context_.state;
-    page_.ScriptList->clear();
-    showTourCaptions();
-    const Byte tour = checkedByte(index);
-    const bool counted = co_await sendAndAwaitReply(
-        state, context_.link, tourMessage(vocab::tour_step_count_request::kTour, tour));
-    if (!counted || tourStepCount_ == 0) {
-        co_return;
-    }
-    const SendInProgressScope sending(state);
-    // The count may be 255 for a corrupt tour: the unit is still asked for
-    // every step it claims to have.
-    const int count = tourStepCount_;
-    for (int step = 0; step < count && !loading_.superseded(); ++step) {
-        auto message = tourMessage(vocab::tour_step_request::kTour, tour);
-        vocab::put(message, vocab::tour_step_request::kStep, static_cast<Byte>(step));
-        const FrameTicket request = co_await sendHeld(state, context_.link, message);
-        if (!wentOut(request)) {
-            co_return;  // the port is gone
-        }
-        const bool answered = co_await context_.link.awaitReply(request);
-        if (!answered) {
-            co_return;  // the unit has stopped answering
-        }
-    }
+    const Outcome outcome = co_await context_.session.loadTour(index, Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
 QCoro::Task<> Tours::ScriptPreList_DblClick() {
-    // Every step record has the same bits; the camera selectors are in the
-    // order of the step's camera numbers.
-    using Step = vocab::append_tour_step::Step;
-    std::uint32_t camera = 0;
+    // The camera selectors are in the order of the step's camera numbers.
+    TourStep choice;
     for (std::size_t selector = 1; selector < page_.CamSel.size(); ++selector) {
         if (page_.CamSel[selector]->isChecked()) {
-            camera = static_cast<std::uint32_t>(selector);
+            choice.camera = static_cast<int>(selector);
             break;
         }
     }
-    const bool blank = videoBlank_ && videoBlank_();
-    // Added up as whole bytes, so a row of -1 (nothing chosen) with camera 2
-    // goes out as the sum it makes and with the default camera is a range
-    // fault, as ever.
-    StepChoice choice;
-    choice.presetByte = checkedByte(page_.ScriptPreList->currentRow() +
-                                    static_cast<int>(vocab::inPlace(Step::kCamera, camera)));
-    choice.dwellByte = checkedByte(page_.WaitScroll->value() +
-                                   static_cast<int>(vocab::inPlace(Step::kBlank, blank ? 1 : 0)));
-    const Byte tour = checkedByte(selectedTour_);
+    choice.preset = page_.ScriptPreList->currentRow();
+    choice.dwellSeconds = page_.WaitScroll->value();
+    choice.blank = videoBlank_ && videoBlank_();
+    // A step that cannot be stored is a fault of the click, whatever the
+    // edit would have been.
+    static_cast<void>(encodeTourStep(choice));
+    const int tour = SelectedTour();
 
     if (page_.Option1[1]->isChecked()) {
-        namespace m = vocab::insert_tour_step;
-        co_await editAtSelection(
-            m::kTour, m::kStep, m::Step{}, QStringLiteral("Could Not Insert Into Tour"),
-            QStringLiteral("You must select a position in the tour list to insert."), choice);
+        // Started apart from the co_await: see protocol/wait.h on GCC 12.
+        auto inserting = editAtSelection(
+            QStringLiteral("Could Not Insert Into Tour"),
+            QStringLiteral("You must select a position in the tour list to insert."),
+            [this, tour, choice](int position) {
+                return context_.session.insertTourStep(tour, position, choice, Requester::Operator);
+            });
+        co_await std::move(inserting);
     } else if (page_.Option1[2]->isChecked()) {
-        namespace m = vocab::replace_tour_step;
-        co_await editAtSelection(
-            m::kTour, m::kStep, m::Step{}, QStringLiteral("Could Not Replace In The Tour"),
-            QStringLiteral("You must select a position in the tour list to replace."), choice);
+        auto replacing = editAtSelection(
+            QStringLiteral("Could Not Replace In The Tour"),
+            QStringLiteral("You must select a position in the tour list to replace."),
+            [this, tour, choice](int position) {
+                return context_.session.replaceTourStep(tour, position, choice,
+                                                        Requester::Operator);
+            });
+        co_await std::move(replacing);
     } else {
         // The unit's step reply adds the line.
-        namespace m = vocab::append_tour_step;
-        sendMessage(context_.state, context_.link, stepMessage(m::kTour, tour, m::Step{}, choice));
+        const Outcome outcome =
+            co_await context_.session.appendTourStep(tour, choice, Requester::Operator);
+        outcome.raiseRangeFault();
     }
 }
 
-template <class M, int At>
-QCoro::Task<> Tours::editAtSelection(vocab::Field<M> tourField, vocab::Field<M> stepField,
-                                     vocab::StepRecord<M, At> record, QString title, QString text,
-                                     StepChoice choice) {
+QCoro::Task<> Tours::editAtSelection(QString title, QString text,
+                                     std::function<QCoro::Task<Outcome>(int)> edit) {
     const int selected = page_.ScriptList->currentRow();
     if (selected < 0) {
         context_.messages.exclamation(title, text);
         co_return;
     }
-    auto message = stepMessage(tourField, checkedByte(selectedTour_), record, choice);
-    vocab::put(message, stepField, checkedByte(selected));
-    co_await sendAndAwaitReply(context_.state, context_.link, message);
-    co_await TourSel_Click(selectedTour_);
+    auto editing = edit(selected);
+    const Outcome outcome = co_await std::move(editing);
+    outcome.raiseRangeFault();
+    co_await TourSel_Click(SelectedTour());
 }
 
 QCoro::Task<> Tours::ScriptList_DblClick() {
-    const Byte step = checkedByte(page_.ScriptList->currentRow());
-    namespace m = vocab::delete_tour_step;
-    auto message = tourMessage(m::kTour, checkedByte(selectedTour_));
-    vocab::put(message, m::kStep, step);
-    co_await sendAndAwaitReply(context_.state, context_.link, message);
-    co_await TourSel_Click(selectedTour_);
+    auto deleting = context_.session.deleteTourStep(SelectedTour(), page_.ScriptList->currentRow(),
+                                                    Requester::Operator);
+    const Outcome outcome = co_await std::move(deleting);
+    outcome.raiseRangeFault();
+    co_await TourSel_Click(SelectedTour());
 }
 
-void Tours::ExecScriptBut_Click() {
-    sendMessage(context_.state, context_.link,
-                tourMessage(vocab::execute_tour::kTour, checkedByte(selectedTour_)));
+QCoro::Task<> Tours::ExecScriptBut_Click() {
+    co_await context_.session.startTour(SelectedTour(), Requester::Operator);
 }
 
-void Tours::ClearScriptBut_Click() {
-    sendMessage(context_.state, context_.link,
-                tourMessage(vocab::clear_tour::kTour, checkedByte(selectedTour_)));
+QCoro::Task<> Tours::ClearScriptBut_Click() {
+    co_await context_.session.clearTour(SelectedTour(), Requester::Operator);
 }
 
-void Tours::Command3_Click() {
-    sendMessage(context_.state, context_.link,
-                tourMessage(vocab::tour_step_count_request::kTour, checkedByte(selectedTour_)));
+QCoro::Task<> Tours::Command3_Click() {
+    co_await context_.session.readTourStepCount(SelectedTour(), Requester::Operator);
 }
 
 void Tours::WaitScroll_Change() {
@@ -208,49 +162,26 @@ void Tours::WaitScroll_Change() {
             .arg(seconds == 1 ? QStringLiteral("Sec") : QStringLiteral("Secs")));
 }
 
-void Tours::decodeCount() {
-    const ByteTable& rx = context_.state.RxBuffer;
-    selectedTour_ = static_cast<int>(vocab::get(rx, vocab::tour_step_count::kTour));
-    tourStepCount_ = static_cast<int>(vocab::get(rx, vocab::tour_step_count::kSteps));
-    page_.Label23->setText(QString::number(tourStepCount_));
-}
-
-void Tours::decodeStep() {
-    const ByteTable& rx = context_.state.RxBuffer;
-    const auto step = static_cast<int>(vocab::get(rx, vocab::tour_step::kStep));
-    if (step == vocab::tour_step::kNoStep) {
-        return;
-    }
-    const QString line = tourStepLine(rx, context_.status.UnitVariant());
+void Tours::showStep(int index) {
+    const QString line =
+        tourStepLine(context_.session.tours().steps.at(static_cast<std::size_t>(index)),
+                     context_.status.UnitVariant());
     QListWidget* list = page_.ScriptList;
-    if (rx[0] == vocab::ReplaceTourStep::kCode && step < list->count()) {
-        list->item(step)->setText(line);
-    } else if (list->count() < vocab::tour_step::kNoStep) {
-        // A tour has at most 255 steps; a line that keeps sending step
-        // replies must not grow the list without end.
+    if (index < list->count()) {
+        list->item(index)->setText(line);
+    } else {
         list->addItem(line);
     }
 }
 
-void Tours::decodeExecute() {
-    const auto tour =
-        static_cast<int>(vocab::get(context_.state.RxBuffer, vocab::tour_started::kTour));
-    if (tour == vocab::tour_started::kEmpty) {
-        context_.messages.exclamation(QStringLiteral("Execute Tour"),
-                                      QStringLiteral("The tour is empty."));
-        return;
-    }
-    selectedTour_ = tour;
+void Tours::showExecuting(int tour) {
     page_.ExecScriptBut->setText(QStringLiteral("Executing Tour %1").arg(tour + 1));
     tourExecuting_ = true;
     setEditingEnabled(false);
 }
 
-void Tours::decodeClear() {
-    const int tour = checkedTour(
-        static_cast<int>(vocab::get(context_.state.RxBuffer, vocab::tour_cleared::kTour)));
-    selectedTour_ = tour;
-    page_.TourSel[static_cast<std::size_t>(tour)]->setChecked(true);
+void Tours::showCleared(int tour) {
+    page_.TourSel[static_cast<std::size_t>(checkedTour(tour))]->setChecked(true);
     page_.ScriptList->clear();
     // Selecting the tour reloads it; that waits for replies of its own, so it
     // runs after this receive event rather than inside it.
@@ -278,13 +209,13 @@ void Tours::endTourDisplay() {
     if (!tourExecuting_) {
         return;
     }
-    page_.ExecScriptBut->setText(QStringLiteral("Execute Tour %1").arg(selectedTour_ + 1));
+    page_.ExecScriptBut->setText(QStringLiteral("Execute Tour %1").arg(SelectedTour() + 1));
     tourExecuting_ = false;
     setEditingEnabled(true);
 }
 
 void Tours::prepareSelector() {
-    page_.TourSel[static_cast<std::size_t>(checkedTour(selectedTour_))]->setChecked(true);
+    page_.TourSel[static_cast<std::size_t>(checkedTour(SelectedTour()))]->setChecked(true);
 }
 
 void Tours::refillPresetChoices() {

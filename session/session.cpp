@@ -21,6 +21,7 @@ Session::Session(SerialPort* port, int tickMs, QObject* parent)
     receiver_.addReplyWatcher([this](const std::vector<Byte>& reply) { lastReply_ = reply; });
     watchCameraReports();
     watchLensReports();
+    watchTourReports();
 }
 
 Session::~Session() {

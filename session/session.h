@@ -11,12 +11,14 @@
 #include "protocol/form_state.h"
 #include "protocol/link.h"
 #include "protocol/receiver.h"
+#include "protocol/rerun_guard.h"
 #include "protocol/serial_port.h"
 #include "protocol/vocabulary_words.h"
 #include "session/jog_sources.h"
 #include "session/jog_state.h"
 #include "session/outcome.h"
 #include "session/preset_table.h"
+#include "session/tour_table.h"
 #include "session/unit_status.h"
 
 namespace halvex {
@@ -68,6 +70,7 @@ class Session : public QObject {
     JogState& jog() { return jog_; }
     JogSources& jogSources() { return jogSources_; }
     PresetTable& presets() { return presets_; }
+    const TourTable& tours() const { return tours_; }
 
     // Online: the connection sequence has run to its end on an open line.
     bool online() const { return state_.Online && link_.portOpen(); }
@@ -129,6 +132,23 @@ class Session : public QObject {
     QCoro::Task<Outcome> readLensSetup(LensSetupPair carried,
                                        Requester requester = Requester::Program);
 
+    // Tours, numbered from 0. Loading reads the tour's step count, then each
+    // step, into the tour table; a load asked for while one runs makes it
+    // start over with the newest tour. Steps are numbered from 0; inserting
+    // and deleting leave the table to be loaded again.
+    QCoro::Task<Outcome> loadTour(int tour, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> appendTourStep(int tour, TourStep step,
+                                        Requester requester = Requester::Program);
+    QCoro::Task<Outcome> insertTourStep(int tour, int position, TourStep step,
+                                        Requester requester = Requester::Program);
+    QCoro::Task<Outcome> replaceTourStep(int tour, int position, TourStep step,
+                                         Requester requester = Requester::Program);
+    QCoro::Task<Outcome> deleteTourStep(int tour, int position,
+                                        Requester requester = Requester::Program);
+    QCoro::Task<Outcome> startTour(int tour, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> clearTour(int tour, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readTourStepCount(int tour, Requester requester = Requester::Program);
+
     // Stop and Reset ride on the next jog message, which goes out ahead of
     // anything queued later; refused only when no unit is on the line. Stop
     // also puts every jog source at rest.
@@ -158,6 +178,15 @@ class Session : public QObject {
     void cameraLinesReported(const halvex::CameraLinePair& lines);
     void cameraTimeoutsReported(const halvex::CameraTimeouts& steps);
     void lensSetupReported(const halvex::LensSetupPair& lenses);
+    // A load of `tour` starts (again): the table's steps are emptied.
+    void tourLoadStarted(int tour);
+    void tourStepCountReported(int tour, int count);
+    // The table's step at `index` was read, appended or replaced.
+    void tourStepReported(int index);
+    void tourStarted(int tour);
+    // A tour asked to start has no steps.
+    void tourFoundEmpty();
+    void tourCleared(int tour);
     // Stop was asked for: whatever shows motion (a tour's display) ends.
     void stopRequested();
 
@@ -169,6 +198,11 @@ class Session : public QObject {
     // Keep the cameras' and lenses' settings replies in the status.
     void watchCameraReports();
     void watchLensReports();
+    void watchTourReports();
+    void takeTourStep();
+    QCoro::Task<> loadSelectedTour();
+    template <class M>
+    QCoro::Task<Outcome> sendNamingTour(vocab::Field<M> tourField, int tour, Requester requester);
     // Waits for a queued frame's answer.
     QCoro::Task<Outcome> awaitAnswer(QCoro::Task<FrameTicket> sending);
     // Builds message M in TxBuffer with `fill`, sends it and waits for its
@@ -195,6 +229,9 @@ class Session : public QObject {
     JogState jog_;
     JogSources jogSources_{jog_};
     PresetTable presets_;
+    TourTable tours_;
+    RerunGuard tourLoading_;
+    bool tourLoadAnswered_ = false;
     std::unique_ptr<UnitReports> reports_;
     std::function<void()> beforeJogMessage_;
     std::vector<Byte> lastReply_;

@@ -23,7 +23,7 @@ PositioningPages installPositioning(ConsoleContext& context,
     presets->registerDecoders();
 
     auto* tours = new Tours(context, *toursPage, environment.videoBlankChecked, owner);
-    tours->registerDecoders();
+    tours->registerTourEndCheck();
 
     Alignment::Surroundings surroundings;
     surroundings.panCaption = environment.Label2_0;

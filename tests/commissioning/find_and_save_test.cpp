@@ -169,7 +169,7 @@ TEST(SaveUnit, WritesEverythingTheUnitHoldsAndLeavesThePagesShowingIt) {
     // Presets and soft limits read as the unit reports them: offset applied.
     EXPECT_EQ(saved.presets[3], (StoredPreset{1234 - 1250, -567, {10, 20, 30, 40}}));
     EXPECT_EQ(saved.values.at("soft-limits/cw"), 17000 - 1250);
-    EXPECT_EQ(saved.tours[1], (std::vector<TourStep>{{5 | 0x40, 10 | 0x80}}));
+    EXPECT_EQ(saved.tours[1], (std::vector<commissioning::TourStep>{{5 | 0x40, 10 | 0x80}}));
     EXPECT_NE(rig.fileText().find("\npan-ramp = 77\n"), std::string::npos);
 
     // The tour page shows tour 1 again, not the steps the save read.
@@ -285,7 +285,7 @@ TEST(SaveUnit, EveryValueOfTheUnitLandsInItsPlaceInTheFile) {
             << n;
     }
     for (int t = 0; t < kTours; ++t) {
-        std::vector<TourStep> steps;
+        std::vector<commissioning::TourStep> steps;
         for (int s = 0; s < unit.tours.size(t); ++s) {
             steps.push_back({unit.tours.step(t, s)->preset, unit.tours.step(t, s)->dwell});
         }

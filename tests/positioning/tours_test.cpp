@@ -30,11 +30,10 @@ Message_ stepReply(Byte code, int step, int preset, int dwell) {
 }  // namespace
 
 TEST(TourStepLine, TheCameraColumnIsLeftOutForTheSecondControllerType) {
-    using Step = v::tour_step::Step;
-    ByteTable reply;
-    v::put(reply, Step::kPreset, 2);
-    v::put(reply, Step::kCamera, 2);
-    EXPECT_EQ(tourStepLine(reply, 1), QStringLiteral(" 0   Pre  2    0 Secs  N "));
+    const TourStep step{0, 2, 2, 0, false};
+    EXPECT_EQ(tourStepLine(step, 1), QStringLiteral(" 0   Pre  2    0 Secs  N "));
+    EXPECT_EQ(tourStepLine({12, 31, 2, 127, true}, 0),
+              QStringLiteral("12   Pre 31  127 Secs  Y       2"));
 }
 
 TEST(TourEdit, SelectingATourReadsItsStepsAndEachEditSendsItsBytes) {

@@ -266,6 +266,52 @@ TEST_F(SessionTest, CameraLinesTimeOutsAndLensesAreSetAndReadAndAStringReachesTh
     EXPECT_TRUE(commandsSince(mark).empty());
 }
 
+TEST_F(SessionTest, ATourIsEditedStepByStepReadAgainStartedAndCleared) {
+    ASSERT_TRUE(connect());
+    const auto presetsOf = [this] {
+        std::vector<int> presets;
+        for (const TourStep& step : session.tours().steps) {
+            presets.push_back(step.preset);
+        }
+        return presets;
+    };
+    ASSERT_TRUE(finish(session.loadTour(1)).isDone());
+    EXPECT_EQ(session.tours().selected, 1);
+    EXPECT_EQ(session.tours().stepCount, 0);
+    // An appended or replaced step comes back in the unit's reply.
+    ASSERT_TRUE(finish(session.appendTourStep(1, {0, 3, 0, 5, false})).isDone());
+    ASSERT_TRUE(finish(session.appendTourStep(1, {0, 4, 2, 10, true})).isDone());
+    EXPECT_EQ(session.tours().steps.at(1), (TourStep{1, 4, 2, 10, true}));
+    ASSERT_TRUE(finish(session.insertTourStep(1, 0, {0, 7, 0, 1, false})).isDone());
+    ASSERT_TRUE(finish(session.loadTour(1)).isDone());
+    EXPECT_EQ(session.tours().stepCount, 3);
+    EXPECT_EQ(presetsOf(), (std::vector<int>{7, 3, 4}));
+    ASSERT_TRUE(finish(session.replaceTourStep(1, 2, {0, 9, 0, 2, false})).isDone());
+    EXPECT_EQ(session.tours().steps.at(2), (TourStep{2, 9, 0, 2, false}));
+    ASSERT_TRUE(finish(session.deleteTourStep(1, 0)).isDone());
+    ASSERT_TRUE(finish(session.loadTour(1)).isDone());
+    EXPECT_EQ(presetsOf(), (std::vector<int>{3, 9}));
+
+    QSignalSpy started(&session, &Session::tourStarted);
+    ASSERT_TRUE(finish(session.startTour(1)).isDone());
+    ASSERT_EQ(started.size(), 1);
+    EXPECT_EQ(started.at(0).at(0).toInt(), 1);
+    session.stop();
+    ASSERT_TRUE(finish(session.clearTour(1)).isDone());
+    EXPECT_TRUE(session.tours().steps.empty());
+    ASSERT_TRUE(finish(session.loadTour(1)).isDone());
+    EXPECT_EQ(session.tours().stepCount, 0);
+
+    // A step whose bytes overflow, and a tour that is not one, send nothing.
+    const std::size_t mark = line.frames().size();
+    EXPECT_EQ(finish(session.appendTourStep(1, {0, -1, 0, 5, false})).kind(),
+              Outcome::Kind::RangeFault);
+    EXPECT_EQ(finish(session.insertTourStep(1, 0, {0, 1, 0, 128, true})).kind(),
+              Outcome::Kind::RangeFault);
+    EXPECT_EQ(finish(session.loadTour(3)).kind(), Outcome::Kind::RangeFault);
+    EXPECT_TRUE(commandsSince(mark).empty());
+}
+
 TEST_F(SessionTest, TheRotatorAnswersFromTheSessionAndMovesThroughIt) {
     SessionRotator rotator(session, [] { return QStringLiteral("COM1"); });
     EXPECT_EQ(rotator.setPosition(10.0, 10.0), network::RotatorResult::Offline);
