@@ -2,10 +2,7 @@
 
 #include "console/handler_wiring.h"
 #include "positioning/angle_steps.h"
-#include "protocol/senders.h"
-#include "protocol/vocabulary.h"
 #include "protocol/wait.h"
-#include "session/position_encoding.h"
 #include "views/pages/presets_page.h"
 #include "views/widgets/led_display.h"
 
@@ -14,19 +11,22 @@ namespace halvex {
 namespace {
 const char* const kClearCaption = "Clear All Preset Entries To 0/0";
 const char* const kClearingCaption = "Clearing And Reloading Presets";
-
-// A message that names one preset.
-template <class M>
-std::vector<Byte> presetMessage(vocab::Field<M> presetField, Byte preset) {
-    auto message = vocab::blank<M>();
-    vocab::put(message, presetField, preset);
-    return message;
-}
 }  // namespace
 
 Presets::Presets(ConsoleContext& context, PresetsPage& page, QObject* parent)
     : QObject(parent), context_(context), page_(page) {
     connectControls();
+    Session& session = context_.session;
+    connect(&session, &Session::presetReported, this, &Presets::showPreset);
+    connect(&session, &Session::presetsReloadStarted, this, [this] {
+        page_.PresetList->clear();
+        publishListEntries();
+    });
+    connect(&session, &Session::presetsReloaded, this, [this] {
+        if (page_.PresetList->count() > 0) {
+            page_.PresetList->setCurrentRow(0);
+        }
+    });
 }
 
 void Presets::connectControls() {
@@ -54,21 +54,8 @@ void Presets::connectControls() {
         [&status]() -> std::optional<float> { return status.TiltMaxLimit; });
 }
 
-void Presets::registerDecoders() {
-    // Reading, storing, storing the current position and adding the lenses
-    // are all answered by a preset record under their own codes.
-    for (Byte code : {vocab::PresetRequest::kCode, vocab::StorePreset::kCode,
-                      vocab::StoreCurrentPosition::kCode, vocab::AddLensPositions::kCode}) {
-        context_.receiver.registerDecoder(code, [this] { decodeReply(); });
-    }
-}
-
-void Presets::decodeReply() {
-    const ByteTable& rx = context_.state.RxBuffer;
-    const int number = static_cast<int>(vocab::get(rx, vocab::preset_record::kPreset));
-    const PresetRecord record = readPresetRecord(rx);
-    context_.presets.store(number, record);
-
+void Presets::showPreset(int number) {
+    const PresetRecord& record = context_.presets.at(number);
     QListWidget* list = page_.PresetList;
     if (list->count() > number) {
         delete list->takeItem(number);
@@ -86,28 +73,7 @@ void Presets::decodeReply() {
 }
 
 QCoro::Task<> Presets::reload() {
-    co_await reloading_.run([this] { return reloadOnce(); });
-    if (page_.PresetList->count() > 0) {
-        page_.PresetList->setCurrentRow(0);
-    }
-}
-
-QCoro::Task<> Presets::reloadOnce() {
-    page_.PresetList->clear();
-    publishListEntries();
-    const SendInProgressScope sending(context_.state);
-    for (int number = 0; number < kUnitPresets && !reloading_.superseded(); ++number) {
-        const FrameTicket request = co_await sendHeld(
-            context_.state, context_.link,
-            presetMessage(vocab::preset_request::kPreset, static_cast<Byte>(number)));
-        if (!wentOut(request)) {
-            co_return;  // the port is gone
-        }
-        const bool answered = co_await context_.link.awaitReply(request);
-        if (!answered) {
-            co_return;  // the unit has stopped answering
-        }
-    }
+    co_await context_.session.reloadPresets(Requester::Operator);
 }
 
 void Presets::publishListEntries() {
@@ -157,12 +123,7 @@ QCoro::Task<> Presets::ClearPreBut_Click() {
     FormState& state = context_.state;
     page_.ClearPreBut->setText(QString::fromLatin1(kClearingCaption));
     co_await letEventsRun(state);
-    // The unit's answer to the clear, then one more reply (the next jog
-    // report) so the unit has finished zeroing before it is asked again.
-    co_await sendAndAwaitReply(state, context_.link, vocab::blank<vocab::ClearAllPresets>());
-    context_.link.Timer4().setInterval(Link::kWatchdogMs);
-    co_await context_.link.awaitNextReply();
-    co_await reload();
+    co_await context_.session.clearAllPresets(Requester::Operator);
     page_.ClearPreBut->setText(QString::fromLatin1(kClearCaption));
 }
 

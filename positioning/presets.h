@@ -3,29 +3,22 @@
 #include <QObject>
 
 #include "console/console_context.h"
-#include "protocol/rerun_guard.h"
 #include "session/preset_table.h"
 
 namespace halvex {
 
 class PresetsPage;
 
-// Keeps the unit's presets: decodes the preset replies into the tables and
-// the list, reloads them, and sends the move, store and clear commands of
-// the "Presets" page.
+// The "Presets" page: shows the session's preset table in the list, and
+// calls its move, store, reload and clear operations.
 class Presets : public QObject {
     Q_OBJECT
   public:
     Presets(ConsoleContext& context, PresetsPage& page, QObject* parent = nullptr);
 
-    // Registers the decoder of the preset records.
-    void registerDecoders();
-
-    // Asks for presets 0..31 one at a time, each after the previous reply.
+    // Asks for presets 0..31 one at a time, each after the previous reply,
+    // then selects the first entry.
     QCoro::Task<> reload();
-
-    // Reply handler of the preset records.
-    void decodeReply();
 
     void PresetList_Click();
     // Each completes when the unit has answered. The preset is the selected
@@ -39,13 +32,13 @@ class Presets : public QObject {
 
   private:
     void connectControls();
+    // A preset record from the unit, into the list at its number.
+    void showPreset(int number);
     // Tells the other pages what the preset list now shows.
     void publishListEntries();
-    QCoro::Task<> reloadOnce();
 
     ConsoleContext& context_;
     PresetsPage& page_;
-    RerunGuard reloading_;
 };
 
 }  // namespace halvex

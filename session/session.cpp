@@ -22,6 +22,7 @@ Session::Session(SerialPort* port, int tickMs, QObject* parent)
     watchCameraReports();
     watchLensReports();
     watchTourReports();
+    watchPresetReports();
 }
 
 Session::~Session() {

@@ -111,6 +111,11 @@ class Session : public QObject {
                                     Requester requester = Requester::Program);
     QCoro::Task<Outcome> saveCurrentPosition(int preset, Requester requester = Requester::Program);
     QCoro::Task<Outcome> addLensPositions(int preset, Requester requester = Requester::Program);
+    // Reads presets 0..31 into the preset table, one after another. A reload
+    // asked for while one runs makes it start over, and completes at once.
+    QCoro::Task<Outcome> reloadPresets(Requester requester = Requester::Program);
+    // Clears every preset to 0/0, waits for the unit to finish, then reloads.
+    QCoro::Task<Outcome> clearAllPresets(Requester requester = Requester::Program);
 
     // Cameras, numbered from 0. A string passes through to the camera as it
     // is (at most 127 bytes); the unit answers once it has gone out. The
@@ -178,6 +183,12 @@ class Session : public QObject {
     void cameraLinesReported(const halvex::CameraLinePair& lines);
     void cameraTimeoutsReported(const halvex::CameraTimeouts& steps);
     void lensSetupReported(const halvex::LensSetupPair& lenses);
+    // A preset record came: the table holds it.
+    void presetReported(int number);
+    // A pass of a reload starts; the table is about to be read afresh.
+    void presetsReloadStarted();
+    // A reload asked for has completed (or was merged into a running one).
+    void presetsReloaded();
     // A load of `tour` starts (again): the table's steps are emptied.
     void tourLoadStarted(int tour);
     void tourStepCountReported(int tour, int count);
@@ -199,6 +210,8 @@ class Session : public QObject {
     void watchCameraReports();
     void watchLensReports();
     void watchTourReports();
+    void watchPresetReports();
+    QCoro::Task<> reloadPresetsOnce();
     void takeTourStep();
     QCoro::Task<> loadSelectedTour();
     template <class M>
@@ -229,6 +242,8 @@ class Session : public QObject {
     JogState jog_;
     JogSources jogSources_{jog_};
     PresetTable presets_;
+    RerunGuard presetReloading_;
+    bool presetsAnswered_ = false;
     TourTable tours_;
     RerunGuard tourLoading_;
     bool tourLoadAnswered_ = false;

@@ -20,7 +20,6 @@ PositioningPages installPositioning(ConsoleContext& context,
     auto* monitorPanel = new MovementMonitorPanel;
 
     auto* presets = new Presets(context, *presetsPage, owner);
-    presets->registerDecoders();
 
     auto* tours = new Tours(context, *toursPage, environment.videoBlankChecked, owner);
     tours->registerTourEndCheck();

@@ -188,6 +188,14 @@ TEST_F(SessionTest, APresetSavedAtAnglesOrWhereThePlatformIsIsGoneTo) {
     ASSERT_TRUE(finish(session.goToPreset(7)).isDone());
     EXPECT_TRUE(arrives(-30.5, 12.25));
 
+    // Read again into the table, then cleared to 0/0 and read again.
+    session.presets().store(4, {});
+    ASSERT_TRUE(finish(session.reloadPresets()).isDone());
+    EXPECT_EQ(session.presets().at(4).tilt, 1225);
+    ASSERT_TRUE(finish(session.clearAllPresets(), 20000).isDone());
+    EXPECT_EQ(session.presets().at(4).tilt, 0);
+    EXPECT_EQ(session.presets().at(7).pan, 0);
+
     // Angles outside the soft limits are refused to a program, and a number
     // the byte cannot carry is a range fault; neither sends anything.
     mark = line.frames().size();
