@@ -153,6 +153,25 @@ class Session : public QObject {
     QCoro::Task<Outcome> startTour(int tour, Requester requester = Requester::Program);
     QCoro::Task<Outcome> clearTour(int tour, Requester requester = Requester::Program);
     QCoro::Task<Outcome> readTourStepCount(int tour, Requester requester = Requester::Program);
+    // Video. Each setting is answered with what the unit then holds, which
+    // the status keeps and the signals below announce; storing one as initial
+    // also makes it the unit's setting at power up. A route past the eight is
+    // a range fault.
+    QCoro::Task<Outcome> setVideo(VideoSettings video, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> storeVideoAsInitial(VideoSettings video,
+                                             Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readVideo(Requester requester = Requester::Program);
+    QCoro::Task<Outcome> setAuxOutputs(AuxOutputStates outputs,
+                                       Requester requester = Requester::Program);
+    // The older units: their video byte, and their video mode, which goes out
+    // in the video message (its short form when stored) and is answered as
+    // such.
+    QCoro::Task<Outcome> setLegacyVideo(LegacyVideoSettings video,
+                                        Requester requester = Requester::Program);
+    QCoro::Task<Outcome> setLegacyVideoMode(LegacyVideoMode mode,
+                                            Requester requester = Requester::Program);
+    QCoro::Task<Outcome> storeLegacyVideoModeAsInitial(LegacyVideoMode mode,
+                                                       Requester requester = Requester::Program);
 
     // Stop and Reset ride on the next jog message, which goes out ahead of
     // anything queued later; refused only when no unit is on the line. Stop
@@ -198,6 +217,9 @@ class Session : public QObject {
     // A tour asked to start has no steps.
     void tourFoundEmpty();
     void tourCleared(int tour);
+    void videoReported(const halvex::VideoSettings& video);
+    void legacyVideoReported(const halvex::LegacyVideoSettings& video);
+    void auxOutputsReported(const halvex::AuxOutputStates& outputs);
     // Stop was asked for: whatever shows motion (a tour's display) ends.
     void stopRequested();
 
@@ -216,6 +238,12 @@ class Session : public QObject {
     QCoro::Task<> loadSelectedTour();
     template <class M>
     QCoro::Task<Outcome> sendNamingTour(vocab::Field<M> tourField, int tour, Requester requester);
+    // Keep the video replies in the status.
+    void watchVideoReports();
+    // Refuses a program's request as programRefusal() says, builds the
+    // message (a range fault sends nothing), sends it and waits for its
+    // answer: for the settings that are one message each.
+    QCoro::Task<Outcome> sendSetting(Requester requester, std::function<std::vector<Byte>()> build);
     // Waits for a queued frame's answer.
     QCoro::Task<Outcome> awaitAnswer(QCoro::Task<FrameTicket> sending);
     // Builds message M in TxBuffer with `fill`, sends it and waits for its

@@ -4,6 +4,7 @@
 
 #include "protocol/frame.h"
 #include "session/camera_settings.h"
+#include "session/video_settings.h"
 
 namespace halvex {
 
@@ -36,6 +37,11 @@ struct UnitStatus {
     CameraLinePair CameraLineSettings{};
     CameraTimeouts CameraAnswerTimeouts{};
     LensSetupPair LensSetups{};
+
+    // The video and the aux outputs, as last read or set.
+    VideoSettings Video{};
+    LegacyVideoSettings LegacyVideoSetup{};
+    AuxOutputStates AuxOutputsOn{};
 
     // Set after an alignment: the next position report also becomes the
     // operator's desired position.

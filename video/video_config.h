@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoro/QCoroTask>
 #include <QObject>
 
 #include "console/console_context.h"
@@ -9,47 +10,43 @@ namespace halvex {
 class VideoPage;
 
 // The "Video Config" and "Legacy Video Config" frames of the "Video" page.
-// Every click sends the whole configuration byte at once; the unit's replies
-// set the controls back without sending anything.
+// Every click sends the whole configuration at once; what the unit reports
+// sets the controls back without sending anything.
 class VideoConfig : public QObject {
     Q_OBJECT
   public:
     VideoConfig(ConsoleContext& context, VideoPage& page, QObject* parent = nullptr);
 
-    void registerDecoders();
-
-    void VidOption_Click(int index);
-    void BlankCheck_Click();
-    void PALCheck_Click();
-    void CamPwrCheck_Click();
-    void StoreInitBut_Click();
-    void GetVidBut_Click();
-    void AuxCheck_Click();
-    void LVidOption_Click(int index);
-    void LCamPwrCheck_Click();
-    void PALCheck2_Click();
-    void InitVModeBut_Click();
-
-    Byte VideoMode() const { return videoMode_; }
-    Byte VideoPower() const { return videoPower_; }
-    Byte LegacyVideo() const { return legacyVideo_; }
+    // The option buttons act when they are checked, not when they clear.
+    QCoro::Task<> VidOption_Click(int index, bool on);
+    QCoro::Task<> BlankCheck_Click();
+    QCoro::Task<> PALCheck_Click();
+    QCoro::Task<> CamPwrCheck_Click();
+    QCoro::Task<> StoreInitBut_Click();
+    QCoro::Task<> GetVidBut_Click();
+    QCoro::Task<> AuxCheck_Click();
+    QCoro::Task<> LVidOption_Click(int index, bool on);
+    QCoro::Task<> LCamPwrCheck_Click();
+    QCoro::Task<> PALCheck2_Click();
+    QCoro::Task<> InitVModeBut_Click();
 
   private:
     void connectControls();
-    void sendVideo(Byte mode);
-    void sendLegacy();
-    Byte legacyModeByte() const;
-    void decodeVideo();
-    void decodeLegacyVideo();
+    QCoro::Task<> sendVideo();
+    QCoro::Task<> sendLegacyVideo();
+    LegacyVideoMode legacyMode() const;
+    void showVideo(const VideoSettings& video);
+    void showLegacyVideo(const LegacyVideoSettings& video);
     // The standard unit has the current video hardware; other types (but
     // the one without video) have the legacy one.
     void enableFramesForUnitType();
 
     ConsoleContext& context_;
     VideoPage& page_;
-    Byte videoMode_ = 0;
-    Byte videoPower_ = 0;
-    Byte legacyVideo_ = 0;
+    // What the clicks send: the unit's last report with the operator's
+    // changes. The legacy byte follows only the unit's legacy replies.
+    VideoSettings video_{};
+    LegacyVideoSettings legacyVideo_{};
 };
 
 }  // namespace halvex

@@ -19,8 +19,7 @@ SetupPages installSetupFeatures(ConsoleContext& context, QWidget* offsetsPage, Q
     auto* setupPage = new SetupPage;
     auto* factoryPage = new FactoryPage;
 
-    auto* video = new VideoConfig(context, *videoPage, owner);
-    video->registerDecoders();
+    new VideoConfig(context, *videoPage, owner);
     auto* display = new OnScreenDisplay(context, *videoPage, owner);
     display->registerDecoders();
 

@@ -380,5 +380,36 @@ TEST_F(SessionTest, ExitTellsTheUnitToStopThenClosesTheLine) {
     EXPECT_EQ(line.frames().size(), sent);
 }
 
+TEST_F(SessionTest, VideoIsSetAndReadBackAndARouteThatCannotBeSentSendsNothing) {
+    EXPECT_EQ(finish(session.setVideo({})).refusal(), Refusal::Offline);
+    ASSERT_TRUE(connect());
+    // The older units' byte first: it sets the cameras' power that the video
+    // message sets too.
+    const LegacyVideoSettings legacy{LegacyVideoSelection::VideoSelect, {false, true}};
+    ASSERT_TRUE(finish(session.setLegacyVideo(legacy)).isDone());
+    EXPECT_EQ(session.status().LegacyVideoSetup, legacy);
+    const VideoSettings video{5, true, false, true, {true, false}};
+    const AuxOutputStates aux{true, false, false, true};
+    ASSERT_TRUE(finish(session.setVideo(video)).isDone());
+    ASSERT_TRUE(finish(session.setAuxOutputs(aux)).isDone());
+    EXPECT_EQ(session.status().AuxOutputsOn, aux);
+
+    // What the unit holds now, read back: the reply fills the status.
+    session.status().Video = {};
+    QSignalSpy videoReported(&session, &Session::videoReported);
+    ASSERT_TRUE(finish(session.readVideo()).isDone());
+    EXPECT_EQ(session.status().Video, video);
+    ASSERT_EQ(videoReported.size(), 1);
+    EXPECT_EQ(videoReported.at(0).at(0).value<VideoSettings>(), video);
+
+    // A route that its field cannot carry.
+    const std::size_t mark = line.frames().size();
+    EXPECT_EQ(finish(session.setVideo({kVideoRoutes, false, false, false, {}})).kind(),
+              Outcome::Kind::RangeFault);
+    EXPECT_EQ(finish(session.storeVideoAsInitial({-1, false, false, false, {}})).kind(),
+              Outcome::Kind::RangeFault);
+    EXPECT_TRUE(commandsSince(mark).empty());
+}
+
 }  // namespace
 }  // namespace halvex::testing
