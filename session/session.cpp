@@ -24,6 +24,7 @@ Session::Session(SerialPort* port, int tickMs, QObject* parent)
     watchTourReports();
     watchPresetReports();
     watchVideoReports();
+    watchDisplayReports();
 }
 
 Session::~Session() {

@@ -172,6 +172,22 @@ class Session : public QObject {
                                             Requester requester = Requester::Program);
     QCoro::Task<Outcome> storeLegacyVideoModeAsInitial(LegacyVideoMode mode,
                                                        Requester requester = Requester::Program);
+    // The on-screen displays, on screen lines 0 to 15 (past them a range
+    // fault), and the site name: twelve characters as the operator reads
+    // them, each as the low byte of its code or a space where that is not
+    // printable. A unit that does not acknowledge the name ends the call with
+    // no reply.
+    QCoro::Task<Outcome> setAngleDisplay(OsdSetting setting,
+                                         Requester requester = Requester::Program);
+    QCoro::Task<Outcome> storeAngleDisplayAsInitial(OsdSetting setting,
+                                                    Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readAngleDisplay(Requester requester = Requester::Program);
+    QCoro::Task<Outcome> setNameDisplay(OsdSetting setting,
+                                        Requester requester = Requester::Program);
+    QCoro::Task<Outcome> storeNameDisplayAsInitial(OsdSetting setting,
+                                                   Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readNameDisplay(Requester requester = Requester::Program);
+    QCoro::Task<Outcome> setSiteName(QString name, Requester requester = Requester::Program);
 
     // Stop and Reset ride on the next jog message, which goes out ahead of
     // anything queued later; refused only when no unit is on the line. Stop
@@ -220,6 +236,8 @@ class Session : public QObject {
     void videoReported(const halvex::VideoSettings& video);
     void legacyVideoReported(const halvex::LegacyVideoSettings& video);
     void auxOutputsReported(const halvex::AuxOutputStates& outputs);
+    void angleDisplayReported(const halvex::OsdSetting& setting);
+    void nameDisplayReported(const halvex::OsdSetting& setting);
     // Stop was asked for: whatever shows motion (a tour's display) ends.
     void stopRequested();
 
@@ -239,7 +257,9 @@ class Session : public QObject {
     template <class M>
     QCoro::Task<Outcome> sendNamingTour(vocab::Field<M> tourField, int tour, Requester requester);
     // Keep the video replies in the status.
+    // Keep the video and on-screen display replies in the status.
     void watchVideoReports();
+    void watchDisplayReports();
     // Refuses a program's request as programRefusal() says, builds the
     // message (a range fault sends nothing), sends it and waits for its
     // answer: for the settings that are one message each.

@@ -38,10 +38,13 @@ struct UnitStatus {
     CameraTimeouts CameraAnswerTimeouts{};
     LensSetupPair LensSetups{};
 
-    // The video and the aux outputs, as last read or set.
+    // The video, the aux outputs and the on-screen displays, as last read or
+    // set.
     VideoSettings Video{};
     LegacyVideoSettings LegacyVideoSetup{};
     AuxOutputStates AuxOutputsOn{};
+    OsdSetting AngleOsd{};
+    OsdSetting NameOsd{};
 
     // Set after an alignment: the next position report also becomes the
     // operator's desired position.

@@ -41,4 +41,15 @@ struct LegacyVideoMode {
     bool pal = false;  // NTSC when clear
 };
 
+// One of the on-screen displays (the angles, the site name): whether the
+// unit shows it and on which screen line; the angles may show their sign.
+struct OsdSetting {
+    bool on = false;
+    bool signedAngles = false;
+    int line = 0;  // 0 to 15; the Video page offers the first 12
+
+    bool operator==(const OsdSetting&) const = default;
+};
+inline constexpr int kOsdLines = 16;
+
 }  // namespace halvex

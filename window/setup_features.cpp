@@ -20,8 +20,7 @@ SetupPages installSetupFeatures(ConsoleContext& context, QWidget* offsetsPage, Q
     auto* factoryPage = new FactoryPage;
 
     new VideoConfig(context, *videoPage, owner);
-    auto* display = new OnScreenDisplay(context, *videoPage, owner);
-    display->registerDecoders();
+    new OnScreenDisplay(context, *videoPage, owner);
 
     auto* speeds = new SpeedsAndLimits(context, *setupPage, owner);
     speeds->registerDecoders();

@@ -380,7 +380,7 @@ TEST_F(SessionTest, ExitTellsTheUnitToStopThenClosesTheLine) {
     EXPECT_EQ(line.frames().size(), sent);
 }
 
-TEST_F(SessionTest, VideoIsSetAndReadBackAndARouteThatCannotBeSentSendsNothing) {
+TEST_F(SessionTest, VideoAndOnScreenDisplayAreSetAndReadBackAndWhatCannotBeSentSendsNothing) {
     EXPECT_EQ(finish(session.setVideo({})).refusal(), Refusal::Offline);
     ASSERT_TRUE(connect());
     // The older units' byte first: it sets the cameras' power that the video
@@ -389,24 +389,41 @@ TEST_F(SessionTest, VideoIsSetAndReadBackAndARouteThatCannotBeSentSendsNothing) 
     ASSERT_TRUE(finish(session.setLegacyVideo(legacy)).isDone());
     EXPECT_EQ(session.status().LegacyVideoSetup, legacy);
     const VideoSettings video{5, true, false, true, {true, false}};
+    const OsdSetting angles{true, true, 11};
+    const OsdSetting name{true, false, 3};
     const AuxOutputStates aux{true, false, false, true};
     ASSERT_TRUE(finish(session.setVideo(video)).isDone());
+    ASSERT_TRUE(finish(session.setAngleDisplay(angles)).isDone());
+    ASSERT_TRUE(finish(session.setNameDisplay(name)).isDone());
     ASSERT_TRUE(finish(session.setAuxOutputs(aux)).isDone());
     EXPECT_EQ(session.status().AuxOutputsOn, aux);
+    ASSERT_TRUE(finish(session.setSiteName(QStringLiteral("North Gate"))).isDone());
+    const auto& siteName = unit.state().settings.siteName;
+    EXPECT_EQ(std::string(siteName.begin(), siteName.end()), "North Gate  ");
 
-    // What the unit holds now, read back: the reply fills the status.
+    // What the unit holds now, read back: the replies fill the status.
     session.status().Video = {};
+    session.status().AngleOsd = {};
+    session.status().NameOsd = {};
     QSignalSpy videoReported(&session, &Session::videoReported);
     ASSERT_TRUE(finish(session.readVideo()).isDone());
+    ASSERT_TRUE(finish(session.readAngleDisplay()).isDone());
+    ASSERT_TRUE(finish(session.readNameDisplay()).isDone());
     EXPECT_EQ(session.status().Video, video);
+    EXPECT_EQ(session.status().AngleOsd, angles);
+    EXPECT_EQ(session.status().NameOsd, name);
     ASSERT_EQ(videoReported.size(), 1);
     EXPECT_EQ(videoReported.at(0).at(0).value<VideoSettings>(), video);
 
-    // A route that its field cannot carry.
+    // A route or a screen line that its field cannot carry.
     const std::size_t mark = line.frames().size();
     EXPECT_EQ(finish(session.setVideo({kVideoRoutes, false, false, false, {}})).kind(),
               Outcome::Kind::RangeFault);
     EXPECT_EQ(finish(session.storeVideoAsInitial({-1, false, false, false, {}})).kind(),
+              Outcome::Kind::RangeFault);
+    EXPECT_EQ(finish(session.setAngleDisplay({true, false, kOsdLines})).kind(),
+              Outcome::Kind::RangeFault);
+    EXPECT_EQ(finish(session.storeNameDisplayAsInitial({false, false, -1})).kind(),
               Outcome::Kind::RangeFault);
     EXPECT_TRUE(commandsSince(mark).empty());
 }
