@@ -5,17 +5,18 @@
 #include <QWidget>
 #include <functional>
 
-#include <vector>
+#include <optional>
 
 #include "console/console_context.h"
+#include "console/page_lock.h"
 
 namespace halvex {
 
 class OffsetsPage;
 
-// The angle offsets of the "Offsets" page: reads and changes them, and after
-// every change reloads what the console holds in angle terms (the four soft
-// limits and the preset table) with the page tabs locked. Also shows the
+// The "Offsets" page: reads and changes the angle offsets through the
+// session, locking the page tabs while it reads again what the console holds
+// in angle terms (the four soft limits and the preset table). Also shows the
 // resolver centre, encoder alignment and homing index readings.
 class Alignment : public QObject {
     Q_OBJECT
@@ -30,28 +31,22 @@ class Alignment : public QObject {
     Alignment(ConsoleContext& context, OffsetsPage& page, Surroundings surroundings,
               QObject* parent = nullptr);
 
-    void registerDecoders();
-
     QCoro::Task<> SetCorBut_Click();
     QCoro::Task<> AlignCorBut_Click();
     QCoro::Task<> AlignCenBut_Click();
     QCoro::Task<> ZeroOffBut_Click();
-    void GetAlignBut_Click();
-    void GetCenBut_Click();
-    void SetCenBut_Click();
+    QCoro::Task<> GetAlignBut_Click();
+    QCoro::Task<> GetCenBut_Click();
+    QCoro::Task<> SetCenBut_Click();
 
   private:
     void connectControls();
-    // Sends one offset command, then re-reads the soft limits and presets.
-    QCoro::Task<> changeOffsets(std::vector<Byte> command);
-    void decodeOffsets();
-    void decodeCenter();
-    void decodeEncoderAlignment();
-    void decodeHoming();
 
     ConsoleContext& context_;
     OffsetsPage& page_;
     Surroundings surroundings_;
+    // Held while the session reads the tables again.
+    std::optional<PageLock> tabsLocked_;
 };
 
 }  // namespace halvex

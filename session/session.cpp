@@ -23,6 +23,7 @@ Session::Session(SerialPort* port, int tickMs, QObject* parent)
     watchLensReports();
     watchTourReports();
     watchPresetReports();
+    watchOffsetReports();
     watchVideoReports();
     watchDisplayReports();
 }

@@ -189,6 +189,21 @@ class Session : public QObject {
     QCoro::Task<Outcome> readNameDisplay(Requester requester = Requester::Program);
     QCoro::Task<Outcome> setSiteName(QString name, Requester requester = Requester::Program);
 
+    // The angle offsets. A change is answered with the offsets; then the
+    // soft limits and presets, held in angle terms, are read again with
+    // the tables locked (tableReloadStarted/Ended), and the next position
+    // report becomes the desired position.
+    QCoro::Task<Outcome> setAngleOffsets(double pan, double tilt,
+                                         Requester requester = Requester::Program);
+    QCoro::Task<Outcome> alignToCoordinates(double pan, double tilt,
+                                            Requester requester = Requester::Program);
+    QCoro::Task<Outcome> alignToCentre(Requester requester = Requester::Program);
+    QCoro::Task<Outcome> zeroOffsets(Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readAngleOffsets(Requester requester = Requester::Program);
+    // The resolver centre: read it, or make where the platform is the centre.
+    QCoro::Task<Outcome> readCentre(Requester requester = Requester::Program);
+    QCoro::Task<Outcome> setCentre(Requester requester = Requester::Program);
+
     // Stop and Reset ride on the next jog message, which goes out ahead of
     // anything queued later; refused only when no unit is on the line. Stop
     // also puts every jog source at rest.
@@ -238,6 +253,14 @@ class Session : public QObject {
     void auxOutputsReported(const halvex::AuxOutputStates& outputs);
     void angleDisplayReported(const halvex::OsdSetting& setting);
     void nameDisplayReported(const halvex::OsdSetting& setting);
+    void angleOffsetsReported(float pan, float tilt);
+    // Unscaled readings, as the unit gives them.
+    void centreReported(int pan, int tilt);
+    void encoderAlignmentReported(int pan, int tilt);
+    void homingReported(bool panIndexFound, int pan, bool tiltIndexFound, int tilt);
+    // The tables that depend on the offsets are being read again.
+    void tableReloadStarted();
+    void tableReloadEnded();
     // Stop was asked for: whatever shows motion (a tour's display) ends.
     void stopRequested();
 
@@ -251,6 +274,8 @@ class Session : public QObject {
     void watchLensReports();
     void watchTourReports();
     void watchPresetReports();
+    void watchOffsetReports();
+    QCoro::Task<Outcome> changeOffsets(std::vector<Byte> command, Requester requester);
     QCoro::Task<> reloadPresetsOnce();
     void takeTourStep();
     QCoro::Task<> loadSelectedTour();

@@ -28,6 +28,9 @@ struct UnitStatus {
     bool LimitFault = false;
     bool PanContinuous = false;
 
+    float PanAngleOffset = 0.0f;
+    float TiltAngleOffset = 0.0f;
+
     float PanMaxLimit = 0.0f;
     float PanMinLimit = 0.0f;
     float TiltMaxLimit = 0.0f;

@@ -29,7 +29,6 @@ PositioningPages installPositioning(ConsoleContext& context,
     surroundings.tiltCaption = environment.Label2_1;
     surroundings.pageTabs = environment.SSTab1;
     auto* alignment = new Alignment(context, *offsetsPage, std::move(surroundings), owner);
-    alignment->registerDecoders();
 
     auto* monitor = new MovementMonitor(context, *monitorPanel, owner);
     monitor->listen();
@@ -48,7 +47,9 @@ PositioningPages installPositioning(ConsoleContext& context,
     onEvent(state, &events, &ConsoleEvents::tourDisplayEndRequested, tours, "StopBut_Click",
             [tours] { tours->endTourDisplay(); });
     // The connection sequence runs this among its setup reads.
-    context.readHandlers["GetCenBut"] = [alignment] { alignment->GetCenBut_Click(); };
+    context.readHandlers["GetCenBut"] = [&state, alignment] {
+        launch(state, "GetCenBut_Click", alignment->GetCenBut_Click());
+    };
 
     PositioningPages pages;
     pages.presets = presetsPage;

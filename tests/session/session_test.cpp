@@ -320,6 +320,44 @@ TEST_F(SessionTest, ATourIsEditedStepByStepReadAgainStartedAndCleared) {
     EXPECT_TRUE(commandsSince(mark).empty());
 }
 
+TEST_F(SessionTest, NewOffsetsShiftTheLimitsAndPresetsWhichAreReadAgainWithTheTablesLocked) {
+    ASSERT_TRUE(connect());
+    ASSERT_TRUE(finish(session.savePreset(2, {20.0, 10.0})).isDone());
+    QSignalSpy started(&session, &Session::tableReloadStarted);
+    QSignalSpy ended(&session, &Session::tableReloadEnded);
+    int lockedReads = 0;
+    QObject::connect(&session, &Session::softLimitReported,
+                     [&] { lockedReads += session.pagesLocked() ? 1 : 0; });
+    const Outcome changed = finish(session.setAngleOffsets(12.5, -2.0), 20000);
+    ASSERT_TRUE(changed.isDone()) << changed.text().toStdString();
+    EXPECT_EQ(changed.reply().at(0), vocab::SetAngleOffsets::kCode);
+    EXPECT_FLOAT_EQ(session.status().PanAngleOffset, 12.5f);
+    EXPECT_FLOAT_EQ(session.status().TiltAngleOffset, -2.0f);
+    EXPECT_FLOAT_EQ(session.status().PanMaxLimit, 182.5f);
+    EXPECT_FLOAT_EQ(session.status().TiltMinLimit, -87.0f);
+    EXPECT_EQ(session.presets().at(2).pan, 3250);
+    EXPECT_EQ(session.presets().at(2).tilt, 800);
+    EXPECT_EQ(lockedReads, 4);
+    EXPECT_EQ(started.size(), 1);
+    EXPECT_EQ(ended.size(), 1);
+    EXPECT_FALSE(session.pagesLocked());
+    EXPECT_TRUE(session.status().SyncDesiredPending);
+
+    // A program is refused while the tables are read again; a value that
+    // cannot be sent starts nothing.
+    {
+        const Session::PagesLock reloading(session);
+        EXPECT_EQ(finish(session.zeroOffsets()).refusal(), Refusal::PagesLocked);
+    }
+    const std::size_t mark = line.frames().size();
+    EXPECT_EQ(finish(session.alignToCoordinates(std::nan(""), 0.0)).kind(),
+              Outcome::Kind::RangeFault);
+    EXPECT_TRUE(commandsSince(mark).empty());
+    EXPECT_EQ(started.size(), 1);
+    ASSERT_TRUE(finish(session.zeroOffsets(), 20000).isDone());
+    EXPECT_FLOAT_EQ(session.status().PanMaxLimit, 170.0f);
+}
+
 TEST_F(SessionTest, TheRotatorAnswersFromTheSessionAndMovesThroughIt) {
     SessionRotator rotator(session, [] { return QStringLiteral("COM1"); });
     EXPECT_EQ(rotator.setPosition(10.0, 10.0), network::RotatorResult::Offline);
