@@ -66,64 +66,49 @@ void Session::watchCameraReports() {
 
 QCoro::Task<Outcome> Session::sendToCamera(int camera, std::vector<Byte> data,
                                            Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    namespace m = vocab::camera_transmit;
-    if ((camera != 0 && camera != 1) || data.size() > static_cast<std::size_t>(m::kMostData)) {
-        co_return Outcome::rangeFault(RangeFault(RangeFault::Overflow, "camera string"));
-    }
-    std::vector<Byte> message(static_cast<std::size_t>(m::kData), 0);
-    vocab::begin<vocab::CameraTransmit>(message);
-    vocab::put(message, m::kCount, static_cast<std::uint32_t>(data.size()));
-    vocab::put(message, m::kCamera, static_cast<std::uint32_t>(camera));
-    message.insert(message.end(), data.begin(), data.end());
-    co_return co_await awaitAnswer(sendMessage(state_, link_, message));
+    return exchange(requester, [camera, data = std::move(data)] {
+        namespace m = vocab::camera_transmit;
+        if ((camera != 0 && camera != 1) || data.size() > static_cast<std::size_t>(m::kMostData)) {
+            throw RangeFault(RangeFault::Overflow, "camera string");
+        }
+        std::vector<Byte> message(static_cast<std::size_t>(m::kData), 0);
+        vocab::begin<vocab::CameraTransmit>(message);
+        vocab::put(message, m::kCount, static_cast<std::uint32_t>(data.size()));
+        vocab::put(message, m::kCamera, static_cast<std::uint32_t>(camera));
+        message.insert(message.end(), data.begin(), data.end());
+        return message;
+    });
 }
 
 QCoro::Task<Outcome> Session::setCameraLines(CameraLinePair settings, Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    std::vector<Byte> message = vocab::blank<vocab::CameraLines>();
-    try {
+    return exchange(requester, [settings] {
+        std::vector<Byte> message = vocab::blank<vocab::CameraLines>();
         for (std::size_t c = 0; c < settings.size(); ++c) {
             putLine(message, kLineFields[c], settings[c]);
         }
-    } catch (const RangeFault& fault) {
-        co_return Outcome::rangeFault(fault);
-    }
-    co_return co_await awaitAnswer(sendMessage(state_, link_, message));
+        return message;
+    });
 }
 
 QCoro::Task<Outcome> Session::readCameraLines(Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    co_return co_await awaitAnswer(
-        sendMessage(state_, link_, vocab::readRequest<vocab::CameraLines>()));
+    return exchange(requester, [] { return vocab::readRequest<vocab::CameraLines>(); });
 }
 
 QCoro::Task<Outcome> Session::setCameraTimeouts(CameraTimeouts steps, Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    std::vector<Byte> message = vocab::blank<vocab::CameraTimeouts>();
-    for (std::size_t c = 0; c < steps.size(); ++c) {
-        if (steps[c] < 1 || steps[c] > kMostCameraTimeoutSteps) {
-            co_return Outcome::rangeFault(RangeFault(RangeFault::Overflow, "camera time-out"));
+    return exchange(requester, [steps] {
+        std::vector<Byte> message = vocab::blank<vocab::CameraTimeouts>();
+        for (std::size_t c = 0; c < steps.size(); ++c) {
+            if (steps[c] < 1 || steps[c] > kMostCameraTimeoutSteps) {
+                throw RangeFault(RangeFault::Overflow, "camera time-out");
+            }
+            vocab::put(message, kTimeoutFields[c], static_cast<std::uint32_t>(steps[c]));
         }
-        vocab::put(message, kTimeoutFields[c], static_cast<std::uint32_t>(steps[c]));
-    }
-    co_return co_await awaitAnswer(sendMessage(state_, link_, message));
+        return message;
+    });
 }
 
 QCoro::Task<Outcome> Session::readCameraTimeouts(Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    co_return co_await awaitAnswer(
-        sendMessage(state_, link_, vocab::readRequest<vocab::CameraTimeouts>()));
+    return exchange(requester, [] { return vocab::readRequest<vocab::CameraTimeouts>(); });
 }
 
 }  // namespace halvex

@@ -78,29 +78,11 @@ void Session::watchLensReports() {
 }
 
 QCoro::Task<Outcome> Session::setLensSetup(LensSetupPair lenses, Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    std::vector<Byte> message;
-    try {
-        message = lensMessage(lenses, false);
-    } catch (const RangeFault& fault) {
-        co_return Outcome::rangeFault(fault);
-    }
-    co_return co_await awaitAnswer(sendMessage(state_, link_, message));
+    return exchange(requester, [lenses] { return lensMessage(lenses, false); });
 }
 
 QCoro::Task<Outcome> Session::readLensSetup(LensSetupPair carried, Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    std::vector<Byte> message;
-    try {
-        message = lensMessage(carried, true);
-    } catch (const RangeFault& fault) {
-        co_return Outcome::rangeFault(fault);
-    }
-    co_return co_await awaitAnswer(sendMessage(state_, link_, message));
+    return exchange(requester, [carried] { return lensMessage(carried, true); });
 }
 
 }  // namespace halvex

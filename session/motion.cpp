@@ -70,6 +70,20 @@ QCoro::Task<Outcome> Session::awaitAnswer(QCoro::Task<FrameTicket> sending) {
     co_return answered ? Outcome::done(lastReply_) : Outcome::noReply();
 }
 
+QCoro::Task<Outcome> Session::exchange(Requester requester,
+                                       std::function<std::vector<Byte>()> build) {
+    if (const auto refusal = programRefusal(requester)) {
+        co_return Outcome::refused(*refusal);
+    }
+    std::vector<Byte> message;
+    try {
+        message = build();
+    } catch (const RangeFault& fault) {
+        co_return Outcome::rangeFault(fault);
+    }
+    co_return co_await awaitAnswer(sendMessage(state_, link_, message));
+}
+
 QCoro::Task<Outcome> Session::moveTo(PanTiltTarget target, Requester requester) {
     // A frame that cannot go out is reported by the send path.
     if (const auto refusal = programRefusal(requester, &target)) {
@@ -110,17 +124,11 @@ QCoro::Task<Outcome> Session::moveBy(double pan, double tilt, Requester requeste
 }
 
 QCoro::Task<Outcome> Session::moveHome(Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    co_return co_await awaitAnswer(sendMessage(state_, link_, vocab::blank<vocab::MoveToHome>()));
+    return exchange(requester, [] { return vocab::blank<vocab::MoveToHome>(); });
 }
 
 QCoro::Task<Outcome> Session::moveToCentre(Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    co_return co_await awaitAnswer(sendMessage(state_, link_, vocab::blank<vocab::MoveToCentre>()));
+    return exchange(requester, [] { return vocab::blank<vocab::MoveToCentre>(); });
 }
 
 Outcome Session::stop() {

@@ -75,36 +75,36 @@ void Session::watchOffsetReports() {
 }
 
 QCoro::Task<Outcome> Session::setAngleOffsets(double pan, double tilt, Requester requester) {
-    std::vector<Byte> command;
-    try {
-        command = withCoordinates(vocab::set_angle_offsets{}, pan, tilt);
-    } catch (const RangeFault& fault) {
-        co_return Outcome::rangeFault(fault);
-    }
-    co_return co_await changeOffsets(std::move(command), requester);
+    return changeOffsets(
+        requester, [pan, tilt] { return withCoordinates(vocab::set_angle_offsets{}, pan, tilt); });
 }
 
 QCoro::Task<Outcome> Session::alignToCoordinates(double pan, double tilt, Requester requester) {
-    std::vector<Byte> command;
-    try {
-        command = withCoordinates(vocab::align_to_coordinates{}, pan, tilt);
-    } catch (const RangeFault& fault) {
-        co_return Outcome::rangeFault(fault);
-    }
-    co_return co_await changeOffsets(std::move(command), requester);
+    return changeOffsets(requester, [pan, tilt] {
+        return withCoordinates(vocab::align_to_coordinates{}, pan, tilt);
+    });
 }
 
 QCoro::Task<Outcome> Session::alignToCentre(Requester requester) {
-    co_return co_await changeOffsets(vocab::blank<vocab::AlignToCentre>(), requester);
+    return changeOffsets(requester, [] { return vocab::blank<vocab::AlignToCentre>(); });
 }
 
 QCoro::Task<Outcome> Session::zeroOffsets(Requester requester) {
-    co_return co_await changeOffsets(vocab::blank<vocab::ZeroOffsets>(), requester);
+    return changeOffsets(requester, [] { return vocab::blank<vocab::ZeroOffsets>(); });
 }
 
-QCoro::Task<Outcome> Session::changeOffsets(std::vector<Byte> command, Requester requester) {
+QCoro::Task<Outcome> Session::changeOffsets(Requester requester,
+                                            std::function<std::vector<Byte>()> build) {
     if (const auto refusal = programRefusal(requester)) {
         co_return Outcome::refused(*refusal);
+    }
+    // A value that cannot be sent stops the change before anything is
+    // locked or sent.
+    std::vector<Byte> command;
+    try {
+        command = build();
+    } catch (const RangeFault& fault) {
+        co_return Outcome::rangeFault(fault);
     }
     const TableReloadScope reloading(*this);
     // What announced the reload (a caption) is drawn before the line is busy.
@@ -129,26 +129,15 @@ QCoro::Task<Outcome> Session::changeOffsets(std::vector<Byte> command, Requester
 }
 
 QCoro::Task<Outcome> Session::readAngleOffsets(Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    co_return co_await awaitAnswer(
-        sendMessage(state_, link_, vocab::blank<vocab::OffsetsRequest>()));
+    return exchange(requester, [] { return vocab::blank<vocab::OffsetsRequest>(); });
 }
 
 QCoro::Task<Outcome> Session::readCentre(Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    co_return co_await awaitAnswer(
-        sendMessage(state_, link_, vocab::blank<vocab::CentreRequest>()));
+    return exchange(requester, [] { return vocab::blank<vocab::CentreRequest>(); });
 }
 
 QCoro::Task<Outcome> Session::setCentre(Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    co_return co_await awaitAnswer(sendMessage(state_, link_, vocab::blank<vocab::SetCentre>()));
+    return exchange(requester, [] { return vocab::blank<vocab::SetCentre>(); });
 }
 
 }  // namespace halvex

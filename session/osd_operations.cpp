@@ -83,35 +83,35 @@ void Session::watchDisplayReports() {
 }
 
 QCoro::Task<Outcome> Session::setAngleDisplay(OsdSetting setting, Requester requester) {
-    return sendSetting(requester,
-                       [setting] { return displayMessage<vocab::AngleDisplay>(setting, false); });
+    return exchange(requester,
+                    [setting] { return displayMessage<vocab::AngleDisplay>(setting, false); });
 }
 
 QCoro::Task<Outcome> Session::storeAngleDisplayAsInitial(OsdSetting setting, Requester requester) {
-    return sendSetting(requester,
-                       [setting] { return displayMessage<vocab::AngleDisplay>(setting, true); });
+    return exchange(requester,
+                    [setting] { return displayMessage<vocab::AngleDisplay>(setting, true); });
 }
 
 QCoro::Task<Outcome> Session::readAngleDisplay(Requester requester) {
-    return sendSetting(requester, [] { return vocab::readRequest<vocab::AngleDisplay>(); });
+    return exchange(requester, [] { return vocab::readRequest<vocab::AngleDisplay>(); });
 }
 
 QCoro::Task<Outcome> Session::setNameDisplay(OsdSetting setting, Requester requester) {
-    return sendSetting(requester,
-                       [setting] { return displayMessage<vocab::NameDisplay>(setting, false); });
+    return exchange(requester,
+                    [setting] { return displayMessage<vocab::NameDisplay>(setting, false); });
 }
 
 QCoro::Task<Outcome> Session::storeNameDisplayAsInitial(OsdSetting setting, Requester requester) {
-    return sendSetting(requester,
-                       [setting] { return displayMessage<vocab::NameDisplay>(setting, true); });
+    return exchange(requester,
+                    [setting] { return displayMessage<vocab::NameDisplay>(setting, true); });
 }
 
 QCoro::Task<Outcome> Session::readNameDisplay(Requester requester) {
-    return sendSetting(requester, [] { return vocab::readRequest<vocab::NameDisplay>(); });
+    return exchange(requester, [] { return vocab::readRequest<vocab::NameDisplay>(); });
 }
 
 QCoro::Task<Outcome> Session::setSiteName(QString name, Requester requester) {
-    return sendSetting(requester, [name] { return siteNameMessage(name); });
+    return exchange(requester, [name] { return siteNameMessage(name); });
 }
 
 }  // namespace halvex

@@ -275,20 +275,19 @@ class Session : public QObject {
     void watchTourReports();
     void watchPresetReports();
     void watchOffsetReports();
-    QCoro::Task<Outcome> changeOffsets(std::vector<Byte> command, Requester requester);
+    QCoro::Task<Outcome> changeOffsets(Requester requester,
+                                       std::function<std::vector<Byte>()> build);
     QCoro::Task<> reloadPresetsOnce();
     void takeTourStep();
     QCoro::Task<> loadSelectedTour();
-    template <class M>
-    QCoro::Task<Outcome> sendNamingTour(vocab::Field<M> tourField, int tour, Requester requester);
     // Keep the video replies in the status.
     // Keep the video and on-screen display replies in the status.
     void watchVideoReports();
     void watchDisplayReports();
     // Refuses a program's request as programRefusal() says, builds the
     // message (a range fault sends nothing), sends it and waits for its
-    // answer: for the settings that are one message each.
-    QCoro::Task<Outcome> sendSetting(Requester requester, std::function<std::vector<Byte>()> build);
+    // answer: the operations that are one message each.
+    QCoro::Task<Outcome> exchange(Requester requester, std::function<std::vector<Byte>()> build);
     // Waits for a queued frame's answer.
     QCoro::Task<Outcome> awaitAnswer(QCoro::Task<FrameTicket> sending);
     // Builds message M in TxBuffer with `fill`, sends it and waits for its

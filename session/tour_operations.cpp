@@ -26,6 +26,18 @@ void putStep(std::vector<Byte>& message, vocab::StepRecord<M, At>, const TourSte
     vocab::put(message, Step::kDwellByte, bytes.dwell);
 }
 
+// A message that stores a step at a position: inserting or replacing.
+template <class M, int At>
+std::vector<Byte> stepAtMessage(vocab::Field<M> tourField, vocab::Field<M> stepField,
+                                vocab::StepRecord<M, At> record, int tour, int position,
+                                const TourStep& step) {
+    const TourStepBytes bytes = encodeTourStep(step);
+    auto message = tourMessage(tourField, tour);
+    putStep(message, record, bytes);
+    vocab::put(message, stepField, checkedByte(position));
+    return message;
+}
+
 TourStep stepFrom(const ByteTable& rx) {
     namespace t = vocab::tour_step;
     using Step = t::Step;
@@ -115,21 +127,6 @@ QCoro::Task<Outcome> Session::loadTour(int tour, Requester requester) {
     co_return tourLoadAnswered_ ? Outcome::done(lastReply_) : Outcome::noReply();
 }
 
-template <class M>
-QCoro::Task<Outcome> Session::sendNamingTour(vocab::Field<M> tourField, int tour,
-                                             Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    std::vector<Byte> message;
-    try {
-        message = tourMessage(tourField, tour);
-    } catch (const RangeFault& fault) {
-        co_return Outcome::rangeFault(fault);
-    }
-    co_return co_await awaitAnswer(sendMessage(state_, link_, message));
-}
-
 // One pass of a load: the tour's count, then each step it has.
 QCoro::Task<> Session::loadSelectedTour() {
     tourLoadAnswered_ = false;
@@ -166,84 +163,52 @@ QCoro::Task<> Session::loadSelectedTour() {
 }
 
 QCoro::Task<Outcome> Session::appendTourStep(int tour, TourStep step, Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    namespace m = vocab::append_tour_step;
-    std::vector<Byte> message;
-    try {
-        message = tourMessage(m::kTour, tour);
-        putStep(message, m::Step{}, encodeTourStep(step));
-    } catch (const RangeFault& fault) {
-        co_return Outcome::rangeFault(fault);
-    }
-    co_return co_await awaitAnswer(sendMessage(state_, link_, message));
+    return exchange(requester, [tour, step] {
+        namespace m = vocab::append_tour_step;
+        const TourStepBytes bytes = encodeTourStep(step);
+        auto message = tourMessage(m::kTour, tour);
+        putStep(message, m::Step{}, bytes);
+        return message;
+    });
 }
 
 QCoro::Task<Outcome> Session::insertTourStep(int tour, int position, TourStep step,
                                              Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    namespace m = vocab::insert_tour_step;
-    std::vector<Byte> message;
-    try {
-        const TourStepBytes bytes = encodeTourStep(step);
-        message = tourMessage(m::kTour, tour);
-        putStep(message, m::Step{}, bytes);
-        vocab::put(message, m::kStep, checkedByte(position));
-    } catch (const RangeFault& fault) {
-        co_return Outcome::rangeFault(fault);
-    }
-    co_return co_await awaitAnswer(sendMessage(state_, link_, message));
+    return exchange(requester, [tour, position, step] {
+        namespace m = vocab::insert_tour_step;
+        return stepAtMessage(m::kTour, m::kStep, m::Step{}, tour, position, step);
+    });
 }
 
 QCoro::Task<Outcome> Session::replaceTourStep(int tour, int position, TourStep step,
                                               Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    namespace m = vocab::replace_tour_step;
-    std::vector<Byte> message;
-    try {
-        const TourStepBytes bytes = encodeTourStep(step);
-        message = tourMessage(m::kTour, tour);
-        putStep(message, m::Step{}, bytes);
-        vocab::put(message, m::kStep, checkedByte(position));
-    } catch (const RangeFault& fault) {
-        co_return Outcome::rangeFault(fault);
-    }
-    co_return co_await awaitAnswer(sendMessage(state_, link_, message));
+    return exchange(requester, [tour, position, step] {
+        namespace m = vocab::replace_tour_step;
+        return stepAtMessage(m::kTour, m::kStep, m::Step{}, tour, position, step);
+    });
 }
 
 QCoro::Task<Outcome> Session::deleteTourStep(int tour, int position, Requester requester) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    namespace m = vocab::delete_tour_step;
-    std::vector<Byte> message;
-    try {
+    return exchange(requester, [tour, position] {
+        namespace m = vocab::delete_tour_step;
         const Byte step = checkedByte(position);
-        message = tourMessage(m::kTour, tour);
+        auto message = tourMessage(m::kTour, tour);
         vocab::put(message, m::kStep, step);
-    } catch (const RangeFault& fault) {
-        co_return Outcome::rangeFault(fault);
-    }
-    co_return co_await awaitAnswer(sendMessage(state_, link_, message));
+        return message;
+    });
 }
 
 QCoro::Task<Outcome> Session::startTour(int tour, Requester requester) {
-    co_return co_await sendNamingTour<vocab::ExecuteTour>(vocab::execute_tour::kTour, tour,
-                                                          requester);
+    return exchange(requester, [tour] { return tourMessage(vocab::execute_tour::kTour, tour); });
 }
 
 QCoro::Task<Outcome> Session::clearTour(int tour, Requester requester) {
-    co_return co_await sendNamingTour<vocab::ClearTour>(vocab::clear_tour::kTour, tour, requester);
+    return exchange(requester, [tour] { return tourMessage(vocab::clear_tour::kTour, tour); });
 }
 
 QCoro::Task<Outcome> Session::readTourStepCount(int tour, Requester requester) {
-    co_return co_await sendNamingTour<vocab::TourStepCountRequest>(
-        vocab::tour_step_count_request::kTour, tour, requester);
+    return exchange(requester,
+                    [tour] { return tourMessage(vocab::tour_step_count_request::kTour, tour); });
 }
 
 }  // namespace halvex

@@ -101,34 +101,20 @@ void Session::watchVideoReports() {
     });
 }
 
-QCoro::Task<Outcome> Session::sendSetting(Requester requester,
-                                          std::function<std::vector<Byte>()> build) {
-    if (const auto refusal = programRefusal(requester)) {
-        co_return Outcome::refused(*refusal);
-    }
-    std::vector<Byte> message;
-    try {
-        message = build();
-    } catch (const RangeFault& fault) {
-        co_return Outcome::rangeFault(fault);
-    }
-    co_return co_await awaitAnswer(sendMessage(state_, link_, message));
-}
-
 QCoro::Task<Outcome> Session::setVideo(VideoSettings video, Requester requester) {
-    return sendSetting(requester, [video] { return videoMessage(video, false); });
+    return exchange(requester, [video] { return videoMessage(video, false); });
 }
 
 QCoro::Task<Outcome> Session::storeVideoAsInitial(VideoSettings video, Requester requester) {
-    return sendSetting(requester, [video] { return videoMessage(video, true); });
+    return exchange(requester, [video] { return videoMessage(video, true); });
 }
 
 QCoro::Task<Outcome> Session::readVideo(Requester requester) {
-    return sendSetting(requester, [] { return vocab::readRequest<vocab::VideoConfiguration>(); });
+    return exchange(requester, [] { return vocab::readRequest<vocab::VideoConfiguration>(); });
 }
 
 QCoro::Task<Outcome> Session::setAuxOutputs(AuxOutputStates outputs, Requester requester) {
-    return sendSetting(requester, [outputs] {
+    return exchange(requester, [outputs] {
         namespace aux = vocab::aux_outputs;
         Byte byte = 0;
         for (std::size_t i = 0; i < aux::kOutput.size(); ++i) {
@@ -141,7 +127,7 @@ QCoro::Task<Outcome> Session::setAuxOutputs(AuxOutputStates outputs, Requester r
 }
 
 QCoro::Task<Outcome> Session::setLegacyVideo(LegacyVideoSettings video, Requester requester) {
-    return sendSetting(requester, [video] {
+    return exchange(requester, [video] {
         std::vector<Byte> message = vocab::blank<vocab::LegacyVideo>();
         vocab::put(
             message, legacy::kSettingsByte,
@@ -151,7 +137,7 @@ QCoro::Task<Outcome> Session::setLegacyVideo(LegacyVideoSettings video, Requeste
 }
 
 QCoro::Task<Outcome> Session::setLegacyVideoMode(LegacyVideoMode mode, Requester requester) {
-    return sendSetting(requester, [mode] {
+    return exchange(requester, [mode] {
         // The full form, whose power byte has always carried camera 1's
         // power alone.
         std::vector<Byte> message = vocab::blank<vocab::VideoConfiguration>();
@@ -163,7 +149,7 @@ QCoro::Task<Outcome> Session::setLegacyVideoMode(LegacyVideoMode mode, Requester
 
 QCoro::Task<Outcome> Session::storeLegacyVideoModeAsInitial(LegacyVideoMode mode,
                                                             Requester requester) {
-    return sendSetting(requester, [mode] {
+    return exchange(requester, [mode] {
         // The short, older form on purpose: the power byte of the mode
         // command is not part of it.
         std::vector<Byte> message(vocab::VideoConfiguration::kShortest, 0);
