@@ -13,6 +13,7 @@ namespace halvex {
 namespace {
 const char* const kHeading = "Angle Offsets Adjustment";
 const char* const kNoIndex = "No Index";
+const char* const kLooking = "Looking...";
 
 void setCaption(QLabel* label, const char* text) {
     if (label != nullptr) {
@@ -52,6 +53,10 @@ Alignment::Alignment(ConsoleContext& context, OffsetsPage& page, Surroundings su
     connect(&session, &Session::encoderAlignmentReported, this, [this](int pan, int tilt) {
         page_.Label39->setText(unscaled(pan));
         page_.Label40->setText(unscaled(tilt));
+    });
+    connect(&session, &Session::homingStarted, this, [this] {
+        page_.Pindex->setText(QString::fromLatin1(kLooking));
+        page_.Tindex->setText(QString::fromLatin1(kLooking));
     });
     connect(&session, &Session::homingReported, this,
             [this](bool panFound, int pan, bool tiltFound, int tilt) {

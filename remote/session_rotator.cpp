@@ -44,6 +44,7 @@ RotatorResult SessionRotator::resultFor(Refusal refusal) {
             return RotatorResult::OutsideLimits;
         case Refusal::PagesLocked:
         case Refusal::OperatorJogging:
+        case Refusal::UnitBusy:
             return RotatorResult::Refused;
     }
     return RotatorResult::Refused;

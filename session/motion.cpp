@@ -45,6 +45,9 @@ std::optional<Refusal> Session::refusalFor(Requester requester, const PanTiltTar
     if (requester == Requester::Operator) {
         return std::nullopt;
     }
+    if (procedureRunning_) {
+        return Refusal::UnitBusy;
+    }
     if (jogSources_.operatorJogging()) {
         return Refusal::OperatorJogging;
     }

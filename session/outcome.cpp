@@ -12,6 +12,8 @@ QString describe(Refusal refusal) {
             return QStringLiteral("outside the soft limits");
         case Refusal::OperatorJogging:
             return QStringLiteral("the operator is jogging");
+        case Refusal::UnitBusy:
+            return QStringLiteral("the unit is aligning its encoders or homing");
     }
     return {};
 }

@@ -16,6 +16,7 @@ enum class Refusal {
     PagesLocked,      // tables are being read again from the unit
     OutsideLimits,    // the target lies outside the unit's soft limits
     OperatorJogging,  // the operator steers with the jog box, keys or a controller
+    UnitBusy,         // the unit is in its encoder alignment or homing cycle
 };
 
 // The operator's words for a refusal, as status lines and remote clients

@@ -26,6 +26,8 @@ Session::Session(SerialPort* port, int tickMs, QObject* parent)
     watchOffsetReports();
     watchVideoReports();
     watchDisplayReports();
+    watchDriveReports();
+    watchMountReports();
 }
 
 Session::~Session() {

@@ -204,6 +204,41 @@ class Session : public QObject {
     QCoro::Task<Outcome> readCentre(Requester requester = Requester::Program);
     QCoro::Task<Outcome> setCentre(Requester requester = Requester::Program);
 
+    // Drive settings. Each value goes out as a byte (a step range as a
+    // signed word); one that does not fit is a range fault and nothing is
+    // sent. The replies fill the status and the signals below announce them.
+    QCoro::Task<Outcome> setDriveRates(DriveRates rates, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readDriveRates(Requester requester = Requester::Program);
+    QCoro::Task<Outcome> setTopSpeeds(TopSpeedSet set, AxisPair speeds,
+                                      Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readTopSpeeds(TopSpeedSet set, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> setPanSteps(StepRange range, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readPanSteps(Requester requester = Requester::Program);
+    QCoro::Task<Outcome> setTiltSteps(StepRange range, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readTiltSteps(Requester requester = Requester::Program);
+    QCoro::Task<Outcome> setMaxima(AxisPair maxima, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> setMinima(AxisPair minima, Requester requester = Requester::Program);
+    // The tilt axis's safe speed, ramp and step range in one message.
+    QCoro::Task<Outcome> setTiltDrive(int safeSpeed, int ramp, StepRange range,
+                                      Requester requester = Requester::Program);
+
+    // Mount settings and encoder counts.
+    QCoro::Task<Outcome> setMount(MountSettings mount, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readMount(Requester requester = Requester::Program);
+    QCoro::Task<Outcome> setEncoderCounts(AxisPair counts,
+                                          Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readEncoderCounts(Requester requester = Requester::Program);
+    // The unit's long procedures. The line is held and the reply watchdog
+    // lengthened until the unit answers at the procedure's end; a second
+    // procedure meanwhile is refused as UnitBusy, and so is every program's
+    // request. After the alignment the watchdog is short again; after the
+    // homing cycle it stays long.
+    static constexpr int kProcedureWatchdogMs = 20000;
+    static constexpr int kAfterAlignmentWatchdogMs = 1000;
+    QCoro::Task<Outcome> alignEncoders(Requester requester = Requester::Program);
+    QCoro::Task<Outcome> runHomingCycle(Requester requester = Requester::Program);
+    bool procedureRunning() const { return procedureRunning_; }
+
     // Stop and Reset ride on the next jog message, which goes out ahead of
     // anything queued later; refused only when no unit is on the line. Stop
     // also puts every jog source at rest.
@@ -211,8 +246,9 @@ class Session : public QObject {
     Outcome reset();
 
     // Why the platform may not be moved now, if it may not: offline, or the
-    // tables being read again; for a program also while the operator jogs,
-    // and a target outside the soft limits. The operations check programs'
+    // tables being read again; for a program also while the unit runs a
+    // procedure, while the operator jogs, and a target outside the soft
+    // limits. The operations check programs'
     // requests themselves; the operator's controls are enabled by it.
     std::optional<Refusal> refusalFor(Requester requester,
                                       const PanTiltTarget* target = nullptr) const;
@@ -261,6 +297,17 @@ class Session : public QObject {
     // The tables that depend on the offsets are being read again.
     void tableReloadStarted();
     void tableReloadEnded();
+    void driveRatesReported(const halvex::DriveRates& rates);
+    // The ramps alone, as the ramp reply gives them.
+    void rampsReported(const halvex::AxisPair& ramps);
+    void topSpeedsReported(halvex::TopSpeedSet set, const halvex::AxisPair& speeds);
+    void panStepsReported(const halvex::StepRange& range);
+    void tiltStepsReported(const halvex::StepRange& range);
+    void maximaReported(const halvex::AxisPair& maxima);
+    void mountReported(const halvex::MountSettings& mount);
+    void encodersReported(const halvex::AxisPair& counts);
+    // The homing cycle has started: the index points are being looked for.
+    void homingStarted();
     // Stop was asked for: whatever shows motion (a tour's display) ends.
     void stopRequested();
 
@@ -275,6 +322,12 @@ class Session : public QObject {
     void watchTourReports();
     void watchPresetReports();
     void watchOffsetReports();
+    void watchDriveReports();
+    void watchMountReports();
+    // Sends a procedure's command and waits for the unit's answer at its end;
+    // `starting` runs once the procedure is under way.
+    QCoro::Task<Outcome> runProcedure(std::vector<Byte> command, Requester requester,
+                                      std::function<void()> starting = {});
     QCoro::Task<Outcome> changeOffsets(Requester requester,
                                        std::function<std::vector<Byte>()> build);
     QCoro::Task<> reloadPresetsOnce();
@@ -323,6 +376,7 @@ class Session : public QObject {
     std::function<void()> beforeJogMessage_;
     std::vector<Byte> lastReply_;
     int pagesLocked_ = 0;
+    bool procedureRunning_ = false;
 };
 
 }  // namespace halvex

@@ -4,6 +4,7 @@
 
 #include "protocol/frame.h"
 #include "session/camera_settings.h"
+#include "session/drive_settings.h"
 #include "session/video_settings.h"
 
 namespace halvex {
@@ -48,6 +49,16 @@ struct UnitStatus {
     AuxOutputStates AuxOutputsOn{};
     OsdSetting AngleOsd{};
     OsdSetting NameOsd{};
+
+    // The drive and mount settings, as last read or set.
+    DriveRates Rates{};
+    // [0] the first pair, [1] the second.
+    std::array<AxisPair, 2> TopSpeeds{};
+    StepRange PanSteps{};
+    StepRange TiltSteps{};
+    AxisPair Maxima{};
+    MountSettings Mount{};
+    AxisPair EncoderCounts{};
 
     // Set after an alignment: the next position report also becomes the
     // operator's desired position.

@@ -2,42 +2,54 @@
 
 #include "console/controls_from_reply.h"
 #include "console/handler_wiring.h"
-#include "protocol/flag_scope.h"
-#include "protocol/senders.h"
-#include "protocol/vocabulary.h"
 #include "setup/checked_scroll.h"
 #include "views/pages/factory_page.h"
 
 namespace halvex {
 
 namespace {
-namespace v = vocab;
-namespace directions = vocab::directions;
 // RevCheck(0..3).
-const std::array<v::Bit<v::Directions>, 4> kReverseBits = {
-    directions::kPanMotorReverse, directions::kTiltMotorReverse, directions::kPanResolverInvert,
-    directions::kTiltResolverInvert};
-const char* const kLooking = "Looking...";
+const std::array<bool MountSettings::*, 4> kReverseSettings = {
+    &MountSettings::panMotorReversed, &MountSettings::tiltMotorReversed,
+    &MountSettings::panResolverInverted, &MountSettings::tiltResolverInverted};
 }  // namespace
 
-Directions::Directions(ConsoleContext& context, FactoryPage& page, IndexReadouts index,
-                       QObject* parent)
-    : QObject(parent), context_(context), page_(page), index_(index) {
+Directions::Directions(ConsoleContext& context, FactoryPage& page, QObject* parent)
+    : QObject(parent), context_(context), page_(page) {
     connectControls();
+    Session& session = context_.session;
+    connect(&session, &Session::mountReported, this, [this](const MountSettings& reported) {
+        ControlsFromReply quiet(context_.state);
+        // The next Set sends what the unit holds, with the operator's clicks
+        // from here on.
+        mount_ = reported;
+        for (std::size_t i = 0; i < page_.RevCheck.size(); ++i) {
+            page_.RevCheck[i]->setChecked(mount_.*kReverseSettings.at(i));
+        }
+        page_.ConCheck->setChecked(mount_.continuousRotation);
+        page_.InvCheck->setChecked(mount_.invertedMount);
+    });
+    connect(&session, &Session::encodersReported, this, [this](const AxisPair& counts) {
+        guarded(context_.state, "SerPort1_OnComm", [this, &counts] {
+            ControlsFromReply quiet(context_.state);
+            setScrollChecked(page_.PEncScroll, counts.pan);
+            setScrollChecked(page_.TEncScroll, counts.tilt);
+        });
+    });
 }
 
 void Directions::connectControls() {
     FormState& state = context_.state;
     const auto bindCheck = [this, &state](QCheckBox* box, const char* name,
-                                          v::Bit<v::Directions> bit) {
+                                          bool MountSettings::*setting) {
         onEvent(state, box, &QCheckBox::clicked, this, name,
-                [this, bit](bool checked) { DirectionCheck_Click(bit.bit, checked); });
+                [this, setting](bool checked) { mount_.*setting = checked; });
     };
     for (std::size_t i = 0; i < page_.RevCheck.size(); ++i) {
-        bindCheck(page_.RevCheck[i], "RevCheck_Click", kReverseBits.at(i));
+        bindCheck(page_.RevCheck[i], "RevCheck_Click", kReverseSettings.at(i));
     }
-    bindCheck(page_.ConCheck, "ConCheck_Click", directions::kContinuousRotation);
-    bindCheck(page_.InvCheck, "InvCheck_Click", directions::kInvertedMount);
+    bindCheck(page_.ConCheck, "ConCheck_Click", &MountSettings::continuousRotation);
+    bindCheck(page_.InvCheck, "InvCheck_Click", &MountSettings::invertedMount);
 
     onClick(state, page_.GetRevBut, this, "GetRevBut_Click", &Directions::GetRevBut_Click);
     onClick(state, page_.SetRevBut, this, "SetRevBut_Click", &Directions::SetRevBut_Click);
@@ -47,47 +59,32 @@ void Directions::connectControls() {
     onClick(state, page_.EncHomeBut, this, "EncHomeBut_Click", &Directions::EncHomeBut_Click);
 }
 
-void Directions::registerDecoders() {
-    context_.receiver.registerDecoder(v::Directions::kCode, [this] { decodeDirections(); });
-    context_.receiver.registerDecoder(v::EncodersReply::kCode, [this] { decodeEncoders(); });
-}
-
 void Directions::registerReads(ReadHandlers& reads) {
-    reads["GetRevBut"] = [this] { GetRevBut_Click(); };
-    reads["GetEncBut"] = [this] { GetEncBut_Click(); };
+    FormState& state = context_.state;
+    reads["GetRevBut"] = [this, &state] { launch(state, "GetRevBut_Click", GetRevBut_Click()); };
+    reads["GetEncBut"] = [this, &state] { launch(state, "GetEncBut_Click", GetEncBut_Click()); };
 }
 
-void Directions::send(const std::vector<Byte>& message) {
-    sendMessage(context_.state, context_.link, message);
+QCoro::Task<> Directions::GetRevBut_Click() {
+    co_await context_.session.readMount(Requester::Operator);
 }
 
-void Directions::DirectionCheck_Click(int bit, bool checked) {
-    directionFlags_ = checked ? SetBit(directionFlags_, bit) : ClearBit(directionFlags_, bit);
+QCoro::Task<> Directions::SetRevBut_Click() {
+    co_await context_.session.setMount(mount_, Requester::Operator);
 }
 
-void Directions::GetRevBut_Click() {
-    send(v::readRequest<v::Directions>());
+QCoro::Task<> Directions::GetEncBut_Click() {
+    co_await context_.session.readEncoderCounts(Requester::Operator);
 }
 
-void Directions::SetRevBut_Click() {
-    std::vector<Byte> message = v::blank<v::Directions>();
-    v::put(message, directions::kBits, directionFlags_);
-    send(message);
-}
-
-void Directions::GetEncBut_Click() {
-    send(v::readRequest<v::Encoders>());
-}
-
-void Directions::SetEncBut_Click() {
-    std::vector<Byte> message = v::blank<v::Encoders>();
-    putWord(message, v::encoders::kPan, page_.PEncScroll);
-    putWord(message, v::encoders::kTilt, page_.TEncScroll);
-    send(message);
+QCoro::Task<> Directions::SetEncBut_Click() {
+    const AxisPair counts{page_.PEncScroll->value(), page_.TEncScroll->value()};
+    const Outcome outcome = co_await context_.session.setEncoderCounts(counts, Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
 QCoro::Task<> Directions::InitEncBut_Click() {
-    if (procedureRunning_) {
+    if (context_.session.procedureRunning()) {
         co_return;
     }
     const bool confirmed = co_await context_.messages.confirm(
@@ -100,12 +97,11 @@ QCoro::Task<> Directions::InitEncBut_Click() {
     if (!confirmed) {
         co_return;
     }
-    co_await runProcedure(v::blank<v::EncoderAlignment>());
-    context_.link.Timer4().setInterval(kAfterAlignmentWatchdogMs);
+    co_await context_.session.alignEncoders(Requester::Operator);
 }
 
 QCoro::Task<> Directions::EncHomeBut_Click() {
-    if (procedureRunning_) {
+    if (context_.session.procedureRunning()) {
         co_return;
     }
     const bool confirmed = co_await context_.messages.confirm(
@@ -118,48 +114,7 @@ QCoro::Task<> Directions::EncHomeBut_Click() {
     if (!confirmed) {
         co_return;
     }
-    for (QLabel* readout : {index_.Pindex, index_.Tindex}) {
-        if (readout != nullptr) {
-            readout->setText(QString::fromLatin1(kLooking));
-        }
-    }
-    // Unlike the initial alignment, the homing cycle leaves the long
-    // watchdog interval in place afterwards.
-    co_await runProcedure(v::blank<v::HomingCycle>());
-}
-
-QCoro::Task<> Directions::runProcedure(std::vector<Byte> command) {
-    const FlagScope running(procedureRunning_);
-    context_.link.Timer4().setInterval(kProcedureWatchdogMs);
-    // The unit answers when the procedure ends. The line is held until
-    // then: the unit hears nothing meanwhile, and jog messages piling up
-    // unanswered would crowd the procedure's frame out of the replies the
-    // link waits for.
-    const SendInProgressScope holding(context_.state);
-    const FrameTicket procedure = co_await sendHeld(context_.state, context_.link, command);
-    co_await context_.link.awaitReply(procedure);
-}
-
-void Directions::decodeDirections() {
-    ControlsFromReply quiet(context_.state);
-    directionFlags_ = static_cast<Byte>(v::get(context_.state.RxBuffer, directions::kBits));
-    for (std::size_t i = 0; i < page_.RevCheck.size(); ++i) {
-        page_.RevCheck[i]->setChecked(v::isSet(directionFlags_, kReverseBits.at(i)));
-    }
-    page_.ConCheck->setChecked(v::isSet(directionFlags_, directions::kContinuousRotation));
-    page_.InvCheck->setChecked(v::isSet(directionFlags_, directions::kInvertedMount));
-}
-
-void Directions::decodeEncoders() {
-    ControlsFromReply quiet(context_.state);
-    const ByteTable& rx = context_.state.RxBuffer;
-    // The console's own reading of a count: Build16, high byte first.
-    const auto count = [&rx](v::Field<v::EncodersReply> field) {
-        const std::uint32_t word = v::get(rx, field);
-        return Build16(static_cast<Byte>(word >> 8), static_cast<Byte>(word));
-    };
-    setScrollChecked(page_.PEncScroll, count(v::encoders_reply::kPan));
-    setScrollChecked(page_.TEncScroll, count(v::encoders_reply::kTilt));
+    co_await context_.session.runHomingCycle(Requester::Operator);
 }
 
 }  // namespace halvex

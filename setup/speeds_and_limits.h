@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoro/QCoroTask>
 #include <QObject>
 #include <QScrollBar>
 
@@ -11,40 +12,36 @@ class SetupPage;
 
 // Speeds, ramps, top speeds and the minimum and maximum settings of both
 // axes: Get buttons ask the unit, Set buttons send the scroll bars'
-// positions, replies set the scroll bars (their read-outs follow).
+// positions through the session, and what the session reports sets the
+// scroll bars (their read-outs follow).
 class SpeedsAndLimits : public QObject {
     Q_OBJECT
   public:
     SpeedsAndLimits(ConsoleContext& context, SetupPage& page, QObject* parent = nullptr);
 
-    void registerDecoders();
     // Puts the Get handlers where the connection sequence finds them.
     void registerReads(ReadHandlers& reads);
 
-    void GetRateBut_Click();
-    void SetRateBut_Click();
-    void GetCMaxBut_Click();
-    void SetCMaxBut_Click();
-    void GetIMaxBut_Click();
-    void SetIMaxBut_Click();
-    void GetPStepBut_Click();
-    void SetPStepBut_Click();
-    void GetTStepBut_Click();
-    void SetTStepBut_Click();
-    void SetMaxPairBut_Click();
-    void SetMinPairBut_Click();
-    void SetTiltBut_Click();
+    QCoro::Task<> GetRateBut_Click();
+    QCoro::Task<> SetRateBut_Click();
+    QCoro::Task<> GetCMaxBut_Click();
+    QCoro::Task<> SetCMaxBut_Click();
+    QCoro::Task<> GetIMaxBut_Click();
+    QCoro::Task<> SetIMaxBut_Click();
+    QCoro::Task<> GetPStepBut_Click();
+    QCoro::Task<> SetPStepBut_Click();
+    QCoro::Task<> GetTStepBut_Click();
+    QCoro::Task<> SetTStepBut_Click();
+    QCoro::Task<> SetMaxPairBut_Click();
+    QCoro::Task<> SetMinPairBut_Click();
+    QCoro::Task<> SetTiltBut_Click();
 
   private:
     void connectControls();
-    void send(const std::vector<Byte>& message);
-    void decodeRates();
-    void decodeRamps();
-    void decodeTopSpeeds();
-    // Range: the vocabulary's step range of the reply.
-    template <class Range>
-    void decodeMinMax(QScrollBar* minimum, QScrollBar* maximum);
-    void decodeMaxima();
+    void watchReplies();
+    template <class Show>
+    void showReply(Show show);
+    void showSteps(QScrollBar* minimum, QScrollBar* maximum, const StepRange& range);
 
     ConsoleContext& context_;
     SetupPage& page_;

@@ -1,7 +1,6 @@
 #include "window/setup_features.h"
 
 #include <QCheckBox>
-#include <QLabel>
 
 #include "setup/directions.h"
 #include "setup/identity.h"
@@ -14,7 +13,7 @@
 
 namespace halvex {
 
-SetupPages installSetupFeatures(ConsoleContext& context, QWidget* offsetsPage, QObject* owner) {
+SetupPages installSetupFeatures(ConsoleContext& context, QObject* owner) {
     auto* videoPage = new VideoPage;
     auto* setupPage = new SetupPage;
     auto* factoryPage = new FactoryPage;
@@ -23,19 +22,12 @@ SetupPages installSetupFeatures(ConsoleContext& context, QWidget* offsetsPage, Q
     new OnScreenDisplay(context, *videoPage, owner);
 
     auto* speeds = new SpeedsAndLimits(context, *setupPage, owner);
-    speeds->registerDecoders();
     speeds->registerReads(context.readHandlers);
     auto* identity = new Identity(context, *setupPage, *factoryPage, owner);
     identity->registerDecoders();
     identity->registerReads(context.readHandlers);
 
-    Directions::IndexReadouts index;
-    if (offsetsPage != nullptr) {
-        index.Pindex = offsetsPage->findChild<QLabel*>(QStringLiteral("Pindex"));
-        index.Tindex = offsetsPage->findChild<QLabel*>(QStringLiteral("Tindex"));
-    }
-    auto* directions = new Directions(context, *factoryPage, index, owner);
-    directions->registerDecoders();
+    auto* directions = new Directions(context, *factoryPage, owner);
     directions->registerReads(context.readHandlers);
 
     SetupPages pages;

@@ -15,11 +15,10 @@ struct SetupPages {
     QWidget* factory = nullptr;  // "Factory"
 };
 
-// Builds the Video, Setup and Factory pages and installs their features:
-// reply decoders, the Get handlers the connection sequence runs, and the
-// homing cycle's "Looking..." in the index read-outs of `offsetsPage`.
-// `owner` keeps the feature objects alive.
-SetupPages installSetupFeatures(ConsoleContext& context, QWidget* offsetsPage, QObject* owner);
+// Builds the Video, Setup and Factory pages and installs their features,
+// and the Get handlers the connection sequence runs. `owner` keeps the
+// feature objects alive.
+SetupPages installSetupFeatures(ConsoleContext& context, QObject* owner);
 
 // Whether tour steps are to blank the video while the unit moves: the
 // Video page's VBlankCheck, looked up in `window` when asked.

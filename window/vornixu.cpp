@@ -199,7 +199,7 @@ void VornixU::installFeatures() {
     if (positioning.movementMonitor != nullptr) {
         panTilt_->MovementMonitorSlot->addWidget(positioning.movementMonitor);
     }
-    const SetupPages setup = installSetupFeatures(context_, positioning.offsets, this);
+    const SetupPages setup = installSetupFeatures(context_, this);
 
     QWidget* pages[kPageCount] = {
         panTilt_, positioning.presets, positioning.offsets, positioning.tours,

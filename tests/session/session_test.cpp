@@ -48,7 +48,12 @@ class SessionTest : public ::testing::Test {
             20000);
     }
 
-    sim::Unit unit;
+    // Alignment and homing take a moment, not seconds.
+    sim::Unit unit{[] {
+        sim::UnitOptions options;
+        options.alignmentMs = options.homingMs = 300;
+        return options;
+    }()};
     RecordingPeer line{unit};
     TestPort* port = new TestPort(&line);
     Session session{port, kTickMs};
@@ -272,6 +277,65 @@ TEST_F(SessionTest, CameraLinesTimeOutsAndLensesAreSetAndReadAndAStringReachesTh
         finish(session.setLensSetup({LensSetup{{false, false, false, 256}, {}, false}})).kind(),
         Outcome::Kind::RangeFault);
     EXPECT_TRUE(commandsSince(mark).empty());
+}
+
+TEST_F(SessionTest, DriveAndMountSettingsAreSetAndReadBackAndAProcedureHoldsOffTheRest) {
+    ASSERT_TRUE(connect());
+    const DriveRates rates{{5, 10, 3}, {127, 255, 63}};
+    const MountSettings mount{true, false, false, true, true, false, 0};
+    ASSERT_TRUE(finish(session.setDriveRates(rates)).isDone());
+    ASSERT_TRUE(finish(session.setTopSpeeds(TopSpeedSet::Second, {9, 10})).isDone());
+    // The maxima are the step ranges' maxima, so they go first.
+    ASSERT_TRUE(finish(session.setMaxima({200, 100})).isDone());
+    ASSERT_TRUE(finish(session.setPanSteps({300, 30000})).isDone());
+    ASSERT_TRUE(finish(session.setMount(mount)).isDone());
+    ASSERT_TRUE(finish(session.setEncoderCounts({10000, 300})).isDone());
+    UnitStatus& status = session.status();
+    status.Rates = {};
+    status.PanSteps = {};
+    status.Mount = {};
+    status.EncoderCounts = {};
+    QSignalSpy topSpeeds(&session, &Session::topSpeedsReported);
+    for (auto read : {&Session::readDriveRates, &Session::readPanSteps, &Session::readMount,
+                      &Session::readEncoderCounts}) {
+        ASSERT_TRUE(finish((session.*read)(Requester::Program)).isDone());
+    }
+    ASSERT_TRUE(finish(session.readTopSpeeds(TopSpeedSet::Second)).isDone());
+    EXPECT_EQ(status.Rates, rates);
+    EXPECT_EQ(status.PanSteps, (StepRange{300, 30000}));
+    EXPECT_EQ(status.Mount, mount);
+    EXPECT_EQ(status.EncoderCounts, (AxisPair{10000, 300}));
+    EXPECT_EQ(status.TopSpeeds[1], (AxisPair{9, 10}));
+    EXPECT_EQ(status.TopSpeeds[0], AxisPair{});
+    ASSERT_EQ(topSpeeds.size(), 1);
+    EXPECT_EQ(topSpeeds.at(0).at(0).value<TopSpeedSet>(), TopSpeedSet::Second);
+
+    // What a byte or a word cannot carry sends nothing.
+    std::size_t mark = line.frames().size();
+    EXPECT_EQ(finish(session.setPanSteps({0, 32768})).kind(), Outcome::Kind::RangeFault);
+    EXPECT_EQ(finish(session.setTiltDrive(1, 256, {})).kind(), Outcome::Kind::RangeFault);
+    EXPECT_EQ(finish(session.setMinima({-1, 0})).kind(), Outcome::Kind::RangeFault);
+    EXPECT_TRUE(commandsSince(mark).empty());
+
+    // While the unit homes, a second procedure and every program's request
+    // wait for nothing: they are refused, and the line stays held.
+    QSignalSpy homingStarted(&session, &Session::homingStarted);
+    mark = line.frames().size();
+    auto homing = session.runHomingCycle();
+    EXPECT_EQ(homingStarted.size(), 1);
+    EXPECT_EQ(session.link().Timer4().interval(), Session::kProcedureWatchdogMs);
+    EXPECT_EQ(finish(session.alignEncoders(Requester::Operator)).refusal(), Refusal::UnitBusy);
+    EXPECT_EQ(finish(session.moveTo({1.0, 1.0})).refusal(), Refusal::UnitBusy);
+    const Outcome homed = finish(std::move(homing));
+    ASSERT_TRUE(homed.isDone());
+    EXPECT_EQ(homed.reply().at(0), vocab::HomingCycleFinished::kCode);
+    EXPECT_EQ(commandsSince(mark),
+              (std::vector<std::vector<Byte>>{vocab::blank<vocab::HomingCycle>()}));
+    EXPECT_EQ(session.link().Timer4().interval(), Session::kProcedureWatchdogMs);
+    ASSERT_TRUE(finish(session.alignEncoders()).isDone());
+    EXPECT_EQ(session.link().Timer4().interval(), Session::kAfterAlignmentWatchdogMs);
+    const Outcome moved = finish(session.moveTo({1.0, 1.0}));
+    EXPECT_TRUE(moved.isDone()) << moved.text().toStdString();
 }
 
 TEST_F(SessionTest, ATourIsEditedStepByStepReadAgainStartedAndCleared) {
