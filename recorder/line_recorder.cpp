@@ -11,10 +11,9 @@
 #include "console/handler_wiring.h"
 #include "console/messages.h"
 #include "protocol/line_recording.h"
-#include "protocol/link.h"
-#include "protocol/receiver.h"
 #include "recorder/line_log_window.h"
 #include "recorder/line_tap.h"
+#include "session/session.h"
 
 namespace halvex {
 
@@ -47,16 +46,16 @@ QString figuresText(const LatencyMeter::Figures& figures) {
         .arg(figures.count);
 }
 
-LineRecorder::LineRecorder(Link& link, Receiver& receiver, FormState& state,
-                           const Messages& messages, QWidget* window,
+LineRecorder::LineRecorder(Session& session, const Messages& messages, QWidget* window,
                            std::function<QString()> lineName)
     : QObject(window),
-      state_(state),
+      state_(session.state()),
       messages_(messages),
       mainWindow_(window),
       lineName_(std::move(lineName)),
-      tap_(new LineTap(link, receiver, state, this)) {
+      tap_(new LineTap(session, this)) {
     connect(tap_, &LineTap::recorded, this, &LineRecorder::take);
+    Link& link = session.link();
     connect(&link, &Link::frameQueued, this,
             [this](const FrameTicket& frame) { latency_.noteQueued(frame.get()); });
     connect(&link, &Link::frameWritten, this, [this](const FrameTicket& frame) {

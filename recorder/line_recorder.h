@@ -15,9 +15,8 @@ class QWidget;
 namespace halvex {
 
 class FormState;
-class Link;
 class Messages;
-class Receiver;
+class Session;
 class LineTap;
 class LineLogWindow;
 
@@ -29,8 +28,8 @@ class LineRecorder : public QObject {
     Q_OBJECT
   public:
     // `lineName` names the line in a recording ("COM1 (/dev/ttyUSB0)").
-    LineRecorder(Link& link, Receiver& receiver, FormState& state, const Messages& messages,
-                 QWidget* window, std::function<QString()> lineName);
+    LineRecorder(Session& session, const Messages& messages, QWidget* window,
+                 std::function<QString()> lineName);
     ~LineRecorder() override;
 
     LineLogModel& model() { return model_; }

@@ -3,10 +3,8 @@
 #include <chrono>
 
 #include "protocol/capture_line.h"
-#include "protocol/form_state.h"
-#include "protocol/link.h"
 #include "protocol/protocol_table.h"
-#include "protocol/receiver.h"
+#include "session/session.h"
 
 namespace halvex {
 
@@ -29,13 +27,13 @@ QString commandText(const FrameRecord& frame) {
 }
 }  // namespace
 
-LineTap::LineTap(Link& link, Receiver& receiver, FormState& state, QObject* parent)
-    : QObject(parent), link_(link) {
+LineTap::LineTap(Session& session, QObject* parent) : QObject(parent), link_(session.link()) {
+    Link& link = session.link();
     connect(&link, &Link::frameWritten, this,
             [this](const FrameTicket&, const std::vector<Byte>& wire) {
                 emit recorded(LineRecord{nowUs(), LineKind::Sent, Verdict::Good, wire});
             });
-    connect(&receiver, &Receiver::frameRead, this,
+    connect(&session.receiver(), &Receiver::frameRead, this,
             [this](const std::vector<Byte>& wire, Verdict verdict) {
                 emit recorded(LineRecord{nowUs(), LineKind::Received, verdict, wire});
             });
@@ -45,9 +43,9 @@ LineTap::LineTap(Link& link, Receiver& receiver, FormState& state, QObject* pare
     // Connected after the link's own handler, so the watchdog has acted.
     connect(&link.Timer4(), &QTimer::timeout, this, [this] {
         recordEvent(QStringLiteral("Watchdog expired: no reply within %1 ms")
-                  .arg(link_.Timer4().interval()));
+                        .arg(link_.Timer4().interval()));
     });
-    connect(&state, &FormState::faultReported, this, &LineTap::recordEvent);
+    connect(&session.state(), &FormState::faultReported, this, &LineTap::recordEvent);
     if (link.port() != nullptr) {
         connect(link.port(), &SerialPort::closed, this,
                 [this] { recordEvent(QStringLiteral("Port closed")); });

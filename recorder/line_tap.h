@@ -6,19 +6,18 @@
 
 namespace halvex {
 
-class FormState;
 class Link;
-class Receiver;
+class Session;
 
-// Listens to the line: every frame the link writes, every frame (and all
-// noise) the receiver reads with its verdict, and the link's events: the
-// watchdog expiring, frames dropped, the port closing, and whatever the
+// Listens to the session's line: every frame the link writes, every frame
+// (and all noise) the receiver reads with its verdict, and the link's events:
+// the watchdog expiring, frames dropped, the port closing, and whatever the
 // console reports in its status bar (a port lost and back, range faults).
 // Each becomes one time-stamped record.
 class LineTap : public QObject {
     Q_OBJECT
   public:
-    LineTap(Link& link, Receiver& receiver, FormState& state, QObject* parent = nullptr);
+    explicit LineTap(Session& session, QObject* parent = nullptr);
 
     // Microseconds since 1970, the time stamp of a record made now.
     static std::int64_t nowUs();

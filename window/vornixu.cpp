@@ -62,7 +62,7 @@ VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, int linkTickMs
     dataWatch_->setWindowFlag(Qt::Window);
     connect(&link_, &Link::frameSent, dataWatch_, &DataWatch::showSentFrame);
     connect(&receiver_, &Receiver::frameReceived, dataWatch_, &DataWatch::showReceivedFrame);
-    lineRecorder_ = new LineRecorder(link_, receiver_, state_, messages_, this, [this] {
+    lineRecorder_ = new LineRecorder(session_, messages_, this, [this] {
         const int com = portSelection_->comPort();
         return QStringLiteral("COM%1 (%2)").arg(com).arg(comPortDevice(com));
     });
