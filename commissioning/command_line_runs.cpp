@@ -72,9 +72,8 @@ int reportOutcome(const CommandIo& io, const RestoreResult& result) {
 }  // namespace
 
 QCoro::Task<int> saveUnitCommand(Session& session, Byte address, QString path, CommandIo io) {
-    const ReplyTap tap(session.state(), session.receiver());
     AddressScope talkingTo(session.state(), address);
-    UnitLine unit(session.state(), session.link(), tap);
+    UnitLine unit(session);
     const UnitRead read = co_await readUnit(unit, linesOfProgress(io));
     if (!read.settings) {
         io.say(read.problem);
@@ -107,9 +106,8 @@ int checkSettingsFile(const QString& path, UnitSettings& settings, const Command
 
 QCoro::Task<int> restoreUnitCommand(Session& session, Byte address, UnitSettings file,
                                     RestoreOptions options, CommandIo io) {
-    const ReplyTap tap(session.state(), session.receiver());
     AddressScope talkingTo(session.state(), address);
-    UnitLine unit(session.state(), session.link(), tap);
+    UnitLine unit(session);
     const Progress progress = linesOfProgress(io);
     const UnitRead read = co_await readUnit(unit, progress);
     if (!read.settings) {

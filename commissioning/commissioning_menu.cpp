@@ -57,10 +57,7 @@ std::unique_ptr<ProgressDialog> showProgress(const QString& title, QWidget* wind
 
 CommissioningMenu::CommissioningMenu(ConsoleContext& context, QMenu* unitMenu,
                                      CommissioningHooks hooks, QObject* parent)
-    : QObject(parent),
-      context_(context),
-      hooks_(std::move(hooks)),
-      tap_(context.state, context.receiver) {
+    : QObject(parent), context_(context), hooks_(std::move(hooks)) {
     setObjectName(QStringLiteral("CommissioningMenu"));
     chooseFile_ = [window = context.window](bool save, QString suggested) {
         return chooseWithDialog(window, save, std::move(suggested));
@@ -111,7 +108,7 @@ QCoro::Task<> CommissioningMenu::FindUnits_Click() {
     dialog->open();
     UnitSearch search;
     {
-        UnitLine line(context_.state, context_.link, tap_, probeWaitMs_);
+        UnitLine line(context_.session, probeWaitMs_);
         search = co_await findUnits(line, dialog->progress());
         if (!opened && line.portOpen()) {
             // The firmware caption of the Setup page showed the units asked.
@@ -165,7 +162,7 @@ QCoro::Task<UnitRead> CommissioningMenu::readWithProgress(QString title) {
     UnitRead read;
     {
         const std::unique_ptr<ProgressDialog> progress = showProgress(title, context_.window);
-        UnitLine line(context_.state, context_.link, tap_);
+        UnitLine line(context_.session);
         read = co_await readUnit(line, progress->progress());
     }
     co_await refreshTourPage();
@@ -236,7 +233,7 @@ QCoro::Task<> CommissioningMenu::RestoreUnit_Click() {
     RestoreResult result;
     {
         const std::unique_ptr<ProgressDialog> progress = showProgress(title, context_.window);
-        UnitLine line(context_.state, context_.link, tap_);
+        UnitLine line(context_.session);
         result = co_await restoreUnit(line, plan, progress->progress());
     }
     co_await refreshTourPage();

@@ -64,7 +64,6 @@ class CommissioningMenu : public QObject {
 
     ConsoleContext& context_;
     CommissioningHooks hooks_;
-    ReplyTap tap_;
     FileChooser chooseFile_;
     Confirmer confirm_;
     int probeWaitMs_ = kProbeWaitMs;

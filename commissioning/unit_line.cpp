@@ -1,43 +1,17 @@
 #include "commissioning/unit_line.h"
 
-#include <algorithm>
-
 #include "protocol/senders.h"
 #include "protocol/vocabulary.h"
 #include "protocol/wait.h"
 
 namespace halvex::commissioning {
 
-ReplyTap::ReplyTap(FormState& state, Receiver& receiver) {
-    receiver.addReplyWatcher([seen = seen_, &state](const std::vector<Byte>& reply) {
-        seen->last.push_back(reply);
-        if (seen->last.size() > kKept) {
-            seen->last.pop_front();
-        }
-        ++seen->count;
-        // Wakes a wait for it.
-        state.notifyChanged();
-    });
-}
-
-std::optional<std::vector<Byte>> ReplyTap::firstSince(std::uint64_t seen, const Fits& fits) const {
-    const std::uint64_t kept = seen_->last.size();
-    const std::uint64_t oldest = seen_->count - kept;
-    for (std::uint64_t number = std::max(seen, oldest); number < seen_->count; ++number) {
-        const std::vector<Byte>& reply = seen_->last[number - oldest];
-        if (fits(reply)) {
-            return reply;
-        }
-    }
-    return std::nullopt;
-}
-
-UnitLine::UnitLine(FormState& state, Link& link, const ReplyTap& tap, int watchdogMs)
-    : state_(state),
-      link_(link),
-      tap_(tap),
-      hold_(state),
-      previousWatchdogMs_(link.Timer4().interval()) {
+UnitLine::UnitLine(Session& session, int watchdogMs)
+    : state_(session.state()),
+      link_(session.link()),
+      replies_(session.replies()),
+      hold_(session.state()),
+      previousWatchdogMs_(session.link().Timer4().interval()) {
     link_.Timer4().setInterval(watchdogMs);
 }
 
@@ -48,7 +22,7 @@ UnitLine::~UnitLine() {
 QCoro::Task<std::optional<std::vector<Byte>>> UnitLine::ask(std::vector<Byte> message, Fits fits,
                                                             int attempts) {
     for (int attempt = 0; attempt < attempts && link_.portOpen(); ++attempt) {
-        const std::uint64_t seen = tap_.count();
+        const std::uint64_t seen = replies_.count();
         const FrameTicket frame = co_await sendHeld(state_, link_, message);
         if (!wentOut(frame)) {
             continue;
@@ -60,11 +34,11 @@ QCoro::Task<std::optional<std::vector<Byte>>> UnitLine::ask(std::vector<Byte> me
         co_await waitUntil(
             state_,
             [&] {
-                reply = tap_.firstSince(seen, answers);
+                reply = replies_.firstSince(seen, answers);
                 return reply || frame->unanswered || !link_.portOpen();
             },
             link_.Timer4().interval() + kReplyGraceMs, &link_);
-        reply = tap_.firstSince(seen, answers);
+        reply = replies_.firstSince(seen, answers);
         if (reply) {
             co_return reply;
         }

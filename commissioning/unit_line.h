@@ -2,43 +2,13 @@
 
 #include <QCoro/QCoroTask>
 #include <QString>
-#include <cstdint>
-#include <deque>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <vector>
 
-#include "protocol/form_state.h"
-#include "protocol/link.h"
-#include "protocol/receiver.h"
+#include "session/session.h"
 
 namespace halvex::commissioning {
-
-// Keeps the last good replies the receive path saw, numbered. Made once for
-// a receiver and kept as long as it is. More than the last one is kept: a
-// page that follows a reply may ask the unit something of its own (a
-// cleared tour is loaded again) before the asker has looked.
-class ReplyTap {
-  public:
-    static constexpr std::size_t kKept = 256;
-    using Fits = std::function<bool(const std::vector<Byte>& reply)>;
-
-    ReplyTap(FormState& state, Receiver& receiver);
-
-    // Replies seen so far.
-    std::uint64_t count() const { return seen_->count; }
-    // The first reply after the first `seen` that `fits`; code at [0], then
-    // the payload.
-    std::optional<std::vector<Byte>> firstSince(std::uint64_t seen, const Fits& fits) const;
-
-  private:
-    struct Seen {
-        std::uint64_t count = 0;
-        std::deque<std::vector<Byte>> last;  // the last kKept, oldest first
-    };
-    std::shared_ptr<Seen> seen_ = std::make_shared<Seen>();
-};
 
 // How a long job shows how far it is and learns that the operator gave up.
 struct Progress {
@@ -53,9 +23,9 @@ struct Progress {
     bool stopped() const { return cancelled && cancelled(); }
 };
 
-// The unit one question at a time, through the console's own link: each
-// request goes out on a tick like every page's, and its reply is taken from
-// the receive path. While it lives it holds the line (no jog message comes
+// The unit one question at a time, through the session's line: each request
+// goes out on a tick like every page's, and its reply is taken from the
+// session's reply history. While it lives it holds the line (no jog message comes
 // between its frames) and the reply watchdog runs at `watchdogMs`; a
 // coroutine that keeps it in its frame holds the line across its waits.
 class UnitLine {
@@ -64,7 +34,7 @@ class UnitLine {
     // Beyond the watchdog, for a reply that is still arriving.
     static constexpr int kReplyGraceMs = 250;
 
-    UnitLine(FormState& state, Link& link, const ReplyTap& tap, int watchdogMs = Link::kWatchdogMs);
+    explicit UnitLine(Session& session, int watchdogMs = Link::kWatchdogMs);
     ~UnitLine();
     UnitLine(const UnitLine&) = delete;
     UnitLine& operator=(const UnitLine&) = delete;
@@ -92,7 +62,7 @@ class UnitLine {
   private:
     FormState& state_;
     Link& link_;
-    const ReplyTap& tap_;
+    const ReplyHistory& replies_;
     SendInProgressScope hold_;
     int previousWatchdogMs_;
 };

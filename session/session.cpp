@@ -19,6 +19,8 @@ Session::Session(SerialPort* port, int tickMs, QObject* parent)
     receiver_.attachPort(port_);
     link_.setJogSender([this] { sendJogMessage(); });
     receiver_.addReplyWatcher([this](const std::vector<Byte>& reply) { lastReply_ = reply; });
+    // After the last reply is kept: whoever the history wakes may look at it.
+    replies_.listenTo(state_, receiver_);
     watchCameraReports();
     watchLensReports();
     watchTourReports();

@@ -18,6 +18,7 @@
 #include "session/jog_state.h"
 #include "session/outcome.h"
 #include "session/preset_table.h"
+#include "session/reply_history.h"
 #include "session/tour_table.h"
 #include "session/unit_status.h"
 
@@ -71,6 +72,9 @@ class Session : public QObject {
     JogSources& jogSources() { return jogSources_; }
     PresetTable& presets() { return presets_; }
     const TourTable& tours() const { return tours_; }
+    // The last replies, for a caller that asks a question of its own and
+    // looks for the answer.
+    const ReplyHistory& replies() const { return replies_; }
 
     // Online: the connection sequence has run to its end on an open line.
     bool online() const { return state_.Online && link_.portOpen(); }
@@ -362,6 +366,7 @@ class Session : public QObject {
     FormState state_;
     Link link_;
     Receiver receiver_;
+    ReplyHistory replies_;
     SerialPort* port_;
     UnitStatus status_;
     JogState jog_;

@@ -129,8 +129,7 @@ TEST(CommissioningEndToEnd, FindsTheUnitAtAddressSevenOnItsLine) {
     ASSERT_TRUE(line.open(unit.device(), 9600));
     // The console's usual wait for a reply, which a loaded machine keeps to;
     // the search stops once it has asked a few addresses past 7.
-    const ReplyTap tap(line.state(), line.receiver());
-    UnitLine asking(line.state(), line.link(), tap, Link::kWatchdogMs);
+    UnitLine asking(line, Link::kWatchdogMs);
     int asked = 0;
     Progress progress;
     progress.report = [&asked](const QString&, int done, int) { asked = done + 1; };

@@ -329,8 +329,7 @@ TEST(RestoreUnit, AFaultDuringAMoveStillStopsThePlatformAndComesOutOfTheRestore)
     RecordingPeer peer{unit};
     Session line(new TestPort(&peer), CommissioningRig::kCommissioningTickMs);
     ASSERT_TRUE(line.open(QStringLiteral("COM1"), 9600));
-    const ReplyTap tap(line.state(), line.receiver());
-    UnitLine asking(line.state(), line.link(), tap);
+    UnitLine asking(line);
     const UnitRead read = finish(readUnit(asking, Progress{}), CommissioningRig::kLongestJobMs);
     ASSERT_TRUE(read.settings.has_value()) << read.problem.toStdString();
     UnitSettings file = *read.settings;
