@@ -216,6 +216,11 @@ void Link::noteReceiveEvent() {
     state_.ReplyReceived = true;
 }
 
+void Link::abandonAwaitedReplies() {
+    giveUpOnReplies();
+    state_.notifyChanged();
+}
+
 int Link::replyTimeoutMs() const {
     return timer4_.interval() + kReplyGraceMs;
 }

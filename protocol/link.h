@@ -104,6 +104,11 @@ class Link : public QObject {
         }
     }
 
+    // Replies are matched to frames in order: when the console turns to
+    // another unit, the frames written to the one before get no answer, and
+    // whoever waits for one is told so.
+    void abandonAwaitedReplies();
+
     // Frames written since the program started, jog messages included.
     quint64 framesSent() const { return framesSent_; }
     // Frames that a receive event came for.
