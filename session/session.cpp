@@ -30,6 +30,7 @@ Session::Session(SerialPort* port, int tickMs, QObject* parent)
     watchDisplayReports();
     watchDriveReports();
     watchMountReports();
+    watchIdentityReports();
 }
 
 Session::~Session() {

@@ -243,6 +243,24 @@ class Session : public QObject {
     QCoro::Task<Outcome> runHomingCycle(Requester requester = Requester::Program);
     bool procedureRunning() const { return procedureRunning_; }
 
+    // The unit's identity. talkTo() makes the console address the unit at
+    // `unitId` from the next frame on and take only that unit's replies (an
+    // address past the byte is a range fault, thrown). Setting the address
+    // by broadcast reaches whatever unit is on the line; reading it always
+    // does. Each operation is answered with what the unit then holds, which
+    // the status keeps and the signals below announce; a value past its byte
+    // is a range fault.
+    void talkTo(int unitId);
+    QCoro::Task<Outcome> setUnitAddress(int id, bool broadcast,
+                                        Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readUnitAddress(Requester requester = Requester::Program);
+    QCoro::Task<Outcome> setCommTimeout(int seconds, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readCommTimeout(Requester requester = Requester::Program);
+    // 0 disabled, 1 sharing power with the motors, 2 full power.
+    QCoro::Task<Outcome> setHeaterMode(int mode, Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readHeaterMode(Requester requester = Requester::Program);
+    QCoro::Task<Outcome> readFirmware(Requester requester = Requester::Program);
+
     // Stop and Reset ride on the next jog message, which goes out ahead of
     // anything queued later; refused only when no unit is on the line. Stop
     // also puts every jog source at rest.
@@ -312,6 +330,13 @@ class Session : public QObject {
     void encodersReported(const halvex::AxisPair& counts);
     // The homing cycle has started: the index points are being looked for.
     void homingStarted();
+    // The unit's own address, communication time-out, heater mode and
+    // firmware, as it reports them.
+    void unitAddressReported(int address);
+    void commTimeoutReported(int seconds);
+    // The mode as its field holds it: 0 to 3.
+    void heaterModeReported(int mode);
+    void firmwareReported(const halvex::FirmwareRevision& revision);
     // Stop was asked for: whatever shows motion (a tour's display) ends.
     void stopRequested();
 
@@ -341,6 +366,8 @@ class Session : public QObject {
     // Keep the video and on-screen display replies in the status.
     void watchVideoReports();
     void watchDisplayReports();
+    // Keep the address, time-out, heater and firmware replies in the status.
+    void watchIdentityReports();
     // Refuses a program's request as programRefusal() says, builds the
     // message (a range fault sends nothing), sends it and waits for its
     // answer: the operations that are one message each.

@@ -5,6 +5,7 @@
 #include "protocol/frame.h"
 #include "session/camera_settings.h"
 #include "session/drive_settings.h"
+#include "session/unit_identity.h"
 #include "session/video_settings.h"
 
 namespace halvex {
@@ -59,6 +60,13 @@ struct UnitStatus {
     AxisPair Maxima{};
     MountSettings Mount{};
     AxisPair EncoderCounts{};
+
+    // The unit's own address, communication time-out (seconds), heater mode
+    // and firmware, as last read or set.
+    int UnitAddress = 0;
+    int CommTimeoutSeconds = 0;
+    int HeaterMode = 0;
+    FirmwareRevision Firmware{};
 
     // Set after an alignment: the next position report also becomes the
     // operator's desired position.

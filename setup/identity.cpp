@@ -2,12 +2,11 @@
 
 #include <QDate>
 #include <QLocale>
+#include <algorithm>
 #include <string>
 
 #include "console/controls_from_reply.h"
 #include "console/handler_wiring.h"
-#include "protocol/senders.h"
-#include "protocol/vocabulary.h"
 #include "setup/checked_scroll.h"
 #include "views/pages/factory_page.h"
 #include "views/pages/setup_page.h"
@@ -15,15 +14,6 @@
 namespace halvex {
 
 namespace {
-namespace v = vocab;
-
-// A one-field message with its value.
-template <class M>
-std::vector<Byte> messageWith(v::Field<M> field, std::uint32_t value) {
-    std::vector<Byte> message = v::blank<M>();
-    v::put(message, field, value);
-    return message;
-}
 const char* const kFactoryAccessCode = "7214";
 
 // HeaterEcho is the other way round from a plain flag: true except while a
@@ -43,6 +33,11 @@ class HeaterEchoOff {
 Identity::Identity(ConsoleContext& context, SetupPage& page, FactoryPage& factory, QObject* parent)
     : QObject(parent), context_(context), page_(page), factory_(factory) {
     connectControls();
+    Session& session = context_.session;
+    connect(&session, &Session::unitAddressReported, this, &Identity::showAddress);
+    connect(&session, &Session::commTimeoutReported, this, &Identity::showCommTimeout);
+    connect(&session, &Session::heaterModeReported, this, &Identity::showHeaterMode);
+    connect(&session, &Session::firmwareReported, this, &Identity::showFirmware);
 }
 
 void Identity::connectControls() {
@@ -68,73 +63,61 @@ void Identity::connectControls() {
             [this] { CurrIDScroll_Change(page_.CurrIDScroll->value()); });
     for (int i = 0; i < static_cast<int>(page_.HeatOp.size()); ++i) {
         onEvent(state, page_.HeatOp[i], &QRadioButton::toggled, this, "HeatOp_Click",
-                [this, i](bool on) {
-                    if (on) {
-                        HeatOp_Click(i);
-                    }
-                });
+                [this, i](bool on) { return HeatOp_Click(i, on); });
     }
-}
-
-void Identity::registerDecoders() {
-    Receiver& receiver = context_.receiver;
-    receiver.registerDecoder(v::UnitAddress::kCode, [this] { decodeAddress(); });
-    receiver.registerDecoder(v::CommTimeout::kCode, [this] { decodeCommTimeout(); });
-    receiver.registerDecoder(v::Heater::kCode, [this] { decodeHeater(); });
-    receiver.registerDecoder(v::Firmware::kCode, [this] { decodeFirmware(); });
 }
 
 void Identity::registerReads(ReadHandlers& reads) {
-    reads["GetTOBut"] = [this] { GetTOBut_Click(); };
-    reads["GetHeatBut"] = [this] { GetHeatBut_Click(); };
-    reads["RevBut"] = [this] { RevBut_Click(); };
-}
-
-void Identity::send(const std::vector<Byte>& message) {
-    sendMessage(context_.state, context_.link, message);
+    FormState& state = context_.state;
+    reads["GetTOBut"] = [this, &state] { launch(state, "GetTOBut_Click", GetTOBut_Click()); };
+    reads["GetHeatBut"] = [this, &state] { launch(state, "GetHeatBut_Click", GetHeatBut_Click()); };
+    reads["RevBut"] = [this, &state] { launch(state, "RevBut_Click", RevBut_Click()); };
 }
 
 void Identity::CurrIDScroll_Change(int value) {
-    // The next frame goes to this unit, and both checks start from it.
-    context_.state.UnitId = checkedByte(value);
+    context_.session.talkTo(value);
 }
 
-void Identity::SetIDBut_Click() {
-    send(messageWith(v::unit_address::kId, byteOf(page_.IDScroll)));
+QCoro::Task<> Identity::SetIDBut_Click() {
+    const Outcome outcome = co_await context_.session.setUnitAddress(page_.IDScroll->value(), false,
+                                                                     Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
-void Identity::BSetIDBut_Click() {
-    const Byte id = byteOf(page_.IDScroll);
-    context_.state.AddressOverride = kBroadcast;
-    send(messageWith(v::unit_address::kId, id));
+QCoro::Task<> Identity::BSetIDBut_Click() {
+    const Outcome outcome = co_await context_.session.setUnitAddress(page_.IDScroll->value(), true,
+                                                                     Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
-void Identity::GetIDBut_Click() {
-    context_.state.AddressOverride = kBroadcast;
-    send(v::readRequest<v::UnitAddress>());
+QCoro::Task<> Identity::GetIDBut_Click() {
+    co_await context_.session.readUnitAddress(Requester::Operator);
 }
 
-void Identity::SetTOBut_Click() {
-    send(messageWith(v::comm_timeout::kSeconds, byteOf(page_.TOScroll)));
+QCoro::Task<> Identity::SetTOBut_Click() {
+    const Outcome outcome =
+        co_await context_.session.setCommTimeout(page_.TOScroll->value(), Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
-void Identity::GetTOBut_Click() {
-    send(v::readRequest<v::CommTimeout>());
+QCoro::Task<> Identity::GetTOBut_Click() {
+    co_await context_.session.readCommTimeout(Requester::Operator);
 }
 
-void Identity::HeatOp_Click(int index) {
-    if (!HeaterEcho) {
-        return;
+QCoro::Task<> Identity::HeatOp_Click(int index, bool on) {
+    if (!on || !HeaterEcho) {
+        co_return;
     }
-    send(messageWith(v::heater::kModeByte, checkedByte(index)));
+    const Outcome outcome = co_await context_.session.setHeaterMode(index, Requester::Operator);
+    outcome.raiseRangeFault();
 }
 
-void Identity::GetHeatBut_Click() {
-    send(v::readRequest<v::Heater>());
+QCoro::Task<> Identity::GetHeatBut_Click() {
+    co_await context_.session.readHeaterMode(Requester::Operator);
 }
 
-void Identity::RevBut_Click() {
-    send(v::blank<v::FirmwareRequest>());
+QCoro::Task<> Identity::RevBut_Click() {
+    co_await context_.session.readFirmware(Requester::Operator);
 }
 
 void Identity::PassEntBut_Click() {
@@ -145,46 +128,46 @@ void Identity::PassEntBut_Click() {
     }
 }
 
-void Identity::decodeAddress() {
-    ControlsFromReply quiet(context_.state);
-    setScrollChecked(page_.IDScroll, v::get(context_.state.RxBuffer, v::unit_address::kId));
+// Each reply is shown as it comes in, so a value the page cannot show is a
+// fault of the receive handler.
+void Identity::showAddress(int address) {
+    guarded(context_.state, "SerPort1_OnComm", [&] {
+        ControlsFromReply quiet(context_.state);
+        setScrollChecked(page_.IDScroll, address);
+    });
 }
 
-void Identity::decodeCommTimeout() {
-    ControlsFromReply quiet(context_.state);
-    const auto seconds =
-        static_cast<int>(v::get(context_.state.RxBuffer, v::comm_timeout::kSeconds));
-    page_.TOScroll->setValue(seconds > page_.TOScroll->maximum() ? page_.TOScroll->maximum()
-                                                                 : seconds);
-    page_.TOLabel->setText(QString::number(page_.TOScroll->value()));
+void Identity::showCommTimeout(int seconds) {
+    guarded(context_.state, "SerPort1_OnComm", [&] {
+        ControlsFromReply quiet(context_.state);
+        page_.TOScroll->setValue(std::min(seconds, page_.TOScroll->maximum()));
+        page_.TOLabel->setText(QString::number(page_.TOScroll->value()));
+    });
 }
 
-void Identity::decodeHeater() {
-    ControlsFromReply quiet(context_.state);
-    HeaterEchoOff quietHeater(HeaterEcho);
-    page_.HeatOp[v::get(context_.state.RxBuffer, v::heater::kMode)]->setChecked(true);
+void Identity::showHeaterMode(int mode) {
+    guarded(context_.state, "SerPort1_OnComm", [&] {
+        ControlsFromReply quiet(context_.state);
+        HeaterEchoOff quietHeater(HeaterEcho);
+        page_.HeatOp.at(static_cast<std::size_t>(mode))->setChecked(true);
+    });
 }
 
-void Identity::decodeFirmware() {
-    const ByteTable& rx = context_.state.RxBuffer;
-    const auto byte = [&rx](v::Field<v::Firmware> field) {
-        return static_cast<Byte>(v::get(rx, field));
-    };
-    page_.RevLabel->setText(revisionCaption(byte(v::firmware::kMajor), byte(v::firmware::kMinor),
-                                            byte(v::firmware::kDay), byte(v::firmware::kMonth),
-                                            byte(v::firmware::kYear)));
+void Identity::showFirmware(const FirmwareRevision& revision) {
+    guarded(context_.state, "SerPort1_OnComm",
+            [&] { page_.RevLabel->setText(revisionCaption(revision)); });
 }
 
-QString Identity::revisionCaption(Byte major, Byte minor, Byte day, Byte month, Byte year) {
-    const QDate date(v::firmware::kYearBias + year, month, day);
+QString Identity::revisionCaption(const FirmwareRevision& revision) {
+    const QDate date(revision.year, revision.month, revision.day);
     if (!date.isValid()) {
-        throw RangeFault(RangeFault::Overflow, "invalid date " + std::to_string(day) + "/" +
-                                                   std::to_string(month) + "/" +
-                                                   std::to_string(v::firmware::kYearBias + year));
+        throw RangeFault(RangeFault::Overflow, "invalid date " + std::to_string(revision.day) +
+                                                   "/" + std::to_string(revision.month) + "/" +
+                                                   std::to_string(revision.year));
     }
     return QStringLiteral("Rev %1.%2  %3")
-        .arg(major)
-        .arg(minor, 2, 10, QLatin1Char('0'))
+        .arg(revision.major)
+        .arg(revision.minor, 2, 10, QLatin1Char('0'))
         .arg(QLocale::system().toString(date, QLocale::ShortFormat));
 }
 

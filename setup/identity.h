@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoro/QCoroTask>
 #include <QObject>
 #include <QString>
 
@@ -19,31 +20,32 @@ class Identity : public QObject {
     Identity(ConsoleContext& context, SetupPage& page, FactoryPage& factory,
              QObject* parent = nullptr);
 
-    void registerDecoders();
     void registerReads(ReadHandlers& reads);
 
     void CurrIDScroll_Change(int value);
-    void SetIDBut_Click();
-    void BSetIDBut_Click();
-    void GetIDBut_Click();
-    void SetTOBut_Click();
-    void GetTOBut_Click();
-    void HeatOp_Click(int index);
-    void GetHeatBut_Click();
-    void RevBut_Click();
+    QCoro::Task<> SetIDBut_Click();
+    QCoro::Task<> BSetIDBut_Click();
+    QCoro::Task<> GetIDBut_Click();
+    QCoro::Task<> SetTOBut_Click();
+    QCoro::Task<> GetTOBut_Click();
+    // The option buttons act when they are checked, not when they clear.
+    QCoro::Task<> HeatOp_Click(int index, bool on);
+    QCoro::Task<> GetHeatBut_Click();
+    QCoro::Task<> RevBut_Click();
     void PassEntBut_Click();
 
     // "Rev 2.03  15/06/2011": revision and clock date in the short date form
     // of the system. A date the calendar rejects is a range fault.
-    static QString revisionCaption(Byte major, Byte minor, Byte day, Byte month, Byte year);
+    static QString revisionCaption(const FirmwareRevision& revision);
 
   private:
     void connectControls();
-    void send(const std::vector<Byte>& message);
-    void decodeAddress();
-    void decodeCommTimeout();
-    void decodeHeater();
-    void decodeFirmware();
+    // The unit's replies, shown without sending anything. A value a control
+    // cannot show is a range fault of the receive handler.
+    void showAddress(int address);
+    void showCommTimeout(int seconds);
+    void showHeaterMode(int mode);
+    void showFirmware(const FirmwareRevision& revision);
 
     ConsoleContext& context_;
     SetupPage& page_;

@@ -24,7 +24,6 @@ SetupPages installSetupFeatures(ConsoleContext& context, QObject* owner) {
     auto* speeds = new SpeedsAndLimits(context, *setupPage, owner);
     speeds->registerReads(context.readHandlers);
     auto* identity = new Identity(context, *setupPage, *factoryPage, owner);
-    identity->registerDecoders();
     identity->registerReads(context.readHandlers);
 
     auto* directions = new Directions(context, *factoryPage, owner);

@@ -530,5 +530,43 @@ TEST_F(SessionTest, VideoAndOnScreenDisplayAreSetAndReadBackAndWhatCannotBeSentS
     EXPECT_TRUE(commandsSince(mark).empty());
 }
 
+TEST_F(SessionTest, TheAddressIsReadByBroadcastAndTheIdentityRepliesFillTheStatus) {
+    ASSERT_TRUE(connect());
+    // The unit moves to address 5 and the console follows it.
+    ASSERT_TRUE(finish(session.setUnitAddress(5, false)).isDone());
+    session.talkTo(5);
+    QSignalSpy addresses(&session, &Session::unitAddressReported);
+    std::size_t mark = line.frames().size();
+    ASSERT_TRUE(finish(session.readUnitAddress()).isDone());
+    ASSERT_TRUE(finish(session.readCommTimeout()).isDone());
+    // The read went by broadcast; the frames around it still went to unit 5.
+    int broadcasts = 0;
+    for (std::size_t i = mark; i < line.frames().size(); ++i) {
+        const RecordingPeer::Frame& frame = line.frames()[i];
+        const bool read = frame.message.at(0) == vocab::UnitAddress::kCode;
+        broadcasts += read ? 1 : 0;
+        EXPECT_EQ(frame.address, read ? kBroadcast : 5) << i - mark;
+    }
+    EXPECT_EQ(broadcasts, 1);
+    ASSERT_EQ(addresses.size(), 1);
+    EXPECT_EQ(addresses.at(0).at(0).toInt(), 5);
+
+    // A value past its byte sends nothing, and leaves no broadcast behind.
+    mark = line.frames().size();
+    EXPECT_EQ(finish(session.setHeaterMode(256)).kind(), Outcome::Kind::RangeFault);
+    EXPECT_EQ(finish(session.setCommTimeout(-1)).kind(), Outcome::Kind::RangeFault);
+    EXPECT_EQ(finish(session.setUnitAddress(256, true)).kind(), Outcome::Kind::RangeFault);
+    EXPECT_TRUE(commandsSince(mark).empty());
+    EXPECT_EQ(session.state().AddressOverride, kNoOverride);
+
+    unit.state().options.clockDate = sim::CalendarDate{2011, 6, 15};
+    QSignalSpy firmware(&session, &Session::firmwareReported);
+    ASSERT_TRUE(finish(session.readFirmware()).isDone());
+    const FirmwareRevision expected{2, 10, 15, 6, 2011};
+    EXPECT_EQ(session.status().Firmware, expected);
+    ASSERT_EQ(firmware.size(), 1);
+    EXPECT_EQ(firmware.at(0).at(0).value<FirmwareRevision>(), expected);
+}
+
 }  // namespace
 }  // namespace halvex::testing
