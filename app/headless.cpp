@@ -85,6 +85,7 @@ int runHeadless(int& argc, char* argv[], const CommandLine& commandLine) {
     Session session;
     const LineChoice line = chooseLine(commandLine);
     UnitConnection connection(session, line);
+    connection.setLaterSteps(connection.unitReads());
     const qint32 baud = line.baudRate();
     QObject::connect(&session.state(), &FormState::faultReported, &app,
                      [](const QString& text) { say(text); });

@@ -1,6 +1,5 @@
 #include "connection/connection_sequence.h"
 
-#include "connection/initial_reads.h"
 #include "console/messages.h"
 #include "console/page_lock.h"
 #include "protocol/port_map.h"
@@ -77,32 +76,17 @@ ConnectionSequence::ConnectionSequence(ConsoleContext& context, PortSelection& p
 
 std::vector<UnitConnection::Step> ConnectionSequence::pageReads() {
     ConsoleContext& context = context_;
-    UnitConnection& connection = connection_;
     auto presets = [&context]() -> QCoro::Task<> {
         co_await context.events.presetsReload();
         emit context.events.tourSelectorPrepareRequested();
     };
     auto tours = [&context]() -> QCoro::Task<> { co_await context.events.selectedTourLoad(); };
-    auto setup = [&context, &connection]() -> QCoro::Task<> {
-        for (const char* read : setupReads()) {
-            runInitialRead(context, read);
-            co_await connection.lineFree();
-        }
-    };
-    auto camera = [&context, &connection]() -> QCoro::Task<> {
-        for (const char* read : cameraReads()) {
-            runInitialRead(context, read);
-            co_await connection.lineFree();
-        }
-        sendMessage(context.state, context.link, vocab::readRequest<vocab::VideoConfiguration>());
-        sendMessage(context.state, context.link, vocab::readRequest<vocab::AngleDisplay>());
-        sendMessage(context.state, context.link, vocab::readRequest<vocab::NameDisplay>());
-        co_await connection.lineFree();
-    };
-    return {{ConnectStage::Presets, presets},
-            {ConnectStage::Tours, tours},
-            {ConnectStage::Setup, setup},
-            {ConnectStage::Camera, camera}};
+    std::vector<UnitConnection::Step> steps = {{ConnectStage::Presets, presets},
+                                               {ConnectStage::Tours, tours}};
+    for (UnitConnection::Step& read : connection_.settingsReads()) {
+        steps.push_back(std::move(read));
+    }
+    return steps;
 }
 
 void ConnectionSequence::showProgress(const QString& pan, const QString& tilt) {

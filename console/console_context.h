@@ -17,11 +17,6 @@ class QWidget;
 
 namespace halvex {
 
-// "Get" handlers of the pages by control name ("GetCenBut", "GetLensBut",
-// ...), which the connection sequence runs in its own order. A page that has
-// none registered is read with a bare request.
-using ReadHandlers = std::map<std::string, std::function<void()>>;
-
 // What every feature is handed: the session, the shared state, the link, the receive
 // dispatch, the events features raise for each other, the message boxes and
 // the window they belong to. The main window owns all of it.
@@ -35,7 +30,6 @@ struct ConsoleContext {
     Link& link;
     Receiver& receiver;
     ConsoleEvents& events;
-    ReadHandlers& readHandlers;
     const Messages& messages;
     QWidget* window;
 };

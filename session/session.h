@@ -362,7 +362,6 @@ class Session : public QObject {
     QCoro::Task<> reloadPresetsOnce();
     void takeTourStep();
     QCoro::Task<> loadSelectedTour();
-    // Keep the video replies in the status.
     // Keep the video and on-screen display replies in the status.
     void watchVideoReports();
     void watchDisplayReports();

@@ -7,6 +7,12 @@
 
 namespace halvex {
 
+namespace {
+// The console is not online until the connection's reads are done: they go
+// out as the operator's own reads do.
+constexpr Requester kConnecting = Requester::Operator;
+}  // namespace
+
 UnitConnection::UnitConnection(Session& session, LineChoice line, QObject* parent)
     : QObject(parent), session_(session), line_(std::move(line)) {
     reconnect_.setInterval(kReconnectMs);
@@ -128,6 +134,64 @@ void UnitConnection::requestLimits() {
         vocab::put(request, vocab::soft_limit::kLimit, static_cast<Byte>(index));
         sendMessage(session_.state(), session_.link(), request);
     }
+}
+
+void UnitConnection::startRead(FormState& state, QCoro::Task<Outcome> read) {
+    // The frame is queued before this returns; the reply fills the status.
+    launch(state, "StartBut_Click", completing(std::move(read)));
+}
+
+std::vector<UnitConnection::Step> UnitConnection::settingsReads() {
+    Session& session = session_;
+    auto setup = [this, &session]() -> QCoro::Task<> {
+        FormState& state = session.state();
+        const std::function<QCoro::Task<Outcome>()> reads[] = {
+            [&] { return session.readCentre(kConnecting); },
+            [&] { return session.readDriveRates(kConnecting); },
+            [&] { return session.readPanSteps(kConnecting); },
+            [&] { return session.readTiltSteps(kConnecting); },
+            [&] { return session.readTopSpeeds(TopSpeedSet::First, kConnecting); },
+            [&] { return session.readTopSpeeds(TopSpeedSet::Second, kConnecting); },
+            [&] { return session.readCommTimeout(kConnecting); },
+            [&] { return session.readMount(kConnecting); },
+            [&] { return session.readHeaterMode(kConnecting); },
+            [&] { return session.readFirmware(kConnecting); },
+            [&] { return session.readEncoderCounts(kConnecting); },
+        };
+        for (const auto& read : reads) {
+            startRead(state, read());
+            co_await lineFree();
+        }
+    };
+    auto cameras = [this, &session]() -> QCoro::Task<> {
+        FormState& state = session.state();
+        // The lens read carries the lens setup as last known, as a read
+        // from the Camera page carries what the page shows.
+        startRead(state, session.readLensSetup(session.status().LensSetups, kConnecting));
+        co_await lineFree();
+        startRead(state, session.readCameraLines(kConnecting));
+        co_await lineFree();
+        startRead(state, session.readCameraTimeouts(kConnecting));
+        co_await lineFree();
+        startRead(state, session.readVideo(kConnecting));
+        startRead(state, session.readAngleDisplay(kConnecting));
+        startRead(state, session.readNameDisplay(kConnecting));
+        co_await lineFree();
+    };
+    return {{ConnectStage::Setup, setup}, {ConnectStage::Camera, cameras}};
+}
+
+std::vector<UnitConnection::Step> UnitConnection::unitReads() {
+    Session& session = session_;
+    auto presets = [&session]() -> QCoro::Task<> { co_await session.reloadPresets(kConnecting); };
+    auto tour = [&session]() -> QCoro::Task<> {
+        co_await session.loadTour(session.tours().selected, kConnecting);
+    };
+    std::vector<Step> steps = {{ConnectStage::Presets, presets}, {ConnectStage::Tours, tour}};
+    for (Step& read : settingsReads()) {
+        steps.push_back(std::move(read));
+    }
+    return steps;
 }
 
 StateWait UnitConnection::lineFree() {

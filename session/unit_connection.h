@@ -55,6 +55,13 @@ class UnitConnection : public QObject {
     UnitConnection(Session& session, LineChoice line, QObject* parent = nullptr);
 
     void setLaterSteps(std::vector<Step> steps) { laterSteps_ = std::move(steps); }
+    // The steps that read the unit's setup (centre, drive, identity, mount,
+    // encoders) and its cameras, lenses, video and displays, each read
+    // answered before the next goes out; for the end of the later steps.
+    std::vector<Step> settingsReads();
+    // Everything the console reads after the limits: the presets, the
+    // selected tour, then the settings reads above.
+    std::vector<Step> unitReads();
     // Made for the time a connection works and dropped after it (the
     // window's hourglass pointer).
     void setBusyIndicator(std::function<std::shared_ptr<void>()> busy) { busy_ = std::move(busy); }
@@ -104,6 +111,8 @@ class UnitConnection : public QObject {
     QCoro::Task<bool> initialise(NoAnswer noAnswer = NoAnswer::Tell);
     QCoro::Task<> announce(ConnectStage stage);
     void requestLimits();
+    // Sends the read and lets it complete on its own.
+    static void startRead(FormState& state, QCoro::Task<Outcome> read);
     void fail(NoAnswer noAnswer);
     void abandon();
     void portLost(const QString& reason);

@@ -59,12 +59,6 @@ void Directions::connectControls() {
     onClick(state, page_.EncHomeBut, this, "EncHomeBut_Click", &Directions::EncHomeBut_Click);
 }
 
-void Directions::registerReads(ReadHandlers& reads) {
-    FormState& state = context_.state;
-    reads["GetRevBut"] = [this, &state] { launch(state, "GetRevBut_Click", GetRevBut_Click()); };
-    reads["GetEncBut"] = [this, &state] { launch(state, "GetEncBut_Click", GetEncBut_Click()); };
-}
-
 QCoro::Task<> Directions::GetRevBut_Click() {
     co_await context_.session.readMount(Requester::Operator);
 }

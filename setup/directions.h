@@ -17,8 +17,6 @@ class Directions : public QObject {
   public:
     Directions(ConsoleContext& context, FactoryPage& page, QObject* parent = nullptr);
 
-    void registerReads(ReadHandlers& reads);
-
     QCoro::Task<> GetRevBut_Click();
     QCoro::Task<> SetRevBut_Click();
     QCoro::Task<> GetEncBut_Click();

@@ -67,13 +67,6 @@ void Identity::connectControls() {
     }
 }
 
-void Identity::registerReads(ReadHandlers& reads) {
-    FormState& state = context_.state;
-    reads["GetTOBut"] = [this, &state] { launch(state, "GetTOBut_Click", GetTOBut_Click()); };
-    reads["GetHeatBut"] = [this, &state] { launch(state, "GetHeatBut_Click", GetHeatBut_Click()); };
-    reads["RevBut"] = [this, &state] { launch(state, "RevBut_Click", RevBut_Click()); };
-}
-
 void Identity::CurrIDScroll_Change(int value) {
     context_.session.talkTo(value);
 }

@@ -20,8 +20,6 @@ class Identity : public QObject {
     Identity(ConsoleContext& context, SetupPage& page, FactoryPage& factory,
              QObject* parent = nullptr);
 
-    void registerReads(ReadHandlers& reads);
-
     void CurrIDScroll_Change(int value);
     QCoro::Task<> SetIDBut_Click();
     QCoro::Task<> BSetIDBut_Click();

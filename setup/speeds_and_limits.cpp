@@ -45,19 +45,6 @@ void SpeedsAndLimits::connectControls() {
     onClick(state, page_.SetTiltBut, this, "SetTiltBut_Click", &SpeedsAndLimits::SetTiltBut_Click);
 }
 
-void SpeedsAndLimits::registerReads(ReadHandlers& reads) {
-    FormState& state = context_.state;
-    reads["GetRateBut"] = [this, &state] { launch(state, "GetRateBut_Click", GetRateBut_Click()); };
-    reads["GetPStepBut"] = [this, &state] {
-        launch(state, "GetPStepBut_Click", GetPStepBut_Click());
-    };
-    reads["GetTStepBut"] = [this, &state] {
-        launch(state, "GetTStepBut_Click", GetTStepBut_Click());
-    };
-    reads["GetCMaxBut"] = [this, &state] { launch(state, "GetCMaxBut_Click", GetCMaxBut_Click()); };
-    reads["GetIMaxBut"] = [this, &state] { launch(state, "GetIMaxBut_Click", GetIMaxBut_Click()); };
-}
-
 QCoro::Task<> SpeedsAndLimits::GetRateBut_Click() {
     co_await context_.session.readDriveRates(Requester::Operator);
 }

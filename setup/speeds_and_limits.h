@@ -19,9 +19,6 @@ class SpeedsAndLimits : public QObject {
   public:
     SpeedsAndLimits(ConsoleContext& context, SetupPage& page, QObject* parent = nullptr);
 
-    // Puts the Get handlers where the connection sequence finds them.
-    void registerReads(ReadHandlers& reads);
-
     QCoro::Task<> GetRateBut_Click();
     QCoro::Task<> SetRateBut_Click();
     QCoro::Task<> GetCMaxBut_Click();

@@ -22,20 +22,8 @@ CameraFeatures::CameraFeatures(ConsoleContext& context, JogState& jog, CameraPag
     new CameraLists(
         context, page, [this] { return dataFolder_; }, this);
     new CameraTransmit(context, page, this);
-    auto* lines = new CameraLines(context, page, this);
-    auto* lenses = new LensControl(context, jog, page, this);
-
-    // The connection sequence reads the camera settings through these.
-    FormState& state = context.state;
-    context.readHandlers["GetLensBut"] = [&state, lenses] {
-        launch(state, "GetLensBut_Click", lenses->GetLensBut_Click());
-    };
-    context.readHandlers["GetCamBut"] = [&state, lines] {
-        launch(state, "GetCamBut_Click", lines->GetCamBut_Click());
-    };
-    context.readHandlers["GetCamTOBut"] = [&state, lines] {
-        launch(state, "GetCamTOBut_Click", lines->GetCamTOBut_Click());
-    };
+    new CameraLines(context, page, this);
+    new LensControl(context, jog, page, this);
 
     onEvent(context.state, page.SerHelpBut, &QPushButton::clicked, this, "SerHelpBut_Click",
             [this] { SerHelpBut_Click(); });

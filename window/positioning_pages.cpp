@@ -28,7 +28,7 @@ PositioningPages installPositioning(ConsoleContext& context,
     surroundings.panCaption = environment.Label2_0;
     surroundings.tiltCaption = environment.Label2_1;
     surroundings.pageTabs = environment.SSTab1;
-    auto* alignment = new Alignment(context, *offsetsPage, std::move(surroundings), owner);
+    new Alignment(context, *offsetsPage, std::move(surroundings), owner);
 
     auto* monitor = new MovementMonitor(context, *monitorPanel, owner);
     monitor->listen();
@@ -46,10 +46,6 @@ PositioningPages installPositioning(ConsoleContext& context,
             "ScriptPreList_Refill", [tours] { tours->refillPresetChoices(); });
     onEvent(state, &events, &ConsoleEvents::tourDisplayEndRequested, tours, "StopBut_Click",
             [tours] { tours->endTourDisplay(); });
-    // The connection sequence runs this among its setup reads.
-    context.readHandlers["GetCenBut"] = [&state, alignment] {
-        launch(state, "GetCenBut_Click", alignment->GetCenBut_Click());
-    };
 
     PositioningPages pages;
     pages.presets = presetsPage;

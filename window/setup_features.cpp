@@ -21,13 +21,10 @@ SetupPages installSetupFeatures(ConsoleContext& context, QObject* owner) {
     new VideoConfig(context, *videoPage, owner);
     new OnScreenDisplay(context, *videoPage, owner);
 
-    auto* speeds = new SpeedsAndLimits(context, *setupPage, owner);
-    speeds->registerReads(context.readHandlers);
-    auto* identity = new Identity(context, *setupPage, *factoryPage, owner);
-    identity->registerReads(context.readHandlers);
+    new SpeedsAndLimits(context, *setupPage, owner);
+    new Identity(context, *setupPage, *factoryPage, owner);
 
-    auto* directions = new Directions(context, *factoryPage, owner);
-    directions->registerReads(context.readHandlers);
+    new Directions(context, *factoryPage, owner);
 
     SetupPages pages;
     pages.video = videoPage;

@@ -15,9 +15,8 @@ struct SetupPages {
     QWidget* factory = nullptr;  // "Factory"
 };
 
-// Builds the Video, Setup and Factory pages and installs their features,
-// and the Get handlers the connection sequence runs. `owner` keeps the
-// feature objects alive.
+// Builds the Video, Setup and Factory pages and installs their features.
+// `owner` keeps the feature objects alive.
 SetupPages installSetupFeatures(ConsoleContext& context, QObject* owner);
 
 // Whether tour steps are to blank the video while the unit moves: the

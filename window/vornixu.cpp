@@ -53,8 +53,7 @@ VornixU::VornixU(SerialPort* port, Messages::Presenter presenter, int linkTickMs
     : QMainWindow(parent),
       session_(port, linkTickMs),
       messages_(this, std::move(presenter)),
-      context_{session_,  state_,  status_,       presets_,  link_,
-               receiver_, events_, readHandlers_, messages_, this} {
+      context_{session_, state_, status_, presets_, link_, receiver_, events_, messages_, this} {
     setObjectName(QStringLiteral("VornixU"));
     installWidgetAccessibility();
 

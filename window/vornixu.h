@@ -92,7 +92,6 @@ class VornixU : public QMainWindow {
     JogSources& jogSources_ = session_.jogSources();
     PresetTable& presets_ = session_.presets();
     ConsoleEvents events_;
-    ReadHandlers readHandlers_;
     Messages messages_;
     ConsoleContext context_;
     PortSelection* portSelection_ = nullptr;

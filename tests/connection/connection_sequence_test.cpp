@@ -8,8 +8,13 @@
 #include <utility>
 
 #include "connection/connection_sequence.h"
+#include "session/unit_connection.h"
+#include "sim/unit.h"
 #include "tests/support/console_rig.h"
+#include "tests/support/finish.h"
 #include "tests/support/messages.h"
+#include "tests/support/recording_peer.h"
+#include "tests/support/test_port.h"
 #include "views/widgets/lamp_pictures.h"
 
 using namespace halvex;
@@ -92,6 +97,35 @@ TEST(ConnectionSequence, ReadsTheWholeUnitInOrderAndGoesOnline) {
     // except around the single-frame sends.
     EXPECT_TRUE(rig.window->state().Online);
     EXPECT_FALSE(rig.window->state().SendInProgress);
+}
+
+// Without a window the session reads the unit in the same order, and what
+// the unit reports lands in the session's status.
+TEST(ConnectionSequence, AHeadlessSessionReadsTheSameAndKeepsWhatTheUnitSaid) {
+    sim::Unit unit;
+    unit.state().presets.at(3) = {1234, -567, {}};
+    unit.state().settings.commTimeoutSeconds = 30;
+    RecordingPeer line{unit};
+    Session session{new TestPort(&line), 10};
+    UnitConnection connection{session,
+                              {[] { return QStringLiteral("virtual"); }, [] { return 9600; },
+                               [] { return QStringLiteral("the virtual unit"); }}};
+    connection.setLaterSteps(connection.unitReads());
+    ASSERT_TRUE(finish(connection.start(), 20000));
+
+    auto requests = line.messages(false);
+    const Messages_ expected = expectedSequence();
+    ASSERT_GE(requests.size(), expected.size());
+    requests.resize(expected.size());
+    EXPECT_EQ(requests, expected);
+    const UnitStatus& status = session.status();
+    EXPECT_GT(status.Firmware.year, 2000);
+    EXPECT_GT(status.Rates.pan.safeSpeed, 0);
+    EXPECT_GT(status.TopSpeeds[1].pan, 0);
+    EXPECT_EQ(status.CommTimeoutSeconds, 30);
+    EXPECT_EQ(status.CameraAnswerTimeouts, (CameraTimeouts{10, 10}));
+    EXPECT_EQ(session.presets().at(3).pan, 1234);
+    EXPECT_EQ(session.presets().at(3).tilt, -567);
 }
 
 TEST(ConnectionSequence, MissingPortShowsTheMessageAndStaysOffline) {
