@@ -101,21 +101,24 @@ class Restorer {
         // Each part only when the one before went through.
         const bool table = co_await writeTable();
         if (!table) {
-            co_return result_;
+            co_return kept();
         }
         const bool angles = co_await writeAngles();
         if (!angles) {
-            co_return result_;
+            co_return kept();
         }
         const bool tours = co_await writeTours();
         if (!tours) {
-            co_return result_;
+            co_return kept();
         }
         co_await readBack();
-        co_return result_;
+        co_return kept();
     }
 
   private:
+    // A copy: see protocol/wait.h on `co_return member_`.
+    RestoreResult kept() const { return result_; }
+
     bool step(const QString& what) {
         if (progress_.stopped()) {
             result_.cancelled = true;

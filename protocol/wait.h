@@ -92,6 +92,9 @@ class StateWait {
 //   pointer's count) does not survive.
 // - A co_await is never itself the condition of an if, && or ||: its result
 //   goes into a local first. There GCC 12 can resume a frame that is gone.
+// - `co_return member_;` moves the member out under GCC 12, as if it were a
+//   local: a coroutine that hands back what an object keeps returns a copy
+//   it made itself.
 
 // Suspends the calling coroutine until `done` holds or `timeoutMs` has
 // passed; co_await gives done().
