@@ -123,7 +123,7 @@ QCoro::Task<> CommissioningMenu::FindUnits_Click() {
     }
     dialog->showResult(search);
     connect(dialog, &FindUnitsDialog::unitChosen, this, [this](int address) {
-        guarded(context_.state, "TalkToBut_Click", [&] { hooks_.talkTo(address); });
+        guarded(context_.state, "TalkToBut_Click", [&] { context_.session.talkTo(address); });
     });
     connect(dialog, &QDialog::finished, dialog, &QObject::deleteLater);
 }

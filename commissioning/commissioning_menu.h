@@ -24,8 +24,6 @@ struct CommissioningHooks {
     std::function<void()> closeLine;
     // The factory area has been opened with its access code.
     std::function<bool()> factoryOpen;
-    // Makes the console talk to this address ("Talk To ID", CurrIDScroll).
-    std::function<void(int)> talkTo;
     // A line in the status bar.
     std::function<void(const QString&)> showStatus;
 };

@@ -51,6 +51,7 @@ void Session::talkTo(int unitId) {
     if (id != state_.UnitId) {
         state_.UnitId = id;
         link_.abandonAwaitedReplies();
+        emit talkingTo(id);
     }
 }
 

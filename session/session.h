@@ -333,6 +333,8 @@ class Session : public QObject {
     // The unit's own address, communication time-out, heater mode and
     // firmware, as it reports them.
     void unitAddressReported(int address);
+    // The console now talks to the unit at this address (talkTo()).
+    void talkingTo(int unitId);
     void commTimeoutReported(int seconds);
     // The mode as its field holds it: 0 to 3.
     void heaterModeReported(int mode);

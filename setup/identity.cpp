@@ -38,6 +38,13 @@ Identity::Identity(ConsoleContext& context, SetupPage& page, FactoryPage& factor
     connect(&session, &Session::commTimeoutReported, this, &Identity::showCommTimeout);
     connect(&session, &Session::heaterModeReported, this, &Identity::showHeaterMode);
     connect(&session, &Session::firmwareReported, this, &Identity::showFirmware);
+    // Another part of the console (Find Units) chose the unit: the bar
+    // follows, and its change asks for what is already so.
+    connect(&session, &Session::talkingTo, this, [this](int unitId) {
+        if (unitId <= page_.CurrIDScroll->maximum()) {
+            page_.CurrIDScroll->setValue(unitId);
+        }
+    });
 }
 
 void Identity::connectControls() {

@@ -1,7 +1,6 @@
 #include "window/commissioning_wiring.h"
 
 #include <QMainWindow>
-#include <QScrollBar>
 #include <QStatusBar>
 
 #include "commissioning/commissioning_menu.h"
@@ -36,11 +35,6 @@ void installCommissioning(ConsoleContext& context, QMenu* unitMenu, PortSelectio
     hooks.factoryOpen = [window] {
         const auto* cover = window->findChild<QWidget*>(QStringLiteral("PassFrame"));
         return cover != nullptr && cover->isHidden();
-    };
-    hooks.talkTo = [window](int address) {
-        if (auto* scroll = window->findChild<QScrollBar*>(QStringLiteral("CurrIDScroll"))) {
-            scroll->setValue(address);
-        }
     };
     hooks.showStatus = [window](const QString& message) {
         if (auto* main = qobject_cast<QMainWindow*>(window)) {
