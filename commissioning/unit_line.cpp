@@ -7,7 +7,8 @@
 namespace halvex::commissioning {
 
 UnitLine::UnitLine(Session& session, int watchdogMs)
-    : state_(session.state()),
+    : session_(session),
+      state_(session.state()),
       link_(session.link()),
       replies_(session.replies()),
       hold_(session.state()),
@@ -49,8 +50,7 @@ QCoro::Task<std::optional<std::vector<Byte>>> UnitLine::ask(std::vector<Byte> me
 std::vector<Byte> UnitLine::jogMessage(bool override, bool stop) const {
     using namespace vocab;
     // The operator's override stays as it is unless this message asks for it.
-    Byte flags = withBit(0, jog::kSoftLimitOverride,
-                         override || isSet(state_.JogFlags, jog::kSoftLimitOverride));
+    Byte flags = withBit(0, jog::kSoftLimitOverride, override || session_.softLimitOverride());
     flags = withBit(flags, jog::kStop, stop);
     std::vector<Byte> message(JogMessage::kLength, 0);
     begin<JogMessage>(message);

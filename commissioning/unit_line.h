@@ -60,6 +60,7 @@ class UnitLine {
     Byte unitId() const { return state_.UnitId; }
 
   private:
+    const Session& session_;
     FormState& state_;
     Link& link_;
     const ReplyHistory& replies_;

@@ -1,9 +1,9 @@
 #include "positioning/jog.h"
 
+#include <QSignalBlocker>
 #include <cmath>
 
 #include "console/handler_wiring.h"
-#include "protocol/vocabulary.h"
 #include "views/pages/pan_tilt_page.h"
 
 namespace halvex {
@@ -40,12 +40,15 @@ int buttonValue(Qt::MouseButtons buttons) {
 JogControl::JogControl(ConsoleContext& context, JogState& jog, JogSources& sources,
                        PanTiltPage& page, QObject* parent)
     : QObject(parent), context_(context), jog_(jog), sources_(sources), page_(page) {
-    // The session builds the jog message; the page adds its low-speed boxes
-    // and draws what goes out.
-    context_.session.setBeforeJogMessage([this] {
-        showJogVector();
-        refreshFlags();
-    });
+    // The session builds the jog message; the page draws what goes out.
+    Session& session = context_.session;
+    session.setBeforeJogMessage([this] { showJogVector(); });
+    connect(&session, &Session::jogModifiersChanged, this, &JogControl::showModifiers);
+    showModifiers(session.softLimitOverride(), session.panLowSpeed(), session.tiltLowSpeed());
+    connect(page_.PanSloCheck, &QCheckBox::toggled, this,
+            [&session](bool on) { session.setLowSpeed(on, session.tiltLowSpeed()); });
+    connect(page_.TiltSloCheck, &QCheckBox::toggled, this,
+            [&session](bool on) { session.setLowSpeed(session.panLowSpeed(), on); });
 
     FormState& state = context_.state;
     onEvent(state, page_.Jog, &JogBox::mousePressed, this, "JogBox_MouseDown",
@@ -62,11 +65,12 @@ JogControl::JogControl(ConsoleContext& context, JogState& jog, JogSources& sourc
             [this] { Command2_Click(); });
 }
 
-void JogControl::refreshFlags() {
-    Byte flags = context_.state.JogFlags;
-    flags = vocab::withBit(flags, vocab::jog::kTiltLowSpeed, page_.TiltSloCheck->isChecked());
-    flags = vocab::withBit(flags, vocab::jog::kPanLowSpeed, page_.PanSloCheck->isChecked());
-    context_.state.JogFlags = flags;
+void JogControl::showModifiers(bool softLimitOverride, bool panLowSpeed, bool tiltLowSpeed) {
+    page_.Command2->setChecked(softLimitOverride);
+    const QSignalBlocker panQuiet(page_.PanSloCheck);
+    const QSignalBlocker tiltQuiet(page_.TiltSloCheck);
+    page_.PanSloCheck->setChecked(panLowSpeed);
+    page_.TiltSloCheck->setChecked(tiltLowSpeed);
 }
 
 void JogControl::JogBox_MouseDown(int button, double x, double y) {
@@ -149,10 +153,9 @@ void JogControl::applyJogRule(int button, double x, double y) {
 }
 
 void JogControl::Command2_Click() {
-    jog_.SoftLimitOverride = !jog_.SoftLimitOverride;
-    context_.state.JogFlags = vocab::withBit(
-        context_.state.JogFlags, vocab::jog::kSoftLimitOverride, jog_.SoftLimitOverride);
-    page_.Command2->setChecked(jog_.SoftLimitOverride);
+    // The button shows the session's answer (showModifiers).
+    Session& session = context_.session;
+    session.setSoftLimitOverride(!session.softLimitOverride());
 }
 
 }  // namespace halvex

@@ -13,6 +13,8 @@ class PanTiltPage;
 // The jog box, the low-speed checks and "SL Override", and the jog message
 // that the session sends on every free tick. The jog box is one of the jog sources: it
 // tells them what the mouse wants, and draws whatever the sources decided.
+// The checks and the button show the session's modifiers and ask it to
+// change them.
 class JogControl : public QObject {
     Q_OBJECT
   public:
@@ -29,8 +31,7 @@ class JogControl : public QObject {
 
   private:
     void applyJogRule(int button, double x, double y);
-    // The low-speed boxes into the jog message's flags.
-    void refreshFlags();
+    void showModifiers(bool softLimitOverride, bool panLowSpeed, bool tiltLowSpeed);
     // The jog box draws the speeds the message carries, whichever source set them.
     void showJogVector();
 

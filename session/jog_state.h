@@ -17,7 +17,6 @@ struct JogState {
     Byte TiltJogSpeed = 0;
     // Zoom 1, focus 1, zoom 2, focus 2, from the lens jog boxes.
     std::array<Byte, 4> LensJogSpeeds{};
-    bool SoftLimitOverride = false;
 
     void stop() {
         PanJogSpeed = 0;

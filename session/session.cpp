@@ -52,6 +52,9 @@ void Session::sendJogMessage() {
     }
     using namespace vocab;
     Byte flags = state_.JogFlags;
+    flags = withBit(flags, jog::kSoftLimitOverride, softLimitOverride_);
+    flags = withBit(flags, jog::kTiltLowSpeed, tiltLowSpeed_);
+    flags = withBit(flags, jog::kPanLowSpeed, panLowSpeed_);
     flags = withBit(flags, jog::kTiltUp, jog_.TiltJogDirection);
     flags = withBit(flags, jog::kPanCw, jog_.PanJogDirection);
     state_.JogFlags = flags;
@@ -64,6 +67,23 @@ void Session::sendJogMessage() {
         put(tx, jog::kLensJog.at(i), jog_.LensJogSpeeds[i]);
     }
     link_.transmit(JogMessage::kLength);
+}
+
+void Session::setSoftLimitOverride(bool on) {
+    if (on == softLimitOverride_) {
+        return;
+    }
+    softLimitOverride_ = on;
+    emit jogModifiersChanged(softLimitOverride_, panLowSpeed_, tiltLowSpeed_);
+}
+
+void Session::setLowSpeed(bool pan, bool tilt) {
+    if (pan == panLowSpeed_ && tilt == tiltLowSpeed_) {
+        return;
+    }
+    panLowSpeed_ = pan;
+    tiltLowSpeed_ = tilt;
+    emit jogModifiersChanged(softLimitOverride_, panLowSpeed_, tiltLowSpeed_);
 }
 
 }  // namespace halvex

@@ -92,11 +92,20 @@ class Session : public QObject {
         Session& session_;
     };
 
-    // The jog message, built from the jog state on every tick that carries
-    // no other frame. `beforeJogMessage` runs first, for whatever the window
-    // adds to it (the low-speed boxes) and draws from it.
+    // The jog message, built from the jog state and the modifiers below on
+    // every tick that carries no other frame. `beforeJogMessage` runs first,
+    // for whatever the window draws from it.
     void sendJogMessage();
     void setBeforeJogMessage(std::function<void()> hook) { beforeJogMessage_ = std::move(hook); }
+
+    // The jog message's modifiers: the soft-limit override and each axis's
+    // low speed. A change goes out with the next jog message and is
+    // announced by jogModifiersChanged; nothing is sent for it.
+    void setSoftLimitOverride(bool on);
+    void setLowSpeed(bool pan, bool tilt);
+    bool softLimitOverride() const { return softLimitOverride_; }
+    bool panLowSpeed() const { return panLowSpeed_; }
+    bool tiltLowSpeed() const { return tiltLowSpeed_; }
 
     // Moves. Each completes when the unit has answered the move (done, with
     // its position report), or has not (no reply), or at once when refused.
@@ -278,6 +287,8 @@ class Session : public QObject {
     bool withinSoftLimits(double pan, double tilt) const;
 
   signals:
+    // The override or a low speed has changed.
+    void jogModifiersChanged(bool softLimitOverride, bool panLowSpeed, bool tiltLowSpeed);
     // The position report, in the order it carries things.
     void lensReported(const halvex::LensPositions& lens);
     void cameraBytesReported(int camera, const std::vector<halvex::Byte>& bytes);
@@ -407,6 +418,9 @@ class Session : public QObject {
     bool tourLoadAnswered_ = false;
     std::unique_ptr<UnitReports> reports_;
     std::function<void()> beforeJogMessage_;
+    bool softLimitOverride_ = false;
+    bool panLowSpeed_ = false;
+    bool tiltLowSpeed_ = false;
     std::vector<Byte> lastReply_;
     int pagesLocked_ = 0;
     bool procedureRunning_ = false;

@@ -6,6 +6,7 @@
 
 #include <QSignalSpy>
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 #include "protocol/vocabulary.h"
@@ -461,6 +462,44 @@ TEST_F(SessionTest, ALostLineGoesOfflineAndIsFoundAgainByItself) {
         faults.at(0).at(0).toString().startsWith(QStringLiteral("the virtual unit lost: ")));
     EXPECT_EQ(faults.at(1).at(0).toString(),
               QStringLiteral("the virtual unit is back: connecting again."));
+}
+
+TEST_F(SessionTest, TheOverrideAndLowSpeedsGoOutInEveryJogMessageOnceSet) {
+    ASSERT_TRUE(connect());
+    // Override, pan low speed and tilt low speed in the next two jog messages.
+    using Modifiers = std::array<bool, 3>;
+    const auto nextTwo = [&] {
+        const std::size_t mark = line.frames().size();
+        std::vector<Modifiers> seen;
+        runUntil(
+            [&] {
+                seen.clear();
+                for (std::size_t i = mark; i < line.frames().size() && seen.size() < 2; ++i) {
+                    const auto& message = line.frames()[i].message;
+                    if (message.at(0) == vocab::JogMessage::kCode) {
+                        namespace jog = vocab::jog;
+                        seen.push_back({vocab::isSet(message.at(1), jog::kSoftLimitOverride),
+                                        vocab::isSet(message.at(1), jog::kPanLowSpeed),
+                                        vocab::isSet(message.at(1), jog::kTiltLowSpeed)});
+                    }
+                }
+                return seen.size() == 2;
+            },
+            2000);
+        return seen;
+    };
+    QSignalSpy changes(&session, &Session::jogModifiersChanged);
+    session.setSoftLimitOverride(true);
+    session.setLowSpeed(false, true);
+    session.setLowSpeed(false, true);  // no change: no signal
+    ASSERT_EQ(changes.size(), 2);
+    EXPECT_EQ(changes.back(), (QVariantList{true, false, true}));
+    EXPECT_EQ(nextTwo(), (std::vector<Modifiers>(2, {true, false, true})));
+
+    session.setSoftLimitOverride(false);
+    session.setLowSpeed(true, false);
+    EXPECT_EQ(nextTwo(), (std::vector<Modifiers>(2, {false, true, false})));
+    EXPECT_EQ(changes.size(), 4);
 }
 
 TEST_F(SessionTest, ExitTellsTheUnitToStopThenClosesTheLine) {
