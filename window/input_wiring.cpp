@@ -35,19 +35,13 @@ void keepSpeeds(const KeyboardJog::Speeds& speeds) {
 }
 
 // A key or a controller button does what the operator's click would: the
-// session's operation, or the page's check box where the page keeps the
-// setting.
-void perform(ConsoleContext& context, const InputTargets& targets, ButtonAction action,
-             int preset) {
-    const auto click = [](QAbstractButton* button) {
-        if (button != nullptr && button->isEnabled()) {
-            button->click();
-        }
-    };
+// session's operation, and only while the page's control could be clicked.
+void perform(ConsoleContext& context, ButtonAction action, int preset) {
     Session& session = context.session;
+    const bool usable = !session.refusalFor(Requester::Operator);
     const auto move = [&](const char* handler,
                           QCoro::Task<Outcome> (Session::*operation)(Requester)) {
-        if (!session.refusalFor(Requester::Operator)) {
+        if (usable) {
             launch(context.state, handler, completing((session.*operation)(Requester::Operator)));
         }
     };
@@ -65,13 +59,19 @@ void perform(ConsoleContext& context, const InputTargets& targets, ButtonAction 
             move("CenterBut_Click", &Session::moveToCentre);
             break;
         case ButtonAction::SoftLimitOverride:
-            click(targets.softLimitOverride);
+            if (usable) {
+                session.setSoftLimitOverride(!session.softLimitOverride());
+            }
             break;
         case ButtonAction::PanLowSpeed:
-            click(targets.panLowSpeed);
+            if (usable) {
+                session.setLowSpeed(!session.panLowSpeed(), session.tiltLowSpeed());
+            }
             break;
         case ButtonAction::TiltLowSpeed:
-            click(targets.tiltLowSpeed);
+            if (usable) {
+                session.setLowSpeed(session.panLowSpeed(), !session.tiltLowSpeed());
+            }
             break;
         case ButtonAction::GoToPreset:
             launch(context.state, "Controller_GoToPreset",
@@ -82,8 +82,7 @@ void perform(ConsoleContext& context, const InputTargets& targets, ButtonAction 
 }  // namespace
 
 InputFeatures installInput(ConsoleContext& context, JogState& jog, JogSources& sources,
-                           QWidget& window, QTabWidget& tabs, const InputTargets& targets,
-                           QObject* parent) {
+                           QWidget& window, QTabWidget& tabs, QObject* parent) {
     InputFeatures input;
     input.gate = new JogGate(sources, jog, context.state, window, parent);
     // The page's own handler (connected earlier) has set JogEnabled by now.
@@ -101,8 +100,8 @@ InputFeatures installInput(ConsoleContext& context, JogState& jog, JogSources& s
         controller->read();
         gate->check();
     });
-    const auto act = [&context, targets](ButtonAction action, int preset) {
-        perform(context, targets, action, preset);
+    const auto act = [&context](ButtonAction action, int preset) {
+        perform(context, action, preset);
     };
     // Queued: a command waits for the link's tick, and a key or a button may
     // be read while a tick is being served.

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QAbstractButton>
-#include <QCheckBox>
 #include <QTabWidget>
 
 #include "console/console_context.h"
@@ -12,13 +10,6 @@ namespace halvex {
 class JogGate;
 class KeyboardJog;
 class ControllerJog;
-
-// The console's own controls that keys and controller buttons press.
-struct InputTargets {
-    QAbstractButton* softLimitOverride = nullptr;
-    QCheckBox* panLowSpeed = nullptr;
-    QCheckBox* tiltLowSpeed = nullptr;
-};
 
 struct InputFeatures {
     JogGate* gate = nullptr;
@@ -31,8 +22,7 @@ struct InputFeatures {
 // device's mapping (by SDL's GUID) and the keyboard's speeds are kept in the
 // user's settings.
 InputFeatures installInput(ConsoleContext& context, JogState& jog, JogSources& sources,
-                           QWidget& window, QTabWidget& tabs, const InputTargets& targets,
-                           QObject* parent);
+                           QWidget& window, QTabWidget& tabs, QObject* parent);
 
 // Opens View > Input Settings over `window`; OK puts the choices to work and keeps them.
 void openInputSettings(const InputFeatures& input, QWidget& window);

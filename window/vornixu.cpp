@@ -248,11 +248,7 @@ void VornixU::installFeatures() {
 }
 
 void VornixU::installInputFeatures() {
-    InputTargets targets;
-    targets.softLimitOverride = panTilt_->Command2;
-    targets.panLowSpeed = panTilt_->PanSloCheck;
-    targets.tiltLowSpeed = panTilt_->TiltSloCheck;
-    input_ = installInput(context_, jog_, jogSources_, *this, *tabs_, targets, this);
+    input_ = installInput(context_, jog_, jogSources_, *this, *tabs_, this);
     // Stop means every jog too, whoever steers; held keys and sticks must
     // come back to rest first.
     connect(stopBut_, &QPushButton::clicked, &jogSources_, &JogSources::stopAll);

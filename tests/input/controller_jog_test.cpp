@@ -77,8 +77,10 @@ TEST_F(ControllerJogTest, ButtonsPressTheConsolesButtonsOncePerPress) {
     EXPECT_TRUE(rig().sends(0x35));  // Move To Physical Center
     pad.button(SDL_CONTROLLER_BUTTON_BACK, false);
 
+    Session& session = rig().window->session();
     pad.button(SDL_CONTROLLER_BUTTON_X, true);
     EXPECT_TRUE(ConsoleRig::waitFor([&] { return panLow->isChecked() != wasLow; }));
+    EXPECT_NE(session.panLowSpeed(), wasLow);
     EXPECT_EQ((rig().nextJog()[1] & 0x10) != 0, !wasLow);
     // Held down, the button does not toggle the check again; each jog
     // message reads the controller first.
@@ -90,6 +92,18 @@ TEST_F(ControllerJogTest, ButtonsPressTheConsolesButtonsOncePerPress) {
     pad.button(SDL_CONTROLLER_BUTTON_X, true);
     EXPECT_TRUE(ConsoleRig::waitFor([&] { return panLow->isChecked() == wasLow; }));
     pad.button(SDL_CONTROLLER_BUTTON_X, false);
+    rig().nextJog();
+    // Not while the pages are locked, when the box could not be clicked.
+    {
+        const Session::PagesLock locked(session);
+        pad.button(SDL_CONTROLLER_BUTTON_X, true);
+        rig().nextJog();
+        rig().nextJog();
+        pad.button(SDL_CONTROLLER_BUTTON_X, false);
+        rig().nextJog();
+    }
+    EXPECT_EQ(session.panLowSpeed(), wasLow);
+    EXPECT_EQ(panLow->isChecked(), wasLow);
 
     // Stop: the stop bit on the next jog message, and a stick held through
     // it has to come back to the centre before it steers again.
