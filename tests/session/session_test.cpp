@@ -64,6 +64,9 @@ class SessionTest : public ::testing::Test {
 };
 
 TEST_F(SessionTest, ConnectsReadingOffsetsAndLimitsThenMovesStopsAndFollowsThePlatform) {
+    port->setOpenFails(true);
+    EXPECT_FALSE(finish(connection.start()));
+    port->setOpenFails(false);
     QSignalSpy stages(&connection, &UnitConnection::stageChanged);
     ASSERT_TRUE(connect());
     std::vector<ConnectStage> seen;
@@ -288,7 +291,8 @@ TEST_F(SessionTest, DriveAndMountSettingsAreSetAndReadBackAndAProcedureHoldsOffT
     ASSERT_TRUE(finish(session.setTopSpeeds(TopSpeedSet::Second, {9, 10})).isDone());
     // The maxima are the step ranges' maxima, so they go first.
     ASSERT_TRUE(finish(session.setMaxima({200, 100})).isDone());
-    ASSERT_TRUE(finish(session.setPanSteps({300, 30000})).isDone());
+    // The highest word a step range takes, both ways.
+    ASSERT_TRUE(finish(session.setPanSteps({300, 32767})).isDone());
     ASSERT_TRUE(finish(session.setMount(mount)).isDone());
     ASSERT_TRUE(finish(session.setEncoderCounts({10000, 300})).isDone());
     UnitStatus& status = session.status();
@@ -303,7 +307,7 @@ TEST_F(SessionTest, DriveAndMountSettingsAreSetAndReadBackAndAProcedureHoldsOffT
     }
     ASSERT_TRUE(finish(session.readTopSpeeds(TopSpeedSet::Second)).isDone());
     EXPECT_EQ(status.Rates, rates);
-    EXPECT_EQ(status.PanSteps, (StepRange{300, 30000}));
+    EXPECT_EQ(status.PanSteps, (StepRange{300, 32767}));
     EXPECT_EQ(status.Mount, mount);
     EXPECT_EQ(status.EncoderCounts, (AxisPair{10000, 300}));
     EXPECT_EQ(status.TopSpeeds[1], (AxisPair{9, 10}));
