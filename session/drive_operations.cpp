@@ -5,20 +5,12 @@
 #include "protocol/senders.h"
 #include "protocol/vocabulary.h"
 #include "session/session.h"
+#include "session/signed_word.h"
 
 namespace halvex {
 
 namespace {
 namespace v = vocab;
-
-// A signed value into a two-byte field; beyond +-32767 is a range fault.
-template <class M>
-void putSignedWord(std::vector<Byte>& message, v::Field<M> field, int value) {
-    Byte hi = 0;
-    Byte lo = 0;
-    Split16(value, hi, lo);
-    v::put(message, field, static_cast<std::uint32_t>(hi << 8 | lo));
-}
 
 // A two-byte field of a reply as a signed 16-bit number, without folding:
 // above 32767 it does not fit, and the reply is a range fault.

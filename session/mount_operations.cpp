@@ -5,6 +5,7 @@
 #include "protocol/senders.h"
 #include "protocol/vocabulary.h"
 #include "session/session.h"
+#include "session/signed_word.h"
 
 namespace halvex {
 
@@ -56,13 +57,8 @@ int encoderCount(const ByteTable& rx, v::Field<v::EncodersReply> field) {
 
 std::vector<Byte> encodersMessage(const AxisPair& counts) {
     std::vector<Byte> message = v::blank<v::Encoders>();
-    for (const auto& [field, count] :
-         {std::pair{v::encoders::kPan, counts.pan}, std::pair{v::encoders::kTilt, counts.tilt}}) {
-        Byte hi = 0;
-        Byte lo = 0;
-        Split16(count, hi, lo);
-        v::put(message, field, static_cast<std::uint32_t>(hi << 8 | lo));
-    }
+    putSignedWord(message, v::encoders::kPan, counts.pan);
+    putSignedWord(message, v::encoders::kTilt, counts.tilt);
     return message;
 }
 }  // namespace

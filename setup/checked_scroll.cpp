@@ -14,15 +14,4 @@ void setScrollChecked(QScrollBar* scroll, long value) {
     scroll->setValue(static_cast<int>(value));
 }
 
-std::uint32_t wordOf(const QScrollBar* scroll) {
-    Byte hi = 0;
-    Byte lo = 0;
-    Split16(scroll->value(), hi, lo);
-    return static_cast<std::uint32_t>(hi << 8 | lo);
-}
-
-Byte byteOf(const QScrollBar* scroll) {
-    return checkedByte(scroll->value());
-}
-
 }  // namespace halvex
