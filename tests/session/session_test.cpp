@@ -12,56 +12,11 @@
 #include "protocol/vocabulary.h"
 #include "remote/session_rotator.h"
 #include "session/session.h"
-#include "session/unit_connection.h"
-#include "sim/unit.h"
+#include "tests/session/session_rig.h"
 #include "tests/support/finish.h"
-#include "tests/support/recording_peer.h"
-#include "tests/support/test_port.h"
 
 namespace halvex::testing {
 namespace {
-
-class SessionTest : public ::testing::Test {
-  protected:
-    static constexpr int kTickMs = 10;
-
-    bool connect() { return finish(connection.start()) && session.online(); }
-
-    // The messages sent since `from` that are not jog messages.
-    std::vector<std::vector<Byte>> commandsSince(std::size_t from) const {
-        std::vector<std::vector<Byte>> commands;
-        const auto& frames = line.frames();
-        for (std::size_t i = from; i < frames.size(); ++i) {
-            if (frames[i].message.at(0) != vocab::JogMessage::kCode) {
-                commands.push_back(frames[i].message);
-            }
-        }
-        return commands;
-    }
-
-    // The unit's position, once it has come to rest there.
-    bool arrives(double pan, double tilt) {
-        return runUntil(
-            [&] {
-                const UnitStatus& s = session.status();
-                return std::abs(s.CurrentPan - pan) < 0.01 && std::abs(s.CurrentTilt - tilt) < 0.01;
-            },
-            20000);
-    }
-
-    // Alignment and homing take a moment, not seconds.
-    sim::Unit unit{[] {
-        sim::UnitOptions options;
-        options.alignmentMs = options.homingMs = 300;
-        return options;
-    }()};
-    RecordingPeer line{unit};
-    TestPort* port = new TestPort(&line);
-    Session session{port, kTickMs};
-    UnitConnection connection{session,
-                              {[] { return QStringLiteral("virtual"); }, [] { return 9600; },
-                               [] { return QStringLiteral("the virtual unit"); }}};
-};
 
 TEST_F(SessionTest, ConnectsReadingOffsetsAndLimitsThenMovesStopsAndFollowsThePlatform) {
     port->setOpenFails(true);

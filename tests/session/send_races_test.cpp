@@ -1,0 +1,184 @@
+// Something else happening while an operation holds the line across many
+// requests: another command, Exit, a unit that falls silent, a burst of odd
+// replies. Each operation still ends, and the line is free afterwards.
+
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QTimer>
+#include <functional>
+#include <optional>
+#include <random>
+
+#include "protocol/frame.h"
+#include "tests/session/session_rig.h"
+#include "tests/support/messages.h"
+
+namespace halvex::testing {
+namespace {
+
+namespace v = vocab;
+
+// The operations that hold the line across many request/reply pairs, each
+// from where it starts: online ones on a line that is open and ticking,
+// without the connection sequence's reads.
+struct Operation {
+    const char* name;
+    std::function<QCoro::Task<bool>(Session&, UnitConnection&)> run;
+};
+
+QCoro::Task<bool> succeeded(QCoro::Task<Outcome> task) {
+    const Outcome outcome = co_await std::move(task);
+    co_return outcome.isDone();
+}
+
+const Operation kOperations[] = {
+    {"PresetClearAndReload",
+     [](Session& session, UnitConnection&) {
+         session.open(QStringLiteral("COM1"), 9600);
+         return succeeded(session.clearAllPresets(Requester::Operator));
+     }},
+    {"TourLoad",
+     [](Session& session, UnitConnection&) {
+         session.open(QStringLiteral("COM1"), 9600);
+         return succeeded(session.loadTour(1, Requester::Operator));
+     }},
+    {"ConnectionSequence", [](Session&, UnitConnection& connection) { return connection.start(); }},
+};
+
+class SendRaces : public SessionTest, public ::testing::WithParamInterface<Operation> {
+  protected:
+    SendRaces() {
+        for (int step = 0; step < 6; ++step) {
+            unit.state().tours.append(1, {static_cast<Byte>(step), 2});
+        }
+    }
+
+    // Runs the operation and, once three of its requests are out,
+    // `meanwhile`. Returns whether the operation said it succeeded, and in
+    // `tookMs` how long it ran.
+    bool runWith(const std::function<void()>& meanwhile, qint64& tookMs) {
+        int requests = 0;
+        line.onFrame = [&](const RecordingPeer::Frame& frame) {
+            if (frame.message.front() != v::JogMessage::kCode && ++requests == 3) {
+                QTimer::singleShot(0, &session, meanwhile);
+            }
+        };
+        QElapsedTimer clock;
+        clock.start();
+        const bool succeededAnyway = finish(GetParam().run(session, connection), 20000);
+        tookMs = clock.elapsed();
+        line.onFrame = nullptr;
+        EXPECT_GE(requests, 3) << "the operation was over before anything happened meanwhile";
+        return succeededAnyway;
+    }
+
+    bool sentSince(std::size_t from, const std::vector<Byte>& message) const {
+        const auto commands = commandsSince(from);
+        return std::find(commands.begin(), commands.end(), message) != commands.end();
+    }
+    bool jogsFlowAgain() {
+        const std::size_t mark = line.frames().size();
+        return runUntil([&] { return line.frames().size() >= mark + 3; }, 1000);
+    }
+    // Home, as the operator's button sends it, and the proof it went out.
+    bool homeGoesOut() {
+        const std::size_t mark = line.frames().size();
+        return finish(session.moveHome(Requester::Operator)).isDone() &&
+               sentSince(mark, test::message<v::MoveToHome>());
+    }
+};
+
+TEST_P(SendRaces, ACommandMeanwhileGoesOutAndTheOperationFinishes) {
+    const std::size_t start = line.frames().size();
+    std::optional<QCoro::Task<Outcome>> home;
+    qint64 took = 0;
+    EXPECT_TRUE(runWith([&] { home = session.moveHome(Requester::Operator); }, took));
+    ASSERT_TRUE(home.has_value());
+    EXPECT_TRUE(finish(std::move(*home)).isDone());
+    EXPECT_TRUE(sentSince(start, test::message<v::MoveToHome>()));
+    EXPECT_TRUE(jogsFlowAgain());
+}
+
+TEST_P(SendRaces, ExitMeanwhileClosesTheLinePromptly) {
+    std::optional<QCoro::Task<>> exiting;
+    qint64 took = 0;
+    runWith([&] { exiting = connection.exit(); }, took);
+    ASSERT_TRUE(exiting.has_value());
+    finish(std::move(*exiting));
+    EXPECT_LT(took, 3000);
+    EXPECT_FALSE(session.port().isOpen());
+    const std::size_t atExit = line.frames().size();
+    runUntil([] { return false; }, 300);
+    EXPECT_EQ(line.frames().size(), atExit) << "frames after the line closed";
+}
+
+TEST_P(SendRaces, AUnitThatFallsSilentEndsTheOperationAndTheLineCarriesOn) {
+    qint64 took = 0;
+    // The connection sequence needs only the first answer to go online.
+    runWith([&] { line.setConnected(false); }, took);
+    EXPECT_LT(took, 4000);
+    EXPECT_FALSE(session.state().SendInProgress);
+    line.setConnected(true);
+    EXPECT_TRUE(homeGoesOut());
+    EXPECT_TRUE(jogsFlowAgain());
+}
+
+INSTANTIATE_TEST_SUITE_P(LongOperations, SendRaces, ::testing::ValuesIn(kOperations),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+TEST_F(SessionTest, ABurstOfOddRepliesLeavesTheLineWorking) {
+    for (int step = 0; step < 6; ++step) {
+        unit.state().tours.append(1, {static_cast<Byte>(step), 2});
+    }
+    ASSERT_TRUE(session.open(QStringLiteral("COM1"), 9600));
+    // Well-formed replies of codes that start reloads and waits, with random
+    // payloads, a fifth of them cut short, every 2 ms on top of the unit's
+    // own answers.
+    const Byte codes[] = {v::JogMessage::kCode,
+                          v::TourStarted::kCode,
+                          v::PresetRecord::kCode,
+                          v::TourCleared::kCode,
+                          v::TourStep::kCode,
+                          v::AppendTourStep::kCode,
+                          v::TourStepCount::kCode,
+                          v::SetAngleOffsets::kCode,
+                          v::SoftLimitReply::kCode,
+                          v::AngleOffsets::kCode,
+                          v::ClearAllPresets::kCode,
+                          v::EncoderAlignmentFinished::kCode,
+                          v::HomingCycleFinished::kCode,
+                          v::CameraLines::kCode,
+                          v::LensConfiguration::kCode,
+                          v::UnitAddress::kCode};
+    std::mt19937 random(8);
+    QTimer noise;
+    int sent = 0;
+    QObject::connect(&noise, &QTimer::timeout, [&] {
+        std::vector<Byte> message{codes[random() % std::size(codes)]};
+        for (int n = static_cast<int>(random() % 20); n > 0; --n) {
+            message.push_back(static_cast<Byte>(random()));
+        }
+        std::vector<Byte> wire = encodeFrame(kAck, 0, message, 0);
+        if (++sent % 5 == 0) {
+            wire.resize(wire.size() / 2);
+        }
+        port->injectIncoming(wire);
+    });
+    noise.start(2);
+    QTimer::singleShot(2000, &noise, &QTimer::stop);
+    finish(session.loadTour(1, Requester::Operator), 5000);
+    runUntil([&] { return !noise.isActive(); }, 5000);
+
+    const std::size_t quiet = line.frames().size();
+    EXPECT_TRUE(runUntil([&] { return line.frames().size() >= quiet + 3; }, 1000))
+        << "no jog messages after the burst";
+    const std::size_t after = line.frames().size();
+    EXPECT_TRUE(finish(session.moveHome(Requester::Operator)).isDone());
+    const auto commands = commandsSince(after);
+    EXPECT_NE(std::find(commands.begin(), commands.end(), test::message<v::MoveToHome>()),
+              commands.end());
+}
+
+}  // namespace
+}  // namespace halvex::testing
