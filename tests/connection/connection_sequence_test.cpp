@@ -201,69 +201,6 @@ TEST(ConnectionSequence, UnitWithoutSecondCameraHidesItsControlsForGood) {
     EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label1_1"))->text(), QStringLiteral("Zelvar"));
 }
 
-TEST(ConnectionSequence, ResetAndStopRequestsRideOnTheNextJogMessageOnce) {
-    ConsoleRig rig;
-    ASSERT_TRUE(rig.connect());
-    rig.line.clear();
-    rig.click(QStringLiteral("ResetBut"));
-    rig.click(QStringLiteral("ResetBut"));
-    rig.click(QStringLiteral("StopBut"));
-    ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.line.frames().size() >= 3; }));
-    const auto jogs = rig.line.messages(true);
-    namespace j = vocab::jog;
-    const auto requests = [&jogs](std::size_t i) {
-        return std::pair(vocab::isSet(jogs[i][1], j::kReset), vocab::isSet(jogs[i][1], j::kStop));
-    };
-    EXPECT_TRUE(isJog(jogs[0]));
-    EXPECT_EQ(requests(0), std::pair(true, true));  // both requests, in one frame
-    for (std::size_t i = 1; i < jogs.size(); ++i) {
-        EXPECT_EQ(requests(i), std::pair(false, false)) << i;
-    }
-}
-
-TEST(ConnectionSequence, StopClickedWhileAMoveWaitsForItsTickStillReachesTheUnit) {
-    ConsoleRig rig;
-    ASSERT_TRUE(rig.connect());
-    rig.line.clear();
-    // The stop comes while the move sleeps in its wait for the tick.
-    QTimer::singleShot(0, [&rig] { rig.click(QStringLiteral("StopBut")); });
-    rig.click(QStringLiteral("HomeBut"));
-    ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.line.frames().size() >= 4; }));
-    const auto sent = rig.line.messages(true);
-    const auto home = std::find_if(sent.begin(), sent.end(), [](const std::vector<Byte>& m) {
-        return m == test::message<vocab::MoveToHome>();
-    });
-    ASSERT_NE(home, sent.end());
-    int stops = 0;
-    for (auto it = sent.begin(); it != sent.end(); ++it) {
-        if (carriesStop(*it)) {
-            ++stops;
-            EXPECT_GT(it, home) << "the stop went out before the move it came after";
-        }
-    }
-    EXPECT_EQ(stops, 1);
-}
-
-TEST(ConnectionSequence, StopDuringAPresetReloadGoesOutBeforeTheReloadEnds) {
-    ConsoleRig rig;
-    // The connection sequence holds the line for 32 preset requests; Stop is
-    // clicked as the first one goes out.
-    rig.line.onFrame = [&rig](const RecordingPeer::Frame& frame) {
-        if (frame.message ==
-            test::message<vocab::PresetRequest>({{vocab::preset_request::kPreset, 1}})) {
-            QTimer::singleShot(0, [&rig] { rig.click(QStringLiteral("StopBut")); });
-        }
-    };
-    ASSERT_TRUE(rig.connect());
-    const auto sent = rig.line.messages(true);
-    const auto stop = std::find_if(sent.begin(), sent.end(), carriesStop);
-    ASSERT_NE(stop, sent.end());
-    const auto lastPreset = std::find_if(sent.rbegin(), sent.rend(), [](const auto& m) {
-        return m[0] == vocab::PresetRequest::kCode;
-    });
-    EXPECT_LT(stop, lastPreset.base()) << "the stop waited for the reload to end";
-}
-
 TEST(ConnectionSequence, StartWhileOnlineDoesNothingAndReinitializeLightsTheLampAgain) {
     ConsoleRig rig;
     ASSERT_TRUE(rig.connect());
@@ -296,15 +233,6 @@ TEST(ConnectionSequence, ExitTellsTheUnitToStopThenClosesThePort) {
     EXPECT_TRUE(std::any_of(frames.begin(), frames.end(),
                             [](const auto& frame) { return carriesStop(frame.message); }));
     EXPECT_FALSE(rig.window->link().Timer2().isActive());
-}
-
-TEST(ConnectionSequence, ExitWithADeadLineDoesNotHang) {
-    ConsoleRig rig;
-    ASSERT_TRUE(rig.connect());
-    rig.line.setConnected(false);
-    rig.window->close();
-    settle();
-    EXPECT_FALSE(rig.port->isOpen());
 }
 
 TEST(ConnectionSequence, AUnitFoundAgainButNotYetAnsweringIsLookedForAgainWithoutABox) {

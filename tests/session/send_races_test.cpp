@@ -180,5 +180,65 @@ TEST_F(SessionTest, ABurstOfOddRepliesLeavesTheLineWorking) {
               commands.end());
 }
 
+// A jog message that carries the stop request.
+bool carriesStop(const std::vector<Byte>& message) {
+    return message.at(0) == v::JogMessage::kCode && v::isSet(message.at(1), v::jog::kStop);
+}
+
+TEST_F(SessionTest, StopAndResetRideOnTheNextJogMessageOnceEvenWhileAMoveWaitsForItsTick) {
+    ASSERT_TRUE(connect());
+    line.clear();
+    EXPECT_TRUE(session.reset().isDone());
+    EXPECT_TRUE(session.reset().isDone());
+    EXPECT_TRUE(session.stop().isDone());
+    ASSERT_TRUE(runUntil([&] { return line.frames().size() >= 3; }, 2000));
+    const auto flags = [&](std::size_t i) {
+        const Byte byte = line.frames().at(i).message.at(1);
+        return std::pair(v::isSet(byte, v::jog::kReset), v::isSet(byte, v::jog::kStop));
+    };
+    EXPECT_EQ(flags(0), std::pair(true, true));  // both requests, in one frame
+    EXPECT_EQ(flags(1), std::pair(false, false));
+    EXPECT_EQ(flags(2), std::pair(false, false));
+
+    // A stop that comes while a move sleeps in its wait for the tick goes
+    // out after the move.
+    line.clear();
+    auto home = session.moveHome(Requester::Operator);
+    EXPECT_TRUE(session.stop().isDone());
+    EXPECT_TRUE(finish(std::move(home)).isDone());
+    ASSERT_TRUE(runUntil([&] { return line.frames().size() >= 4; }, 2000));
+    const auto sent = line.messages(true);
+    const auto moved = std::find(sent.begin(), sent.end(), test::message<v::MoveToHome>());
+    ASSERT_NE(moved, sent.end());
+    EXPECT_EQ(std::count_if(sent.begin(), sent.end(), carriesStop), 1);
+    EXPECT_TRUE(std::find_if(sent.begin(), sent.end(), carriesStop) > moved)
+        << "the stop went out before the move it came after";
+}
+
+TEST_F(SessionTest, StopDuringTheConnectionsPresetReloadGoesOutBeforeTheReloadEnds) {
+    connection.setLaterSteps(connection.unitReads());
+    line.onFrame = [&](const RecordingPeer::Frame& frame) {
+        if (frame.message == test::message<v::PresetRequest>({{v::preset_request::kPreset, 1}})) {
+            QTimer::singleShot(0, &session, [&] { session.stop(); });
+        }
+    };
+    ASSERT_TRUE(connect());
+    line.onFrame = nullptr;
+    const auto sent = line.messages(true);
+    const auto stop = std::find_if(sent.begin(), sent.end(), carriesStop);
+    ASSERT_NE(stop, sent.end());
+    const auto lastPreset = std::find_if(sent.rbegin(), sent.rend(), [](const auto& m) {
+        return m.at(0) == v::PresetRequest::kCode;
+    });
+    EXPECT_LT(stop, lastPreset.base()) << "the stop waited for the reload to end";
+}
+
+TEST_F(SessionTest, ExitOnADeadLineStillClosesIt) {
+    ASSERT_TRUE(connect());
+    line.setConnected(false);
+    finish(connection.exit());
+    EXPECT_FALSE(session.port().isOpen());
+}
+
 }  // namespace
 }  // namespace halvex::testing
