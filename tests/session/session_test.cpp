@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QSignalSpy>
+#include <QTimer>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -14,6 +15,7 @@
 #include "session/session.h"
 #include "tests/session/session_rig.h"
 #include "tests/support/finish.h"
+#include "tests/support/messages.h"
 
 namespace halvex::testing {
 namespace {
@@ -152,9 +154,27 @@ TEST_F(SessionTest, APresetSavedAtAnglesOrWhereThePlatformIsIsGoneTo) {
     ASSERT_TRUE(finish(session.goToPreset(7)).isDone());
     EXPECT_TRUE(arrives(-30.5, 12.25));
 
-    // Read again into the table, then cleared to 0/0 and read again.
+    // Read again into the table, each preset asked for only after the
+    // previous reply: the unit is slow with preset 3, and nothing more goes
+    // out meanwhile.
     session.presets().store(4, {});
+    session.link().Timer4().setInterval(20000);  // no watchdog while held
+    std::size_t sentWhileHeld = 0;
+    mark = line.frames().size();
+    line.onFrame = [&](const RecordingPeer::Frame& frame) {
+        if (frame.message ==
+            test::message<vocab::PresetRequest>({{vocab::preset_request::kPreset, 3}})) {
+            line.holdReplies(true);
+            QTimer::singleShot(60, &session, [&] {
+                sentWhileHeld = commandsSince(mark).size();
+                line.holdReplies(false);
+            });
+        }
+    };
     ASSERT_TRUE(finish(session.reloadPresets()).isDone());
+    line.onFrame = nullptr;
+    EXPECT_EQ(sentWhileHeld, 4u);
+    EXPECT_EQ(commandsSince(mark).size(), 32u);
     EXPECT_EQ(session.presets().at(4).tilt, 1225);
     ASSERT_TRUE(finish(session.clearAllPresets(), 20000).isDone());
     EXPECT_EQ(session.presets().at(4).tilt, 0);
