@@ -148,6 +148,8 @@ TEST(SettingsFile, NamesWhatIsWrongWithAValue) {
         {"address = 7", "address = 100", "unit/address is 100, outside 0..99"},
         {"firmware = 2.10", "firmware = 2", "unit/firmware '2' is not a valid value"},
         {"firmware = 2.10", "firmware = 2.x", "unit/firmware '2.x' is not a valid value"},
+        {"firmware = 2.10", "firmware = 256.10", "unit/firmware is 256.10, outside 0..255"},
+        {"firmware = 2.10", "firmware = 2.256", "unit/firmware is 2.256, outside 0..255"},
         {"clock-date = 2026-11-25", "clock-date = 1999-11-25", "outside 2000..2255"},
         {"clock-date = 2026-11-25", "clock-date = 2026-256-25", "is 2026-256-25, outside 0..255"},
         {"clock-date = 2026-11-25", "clock-date = 2026-11-256", "is 2026-11-256, outside 0..255"},
