@@ -15,7 +15,6 @@
 #include <cmath>
 
 #include "protocol/frame.h"
-#include "session/jog_sources.h"
 #include "tests/network/line_client.h"
 #include "tests/support/console_rig.h"
 #include "window/network_control.h"
@@ -144,38 +143,6 @@ TEST_F(RotctlTest, TrackerSteersTheUnitLikeTheMoveButtons) {
         });
     }));
     holdPan->setChecked(false);
-
-    // Outside the soft limits (the virtual unit's are +-170 pan, +-85 tilt):
-    // refused, nothing sent. rotctl keeps to 0..90 elevation itself, so they
-    // are asked over a bare connection.
-    mark = rig.line.frames().size();
-    LineClient client;
-    ASSERT_TRUE(client.connectTo(port()));
-    for (const char* request : {"P 175 10\n", "P 45 88\n", "P 45 -86\n"}) {
-        client.exchange(request, "RPRT -1\n");
-    }
-    client.exchange("_\n", "Halvex pan & tilt unit on COM1\n");
-    EXPECT_TRUE(movesSince(mark).empty());
-}
-
-TEST_F(RotctlTest, RefusedWhileTheOperatorJogsAndObeyedAfter) {
-    JogDemand right;
-    right.pan = {40, true};
-    rig.window->jogSources().apply(JogSource::Controller, right);
-    std::size_t mark = rig.line.frames().size();
-    const auto [refusedCode, refusedLines] = rotctl({"P", "45", "10"});
-    EXPECT_NE(refusedCode, 0) << refusedLines.join('|').toStdString();
-    EXPECT_TRUE(
-        rig.window->statusBar()->currentMessage().contains(QStringLiteral("operator has control")));
-    rig.window->jogSources().release(JogSource::Controller);
-    const std::size_t released = rig.line.frames().size();
-    ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.line.frames().size() > released + 2; }));
-    EXPECT_TRUE(movesSince(mark).empty()) << "a refused move went out";
-
-    mark = rig.line.frames().size();
-    ASSERT_EQ(rotctl({"P", "45", "10"}).first, 0);
-    ASSERT_TRUE(ConsoleRig::waitFor([&] { return !movesSince(mark).empty(); }));
-    EXPECT_EQ(movesSince(mark), (std::vector<std::pair<int, int>>{{4500, 1000}}));
 }
 
 }  // namespace
