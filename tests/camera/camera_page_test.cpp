@@ -257,7 +257,7 @@ TEST_F(CameraOnline, BoxTextBecomesThePassThroughCommandOrIsRefused) {
     }
 }
 
-TEST_F(CameraOnline, SetSendsBothCamerasAndReconnectingReadsThroughTheGetHandlers) {
+TEST_F(CameraOnline, SetSendsBothCamerasAndReinitializeReadsThemBack) {
     CameraRig& rig = *shared_;
     // From what the unit reported on connecting: 9.6 8/N/1 232, 80 ms, both
     // lenses' zoom and focus enabled.
@@ -283,8 +283,8 @@ TEST_F(CameraOnline, SetSendsBothCamerasAndReconnectingReadsThroughTheGetHandler
                                               Lens2::kFocusEnable, Lens2::kFocusInvert});
     EXPECT_EQ(rig.sentBy("SetLensBut"), std::vector<Bytes>{lensesSet});
 
-    // Reconnect: the connection sequence reads them back through the Get
-    // handlers (the lens request carries the console's own values).
+    // Reinitialize: the connection sequence reads them back (the lens
+    // request carries the console's own values).
     rig.line.clear();
     rig.window->findChild<QAction*>("MenuReinitialize")->trigger();
     ASSERT_TRUE(rig.waitFor([&] { return rig.window->windowTitle().endsWith(" Online"); }));

@@ -120,7 +120,7 @@ TEST(DeviceServer, ConsoleComesBackOnlineByItselfWhenSer2netIsRestarted) {
                   .arg(server.device()));
     // Looked for once a second, quietly: the refusals while it is away are
     // told once, and the console does not spin.
-    EXPECT_LT(cpuShareWhileWaiting(3000), kSpinningCpuShare);
+    EXPECT_LT(cpuShareWhileWaiting(2200), kSpinningCpuShare);
     EXPECT_EQ(console.faults.size(), 2) << console.faults.join('\n').toStdString();
     EXPECT_TRUE(console.faults.value(1).contains("refused the connection"));
 

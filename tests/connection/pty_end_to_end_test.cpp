@@ -73,7 +73,7 @@ TEST(EndToEnd, ConsoleLetsGoOfAnUnpluggedUnitAndTakesItBackByItself) {
     EXPECT_TRUE(console.faults.join(QLatin1Char('\n')).contains(QStringLiteral("COM1 (") + link));
     auto* pages = console.window->findChild<QTabWidget*>(QStringLiteral("SSTab1"));
     EXPECT_FALSE(pages->isEnabled()) << "the pages stay open to a lost unit";
-    EXPECT_LT(cpuShareWhileWaiting(5000), kSpinningCpuShare)
+    EXPECT_LT(cpuShareWhileWaiting(2000), kSpinningCpuShare)
         << "the console keeps working a lost port";
 
     sim = std::make_unique<SimProcess>(arguments);  // plugged in again
@@ -89,7 +89,7 @@ TEST(EndToEnd, TheVirtualUnitRestsWhenNobodyFeedsItLineCommandsAnyMore) {
     QTest::qWait(300);
     const long before = sim.cpuTicks();
     ASSERT_GE(before, 0);
-    QTest::qWait(2000);
-    // Ticks are hundredths of a second: 10 in 2 s is 5 % of a core.
+    QTest::qWait(1000);
+    // Ticks are hundredths of a second: 10 in 1 s is 10 % of a core.
     EXPECT_LT(sim.cpuTicks() - before, 10) << "halvex-sim spins on its ended input";
 }
