@@ -72,8 +72,8 @@ TEST(RestoreUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
     unit.settings.panRates.ramp = 33;
     unit.settings.heater = 2;
     unit.settings.lensConfig[1] = 0x4A;
-    unit.presets.at(4).pan = 999;
-    unit.tours.append(2, sim::TourStep{7, 3});
+    unit.presets.at(0).pan = 999;
+    unit.tours.append(0, sim::TourStep{7, 3});  // the first of each
 
     // Cancel writes nothing.
     rig.confirmAnswer = false;
@@ -89,8 +89,8 @@ TEST(RestoreUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
               QStringList({QStringLiteral("speeds/pan-ramp|40|33|"),
                            QStringLiteral("housekeeping/heater|share power|full power|"),
                            QStringLiteral("lenses/camera2-focus-invert|no|yes|"),
-                           QStringLiteral("presets/4|0.00 0.00 0 0 0 0|9.99 0.00 0 0 0 0|"),
-                           QStringLiteral("tours/3|no steps|7/0/3/no|")}));
+                           QStringLiteral("presets/0|0.00 0.00 0 0 0 0|9.99 0.00 0 0 0 0|"),
+                           QStringLiteral("tours/1|no steps|7/0/3/no|")}));
     EXPECT_TRUE(rig.writes().empty());
     EXPECT_EQ(rig.status(), QStringLiteral("Restore cancelled: nothing was written."));
 
@@ -115,14 +115,14 @@ TEST(RestoreUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
                                                  {Lens2::kZoomMinimum, 10},
                                                  {Lens2::kFocusMinimum, 10}}),
             {Lens1::kFocusEnable, Lens1::kZoomEnable, Lens2::kFocusEnable, Lens2::kZoomEnable}),
-        storePreset(4, 0, 0),
-        test::message<v::ClearTour>({{v::clear_tour::kTour, 2}}),
+        storePreset(0, 0, 0),
+        test::message<v::ClearTour>({{v::clear_tour::kTour, 0}}),
     };
     EXPECT_EQ(rig.writes(), expected);
     EXPECT_EQ(unit.settings.panRates.ramp, 40);
     EXPECT_EQ(unit.settings.heater, 1);
-    EXPECT_EQ(unit.presets.at(4).pan, 0);
-    EXPECT_EQ(unit.tours.size(2), 0);
+    EXPECT_EQ(unit.presets.at(0).pan, 0);
+    EXPECT_EQ(unit.tours.size(0), 0);
     EXPECT_EQ(rig.status(), QStringLiteral("Restored unit.txt onto unit 0; read back, the unit "
                                            "holds every value of the file."));
     EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
