@@ -412,23 +412,29 @@ TEST(SaveUnit, AsksExactlyTheseQuestionsAndWritesANewUnitThisWay) {
     }
 }
 
-TEST(SaveUnit, CancelAmongTheSettingsSavesNothingAndSaysSo) {
+TEST(SaveUnit, CancelAmongTheSettingsOrThePresetsSavesNothingAndSaysSo) {
     CommissioningRig rig;
     ASSERT_TRUE(rig.connect());
-    QFile::remove(rig.file);
-    QTimer watch;
-    QObject::connect(&watch, &QTimer::timeout, [&] {
-        const auto* bar =
-            rig.window->findChild<QProgressBar*>(QStringLiteral("CommissioningProgress"));
-        if (bar != nullptr && bar->value() == 3) {  // still reading the setting groups
-            rig.window->findChild<QPushButton*>(QStringLiteral("CommissioningCancelBut"))->click();
-            watch.stop();
-        }
-    });
-    watch.start(1);
-    rig.trigger("MenuSaveUnit");
-    watch.stop();
-    EXPECT_EQ(rig.status(), QStringLiteral("Save Unit Settings cancelled: nothing was saved."));
-    EXPECT_TRUE(rig.shown.empty());
-    EXPECT_FALSE(QFile::exists(rig.file));
+    // Cancel is pressed as the third setting group is asked for, and then
+    // as preset 5 is.
+    const Message_ cancelWhenAsked[] = {
+        settingGroups().at(2).request,
+        test::message<v::PresetRequest>({{v::preset_request::kPreset, 5}})};
+    for (const Message_& asked : cancelWhenAsked) {
+        SCOPED_TRACE(int(asked.at(0)));
+        QFile::remove(rig.file);
+        rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
+            if (frame.message == asked) {
+                QTimer::singleShot(0, rig.window.get(), [&] {
+                    rig.window->findChild<QPushButton*>(QStringLiteral("CommissioningCancelBut"))
+                        ->click();
+                });
+            }
+        };
+        rig.trigger("MenuSaveUnit");
+        rig.line.onFrame = nullptr;
+        EXPECT_EQ(rig.status(), QStringLiteral("Save Unit Settings cancelled: nothing was saved."));
+        EXPECT_TRUE(rig.shown.empty());
+        EXPECT_FALSE(QFile::exists(rig.file));
+    }
 }
