@@ -53,8 +53,11 @@ struct CommissioningRig : ConsoleRig {
     // A restore that drives the platform to its soft limits takes a while.
     static constexpr int kLongestJobMs = 60000;
 
+    // The platform and lenses travel four times as fast as a real unit's.
+    static constexpr int kUnitTimeScale = 4;
+
     explicit CommissioningRig(const sim::UnitOptions& options = {})
-        : ConsoleRig(options, kCommissioningTickMs) {
+        : ConsoleRig(options, kCommissioningTickMs, kUnitTimeScale) {
         menu = window->findChild<CommissioningMenu*>(QStringLiteral("CommissioningMenu"));
         menu->setFileChooser([this](bool save, QString suggested) -> QCoro::Task<QString> {
             asked.push_back({save, suggested});

@@ -52,7 +52,8 @@ class SessionTest : public ::testing::Test {
         options.alignmentMs = options.homingMs = 300;
         return options;
     }()};
-    RecordingPeer line{unit};
+    // The platform travels four times as fast as a real one.
+    RecordingPeer line{unit, 4};
     TestPort* port = new TestPort(&line);
     Session session{port, kTickMs};
     UnitConnection connection{session,

@@ -7,8 +7,11 @@
 
 namespace halvex::testing {
 
-ConsoleRig::ConsoleRig(const sim::UnitOptions& options, int tickMs)
-    : previousDirectory(QDir::currentPath()), unit(options), port(new TestPort(&line)) {
+ConsoleRig::ConsoleRig(const sim::UnitOptions& options, int tickMs, int unitTimeScale)
+    : previousDirectory(QDir::currentPath()),
+      unit(options),
+      line(unit, unitTimeScale),
+      port(new TestPort(&line)) {
     QDir::setCurrent(directory.path());
     window = std::make_unique<VornixU>(
         port,

@@ -22,7 +22,10 @@ class ConsoleRig {
     // its frames ten times as fast as a real line allows.
     static constexpr int kFastTickMs = 10;
 
-    explicit ConsoleRig(const sim::UnitOptions& options = {}, int tickMs = kFastTickMs);
+    // `unitTimeScale`: how many times as fast as a real one the unit's clock
+    // runs (see RecordingPeer).
+    explicit ConsoleRig(const sim::UnitOptions& options = {}, int tickMs = kFastTickMs,
+                        int unitTimeScale = 1);
     ~ConsoleRig();
     ConsoleRig(const ConsoleRig&) = delete;
     ConsoleRig& operator=(const ConsoleRig&) = delete;
@@ -46,7 +49,7 @@ class ConsoleRig {
     // What the operator answers to an OK/Cancel box: OK when true.
     bool presenterAnswer = true;
     sim::Unit unit;
-    RecordingPeer line{unit};
+    RecordingPeer line;
     TestPort* port;
     std::unique_ptr<VornixU> window;
 };

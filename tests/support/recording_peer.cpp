@@ -4,8 +4,8 @@
 
 namespace halvex::testing {
 
-RecordingPeer::RecordingPeer(UnitPeer& unit)
-    : unit_(unit), assembler_([this](const sim::ConsoleFrame& frame) {
+RecordingPeer::RecordingPeer(UnitPeer& unit, int timeScale)
+    : unit_(unit), timeScale_(timeScale), assembler_([this](const sim::ConsoleFrame& frame) {
           frames_.push_back(Frame{frame.address, frame.message});
           if (onFrame) {
               onFrame(frames_.back());

@@ -18,10 +18,13 @@ class RecordingPeer : public UnitPeer {
         std::vector<Byte> message;  // code and payload, without the LRC
     };
 
-    explicit RecordingPeer(UnitPeer& unit);
+    // With a `timeScale` above 1 the unit's clock runs that many times as
+    // fast as the console's: the platform and the lenses travel, dwell and
+    // time out sooner, which spares tests the seconds a real move takes.
+    explicit RecordingPeer(UnitPeer& unit, int timeScale = 1);
 
     void receiveFromConsole(const std::uint8_t* data, std::size_t size) override;
-    void advanceTo(std::int64_t nowMs) override { unit_.advanceTo(nowMs); }
+    void advanceTo(std::int64_t nowMs) override { unit_.advanceTo(nowMs * timeScale_); }
     std::vector<std::uint8_t> takeOutput() override;
 
     // When false, the unit hears nothing and so says nothing.
@@ -40,6 +43,7 @@ class RecordingPeer : public UnitPeer {
 
   private:
     UnitPeer& unit_;
+    int timeScale_;
     std::vector<Frame> frames_;
     sim::FrameAssembler assembler_;
     bool connected_ = true;
