@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
@@ -184,6 +186,11 @@ TEST(SettingsFile, NamesWhatIsWrongWithAValue) {
             EXPECT_EQ(problem.rfind("line ", 0), 0u) << problem;
         }
     }
+    // What follows 'end' is named by its own line.
+    const std::size_t end = text.find("\nend\n");
+    const auto endLine = std::count(text.begin(), text.begin() + end + 1, '\n') + 1;
+    EXPECT_EQ(problemWith(replaced(text, "\nend\n", "\nend\naddress = 1\n")),
+              "line " + std::to_string(endLine + 1) + ": there is more after the line 'end'");
     // Hand edits in another spacing are fine; the format line must lead.
     EXPECT_TRUE(readSettingsText(replaced(replaced(text, "pan-ramp = 40", "\tpan-ramp=40  \r"),
                                           "7 = -116.45 44.93", "7 =  -116.45\t44.93"))
