@@ -177,6 +177,11 @@ TEST(CommissioningCommandLine, SavesWithoutADisplayAndRefusesBadFilesWithNothing
     EXPECT_EQ(restore.exitCode, 0) << restore.errors.toStdString();
     EXPECT_TRUE(restore.errors.contains(QStringLiteral("differs from the file in 1 value")))
         << restore.errors.toStdString();
+    // Side by side, in columns, each value whole.
+    EXPECT_TRUE(restore.errors.contains(
+        QRegularExpression(QStringLiteral("^halvex:   speeds/tilt-ramp +41 +40$"),
+                           QRegularExpression::MultilineOption)))
+        << restore.errors.toStdString();
     {
         Session line(new QtSerialPort, kTickMs);
         ASSERT_TRUE(line.open(unit.device(), 9600));
