@@ -57,6 +57,16 @@ TEST_F(SessionTest, ConnectsReadingOffsetsAndLimitsThenMovesStopsAndFollowsThePl
     EXPECT_TRUE(arrives(45.25, -10.5));
     EXPECT_FALSE(positions.isEmpty());
 
+    // With the lenses: they travel to their places too.
+    const Outcome withLenses = finish(session.moveToWithLenses({10.0, 5.0}, {10, 200, 30, 40}));
+    ASSERT_TRUE(withLenses.isDone()) << withLenses.text().toStdString();
+    EXPECT_TRUE(arrives(10.0, 5.0));
+    EXPECT_TRUE(runUntil(
+        [&] {
+            return session.status().Lens == LensPositions{10, 200, 30, 40};
+        },
+        20000));
+
     // Stop during a long move: the stop bit rides on one jog message, and
     // the platform comes to rest short of the target.
     ASSERT_TRUE(finish(session.moveTo({-150.0, 0.0})).isDone());
