@@ -59,6 +59,7 @@ TEST_F(SlowConnection, TheFirstFrameWaitsForTheConnectionAndNothingPilesUpBehind
 }
 
 TEST_F(SlowConnection, AConnectionNotMadeInTimeEndsLikeASilentUnitAndSendsNothing) {
+    session.link().Timer1().setInterval(Link::kConnectTimeoutMs / 10);
     port->setSlowConnection(true);
     QSignalSpy nobodyAnswered(&connection, &UnitConnection::noUnitAnswered);
     EXPECT_FALSE(finish(connection.start()));
