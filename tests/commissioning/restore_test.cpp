@@ -5,6 +5,7 @@
 #include <QLineEdit>
 #include <QTimer>
 #include <algorithm>
+#include <set>
 #include <stdexcept>
 
 #include "commissioning/platform_mover.h"
@@ -365,6 +366,34 @@ TEST(RestoreUnit, AFaultDuringAMoveStillStopsThePlatformAndComesOutOfTheRestore)
     ASSERT_TRUE(ConsoleRig::waitFor([&] { return !unit.state().motion.moving(); }, 3000));
     EXPECT_LT(unit.state().motion.mechanicalPan(), 9000);
     EXPECT_EQ(unit.state().settings.softLimits[0], 17000);
+}
+
+// The progress counts a step for each command written: values that one
+// command writes together are one step.
+TEST(RestoreUnit, CountsOneStepForEachCommandWritten) {
+    sim::Unit unit;
+    RecordingPeer peer{unit};
+    Session line(new TestPort(&peer), CommissioningRig::kCommissioningTickMs);
+    ASSERT_TRUE(line.open(QStringLiteral("COM1"), 9600));
+    UnitLine asking(line);
+    const UnitRead read = finish(readUnit(asking, Progress{}), CommissioningRig::kLongestJobMs);
+    ASSERT_TRUE(read.settings.has_value()) << read.problem.toStdString();
+    UnitSettings file = *read.settings;
+    file.values["speeds/pan-ramp"] = 33;  // the two ramps: one command
+    file.values["speeds/tilt-ramp"] = 44;
+    file.values["housekeeping/heater"] = 2;
+    std::set<int> totals;
+    Progress progress;
+    progress.report = [&](const QString& step, int, int total) {
+        if (step.startsWith(QStringLiteral("Writing"))) {
+            totals.insert(total);
+        }
+    };
+    const RestoreResult result =
+        finish(restoreUnit(asking, planRestore(file, *read.settings, false), progress),
+               CommissioningRig::kLongestJobMs);
+    EXPECT_TRUE(result.verified());
+    EXPECT_EQ(totals, std::set<int>{2});
 }
 
 // A file saved from a unit set up unlike a new one, restored onto a new
