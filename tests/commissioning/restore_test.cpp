@@ -396,6 +396,35 @@ TEST(RestoreUnit, CountsOneStepForEachCommandWritten) {
     EXPECT_EQ(totals, std::set<int>{2});
 }
 
+// Cancel once the first tour is written: the restore stops there, says it
+// was cancelled, and the second tour is left as it was.
+TEST(RestoreUnit, CancelAmongTheToursWritesNoMore) {
+    sim::Unit unit;
+    RecordingPeer peer{unit};
+    Session line(new TestPort(&peer), CommissioningRig::kCommissioningTickMs);
+    ASSERT_TRUE(line.open(QStringLiteral("COM1"), 9600));
+    UnitLine asking(line);
+    const UnitRead read = finish(readUnit(asking, Progress{}), CommissioningRig::kLongestJobMs);
+    ASSERT_TRUE(read.settings.has_value()) << read.problem.toStdString();
+    UnitSettings file = *read.settings;
+    file.tours[0] = {commissioning::TourStep::of(3, 0, 5, false)};
+    file.tours[1] = {commissioning::TourStep::of(4, 0, 5, false)};
+    bool tourWritten = false;
+    peer.onFrame = [&](const RecordingPeer::Frame& frame) {
+        tourWritten = tourWritten || is<v::AppendTourStep>(frame.message);
+    };
+    Progress progress;
+    progress.cancelled = [&] { return tourWritten; };
+    const RestoreResult result =
+        finish(restoreUnit(asking, planRestore(file, *read.settings, false), progress),
+               CommissioningRig::kLongestJobMs);
+    peer.onFrame = nullptr;
+    EXPECT_TRUE(result.cancelled);
+    EXPECT_FALSE(result.finished);
+    EXPECT_EQ(unit.state().tours.size(0), 1);
+    EXPECT_EQ(unit.state().tours.size(1), 0);
+}
+
 // A file saved from a unit set up unlike a new one, restored onto a new
 // unit, leaves it set up as the first in everything the console restores.
 TEST(RestoreUnit, EveryValueOfTheFileReachesANewUnit) {
