@@ -65,9 +65,19 @@ TEST(PositionReport, CurrentAndTargetReportsFillTheirOwnDisplays) {
     rig.arrive(ReportRig::report(0x31, -100, 4550, 0, 0, 0x80, {0, 0}));
     EXPECT_FLOAT_EQ(rig.led("PanPosLED"), -1.0);
     EXPECT_FLOAT_EQ(rig.led("TiltPosLED"), 45.5);
-    EXPECT_FLOAT_EQ(rig.led("Z1LED"), 10);
-    EXPECT_FLOAT_EQ(rig.led("F2LED"), 40);
-    EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Focus1Label"))->text(), QStringLiteral("20"));
+    // Each lens's position in its own display and read-out.
+    const struct {
+        const char* led;
+        const char* label;
+        int value;
+    } lenses[] = {{"Z1LED", "Zoom1Label", 10},
+                  {"F1LED", "Focus1Label", 20},
+                  {"Z2LED", "Zoom2Label", 30},
+                  {"F2LED", "Focus2Label", 40}};
+    for (const auto& lens : lenses) {
+        EXPECT_FLOAT_EQ(rig.led(lens.led), lens.value) << lens.led;
+        EXPECT_EQ(rig.find<QLabel>(QLatin1String(lens.label))->text(), QString::number(lens.value));
+    }
     // Continuous pan: no pan soft limits to set.
     EXPECT_FALSE(rig.page().SetSLBut[0]->isEnabled());
     EXPECT_FALSE(rig.page().SetSLBut[1]->isEnabled());
