@@ -100,6 +100,11 @@ TEST(PresetCommands, ReloadFillsTheListCommandsUseTheSelectionClearReloads) {
     ASSERT_EQ(rig.lines("PresetList").size(), 32);
     EXPECT_TRUE(rig.lines("PresetList")[31].startsWith(QStringLiteral("  31    46.50")));
     EXPECT_EQ(rig.list("PresetList")->currentRow(), 0);
+    // Choosing an entry shows its angles, the first entry's too.
+    rig.selectRow("PresetList", 3);
+    EXPECT_FLOAT_EQ(rig.led("PanPreLED")->value(), 4.5f);
+    rig.selectRow("PresetList", 0);
+    EXPECT_FLOAT_EQ(rig.led("PanPreLED")->value(), 0.0f);
 
     rig.line.clear();
     rig.selectRow("PresetList", 2, true);
