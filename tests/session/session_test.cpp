@@ -530,6 +530,9 @@ TEST_F(SessionTest, VideoAndOnScreenDisplayAreSetAndReadBackAndWhatCannotBeSentS
     ASSERT_TRUE(finish(session.setSiteName(QStringLiteral("North Gate"))).isDone());
     const auto& siteName = unit.state().settings.siteName;
     EXPECT_EQ(std::string(siteName.begin(), siteName.end()), "North Gate  ");
+    // A longer name is cut at the unit's twelve characters.
+    ASSERT_TRUE(finish(session.setSiteName(QStringLiteral("North Gate East"))).isDone());
+    EXPECT_EQ(std::string(siteName.begin(), siteName.end()), "North Gate E");
 
     // What the unit holds now, read back: the replies fill the status.
     session.status().Video = {};
