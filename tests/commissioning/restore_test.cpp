@@ -63,6 +63,25 @@ QCoro::Task<std::string> faultOf(QCoro::Task<RestoreResult> restoring) {
     co_return std::string();
 }
 
+// A restore with no window: a session's line to the virtual unit, and what
+// the unit held before, read through that line.
+class WindowlessRestore : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(line.open(QStringLiteral("COM1"), 9600));
+        const UnitRead read = finish(readUnit(asking, Progress{}), CommissioningRig::kLongestJobMs);
+        ASSERT_TRUE(read.settings.has_value()) << read.problem.toStdString();
+        before = *read.settings;
+    }
+    RestorePlan planFor(const UnitSettings& file) const { return planRestore(file, before, false); }
+
+    sim::Unit unit;
+    RecordingPeer peer{unit};
+    Session line{new TestPort(&peer), CommissioningRig::kCommissioningTickMs};
+    UnitLine asking{line};
+    UnitSettings before;
+};
+
 }  // namespace
 
 TEST(RestoreUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
@@ -325,17 +344,10 @@ TEST(RestoreUnit, CancelDuringAMoveStopsThePlatform) {
 // A fault in the middle of a move (a range fault in something the restore
 // calls) comes out where the restore is awaited, and still leaves the
 // platform stopped and the soft limits no longer overridden.
-TEST(RestoreUnit, AFaultDuringAMoveStillStopsThePlatformAndComesOutOfTheRestore) {
-    sim::Unit unit;
-    RecordingPeer peer{unit};
-    Session line(new TestPort(&peer), CommissioningRig::kCommissioningTickMs);
-    ASSERT_TRUE(line.open(QStringLiteral("COM1"), 9600));
-    UnitLine asking(line);
-    const UnitRead read = finish(readUnit(asking, Progress{}), CommissioningRig::kLongestJobMs);
-    ASSERT_TRUE(read.settings.has_value()) << read.problem.toStdString();
-    UnitSettings file = *read.settings;
+TEST_F(WindowlessRestore, AFaultDuringAMoveStillStopsThePlatformAndComesOutOfTheRestore) {
+    UnitSettings file = before;
     file.values["soft-limits/cw"] = 9000;  // a few seconds away
-    const RestorePlan plan = planRestore(file, *read.settings, false);
+    const RestorePlan plan = planFor(file);
     ASSERT_TRUE(plan.moves());
 
     bool moving = false;
@@ -370,15 +382,8 @@ TEST(RestoreUnit, AFaultDuringAMoveStillStopsThePlatformAndComesOutOfTheRestore)
 
 // The progress counts a step for each command written: values that one
 // command writes together are one step.
-TEST(RestoreUnit, CountsOneStepForEachCommandWritten) {
-    sim::Unit unit;
-    RecordingPeer peer{unit};
-    Session line(new TestPort(&peer), CommissioningRig::kCommissioningTickMs);
-    ASSERT_TRUE(line.open(QStringLiteral("COM1"), 9600));
-    UnitLine asking(line);
-    const UnitRead read = finish(readUnit(asking, Progress{}), CommissioningRig::kLongestJobMs);
-    ASSERT_TRUE(read.settings.has_value()) << read.problem.toStdString();
-    UnitSettings file = *read.settings;
+TEST_F(WindowlessRestore, CountsOneStepForEachCommandWritten) {
+    UnitSettings file = before;
     file.values["speeds/pan-ramp"] = 33;  // the two ramps: one command
     file.values["speeds/tilt-ramp"] = 44;
     file.values["housekeeping/heater"] = 2;
@@ -390,23 +395,15 @@ TEST(RestoreUnit, CountsOneStepForEachCommandWritten) {
         }
     };
     const RestoreResult result =
-        finish(restoreUnit(asking, planRestore(file, *read.settings, false), progress),
-               CommissioningRig::kLongestJobMs);
+        finish(restoreUnit(asking, planFor(file), progress), CommissioningRig::kLongestJobMs);
     EXPECT_TRUE(result.verified());
     EXPECT_EQ(totals, std::set<int>{2});
 }
 
 // Cancel once the first tour is written: the restore stops there, says it
 // was cancelled, and the second tour is left as it was.
-TEST(RestoreUnit, CancelAmongTheToursWritesNoMore) {
-    sim::Unit unit;
-    RecordingPeer peer{unit};
-    Session line(new TestPort(&peer), CommissioningRig::kCommissioningTickMs);
-    ASSERT_TRUE(line.open(QStringLiteral("COM1"), 9600));
-    UnitLine asking(line);
-    const UnitRead read = finish(readUnit(asking, Progress{}), CommissioningRig::kLongestJobMs);
-    ASSERT_TRUE(read.settings.has_value()) << read.problem.toStdString();
-    UnitSettings file = *read.settings;
+TEST_F(WindowlessRestore, CancelAmongTheToursWritesNoMore) {
+    UnitSettings file = before;
     file.tours[0] = {commissioning::TourStep::of(3, 0, 5, false)};
     file.tours[1] = {commissioning::TourStep::of(4, 0, 5, false)};
     bool tourWritten = false;
@@ -416,8 +413,7 @@ TEST(RestoreUnit, CancelAmongTheToursWritesNoMore) {
     Progress progress;
     progress.cancelled = [&] { return tourWritten; };
     const RestoreResult result =
-        finish(restoreUnit(asking, planRestore(file, *read.settings, false), progress),
-               CommissioningRig::kLongestJobMs);
+        finish(restoreUnit(asking, planFor(file), progress), CommissioningRig::kLongestJobMs);
     peer.onFrame = nullptr;
     EXPECT_TRUE(result.cancelled);
     EXPECT_FALSE(result.finished);
