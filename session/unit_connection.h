@@ -78,6 +78,9 @@ class UnitConnection : public QObject {
 
     bool running() const { return running_; }
     bool reconnecting() const { return reconnect_.isActive(); }
+    // Looks for a lost device this often instead: tests whose units come
+    // back at once need not wait a second for each look.
+    void setReconnectInterval(int milliseconds) { reconnect_.setInterval(milliseconds); }
     QString lineName() const { return line_.name(); }
 
     // Completes when the frames queued so far have gone out and no sender

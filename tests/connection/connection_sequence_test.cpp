@@ -240,6 +240,8 @@ TEST(ConnectionSequence, ExitTellsTheUnitToStopThenClosesThePort) {
 TEST(ConnectionSequence, AUnitFoundAgainButNotYetAnsweringIsLookedForAgainWithoutABox) {
     ConsoleRig rig;
     rig.window->link().Timer1().setInterval(Link::kConnectTimeoutMs / 10);
+    rig.window->connection().unitConnection().setReconnectInterval(UnitConnection::kReconnectMs /
+                                                                   10);
     ASSERT_TRUE(rig.connect());
     QStringList faults;
     QObject::connect(&rig.window->state(), &FormState::faultReported,

@@ -152,6 +152,7 @@ struct HeadlessConsole {
                                [device] { return QStringLiteral("COM1 (%1)").arg(device); }}) {
         QObject::connect(&session.state(), &FormState::faultReported,
                          [this](const QString& fault) { faults << fault; });
+        connection.setReconnectInterval(200);
     }
     ~HeadlessConsole() { finish(connection.exit()); }
 

@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+#include "connection/connection_sequence.h"
 #include "console/messages.h"
 #include "window/vornixu.h"
 
@@ -28,6 +29,8 @@ struct PtyConsole {
             tickMs);
         QObject::connect(&window->state(), &FormState::faultReported,
                          [this](const QString& message) { faults << message; });
+        // The unit comes back at once: no need to wait a second between looks.
+        window->connection().unitConnection().setReconnectInterval(200);
         window->Form_Load();
         window->show();
     }

@@ -21,6 +21,10 @@ namespace halvex::testing {
 class SessionTest : public ::testing::Test {
   protected:
     static constexpr int kTickMs = 10;
+    // A lost unit is looked for this often rather than every second.
+    static constexpr int kReconnectMs = 100;
+
+    SessionTest() { connection.setReconnectInterval(kReconnectMs); }
 
     bool connect() { return finish(connection.start()) && session.online(); }
 

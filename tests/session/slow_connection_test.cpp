@@ -107,7 +107,7 @@ TEST_F(SlowConnection, StopLookingOrStartWhileAnAttemptIsUnderWayLeavesNoPortHal
     EXPECT_FALSE(connection.reconnecting());
     EXPECT_EQ(faults.last(), QStringLiteral("No longer looking for the virtual unit."));
     const int opens = port->opens();
-    runUntil([] { return false; }, UnitConnection::kReconnectMs + 500);
+    runUntil([] { return false; }, kReconnectMs * 5);
     EXPECT_EQ(port->opens(), opens) << "still looking after Stop";
 
     // Start while an attempt is under way begins afresh and goes online.
