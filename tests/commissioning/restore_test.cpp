@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QAbstractButton>
 #include <QElapsedTimer>
 #include <QLineEdit>
 #include <QTimer>
@@ -82,12 +81,21 @@ class WindowlessRestore : public ::testing::Test {
     UnitSettings before;
 };
 
+// The console connected to a unit that has just been saved to the file.
+class RestoreSavedUnit : public ::testing::Test {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(rig.connect());
+        rig.trigger("MenuSaveUnit");
+        rig.line.clear();
+        rig.asked.clear();
+    }
+    CommissioningRig rig;
+};
+
 }  // namespace
 
-TEST(RestoreUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
-    CommissioningRig rig;
-    ASSERT_TRUE(rig.connect());
-    rig.trigger("MenuSaveUnit");
+TEST_F(RestoreSavedUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
     sim::UnitState& unit = rig.unit.state();
     unit.settings.panRates.ramp = 33;
     unit.settings.heater = 2;
@@ -97,8 +105,6 @@ TEST(RestoreUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
 
     // Cancel writes nothing.
     rig.confirmAnswer = false;
-    rig.line.clear();
-    rig.asked.clear();
     rig.trigger("MenuRestoreUnit");
     ASSERT_EQ(rig.asked.size(), 1u);
     EXPECT_FALSE(rig.asked[0].first) << "a file to open, not one to save";
@@ -155,15 +161,10 @@ TEST(RestoreUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
     EXPECT_EQ(rig.status(), QStringLiteral("The unit already holds every value of unit.txt."));
 }
 
-TEST(RestoreUnit, FactorySettingsWaitForTheFactoryArea) {
-    CommissioningRig rig;
-    ASSERT_TRUE(rig.connect());
-    rig.trigger("MenuSaveUnit");
+TEST_F(RestoreSavedUnit, FactorySettingsWaitForTheFactoryArea) {
     rig.unit.state().settings.directions = 0x05;
     rig.unit.state().settings.panEncoder = 321;
     rig.unit.state().settings.heater = 0;
-
-    rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     ASSERT_EQ(rig.confirmations.size(), 1u);
     EXPECT_TRUE(rig.confirmations[0].contains(
@@ -203,10 +204,7 @@ TEST(RestoreUnit, FactorySettingsWaitForTheFactoryArea) {
     EXPECT_EQ(rig.unit.state().settings.panEncoder, 15);
 }
 
-TEST(RestoreUnit, RefusesABadFileByNameWithNothingOnTheWire) {
-    CommissioningRig rig;
-    ASSERT_TRUE(rig.connect());
-    rig.trigger("MenuSaveUnit");
+TEST_F(RestoreSavedUnit, RefusesABadFileByNameWithNothingOnTheWire) {
     const std::string good = rig.fileText();
     const struct {
         std::string text;
@@ -309,10 +307,7 @@ TEST(RestoreUnit, DrivesToEachSoftLimitAndNamesTheOneItCannotReach) {
                              "soft-limits/ccw (file -200.00, unit -170.00)."));
 }
 
-TEST(RestoreUnit, CancelDuringAMoveStopsThePlatform) {
-    CommissioningRig rig;
-    ASSERT_TRUE(rig.connect());
-    rig.trigger("MenuSaveUnit");
+TEST_F(RestoreSavedUnit, CancelDuringAMoveStopsThePlatform) {
     UnitSettings file = rig.saved();
     file.values["soft-limits/cw"] = 9000;  // a few seconds away at the unit's top speed
     rig.writeFile(writeSettingsText(file));
@@ -441,44 +436,6 @@ TEST(RestoreUnit, EveryValueOfTheFileReachesANewUnit) {
     EXPECT_EQ(unit.powerUp, source.powerUp);
     EXPECT_EQ(unit.presets, source.presets);
     EXPECT_EQ(unit.tours, source.tours);
-
-    // Each setting went out in the frame the page's own Set button sends for
-    // the values the pages now show (the read-back filled them).
-    // By code, and the top speeds by which pair too.
-    using Key = std::pair<Byte, bool>;
-    std::map<Key, Message_> restored;
-    for (const Message_& write : rig.writes()) {
-        const bool second = is<v::TopSpeeds>(write) &&
-                            v::isSet(write[v::top_speeds::kSecond.offset], v::top_speeds::kSecond);
-        restored[{write.front(), second}] = write;
-    }
-    const std::pair<const char*, Key> buttons[] = {
-        {"SetRateBut", {v::Rates::kCode, false}},
-        {"SetCMaxBut", {v::TopSpeeds::kCode, false}},
-        {"SetIMaxBut", {v::TopSpeeds::kCode, true}},
-        {"SetPStepBut", {v::PanSteps::kCode, false}},
-        {"SetTStepBut", {v::TiltSteps::kCode, false}},
-        {"SetTOBut", {v::CommTimeout::kCode, false}},
-        {"SetRevBut", {v::Directions::kCode, false}},
-        {"SetEncBut", {v::Encoders::kCode, false}},
-        {"SetCorBut", {v::SetAngleOffsets::kCode, false}},
-        {"SetLensBut", {v::LensConfiguration::kCode, false}},
-        {"SetCamBut", {v::CameraLines::kCode, false}},
-        {"SetCamTOBut", {v::CameraTimeouts::kCode, false}},
-        {"StoreInitBut", {v::VideoConfiguration::kCode, false}},
-        {"AngStorBut", {v::AngleDisplay::kCode, false}},
-        {"NameStoreBut", {v::NameDisplay::kCode, false}},
-    };
-    for (const auto& [button, key] : buttons) {
-        ASSERT_EQ(restored.count(key), 1u) << button;
-        rig.line.clear();
-        rig.find<QAbstractButton>(QLatin1String(button))->click();
-        // What the button goes on to do (new offsets read the soft limits
-        // and presets again) ends before the next button is pressed.
-        ASSERT_TRUE(settle()) << button;
-        ASSERT_TRUE(rig.waitFor([&] { return !rig.line.messages(false).empty(); })) << button;
-        EXPECT_EQ(rig.line.messages(false).front(), restored[key]) << button;
-    }
 }
 
 // A lens whose motor is off never gets there: the restore gives up on it
