@@ -228,16 +228,26 @@ TEST(UnitTours, ATourEndsOnTheCommTimeoutAndOnAnyCommandButTheJog) {
     EXPECT_FALSE(isSet(unit.jog(), r::kTourExecuting));
 }
 
-// The fault bits a report shows, by name.
-std::string faultsOf(const std::vector<Byte>& report) {
+// Which of these bits a report shows, by name.
+std::string bitsOf(const std::vector<Byte>& report,
+                   std::initializer_list<std::pair<r::B, const char*>> bits) {
     std::string names;
-    for (const auto& [bit, name] : {std::pair{r::kPanDirectionFault, "pan-direction "},
-                                    std::pair{r::kPanTimeout, "pan-timeout "},
-                                    std::pair{r::kTiltDirectionFault, "tilt-direction "},
-                                    std::pair{r::kTiltTimeout, "tilt-timeout "}}) {
+    for (const auto& [bit, name] : bits) {
         names += isSet(report, bit) ? name : "";
     }
     return names;
+}
+std::string faultsOf(const std::vector<Byte>& report) {
+    return bitsOf(report, {{r::kPanDirectionFault, "pan-direction "},
+                           {r::kPanTimeout, "pan-timeout "},
+                           {r::kTiltDirectionFault, "tilt-direction "},
+                           {r::kTiltTimeout, "tilt-timeout "}});
+}
+std::string panLimitsOf(const std::vector<Byte>& report) {
+    return bitsOf(report, {{r::kCcwHardLimit, "ccw-hard "},
+                           {r::kCwHardLimit, "cw-hard "},
+                           {r::kCcwSoftLimit, "ccw-soft "},
+                           {r::kCwSoftLimit, "cw-soft "}});
 }
 
 TEST(UnitFaults, InjectedFaultsLatchUntilResetAndWaitForTheirAxisToBeDriven) {
@@ -340,17 +350,6 @@ TEST(UnitFaults, TheLongProceduresAnswerWhenTheyEndAndHomingFindsNoIndexOfAFault
         << "tilt found its index, pan did not";
     EXPECT_EQ(v::getSigned(homed, h::kPan), 0);
     EXPECT_NE(v::getSigned(homed, h::kTilt), 0);
-}
-
-// The pan limit bits a report shows, by name.
-std::string panLimitsOf(const std::vector<Byte>& report) {
-    std::string names;
-    for (const auto& [bit, name] :
-         {std::pair{r::kCcwHardLimit, "ccw-hard "}, std::pair{r::kCwHardLimit, "cw-hard "},
-          std::pair{r::kCcwSoftLimit, "ccw-soft "}, std::pair{r::kCwSoftLimit, "cw-soft "}}) {
-        names += isSet(report, bit) ? name : "";
-    }
-    return names;
 }
 
 TEST(UnitLimits, JogStopsAtTheLimitsUnlessOverriddenOrEndlessAndTheBitsClearInside) {
