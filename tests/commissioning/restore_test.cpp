@@ -62,6 +62,20 @@ QCoro::Task<std::string> faultOf(QCoro::Task<RestoreResult> restoring) {
     co_return std::string();
 }
 
+// A move to the soft limit at 90.00 was stopped: the platform was told to
+// stop, the override is off, no limit was set, and it stands short of it.
+void expectStoppedShortOfTheLimit(const std::vector<Message_>& sent, sim::Unit& unit) {
+    const auto move = std::find_if(sent.begin(), sent.end(), is<v::AbsoluteMove>);
+    ASSERT_NE(move, sent.end());
+    EXPECT_TRUE(
+        std::any_of(move, sent.end(), [](const Message_& m) { return jogWith(m, v::jog::kStop); }));
+    EXPECT_EQ(std::count_if(move, sent.end(), is<v::SoftLimit>), 0);
+    EXPECT_FALSE(unit.state().motion.overrideOn());
+    ASSERT_TRUE(ConsoleRig::waitFor([&] { return !unit.state().motion.moving(); }, 3000));
+    EXPECT_LT(unit.state().motion.mechanicalPan(), 9000);
+    EXPECT_EQ(unit.state().settings.softLimits[0], 17000);
+}
+
 // A restore with no window: a session's line to the virtual unit, and what
 // the unit held before, read through that line.
 class WindowlessRestore : public ::testing::Test {
@@ -97,6 +111,7 @@ class RestoreSavedUnit : public ::testing::Test {
 
 TEST_F(RestoreSavedUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
     sim::UnitState& unit = rig.unit.state();
+    const sim::StoredState saved{unit.settings, unit.powerUp, unit.presets, unit.tours};
     unit.settings.panRates.ramp = 33;
     unit.settings.heater = 2;
     unit.settings.lensConfig[1] = 0x4A;
@@ -120,35 +135,19 @@ TEST_F(RestoreSavedUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
     EXPECT_TRUE(rig.writes().empty());
     EXPECT_EQ(rig.status(), QStringLiteral("Restore cancelled: nothing was written."));
 
+    // After Ok, one command for each value that differs, and the unit is as
+    // it was saved.
     rig.confirmAnswer = true;
     rig.line.clear();
     rig.trigger("MenuRestoreUnit");
-    using Pan = v::rates::Pan;
-    using Tilt = v::rates::Tilt;
-    using Lens1 = v::lens_configuration::Lens1;
-    using Lens2 = v::lens_configuration::Lens2;
-    const std::vector<Message_> expected = {
-        test::message<v::Rates>({{Pan::kSafeSpeedByte, 20},
-                                 {Pan::kRamp, 40},
-                                 {Pan::kDeceleration, 20},
-                                 {Tilt::kSafeSpeedByte, 20},
-                                 {Tilt::kRamp, 40},
-                                 {Tilt::kDeceleration, 20}}),
-        heater(1),
-        test::withBits(
-            test::message<v::LensConfiguration>({{Lens1::kZoomMinimum, 10},
-                                                 {Lens1::kFocusMinimum, 10},
-                                                 {Lens2::kZoomMinimum, 10},
-                                                 {Lens2::kFocusMinimum, 10}}),
-            {Lens1::kFocusEnable, Lens1::kZoomEnable, Lens2::kFocusEnable, Lens2::kZoomEnable}),
-        storePreset(0, 0, 0),
-        test::message<v::ClearTour>({{v::clear_tour::kTour, 0}}),
-    };
-    EXPECT_EQ(rig.writes(), expected);
-    EXPECT_EQ(unit.settings.panRates.ramp, 40);
-    EXPECT_EQ(unit.settings.heater, 1);
-    EXPECT_EQ(unit.presets.at(0).pan, 0);
-    EXPECT_EQ(unit.tours.size(0), 0);
+    std::vector<Byte> codes;
+    for (const Message_& write : rig.writes()) {
+        codes.push_back(write.front());
+    }
+    EXPECT_EQ(codes,
+              (std::vector<Byte>{v::Rates::kCode, v::Heater::kCode, v::LensConfiguration::kCode,
+                                 v::StorePreset::kCode, v::ClearTour::kCode}));
+    EXPECT_EQ((sim::StoredState{unit.settings, unit.powerUp, unit.presets, unit.tours}), saved);
     EXPECT_EQ(rig.status(), QStringLiteral("Restored unit.txt onto unit 0; read back, the unit "
                                            "holds every value of the file."));
     EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
@@ -321,16 +320,8 @@ TEST_F(RestoreSavedUnit, CancelDuringAMoveStopsThePlatform) {
     };
     rig.line.clear();
     rig.trigger("MenuRestoreUnit");
-    const std::vector<Message_> sent = rig.line.messages();
-    const auto move = std::find_if(sent.begin(), sent.end(), is<v::AbsoluteMove>);
-    ASSERT_NE(move, sent.end());
-    EXPECT_TRUE(
-        std::any_of(move, sent.end(), [](const Message_& m) { return jogWith(m, v::jog::kStop); }));
-    EXPECT_EQ(std::count_if(move, sent.end(), is<v::SoftLimit>), 0);
-    ASSERT_TRUE(rig.waitFor([&] { return !rig.unit.state().motion.moving(); }, 3000));
+    expectStoppedShortOfTheLimit(rig.line.messages(), rig.unit);
     EXPECT_GT(rig.unit.state().motion.mechanicalPan(), 0);
-    EXPECT_LT(rig.unit.state().motion.mechanicalPan(), 9000);
-    EXPECT_EQ(rig.unit.state().settings.softLimits[0], 17000);
     EXPECT_EQ(rig.lastMessage(), QStringLiteral("Restore Unit Settings: The restore was stopped. "
                                                 "The unit holds part of the file's settings."));
     EXPECT_FALSE(rig.window->state().SendInProgress);
@@ -362,17 +353,9 @@ TEST_F(WindowlessRestore, AFaultDuringAMoveStillStopsThePlatformAndComesOutOfThe
     peer.onFrame = nullptr;
 
     const std::vector<Message_> sent = peer.messages();
-    const auto move = std::find_if(sent.begin(), sent.end(), is<v::AbsoluteMove>);
-    ASSERT_NE(move, sent.end());
-    EXPECT_TRUE(
-        std::any_of(move, sent.end(), [](const Message_& m) { return jogWith(m, v::jog::kStop); }));
+    expectStoppedShortOfTheLimit(sent, unit);
     ASSERT_TRUE(isJog(sent.back()));
     EXPECT_FALSE(jogWith(sent.back(), v::jog::kSoftLimitOverride));
-    EXPECT_EQ(std::count_if(move, sent.end(), is<v::SoftLimit>), 0);
-    EXPECT_FALSE(unit.state().motion.overrideOn());
-    ASSERT_TRUE(ConsoleRig::waitFor([&] { return !unit.state().motion.moving(); }, 3000));
-    EXPECT_LT(unit.state().motion.mechanicalPan(), 9000);
-    EXPECT_EQ(unit.state().settings.softLimits[0], 17000);
 }
 
 // The progress counts a step for each command written: values that one
