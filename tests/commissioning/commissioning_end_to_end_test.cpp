@@ -87,8 +87,7 @@ TEST(CommissioningCommandLine, RestoresWithoutADisplayAndRefusesBadFilesWithNoth
     writeFile(here.filePath(QStringLiteral("one.txt")), changed);
     const HalvexRun restore =
         runHalvex(unit.device(), folder.path(),
-                  {QStringLiteral("--restore-unit"), QStringLiteral("one.txt"),
-                   QStringLiteral("--address=7"), QStringLiteral("--yes")});
+                  QStringLiteral("--restore-unit one.txt --address=7 --yes").split(' '));
     EXPECT_EQ(restore.exitCode, 0) << restore.errors.toStdString();
     EXPECT_TRUE(restore.errors.contains(QStringLiteral("differs from the file in 2 values")))
         << restore.errors.toStdString();
@@ -112,43 +111,28 @@ TEST(CommissioningCommandLine, RestoresWithoutADisplayAndRefusesBadFilesWithNoth
     writeFile(here.filePath(QStringLiteral("zero.txt")),
               std::string(text).replace(text.find("tilt-ramp = 40"), 14, "tilt-ramp = 0"));
     const struct {
-        QStringList arguments;
+        const char* arguments;
         int exitCode;
         const char* says;
     } refused[] = {
-        {{QStringLiteral("--yes")}, 2, "give either --save-unit FILE or --restore-unit FILE"},
-        {{QStringLiteral("--save-unit"), QStringLiteral("a"), QStringLiteral("--restore-unit"),
-          QStringLiteral("b")},
-         2,
-         "give either"},
-        {{QStringLiteral("--save-unit"), QStringLiteral("a"), QStringLiteral("--address"),
-          QStringLiteral("100")},
-         2,
-         "bad address '100' for --address: 0..99."},
-        {{QStringLiteral("--restore-unit"), QStringLiteral("u.txt"),
-          QStringLiteral("--factory-code"), QStringLiteral("1234")},
-         2,
-         "that is not the factory access code."},
-        {{QStringLiteral("--restore-unit"), QStringLiteral("none.txt")},
-         3,
-         "none.txt cannot be read"},
-        {{QStringLiteral("--restore-unit"), QStringLiteral("cut.txt"), QStringLiteral("--yes")},
-         3,
-         "it is cut short"},
-        {{QStringLiteral("--restore-unit"), QStringLiteral("zero.txt"), QStringLiteral("--yes")},
-         3,
-         "speeds/tilt-ramp is 0, outside 1..255"},
+        {"--yes", 2, "give either --save-unit FILE or --restore-unit FILE"},
+        {"--save-unit a --restore-unit b", 2, "give either"},
+        {"--save-unit a --address 100", 2, "bad address '100' for --address: 0..99."},
+        {"--restore-unit u.txt --factory-code 1234", 2, "that is not the factory access code."},
+        {"--restore-unit none.txt", 3, "none.txt cannot be read"},
+        {"--restore-unit cut.txt --yes", 3, "it is cut short"},
+        {"--restore-unit zero.txt --yes", 3, "speeds/tilt-ramp is 0, outside 1..255"},
     };
     for (const auto& run : refused) {
-        const HalvexRun result = runHalvex(nobody.slavePath(), folder.path(), run.arguments);
-        EXPECT_EQ(result.exitCode, run.exitCode) << run.arguments.join(' ').toStdString();
+        const HalvexRun result = runHalvex(nobody.slavePath(), folder.path(),
+                                           QString::fromLatin1(run.arguments).split(' '));
+        EXPECT_EQ(result.exitCode, run.exitCode) << run.arguments;
         EXPECT_TRUE(result.errors.contains(QLatin1String(run.says))) << result.errors.toStdString();
     }
     EXPECT_TRUE(nobody.readAvailable().empty());
     // A port that will not open ends a save before anything is written.
-    const HalvexRun closed =
-        runHalvex(here.filePath(QStringLiteral("no-such-port")), folder.path(),
-                  {QStringLiteral("--save-unit"), QStringLiteral("never.txt")});
+    const HalvexRun closed = runHalvex(here.filePath(QStringLiteral("no-such-port")), folder.path(),
+                                       QStringLiteral("--save-unit never.txt").split(' '));
     EXPECT_EQ(closed.exitCode, 1) << closed.errors.toStdString();
     EXPECT_TRUE(closed.errors.contains(QStringLiteral("cannot open COM1")));
     EXPECT_FALSE(QFile::exists(here.filePath(QStringLiteral("never.txt"))));
