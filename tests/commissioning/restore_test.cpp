@@ -204,26 +204,14 @@ TEST_F(RestoreSavedUnit, FactorySettingsWaitForTheFactoryArea) {
 }
 
 TEST_F(RestoreSavedUnit, RefusesABadFileByNameWithNothingOnTheWire) {
+    // What is wrong with a file is named as the file tests check it.
     const std::string good = rig.fileText();
-    const struct {
-        std::string text;
-        const char* problem;
-    } cases[] = {
-        {good.substr(0, good.size() / 2), "it is cut short: the line 'end' is missing"},
-        {std::string(good).replace(good.find("pan-ramp = 40"), 13, "pan-ramp = 300"),
-         "speeds/pan-ramp is 300, outside 1..255"},
-        {"PNG\r\n", "it is not a unit settings file"},
-    };
-    for (const auto& c : cases) {
-        rig.writeFile(c.text);
-        rig.line.clear();
-        rig.trigger("MenuRestoreUnit");
-        EXPECT_TRUE(rig.lastMessage().startsWith(QStringLiteral(
-            "Could Not Restore Unit Settings: unit.txt was refused, and nothing was sent: ")));
-        EXPECT_TRUE(rig.lastMessage().contains(QLatin1String(c.problem)))
-            << rig.lastMessage().toStdString();
-        EXPECT_TRUE(rig.line.messages(false).empty());
-    }
+    rig.writeFile(good.substr(0, good.size() / 2));
+    rig.trigger("MenuRestoreUnit");
+    EXPECT_EQ(rig.lastMessage(), QStringLiteral("Could Not Restore Unit Settings: unit.txt was "
+                                                "refused, and nothing was sent: it is cut short: "
+                                                "the line 'end' is missing."));
+    EXPECT_TRUE(rig.line.messages(false).empty());
     // A file from another controller type is refused after reading the unit.
     UnitSettings other = readSettingsText(good).settings.value();
     other.identity.controllerType = 1;
