@@ -73,6 +73,7 @@ TEST(FindUnits, ListsTheUnitAtItsAddressAndTalksToIt) {
 TEST(FindUnits, AnEmptyLineEndsWithAnEmptyListAfterAskingAddressZero) {
     CommissioningRig rig;
     rig.line.setConnected(false);
+    rig.menu->setProbeWaitMs(1);  // no answer to miss
     rig.trigger("MenuFindUnits");
     FindUnitsDialog* dialog = findDialog(rig);
     ASSERT_NE(dialog, nullptr);
