@@ -108,8 +108,8 @@ TEST_F(HeadlessTest, GoesOnlineWithoutADisplayRotctlPointsTheUnitAndSigtermStops
         << said().toStdString();
     EXPECT_TRUE(said().contains(QStringLiteral("network control on 127.0.0.1 port %1").arg(port)));
 
-    ASSERT_EQ(rotctl({"P", "45", "10"}).first, 0);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return pointsAt(45.0, 10.0); }, 15000));
+    ASSERT_EQ(rotctl({"P", "5", "2"}).first, 0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return pointsAt(5.0, 2.0); }, 15000));
 
     // A long move, and the service is stopped in the middle of it.
     ASSERT_EQ(rotctl({"P", "-160", "40"}).first, 0);
