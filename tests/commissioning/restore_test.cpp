@@ -7,6 +7,7 @@
 #include <set>
 #include <stdexcept>
 
+#include "commissioning/command_line_runs.h"
 #include "commissioning/platform_mover.h"
 #include "commissioning/progress_dialog.h"
 #include "commissioning/unit_reader.h"
@@ -348,6 +349,44 @@ TEST_F(WindowlessRestore, AFaultDuringAMoveStillStopsThePlatformAndComesOutOfThe
 
 // The progress counts a step for each command written: values that one
 // command writes together are one step.
+TEST_F(WindowlessRestore, OnTheCommandLineFactorySettingsAloneWriteNothingAndAreNamed) {
+    UnitSettings file = before;
+    file.values["factory/pan-encoder"] += 1;
+    QStringList said;
+    const CommandIo io{[&](const QString& line) { said << line; },
+                       [](const QString&) { return true; }};
+    peer.clear();
+    EXPECT_EQ(finish(restoreUnitCommand(line, 0, file, {}, io), CommissioningRig::kLongestJobMs),
+              kUnitFailed);
+    EXPECT_TRUE(std::none_of(peer.frames().begin(), peer.frames().end(), [](const auto& frame) {
+        return is<v::Encoders>(frame.message) && !isRead(frame.message);
+    }));
+    EXPECT_TRUE(said.last().startsWith(
+        QStringLiteral("Not written, the factory area is closed (give --factory-code): "
+                       "factory/pan-encoder (file ")))
+        << said.join('\n').toStdString();
+}
+
+TEST_F(WindowlessRestore, ALimitIsNotSetWhereverThePlatformIsWhenItCannotBeMovedThere) {
+    UnitSettings file = before;
+    file.values["soft-limits/cw"] = 9000;
+    const RestorePlan plan = planFor(file);
+    ASSERT_TRUE(plan.moves());
+    // The unit hears everything but the jog messages that would move it.
+    peer.onFrame = [&](const RecordingPeer::Frame& frame) {
+        peer.setConnected(!isJog(frame.message));
+    };
+    peer.clear();
+    const RestoreResult result =
+        finish(restoreUnit(asking, plan, Progress{}), CommissioningRig::kLongestJobMs);
+    peer.onFrame = nullptr;
+    peer.setConnected(true);
+    EXPECT_FALSE(result.verified());
+    const std::vector<Message_> sent = peer.messages(false);
+    EXPECT_TRUE(std::none_of(sent.begin(), sent.end(),
+                             [](const Message_& m) { return is<v::SoftLimit>(m) && !isRead(m); }));
+}
+
 TEST_F(WindowlessRestore, CountsOneStepForEachCommandWritten) {
     UnitSettings file = before;
     file.values["speeds/pan-ramp"] = 33;  // the two ramps: one command
