@@ -80,28 +80,21 @@ TEST(MainWindow, StoredSettingsAreUsedAsTheyAreAndAMissingFileIsCreated) {
 
 TEST(MainWindow, MenuChoicesAreWrittenAtOnceAndDropTheOfflineWord) {
     ConsoleRig rig;
-    rig.find<QAction>(QStringLiteral("MenuBPS_5"))->trigger();
-    EXPECT_EQ(settingsBytes(), QByteArray::fromHex("010000E10000"));
-    EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral("Using COM1 At 57600")));
-    EXPECT_TRUE(checked(*rig.window, QStringLiteral("MenuBPS_5")));
-    EXPECT_FALSE(checked(*rig.window, QStringLiteral("MenuBPS_0")));
-    rig.find<QAction>(QStringLiteral("MenuCOM_3"))->trigger();
-    EXPECT_EQ(settingsBytes(), QByteArray::fromHex("030000E10000"));
-    EXPECT_TRUE(checked(*rig.window, QStringLiteral("MenuCOM_3")));
-    EXPECT_FALSE(checked(*rig.window, QStringLiteral("MenuCOM_1")));
-    EXPECT_EQ(rig.window->windowTitle(),
-              QStringLiteral("Halvex Remote Control Emulator Ver 2.00 Using COM3 At 57600"));
-    // The first speed is a speed like any other.
-    rig.find<QAction>(QStringLiteral("MenuBPS_0"))->trigger();
-    EXPECT_EQ(settingsBytes(), QByteArray::fromHex("030080250000"));
-    EXPECT_TRUE(checked(*rig.window, QStringLiteral("MenuBPS_0")));
-    EXPECT_FALSE(checked(*rig.window, QStringLiteral("MenuBPS_5")));
-    EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral("Using COM3 At 9600")));
-    // The last port is a port like any other.
-    rig.find<QAction>(QStringLiteral("MenuCOM_8"))->trigger();
-    EXPECT_EQ(settingsBytes(), QByteArray::fromHex("080080250000"));
-    EXPECT_TRUE(checked(*rig.window, QStringLiteral("MenuCOM_8")));
-    EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral("Using COM8 At 9600")));
+    // The first and last entries are entries like any other.
+    const struct {
+        const char *entry, *unchecked, *file, *title;
+    } choices[] = {{"MenuBPS_5", "MenuBPS_0", "010000E10000", "COM1 At 57600"},
+                   {"MenuCOM_3", "MenuCOM_1", "030000E10000", "COM3 At 57600"},
+                   {"MenuBPS_0", "MenuBPS_5", "030080250000", "COM3 At 9600"},
+                   {"MenuCOM_8", "MenuCOM_3", "080080250000", "COM8 At 9600"}};
+    for (const auto& c : choices) {
+        rig.find<QAction>(QLatin1String(c.entry))->trigger();
+        EXPECT_EQ(settingsBytes(), QByteArray::fromHex(c.file)) << c.entry;
+        EXPECT_TRUE(checked(*rig.window, QLatin1String(c.entry)));
+        EXPECT_FALSE(checked(*rig.window, QLatin1String(c.unchecked)));
+        EXPECT_EQ(rig.window->windowTitle(),
+                  "Halvex Remote Control Emulator Ver 2.00 Using " + QLatin1String(c.title));
+    }
 }
 
 TEST(MainWindow, MenuChoiceIsWrittenInPlaceWhenOnlyTheFileMayBeWritten) {
