@@ -45,10 +45,12 @@ void clickAt(QWidget& widget, QPoint pixel, Qt::MouseButton button = Qt::LeftBut
     QApplication::sendEvent(&widget, &release);
 }
 
-// The held-pointer marker is drawn in amber; nothing else on the target is.
-bool markerAt(JogBox& box, QPoint pixel) {
-    const QColor c = box.grab().toImage().pixelColor(pixel);
+// The held-pointer marker is drawn in amber; nothing else on the boxes is.
+bool isAmber(const QColor& c) {
     return c.red() > 200 && c.green() > 140 && c.green() < 210 && c.blue() < 120;
+}
+bool markerAt(JogBox& box, QPoint pixel) {
+    return isAmber(box.grab().toImage().pixelColor(pixel));
 }
 
 // A 513 pixel square: pixel 256 is the middle, 256 pixels on each side of it
@@ -155,12 +157,6 @@ TEST(LensJogBox, RowsAreUnitsAndDragsOutsideAreReported) {
     }
 }
 
-}  // namespace
-}  // namespace halvex
-
-namespace halvex {
-namespace {
-
 // Light pixels of the lens box's "+" and "-" signs in a band across its
 // middle column, `from` to `to` rows: the longest light run across and down.
 struct Strokes {
@@ -188,37 +184,25 @@ Strokes strokesIn(const QImage& image, int from, int to) {
     return found;
 }
 
-TEST(LensJogBox, PlusMarksTheTopEndAndMinusTheBottom) {
-    LensJogBox box;
-    box.resize(40, 121);
-    const QImage image = box.grab().toImage();
-    const Strokes top = strokesIn(image, 2, 30);
-    const Strokes bottom = strokesIn(image, 91, 119);
-    EXPECT_GE(top.across, 6);
-    EXPECT_GE(top.down, 6);
-    EXPECT_GE(bottom.across, 6);
-    EXPECT_LE(bottom.down, 4);
-}
-
-}  // namespace
-}  // namespace halvex
-
-namespace halvex {
-namespace {
-// The held pointer's line runs the whole width of the track, inside its
-// outline, at the pointer's row.
-TEST(LensJogBox, HeldPointerLineSpansTheTrackInsideItsOutline) {
+// "+" marks the top end and "-" the bottom; the held pointer's line runs the
+// whole width of the track, inside its outline, at the pointer's row.
+TEST(LensJogBox, SignsMarkTheEndsAndTheHeldPointerLineSpansTheTrack) {
     LensJogBox box;
     box.resize(40, 121);
     box.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&box));
+    const QImage idle = box.grab().toImage();
+    const Strokes top = strokesIn(idle, 2, 30);
+    const Strokes bottom = strokesIn(idle, 91, 119);
+    EXPECT_GE(top.across, 6);
+    EXPECT_GE(top.down, 6);
+    EXPECT_GE(bottom.across, 6);
+    EXPECT_LE(bottom.down, 4);
+
     QTest::mousePress(&box, Qt::LeftButton, Qt::NoModifier, {20, 30});
     const QImage image = box.grab().toImage();
     QTest::mouseRelease(&box, Qt::LeftButton, Qt::NoModifier, {20, 30});
-    const auto amber = [&image](int x, int y) {
-        const QColor c = image.pixelColor(x, y);
-        return c.red() > 200 && c.green() > 140 && c.green() < 210 && c.blue() < 120;
-    };
+    const auto amber = [&image](int x, int y) { return isAmber(image.pixelColor(x, y)); };
     const int row = amber(20, 29) ? 29 : 30;  // the two-pixel line's upper row
     for (int x = 2; x <= 37; ++x) {
         EXPECT_TRUE(amber(x, row)) << x;
@@ -229,5 +213,6 @@ TEST(LensJogBox, HeldPointerLineSpansTheTrackInsideItsOutline) {
     EXPECT_FALSE(amber(20, row - 2));
     EXPECT_FALSE(amber(20, row + 3));
 }
+
 }  // namespace
 }  // namespace halvex
