@@ -18,6 +18,7 @@
 #include <QToolButton>
 
 #include "tests/support/console_rig.h"
+#include "tests/support/online_suite.h"
 #include "views/widgets/led_display.h"
 #include "views/widgets/pan_gauge.h"
 #include "views/widgets/pointer_pad.h"
@@ -154,10 +155,11 @@ void checkInView(VornixU& window, const QString& where) {
     EXPECT_GE(bar->height(), bar->sizeHint().height()) << where.toStdString();
 }
 
-class SmallScreen : public ::testing::Test {
+// One console online at 1024 x 700 for the tests below; each test starts
+// there in the desktop palette.
+class SmallScreen : public OnlineSuite<ConsoleRig> {
   protected:
     void SetUp() override {
-        ASSERT_TRUE(rig.connect());
         rig.window->resize(kSmallScreen);
         ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.window->size() == kSmallScreen; }))
             << "the window stays at " << rig.window->width() << " x " << rig.window->height()
@@ -166,7 +168,7 @@ class SmallScreen : public ::testing::Test {
     }
     void TearDown() override { rig.find<QAction>(QStringLiteral("MenuPaletteDesktop"))->trigger(); }
 
-    ConsoleRig rig;
+    ConsoleRig& rig = *shared_;
 };
 }  // namespace
 
