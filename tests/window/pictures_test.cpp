@@ -16,6 +16,7 @@
 
 #include "tests/support/console_rig.h"
 #include "tests/support/kept_picture.h"
+#include "tests/support/online_suite.h"
 #include "views/pages/page_parts.h"
 
 using namespace halvex;
@@ -25,17 +26,20 @@ namespace {
 
 const KeptPictures kPictures{HALVEX_KEPT_PICTURES, HALVEX_SEEN_PICTURES};
 
-class Pictures : public ::testing::Test {
-  protected:
+// The Setup page shows the unit's date.
+struct DatedRig : ConsoleRig {
+    DatedRig() : ConsoleRig(options()) {}
     static sim::UnitOptions options() {
         sim::UnitOptions options;
-        options.clockDate = sim::CalendarDate{2026, 11, 25};  // the Setup page shows it
+        options.clockDate = sim::CalendarDate{2026, 11, 25};
         return options;
     }
-    void SetUp() override {
-        ASSERT_TRUE(rig.connect());
-        show(QSize(1024, 700));
-    }
+};
+
+// One console online for the pictures, each test starting at 1024 x 700.
+class Pictures : public OnlineSuite<DatedRig> {
+  protected:
+    void SetUp() override { show(QSize(1024, 700)); }
     void show(QSize size) {
         rig.window->resize(size);
         ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.window->size() == size; }));
@@ -49,7 +53,7 @@ class Pictures : public ::testing::Test {
         QTest::qWait(50);
     }
 
-    ConsoleRig rig{options()};
+    ConsoleRig& rig = *shared_;
 };
 
 }  // namespace
