@@ -232,12 +232,6 @@ TEST_F(ViewSettings, ThePaletteChosenIsUsedAndKeptForTheNextStart) {
                       QLatin1String(entry) == QLatin1String(c.entry))
                 << entry;
         }
-        // The night palette is dim red on black: nothing brighter than its text.
-        const QPalette& used = QApplication::palette();
-        if (c.light == InstrumentLight::Night) {
-            EXPECT_GT(used.color(QPalette::Text).red(), 3 * used.color(QPalette::Text).green());
-            EXPECT_LT(used.color(QPalette::Window).lightness(), 10);
-        }
     }
     // A word the program does not know is the desktop's palette.
     userFile().setValue(QStringLiteral("View/palette"), QStringLiteral("purple"));
@@ -290,8 +284,10 @@ TEST(Palettes, TextStandsOutAndTheNightPaletteIsDimRedOnBlack) {
                   c.live)
             << c.name;
     }
-    // By night nothing is brighter than the text and every colour is red.
+    // By night nothing is brighter than the text, every colour is red, and
+    // the ground is black.
     const QPalette night = nightPalette();
+    EXPECT_LT(night.color(QPalette::Window).lightness(), 10);
     const int textLightness = night.color(QPalette::Text).lightness();
     for (int role = 0; role < QPalette::NColorRoles; ++role) {
         const auto r = static_cast<QPalette::ColorRole>(role);
