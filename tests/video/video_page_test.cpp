@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QListWidget>
-
 #include "tests/setup/page_rig.h"
 #include "tests/support/messages.h"
 
@@ -148,22 +146,6 @@ TEST_F(VideoPage, RepliesFillTheControlsAndSendNothing) {
     EXPECT_EQ(rig.sentBy("VidOption_6"),
               std::vector<Bytes>{video(6, {kBlank2, kBlank1, kPal, kPower1, kPower2})});
     EXPECT_TRUE(rig.window->state().UserClickEnabled);
-}
-
-TEST_F(VideoPage, BlankCheckMarksTheDwellByteOfATourStep) {
-    PagesRig& rig = *shared_;
-    rig.press("VBlankCheck");
-    rig.sentBy([&] { rig.showPage(3); });  // the Tours page reads the tour when shown
-    rig.act("CamSel_1 WaitScroll=10");
-    auto* choices = rig.at<QListWidget>("ScriptPreList");
-    ASSERT_GT(choices->count(), 5);
-    choices->setCurrentRow(5);
-    // Preset 5 for camera 2; dwell 10 with the blanking.
-    using Step = vocab::append_tour_step::Step;
-    EXPECT_EQ(
-        rig.sentBy([&] { emit choices->itemDoubleClicked(choices->item(5)); }).at(0),
-        (message<vocab::AppendTourStep>(
-            {{Step::kPreset, 5}, {Step::kCamera, 1}, {Step::kDwell, 10}, {Step::kBlank, 1}})));
 }
 
 TEST_F(LegacyVideoPage, LegacyControlsSendTheirShortCommands) {
