@@ -14,11 +14,7 @@
 namespace halvex::testing {
 namespace {
 
-class ControllerJogTest : public OnlineSuite<InputRig> {
-  protected:
-    void SetUp() override { rig().ready(); }
-    InputRig& rig() { return *shared_; }
-};
+using ControllerJogTest = InputTest;
 
 TEST_F(ControllerJogTest, SticksGoOutInTheNextJogMessageAndTheJogBoxShowsThem) {
     VirtualDevice pad(true);

@@ -12,7 +12,6 @@
 
 #include "input/controller_jog.h"
 #include "tests/support/console_rig.h"
-#include "tests/support/online_suite.h"
 
 namespace halvex::testing {
 
@@ -62,7 +61,6 @@ class VirtualDevice {
 };
 
 struct InputRig : ConsoleRig {
-    // Each test starts on the Pan/Tilt page of the active window, nobody steering.
     void ready() {
         window->activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
@@ -71,6 +69,8 @@ struct InputRig : ConsoleRig {
         for (JogSource source : {JogSource::Box, JogSource::Keyboard, JogSource::Controller}) {
             window->jogSources().release(source);
         }
+        // An axis at rest keeps its last direction: each test starts from none.
+        window->jogState().PanJogDirection = window->jogState().TiltJogDirection = false;
         nextJog();
     }
     // The first jog message built from now on.
@@ -111,6 +111,30 @@ struct InputRig : ConsoleRig {
     bool usesDevice() {
         return waitFor([this] { return controller().deviceInUse().has_value(); });
     }
+};
+
+// One console online for the whole program, made before the first test and
+// gone after the last: coming online takes a while. Each test starts on the
+// Pan/Tilt page of the active window, nobody steering.
+class InputTest : public ::testing::Test {
+  protected:
+    class Online : public ::testing::Environment {
+        void SetUp() override {
+            console = new InputRig;
+            ASSERT_TRUE(console->connect());
+        }
+        void TearDown() override {
+            delete console;
+            console = nullptr;
+        }
+    };
+    void SetUp() override { rig().ready(); }
+    static InputRig& rig() { return *console; }
+
+  public:
+    static inline InputRig* console = nullptr;
+    static inline ::testing::Environment* const online =
+        ::testing::AddGlobalTestEnvironment(new Online);
 };
 
 inline bool stopped(const std::array<int, 3>& motion) {

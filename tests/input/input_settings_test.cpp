@@ -17,14 +17,12 @@
 namespace halvex::testing {
 namespace {
 
-class InputSettingsTest : public OnlineSuite<InputRig> {
+class InputSettingsTest : public InputTest {
   protected:
-    void SetUp() override { rig().ready(); }
     void TearDown() override {
         userSettings()->remove(QStringLiteral("Input"));
         rig().window->input().keyboard->setSpeeds({});
     }
-    InputRig& rig() { return *shared_; }
     InputSettingsDialog* open() {
         rig().find<QAction>(QStringLiteral("MenuInputSettings"))->trigger();
         InputSettingsDialog* dialog = nullptr;

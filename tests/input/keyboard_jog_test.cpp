@@ -15,16 +15,14 @@
 namespace halvex::testing {
 namespace {
 
-class KeyboardJogTest : public OnlineSuite<InputRig> {
+class KeyboardJogTest : public InputTest {
   protected:
-    void SetUp() override { rig().ready(); }
     void TearDown() override {
         for (int key : {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down, Qt::Key_PageUp,
                         Qt::Key_PageDown}) {
             QTest::keyRelease(window(), static_cast<Qt::Key>(key));
         }
     }
-    InputRig& rig() { return *shared_; }
     QWidget* window() { return rig().window.get(); }
     void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
         QTest::keyPress(window(), key, modifiers);
