@@ -49,7 +49,7 @@ class InputSettingsTest : public InputTest {
     }
 };
 
-TEST_F(InputSettingsTest, ShowsTheDeviceItsMappingAndALivePreview) {
+TEST_F(InputSettingsTest, ShowsTheDeviceItsMappingAndALivePreviewAsLastLookedAt) {
     VirtualDevice pad(true);
     ASSERT_TRUE(rig().usesDevice());
     InputSettingsDialog* dialog = open();
@@ -78,20 +78,10 @@ TEST_F(InputSettingsTest, ShowsTheDeviceItsMappingAndALivePreview) {
     EXPECT_TRUE(stopped(rig().nextMotion()));
     pad.axis(SDL_CONTROLLER_AXIS_LEFTX, -20000);  // past the dead zone, squared
     EXPECT_TRUE(ConsoleRig::waitFor([&] { return preview->text() == QStringLiteral("-29 %"); }));
-    dialog->reject();
-}
 
-TEST_F(InputSettingsTest, LooksAsItWasLastLookedAt) {
-    VirtualDevice pad(true);
-    ASSERT_TRUE(rig().usesDevice());
-    InputSettingsDialog* dialog = open();
-    ASSERT_NE(dialog, nullptr);
-    pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 20000);  // the preview shows it
-    auto* preview = in<QLabel>(dialog, QStringLiteral("AxisPreview_0"));
-    ASSERT_TRUE(ConsoleRig::waitFor([&] {
-        return preview->text().endsWith(QLatin1Char('%')) &&
-               preview->text() != QStringLiteral("0 %");
-    }));
+    // And it looks as it was last looked at.
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 20000);
+    EXPECT_TRUE(ConsoleRig::waitFor([&] { return preview->text() == QStringLiteral("29 %"); }));
     if (QWidget* focus = QApplication::focusWidget()) {
         focus->clearFocus();
     }
