@@ -140,17 +140,15 @@ TEST(CameraLines, RepliesSetLabelsLensesAndTimeOutsAndClicksStepOnFromThere) {
     // from the last caption back to the first: camera 1 at 115.2, 7/O/2, RS-422.
     rig.inject(message<vocab::CameraLines>(
         {{Line1::kBaud, 7}, {Line1::kFormat, 3}, {Line1::kStopBits, 1}, {Line1::kLevel, 1}}));
-    const char* const lines[][2] = {{"BaudLabel1", "115.2"}, {"FormLabel1", "7/O/2"},
-                                    {"LevelLabel1", "422"},  {"BaudLabel2", "Dis"},
-                                    {"FormLabel2", "8/N/1"}, {"LevelLabel2", "232"}};
-    for (const auto& [label, shown] : lines) {
+    const char* const lines[][3] = {
+        {"BaudLabel1", "115.2", "Dis"},   {"FormLabel1", "7/O/2", "8/N/1"},
+        {"LevelLabel1", "422", "232"},    {"BaudLabel2", "Dis", "9.6"},
+        {"FormLabel2", "8/N/1", "7/N/1"}, {"LevelLabel2", "232", "422"}};
+    for (const auto& [label, shown, clicked] : lines) {
         EXPECT_EQ(rig.text(label), shown) << label;
+        rig.press(label);
+        EXPECT_EQ(rig.text(label), clicked) << label;
     }
-    rig.act("BaudLabel1 FormLabel1 LevelLabel1 BaudLabel2");
-    EXPECT_EQ(rig.text("BaudLabel1"), "Dis");
-    EXPECT_EQ(rig.text("FormLabel1"), "8/N/1");
-    EXPECT_EQ(rig.text("LevelLabel1"), "232");
-    EXPECT_EQ(rig.text("BaudLabel2"), "9.6");
 
     // Time-outs: a reply counts 8 ms a step, the spin 9 ms; out of range is "*U*" and 1.
     struct Reply {
