@@ -129,10 +129,10 @@ TEST_F(SetupPages, DraggingTheTalkToBarAddressesNoUnitUntilItIsReleased) {
     for (int step = 1; step <= 4; ++step) {
         rig.line.clear();
         QTest::mouseMove(bar, thumb + QPoint(step * 15, 0));
-        QTest::qWait(60);  // jog messages go on meanwhile
+        // Jog messages go on meanwhile.
+        ASSERT_TRUE(rig.waitFor([&] { return !rig.line.frames().empty(); }));
         EXPECT_EQ(state.UnitId, 0);
         EXPECT_EQ(rig.text("CurrIDLabel"), QString::number(bar->value()));
-        ASSERT_FALSE(rig.line.frames().empty());
         EXPECT_TRUE(std::ranges::all_of(rig.line.frames(),
                                         [](const auto& frame) { return frame.address == 0; }));
     }
