@@ -9,6 +9,7 @@
 #include <SDL.h>
 
 #include <QTabWidget>
+#include <algorithm>
 
 #include "input/controller_jog.h"
 #include "tests/support/console_rig.h"
@@ -61,30 +62,15 @@ class VirtualDevice {
 };
 
 struct InputRig : ConsoleRig {
-    void ready() {
-        window->activateWindow();
-        EXPECT_TRUE(QTest::qWaitForWindowActive(window.get()));
-        window->SSTab1().setCurrentIndex(0);
-        window->jogSources().stopAll();
-        for (JogSource source : {JogSource::Box, JogSource::Keyboard, JogSource::Controller}) {
-            window->jogSources().release(source);
-        }
-        // An axis at rest keeps its last direction: each test starts from none.
-        window->jogState().PanJogDirection = window->jogState().TiltJogDirection = false;
-        nextJog();
-    }
     // The first jog message built from now on.
     Message_ nextJog() {
         line.clear();
         Message_ jog;
         EXPECT_TRUE(waitFor([&] {
             for (const auto& frame : line.frames()) {
-                if (frame.message.at(0) == 0x31) {
-                    jog = frame.message;
-                    return true;
-                }
+                jog = jog.empty() && frame.message.at(0) == 0x31 ? frame.message : jog;
             }
-            return false;
+            return !jog.empty();
         }));
         return jog;
     }
@@ -99,12 +85,9 @@ struct InputRig : ConsoleRig {
     // A request (not a jog message) with this code sent within a while.
     bool sends(Byte code) {
         return waitFor([&] {
-            for (const auto& message : line.messages(false)) {
-                if (message.at(0) == code) {
-                    return true;
-                }
-            }
-            return false;
+            return std::ranges::any_of(line.messages(false), [code](const auto& message) {
+                return message.at(0) == code;
+            });
         });
     }
     ControllerJog& controller() { return *window->input().controller; }
@@ -118,17 +101,23 @@ struct InputRig : ConsoleRig {
 // Pan/Tilt page of the active window, nobody steering.
 class InputTest : public ::testing::Test {
   protected:
-    class Online : public ::testing::Environment {
-        void SetUp() override {
-            console = new InputRig;
-            ASSERT_TRUE(console->connect());
-        }
-        void TearDown() override {
-            delete console;
-            console = nullptr;
-        }
+    struct Online : ::testing::Environment {
+        void SetUp() override { ASSERT_TRUE((console = new InputRig)->connect()); }
+        void TearDown() override { delete console; }
     };
-    void SetUp() override { rig().ready(); }
+    void SetUp() override {
+        InputRig& r = rig();
+        r.window->activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(r.window.get()));
+        r.window->SSTab1().setCurrentIndex(0);
+        r.window->jogSources().stopAll();
+        for (JogSource source : {JogSource::Box, JogSource::Keyboard, JogSource::Controller}) {
+            r.window->jogSources().release(source);
+        }
+        // An axis at rest keeps its last direction: each test starts from none.
+        r.window->jogState().PanJogDirection = r.window->jogState().TiltJogDirection = false;
+        r.nextJog();
+    }
     static InputRig& rig() { return *console; }
 
   public:
