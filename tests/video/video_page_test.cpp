@@ -122,10 +122,11 @@ TEST_F(VideoPage, RepliesFillTheControlsAndSendNothing) {
     const std::pair<Bytes, const char*> cases[] = {
         {video(2, {}),
          "VidOption_2 !BlankCheck_0 !BlankCheck_1 LVidOption_2 !PALCheck !CamPwrCheck_0"},
-        // Store and read bits dropped, power bits only: every bit set.
+        // Store and read bits dropped, power bits only: every bit set. Output
+        // 2 blanked stands for the legacy "Undefined".
         {message<VC>({{vc::kModeByte, 255}, {vc::kRoute, 5}, {vc::kPower, 255}}),
-         "VidOption_5 BlankCheck_0 BlankCheck_1 PALCheck PALCheck2 CamPwrCheck_0 CamPwrCheck_1 "
-         "LCamPwrCheck_0 LCamPwrCheck_1"},
+         "VidOption_5 BlankCheck_0 BlankCheck_1 LVidOption_0 PALCheck PALCheck2 CamPwrCheck_0 "
+         "CamPwrCheck_1 LCamPwrCheck_0 LCamPwrCheck_1"},
         // Every bit but the first selection bit and camera 2's power.
         {without(message<LV>({{lv::kSettingsByte, 255}}), {lv::kSelectionLow, lv::kCamera2Power}),
          "LVidOption_1 LCamPwrCheck_0 !LCamPwrCheck_1"},
