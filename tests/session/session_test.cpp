@@ -434,25 +434,6 @@ TEST_F(SessionTest, TheRotatorAnswersFromTheSessionAndMovesThroughIt) {
     EXPECT_EQ(rotator.info(), "Halvex pan & tilt unit on COM1");
 }
 
-TEST_F(SessionTest, ALostLineGoesOfflineAndIsFoundAgainByItself) {
-    ASSERT_TRUE(connect());
-    QSignalSpy faults(&session.state(), &FormState::faultReported);
-    // An adapter pulled out: its writes fail, and it will not open again
-    // until it is back.
-    port->setWriteFails(true);
-    port->setOpenFails(true);
-    EXPECT_TRUE(runUntil([&] { return !session.online(); }, 2000));
-    EXPECT_TRUE(connection.reconnecting());
-    port->setWriteFails(false);
-    port->setOpenFails(false);
-    EXPECT_TRUE(runUntil([&] { return session.online(); }, 10000));
-    ASSERT_GE(faults.size(), 2);
-    EXPECT_TRUE(
-        faults.at(0).at(0).toString().startsWith(QStringLiteral("the virtual unit lost: ")));
-    EXPECT_EQ(faults.at(1).at(0).toString(),
-              QStringLiteral("the virtual unit is back: connecting again."));
-}
-
 TEST_F(SessionTest, TheOverrideAndLowSpeedsGoOutInEveryJogMessageOnceSet) {
     ASSERT_TRUE(connect());
     // Override, pan low speed and tilt low speed in the next two jog messages.
