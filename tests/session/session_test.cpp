@@ -141,12 +141,12 @@ TEST_F(SessionTest, AValueThatCannotBeSentIsARangeFaultAndASilentUnitNoReply) {
 TEST_F(SessionTest, APresetSavedAtAnglesOrWhereThePlatformIsIsGoneTo) {
     ASSERT_TRUE(connect());
     std::size_t mark = line.frames().size();
-    ASSERT_TRUE(finish(session.savePreset(4, {-30.5, 12.25})).isDone());
+    ASSERT_TRUE(finish(session.savePreset(4, {-3.5, 2.25})).isDone());
     auto sent = commandsSince(mark);
     ASSERT_EQ(sent.size(), 1u);
     EXPECT_EQ(sent[0].at(0), vocab::StorePreset::kCode);
     EXPECT_EQ(vocab::get(sent[0], vocab::store_preset::kPreset), 4u);
-    EXPECT_EQ(vocab::getSigned(sent[0], vocab::store_preset::kTilt), 1225);
+    EXPECT_EQ(vocab::getSigned(sent[0], vocab::store_preset::kTilt), 225);
 
     mark = line.frames().size();
     const Outcome went = finish(session.goToPreset(4));
@@ -155,14 +155,14 @@ TEST_F(SessionTest, APresetSavedAtAnglesOrWhereThePlatformIsIsGoneTo) {
     ASSERT_EQ(sent.size(), 1u);
     EXPECT_EQ(sent[0].at(0), vocab::GoToPreset::kCode);
     EXPECT_EQ(vocab::get(sent[0], vocab::go_to_preset::kPreset), 4u);
-    EXPECT_TRUE(arrives(-30.5, 12.25));
+    EXPECT_TRUE(arrives(-3.5, 2.25));
 
     // Where the platform is now, into another preset, and back to it.
     ASSERT_TRUE(finish(session.saveCurrentPosition(7)).isDone());
-    ASSERT_TRUE(finish(session.moveTo({20.0, 0.0})).isDone());
-    EXPECT_TRUE(arrives(20.0, 0.0));
+    ASSERT_TRUE(finish(session.moveTo({2.0, 0.0})).isDone());
+    EXPECT_TRUE(arrives(2.0, 0.0));
     ASSERT_TRUE(finish(session.goToPreset(7)).isDone());
-    EXPECT_TRUE(arrives(-30.5, 12.25));
+    EXPECT_TRUE(arrives(-3.5, 2.25));
 
     // Read again into the table, each preset asked for only after the
     // previous reply: the unit is slow with preset 3, and nothing more goes
@@ -185,7 +185,7 @@ TEST_F(SessionTest, APresetSavedAtAnglesOrWhereThePlatformIsIsGoneTo) {
     line.onFrame = nullptr;
     EXPECT_EQ(sentWhileHeld, 4u);
     EXPECT_EQ(commandsSince(mark).size(), 32u);
-    EXPECT_EQ(session.presets().at(4).tilt, 1225);
+    EXPECT_EQ(session.presets().at(4).tilt, 225);
     ASSERT_TRUE(finish(session.clearAllPresets(), 20000).isDone());
     EXPECT_EQ(session.presets().at(4).tilt, 0);
     EXPECT_EQ(session.presets().at(7).pan, 0);
