@@ -7,7 +7,6 @@
 #include <sstream>
 
 #include "protocol/protocol_reference.h"
-#include "protocol/protocol_table.h"
 
 using namespace halvex;
 using namespace halvex::table;
@@ -37,82 +36,29 @@ TEST(ProtocolReference, TheKeptPageIsWhatTheTableSays) {
         << "docs/protocol.md is out of date: cmake --build build --target protocol-doc";
 }
 
-TEST(ProtocolReference, TheWorkedFrameIsTheOneOnTheLine) {
+// The kept page checked by hand where a slip would mislead a reader most:
+// the worked frame, bit places, a layout's condition, counted bytes, a bias.
+TEST(ProtocolReference, TheWorkedFrameAndTheTrickierRowsReadAsTheBytesCarryThem) {
     const std::string page = protocolReference();
     // Go to preset 3 at address 2: the address and the preset are stuffed,
     // the LRC is 0x02 XOR 0x32 XOR 0x03.
     EXPECT_NE(page.find("On the line: `02 1B 82 32 1B 83 33 03`."), std::string::npos);
-    EXPECT_NE(page.find("| address | 0x02 | 1B 82 |"), std::string::npos);
     EXPECT_NE(page.find("| LRC | 0x33 | 33 |"), std::string::npos);
-}
-
-TEST(ProtocolReference, EveryMessageWithEachOfItsLayouts) {
-    const std::string page = protocolReference();
-    for (const Message& message : messages()) {
-        char heading[48];
-        std::snprintf(
-            heading, sizeof heading, "0x%02X, %s", message.code,
-            message.direction == Direction::ToUnit ? "console to unit" : "unit to console");
-        const std::string text = section(page, heading);
-        ASSERT_FALSE(text.empty()) << heading;
-        for (const Layout& layout : message.layouts) {
-            const std::size_t at = text.find("**" + layout.name + "**");
-            ASSERT_NE(at, std::string::npos) << heading << ": " << layout.name;
-            // A layout written out before is referred to, not repeated.
-            std::string fields = text.substr(at);
-            const std::string before = "Laid out as under [";
-            if (fields.find(before) < fields.find("| Byte |")) {
-                const std::size_t from = fields.find(before) + before.size();
-                const std::string first = fields.substr(from, fields.find(']', from) - from);
-                fields = section(page, first);
-                fields = fields.substr(fields.find("**" + layout.name + "**"));
-            }
-            fields = fields.substr(0, fields.find("\n**", 2));
-            for (const Field& field : layout.fields) {
-                EXPECT_NE(fields.find("| " + field.name + " |"), std::string::npos)
-                    << heading << ": " << field.name;
-            }
-        }
-    }
-}
-
-TEST(ProtocolReference, PlacesBitsKindsAndNamesAsTheBytesCarryThem) {
-    const std::string page = protocolReference();
     const std::string jog = section(page, "0x31, console to unit");
     EXPECT_NE(jog.find("| 1 | 0-4 | flags | bits | bit 0 reset, bit 1 stop, bit 2 soft-limit "
                        "override, bit 3 tilt low speed, bit 4 pan low speed |"),
               std::string::npos)
         << jog;
     EXPECT_NE(jog.find("| 1 | 7 | pan direction | unsigned | 0 CCW, 1 CW |"), std::string::npos);
-    EXPECT_NE(jog.find("| 2 |  | pan speed | unsigned |  |"), std::string::npos);
-
     const std::string report = section(page, "0x31, unit to console");
     EXPECT_NE(report.find("**target report**. When bit 5 of byte 9 is set."), std::string::npos);
-    EXPECT_NE(report.find("**position report**. Otherwise."), std::string::npos);
     EXPECT_NE(
         report.find("| 1-3 |  | pan | angle: signed, hundredths of a degree, low byte first |"),
         std::string::npos);
-    EXPECT_NE(report.find("| 16 on |  | camera 1 data | bytes; as many as camera 1 count says |"),
-              std::string::npos);
     EXPECT_NE(report.find("| after camera 1 data |  | camera 2 data |"), std::string::npos);
-
-    const std::string topSpeeds = section(page, "0x9C, console to unit");
-    EXPECT_NE(topSpeeds.find("**second top speeds request**. When byte 1 AND 0xC0 is 0xC0. Zeros "
-                             "pad it"),
-              std::string::npos)
-        << topSpeeds;
-    EXPECT_NE(section(page, "0x41, console to unit")
-                  .find("**preset query**. When the message is the code alone."),
-              std::string::npos);
-    EXPECT_NE(section(page, "0xA1, console to unit")
-                  .find("| 2-3 |  | pan minimum | unsigned, low "
-                        "byte first |"),
+    EXPECT_NE(section(page, "0x9C, console to unit")
+                  .find("**second top speeds request**. When byte 1 AND 0xC0 is 0xC0."),
               std::string::npos);
     EXPECT_NE(section(page, "0x9A, unit to console").find("| year | unsigned; plus 2000 |"),
-              std::string::npos);
-    EXPECT_NE(section(page, "0x75, console to unit").find("| text | characters, 12 |"),
-              std::string::npos);
-    EXPECT_NE(section(page, "0xA5, unit to console")
-                  .find("| 1-2 |  | pan encoder | signed (two's complement), low byte first |"),
               std::string::npos);
 }

@@ -119,7 +119,9 @@ TEST(ProtocolTable, EveryMessageOfTheVocabularyFillsItsLayout) {
 }
 
 // What the Line Log shows for a frame, one line: the same words the
-// Wireshark dissector writes in its Info column.
+// Wireshark dissector writes in its Info column. every_frame.txt keeps the
+// words of every layout; these are the cases it cannot reach, and one of
+// each kind of field checked by hand.
 TEST(FrameDescription, NamesEveryFrameAndItsFieldsAsTheOperatorReadsThem) {
     struct Case {
         const char* what;
@@ -133,15 +135,6 @@ TEST(FrameDescription, NamesEveryFrameAndItsFieldsAsTheOperatorReadsThem) {
                         {jog::kPanCw, jog::kStop, jog::kPanLowSpeed})),
          "jog message: pan speed 40; tilt speed 0; flags stop, pan low speed; pan direction CW; "
          "tilt direction down; zoom 1 jog 0; focus 1 jog 0; zoom 2 jog 3; focus 2 jog 0"},
-        {"jog message: each direction from its own bit, each lens byte from its own place",
-         command(0, test::withBits(test::message<v::JogMessage>({{jog::kPanSpeed, 128},
-                                                                 {jog::kTiltSpeed, 63},
-                                                                 {jog::kLensJog[0], 1},
-                                                                 {jog::kLensJog[1], 2},
-                                                                 {jog::kLensJog[3], 4}}),
-                                   {jog::kTiltUp, jog::kTiltLowSpeed})),
-         "jog message: pan speed 128; tilt speed 63; flags tilt low speed; pan direction CCW; "
-         "tilt direction up; zoom 1 jog 1; focus 1 jog 2; zoom 2 jog 0; focus 2 jog 4"},
         {"position report: angles in degrees, status bits by name, camera bytes",
          reply(1, join({test::report(v::JogMessage::kCode,
                                      {{report::kPan, -100},
@@ -175,70 +168,20 @@ TEST(FrameDescription, NamesEveryFrameAndItsFieldsAsTheOperatorReadsThem) {
                         {{v::absolute_move::kPan, v::absolute_move::kHoldAxis},
                          {v::absolute_move::kTilt, -9000}})),
          "absolute move: pan hold; tilt -90.00\xC2\xB0"},
-        {"a preset record, negative pan",
-         reply(0, under(v::StorePreset::kCode,
-                        test::message<v::PresetRecord>({{v::preset_record::kPreset, 7},
-                                                        {v::preset_record::kPan, -12345},
-                                                        {v::preset_record::kTilt, 250},
-                                                        {v::preset_record::kLens[0], 1},
-                                                        {v::preset_record::kLens[1], 2},
-                                                        {v::preset_record::kLens[2], 3},
-                                                        {v::preset_record::kLens[3], 4}}))),
-         "preset record: preset 7; pan -123.45\xC2\xB0; tilt 2.50\xC2\xB0; zoom 1 1; focus 1 2; "
-         "zoom 2 3; focus 2 4"},
         {"a Get is named a request and its padding is left out",
          command(0, v::readRequest<v::Rates>()), "rates request"},
-        {"the rates reply: each speed from its own byte, the safe speeds without their top bit",
-         reply(0, test::message<v::RatesReply>({{v::rates_reply::Pan::kSafeSpeedByte, 0x81},
-                                                {v::rates_reply::Pan::kRamp, 12},
-                                                {v::rates_reply::Pan::kDeceleration, 13},
-                                                {v::rates_reply::Tilt::kSafeSpeedByte, 0x94},
-                                                {v::rates_reply::Tilt::kRamp, 22},
-                                                {v::rates_reply::Tilt::kDeceleration, 23}})),
-         "rates: pan safe speed 1; pan ramp 12; pan deceleration 13; tilt safe speed 20; "
-         "tilt ramp 22; tilt deceleration 23"},
-        {"the top speeds' second variant, read and set",
-         command(0, test::withBits(v::readRequest<v::TopSpeeds>(), {v::top_speeds::kSecond})),
-         "second top speeds request"},
-        {"top speeds set, first variant",
-         command(0, test::message<v::TopSpeeds>(
-                        {{v::top_speeds::kPan, 60}, {v::top_speeds::kTilt, 70}})),
-         "top speeds: pan top speed 60; tilt top speed 70"},
-        {"a soft-limit request names its limit",
-         command(0, test::withBits(test::message<v::SoftLimit>({{v::soft_limit::kLimit, 2}}),
-                                   {v::kReadRequest<v::SoftLimit>})),
-         "soft limit request: limit up"},
         {"a camera string to camera 2",
          command(0, join({test::message<v::CameraTransmit>(
                               {{v::camera_transmit::kCount, 3}, {v::camera_transmit::kCamera, 1}},
                               v::camera_transmit::kData),
                           {0x81, 1, 0xFF}})),
          "camera transmit: length 3; to camera 2; data 81 01 FF"},
-        {"the tour step record: preset, camera, dwell, blanking",
-         command(0, test::message<v::AppendTourStep>({{v::append_tour_step::kTour, 1},
-                                                      {v::append_tour_step::Step::kPreset, 5},
-                                                      {v::append_tour_step::Step::kCamera, 1},
-                                                      {v::append_tour_step::Step::kDwell, 10},
-                                                      {v::append_tour_step::Step::kBlank, 1}})),
-         "append tour step: tour 1; preset 5; camera camera 2; dwell 10 s; blank blank video"},
-        {"the firmware's year counts from 2000",
-         reply(0, test::message<v::Firmware>({{v::firmware::kMajor, 2},
-                                              {v::firmware::kMinor, 3},
-                                              {v::firmware::kDay, 15},
-                                              {v::firmware::kMonth, 6},
-                                              {v::firmware::kYear, 11}})),
-         "firmware: major 2; minor 3; day 15; month 6; year 2011"},
-        {"named values: heater, comm time-out off",
-         reply(0, test::message<v::Heater>({{v::heater::kMode, 2}})), "heater: mode full power"},
         {"a value with a name of its own", reply(0, test::sample(0)), "comm time-out: seconds off"},
         {"the site name as text",
          command(
              0,
              join({{v::SiteName::kCode}, {'T', 'o', 'w', 'e', 'r', 1}, std::vector<Byte>(6, ' ')})),
          "site name: text \"Tower.      \""},
-        {"bytes past the layout are shown",
-         reply(0, join({test::message<v::UnitAddress>({{v::unit_address::kId, 5}}), {0xEE}})),
-         "unit address: id 5; more EE"},
         {"a code nobody knows", reply(0, {0xA7, 1, 2}), "unknown code: payload 01 02"},
         {"a refusal names the refused command", encodeFrame(kNak, 0, {v::StorePreset::kCode}, 0),
          "refusal: of store preset"},
