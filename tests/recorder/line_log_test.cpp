@@ -77,21 +77,78 @@ struct LogRig : ConsoleRig {
     }
 };
 
+constexpr Byte kHome = vocab::MoveToHome::kCode;
+
 QString hex(Byte code) {
     return QStringLiteral("%1").arg(code, 2, 16, QLatin1Char('0')).toUpper();
 }
 
 }  // namespace
 
-TEST(LineLog, ShowsEveryFrameOfTheSessionBothWaysNamedAndDecoded) {
+// One session in the open Line Log: it follows the tail and pauses while the
+// console jogs, times clicks and replies, and shows every frame both ways
+// named and decoded, filtered from its controls and copied.
+TEST(LineLog, FollowsPausesTimesShowsFiltersAndCopiesTheSessionsFrames) {
     LogRig rig;
     rig.openLog();
     ASSERT_NE(rig.log(), nullptr);
     EXPECT_TRUE(rig.log()->isVisible());
     EXPECT_EQ(rig.log()->windowTitle(), QStringLiteral("Line Log"));
     ASSERT_TRUE(rig.connect());
-    rig.quieten();
+    rig.model().flush();
+    auto& table = rig.log()->table();
+    QScrollBar* bar = table.verticalScrollBar();
+    EXPECT_EQ(bar->value(), bar->maximum());
+    const auto rowsGrow = [&rig](int from) {
+        return ConsoleRig::waitFor([&rig, from] {
+            rig.model().flush();
+            return rig.model().rowCount() > from;
+        });
+    };
 
+    // Pause: the rows stand still while frames go on being kept.
+    rig.inLog<QPushButton>("PauseBut")->click();
+    const int held = rig.model().rowCount();
+    ASSERT_TRUE(ConsoleRig::waitFor([&rig] { return rig.model().waiting() > 0; }));
+    rig.model().flush();
+    EXPECT_EQ(rig.model().rowCount(), held);
+    EXPECT_TRUE(rig.inLog<QLabel>("LineStatus")->text().contains(QStringLiteral("paused:")));
+    rig.inLog<QPushButton>("PauseBut")->click();
+    EXPECT_GT(rig.model().rowCount(), held);
+
+    // Scrolling away from the end stops following; the view stays put.
+    bar->triggerAction(QAbstractSlider::SliderToMinimum);
+    EXPECT_FALSE(rig.inLog<QPushButton>("FollowBut")->isChecked());
+    EXPECT_TRUE(rowsGrow(rig.model().rowCount()));
+    EXPECT_EQ(bar->value(), 0);
+    rig.inLog<QPushButton>("FollowBut")->click();
+    EXPECT_EQ(bar->value(), bar->maximum());
+
+    // Click to wire and frame to reply in the status line.
+    for (int i = 0; i < 3; ++i) {
+        const std::size_t before = rig.line.frames().size();
+        rig.click(QStringLiteral("HomeBut"));
+        ASSERT_TRUE(ConsoleRig::waitFor([&] {
+            const auto& frames = rig.line.frames();
+            return std::any_of(frames.begin() + static_cast<long>(before), frames.end(),
+                               [](const auto& f) { return f.message.front() == kHome; });
+        }));
+    }
+    // A click that sends nothing adds no sample.
+    rig.click(QStringLiteral("ClrLEDBut_0"));
+    const auto clicks = rig.recorder().latency().clickToWire(LineTap::nowUs());
+    EXPECT_EQ(clicks.count, 3);
+    // A command waits at most about two ticks of 10 ms for its turn.
+    EXPECT_LT(clicks.p99Ms, 1000.0);
+    EXPECT_GT(rig.recorder().latency().frameToReply(LineTap::nowUs()).count, 50);
+    rig.log()->refreshStatus();
+    const QString status = rig.inLog<QLabel>("LineStatus")->text();
+    for (const char* part :
+         {"Click to wire p50 ", " ms (3)", "Frame to reply p50 ", "Not recording"}) {
+        EXPECT_TRUE(status.contains(QLatin1String(part))) << status.toStdString();
+    }
+
+    rig.quieten();
     // Each frame the unit heard is one "→ unit" row, in the same order.
     QStringList sentCodes;
     QStringList answered;
@@ -122,25 +179,33 @@ TEST(LineLog, ShowsEveryFrameOfTheSessionBothWaysNamedAndDecoded) {
     EXPECT_GE(rig.rowNamed(QStringLiteral("position report"), QStringLiteral("pan 0.00\u00B0")), 0);
 
     // The selected row in full below the table.
-    rig.log()->table().selectRow(preset);
+    table.selectRow(preset);
     const auto* detail = rig.inLog<QPlainTextEdit>("LineDetail");
     EXPECT_TRUE(detail->toPlainText().contains(QStringLiteral("[1] preset: 31")))
         << detail->toPlainText().toStdString();
-}
 
-TEST(LineLog, FiltersByDirectionCodeAndTextFromItsControls) {
-    LogRig rig;
-    rig.openLog();
-    ASSERT_TRUE(rig.connect());
-    rig.quieten();
+    // Copied: the selected rows, a line each, tab between the cells.
+    table.selectRow(0);
+    table.selectionModel()->select(rig.model().index(2, 0),
+                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    rig.inLog<QPushButton>("CopyBut")->click();
+    const QStringList lines =
+        QApplication::clipboard()->text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+    ASSERT_EQ(lines.size(), 2);
+    EXPECT_EQ(lines[0], rig.model().rowText(0));
+    EXPECT_EQ(lines[1], rig.model().rowText(2));
+    QApplication::clipboard()->clear();
+    table.setFocus();
+    QTest::keyClick(&table, Qt::Key_C, Qt::ControlModifier);
+    EXPECT_TRUE(QApplication::clipboard()->text().startsWith(rig.model().rowText(0)));
+
+    // Filtered from the controls.
     const int all = rig.model().rowCount();
-
     rig.inLog<QComboBox>("DirectionFilter")->setCurrentIndex(1);  // to unit
     QStringList directions = rig.column(LineLogModel::Direction);
     directions.removeDuplicates();
     EXPECT_EQ(directions, QStringList{QStringLiteral("\u2192 unit")});
     rig.inLog<QComboBox>("DirectionFilter")->setCurrentIndex(0);
-
     auto* code = rig.inLog<QComboBox>("CodeFilter");
     const int presets = code->findData(0x40);
     ASSERT_GT(presets, 0);
@@ -151,7 +216,6 @@ TEST(LineLog, FiltersByDirectionCodeAndTextFromItsControls) {
     codes.removeDuplicates();
     EXPECT_EQ(codes, QStringList{QStringLiteral("40")});
     code->setCurrentIndex(0);
-
     auto* text = rig.inLog<QLineEdit>("TextFilter");
     QTest::keyClicks(text, QStringLiteral("limit ccw"));
     QTest::keyClick(text, Qt::Key_Return);
@@ -160,53 +224,6 @@ TEST(LineLog, FiltersByDirectionCodeAndTextFromItsControls) {
     text->clear();
     // Typing waits for a pause before it filters.
     EXPECT_TRUE(ConsoleRig::waitFor([&] { return rig.model().rowCount() == all; }, 2000));
-}
-
-TEST(LineLog, PausesFollowsTheTailAndCopiesRows) {
-    LogRig rig;
-    rig.openLog();
-    ASSERT_TRUE(rig.connect());
-    rig.model().flush();
-    auto& table = rig.log()->table();
-    QScrollBar* bar = table.verticalScrollBar();
-    EXPECT_EQ(bar->value(), bar->maximum());
-
-    // Pause: the rows stand still while frames go on being kept.
-    rig.inLog<QPushButton>("PauseBut")->click();
-    const int held = rig.model().rowCount();
-    QTest::qWait(3 * LineLogModel::kBatchMs);
-    rig.model().flush();
-    EXPECT_EQ(rig.model().rowCount(), held);
-    EXPECT_GT(rig.model().waiting(), 0u);
-    EXPECT_TRUE(rig.inLog<QLabel>("LineStatus")->text().contains(QStringLiteral("paused:")));
-    rig.inLog<QPushButton>("PauseBut")->click();
-    EXPECT_GT(rig.model().rowCount(), held);
-
-    // Scrolling away from the end stops following; the view stays put.
-    bar->triggerAction(QAbstractSlider::SliderToMinimum);
-    EXPECT_FALSE(rig.inLog<QPushButton>("FollowBut")->isChecked());
-    QTest::qWait(2 * LineLogModel::kBatchMs);
-    rig.model().flush();
-    EXPECT_EQ(bar->value(), 0);
-    rig.inLog<QPushButton>("FollowBut")->click();
-    EXPECT_EQ(bar->value(), bar->maximum());
-
-    rig.quieten();
-    table.selectRow(0);
-    table.selectionModel()->select(rig.model().index(2, 0),
-                                   QItemSelectionModel::Select | QItemSelectionModel::Rows);
-    rig.inLog<QPushButton>("CopyBut")->click();
-    const QStringList lines =
-        QApplication::clipboard()->text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-    ASSERT_EQ(lines.size(), 2);
-    EXPECT_EQ(lines[0], rig.model().rowText(0));
-    EXPECT_EQ(lines[1], rig.model().rowText(2));
-    EXPECT_EQ(lines[0].split(QLatin1Char('\t')).size(), LineLogModel::ColumnCount);
-
-    QApplication::clipboard()->clear();
-    table.setFocus();
-    QTest::keyClick(&table, Qt::Key_C, Qt::ControlModifier);
-    EXPECT_TRUE(QApplication::clipboard()->text().startsWith(rig.model().rowText(0)));
 }
 
 TEST(LineLog, ShowsTheLinksEventsAmongTheFrames) {
@@ -240,39 +257,6 @@ TEST(LineLog, ShowsTheLinksEventsAmongTheFrames) {
     EXPECT_TRUE(ConsoleRig::waitFor([&] { return rig.sawEvent(QStringLiteral("Port closed")); }));
     EXPECT_TRUE(rig.sawEvent(QStringLiteral(
         " lost: the device went away (writing to it failed). Looking for it again.")));
-}
-
-TEST(LineLog, StatusLineShowsClickToWireAndFrameToReply) {
-    LogRig rig;
-    rig.openLog();
-    ASSERT_TRUE(rig.connect());
-    for (int i = 0; i < 3; ++i) {
-        const std::size_t before = rig.line.frames().size();
-        rig.click(QStringLiteral("HomeBut"));
-        ASSERT_TRUE(ConsoleRig::waitFor([&] {
-            for (std::size_t f = before; f < rig.line.frames().size(); ++f) {
-                if (rig.line.frames()[f].message.front() == 0x36) {
-                    return true;
-                }
-            }
-            return false;
-        }));
-    }
-    // A click that sends nothing adds no sample.
-    QTest::mouseClick(rig.find<QPushButton>(QStringLiteral("ClrLEDBut_0")), Qt::LeftButton);
-    QTest::qWait(50);
-
-    const auto clicks = rig.recorder().latency().clickToWire(LineTap::nowUs());
-    EXPECT_EQ(clicks.count, 3);
-    // A command waits at most about two ticks of 10 ms for its turn.
-    EXPECT_LT(clicks.p99Ms, 1000.0);
-    EXPECT_GT(rig.recorder().latency().frameToReply(LineTap::nowUs()).count, 50);
-    rig.log()->refreshStatus();
-    const QString status = rig.inLog<QLabel>("LineStatus")->text();
-    EXPECT_TRUE(status.contains(QStringLiteral("Click to wire p50 "))) << status.toStdString();
-    EXPECT_TRUE(status.contains(QStringLiteral(" ms (3)"))) << status.toStdString();
-    EXPECT_TRUE(status.contains(QStringLiteral("Frame to reply p50 "))) << status.toStdString();
-    EXPECT_TRUE(status.contains(QStringLiteral("Not recording"))) << status.toStdString();
 }
 
 TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
