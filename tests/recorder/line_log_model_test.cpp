@@ -216,49 +216,6 @@ int pixelsLike(const QImage& image, const QRect& cell, const QColor& colour) {
 }
 }  // namespace
 
-// Each cell shows its row's text in the row's colour: a refused reply in
-// red, a link event in orange, a selected row in the selection's colours;
-// a cell with nothing to say stays blank.
-TEST(LineLogWindow, PaintsEachCellInItsRowsColour) {
-    LineLogModel model;
-    model.append(sentPreset(3));
-    model.append(receivedReport(0, Verdict::BadLrc));
-    model.append(recording::eventRecord(0, "Watchdog expired: no reply within 250 ms"));
-    LineLogWindow window(model, LineLogWindow::Source::Live);
-    window.resize(1100, 400);
-    window.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
-    model.flush();
-    QTableView& table = window.table();
-    const auto paint = [&table] {
-        table.viewport()->repaint();
-        return table.viewport()->grab().toImage();
-    };
-    QImage image = paint();
-    const auto cell = [&table, &model](int row, int column) {
-        return table.visualRect(model.index(row, column)).intersected(table.viewport()->rect());
-    };
-    const QColor text = table.palette().color(QPalette::Text);
-    const QColor red(210, 0, 0);
-    const QColor orange(200, 100, 0);
-    EXPECT_GT(pixelsLike(image, cell(0, LineLogModel::Name), text), 10);
-    EXPECT_EQ(pixelsLike(image, cell(0, LineLogModel::Name), red), 0);
-    EXPECT_GT(pixelsLike(image, cell(1, LineLogModel::Name), red), 10);
-    EXPECT_GT(pixelsLike(image, cell(1, LineLogModel::Bytes), red), 10);
-    EXPECT_GT(pixelsLike(image, cell(2, LineLogModel::Name), orange), 10);
-    // An event has no fields, no bytes.
-    const QColor base = table.palette().color(QPalette::Base);
-    const QRect empty = cell(2, LineLogModel::Bytes);
-    EXPECT_EQ(pixelsLike(image, empty, base), empty.width() * empty.height());
-
-    table.selectRow(0);
-    image = paint();
-    const QRect selected = cell(0, LineLogModel::Time);
-    EXPECT_GT(pixelsLike(image, selected, table.palette().color(QPalette::Highlight)),
-              selected.width() * selected.height() / 2);
-    EXPECT_GT(pixelsLike(image, selected, table.palette().color(QPalette::HighlightedText)), 10);
-}
-
 namespace {
 // How wide the ink of a cell's text is: from its first to its last column
 // of pixels unlike the background.
@@ -278,17 +235,50 @@ int inkedWidth(const QImage& image, const QRect& cell, const QColor& background)
 }
 }  // namespace
 
-// The time and the bytes are drawn in the fixed-pitch font, so that their
-// digits line up from row to row; the words in the table's own font.
-TEST(LineLogWindow, TimesAndBytesAreDrawnInTheFixedPitchFont) {
+// Each cell shows its row's text in the row's colour: a refused reply in
+// red, a link event in orange, a selected row in the selection's colours;
+// a cell with nothing to say stays blank. The time and the bytes are drawn
+// in the fixed-pitch font, so that their digits line up from row to row;
+// the words in the table's own font.
+TEST(LineLogWindow, PaintsEachCellInItsRowsColourAndFontPitch) {
     LineLogModel model;
-    model.append(receivedReport(3'723'456'000));
+    model.append(sentPreset(3));
+    model.append(receivedReport(3'723'456'000, Verdict::BadLrc));
+    model.append(recording::eventRecord(0, "Watchdog expired: no reply within 250 ms"));
     LineLogWindow window(model, LineLogWindow::Source::Live);
-    window.resize(1600, 300);
+    window.resize(1600, 400);
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
     model.flush();
     QTableView& table = window.table();
+    const auto paint = [&table] {
+        table.viewport()->repaint();
+        return table.viewport()->grab().toImage();
+    };
+    QImage image = paint();
+    const auto area = [&table, &model](int row, int column) {
+        return table.visualRect(model.index(row, column)).intersected(table.viewport()->rect());
+    };
+    const QColor ink = table.palette().color(QPalette::Text);
+    const QColor red(210, 0, 0);
+    const QColor orange(200, 100, 0);
+    EXPECT_GT(pixelsLike(image, area(0, LineLogModel::Name), ink), 10);
+    EXPECT_EQ(pixelsLike(image, area(0, LineLogModel::Name), red), 0);
+    EXPECT_GT(pixelsLike(image, area(1, LineLogModel::Name), red), 10);
+    EXPECT_GT(pixelsLike(image, area(1, LineLogModel::Bytes), red), 10);
+    EXPECT_GT(pixelsLike(image, area(2, LineLogModel::Name), orange), 10);
+    // An event has no fields, no bytes.
+    const QColor base = table.palette().color(QPalette::Base);
+    const QRect empty = area(2, LineLogModel::Bytes);
+    EXPECT_EQ(pixelsLike(image, empty, base), empty.width() * empty.height());
+
+    table.selectRow(0);
+    image = paint();
+    const QRect selected = area(0, LineLogModel::Time);
+    EXPECT_GT(pixelsLike(image, selected, table.palette().color(QPalette::Highlight)),
+              selected.width() * selected.height() / 2);
+    EXPECT_GT(pixelsLike(image, selected, table.palette().color(QPalette::HighlightedText)), 10);
+
     const QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     ASSERT_NE(QFontMetrics(fixed).horizontalAdvance(QStringLiteral("1 1 1")),
               table.fontMetrics().horizontalAdvance(QStringLiteral("1 1 1")))
@@ -296,7 +286,7 @@ TEST(LineLogWindow, TimesAndBytesAreDrawnInTheFixedPitchFont) {
     for (int column :
          {int{LineLogModel::Time}, int{LineLogModel::Name}, int{LineLogModel::Bytes}}) {
         SCOPED_TRACE(column);
-        const QString text = cell(model, 0, column);
+        const QString shown = cell(model, 1, column);
         for (int other = 0; other < LineLogModel::ColumnCount; ++other) {
             table.setColumnHidden(other, other != column);
         }
@@ -304,16 +294,16 @@ TEST(LineLogWindow, TimesAndBytesAreDrawnInTheFixedPitchFont) {
         table.viewport()->repaint();
         const QImage image = table.viewport()->grab().toImage();
         // Inside the cell's grid lines; its background where the text ends.
-        const QRect room = table.visualRect(model.index(0, column)).adjusted(1, 1, -2, -2);
+        const QRect room = table.visualRect(model.index(1, column)).adjusted(1, 1, -2, -2);
         ASSERT_TRUE(table.viewport()->rect().contains(room));
         const QColor background = image.pixelColor(room.right(), room.center().y());
         const int inked = inkedWidth(image, room, background);
         const bool fixedPitch = column != LineLogModel::Name;
         const int expected =
-            (fixedPitch ? QFontMetrics(fixed) : table.fontMetrics()).horizontalAdvance(text);
+            (fixedPitch ? QFontMetrics(fixed) : table.fontMetrics()).horizontalAdvance(shown);
         const int other =
-            (fixedPitch ? table.fontMetrics() : QFontMetrics(fixed)).horizontalAdvance(text);
+            (fixedPitch ? table.fontMetrics() : QFontMetrics(fixed)).horizontalAdvance(shown);
         EXPECT_LT(std::abs(inked - expected), std::abs(inked - other))
-            << text.toStdString() << ": " << inked << " px, " << expected << " expected";
+            << shown.toStdString() << ": " << inked << " px, " << expected << " expected";
     }
 }
