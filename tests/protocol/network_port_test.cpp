@@ -211,67 +211,51 @@ TEST(Rfc2217Port, TheLineWaitsForThePortSettingsAndCarries0xFFDoubledBothWays) {
     EXPECT_EQ(notices.count(), 0) << "the server set what was asked";
 }
 
-TEST(Rfc2217Port, AServerThatRefusesOrIgnoresThePortSettingsIsToldAndStillCarriesTheLine) {
-    {
-        ScriptedServer refusing;
-        refusing.greet = [](QTcpSocket& socket) { socket.write(bytes({kIac, kDont, kComPort})); };
-        Rfc2217Port port;
-        QSignalSpy notices(&port, &SerialPort::notice);
-        ASSERT_TRUE(port.open(QStringLiteral("rfc2217://127.0.0.1:%1").arg(refusing.port()), 9600));
-        writeAll(port, bytes({kStx}));
-        ASSERT_TRUE(QTest::qWaitFor([&] { return !port.stillConnecting(); }, 3000));
-        ASSERT_TRUE(refusing.waitForBytes(10));
-        EXPECT_EQ(refusing.received().right(1), bytes({kStx}));
-        ASSERT_EQ(notices.count(), 1);
-        EXPECT_TRUE(notices.first().first().toString().contains("RFC 2217 refused"));
-    }
-    {
+TEST(Rfc2217Port, AServerThatRefusesOrIgnoresThePortSettingsIsToldOnceAndStillCarriesTheLine) {
+    const QByteArray sevenDataBits = bytes({kIac, kSb, kComPort, 102, 7, kIac, kSe});
+    const struct {
+        const char* what;
+        QByteArray greeting;
+        QByteArray again;  // said once more later
+        int baud;
+        QString notice;
+    } cases[] = {
+        {"refused", bytes({kIac, kDont, kComPort}), {}, 9600, QStringLiteral("RFC 2217 refused")},
         // A plain TCP server behind an rfc2217:// name says nothing at all.
-        ScriptedServer silent;
+        {"silent", {}, {}, 9600, QStringLiteral("did not take up")},
+        {"keeps its own speed",
+         bytes({kIac, kDo, kComPort, kIac, kSb, kComPort, 101, 0x00, 0x00, 0x25, 0x80, kIac, kSe}),
+         {},
+         57600,
+         QStringLiteral("the device server runs the line at 9600 baud, not 57600")},
+        // Said twice, told once.
+        {"keeps seven data bits", bytes({kIac, kDo, kComPort}) + sevenDataBits, sevenDataBits, 9600,
+         QStringLiteral("the device server keeps a character format other than 8/N/1")},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        ScriptedServer server;
+        server.greet = [&c](QTcpSocket& socket) { socket.write(c.greeting); };
         Rfc2217Port port;
         QSignalSpy notices(&port, &SerialPort::notice);
-        ASSERT_TRUE(port.open(QStringLiteral("rfc2217://127.0.0.1:%1").arg(silent.port()), 9600));
+        ASSERT_TRUE(port.open(QStringLiteral("rfc2217://127.0.0.1:%1").arg(server.port()), c.baud));
         writeAll(port, bytes({kStx}));
-        ASSERT_TRUE(silent.waitForConnection());
-        QTest::qWait(Rfc2217Port::kNegotiationTimeoutMs / 2);
-        EXPECT_TRUE(port.stillConnecting());
-        ASSERT_TRUE(silent.waitForBytes(10, 2 * Rfc2217Port::kNegotiationTimeoutMs));
+        ASSERT_TRUE(server.waitForConnection());
+        if (c.greeting.isEmpty()) {
+            QTest::qWait(Rfc2217Port::kNegotiationTimeoutMs / 2);
+            EXPECT_TRUE(port.stillConnecting());
+        }
+        ASSERT_TRUE(QTest::qWaitFor([&] { return notices.count() > 0; },
+                                    2 * Rfc2217Port::kNegotiationTimeoutMs));
+        // The line carries data both ways.
+        server.send(c.again + bytes({kAck}));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return port.bytesWaiting() == 1; }, 5000));
+        ASSERT_TRUE(server.waitForBytes(10));
+        EXPECT_EQ(server.received().right(1), bytes({kStx}));
         EXPECT_FALSE(port.stillConnecting());
-        ASSERT_EQ(notices.count(), 1);
-        EXPECT_TRUE(notices.first().first().toString().contains("did not take up"));
-    }
-    {
-        // One that keeps its own speed says so in its answer.
-        ScriptedServer stubborn;
-        stubborn.greet = [](QTcpSocket& socket) {
-            socket.write(bytes({kIac, kDo, kComPort, kIac, kSb, kComPort, 101, 0x00, 0x00, 0x25,
-                                0x80, kIac, kSe}));
-        };
-        Rfc2217Port port;
-        QSignalSpy notices(&port, &SerialPort::notice);
-        ASSERT_TRUE(
-            port.open(QStringLiteral("rfc2217://127.0.0.1:%1").arg(stubborn.port()), 57600));
-        ASSERT_TRUE(QTest::qWaitFor([&] { return notices.count() > 0; }, 3000));
-        EXPECT_EQ(notices.first().first().toString(),
-                  QStringLiteral("the device server runs the line at 9600 baud, not 57600"));
-    }
-    {
-        // One that keeps seven data bits, and says so twice: told once.
-        ScriptedServer sevenBits;
-        const QByteArray sevenDataBits = bytes({kIac, kSb, kComPort, 102, 7, kIac, kSe});
-        sevenBits.greet = [&](QTcpSocket& socket) {
-            socket.write(bytes({kIac, kDo, kComPort}) + sevenDataBits);
-        };
-        Rfc2217Port port;
-        QSignalSpy notices(&port, &SerialPort::notice);
-        ASSERT_TRUE(
-            port.open(QStringLiteral("rfc2217://127.0.0.1:%1").arg(sevenBits.port()), 9600));
-        ASSERT_TRUE(QTest::qWaitFor([&] { return notices.count() > 0; }, 3000));
-        sevenBits.send(sevenDataBits);
-        QTest::qWait(300);
-        ASSERT_EQ(notices.count(), 1);
-        EXPECT_EQ(notices.first().first().toString(),
-                  QStringLiteral("the device server keeps a character format other than 8/N/1"));
+        EXPECT_EQ(notices.count(), 1);
+        EXPECT_TRUE(notices.first().first().toString().contains(c.notice))
+            << notices.first().first().toString().toStdString();
     }
 }
 
