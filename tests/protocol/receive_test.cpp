@@ -65,6 +65,10 @@ TEST(ReceiveFrame, DecodesGoodReplyAfterLeadingNoise) {
     // The noise is in no capture.
     EXPECT_EQ(rig.lastReceived, QStringLiteral("06 01 86 10 20 B7 03"));
     EXPECT_EQ(rig.refreshes, 1);
+    // Noise read on its own just before a reply does not spoil the reply.
+    rig.arrive({0x11});
+    rig.arrive(ScriptedUnit::replyWire(1, ramps(16, 32)));
+    EXPECT_EQ(rig.decoded.size(), 2u);
 }
 
 TEST(ReceiveFrame, AddressesFromAHundredUpShowNoCaptionButAreDecodedWhenLrcMatchesOurId) {
