@@ -39,13 +39,14 @@ TEST(SendPath, AHandlerThatRunsInsideAnothersWaitSendsAWholeFrameAfterIt) {
 
 TEST(SendPath, ANestedSendKeepsTheOuterSendersHoldOnTheLine) {
     LinkRig rig;
+    rig.link.Timer2().setInterval(10);
     int jogs = 0;
     rig.link.setJogSender([&] { ++jogs; });
     {
         SendInProgressScope reload(rig.state);
         rig.send(kHome);  // a click during a reload's wait
         jogs = 0;
-        QTest::qWait(350);
+        QTest::qWait(50);  // five ticks
         EXPECT_EQ(jogs, 0) << "the jog message went out while the reload held the line";
     }
     EXPECT_TRUE(waitFor([&] { return jogs > 0; }));

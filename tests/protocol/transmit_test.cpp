@@ -74,6 +74,7 @@ TEST(SendFrame, CommandsGoOutOnePerTickAndLeaveTheStopRequestToTheJogMessage) {
 
 TEST(Timer2, IdleTickRunsTheJogSenderAndBusyTickReleasesTheWaitingFrame) {
     LinkRig rig;
+    rig.link.Timer2().setInterval(10);
     int jogs = 0;
     rig.link.setJogSender([&] { ++jogs; });
     ASSERT_TRUE(waitFor([&] { return jogs >= 2; }));
@@ -99,6 +100,7 @@ TEST(Watchdog, SilenceAfterAFrameLightsTheFaultAfterAQuarterSecond) {
 
 TEST(RangeFault, StopsTheHandlerSendsNothingAndPutsTheFlagBack) {
     LinkRig rig;
+    rig.link.Timer2().setInterval(10);
     QString shown;
     QObject::connect(&rig.state, &FormState::faultReported,
                      [&](const QString& message) { shown = message; });
@@ -119,7 +121,7 @@ TEST(RangeFault, StopsTheHandlerSendsNothingAndPutsTheFlagBack) {
               QStringLiteral("Run-time error 9: Subscript out of range in PresetList_Click"));
     EXPECT_FALSE(rig.state.SendInProgress);
 
-    QTest::qWait(250);
+    QTest::qWait(50);  // five ticks
     EXPECT_TRUE(rig.unit.frames().empty());
     // The link still works afterwards.
     rig.send(kFirmwareRequest);
