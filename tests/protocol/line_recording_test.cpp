@@ -65,21 +65,15 @@ class Blocks {
     struct Body {
         bool big;
         std::vector<Byte> data;
-        Body& u16(std::uint16_t v) {
-            if (big) {
-                data.push_back(static_cast<Byte>(v >> 8));
-                data.push_back(static_cast<Byte>(v));
-            } else {
-                data.push_back(static_cast<Byte>(v));
-                data.push_back(static_cast<Byte>(v >> 8));
+        // `size` bytes of `v` in the body's byte order.
+        Body& number(std::uint32_t v, int size) {
+            for (int i = 0; i < size; ++i) {
+                data.push_back(static_cast<Byte>(v >> 8 * (big ? size - 1 - i : i)));
             }
             return *this;
         }
-        Body& u32(std::uint32_t v) {
-            return big ? u16(static_cast<std::uint16_t>(v >> 16)).u16(static_cast<std::uint16_t>(v))
-                       : u16(static_cast<std::uint16_t>(v))
-                             .u16(static_cast<std::uint16_t>(v >> 16));
-        }
+        Body& u16(std::uint16_t v) { return number(v, 2); }
+        Body& u32(std::uint32_t v) { return number(v, 4); }
         Body& raw(const std::vector<Byte>& more) {
             data.insert(data.end(), more.begin(), more.end());
             return *this;
@@ -195,19 +189,22 @@ TEST(LineRecording, ReadsOtherWritersFilesAndSkipsWhatIsNotOurs) {
     const auto second = Blocks(false)
                             .section()
                             .interface(147, 0x80 | 10)
+                            .interface(147, 3)
                             .packet(0, 2048, {0x06, 0x00, 0x9A, 0x9A, 0x03})
+                            .packet(1, 7, {0x06})
                             .bytes();
     std::vector<Byte> both = file;
     both.insert(both.end(), second.begin(), second.end());
     std::string error;
     const auto read = readAll(both, &error);
     EXPECT_EQ(error, "");
-    ASSERT_EQ(read.size(), 2u);
+    ASSERT_EQ(read.size(), 3u);
     EXPECT_EQ(read[0].kind, LineKind::Sent);
     EXPECT_EQ(read[0].timeUs, 1'500'000);  // 1.5 s in nanoseconds
     EXPECT_EQ(read[0].bytes, kJog);
     EXPECT_EQ(read[1].kind, LineKind::Received);  // no flags: by its start byte
     EXPECT_EQ(read[1].timeUs, 2'000'000);         // 2048 / 1024 s
+    EXPECT_EQ(read[2].timeUs, 7'000);             // 7 ms
 }
 
 TEST(LineRecording, StopsAtAMalformedBlockAndKeepsWhatCameBefore) {
