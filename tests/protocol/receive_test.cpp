@@ -5,12 +5,21 @@
 
 using namespace halvex;
 using namespace halvex::testing;
+using recording::Verdict;
 namespace v = halvex::vocab;
 
 namespace {
-// A receive rig with a decoder that records what it saw.
+// A frame as the Line Log sees it.
+struct Read {
+    std::vector<Byte> wire;
+    Verdict verdict;
+};
+
+// A receive rig with decoders that record what they saw, and the frames
+// read as the Line Log is told of them.
 struct ReceiveRig : LinkRig {
     std::vector<std::vector<Byte>> decoded;
+    std::vector<Read> reads;
     int refreshes = 0;
     QString caption;
 
@@ -25,6 +34,10 @@ struct ReceiveRig : LinkRig {
             });
         }
         receiver.addRefreshHook([this] { ++refreshes; });
+        QObject::connect(&receiver, &Receiver::frameRead,
+                         [this](const std::vector<Byte>& wire, Verdict verdict) {
+                             reads.push_back({wire, verdict});
+                         });
         QObject::connect(&receiver, &Receiver::receivingIdChanged,
                          [this](const QString& s) { caption = s; });
     }
@@ -149,15 +162,23 @@ TEST(ReceiveFrame, SecondFrameOfOneReadWaitsForTheNextEvent) {
     EXPECT_EQ(rig.decoded[1][0], v::CommTimeout::kCode);
 }
 
-TEST(ReceiveFrame, RunawayFrameIsARangeFaultNotACrash) {
+TEST(ReceiveFrame, RunawayFrameIsARangeFaultAndShowsAsCutNotACrash) {
     ReceiveRig rig;
     QString shown;
     QObject::connect(&rig.state, &FormState::faultReported,
                      [&](const QString& message) { shown = message; });
-    std::vector<Byte> endless{kAck, 0};
-    endless.insert(endless.end(), 1200, 0x41);
-    rig.arrive(endless);
+    std::vector<Byte> runaway{kAck, 0};
+    runaway.insert(runaway.end(), 1200, v::JogMessage::kCode);
+    runaway.push_back(kEtx);
+    rig.arrive(runaway);
     EXPECT_TRUE(shown.contains(QStringLiteral("Subscript out of range")));
+    ASSERT_EQ(rig.reads.size(), 2u);
+    EXPECT_EQ(rig.reads[0].verdict, Verdict::Cut);
+    // ACK, address, 1001 bytes stored and the one that did not fit.
+    EXPECT_EQ(rig.reads[0].wire.size(), 1004u);
+    // What was left of it in the port is read as noise.
+    EXPECT_EQ(rig.reads[1].verdict, Verdict::Noise);
+    EXPECT_EQ(rig.reads[1].wire.size(), runaway.size() - 1004);
     // Still alive and decoding.
     rig.arrive(ScriptedUnit::replyWire(0, test::sample(1)));
     ASSERT_TRUE(waitFor([&] { return !rig.decoded.empty(); }));
@@ -239,4 +260,36 @@ TEST(ReceiveFrame, ATailThatComesAfterTheLineSettledIsNoise) {
     // The next whole reply is read as usual.
     rig.arrive(wire);
     EXPECT_EQ(rig.decoded.size(), 1u);
+}
+
+// The Line Log sees the bytes exactly as they came, escapes and noise
+// included, and what the receive path made of them.
+TEST(ReceiveFrame, ReportsEachFrameAsItCameWithItsVerdict) {
+    ReceiveRig rig;
+    rig.state.UnitId = 3;
+    const auto good = ScriptedUnit::replyWire(3, test::sample(kEtx));
+    ASSERT_EQ(good[1], kEsc);
+    const std::vector<Byte> noise{0x55, 0xAA};
+    const std::vector<Byte> lone{0x11, 0x22};  // no reply at all
+    const std::vector<Byte> cut{kAck, kEtx | 0x80};
+    std::vector<Byte> noisy = good;
+    noisy.insert(noisy.begin(), noise.begin(), noise.end());
+    rig.arrive(noisy);
+
+    auto badLrc = good;
+    badLrc[badLrc.size() - 2] ^= 0x01;
+    rig.arrive(badLrc);
+    rig.arrive(lone);
+    rig.arrive(cut);
+    const std::vector<Read> expected = {{noise, Verdict::Noise},
+                                        {good, Verdict::Good},
+                                        {badLrc, Verdict::BadLrc},
+                                        {lone, Verdict::Noise},
+                                        {cut, Verdict::Cut}};
+    ASSERT_TRUE(waitFor([&] { return rig.reads.size() >= expected.size(); }));
+    ASSERT_EQ(rig.reads.size(), expected.size());
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+        EXPECT_EQ(rig.reads[i].wire, expected[i].wire) << i;
+        EXPECT_EQ(rig.reads[i].verdict, expected[i].verdict) << i;
+    }
 }

@@ -145,3 +145,46 @@ TEST(SendFrame, AFailedWriteDropsTheFrameAndLosesThePort) {
     ASSERT_TRUE(waitFor([&] { return !rig.port.isOpen(); }));
     EXPECT_EQ(lostReason, QStringLiteral("the device went away (writing to it failed)"));
 }
+
+// What the Line Log is told of each frame the link sends.
+TEST(SendFrame, ReportsEachFrameQueuedWrittenOrDropped) {
+    LinkRig rig;
+    std::vector<std::vector<Byte>> written;
+    std::vector<FrameTicket> queued;
+    std::vector<FrameTicket> writtenTickets;
+    std::vector<QString> dropped;
+    QObject::connect(&rig.link, &Link::frameWritten,
+                     [&](const FrameTicket& frame, const std::vector<Byte>& wire) {
+                         written.push_back(wire);
+                         writtenTickets.push_back(frame);
+                     });
+    QObject::connect(&rig.link, &Link::frameQueued,
+                     [&](const FrameTicket& frame) { queued.push_back(frame); });
+    QObject::connect(&rig.link, &Link::frameDropped,
+                     [&](const FrameTicket& frame, const QString& why) {
+                         dropped.push_back(QStringLiteral("%1 %2").arg(frame->message[0]).arg(why));
+                     });
+    rig.state.UnitId = 3;
+    const auto address = test::message<v::UnitAddress>({{v::unit_address::kId, 2}});
+    rig.send(address);
+    ASSERT_EQ(written.size(), 1u);
+    EXPECT_EQ(written[0], encodeFrame(kStx, 3, address, 3));
+    ASSERT_EQ(queued.size(), 1u);
+    EXPECT_EQ(queued[0], writtenTickets[0]);
+    EXPECT_TRUE(dropped.empty());
+
+    // Frames waiting for their tick when the port closes, and a frame sent
+    // to a closed port.
+    rig.link.Timer2().stop();
+    bool firstDone = false;
+    QTimer::singleShot(0, [&] {
+        rig.send(test::message<v::PresetRequest>({{v::preset_request::kPreset, 1}}));
+        firstDone = true;
+    });
+    QTimer::singleShot(20, [&] { rig.port.close(); });
+    ASSERT_TRUE(waitFor([&] { return firstDone; }));
+    rig.send({v::StorePreset::kCode});
+    EXPECT_EQ(dropped, (std::vector<QString>{QStringLiteral("64 Port closed"),
+                                             QStringLiteral("65 port closed")}));
+    EXPECT_EQ(written.size(), 1u);
+}
