@@ -117,6 +117,23 @@ TEST(SendPath, AStoppedTickDropsTheFrameWithAMessageInsteadOfStrandingTheSender)
     EXPECT_TRUE(rig.unit.frames().empty());
 }
 
+// A stop asked for behind a queued command goes on the tick after it, even
+// while a sender holds the line.
+TEST(SendPath, AStopRequestedBehindAQueuedFrameGoesRightAfterIt) {
+    FastRig rig;
+    SendInProgressScope reload(rig.state);
+    std::optional<std::size_t> framesBeforeStop;
+    rig.link.setJogSender([&] {
+        if (!framesBeforeStop) {
+            framesBeforeStop = rig.unit.frames().size();
+        }
+    });
+    QTimer::singleShot(0, [&] { rig.link.requestJogMessage(); });
+    EXPECT_TRUE(wentOut(finish(sendMessage(rig.state, rig.link, kHome))));
+    ASSERT_TRUE(waitFor([&] { return framesBeforeStop.has_value(); }));
+    EXPECT_EQ(*framesBeforeStop, 1u);
+}
+
 TEST(SendPath, AStopRequestedJustBeforeThePortWasLostGoesFirstWhenItIsBack) {
     FastRig rig;
     SendInProgressScope reload(rig.state);  // a sender holds the line throughout
