@@ -140,6 +140,10 @@ TEST(LineLogModel, FiltersByDirectionCodeAndTextAndNamesEachColumn) {
     ASSERT_EQ(copied.size(), LineLogModel::ColumnCount);
     EXPECT_EQ(copied[LineLogModel::Name], QStringLiteral("preset request"));
     EXPECT_EQ(copied[LineLogModel::Fields], QStringLiteral("preset 3"));
+    // Words and bytes have a tool tip in full, the short columns none.
+    EXPECT_EQ(model.data(model.index(0, LineLogModel::Bytes), Qt::ToolTipRole),
+              cell(model, 0, LineLogModel::Bytes));
+    EXPECT_FALSE(model.data(model.index(0, LineLogModel::Code), Qt::ToolTipRole).isValid());
     const QString detail = model.detailText(1);
     EXPECT_TRUE(detail.contains(QStringLiteral("position report (code 31, address 1)")))
         << detail.toStdString();
