@@ -9,7 +9,6 @@ namespace v = halvex::vocab;
 
 namespace {
 // The message these tests send: one byte, answered by the firmware.
-constexpr Byte kFirmware = v::FirmwareRequest::kCode;
 const std::vector<Byte> kFirmwareRequest = v::blank<v::FirmwareRequest>();
 }  // namespace
 
