@@ -372,7 +372,9 @@ TEST_F(WindowlessRestore, ALimitIsNotSetWhereverThePlatformIsWhenItCannotBeMoved
     file.values["soft-limits/cw"] = 9000;
     const RestorePlan plan = planFor(file);
     ASSERT_TRUE(plan.moves());
-    // The unit hears everything but the jog messages that would move it.
+    // The unit hears everything but the jog messages that would move it; a
+    // short watchdog gives up on them sooner.
+    line.link().Timer4().setInterval(200);
     peer.onFrame = [&](const RecordingPeer::Frame& frame) {
         peer.setConnected(!isJog(frame.message));
     };
