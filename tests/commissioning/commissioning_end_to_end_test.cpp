@@ -1,5 +1,5 @@
 // Through a pseudo-terminal to a halvex-sim program, and the halvex
-// program's own --restore-unit with no display at all.
+// program's own --save-unit with no display at all.
 
 #include <gtest/gtest.h>
 
@@ -57,25 +57,20 @@ bool hasLine(const QString& text, const QString& pattern) {
 
 }  // namespace
 
-// The file comes from a save at a pace only halvex-sim keeps up with; the
-// program restores it at the console's own pace. Command lines and files it
-// refuses stop before anything is sent.
-TEST(CommissioningCommandLine, RestoresWithoutADisplayAndRefusesBadFilesWithNothingOnTheWire) {
+// The program saves the unit at the console's own pace; the file, one value
+// changed, goes back at a pace only halvex-sim keeps up with. Command lines
+// and files the program refuses stop before anything is sent.
+TEST(CommissioningCommandLine, SavesWithoutADisplayRestoresTheFileAndRefusesBadFiles) {
     QTemporaryDir folder;
     const QDir here(folder.path());
     SimProcess unit({QStringLiteral("--id"), QStringLiteral("7")});
     ASSERT_TRUE(unit.device().startsWith(QStringLiteral("/dev/")));
-    {
-        Session line(new QtSerialPort, 5);
-        ASSERT_TRUE(line.open(unit.device(), 9600));
-        QStringList said;
-        const CommandIo io{[&said](const QString& text) { said << text; }, {}};
-        ASSERT_EQ(
-            finish(saveUnitCommand(line, 7, here.filePath(QStringLiteral("u.txt")), io), 60000),
-            kDone);
-        EXPECT_TRUE(said.front().startsWith(QStringLiteral("[1/57] ")));
-        EXPECT_TRUE(said.back().startsWith(QStringLiteral("Saved the settings of unit 7 ")));
-    }
+    const HalvexRun save = runHalvex(unit.device(), folder.path(),
+                                     QStringLiteral("--save-unit u.txt --address=7").split(' '));
+    EXPECT_EQ(save.exitCode, 0) << save.errors.toStdString();
+    EXPECT_TRUE(hasLine(save.errors, QStringLiteral("^halvex: \\[1/57\\] ")));
+    EXPECT_TRUE(hasLine(save.errors, QStringLiteral("^halvex: Saved the settings of unit 7 ")))
+        << save.errors.toStdString();
     QFile saved(here.filePath(QStringLiteral("u.txt")));
     ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
     const std::string text = saved.readAll().toStdString();
@@ -85,21 +80,22 @@ TEST(CommissioningCommandLine, RestoresWithoutADisplayAndRefusesBadFilesWithNoth
         std::string(text).replace(text.find("tilt-ramp = 40"), 14, "tilt-ramp = 41");
     changed.replace(changed.find("address = 7"), 11, "address = 3");
     writeFile(here.filePath(QStringLiteral("one.txt")), changed);
-    const HalvexRun restore =
-        runHalvex(unit.device(), folder.path(),
-                  QStringLiteral("--restore-unit one.txt --address=7 --yes").split(' '));
-    EXPECT_EQ(restore.exitCode, 0) << restore.errors.toStdString();
-    EXPECT_TRUE(restore.errors.contains(QStringLiteral("differs from the file in 2 values")))
-        << restore.errors.toStdString();
-    // Side by side, in columns, each value whole.
-    EXPECT_TRUE(hasLine(restore.errors, QStringLiteral("^halvex:   speeds/tilt-ramp +41 +40$")));
-    EXPECT_TRUE(hasLine(restore.errors,
-                        QStringLiteral("^halvex:   unit/address +3 +7 +\\(an address is never "
-                                       "copied\\)$")));
-    EXPECT_FALSE(restore.errors.contains(movesWarning()));
     {
         Session line(new QtSerialPort, 5);
         ASSERT_TRUE(line.open(unit.device(), 9600));
+        QStringList said;
+        const CommandIo io{[&said](const QString& text) { said << text; }, {}};
+        UnitSettings file;
+        ASSERT_EQ(checkSettingsFile(here.filePath(QStringLiteral("one.txt")), file, io), kDone);
+        EXPECT_EQ(finish(restoreUnitCommand(line, 7, file, {true, false}, io), 60000), kDone);
+        const QString told = said.join('\n');
+        EXPECT_TRUE(told.contains(QStringLiteral("differs from the file in 2 values")))
+            << told.toStdString();
+        // Side by side, in columns, each value whole.
+        EXPECT_TRUE(hasLine(told, QStringLiteral("^ +speeds/tilt-ramp +41 +40$")));
+        EXPECT_TRUE(hasLine(
+            told, QStringLiteral("^ +unit/address +3 +7 +\\(an address is never copied\\)$")));
+        EXPECT_FALSE(told.contains(movesWarning()));
         line.talkTo(7);
         ASSERT_TRUE(finish(line.readDriveRates(Requester::Operator)).isDone());
         EXPECT_EQ(line.status().Rates.tilt.ramp, 41);
