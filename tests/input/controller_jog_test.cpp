@@ -2,6 +2,7 @@
 // no hardware, the whole console online against the virtual unit.
 
 #include <QCheckBox>
+#include <QMessageBox>
 #include <QPointF>
 #include <algorithm>
 #include <functional>
@@ -59,6 +60,25 @@ TEST_F(ControllerJogTest, UnpluggingTheControllerStopsThePlatformInTheNextJogMes
     pad->axis(SDL_CONTROLLER_AXIS_LEFTY, 32767);
     // Pulled back: down; pan keeps the clockwise bit it had.
     EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{0, 255, 0x80}));
+}
+
+// A box that leaves the window active (as one on another screen may) still
+// stops a stick: it is the box, not the window's focus, that holds it.
+TEST_F(ControllerJogTest, AModalBoxStopsAHeldStickEvenWithTheWindowStillActive) {
+    VirtualDevice pad(true);
+    ASSERT_TRUE(rig().usesDevice());
+    pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 32767);
+    ASSERT_GT(rig().nextMotion()[0], 0);
+    QMessageBox box(QMessageBox::Warning, QStringLiteral("Box"), QStringLiteral("Modal"),
+                    QMessageBox::Ok, rig().window.get());
+    box.setWindowModality(Qt::ApplicationModal);
+    box.setAttribute(Qt::WA_ShowWithoutActivating);
+    box.open();
+    ASSERT_TRUE(rig().window->isActiveWindow());
+    EXPECT_TRUE(stopped(rig().nextMotion()));
+    box.close();
+    // Still held when the box goes: it must come back to rest first.
+    EXPECT_TRUE(stopped(rig().nextMotion()));
 }
 
 TEST_F(ControllerJogTest, ButtonsPressTheConsolesButtonsOncePerPress) {
