@@ -156,11 +156,12 @@ struct HeadlessConsole {
     }
     ~HeadlessConsole() { finish(connection.exit()); }
 
-    // Reads the whole unit, as the console does, or only what going online
-    // needs.
+    // Reads the whole unit once online, as the console does.
+    void readWholeUnit() { connection.setLaterSteps(connection.unitReads()); }
+    // Goes online, reading the whole unit or only what going online needs.
     bool start(bool wholeUnit = true) {
         if (wholeUnit) {
-            connection.setLaterSteps(connection.unitReads());
+            readWholeUnit();
         }
         return finish(connection.start(), 30000) && session.online();
     }
@@ -238,7 +239,7 @@ TEST(EveryKindOfLine, GoesOnlineMovesLosesTheUnitAndTakesItBackByItself) {
         auto unit = kind.make();
         ASSERT_TRUE(unit->ready()) << kind.name;
         auto console = std::make_unique<HeadlessConsole>(unit->device(), unit->port());
-        console->connection.setLaterSteps(console->connection.unitReads());
+        console->readWholeUnit();
         lines.push_back({kind.name, std::move(unit), std::move(console)});
     }
 
@@ -262,7 +263,7 @@ TEST(EveryKindOfLine, GoesOnlineMovesLosesTheUnitAndTakesItBackByItself) {
         });
     EXPECT_TRUE(allOf(lines, [](HeadlessConsole& c) { return c.near(2.34, -4.5); }));
 
-    // Each unit goes away: told once, and looked for once a second, quietly.
+    // Each unit goes away: told once, and looked for again and again, quietly.
     for (Line& line : lines) {
         EXPECT_TRUE(line.console->faults.isEmpty())
             << line.name << ": " << line.console->told().toStdString();
