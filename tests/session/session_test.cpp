@@ -10,6 +10,7 @@
 #include <array>
 #include <cmath>
 
+#include "protocol/frame.h"
 #include "protocol/vocabulary.h"
 #include "remote/session_rotator.h"
 #include "session/session.h"
@@ -116,6 +117,27 @@ TEST_F(SessionTest, ProgramsAreRefusedWithTheReasonAndNothingIsSent) {
     // A program's target on a limit is inside it.
     const Outcome onLimit = finish(session.moveTo({0.0, session.status().TiltMinLimit}));
     EXPECT_TRUE(onLimit.isDone()) << onLimit.text().toStdString();
+    const Outcome onUpperLimit = finish(session.moveTo({session.status().PanMaxLimit, 0.0}));
+    EXPECT_TRUE(onUpperLimit.isDone()) << onUpperLimit.text().toStdString();
+}
+
+TEST_F(SessionTest, ReinitialiseWhileAConnectionRunsLeavesItToFinishAlone) {
+    QCoro::Task<bool> starting = connection.start();
+    EXPECT_FALSE(finish(connection.reinitialise()));
+    EXPECT_TRUE(finish(std::move(starting)));
+    // One connection sequence: the offsets were asked for once.
+    const auto sent = commandsSince(0);
+    EXPECT_EQ(std::count(sent.begin(), sent.end(), test::message<vocab::OffsetsRequest>()), 1);
+}
+
+TEST_F(SessionTest, ATourClearedReplyForATourThereIsNotLeavesTheTourAsItWas) {
+    ASSERT_TRUE(connect());
+    const int selected = session.tours().selected;
+    port->injectIncoming(encodeFrame(
+        kAck, 0,
+        test::message<vocab::TourCleared>({{vocab::tour_cleared::kTour, TourTable::kTours}}), 0));
+    runUntil([] { return false; }, 100);
+    EXPECT_EQ(session.tours().selected, selected);
 }
 
 TEST_F(SessionTest, AValueThatCannotBeSentIsARangeFaultAndASilentUnitNoReply) {
