@@ -88,9 +88,8 @@ TEST(ControlListFile, FaultsNameFileAndLineAndKeepWhatWasRead) {
     QString error;
     EXPECT_EQ(parsed(commands(102), &error).commands.back().name, "Command 100");
     EXPECT_TRUE(error.contains("101 commands")) << error.toStdString();
-}
 
-TEST(ControlListFile, UnreadableAndOversizedFilesAreReported) {
+    // Unreadable and oversized files: named, and nothing kept.
     QTemporaryDir dir;
     ControlList list = parsed(commands(3));
     EXPECT_TRUE(loadControlList(dir.filePath("GONE.CCL"), list).contains("\"GONE.CCL\""));
