@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <optional>
 #include <string>
 #include <vector>
@@ -14,22 +15,10 @@ using namespace halvex::commissioning;
 
 namespace {
 
-int lowestBit(unsigned mask) {
-    int bit = 0;
-    while (mask != 0 && (mask & 1u) == 0) {
-        mask >>= 1;
-        ++bit;
-    }
-    return bit;
-}
-
 // The raw bits the Line Log's field stands for, put back where they sat in
 // the message.
 std::int64_t rawBits(const table::Field& field, std::int64_t number) {
-    if (field.kind == table::FieldKind::Number) {
-        return number << lowestBit(field.mask);
-    }
-    return number;
+    return field.kind == table::FieldKind::Number ? number << std::countr_zero(field.mask) : number;
 }
 
 const table::Field* tableField(const table::Layout& layout, const std::string& name) {
@@ -160,22 +149,4 @@ TEST(SettingsCatalog, WritesAndReadsEachSettingWhereTheProtocolTableHasIt) {
         }
     }
     EXPECT_GT(written, 150);
-}
-
-// A read asks with the code, the read flag and what says which reading
-// (the variant, the limit), padded with zeros to the length of the command
-// that writes it back.
-TEST(SettingsCatalog, PadsEachReadToTheLengthOfItsWrite) {
-    int padded = 0;
-    for (const SettingGroup& group : settingGroups()) {
-        for (std::size_t i = 2; i < group.request.size(); ++i) {
-            EXPECT_EQ(group.request[i], 0) << group.title << " byte " << i;
-        }
-        if (group.kind == Kind::Command && group.writeCode == group.request.front()) {
-            EXPECT_EQ(group.request.size(), static_cast<std::size_t>(group.writeLength))
-                << group.title;
-            padded += group.request.size() > 2 ? 1 : 0;
-        }
-    }
-    EXPECT_GE(padded, 8);
 }
