@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <QApplication>
-#include <QFile>
 #include <QRegularExpression>
 
 #include "tests/commissioning/commissioning_rig.h"
@@ -16,14 +15,10 @@ namespace {
 
 const KeptPictures kPictures{HALVEX_KEPT_PICTURES, HALVEX_SEEN_PICTURES};
 
-sim::UnitOptions dated() {
+TEST(CommissioningPictures, FindUnitsAndTheRestoreConfirmation) {
     sim::UnitOptions options;
     options.clockDate = sim::CalendarDate{2026, 11, 25};  // Find Units lists it
-    return options;
-}
-
-TEST(CommissioningPictures, FindUnitsAndTheRestoreConfirmation) {
-    CommissioningRig rig(dated());
+    CommissioningRig rig(options);
     ASSERT_TRUE(rig.connect());
     rig.trigger("MenuFindUnits");
     auto* found = rig.window->findChild<FindUnitsDialog*>();
@@ -35,15 +30,10 @@ TEST(CommissioningPictures, FindUnitsAndTheRestoreConfirmation) {
 
     rig.trigger("MenuSaveUnit");
     // Saved at a fixed time: the confirmation names it.
-    QFile file(rig.file);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    QString text = QString::fromUtf8(file.readAll());
-    file.close();
-    text.replace(QRegularExpression(QStringLiteral("\nsaved = [^\n]*")),
-                 QStringLiteral("\nsaved = 2026-11-25 09:30:00"));
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(text.toUtf8());
-    file.close();
+    rig.writeFile(QString::fromStdString(rig.fileText())
+                      .replace(QRegularExpression(QStringLiteral("\nsaved = [^\n]*")),
+                               QStringLiteral("\nsaved = 2026-11-25 09:30:00"))
+                      .toStdString());
     sim::UnitState& unit = rig.unit.state();
     unit.settings.panRates.ramp = 90;
     unit.settings.heater = 2;
