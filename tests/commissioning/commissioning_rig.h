@@ -9,6 +9,7 @@
 #include <QAction>
 #include <QFile>
 #include <QStatusBar>
+#include <QTableWidget>
 
 #include "commissioning/commissioning_menu.h"
 #include "commissioning/find_units_dialog.h"
@@ -25,6 +26,19 @@ namespace halvex::testing {
 using namespace halvex::commissioning;
 
 using Message_ = std::vector<Byte>;
+
+// A table's rows, each its four cells joined by '|'.
+inline QStringList rows(const QTableWidget* table) {
+    QStringList out;
+    for (int row = 0; row < table->rowCount(); ++row) {
+        QStringList cells;
+        for (int column = 0; column < 4; ++column) {
+            cells << table->item(row, column)->text();
+        }
+        out << cells.join(QLatin1Char('|'));
+    }
+    return out;
+}
 
 inline bool isJog(const Message_& message) {
     return !message.empty() && message.front() == vocab::JogMessage::kCode;
@@ -64,7 +78,7 @@ struct CommissioningRig : ConsoleRig {
             co_return QString(file);  // GCC 12 would move the member out
         });
         menu->setConfirmer([this](RestoreDialog& dialog) -> QCoro::Task<bool> {
-            confirmations.push_back(rows(dialog));
+            confirmations.push_back(rows(dialog.DifferenceTable));
             moveWarned = dialog.MoveWarning->isVisibleTo(&dialog);
             cancelIsDefault =
                 dialog.RestoreCancelBut->isDefault() && !dialog.RestoreOkBut->isDefault();
@@ -88,17 +102,6 @@ struct CommissioningRig : ConsoleRig {
             if (!isRead(message)) {
                 out.push_back(message);
             }
-        }
-        return out;
-    }
-    static QStringList rows(RestoreDialog& dialog) {
-        QStringList out;
-        for (int row = 0; row < dialog.DifferenceTable->rowCount(); ++row) {
-            QStringList cells;
-            for (int column = 0; column < 4; ++column) {
-                cells << dialog.DifferenceTable->item(row, column)->text();
-            }
-            out << cells.join(QLatin1Char('|'));
         }
         return out;
     }

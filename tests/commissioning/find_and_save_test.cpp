@@ -18,7 +18,8 @@ using namespace halvex::commissioning;
 using namespace halvex::testing;
 namespace v = halvex::vocab;
 
-TEST(FindUnits, ListsTheUnitAtItsAddressAndTalksToIt) {
+// Offline, the search opens the chosen port for itself and closes it again.
+TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedAtItsAddressAndTalkedTo) {
     sim::UnitOptions options;
     options.id = 7;
     options.variant = 1;
@@ -27,35 +28,48 @@ TEST(FindUnits, ListsTheUnitAtItsAddressAndTalksToIt) {
     options.clockDate = sim::CalendarDate{2025, 2, 3};
     CommissioningRig rig(options);
 
-    // Offline: the search opens the chosen port for itself.
+    // Nobody answers: every address asked, 0 last, and an empty list.
+    rig.line.setConnected(false);
+    rig.menu->setProbeWaitMs(1);  // no answer to miss
     rig.trigger("MenuFindUnits");
     FindUnitsDialog* dialog = findDialog(rig);
     ASSERT_NE(dialog, nullptr);
-    ASSERT_EQ(dialog->FoundList->rowCount(), 1);
-    QStringList cells;
-    for (int column = 0; column < 4; ++column) {
-        cells << dialog->FoundList->item(0, column)->text();
-    }
-    EXPECT_EQ(cells.join(QLatin1Char('|')),
-              QStringLiteral("7|1 no camera 2 or video|3.04|2025-02-03"));
+    EXPECT_EQ(dialog->FoundList->rowCount(), 0);
+    EXPECT_EQ(dialog->FindStatus->text(), QStringLiteral("No unit answered."));
+    EXPECT_FALSE(dialog->TalkToBut->isEnabled());
+    EXPECT_EQ(dialog->FindCloseBut->text(), QStringLiteral("Close"));
+    std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
+    ASSERT_EQ(probes.size(), 100u);
+    EXPECT_EQ(probes.back(), 0);
+    EXPECT_EQ(probes[98], 99);
+    EXPECT_FALSE(rig.port->isOpen());
+    EXPECT_EQ(rig.window->state().lamp(), LinkLamp::None);
+    QTest::mouseClick(dialog->FindCloseBut, Qt::LeftButton);
+    ASSERT_TRUE(rig.waitFor([&] { return findDialog(rig) == nullptr; }));
+
+    rig.line.setConnected(true);
+    rig.line.clear();
+    rig.menu->setProbeWaitMs(20);
+    rig.trigger("MenuFindUnits");
+    dialog = findDialog(rig);
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(rows(dialog->FoundList), QStringList{"7|1 no camera 2 or video|3.04|2025-02-03"});
     EXPECT_TRUE(dialog->FindStatus->text().startsWith(QStringLiteral("One unit found.")));
     EXPECT_TRUE(dialog->FindStatus->text().contains(QStringLiteral("Address 0 was not asked")));
 
     // Every address once, one after the other, and never the broadcast address.
-    std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
+    probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
     probes.erase(std::unique(probes.begin(), probes.end()), probes.end());
     std::vector<Byte> expected(99);
     std::iota(expected.begin(), expected.end(), Byte{1});
     EXPECT_EQ(probes, expected);
     for (const auto& frame : rig.line.frames()) {
         EXPECT_NE(frame.address, 0) << int(frame.message.front());
-    }
-    EXPECT_EQ(addressesAsked(rig.line, v::JogMessage::kCode), std::vector<Byte>{7});
-    for (const auto& frame : rig.line.frames()) {
-        if (frame.message.front() == v::JogMessage::kCode) {  // a standing jog: no speed, no lens
+        if (isJog(frame.message)) {  // a standing jog: no speed, no lens
             EXPECT_EQ(frame.message, v::blank<v::JogMessage>());
         }
     }
+    EXPECT_EQ(addressesAsked(rig.line, v::JogMessage::kCode), std::vector<Byte>{7});
     // Back to offline as it was, talking to address 0.
     EXPECT_FALSE(rig.port->isOpen());
     EXPECT_EQ(rig.window->state().UnitId, 0);
@@ -68,27 +82,6 @@ TEST(FindUnits, ListsTheUnitAtItsAddressAndTalksToIt) {
     ASSERT_TRUE(rig.waitFor([&] { return findDialog(rig) == nullptr; }));
     // Now Start reaches it.
     EXPECT_TRUE(rig.connect());
-}
-
-TEST(FindUnits, AnEmptyLineEndsWithAnEmptyListAfterAskingAddressZero) {
-    CommissioningRig rig;
-    rig.line.setConnected(false);
-    rig.menu->setProbeWaitMs(1);  // no answer to miss
-    rig.trigger("MenuFindUnits");
-    FindUnitsDialog* dialog = findDialog(rig);
-    ASSERT_NE(dialog, nullptr);
-    EXPECT_EQ(dialog->FoundList->rowCount(), 0);
-    EXPECT_EQ(dialog->FindStatus->text(), QStringLiteral("No unit answered."));
-    EXPECT_FALSE(dialog->TalkToBut->isEnabled());
-    EXPECT_EQ(dialog->FindCloseBut->text(), QStringLiteral("Close"));
-    const std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
-    ASSERT_EQ(probes.size(), 100u);
-    EXPECT_EQ(probes.back(), 0);
-    EXPECT_EQ(probes[98], 99);
-    EXPECT_FALSE(rig.port->isOpen());
-    EXPECT_EQ(rig.window->state().lamp(), LinkLamp::None);
-    QTest::mouseClick(dialog->FindCloseBut, Qt::LeftButton);
-    EXPECT_TRUE(rig.waitFor([&] { return findDialog(rig) == nullptr; }));
 }
 
 // Online, a search stopped as it asks address 5, by Cancel and then by the
@@ -234,8 +227,10 @@ TEST(SaveUnit, OfflineCancelledOrUnwritableSavesNothingAndSaysSo) {
 }
 
 // A controller with the legacy video switch (types 2 and 3) saves that
-// setting from the legacy video reply.
-TEST(SaveUnit, ALegacyVideoUnitSavesItsVideoSwitch) {
+// setting from the legacy video reply. A unit that reports more steps than a
+// tour can hold has a damaged tour: the save stops and names it, and no file
+// is written.
+TEST(SaveUnit, ALegacyVideoSwitchIsSavedAndADamagedTourIsNamedAndNothingSaved) {
     sim::UnitOptions options;
     options.variant = 2;
     CommissioningRig rig(options);
@@ -248,13 +243,7 @@ TEST(SaveUnit, ALegacyVideoUnitSavesItsVideoSwitch) {
     const UnitSettings saved = rig.saved();
     EXPECT_EQ(saved.identity.controllerType, 2);
     EXPECT_EQ(saved.values.at("video/legacy-video"), 2);
-}
 
-// A unit that reports more steps than a tour can hold has a damaged tour:
-// the save stops and names it, and no file is written.
-TEST(SaveUnit, ADamagedTourIsNamedAndNothingIsSaved) {
-    CommissioningRig rig;
-    ASSERT_TRUE(rig.connect());
     QFile::remove(rig.file);
     rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
         const bool askingTour2 = frame.message == test::message<v::TourStepCountRequest>(
@@ -282,36 +271,30 @@ TEST(SaveUnit, ADamagedTourIsNamedAndNothingIsSaved) {
 // The file takes a value exactly when the page's own control would.
 TEST(SettingsRanges, AreThoseOfThePagesControls) {
     CommissioningRig rig;
-    const std::pair<const char*, const char*> controls[] = {
-        {"speeds/pan-safe-speed", "PSafeScroll"},
-        {"speeds/tilt-safe-speed", "TSafeScroll"},
-        {"speeds/pan-ramp", "PRampScroll"},
-        {"speeds/tilt-ramp", "TRampScroll"},
-        {"speeds/pan-deceleration", "PDecelScroll"},
-        {"speeds/tilt-deceleration", "TDecelScroll"},
-        {"speeds/pan-top-speed", "PTopScroll"},
-        {"speeds/tilt-top-speed", "TTopScroll"},
-        {"speeds/pan-second-top-speed", "PITopScroll"},
-        {"speeds/tilt-second-top-speed", "TITopScroll"},
-        {"speeds/pan-minimum", "PMinScroll"},
-        {"speeds/pan-maximum", "PMaxScroll"},
-        {"speeds/tilt-minimum", "TMinScroll"},
-        {"speeds/tilt-maximum", "TMaxScroll"},
-        {"housekeeping/comm-timeout", "TOScroll"},
-        {"factory/pan-encoder", "PEncScroll"},
-        {"factory/tilt-encoder", "TEncScroll"},
-        {"display/angle-line", "AngLineScroll"},
-        {"display/name-line", "NumLineScroll"},
-    };
+    // Each setting followed by the scroll bar that sets it.
+    const QStringList controls =
+        QStringLiteral(
+            "speeds/pan-safe-speed PSafeScroll speeds/tilt-safe-speed TSafeScroll "
+            "speeds/pan-ramp PRampScroll speeds/tilt-ramp TRampScroll "
+            "speeds/pan-deceleration PDecelScroll speeds/tilt-deceleration TDecelScroll "
+            "speeds/pan-top-speed PTopScroll speeds/tilt-top-speed TTopScroll "
+            "speeds/pan-second-top-speed PITopScroll speeds/tilt-second-top-speed TITopScroll "
+            "speeds/pan-minimum PMinScroll speeds/pan-maximum PMaxScroll "
+            "speeds/tilt-minimum TMinScroll speeds/tilt-maximum TMaxScroll "
+            "housekeeping/comm-timeout TOScroll factory/pan-encoder PEncScroll "
+            "factory/tilt-encoder TEncScroll display/angle-line AngLineScroll "
+            "display/name-line NumLineScroll")
+            .split(' ');
     std::map<std::string, const SettingField*> fields;
     for (const SettingGroup& group : settingGroups()) {
         for (const SettingField& field : group.fields) {
             fields[settingKey(group, field)] = &field;
         }
     }
-    for (const auto& [key, name] : controls) {
-        const auto* bar = rig.find<QScrollBar>(QLatin1String(name));
-        ASSERT_NE(bar, nullptr) << name;
+    for (qsizetype i = 0; i + 1 < controls.size(); i += 2) {
+        const std::string key = controls[i].toStdString();
+        const auto* bar = rig.find<QScrollBar>(controls[i + 1]);
+        ASSERT_NE(bar, nullptr) << key;
         ASSERT_EQ(fields.count(key), 1u) << key;
         EXPECT_EQ(fields[key]->minimum, bar->minimum()) << key;
         EXPECT_EQ(fields[key]->maximum, bar->maximum()) << key;
@@ -350,30 +333,20 @@ TEST(SaveUnit, AsksExactlyTheseQuestionsAndWritesEachValueInItsPlace) {
 
     // Each read request padded to its write.
     const auto read = [](auto m) { return v::readRequest<decltype(m)>(); };
-    const Message_ rates = read(v::Rates{});
-    std::vector<Message_> expected = {
-        v::blank<v::FirmwareRequest>(),
-        rates,
-        read(v::TopSpeeds{}),
-        test::withBits(read(v::TopSpeeds{}), {v::top_speeds::kSecond}),
-        read(v::PanSteps{}),
-        read(v::TiltSteps{}),
-        read(v::CommTimeout{}),
-        read(v::Heater{}),
-        read(v::Directions{}),
-        read(v::Encoders{}),
-        v::blank<v::OffsetsRequest>()};
+    std::vector<Message_> expected(
+        {v::blank<v::FirmwareRequest>(), read(v::Rates{}), read(v::TopSpeeds{}),
+         test::withBits(read(v::TopSpeeds{}), {v::top_speeds::kSecond}), read(v::PanSteps{}),
+         read(v::TiltSteps{}), read(v::CommTimeout{}), read(v::Heater{}), read(v::Directions{}),
+         read(v::Encoders{}), v::blank<v::OffsetsRequest>()});
     for (int limit = 0; limit < v::soft_limit::kLimits; ++limit) {
         expected.push_back(
             test::withBits(test::message<v::SoftLimit>({{v::soft_limit::kLimit, limit}}),
                            {v::kReadRequest<v::SoftLimit>}));
     }
-    for (const Message_& m :
-         {read(v::LensConfiguration{}), read(v::CameraLines{}), read(v::CameraTimeouts{}),
-          read(v::VideoConfiguration{}), read(v::AuxOutputs{}), read(v::AngleDisplay{}),
-          read(v::NameDisplay{}), v::blank<v::CentreRequest>()}) {
-        expected.push_back(m);
-    }
+    expected.insert(expected.end(), {read(v::LensConfiguration{}), read(v::CameraLines{}),
+                                     read(v::CameraTimeouts{}), read(v::VideoConfiguration{}),
+                                     read(v::AuxOutputs{}), read(v::AngleDisplay{}),
+                                     read(v::NameDisplay{}), v::blank<v::CentreRequest>()});
     for (int preset = 0; preset < 32; ++preset) {
         expected.push_back(test::message<v::PresetRequest>({{v::preset_request::kPreset, preset}}));
     }
