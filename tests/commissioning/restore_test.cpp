@@ -32,25 +32,20 @@ bool is(const Message_& m) {
 }
 
 // Both axes held, the lenses to these positions.
-Message_ lensesTo(std::int64_t zoom1, std::int64_t focus1, std::int64_t zoom2,
-                  std::int64_t focus2) {
+Message_ lensesTo(std::array<std::uint32_t, 4> lens) {
     namespace move = v::absolute_move_with_lenses;
-    return test::message<v::AbsoluteMoveWithLenses>({{move::kPan, v::absolute_move::kHoldAxis},
-                                                     {move::kTilt, v::absolute_move::kHoldAxis},
-                                                     {move::kLens[0], zoom1},
-                                                     {move::kLens[1], focus1},
-                                                     {move::kLens[2], zoom2},
-                                                     {move::kLens[3], focus2}});
+    Message_ m = test::message<v::AbsoluteMoveWithLenses>(
+        {{move::kPan, v::absolute_move::kHoldAxis}, {move::kTilt, v::absolute_move::kHoldAxis}});
+    for (std::size_t i = 0; i < lens.size(); ++i) {
+        v::put(m, move::kLens[i], lens[i]);
+    }
+    return m;
 }
 
 Message_ storePreset(int preset, std::int32_t pan, std::int32_t tilt) {
     namespace store = v::store_preset;
     return test::message<v::StorePreset>(
         {{store::kPreset, preset}, {store::kPan, pan}, {store::kTilt, tilt}});
-}
-
-Message_ heater(int mode) {
-    return test::message<v::Heater>({{v::heater::kModeByte, mode}});
 }
 
 // What stopped the restore; empty when nothing did.
@@ -88,6 +83,16 @@ class WindowlessRestore : public ::testing::Test {
         before = *read.settings;
     }
     RestorePlan planFor(const UnitSettings& file) const { return planRestore(file, before, false); }
+    RestoreResult restore(const UnitSettings& file, Progress progress = {}) {
+        return finish(restoreUnit(asking, planFor(file), std::move(progress)),
+                      CommissioningRig::kLongestJobMs);
+    }
+    // The pan soft limit a few seconds' drive away.
+    UnitSettings farLimit() const {
+        UnitSettings file = before;
+        file.values["soft-limits/cw"] = 9000;
+        return file;
+    }
 
     sim::Unit unit;
     RecordingPeer peer{unit};
@@ -171,7 +176,8 @@ TEST_F(RestoreSavedUnit, FactorySettingsWaitForTheFactoryArea) {
         QStringLiteral("factory/pan-motor-reverse|no|yes|factory area closed")));
     EXPECT_TRUE(
         rig.confirmations[0].contains(QStringLiteral("housekeeping/heater|share power|disabled|")));
-    EXPECT_EQ(rig.writes(), std::vector<Message_>{heater(1)});
+    EXPECT_EQ(rig.writes(),
+              std::vector<Message_>{test::message<v::Heater>({{v::heater::kModeByte, 1}})});
     const QString factoryRows = QStringLiteral(
         "factory/pan-motor-reverse (file no, unit yes); "
         "factory/pan-resolver-invert (file no, unit yes); "
@@ -245,10 +251,10 @@ TEST(RestoreUnit, MovesTheLensesForPresetLensPositionsOnlyAfterSayingSo) {
     EXPECT_EQ(writes[2], storePreset(5, 1000, 500));
     // Both axes held, the lenses to the preset's positions, then the preset
     // takes them.
-    EXPECT_EQ(writes[3], lensesTo(60, 70, 80, 90));
+    EXPECT_EQ(writes[3], lensesTo({60, 70, 80, 90}));
     EXPECT_EQ(writes[4], test::message<v::AddLensPositions>({{v::add_lens_positions::kPreset, 5}}));
     // And back to where they stood.
-    EXPECT_EQ(writes.back(), lensesTo(128, 128, 128, 128));
+    EXPECT_EQ(writes.back(), lensesTo({128, 128, 128, 128}));
     EXPECT_EQ(unit.presets.at(5), (sim::Preset{1000, 500, {60, 70, 80, 90}}));
     EXPECT_EQ(unit.presets.at(0), (sim::Preset{100, 200, {}}));
     EXPECT_EQ(unit.lenses.position(0), 128);
@@ -320,9 +326,7 @@ TEST_F(RestoreSavedUnit, CancelDuringAMoveStopsThePlatform) {
 // calls) comes out where the restore is awaited, and still leaves the
 // platform stopped and the soft limits no longer overridden.
 TEST_F(WindowlessRestore, AFaultDuringAMoveStillStopsThePlatformAndComesOutOfTheRestore) {
-    UnitSettings file = before;
-    file.values["soft-limits/cw"] = 9000;  // a few seconds away
-    const RestorePlan plan = planFor(file);
+    const RestorePlan plan = planFor(farLimit());
     ASSERT_TRUE(plan.moves());
 
     bool moving = false;
@@ -368,10 +372,7 @@ TEST_F(WindowlessRestore, OnTheCommandLineFactorySettingsAloneWriteNothingAndAre
 }
 
 TEST_F(WindowlessRestore, ALimitIsNotSetWhereverThePlatformIsWhenItCannotBeMovedThere) {
-    UnitSettings file = before;
-    file.values["soft-limits/cw"] = 9000;
-    const RestorePlan plan = planFor(file);
-    ASSERT_TRUE(plan.moves());
+    ASSERT_TRUE(planFor(farLimit()).moves());
     // The unit hears everything but the jog messages that would move it; a
     // short watchdog gives up on them sooner.
     line.link().Timer4().setInterval(200);
@@ -379,11 +380,9 @@ TEST_F(WindowlessRestore, ALimitIsNotSetWhereverThePlatformIsWhenItCannotBeMoved
         peer.setConnected(!isJog(frame.message));
     };
     peer.clear();
-    const RestoreResult result =
-        finish(restoreUnit(asking, plan, Progress{}), CommissioningRig::kLongestJobMs);
+    EXPECT_FALSE(restore(farLimit()).verified());
     peer.onFrame = nullptr;
     peer.setConnected(true);
-    EXPECT_FALSE(result.verified());
     const std::vector<Message_> sent = peer.messages(false);
     EXPECT_TRUE(std::none_of(sent.begin(), sent.end(),
                              [](const Message_& m) { return is<v::SoftLimit>(m) && !isRead(m); }));
@@ -401,9 +400,7 @@ TEST_F(WindowlessRestore, CountsOneStepForEachCommandWritten) {
             totals.insert(total);
         }
     };
-    const RestoreResult result =
-        finish(restoreUnit(asking, planFor(file), progress), CommissioningRig::kLongestJobMs);
-    EXPECT_TRUE(result.verified());
+    EXPECT_TRUE(restore(file, progress).verified());
     EXPECT_EQ(totals, std::set<int>{2});
 }
 
@@ -419,8 +416,7 @@ TEST_F(WindowlessRestore, CancelAmongTheToursWritesNoMore) {
     };
     Progress progress;
     progress.cancelled = [&] { return tourWritten; };
-    const RestoreResult result =
-        finish(restoreUnit(asking, planFor(file), progress), CommissioningRig::kLongestJobMs);
+    const RestoreResult result = restore(file, progress);
     peer.onFrame = nullptr;
     EXPECT_TRUE(result.cancelled);
     EXPECT_FALSE(result.finished);
