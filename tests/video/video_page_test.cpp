@@ -45,22 +45,7 @@ Bytes legacy(std::initializer_list<vocab::Bit<LV>> bits) {
     return withBits(message<LV>(), bits);
 }
 
-// `bytes` with the bits given cleared.
-Bytes without(Bytes bytes, std::initializer_list<vocab::Bit<LV>> bits) {
-    for (const auto& bit : bits) {
-        auto& byte = bytes.at(static_cast<std::size_t>(bit.offset));
-        byte = vocab::withBit(byte, bit, false);
-    }
-    return bytes;
-}
-
-Bytes aux(std::initializer_list<std::size_t> outputs) {
-    Bytes bytes = message<vocab::AuxOutputs>();
-    for (std::size_t output : outputs) {
-        bytes = withBits(bytes, {vocab::aux_outputs::kOutput.at(output)});
-    }
-    return bytes;
-}
+constexpr auto& kAux = vocab::aux_outputs::kOutput;
 
 template <class M>
 Bytes display(int line, std::initializer_list<vocab::Bit<M>> bits) {
@@ -91,9 +76,9 @@ TEST_F(VideoPage, EveryControlSendsItsWholeConfiguration) {
         {"VidOption_6", video(6, {kBlank2, kBlank1, kPal, kPower2})},  // the store bit is not kept
         {"VidOption_0", video(0, {kBlank2, kBlank1, kPal, kPower2})},
         {"GetVidBut", vocab::readRequest<VC>()},
-        {"AuxCheck_0", aux({0})},
-        {"AuxCheck_3", aux({0, 3})},
-        {"AuxCheck_0", aux({3})},
+        {"AuxCheck_0", withBits(message<vocab::AuxOutputs>(), {kAux[0]})},
+        {"AuxCheck_3", withBits(message<vocab::AuxOutputs>(), {kAux[0], kAux[3]})},
+        {"AuxCheck_0", withBits(message<vocab::AuxOutputs>(), {kAux[3]})},
         {"AngDisCheck", display<vocab::AngleDisplay>(0, {Angle::kOn})},
         {"AngSgnCheck", display<vocab::AngleDisplay>(0, {Angle::kOn, Angle::kSigned})},
         {"AngLineScroll=11", display<vocab::AngleDisplay>(11, {Angle::kOn, Angle::kSigned})},
@@ -128,7 +113,8 @@ TEST_F(VideoPage, RepliesFillTheControlsAndSendNothing) {
          "VidOption_5 BlankCheck_0 BlankCheck_1 LVidOption_0 PALCheck PALCheck2 CamPwrCheck_0 "
          "CamPwrCheck_1 LCamPwrCheck_0 LCamPwrCheck_1"},
         // Every bit but the first selection bit and camera 2's power.
-        {without(message<LV>({{lv::kSettingsByte, 255}}), {lv::kSelectionLow, lv::kCamera2Power}),
+        {message<LV>({{lv::kSettingsByte, 0xFF ^ vocab::maskOf(lv::kSelectionLow) ^
+                                              vocab::maskOf(lv::kCamera2Power)}}),
          "LVidOption_1 LCamPwrCheck_0 !LCamPwrCheck_1"},
         // Neither selection bit is Blank Video; both read as the first.
         {legacy({lv::kCamera2Power}), "LVidOption_2 !LCamPwrCheck_0 LCamPwrCheck_1"},
