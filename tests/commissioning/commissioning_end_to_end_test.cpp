@@ -8,6 +8,7 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+#include <fstream>
 
 #include "commissioning/command_line_runs.h"
 #include "commissioning/unit_restore.h"
@@ -45,12 +46,6 @@ HalvexRun runHalvex(const QString& device, const QString& folder, const QStringL
     return run;
 }
 
-void writeFile(const QString& path, const std::string& text) {
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(text.data(), static_cast<qint64>(text.size()));
-}
-
 bool hasLine(const QString& text, const QString& pattern) {
     return text.contains(QRegularExpression(pattern, QRegularExpression::MultilineOption));
 }
@@ -79,7 +74,7 @@ TEST(CommissioningCommandLine, SavesWithoutADisplayRestoresTheFileAndRefusesBadF
     std::string changed =
         std::string(text).replace(text.find("tilt-ramp = 40"), 14, "tilt-ramp = 41");
     changed.replace(changed.find("address = 7"), 11, "address = 3");
-    writeFile(here.filePath(QStringLiteral("one.txt")), changed);
+    std::ofstream(here.filePath(QStringLiteral("one.txt")).toStdString()) << changed;
     {
         Session line(new QtSerialPort, 5);
         ASSERT_TRUE(line.open(unit.device(), 9600));
@@ -103,7 +98,8 @@ TEST(CommissioningCommandLine, SavesWithoutADisplayRestoresTheFileAndRefusesBadF
 
     halvex::testing::PtyPair nobody;
     ASSERT_TRUE(nobody.ok());
-    writeFile(here.filePath(QStringLiteral("cut.txt")), text.substr(0, text.size() - 10));
+    std::ofstream(here.filePath(QStringLiteral("cut.txt")).toStdString())
+        << text.substr(0, text.size() - 10);
     const struct {
         const char* arguments;
         int exitCode;
