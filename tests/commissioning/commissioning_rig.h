@@ -195,6 +195,11 @@ inline sim::StoredState distinctUnit(Byte id) {
     return state;
 }
 
+// What the unit would keep in its state file.
+inline sim::StoredState stored(const sim::UnitState& unit) {
+    return {unit.settings, unit.powerUp, unit.presets, unit.tours};
+}
+
 // Puts a stored state into the unit in place of what it holds.
 inline void loadInto(sim::UnitState& unit, const sim::StoredState& state) {
     const Byte id = unit.settings.unitId;

@@ -117,7 +117,7 @@ class RestoreSavedUnit : public ::testing::Test {
 
 TEST_F(RestoreSavedUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
     sim::UnitState& unit = rig.unit.state();
-    const sim::StoredState saved{unit.settings, unit.powerUp, unit.presets, unit.tours};
+    const sim::StoredState saved = stored(unit);
     unit.settings.panRates.ramp = 33;
     unit.settings.heater = 2;
     unit.settings.lensConfig[1] = 0x4A;
@@ -153,7 +153,7 @@ TEST_F(RestoreSavedUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
     EXPECT_EQ(codes,
               (std::vector<Byte>{v::Rates::kCode, v::Heater::kCode, v::LensConfiguration::kCode,
                                  v::StorePreset::kCode, v::ClearTour::kCode}));
-    EXPECT_EQ((sim::StoredState{unit.settings, unit.powerUp, unit.presets, unit.tours}), saved);
+    EXPECT_EQ(stored(unit), saved);
     EXPECT_EQ(rig.status(), QStringLiteral("Restored unit.txt onto unit 0; read back, the unit "
                                            "holds every value of the file."));
     EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
@@ -244,17 +244,14 @@ TEST(RestoreUnit, MovesTheLensesForPresetLensPositionsOnlyAfterSayingSo) {
     rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     EXPECT_TRUE(rig.moveWarned);
-    const std::vector<Message_> writes = rig.writes();
-    ASSERT_GE(writes.size(), 4u);
-    EXPECT_EQ(writes[0], v::blank<v::ClearAllPresets>());
-    EXPECT_EQ(writes[1], storePreset(0, 100, 200));
-    EXPECT_EQ(writes[2], storePreset(5, 1000, 500));
     // Both axes held, the lenses to the preset's positions, then the preset
-    // takes them.
-    EXPECT_EQ(writes[3], lensesTo({60, 70, 80, 90}));
-    EXPECT_EQ(writes[4], test::message<v::AddLensPositions>({{v::add_lens_positions::kPreset, 5}}));
-    // And back to where they stood.
-    EXPECT_EQ(writes.back(), lensesTo({128, 128, 128, 128}));
+    // takes them; and back to where they stood.
+    EXPECT_EQ(rig.writes(),
+              (std::vector<Message_>{
+                  v::blank<v::ClearAllPresets>(), storePreset(0, 100, 200),
+                  storePreset(5, 1000, 500), lensesTo({60, 70, 80, 90}),
+                  test::message<v::AddLensPositions>({{v::add_lens_positions::kPreset, 5}}),
+                  lensesTo({128, 128, 128, 128})}));
     EXPECT_EQ(unit.presets.at(5), (sim::Preset{1000, 500, {60, 70, 80, 90}}));
     EXPECT_EQ(unit.presets.at(0), (sim::Preset{100, 200, {}}));
     EXPECT_EQ(unit.lenses.position(0), 128);
@@ -308,8 +305,8 @@ TEST_F(RestoreSavedUnit, CancelDuringAMoveStopsThePlatform) {
     rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
         if (is<v::AbsoluteMove>(frame.message)) {
             QTimer::singleShot(200, [&] {
-                auto* dialog = rig.window->findChild<ProgressDialog*>();
-                QTest::mouseClick(dialog->CommissioningCancelBut, Qt::LeftButton);
+                QTest::mouseClick(rig.window->findChild<ProgressDialog*>()->CommissioningCancelBut,
+                                  Qt::LeftButton);
             });
         }
     };
@@ -439,11 +436,7 @@ TEST(RestoreUnit, EveryValueOfTheFileReachesANewUnit) {
     rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
-    const sim::UnitState& unit = rig.unit.state();
-    EXPECT_EQ(unit.settings, source.settings);
-    EXPECT_EQ(unit.powerUp, source.powerUp);
-    EXPECT_EQ(unit.presets, source.presets);
-    EXPECT_EQ(unit.tours, source.tours);
+    EXPECT_EQ(stored(rig.unit.state()), source);
 }
 
 // A lens whose motor is off never gets there: the restore gives up on it
