@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <optional>
 #include <string>
@@ -22,12 +23,8 @@ std::int64_t rawBits(const table::Field& field, std::int64_t number) {
 }
 
 const table::Field* tableField(const table::Layout& layout, const std::string& name) {
-    for (const table::Field& field : layout.fields) {
-        if (field.name == name) {
-            return &field;
-        }
-    }
-    return nullptr;
+    const auto found = std::ranges::find(layout.fields, name, &table::Field::name);
+    return found == layout.fields.end() ? nullptr : &*found;
 }
 
 // What the protocol table reads for one setting of `message`, by the bytes
@@ -87,23 +84,14 @@ std::string where(const SettingGroup& group, const SettingField& field) {
 // set: a setting at a wrong byte or bit shows up in one of these.
 std::vector<std::vector<std::int32_t>> valueSets(const SettingGroup& group) {
     const std::size_t count = group.fields.size();
-    std::vector<std::vector<std::int32_t>> sets;
-    for (std::size_t alone = 0; alone < count; ++alone) {
-        std::vector<std::int32_t> values(count, 0);
-        values[alone] = group.fields[alone].maximum;
-        sets.push_back(values);
+    std::vector<std::vector<std::int32_t>> sets(count + 3, std::vector<std::int32_t>(count, 0));
+    for (std::size_t i = 0; i < count; ++i) {
+        const SettingField& field = group.fields[i];
+        sets[i][i] = field.maximum;
+        sets[count][i] = field.maximum;
+        sets[count + 1][i] = field.minimum;
+        sets[count + 2][i] = field.minimum + ((field.maximum - field.minimum) & 0x555555);
     }
-    std::vector<std::int32_t> largest;
-    std::vector<std::int32_t> smallest;
-    std::vector<std::int32_t> alternating;
-    for (const SettingField& field : group.fields) {
-        largest.push_back(field.maximum);
-        smallest.push_back(field.minimum);
-        alternating.push_back(field.minimum + ((field.maximum - field.minimum) & 0x555555));
-    }
-    sets.push_back(largest);
-    sets.push_back(smallest);
-    sets.push_back(alternating);
     return sets;
 }
 
