@@ -19,7 +19,7 @@ using namespace halvex::testing;
 namespace v = halvex::vocab;
 
 // Offline, the search opens the chosen port for itself and closes it again.
-TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedAtItsAddressAndTalkedTo) {
+TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCancelledOrCut) {
     sim::UnitOptions options;
     options.id = 7;
     options.variant = 1;
@@ -81,21 +81,14 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedAtItsAddressAndTalkedTo) {
     EXPECT_EQ(rig.window->state().UnitId, 7);
     ASSERT_TRUE(rig.waitFor([&] { return findDialog(rig) == nullptr; }));
     // Now Start reaches it.
-    EXPECT_TRUE(rig.connect());
-}
-
-// Online, a search stopped as it asks address 5, by Cancel and then by the
-// adapter pulled out, asks no further and says why it stopped.
-TEST(FindUnits, CancelOrALostPortEndsTheSearchAndOnlineTheConsoleGoesOnWithItsUnit) {
-    sim::UnitOptions options;
-    options.id = 3;
-    CommissioningRig rig(options);
-    rig.find<QScrollBar>(QStringLiteral("CurrIDScroll"))->setValue(3);
     ASSERT_TRUE(rig.connect());
-    const auto searchStoppedAt5 = [&rig](std::function<void()> stop) {
+
+    // Online, a search stopped as it asks address 9, by Cancel and then by
+    // the adapter pulled out, asks no further and says why it stopped.
+    const auto searchStoppedAt9 = [&rig](std::function<void()> stop) {
         rig.line.clear();
         rig.line.onFrame = [stop](const RecordingPeer::Frame& frame) {
-            if (frame.address == 5) {
+            if (frame.address == 9) {
                 stop();
             }
         };
@@ -103,27 +96,27 @@ TEST(FindUnits, CancelOrALostPortEndsTheSearchAndOnlineTheConsoleGoesOnWithItsUn
         rig.line.onFrame = nullptr;
         const std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
         EXPECT_FALSE(probes.empty());
-        EXPECT_EQ(std::count_if(probes.begin(), probes.end(), [](Byte a) { return a > 6; }), 0);
+        EXPECT_EQ(std::count_if(probes.begin(), probes.end(), [](Byte a) { return a > 10; }), 0);
         return findDialog(rig);
     };
-    FindUnitsDialog* dialog = searchStoppedAt5([&rig] {
+    dialog = searchStoppedAt9([&rig] {
         QTimer::singleShot(
             0, [&rig] { QTest::mouseClick(findDialog(rig)->FindCloseBut, Qt::LeftButton); });
     });
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(dialog->FindStatus->text().left(17), QStringLiteral("Search cancelled."));
-    EXPECT_EQ(dialog->FoundList->rowCount(), 1);  // unit 3, found before
-    // The port stays open and the jog messages go to unit 3 again.
+    EXPECT_EQ(dialog->FoundList->rowCount(), 1);  // unit 7, found before
+    // The port stays open and the jog messages go to unit 7 again.
     EXPECT_TRUE(rig.port->isOpen());
-    EXPECT_EQ(rig.window->state().UnitId, 3);
+    EXPECT_EQ(rig.window->state().UnitId, 7);
     const std::size_t before = rig.line.frames().size();
     ASSERT_TRUE(rig.waitFor([&] { return rig.line.frames().size() > before + 3; }));
-    EXPECT_EQ(rig.line.frames().back().address, 3);
+    EXPECT_EQ(rig.line.frames().back().address, 7);
     EXPECT_TRUE(isJog(rig.line.frames().back().message));
     QTest::mouseClick(dialog->FindCloseBut, Qt::LeftButton);
     ASSERT_TRUE(rig.waitFor([&] { return findDialog(rig) == nullptr; }));
 
-    dialog = searchStoppedAt5([&rig] { rig.port->setWriteFails(true); });
+    dialog = searchStoppedAt9([&rig] { rig.port->setWriteFails(true); });
     rig.port->setWriteFails(false);
     ASSERT_NE(dialog, nullptr);
     EXPECT_TRUE(
@@ -131,10 +124,8 @@ TEST(FindUnits, CancelOrALostPortEndsTheSearchAndOnlineTheConsoleGoesOnWithItsUn
         << dialog->FindStatus->text().toStdString();
 }
 
-namespace {
-
 // The file as kept, line for line but for the dates, which change.
-void expectFileAsKept(const CommissioningRig& rig, const char* name) {
+static void expectFileAsKept(const CommissioningRig& rig, const char* name) {
     QFile file(QStringLiteral(COMMISSIONING_TEST_DATA "/") + QLatin1String(name));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
     const QStringList wanted = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
@@ -149,13 +140,21 @@ void expectFileAsKept(const CommissioningRig& rig, const char* name) {
     }
 }
 
-}  // namespace
-
-// The menu entry starts the save and returns: the save goes on from the
-// event loop, holding the line and its dialog until the last reply. Then
-// the pages show the unit again, not what the save read.
-TEST(SaveUnit, GoesOnFromTheEventLoopAndLeavesThePagesShowingTheUnit) {
+// Offline nothing is asked. The menu entry starts the save and returns: the
+// save goes on from the event loop, holding the line and its dialog until
+// the last reply. Then the pages show the unit again, not what the save
+// read. Cancel pressed as the third setting group is asked for, and then as
+// preset 5 is, saves nothing; a file that cannot be written is named.
+TEST(SaveUnit, GoesOnFromTheEventLoopAndOfflineCancelledOrUnwritableSavesNothing) {
     CommissioningRig rig;
+    rig.trigger("MenuSaveUnit");
+    EXPECT_EQ(rig.lastMessage(), QStringLiteral("Save Unit Settings: The console is not "
+                                                "connected. Press Start to connect to the unit "
+                                                "first."));
+    EXPECT_TRUE(rig.line.frames().empty());
+    rig.shown.clear();
+    rig.asked.clear();
+
     sim::UnitState& unit = rig.unit.state();
     unit.settings.panJogTop = 0x20;  // no bit of its own that marks the variant
     unit.tours.append(1, sim::TourStep{5 | 0x40, 10 | 0x80});
@@ -183,21 +182,7 @@ TEST(SaveUnit, GoesOnFromTheEventLoopAndLeavesThePagesShowingTheUnit) {
     ASSERT_TRUE(rig.waitFor([&] { return !rig.window->state().SendInProgress; }));
     EXPECT_EQ(rig.find<QListWidget>(QStringLiteral("ScriptList"))->count(), 0);
     EXPECT_TRUE(rig.shown.empty());
-}
 
-// Offline nothing is asked; a file that cannot be written is named; Cancel
-// pressed as the third setting group is asked for, and then as preset 5
-// is, saves nothing.
-TEST(SaveUnit, OfflineCancelledOrUnwritableSavesNothingAndSaysSo) {
-    CommissioningRig rig;
-    rig.trigger("MenuSaveUnit");
-    EXPECT_EQ(rig.lastMessage(), QStringLiteral("Save Unit Settings: The console is not "
-                                                "connected. Press Start to connect to the unit "
-                                                "first."));
-    EXPECT_TRUE(rig.line.frames().empty());
-
-    ASSERT_TRUE(rig.connect());
-    rig.shown.clear();
     const Message_ cancelWhenAsked[] = {
         settingGroups().at(2).request,
         test::message<v::PresetRequest>({{v::preset_request::kPreset, 5}})};
