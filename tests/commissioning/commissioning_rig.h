@@ -10,6 +10,8 @@
 #include <QFile>
 #include <QStatusBar>
 #include <QTableWidget>
+#include <algorithm>
+#include <iterator>
 
 #include "commissioning/commissioning_menu.h"
 #include "commissioning/find_units_dialog.h"
@@ -46,10 +48,9 @@ inline bool isJog(const Message_& message) {
 
 // Questions a save or restore asks; everything else it sends is a write.
 inline bool isRead(const Message_& m) {
-    for (const SettingGroup& group : settingGroups()) {
-        if (m == group.request) {
-            return true;
-        }
+    if (std::ranges::any_of(settingGroups(),
+                            [&m](const SettingGroup& group) { return m == group.request; })) {
+        return true;
     }
     const auto is = [&m]<class M>(M) {
         return m.front() == M::kCode && m.size() == static_cast<std::size_t>(M::kLength);
@@ -98,11 +99,7 @@ struct CommissioningRig : ConsoleRig {
     // Writes since the last line.clear().
     std::vector<Message_> writes() const {
         std::vector<Message_> out;
-        for (const Message_& message : line.messages(false)) {
-            if (!isRead(message)) {
-                out.push_back(message);
-            }
-        }
+        std::ranges::remove_copy_if(line.messages(false), std::back_inserter(out), isRead);
         return out;
     }
     std::string fileText() const {

@@ -147,9 +147,8 @@ TEST_F(RestoreSavedUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
     rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     std::vector<Byte> codes;
-    for (const Message_& write : rig.writes()) {
-        codes.push_back(write.front());
-    }
+    std::ranges::transform(rig.writes(), std::back_inserter(codes),
+                           [](const Message_& write) { return write.front(); });
     EXPECT_EQ(codes,
               (std::vector<Byte>{v::Rates::kCode, v::Heater::kCode, v::LensConfiguration::kCode,
                                  v::StorePreset::kCode, v::ClearTour::kCode}));
@@ -348,8 +347,6 @@ TEST_F(WindowlessRestore, AFaultDuringAMoveStillStopsThePlatformAndComesOutOfThe
     EXPECT_FALSE(jogWith(sent.back(), v::jog::kSoftLimitOverride));
 }
 
-// The progress counts a step for each command written: values that one
-// command writes together are one step.
 TEST_F(WindowlessRestore, OnTheCommandLineFactorySettingsAloneWriteNothingAndAreNamed) {
     UnitSettings file = before;
     file.values["factory/pan-encoder"] += 1;
@@ -385,6 +382,8 @@ TEST_F(WindowlessRestore, ALimitIsNotSetWhereverThePlatformIsWhenItCannotBeMoved
                              [](const Message_& m) { return is<v::SoftLimit>(m) && !isRead(m); }));
 }
 
+// The progress counts a step for each command written: values that one
+// command writes together are one step.
 TEST_F(WindowlessRestore, CountsOneStepForEachCommandWritten) {
     UnitSettings file = before;
     file.values["speeds/pan-ramp"] = 33;  // the two ramps: one command
