@@ -199,14 +199,13 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
     auto& rig = *shared_;
     rig.showPage(7);
     auto* frame = rig.at("PassFrame");
-    auto* text = rig.at<QLineEdit>("PassText");
     ASSERT_TRUE(frame->isVisible());
     EXPECT_FALSE(rig.at("FactoryControls")->isEnabled());
-    text->setText("7214 ");
+    rig.setText("PassText", "7214 ");
     rig.press("PassEntBut");
     EXPECT_TRUE(frame->isVisible());
     EXPECT_TRUE(rig.shown.empty());
-    text->setText("7214");
+    rig.setText("PassText", "7214");
     rig.press("PassEntBut");
     EXPECT_FALSE(frame->isVisible());
     EXPECT_TRUE(rig.at("FactoryControls")->isEnabled());
