@@ -90,13 +90,15 @@ struct CommissioningRig : ConsoleRig {
     }
     ~CommissioningRig() { line.onFrame = nullptr; }
 
-    // Triggers the menu entry and lets the job it starts run to its end.
+    // Triggers the menu entry, with the line's record cleared, and lets the
+    // job it starts run to its end.
     void trigger(const char* action) {
+        line.clear();
         window->findChild<QAction*>(QLatin1String(action))->trigger();
         EXPECT_TRUE(settle(kLongestJobMs)) << action << " still running";
     }
     QString status() const { return window->statusBar()->currentMessage(); }
-    // Writes since the last line.clear().
+    // Writes since the last trigger (or line.clear()).
     std::vector<Message_> writes() const {
         std::vector<Message_> out;
         std::ranges::remove_copy_if(line.messages(false), std::back_inserter(out), isRead);

@@ -48,7 +48,6 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     ASSERT_TRUE(rig.waitFor([&] { return findDialog(rig) == nullptr; }));
 
     rig.line.setConnected(true);
-    rig.line.clear();
     rig.menu->setProbeWaitMs(20);
     rig.trigger("MenuFindUnits");
     dialog = findDialog(rig);
@@ -86,7 +85,6 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     // Online, a search stopped as it asks address 9, by Cancel and then by
     // the adapter pulled out, asks no further and says why it stopped.
     const auto searchStoppedAt9 = [&rig](std::function<void()> stop) {
-        rig.line.clear();
         rig.line.onFrame = [stop](const RecordingPeer::Frame& frame) {
             if (frame.address == 9) {
                 stop();
@@ -221,7 +219,6 @@ TEST(SaveUnit, ALegacyVideoSwitchIsSavedAndADamagedTourIsNamedAndNothingSaved) {
     CommissioningRig rig(options);
     rig.unit.state().settings.legacyVideo = 0x02;  // video select
     ASSERT_TRUE(rig.connect());
-    rig.line.clear();
     rig.trigger("MenuSaveUnit");
     const std::vector<std::vector<Byte>> asked = rig.line.messages(false);
     EXPECT_NE(std::find(asked.begin(), asked.end(), v::readRequest<v::LegacyVideo>()), asked.end());
@@ -294,7 +291,6 @@ TEST(SettingsRanges, AreThoseOfThePagesControls) {
 TEST(SaveUnit, AsksExactlyTheseQuestionsAndWritesEachValueInItsPlace) {
     CommissioningRig rig;
     ASSERT_TRUE(rig.connect());
-    rig.line.clear();
     // The progress bar, looked at all through the save.
     int most = 0;
     int highest = 0;

@@ -107,7 +107,6 @@ class RestoreSavedUnit : public ::testing::Test {
     void SetUp() override {
         ASSERT_TRUE(rig.connect());
         rig.trigger("MenuSaveUnit");
-        rig.line.clear();
         rig.asked.clear();
     }
     CommissioningRig rig;
@@ -144,7 +143,6 @@ TEST_F(RestoreSavedUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
     // After Ok, one command for each value that differs, and the unit is as
     // it was saved.
     rig.confirmAnswer = true;
-    rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     std::vector<Byte> codes;
     std::ranges::transform(rig.writes(), std::back_inserter(codes),
@@ -158,7 +156,6 @@ TEST_F(RestoreSavedUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
     EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
 
     // Nothing left to do: nothing asked, nothing written.
-    rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     EXPECT_EQ(rig.confirmations.size(), 2u);
     EXPECT_TRUE(rig.writes().empty());
@@ -188,7 +185,6 @@ TEST_F(RestoreSavedUnit, FactorySettingsWaitForTheFactoryArea) {
     EXPECT_EQ(rig.unit.state().settings.directions, 0x05);
 
     // Only they differ now: nothing to confirm, nothing written.
-    rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     EXPECT_EQ(rig.confirmations.size(), 1u);
     EXPECT_TRUE(rig.writes().empty());
@@ -199,7 +195,6 @@ TEST_F(RestoreSavedUnit, FactorySettingsWaitForTheFactoryArea) {
 
     rig.find<QLineEdit>(QStringLiteral("PassText"))->setText(QStringLiteral("7214"));
     rig.click(QStringLiteral("PassEntBut"));
-    rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     EXPECT_EQ(rig.writes(),
               (std::vector<Message_>{test::message<v::Directions>(),
@@ -222,7 +217,6 @@ TEST_F(RestoreSavedUnit, RefusesABadFileByNameWithNothingOnTheWire) {
     UnitSettings other = readSettingsText(good).settings.value();
     other.identity.controllerType = 1;
     rig.writeFile(writeSettingsText(other));
-    rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     EXPECT_TRUE(rig.lastMessage().contains(QStringLiteral("controller type 1")));
     EXPECT_TRUE(rig.writes().empty());
@@ -240,7 +234,6 @@ TEST(RestoreUnit, MovesTheLensesForPresetLensPositionsOnlyAfterSayingSo) {
     unit.presets.at(5) = sim::Preset{1000, 500, {}};
     unit.presets.at(0) = sim::Preset{100, 200, {1, 2, 3, 4}};
 
-    rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     EXPECT_TRUE(rig.moveWarned);
     // Both axes held, the lenses to the preset's positions, then the preset
@@ -272,7 +265,6 @@ TEST(RestoreUnit, DrivesToEachSoftLimitAndNamesTheOneItCannotReach) {
     file.values["soft-limits/ccw"] = -20000;  // past the mechanical end
     rig.writeFile(writeSettingsText(file));
 
-    rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     EXPECT_TRUE(rig.moveWarned);
     const std::vector<Message_> sent = rig.line.messages();
@@ -309,7 +301,6 @@ TEST_F(RestoreSavedUnit, CancelDuringAMoveStopsThePlatform) {
             });
         }
     };
-    rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     expectStoppedShortOfTheLimit(rig.line.messages(), rig.unit);
     EXPECT_GT(rig.unit.state().motion.mechanicalPan(), 0);
@@ -432,7 +423,6 @@ TEST(RestoreUnit, EveryValueOfTheFileReachesANewUnit) {
     rig.find<QLineEdit>(QStringLiteral("PassText"))->setText(QStringLiteral("7214"));
     rig.click(QStringLiteral("PassEntBut"));
 
-    rig.line.clear();
     rig.trigger("MenuRestoreUnit");
     EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
     EXPECT_EQ(stored(rig.unit.state()), source);
