@@ -114,7 +114,7 @@ class RestoreSavedUnit : public ::testing::Test {
 
 }  // namespace
 
-TEST_F(RestoreSavedUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
+TEST_F(RestoreSavedUnit, ShowsTheDifferencesWritesOnlyThoseAfterOkAndRefusesABadFile) {
     sim::UnitState& unit = rig.unit.state();
     const sim::StoredState saved = stored(unit);
     unit.settings.panRates.ramp = 33;
@@ -160,6 +160,22 @@ TEST_F(RestoreSavedUnit, ShowsTheDifferencesAndWritesOnlyThoseAfterOk) {
     EXPECT_EQ(rig.confirmations.size(), 2u);
     EXPECT_TRUE(rig.writes().empty());
     EXPECT_EQ(rig.status(), QStringLiteral("The unit already holds every value of unit.txt."));
+
+    // What is wrong with a file is named as the file tests check it.
+    const std::string good = rig.fileText();
+    rig.writeFile(good.substr(0, good.size() / 2));
+    rig.trigger("MenuRestoreUnit");
+    EXPECT_EQ(rig.lastMessage(), QStringLiteral("Could Not Restore Unit Settings: unit.txt was "
+                                                "refused, and nothing was sent: it is cut short: "
+                                                "the line 'end' is missing."));
+    EXPECT_TRUE(rig.line.messages(false).empty());
+    // A file from another controller type is refused after reading the unit.
+    UnitSettings other = readSettingsText(good).settings.value();
+    other.identity.controllerType = 1;
+    rig.writeFile(writeSettingsText(other));
+    rig.trigger("MenuRestoreUnit");
+    EXPECT_TRUE(rig.lastMessage().contains(QStringLiteral("controller type 1")));
+    EXPECT_TRUE(rig.writes().empty());
 }
 
 TEST_F(RestoreSavedUnit, FactorySettingsWaitForTheFactoryArea) {
@@ -202,24 +218,6 @@ TEST_F(RestoreSavedUnit, FactorySettingsWaitForTheFactoryArea) {
                                          {{v::encoders::kPan, 15}, {v::encoders::kTilt, 15}})}));
     EXPECT_EQ(rig.unit.state().settings.directions, 0);
     EXPECT_EQ(rig.unit.state().settings.panEncoder, 15);
-}
-
-TEST_F(RestoreSavedUnit, RefusesABadFileByNameWithNothingOnTheWire) {
-    // What is wrong with a file is named as the file tests check it.
-    const std::string good = rig.fileText();
-    rig.writeFile(good.substr(0, good.size() / 2));
-    rig.trigger("MenuRestoreUnit");
-    EXPECT_EQ(rig.lastMessage(), QStringLiteral("Could Not Restore Unit Settings: unit.txt was "
-                                                "refused, and nothing was sent: it is cut short: "
-                                                "the line 'end' is missing."));
-    EXPECT_TRUE(rig.line.messages(false).empty());
-    // A file from another controller type is refused after reading the unit.
-    UnitSettings other = readSettingsText(good).settings.value();
-    other.identity.controllerType = 1;
-    rig.writeFile(writeSettingsText(other));
-    rig.trigger("MenuRestoreUnit");
-    EXPECT_TRUE(rig.lastMessage().contains(QStringLiteral("controller type 1")));
-    EXPECT_TRUE(rig.writes().empty());
 }
 
 // Lens positions reach a preset only from where the lenses stand, and lens
