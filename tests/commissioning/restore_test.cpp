@@ -371,6 +371,25 @@ TEST_F(WindowlessRestore, ALimitIsNotSetWhereverThePlatformIsWhenItCannotBeMoved
                              [](const Message_& m) { return is<v::SoftLimit>(m) && !isRead(m); }));
 }
 
+// A unit that never answers the clearing of a tour: its steps are not
+// appended to whatever the tour held, and the restore stops there.
+TEST_F(WindowlessRestore, ATourWhoseClearingIsNotAnsweredIsNotWritten) {
+    UnitSettings file = before;
+    file.tours[1] = {commissioning::TourStep::of(4, 0, 5, false)};
+    line.link().Timer4().setInterval(200);
+    peer.onFrame = [&](const RecordingPeer::Frame& frame) {
+        peer.setConnected(!is<v::ClearTour>(frame.message));
+    };
+    peer.clear();
+    const RestoreResult result = restore(file);
+    peer.onFrame = nullptr;
+    peer.setConnected(true);
+    EXPECT_EQ(result.problem,
+              QStringLiteral("No reply from the unit to tour 2; the restore stopped there."));
+    const std::vector<Message_> sent = peer.messages(false);
+    EXPECT_TRUE(std::none_of(sent.begin(), sent.end(), is<v::AppendTourStep>));
+}
+
 // The progress counts a step for each command written: values that one
 // command writes together are one step.
 TEST_F(WindowlessRestore, CountsOneStepForEachCommandWritten) {
