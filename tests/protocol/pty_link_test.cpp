@@ -1,17 +1,17 @@
-// The link on a real QSerialPort over a pseudo-terminal: what the serial
-// library adds to the in-process port (real writes, wakeups, hang-ups).
+// The link on a real QSerialPort over a pseudo-terminal: how often the port
+// is reopened in place before it is given up, and a hang-up. Frames on the
+// line and a single empty wakeup are checked on a whole console
+// (tests/connection).
 
 #include <gtest/gtest.h>
 
 #include "protocol/qt_serial_port.h"
 #include "tests/support/empty_wakeup.h"
 #include "tests/support/link_rig.h"
-#include "tests/support/messages.h"
 #include "tests/support/pty_pair.h"
 
 using namespace halvex;
 using namespace halvex::testing;
-namespace v = halvex::vocab;
 
 namespace {
 // The port on the console's side, the test at the unit's; what the port
@@ -21,13 +21,11 @@ struct PtyRig {
     QtSerialPort port;
     QStringList reopened;
     QStringList lost;
-    int arrivals = 0;
 
     PtyRig() {
         QObject::connect(&port, &SerialPort::reopened,
                          [this](const QString& why) { reopened << why; });
         QObject::connect(&port, &SerialPort::lost, [this](const QString& why) { lost << why; });
-        QObject::connect(&port, &SerialPort::dataArrived, [this] { ++arrivals; });
         EXPECT_TRUE(pty.ok());
         EXPECT_TRUE(port.open(pty.slavePath(), 9600));
     }
@@ -40,51 +38,6 @@ struct PtyRig {
     }
 };
 }  // namespace
-
-TEST(PtyLink, FrameReachesTheLineByteForByte) {
-    PtyRig rig;
-    FormState state;
-    Link link{state};
-    link.setPort(&rig.port);
-    link.Timer2().start();
-    state.UnitId = 1;
-    // Bytes 2, 3 and 6 of the payload need escapes.
-    const std::vector<Byte> message = {v::AbsoluteMove::kCode, 1, 2, 3, 4, 5, 6};
-    guarded(state, "test", [&] {
-        SendInProgressScope sending(state);
-        for (std::size_t i = 0; i < message.size(); ++i) {
-            state.TxBuffer[static_cast<int>(i)] = message[i];
-        }
-        link.SendFrame(static_cast<int>(message.size()));
-    });
-    const std::vector<Byte> expected = encodeFrame(kStx, 1, message, 1);
-    std::vector<Byte> got;
-    waitFor([&] {
-        const auto more = rig.pty.readAvailable();
-        got.insert(got.end(), more.begin(), more.end());
-        return got.size() >= expected.size();
-    });
-    EXPECT_EQ(got, expected);
-}
-
-TEST(PtyLink, AWakeupWithNothingToReadIsNotALostDevice) {
-    PtyRig rig;
-    ASSERT_TRUE(rig.hears({0x11, 0x22}));
-    // Looking ahead takes nothing out of the port.
-    EXPECT_EQ(rig.port.peekWaiting(), (std::vector<Byte>{0x11, 0x22}));
-    rig.port.consume(1);
-    EXPECT_EQ(rig.port.peekWaiting(), (std::vector<Byte>{0x22}));
-    rig.port.consume(1);
-
-    ASSERT_TRUE(raiseEmptyWakeup(rig.port));
-    ASSERT_TRUE(waitFor([&] { return !rig.reopened.isEmpty(); }));
-    EXPECT_TRUE(rig.lost.isEmpty());
-    EXPECT_TRUE(rig.port.isOpen());
-    // The port listens to the device again.
-    const int arrivals = rig.arrivals;
-    EXPECT_TRUE(rig.hears({kAck, 0}));
-    EXPECT_GT(rig.arrivals, arrivals);
-}
 
 TEST(PtyLink, APortThatKeepsFailingOrHangsUpIsLost) {
     {
