@@ -151,17 +151,5 @@ TEST(ComPortSession, AnswersADeviceServerOpeningAsAClientShouldAndSetsThePort) {
     EXPECT_TRUE(session.serverFormatDiffers());
 }
 
-TEST(ComPortSession, AServerThatRefusesThePortIsSettledWithoutSettings) {
-    ComPortSession session(9600);
-    session.opening();
-    EXPECT_EQ(receive(session, {kIac, kDont, kComPort, kIac, kWont, kBinary}), Bytes{});
-    EXPECT_TRUE(session.settled());
-    EXPECT_TRUE(session.refused());
-    EXPECT_FALSE(session.consoleWill(kComPort));
-    // Agreeing later is answered, but the line is already running.
-    EXPECT_EQ(receive(session, {kIac, kDo, kComPort}), (Bytes{kIac, kWill, kComPort}));
-    EXPECT_TRUE(session.refused());
-}
-
 }  // namespace
 }  // namespace halvex

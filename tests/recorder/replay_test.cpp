@@ -1,7 +1,8 @@
 // A field session reproduced at a desk: a console recorded against a unit
-// with settings of its own comes online against the recording, in process
-// and through halvex-sim --replay on a pseudo-terminal, and every page shows
-// what it showed in the session.
+// with settings of its own comes online against the recording through
+// halvex-sim --replay on a pseudo-terminal, and every page shows what it
+// showed in the session. How the virtual unit answers from a recording is
+// in tests/sim.
 
 #include <gtest/gtest.h>
 
@@ -18,7 +19,6 @@
 
 #include "protocol/line_recording.h"
 #include "recorder/line_recorder.h"
-#include "sim/replay_unit.h"
 #include "tests/support/console_rig.h"
 #include "tests/support/sim_process.h"
 
@@ -87,85 +87,49 @@ void setUpInTheField(sim::Unit& unit) {
     tell(unit, {0x65, 40, 50});
 }
 
-struct RecordedSession {
-    QString path;
-    QStringList pages;
-};
-
-// Records one session; the pages it showed once online.
-const RecordedSession& session() {
-    static const RecordedSession recorded = [] {
-        static QTemporaryDir folder;
-        RecordedSession out;
-        out.path = folder.filePath(QStringLiteral("field-session.pcapng"));
-        ConsoleRig rig;
-        setUpInTheField(rig.unit);
-        EXPECT_EQ(rig.window->lineRecorder().startRecording(out.path), QString());
-        EXPECT_TRUE(rig.connect());
-        QTest::qWait(100);
-        rig.window->lineRecorder().stopRecording();
-        out.pages = pages(*rig.window);
-        return out;
-    }();
-    return recorded;
-}
-
-std::vector<recording::LineRecord> records(const QString& path) {
-    std::vector<recording::LineRecord> read;
-    std::string warning;
-    EXPECT_EQ(sim::readRecordingFile(path.toStdString(), read, warning), "");
-    return read;
-}
-
 }  // namespace
 
-TEST(Replay, AConsoleComesOnlineAgainstARecordingWithTheSessionsPages) {
-    const RecordedSession& recorded = session();
+TEST(Replay, HalvexSimReplaysARecordingThroughAPseudoTerminalWithTheSessionsPages) {
+    QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("field-session.pcapng"));
+    QStringList recorded;
+    {
+        ConsoleRig rig;
+        setUpInTheField(rig.unit);
+        ASSERT_EQ(rig.window->lineRecorder().startRecording(path), QString());
+        ASSERT_TRUE(rig.connect());
+        QTest::qWait(100);
+        rig.window->lineRecorder().stopRecording();
+        recorded = pages(*rig.window);
+    }
     // The pages are worth comparing: they show the unit's own settings.
-    ASSERT_GT(recorded.pages.size(), 200);
-    EXPECT_TRUE(recorded.pages.filter(QStringLiteral("PresetList="))
+    ASSERT_GT(recorded.size(), 200);
+    EXPECT_TRUE(recorded.filter(QStringLiteral("PresetList="))
                     .join(QString())
                     .contains(QStringLiteral("12.34")));
 
-    sim::ReplayUnit replay(records(recorded.path));
-    std::vector<Message> shown;
-    auto* port = new TestPort(&replay);
-    VornixU window(
-        port,
-        [&shown](QWidget*, const Message& m) {
-            shown.push_back(m);
-            return true;
-        },
-        ConsoleRig::kFastTickMs);
-    window.Form_Load();
-    window.show();
-    QTest::mouseClick(window.findChild<QPushButton*>(QStringLiteral("StartBut")), Qt::LeftButton);
-    ASSERT_TRUE(ConsoleRig::waitFor(
-        [&] { return window.windowTitle().endsWith(QStringLiteral(" Online")); }, 20000));
-    QTest::qWait(100);
-    EXPECT_TRUE(shown.empty());
-    EXPECT_EQ(pages(window), recorded.pages);
-}
-
-TEST(Replay, HalvexSimReplaysARecordingThroughAPseudoTerminal) {
-    const RecordedSession& recorded = session();
-    SimProcess unit({QStringLiteral("--replay"), recorded.path});
+    SimProcess unit({QStringLiteral("--replay"), path});
     ASSERT_FALSE(unit.device().isEmpty());
-
-    QTemporaryDir directory;
     const QString previous = QDir::currentPath();
     QDir::setCurrent(directory.path());
     qputenv("HALVEX_COM1", unit.device().toLocal8Bit());
     {
+        std::vector<Message> shown;
         VornixU window(
-            nullptr, [](QWidget*, const Message&) { return true; }, ConsoleRig::kFastTickMs);
+            nullptr,
+            [&shown](QWidget*, const Message& m) {
+                shown.push_back(m);
+                return true;
+            },
+            ConsoleRig::kFastTickMs);
         window.Form_Load();
         window.show();
         window.findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
         ASSERT_TRUE(ConsoleRig::waitFor(
             [&] { return window.windowTitle().endsWith(QStringLiteral(" Online")); }, 30000));
         QTest::qWait(150);
-        EXPECT_EQ(pages(window), recorded.pages);
+        EXPECT_TRUE(shown.empty());
+        EXPECT_EQ(pages(window), recorded);
     }
     qunsetenv("HALVEX_COM1");
     QDir::setCurrent(previous);
