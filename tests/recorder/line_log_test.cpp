@@ -17,11 +17,12 @@
 #include <QScrollBar>
 #include <QTableView>
 
-#include "protocol/line_recording.h"
 #include "recorder/line_log_window.h"
 #include "recorder/line_recorder.h"
 #include "recorder/line_tap.h"
+#include "sim/replay_unit.h"
 #include "tests/support/console_rig.h"
+#include "tests/support/messages.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/led_display.h"
 
@@ -49,13 +50,6 @@ struct LogRig : ConsoleRig {
     QString cell(int row, int column) {
         return model().data(model().index(row, column), Qt::DisplayRole).toString();
     }
-    QStringList column(int column) {
-        QStringList cells;
-        for (int row = 0; row < model().rowCount(); ++row) {
-            cells << cell(row, column);
-        }
-        return cells;
-    }
     int rowNamed(const QString& name, const QString& fields = {}) {
         for (int row = 0; row < model().rowCount(); ++row) {
             if (cell(row, LineLogModel::Name) == name &&
@@ -78,10 +72,6 @@ struct LogRig : ConsoleRig {
 };
 
 constexpr Byte kHome = vocab::MoveToHome::kCode;
-
-QString hex(Byte code) {
-    return QStringLiteral("%1").arg(code, 2, 16, QLatin1Char('0')).toUpper();
-}
 
 }  // namespace
 
@@ -147,32 +137,23 @@ TEST(LineLog, FollowsPausesTimesShowsFiltersAndCopiesTheSessionsFrames) {
     rig.quieten();
     // Each frame the unit heard is one "→ unit" row, in the same order.
     QStringList sentCodes;
-    QStringList answered;
+    int answered = 0;
     for (int row = 0; row < rig.model().rowCount(); ++row) {
         if (rig.cell(row, LineLogModel::Direction) == QStringLiteral("\u2192 unit")) {
             sentCodes << rig.cell(row, LineLogModel::Code);
-        } else if (rig.cell(row, LineLogModel::Check) == QStringLiteral("good")) {
-            answered << rig.cell(row, LineLogModel::Code);
+        } else {
+            answered += rig.cell(row, LineLogModel::Check) == QStringLiteral("good") ? 1 : 0;
         }
     }
     QStringList heard;
     for (const auto& frame : rig.line.frames()) {
-        heard << hex(frame.message.front());
+        heard << QStringLiteral("%1").arg(frame.message.front(), 2, 16, QLatin1Char('0')).toUpper();
     }
     EXPECT_EQ(sentCodes, heard);
-    EXPECT_EQ(static_cast<std::uint64_t>(answered.size()), rig.unit.framesAnswered());
-
-    // Named and decoded as the operator reads them.
-    EXPECT_GE(rig.rowNamed(QStringLiteral("soft limit"),
-                           QStringLiteral("limit CW; position 170.00\u00B0")),
-              0);
+    EXPECT_EQ(static_cast<std::uint64_t>(answered), rig.unit.framesAnswered());
+    // How a row reads is the model's (line_log_model_test.cpp).
     const int preset = rig.rowNamed(QStringLiteral("preset record"), QStringLiteral("preset 31;"));
     ASSERT_GE(preset, 0);
-    EXPECT_EQ(rig.cell(preset, LineLogModel::Code), QStringLiteral("40"));
-    EXPECT_EQ(rig.cell(preset, LineLogModel::Address), QStringLiteral("0"));
-    EXPECT_TRUE(rig.cell(preset, LineLogModel::Bytes).startsWith(QStringLiteral("06 00 40 1F")));
-    EXPECT_GE(rig.rowNamed(QStringLiteral("jog message")), 0);
-    EXPECT_GE(rig.rowNamed(QStringLiteral("position report"), QStringLiteral("pan 0.00\u00B0")), 0);
 
     // The selected row in full below the table.
     table.selectRow(preset);
@@ -198,9 +179,7 @@ TEST(LineLog, FollowsPausesTimesShowsFiltersAndCopiesTheSessionsFrames) {
     // Filtered from the controls.
     const int all = rig.model().rowCount();
     rig.inLog<QComboBox>("DirectionFilter")->setCurrentIndex(1);  // to unit
-    QStringList directions = rig.column(LineLogModel::Direction);
-    directions.removeDuplicates();
-    EXPECT_EQ(directions, QStringList{QStringLiteral("\u2192 unit")});
+    EXPECT_EQ(rig.model().rowCount(), heard.size());
     rig.inLog<QComboBox>("DirectionFilter")->setCurrentIndex(0);
     auto* code = rig.inLog<QComboBox>("CodeFilter");
     const int presets = code->findData(0x40);
@@ -208,15 +187,11 @@ TEST(LineLog, FollowsPausesTimesShowsFiltersAndCopiesTheSessionsFrames) {
     EXPECT_EQ(code->itemText(presets), QStringLiteral("40  preset request / preset record"));
     code->setCurrentIndex(presets);
     EXPECT_EQ(rig.model().rowCount(), 64);  // 32 requests, 32 records
-    QStringList codes = rig.column(LineLogModel::Code);
-    codes.removeDuplicates();
-    EXPECT_EQ(codes, QStringList{QStringLiteral("40")});
     code->setCurrentIndex(0);
     auto* text = rig.inLog<QLineEdit>("TextFilter");
     QTest::keyClicks(text, QStringLiteral("limit ccw"));
     QTest::keyClick(text, Qt::Key_Return);
-    EXPECT_EQ(rig.column(LineLogModel::Name),
-              (QStringList{QStringLiteral("soft limit request"), QStringLiteral("soft limit")}));
+    EXPECT_EQ(rig.model().rowCount(), 2);  // the request and the reply
     text->clear();
     // Typing waits for a pause before it filters.
     EXPECT_TRUE(ConsoleRig::waitFor([&] { return rig.model().rowCount() == all; }, 2000));
@@ -270,9 +245,6 @@ TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
         rig.window->panTiltPage().PanDesLED->setValue(12.34);
         rig.window->panTiltPage().TiltDesLED->setValue(-5.0);
         rig.click(QStringLiteral("AbsoBut"));
-        const auto& frames = rig.line.frames();
-        ASSERT_TRUE(std::any_of(frames.begin(), frames.end(),
-                                [](const auto& frame) { return frame.message.front() == 0x33; }));
         QTest::qWait(50);
         rig.log()->refreshStatus();
         EXPECT_TRUE(rig.inLog<QLabel>("LineStatus")
@@ -297,21 +269,19 @@ TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
         EXPECT_EQ(rig.shown.back().title, QStringLiteral("Record"));
     }
 
-    QFile file(path);
-    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QByteArray bytes = file.readAll();
-    recording::RecordingReader reader(reinterpret_cast<const Byte*>(bytes.constData()),
-                                      static_cast<std::size_t>(bytes.size()));
-    int records = 0;
-    bool sawMove = false;
-    while (auto next = reader.next()) {
-        ++records;
-        sawMove = sawMove || (next->kind == LineKind::Sent && next->bytes[2] == 0x33 &&
-                              next->bytes[3] == 0xD2 && next->bytes[4] == 0x04);  // 1234
-    }
-    EXPECT_EQ(reader.error(), "");
-    EXPECT_GT(records, 2);
-    EXPECT_TRUE(sawMove);
+    std::vector<recording::LineRecord> read;
+    std::string warning;
+    ASSERT_EQ(sim::readRecordingFile(path.toStdString(), read, warning), "");
+    EXPECT_EQ(warning, "");
+    const auto move =
+        encodeFrame(kStx, 0,
+                    test::message<vocab::AbsoluteMove>(
+                        {{vocab::absolute_move::kPan, 1234}, {vocab::absolute_move::kTilt, -500}}),
+                    0);
+    EXPECT_TRUE(std::any_of(read.begin(), read.end(), [&](const auto& r) {
+        return r.kind == LineKind::Sent && r.bytes == move;
+    }));
+    const int records = static_cast<int>(read.size());
 
     // Opened in a console that never went online.
     LogRig offline;
