@@ -84,19 +84,6 @@ TEST(Timer2, IdleTickRunsTheJogSenderAndBusyTickReleasesTheWaitingFrame) {
     EXPECT_EQ(rig.unit.frames().size(), 1u);
 }
 
-TEST(Watchdog, SilenceAfterAFrameLightsTheFaultAfterAQuarterSecond) {
-    LinkRig rig;
-    rig.state.setLamp(LinkLamp::Good);
-    QElapsedTimer clock;
-    rig.send(kFirmwareRequest);
-    clock.start();
-    EXPECT_FALSE(rig.state.LinkFault);
-    ASSERT_TRUE(waitFor([&] { return static_cast<bool>(rig.state.LinkFault); }));
-    EXPECT_GE(clock.elapsed(), 200);
-    EXPECT_EQ(rig.state.lamp(), LinkLamp::Fault);
-    EXPECT_FALSE(rig.link.Timer4().isActive());
-}
-
 TEST(RangeFault, StopsTheHandlerSendsNothingAndPutsTheFlagBack) {
     LinkRig rig;
     rig.link.Timer2().setInterval(10);
@@ -127,24 +114,7 @@ TEST(RangeFault, StopsTheHandlerSendsNothingAndPutsTheFlagBack) {
     EXPECT_EQ(rig.unit.frames().size(), 1u);
 }
 
-TEST(SendFrame, AFailedWriteDropsTheFrameAndLosesThePort) {
-    LinkRig rig;
-    QString lostReason;
-    QObject::connect(&rig.port, &SerialPort::lost, [&](const QString& why) { lostReason = why; });
-    rig.port.setWriteFails(true);
-    FrameTicket ticket;
-    guarded(rig.state, "test sender", [&] {
-        SendInProgressScope sending(rig.state);
-        rig.state.TxBuffer[0] = v::MoveToCentre::kCode;
-        ticket = finish(rig.link.SendFrame(1));
-    });
-    EXPECT_FALSE(wentOut(ticket));
-    EXPECT_TRUE(rig.lastSent.isEmpty());
-    EXPECT_FALSE(rig.link.Timer4().isActive());  // nothing to wait for a reply to
-    ASSERT_TRUE(waitFor([&] { return !rig.port.isOpen(); }));
-    EXPECT_EQ(lostReason, QStringLiteral("the device went away (writing to it failed)"));
-}
-
+// A write that fails, as the Line Log tells it, is in line_log_test.cpp.
 // What the Line Log is told of each frame the link sends.
 TEST(SendFrame, ReportsEachFrameQueuedWrittenOrDropped) {
     LinkRig rig;
