@@ -6,12 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QAbstractButton>
-#include <QAbstractSlider>
-#include <QComboBox>
-#include <QFile>
-#include <QLabel>
-#include <QLineEdit>
 #include <QListWidget>
 #include <QProcess>
 #include <QPushButton>
@@ -33,34 +27,21 @@ QStringList pages(VornixU& window) {
     QTabWidget& tabs = window.SSTab1();
     for (int page = 0; page < tabs.count(); ++page) {
         for (QWidget* widget : tabs.widget(page)->findChildren<QWidget*>()) {
-            if (widget->objectName().isEmpty()) {
-                continue;
-            }
             QString value;
-            if (auto* label = qobject_cast<QLabel*>(widget)) {
-                value = label->text();
-            } else if (auto* edit = qobject_cast<QLineEdit*>(widget)) {
-                value = edit->text();
-            } else if (auto* list = qobject_cast<QListWidget*>(widget)) {
+            for (const char* property : {"text", "currentText", "value", "checked"}) {
+                value += widget->property(property).toString() + QLatin1Char('|');
+            }
+            if (auto* list = qobject_cast<QListWidget*>(widget)) {
                 for (int row = 0; row < list->count(); ++row) {
                     value += list->item(row)->text() + QLatin1Char('|');
                 }
-            } else if (auto* combo = qobject_cast<QComboBox*>(widget)) {
-                value = combo->currentText();
-            } else if (auto* button = qobject_cast<QAbstractButton*>(widget)) {
-                value = button->text() + (button->isChecked() ? QStringLiteral(" [x]") : QString());
-            } else if (auto* slider = qobject_cast<QAbstractSlider*>(widget)) {
-                value = QString::number(slider->value());
-            } else if (widget->property("value").isValid()) {
-                value = widget->property("value").toString();
-            } else {
-                continue;
             }
-            shown << QStringLiteral("%1/%2=%3 %4")
-                         .arg(page)
-                         .arg(widget->objectName(), value)
-                         .arg(widget->isVisibleTo(tabs.widget(page)) ? QString()
-                                                                     : QStringLiteral("hidden"));
+            if (!widget->objectName().isEmpty() && value != QStringLiteral("||||")) {
+                shown << QStringLiteral("%1/%2=%3 %4")
+                             .arg(page)
+                             .arg(widget->objectName(), value)
+                             .arg(widget->isVisibleTo(tabs.widget(page)));
+            }
         }
     }
     shown.sort();
