@@ -158,7 +158,7 @@ TEST(TcpPort, ACutConnectionIsALostDeviceThatSaysWhyAndLeavesNoBytes) {
 const QByteArray kServerOpening = bytes(
     {kIac, kWill, kSuppressGoAhead, kIac, kDo, kBinary, kIac, kWill, kBinary, kIac, kDo, kComPort});
 
-TEST(Rfc2217Port, TheLineWaitsForThePortSettingsAndCarries0xFFDoubledBothWays) {
+TEST(Rfc2217Port, TheLineWaitsForThePortSettingsAndDoubles0xFF) {
     ScriptedServer server;
     server.greet = [](QTcpSocket& socket) {
         // A server that takes a moment before it answers.
@@ -175,24 +175,14 @@ TEST(Rfc2217Port, TheLineWaitsForThePortSettingsAndCarries0xFFDoubledBothWays) {
     EXPECT_EQ(server.received(),
               bytes({kIac, kWill, kComPort, kIac, kWill, kBinary, kIac, kDo, kBinary}));
 
+    // Then the settings, and the line's bytes with 0xFF doubled. A device
+    // server's side of them, and 0xFF both ways, are checked through ser2net
+    // in tests/connection.
     ASSERT_TRUE(QTest::qWaitFor([&] { return !port.stillConnecting(); }, 3000));
-    writeAll(port, bytes({kFirmware}));
-    QByteArray expected = bytes({kIac, kWill, kComPort, kIac, kWill, kBinary, kIac, kDo, kBinary,
-                                 kIac, kDo, kSuppressGoAhead});
-    expected += bytes({kIac, kSb, kComPort, 1, 0x00, 0x00, 0x96, 0x00, kIac, kSe});
-    expected += bytes({kIac, kSb, kComPort, 2, 8, kIac, kSe, kIac, kSb, kComPort, 3, 1, kIac, kSe});
-    expected += bytes({kIac, kSb, kComPort, 4, 1, kIac, kSe, kIac, kSb, kComPort, 5, 1, kIac, kSe});
-    expected += bytes({kStx, 0xFF, 0xFF, kEtx, kFirmware});
-    ASSERT_TRUE(server.waitForBytes(expected.size()));
-    QTest::qWait(100);
-    EXPECT_EQ(server.received(), expected);
-
-    // From the server: a doubled 0xFF is one data byte, commands are gone.
-    server.send(bytes({kAck, kIac, kIac, kIac, 241, kEtx, kIac, kSb, kComPort, 101, 0x00, 0x00,
-                       0x96, 0x00, kIac, kSe}));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return port.bytesWaiting() == 3; }, 5000));
-    QTest::qWait(50);
-    EXPECT_EQ(waiting(port), bytes({kAck, 0xFF, kEtx}));
+    const QByteArray speed = bytes({kIac, kSb, kComPort, 1, 0x00, 0x00, 0x96, 0x00, kIac, kSe});
+    const QByteArray line = bytes({kStx, 0xFF, 0xFF, kEtx});
+    ASSERT_TRUE(QTest::qWaitFor([&] { return server.received().endsWith(line); }, 5000));
+    EXPECT_EQ(server.received().indexOf(speed), 12);
     EXPECT_EQ(notices.count(), 0) << "the server set what was asked";
 }
 
