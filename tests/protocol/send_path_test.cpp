@@ -37,23 +37,8 @@ std::shared_ptr<std::optional<std::size_t>> framesBeforeTheJogMessage(FastRig& r
 }
 }  // namespace
 
-TEST(SendPath, AHandlerThatRunsInsideAnothersWaitSendsAWholeFrameAfterIt) {
-    FastRig rig;
-    rig.state.UnitId = 1;
-    // The second click lands while the first command waits for its tick.
-    const Wire move = test::message<v::AbsoluteMove>(
-        {{v::absolute_move::kPan, 12345}, {v::absolute_move::kTilt, -9000}});
-    QTimer::singleShot(0, [&] { rig.send(move); });
-    rig.send(kHome);
-    ASSERT_TRUE(waitFor([&] { return rig.unit.frames().size() == 2; }));
-    const Wire first = {kStx, 1, v::MoveToHome::kCode, 1 ^ v::MoveToHome::kCode, kEtx};
-    const Wire second = encodeFrame(kStx, 1, move, 1);
-    EXPECT_EQ(rig.unit.frames()[0].wire, first);
-    EXPECT_EQ(rig.unit.frames()[1].wire, second);
-    // Nothing else went down the line.
-    EXPECT_EQ(rig.unit.wire().size(), first.size() + second.size());
-}
-
+// A command sent inside another's wait is tested on the session, in each
+// long operation (tests/session/send_races_test.cpp).
 TEST(SendPath, ANestedSendKeepsTheOuterSendersHoldOnTheLine) {
     FastRig rig;
     int jogs = 0;
