@@ -33,12 +33,6 @@ void writeAll(SerialPort& port, const QByteArray& data) {
     }
 }
 
-QByteArray waiting(SerialPort& port) {
-    const std::vector<Byte> held = port.peekWaiting();
-    return QByteArray(reinterpret_cast<const char*>(held.data()),
-                      static_cast<qsizetype>(held.size()));
-}
-
 TEST(NetworkDevice, DeviceStringsNameAKindAHostAndAPort) {
     struct Row {
         const char* device;
@@ -109,17 +103,9 @@ TEST(TcpPort, BytesWrittenWhileTheConnectionIsMadeGoOutOnceAndInOrder) {
     EXPECT_EQ(server.received(),
               bytes({kStx, 0, kJog, 0xFF, kEtx, kStx, 0, kFirmware, kFirmware, kEtx}));
 
-    // A reply in two packets waits whole in the port until it is taken.
-    QSignalSpy arrived(&port, &SerialPort::dataArrived);
-    server.send(bytes({kAck, 0, kFirmware}));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return port.bytesWaiting() == 3; }, 5000));
-    server.send(bytes({kFirmware, kEtx, kAck}));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return port.bytesWaiting() == 6; }, 5000));
-    EXPECT_EQ(arrived.count(), 2);
-    port.consume(5);
-    EXPECT_EQ(waiting(port), bytes({kAck}));
+    // A reply in pieces over TCP is read on the connection tests' lines,
+    // given the time a network may hold the pieces apart.
     EXPECT_GT(port.transportPauseMs(), 0);
-
     QSignalSpy closed(&port, &SerialPort::closed);
     port.close();
     EXPECT_EQ(closed.count(), 1);

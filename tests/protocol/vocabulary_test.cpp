@@ -42,16 +42,3 @@ TEST(Vocabulary, AnglesTravelLowByteFirstAndKeepTheirSign) {
     EXPECT_EQ(getSigned(rx, report::kTilt), -8388608);
     EXPECT_EQ(rx[7], 0) << "the field after it is untouched";
 }
-
-TEST(Vocabulary, NamedBitsSetAndClearOneBitEach) {
-    Byte flags = 0;
-    flags = withBit(flags, jog::kStop, true);
-    flags = withBit(flags, jog::kPanCw, true);
-    EXPECT_EQ(flags, 0x82);
-    EXPECT_TRUE(isSet(flags, jog::kStop));
-    EXPECT_FALSE(isSet(flags, jog::kReset));
-    flags = withBit(flags, jog::kStop, false);
-    EXPECT_EQ(flags, 0x80);
-    EXPECT_TRUE(isSet(Byte{0x20}, report::kTarget));
-    EXPECT_FALSE(isSet(Byte{0xDF}, report::kTarget));
-}
