@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <optional>
+
 #include "protocol/line_recording.h"
 
 using namespace halvex;
@@ -30,69 +32,48 @@ class Blocks {
     explicit Blocks(bool bigEndian = false) : big_(bigEndian) {}
 
     Blocks& section(std::uint16_t major = 1) {
-        return block(0x0A0D0D0A, [&](Body& b) {
-            b.u32(0x1A2B3C4D).u16(major).u16(0).u32(0xFFFFFFFF).u32(0xFFFFFFFF);
-        });
+        return block(0x0A0D0D0A, {n(0x1A2B3C4D), n(major, 2), n(0, 2), n(~0u), n(~0u)});
     }
+    // An interface of `linkType`, with the time stamps' resolution if given.
     Blocks& interface(std::uint16_t linkType, int resolution = -1) {
-        return block(1, [&](Body& b) {
-            b.u16(linkType).u16(0).u32(0);
-            if (resolution >= 0) {
-                b.u16(9).u16(1).raw({static_cast<Byte>(resolution), 0, 0, 0});
-                b.u16(0).u16(0);
-            }
-        });
+        const std::vector<Byte> option =
+            resolution < 0
+                ? std::vector<Byte>{}
+                : join({n(9, 2), n(1, 2), {static_cast<Byte>(resolution), 0, 0, 0}, n(0)});
+        return block(1, {n(linkType, 2), n(0, 2), n(0), option});
     }
-    Blocks& packet(std::uint32_t interfaceId, std::uint64_t stamp, const std::vector<Byte>& data,
+    Blocks& packet(std::uint32_t interfaceId, std::uint64_t stamp, std::vector<Byte> data,
                    std::optional<std::uint32_t> flags = std::nullopt) {
-        return block(6, [&](Body& b) {
-            b.u32(interfaceId).u32(static_cast<std::uint32_t>(stamp >> 32));
-            b.u32(static_cast<std::uint32_t>(stamp));
-            b.u32(static_cast<std::uint32_t>(data.size()))
-                .u32(static_cast<std::uint32_t>(data.size()));
-            b.raw(data).pad();
-            if (flags) {
-                b.u16(2).u16(4).u32(*flags).u16(0).u16(0);
-            }
-        });
+        const auto size = static_cast<std::uint32_t>(data.size());
+        data.resize((data.size() + 3) / 4 * 4);
+        return block(6, {n(interfaceId), n(static_cast<std::uint32_t>(stamp >> 32)),
+                         n(static_cast<std::uint32_t>(stamp)), n(size), n(size), data,
+                         flags ? join({n(2, 2), n(4, 2), n(*flags), n(0)}) : std::vector<Byte>{}});
     }
-    Blocks& other(std::uint32_t type) {
-        return block(type, [](Body& b) { b.u32(0x12345678); });
-    }
+    Blocks& other(std::uint32_t type) { return block(type, {n(0x12345678)}); }
     std::vector<Byte> bytes() const { return bytes_; }
 
   private:
-    struct Body {
-        bool big;
-        std::vector<Byte> data;
-        // `size` bytes of `v` in the body's byte order.
-        Body& number(std::uint32_t v, int size) {
-            for (int i = 0; i < size; ++i) {
-                data.push_back(static_cast<Byte>(v >> 8 * (big ? size - 1 - i : i)));
-            }
-            return *this;
+    static std::vector<Byte> join(std::initializer_list<std::vector<Byte>> parts) {
+        std::vector<Byte> out;
+        for (const auto& part : parts) {
+            out.insert(out.end(), part.begin(), part.end());
         }
-        Body& u16(std::uint16_t v) { return number(v, 2); }
-        Body& u32(std::uint32_t v) { return number(v, 4); }
-        Body& raw(const std::vector<Byte>& more) {
-            data.insert(data.end(), more.begin(), more.end());
-            return *this;
+        return out;
+    }
+    // `value` in `size` bytes of the file's byte order.
+    std::vector<Byte> n(std::uint32_t value, int size = 4) const {
+        std::vector<Byte> out;
+        for (int i = 0; i < size; ++i) {
+            out.push_back(static_cast<Byte>(value >> 8 * (big_ ? size - 1 - i : i)));
         }
-        Body& pad() {
-            while (data.size() % 4 != 0) {
-                data.push_back(0);
-            }
-            return *this;
-        }
-    };
-    template <typename Fill>
-    Blocks& block(std::uint32_t type, Fill fill) {
-        Body body{big_, {}};
-        fill(body);
-        Body out{big_, {}};
-        const auto length = static_cast<std::uint32_t>(body.data.size() + 12);
-        out.u32(type).u32(length).raw(body.data).u32(length);
-        bytes_.insert(bytes_.end(), out.data.begin(), out.data.end());
+        return out;
+    }
+    Blocks& block(std::uint32_t type, std::initializer_list<std::vector<Byte>> body) {
+        const std::vector<Byte> inside = join(body);
+        const auto length = static_cast<std::uint32_t>(inside.size() + 12);
+        const auto whole = join({n(type), n(length), inside, n(length)});
+        bytes_.insert(bytes_.end(), whole.begin(), whole.end());
         return *this;
     }
     bool big_;
