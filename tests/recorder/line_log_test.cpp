@@ -61,7 +61,10 @@ struct LogRig : ConsoleRig {
         }
         return -1;
     }
-    bool sawEvent(const QString& text) { return rowWith(LineLogModel::Name, text) >= 0; }
+    // Whether an event with `text` comes within a while.
+    bool seesEvent(const char* text) {
+        return waitFor([&] { return rowWith(LineLogModel::Name, QString::fromUtf8(text)) >= 0; });
+    }
 };
 
 constexpr Byte kHome = vocab::MoveToHome::kCode;
@@ -195,15 +198,13 @@ TEST(LineLog, ShowsTheLinksEventsAmongTheFrames) {
     ASSERT_TRUE(rig.connect());
 
     // A preset number past the table: the decoder's range fault.
-    std::vector<Byte> preset = {0x40, 40, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0};
+    const auto preset = test::message<vocab::PresetRecord>({{vocab::preset_record::kPreset, 40}});
     rig.port->injectIncoming(encodeFrame(kAck, 0, preset, 0));
-    EXPECT_TRUE(
-        ConsoleRig::waitFor([&] { return rig.sawEvent(QStringLiteral("Run-time error")); }));
+    EXPECT_TRUE(rig.seesEvent("Run-time error"));
 
     // The unit falls silent: the watchdog.
     rig.line.setConnected(false);
-    EXPECT_TRUE(ConsoleRig::waitFor(
-        [&] { return rig.sawEvent(QStringLiteral("Watchdog expired: no reply within 250 ms")); }));
+    EXPECT_TRUE(rig.seesEvent("Watchdog expired: no reply within 250 ms"));
 
     // A move waiting for its tick when the device goes away for good.
     rig.line.setConnected(true);
@@ -214,13 +215,10 @@ TEST(LineLog, ShowsTheLinksEventsAmongTheFrames) {
         rig.window->link().Timer2().start();
     });
     rig.click(QStringLiteral("HomeBut"));
-    EXPECT_TRUE(ConsoleRig::waitFor([&] {
-        return rig.sawEvent(
-            QStringLiteral("36 (move to home) not sent: writing to the port failed"));
-    }));
-    EXPECT_TRUE(ConsoleRig::waitFor([&] { return rig.sawEvent(QStringLiteral("Port closed")); }));
-    EXPECT_TRUE(rig.sawEvent(QStringLiteral(
-        " lost: the device went away (writing to it failed). Looking for it again.")));
+    EXPECT_TRUE(rig.seesEvent("36 (move to home) not sent: writing to the port failed"));
+    EXPECT_TRUE(rig.seesEvent("Port closed"));
+    EXPECT_TRUE(
+        rig.seesEvent(" lost: the device went away (writing to it failed). Looking for it again."));
 }
 
 TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
