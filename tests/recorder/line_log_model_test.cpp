@@ -115,36 +115,31 @@ TEST(LineLogModel, FiltersByDirectionCodeAndTextAndNamesEachColumn) {
     EXPECT_EQ(cell(model, 1, LineLogModel::Address), QStringLiteral("1"));
     EXPECT_EQ(cell(model, 1, LineLogModel::Check), QStringLiteral("LRC wrong"));
     EXPECT_EQ(cell(model, 2, LineLogModel::Direction), QStringLiteral("event"));
-    EXPECT_EQ(cell(model, 2, LineLogModel::Name),
-              QStringLiteral("Watchdog expired: no reply within 250 ms"));
     EXPECT_EQ(cell(model, 3, LineLogModel::Check), QStringLiteral("noise"));
 
-    const auto rowsWith = [&model](LineFilter filter) {
-        model.setFilter(filter);
+    using D = LineFilter::Direction;
+    const QString report = QStringLiteral("position report");
+    const QString event = QStringLiteral("Watchdog expired: no reply within 250 ms");
+    const struct {
+        LineFilter filter;
+        QStringList names;
+    } cases[] = {
+        {{D::ToUnit, {}, {}}, {QStringLiteral("preset request")}},
+        {{D::FromUnit, {}, {}}, {report, QStringLiteral("noise")}},
+        {{D::Events, {}, {}}, {event}},
+        {{D::All, 0x31, {}}, {report}},
+        {{D::All, {}, QStringLiteral("WATCHDOG")}, {event}},
+        {{D::All, {}, QStringLiteral("9c ff ff")}, {report}},  // the bytes, any case
+        {{D::All, {}, QStringLiteral("-1.00")}, {report}},
+    };
+    for (const auto& c : cases) {
+        model.setFilter(c.filter);
         QStringList names;
         for (int row = 0; row < model.rowCount(); ++row) {
             names << cell(model, row, LineLogModel::Name);
         }
-        return names;
-    };
-    LineFilter filter;
-    filter.direction = LineFilter::Direction::ToUnit;
-    EXPECT_EQ(rowsWith(filter), QStringList{QStringLiteral("preset request")});
-    filter.direction = LineFilter::Direction::FromUnit;
-    EXPECT_EQ(rowsWith(filter),
-              (QStringList{QStringLiteral("position report"), QStringLiteral("noise")}));
-    filter.direction = LineFilter::Direction::Events;
-    EXPECT_EQ(rowsWith(filter).size(), 1);
-    filter = {};
-    filter.code = 0x31;
-    EXPECT_EQ(rowsWith(filter), QStringList{QStringLiteral("position report")});
-    filter = {};
-    filter.text = QStringLiteral("WATCHDOG");
-    EXPECT_EQ(rowsWith(filter).size(), 1);
-    filter.text = QStringLiteral("9c ff ff");  // the bytes, any case
-    EXPECT_EQ(rowsWith(filter), QStringList{QStringLiteral("position report")});
-    filter.text = QStringLiteral("-1.00");
-    EXPECT_EQ(rowsWith(filter), QStringList{QStringLiteral("position report")});
+        EXPECT_EQ(names, c.names) << c.names.join(' ').toStdString();
+    }
 
     model.setFilter({});
     const QStringList copied = model.rowText(0).split(QLatin1Char('\t'));
