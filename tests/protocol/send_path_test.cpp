@@ -80,6 +80,8 @@ TEST(SendPath, EveryReplyWaitEnds) {
         EXPECT_LT(clock.elapsed(), Link::kWatchdogMs + 400);
         EXPECT_FALSE(rig.state.SendInProgress);
         EXPECT_EQ(static_cast<bool>(rig.state.LinkFault), c.leastMs > 0);
+        // A reply in time stops the watchdog.
+        EXPECT_FALSE(c.answered && rig.link.Timer4().isActive());
     }
 }
 
