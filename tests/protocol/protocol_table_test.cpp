@@ -189,11 +189,6 @@ TEST(FrameDescription, ReadsEscapesAndChecksTheLrcAgainstTheFramesAddress) {
     // The same reply with its LRC made for another unit does not add up.
     const FrameDescription wrong = describeFrame(encodeFrame(kAck, 3, test::sample(kEtx), 1));
     EXPECT_FALSE(wrong.lrcMatchesAddress);
-
-    // Direction comes from the start byte.
-    const auto firmware = v::blank<v::FirmwareRequest>();
-    EXPECT_EQ(describeFrame(command(1, firmware)).direction, Direction::ToUnit);
-    EXPECT_EQ(describeFrame(reply(1, firmware)).direction, Direction::FromUnit);
 }
 
 TEST(FrameDescription, NeverFailsOnOddBytes) {

@@ -176,9 +176,7 @@ TEST(Wireshark, HalvexRecordsTheLineFromTheStart) {
     const std::vector<QStringList> packets = dissect(path, &errors);
     ASSERT_GE(packets.size(), 4u) << errors.toStdString();
     EXPECT_EQ(packets[0][Name], QStringLiteral("jog message"));
-    EXPECT_EQ(packets[0][Direction], QStringLiteral("1"));
     EXPECT_EQ(packets[1][Name], QStringLiteral("position report"));
-    EXPECT_EQ(packets[1][Direction], QStringLiteral("2"));
 
     // Handed a file it cannot write, the console says so and does not start.
     QProcess refused;
