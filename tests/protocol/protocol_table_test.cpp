@@ -56,49 +56,31 @@ bool hasReadRequest(Byte code) {
     return false;
 }
 
-FrameDescription describeMessage(Direction direction, const std::vector<Byte>& message) {
-    return describeFrame(encodeFrame(direction == Direction::ToUnit ? kStx : kAck, 0, message, 0));
-}
-
-// Each message as the vocabulary builds it, at its full length: the table
-// knows its code in its direction and finds every field in it, and so for
-// a reply under every code that is answered with it.
-template <Direction D, class... M>
+// Each reply as the vocabulary builds it, at its full length: the table
+// knows its code and finds every field in it, and so under every code that
+// is answered with it.
+template <class... M>
 void expectEachFillsItsLayout() {
     (
         [] {
-            const FrameDescription frame = describeMessage(D, v::blank<M>());
+            const FrameDescription frame = describeFrame(reply(0, v::blank<M>()));
             EXPECT_FALSE(frame.shortPayload) << frame.summary();
             EXPECT_NE(frame.name, "unknown code") << std::hex << int(M::kCode);
-            for (const Byte code :
-                 D == Direction::FromUnit ? replyCodesNamed(frame.name) : std::vector<Byte>{}) {
-                const FrameDescription other = describeMessage(D, under(code, v::blank<M>()));
+            for (const Byte code : replyCodesNamed(frame.name)) {
+                const FrameDescription other = describeFrame(reply(0, under(code, v::blank<M>())));
                 EXPECT_EQ(other.name, frame.name) << std::hex << int(code);
                 EXPECT_FALSE(other.shortPayload) << other.summary();
             }
         }(),
         ...);
 }
-
 }  // namespace
 
 TEST(ProtocolTable, EveryMessageOfTheVocabularyFillsItsLayout) {
+    // Commands are held at their shortest, below (the unit's commands).
     expectEachFillsItsLayout<
-        Direction::ToUnit, v::JogMessage, v::GoToPreset, v::AbsoluteMove, v::DeltaMove,
-        v::MoveToCentre, v::MoveToHome, v::AbsoluteMoveWithLenses, v::PresetRequest, v::StorePreset,
-        v::StoreCurrentPosition, v::AddLensPositions, v::ClearAllPresets, v::ExecuteTour,
-        v::ClearTour, v::TourStepRequest, v::AppendTourStep, v::InsertTourStep, v::DeleteTourStep,
-        v::ReplaceTourStep, v::TourStepCountRequest, v::CameraLines, v::LensConfiguration,
-        v::CameraTransmit, v::CameraTimeouts, v::LegacyVideo, v::VideoConfiguration, v::AuxOutputs,
-        v::AngleDisplay, v::NameDisplay, v::SiteName, v::SetAngleOffsets, v::AlignToCentre,
-        v::AlignToCoordinates, v::ZeroOffsets, v::OffsetsRequest, v::SoftLimit, v::CentreRequest,
-        v::SetCentre, v::EncoderAlignment, v::HomingCycle, v::RampRequest, v::Rates, v::MinimumPair,
-        v::TiltSettings, v::Directions, v::CommTimeout, v::Heater, v::MaximaRequest, v::MaximumPair,
-        v::FirmwareRequest, v::TopSpeeds, v::UnitAddress, v::PanSteps, v::TiltSteps,
-        v::DiagnosticsRequest, v::Encoders>();
-    expectEachFillsItsLayout<
-        Direction::FromUnit, v::PresetRecord, v::ClearAllPresets, v::TourStarted, v::TourCleared,
-        v::TourStep, v::TourStepCount, v::CameraLines, v::LensConfiguration, v::CameraTransmitDone,
+        v::PresetRecord, v::ClearAllPresets, v::TourStarted, v::TourCleared, v::TourStep,
+        v::TourStepCount, v::CameraLines, v::LensConfiguration, v::CameraTransmitDone,
         v::CameraTimeouts, v::LegacyVideo, v::VideoConfiguration, v::AuxOutputs, v::AngleDisplay,
         v::NameDisplay, v::SiteNameStored, v::AngleOffsets, v::SoftLimitReply, v::CentrePosition,
         v::EncoderAlignmentFinished, v::HomingCycleFinished, v::Ramps, v::RatesReply,
@@ -108,11 +90,9 @@ TEST(ProtocolTable, EveryMessageOfTheVocabularyFillsItsLayout) {
     // The position report has no code of its own; the jog message's carries
     // the cameras' counts too.
     for (const Byte code : replyCodesNamed("position report")) {
-        const FrameDescription frame =
-            describeMessage(Direction::FromUnit, test::report(code, {},
-                                                              code == v::JogMessage::kCode
-                                                                  ? v::PositionReport::kJogLength
-                                                                  : v::PositionReport::kLength));
+        const int length = code == v::JogMessage::kCode ? v::PositionReport::kJogLength
+                                                        : v::PositionReport::kLength;
+        const FrameDescription frame = describeFrame(reply(0, test::report(code, {}, length)));
         EXPECT_EQ(frame.name, "position report");
         EXPECT_FALSE(frame.shortPayload) << frame.summary();
     }
