@@ -192,6 +192,11 @@ TEST(Rfc2217Port, AServerThatRefusesOrIgnoresThePortSettingsIsToldOnceAndStillCa
         // Said twice, told once.
         {"keeps seven data bits", bytes({kIac, kDo, kComPort}) + sevenDataBits, sevenDataBits, 9600,
          QStringLiteral("the device server keeps a character format other than 8/N/1")},
+        {"keeps even parity",
+         bytes({kIac, kDo, kComPort, kIac, kSb, kComPort, 103, 3, kIac, kSe}),
+         {},
+         9600,
+         QStringLiteral("a character format other than 8/N/1")},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
