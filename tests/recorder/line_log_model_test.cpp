@@ -29,6 +29,13 @@ LineRecord receivedReport(std::int64_t timeUs = 0, Verdict verdict = Verdict::Go
             encodeFrame(kAck, 1, {0x31, 0x9C, 0xFF, 0xFF, 0, 0, 0, 0, 0, 0, 1, 2, 3, 4, 0, 0}, 1)};
 }
 
+// Preset requests for `first` to `last` - 1, or as many for preset `only`.
+void sendPresets(LineLogModel& model, int first, int last, int only = -1) {
+    for (int i = first; i < last; ++i) {
+        model.append(sentPreset(only < 0 ? i : only));
+    }
+}
+
 QString cell(const LineLogModel& model, int row, int column) {
     return model.data(model.index(row, column), Qt::DisplayRole).toString();
 }
@@ -37,9 +44,7 @@ QString cell(const LineLogModel& model, int row, int column) {
 
 TEST(LineLogModel, KeepsOnlyTheNewestRecordsAndShowsThemInBatchesOrHoldsThemWhilePaused) {
     LineLogModel model(50);
-    for (int i = 0; i < 30; ++i) {
-        model.append(sentPreset(i));
-    }
+    sendPresets(model, 0, 30);
     // Nothing shows before the batch: a burst is one update of the view.
     EXPECT_EQ(model.rowCount(), 0);
     int inserts = 0;
@@ -48,9 +53,7 @@ TEST(LineLogModel, KeepsOnlyTheNewestRecordsAndShowsThemInBatchesOrHoldsThemWhil
     EXPECT_EQ(model.rowCount(), 30);
     EXPECT_EQ(inserts, 1);
 
-    for (int i = 30; i < 120; ++i) {
-        model.append(sentPreset(i % 256));
-    }
+    sendPresets(model, 30, 120);
     model.flush();
     EXPECT_EQ(model.kept(), 50u);
     ASSERT_EQ(model.rowCount(), 50);
@@ -62,15 +65,11 @@ TEST(LineLogModel, KeepsOnlyTheNewestRecordsAndShowsThemInBatchesOrHoldsThemWhil
     odd.text = QStringLiteral("preset 1");  // 100..119 and nothing else kept
     model.setFilter(odd);
     EXPECT_EQ(model.rowCount(), 20);
-    for (int i = 0; i < 10; ++i) {
-        model.append(sentPreset(200));
-    }
+    sendPresets(model, 0, 10, 200);
     model.flush();
     EXPECT_EQ(model.kept(), 50u);
     EXPECT_EQ(model.rowCount(), 20);  // 200s do not pass; 70..79 left, none of them shown
-    for (int i = 0; i < 35; ++i) {
-        model.append(sentPreset(7));
-    }
+    sendPresets(model, 0, 35, 7);
     model.flush();
     // Only 5 of the 100s survive the 35 newer records.
     EXPECT_EQ(model.rowCount(), 5);
@@ -85,9 +84,7 @@ TEST(LineLogModel, KeepsOnlyTheNewestRecordsAndShowsThemInBatchesOrHoldsThemWhil
     model.append(sentPreset(1));
     model.flush();
     model.setPaused(true);
-    for (int i = 0; i < 65; ++i) {
-        model.append(sentPreset(i));
-    }
+    sendPresets(model, 0, 65);
     model.flush();
     EXPECT_EQ(model.rowCount(), 1);
     EXPECT_EQ(model.waiting(), 50u);
