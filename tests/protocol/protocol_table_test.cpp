@@ -11,7 +11,6 @@
 using namespace halvex;
 using namespace halvex::table;
 namespace v = halvex::vocab;
-namespace jog = halvex::vocab::jog;
 namespace report = halvex::vocab::report;
 
 namespace {
