@@ -7,6 +7,7 @@
 #include "recorder/latency_meter.h"
 #include "recorder/line_log_model.h"
 #include "recorder/line_log_window.h"
+#include "recorder/line_recorder.h"
 
 #include <QFontDatabase>
 #include <QTableView>
@@ -180,6 +181,10 @@ TEST(LatencyMeter, MatchesRepliesToFramesOfTheirCodeAndTakesPercentiles) {
     EXPECT_DOUBLE_EQ(figures.p99Ms, 99.0);
     // Older than the window: gone.
     EXPECT_EQ(meter.frameToReply(now + LatencyMeter::kWindowUs + 30'000'000).count, 0);
+    // As the status bar says them: tenths only below 10 ms.
+    EXPECT_EQ(figuresText(figures), QStringLiteral("p50 50 ms, p99 99 ms (100)"));
+    EXPECT_EQ(figuresText({2, 2.5, 10.0}), QStringLiteral("p50 2.5 ms, p99 10 ms (2)"));
+    EXPECT_EQ(figuresText({}), QStringLiteral("none yet"));
 }
 
 namespace {
