@@ -104,6 +104,10 @@ TEST(CameraLists, ListFilesLoadAListAndPickCommandsPerCamera) {
     rig.pick("CamTypeCombo_0", "Say hello");
     EXPECT_EQ(rig.text("TXBox_0"), "hello there");
     rig.expect("AscOp1_0");
+    // The operator choosing hex clears it as well.
+    cr->setChecked(true);
+    rig.at<QRadioButton>("HexOp1_0")->click();
+    EXPECT_FALSE(cr->isChecked());
 
     // Camera 2 has a list of its own; only the exact "H" means hex.
     rig.press("CamTypeBut_1");
