@@ -125,7 +125,8 @@ TEST(JogBox, TargetIsTheCentredSquareOfAnOblongWidget) {
 }
 
 // 40 by 121 pixels: 120 pixel rows for the 120 units, the rest line on row 60.
-// Its natural size and what a press there sends are checked on the camera page.
+// Its natural size and what a press there sends are checked on the camera
+// page, and how it looks idle, with its "+" and "-" signs, by its pictures.
 TEST(LensJogBox, RowsAreUnitsAndDragsOutsideAreReported) {
     LensJogBox box;
     std::vector<Report> reports;
@@ -136,6 +137,7 @@ TEST(LensJogBox, RowsAreUnitsAndDragsOutsideAreReported) {
     clickAt(box, {0, 0});
     clickAt(box, {39, 120});
     QTest::mousePress(&box, Qt::LeftButton, Qt::NoModifier, {20, 30});
+    const QImage held = box.grab().toImage();
     QTest::mouseMove(&box, {45, 30});
     QTest::mouseMove(&box, {20, -10});
     QTest::mouseRelease(&box, Qt::LeftButton, Qt::NoModifier, {20, 90});
@@ -147,6 +149,14 @@ TEST(LensJogBox, RowsAreUnitsAndDragsOutsideAreReported) {
     EXPECT_EQ(reports[6].buttons, Qt::MouseButtons(Qt::LeftButton));
     EXPECT_EQ(reports[7].kind, Report::Release);
     EXPECT_FALSE(box.pointerHeld());
+    // The held pointer's line runs the whole width of the track, inside its
+    // outline, at the pointer's row.
+    const auto amber = [&held](int x, int y) { return isAmber(held.pixelColor(x, y)); };
+    const int row = amber(20, 29) ? 29 : 30;  // the two-pixel line's upper row
+    for (int x = 0; x <= 39; ++x) {
+        EXPECT_EQ(amber(x, row), x >= 2 && x <= 37) << x;
+    }
+    EXPECT_FALSE(amber(20, row - 2) || amber(20, row + 3));
 
     box.resize(39, 481);
     EXPECT_EQ(box.toUnits({19, 480}).y(), LensJogBox::kUnitHeight);
@@ -155,63 +165,6 @@ TEST(LensJogBox, RowsAreUnitsAndDragsOutsideAreReported) {
         box.resize(size);
         EXPECT_FALSE(box.grab().isNull());
     }
-}
-
-// Light pixels of the lens box's "+" and "-" signs in a band across its
-// middle column, `from` to `to` rows: the longest light run across and down.
-struct Strokes {
-    int across = 0;
-    int down = 0;
-};
-Strokes strokesIn(const QImage& image, int from, int to) {
-    const auto light = [&image](int x, int y) { return image.pixelColor(x, y).value() > 150; };
-    const int middle = image.width() / 2;
-    Strokes found;
-    for (int y = from; y < to; ++y) {
-        int run = 0;
-        for (int x = middle - 8; x <= middle + 8; ++x) {
-            run = light(x, y) ? run + 1 : 0;
-            found.across = std::max(found.across, run);
-        }
-    }
-    for (int x = middle - 1; x <= middle + 1; ++x) {
-        int run = 0;
-        for (int y = from; y < to; ++y) {
-            run = light(x, y) ? run + 1 : 0;
-            found.down = std::max(found.down, run);
-        }
-    }
-    return found;
-}
-
-// "+" marks the top end and "-" the bottom; the held pointer's line runs the
-// whole width of the track, inside its outline, at the pointer's row.
-TEST(LensJogBox, SignsMarkTheEndsAndTheHeldPointerLineSpansTheTrack) {
-    LensJogBox box;
-    box.resize(40, 121);
-    box.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&box));
-    const QImage idle = box.grab().toImage();
-    const Strokes top = strokesIn(idle, 2, 30);
-    const Strokes bottom = strokesIn(idle, 91, 119);
-    EXPECT_GE(top.across, 6);
-    EXPECT_GE(top.down, 6);
-    EXPECT_GE(bottom.across, 6);
-    EXPECT_LE(bottom.down, 4);
-
-    QTest::mousePress(&box, Qt::LeftButton, Qt::NoModifier, {20, 30});
-    const QImage image = box.grab().toImage();
-    QTest::mouseRelease(&box, Qt::LeftButton, Qt::NoModifier, {20, 30});
-    const auto amber = [&image](int x, int y) { return isAmber(image.pixelColor(x, y)); };
-    const int row = amber(20, 29) ? 29 : 30;  // the two-pixel line's upper row
-    for (int x = 2; x <= 37; ++x) {
-        EXPECT_TRUE(amber(x, row)) << x;
-    }
-    for (int x : {0, 1, 38, 39}) {
-        EXPECT_FALSE(amber(x, row)) << "the outline at " << x;
-    }
-    EXPECT_FALSE(amber(20, row - 2));
-    EXPECT_FALSE(amber(20, row + 3));
 }
 
 }  // namespace
