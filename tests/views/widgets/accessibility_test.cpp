@@ -15,71 +15,66 @@
 using namespace halvex;
 
 namespace {
-QAccessibleInterface* accessibleOf(QWidget& widget) {
-    return QAccessible::queryAccessibleInterface(&widget);
+// A widget's name and value as a screen reader hears them.
+std::string heard(QWidget& widget) {
+    QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(&widget);
+    return accessible == nullptr
+               ? "nothing"
+               : (accessible->text(QAccessible::Name) + ": " + accessible->text(QAccessible::Value))
+                     .toStdString();
+}
+
+// Least, greatest and current number of a widget that has them.
+std::vector<double> numbers(QWidget& widget) {
+    QAccessibleValueInterface* value =
+        QAccessible::queryAccessibleInterface(&widget)->valueInterface();
+    if (value == nullptr) {
+        return {};
+    }
+    return {value->minimumValue().toDouble(), value->maximumValue().toDouble(),
+            value->currentValue().toDouble()};
 }
 }  // namespace
 
-TEST(WidgetAccessibility, ReadOutsTellTheirNameAndTheirNumber) {
+TEST(WidgetAccessibility, ReadOutsLampsAndPadsTellTheirNameAndValue) {
     installWidgetAccessibility();  // before the first widget, as the main window does
     LedDisplay led;
     led.setObjectName(QStringLiteral("PanPosLED"));
     led.setAccessibleName(QStringLiteral("Current pan"));
     led.setDecimals(2);
     led.setValue(-12.5);
-    QAccessibleInterface* accessible = accessibleOf(led);
-    ASSERT_NE(accessible, nullptr);
-    EXPECT_EQ(accessible->text(QAccessible::Name), QStringLiteral("Current pan"));
-    EXPECT_EQ(accessible->text(QAccessible::Value), QStringLiteral("-12.50"));
-    ASSERT_NE(accessible->valueInterface(), nullptr);
-    EXPECT_EQ(accessible->valueInterface()->currentValue().toDouble(), -12.5);
+    EXPECT_EQ(heard(led), "Current pan: -12.50");
+    ASSERT_EQ(numbers(led).size(), 3u);
+    EXPECT_EQ(numbers(led)[2], -12.5);
 
     PanGauge gauge;
-    gauge.setObjectName(QStringLiteral("Gauge"));
+    gauge.setObjectName(QStringLiteral("Gauge"));  // no other name
     gauge.setMinimum(-170);
     gauge.setMaximum(170);
     gauge.setValue(45.25);
-    accessible = accessibleOf(gauge);
-    ASSERT_NE(accessible, nullptr);
-    EXPECT_EQ(accessible->text(QAccessible::Name), QStringLiteral("Gauge"));  // no other name
-    EXPECT_EQ(accessible->text(QAccessible::Value), QStringLiteral("pan 45.25 degrees"));
-    ASSERT_NE(accessible->valueInterface(), nullptr);
-    EXPECT_EQ(accessible->valueInterface()->minimumValue().toDouble(), -170.0);
-    EXPECT_EQ(accessible->valueInterface()->maximumValue().toDouble(), 170.0);
-    EXPECT_EQ(accessible->valueInterface()->currentValue().toDouble(), 45.25);
-}
+    EXPECT_EQ(heard(gauge), "Gauge: pan 45.25 degrees");
+    EXPECT_EQ(numbers(gauge), (std::vector<double>{-170.0, 170.0, 45.25}));
 
-TEST(WidgetAccessibility, LampsTellLitOrOffAndJogBoxesTheSpeedsSent) {
-    installWidgetAccessibility();
     StatusLamp lamp;
     lamp.setToolTip(QStringLiteral("Pan fault"));
-    QAccessibleInterface* accessible = accessibleOf(lamp);
-    ASSERT_NE(accessible, nullptr);
-    EXPECT_EQ(accessible->text(QAccessible::Name), QStringLiteral("Pan fault"));
-    EXPECT_EQ(accessible->role(), QAccessible::Indicator);
-    lamp.setColor(QColor(0x60, 0x00, 0x00));
-    EXPECT_EQ(accessible->text(QAccessible::Value), QStringLiteral("off"));
-    lamp.setColor(Qt::red);
-    EXPECT_EQ(accessible->text(QAccessible::Value), QStringLiteral("on, red"));
-    lamp.setColor(Qt::green);
-    EXPECT_EQ(accessible->text(QAccessible::Value), QStringLiteral("on, green"));
-    EXPECT_EQ(accessible->valueInterface(), nullptr);  // a lamp has no number
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&lamp)->role(), QAccessible::Indicator);
+    const std::pair<QColor, const char*> lamps[] = {{QColor(0x60, 0x00, 0x00), "Pan fault: off"},
+                                                    {Qt::red, "Pan fault: on, red"},
+                                                    {Qt::green, "Pan fault: on, green"}};
+    for (const auto& [colour, said] : lamps) {
+        lamp.setColor(colour);
+        EXPECT_EQ(heard(lamp), said);
+    }
+    EXPECT_TRUE(numbers(lamp).empty());  // a lamp has no number
 
     JogBox jog;
-    accessible = accessibleOf(jog);
-    ASSERT_NE(accessible, nullptr);
-    EXPECT_EQ(accessible->text(QAccessible::Value), QStringLiteral("pan 0, tilt 0"));
+    EXPECT_EQ(heard(jog), ": pan 0, tilt 0");
     jog.setJogVector(QPointF(-1.0, 96.0 / 255.0));
-    EXPECT_EQ(accessible->text(QAccessible::Value), QStringLiteral("pan 255 left, tilt 96 up"));
-    EXPECT_TRUE(jog.focusPolicy() & Qt::TabFocus);
-
+    EXPECT_EQ(heard(jog), ": pan 255 left, tilt 96 up");
     LensJogBox lens;
     lens.setAccessibleName(QStringLiteral("Zoom 1"));
-    accessible = accessibleOf(lens);
-    ASSERT_NE(accessible, nullptr);
-    EXPECT_EQ(accessible->text(QAccessible::Name), QStringLiteral("Zoom 1"));
-    EXPECT_EQ(accessible->text(QAccessible::Value), QStringLiteral("at rest"));
-    EXPECT_TRUE(lens.focusPolicy() & Qt::TabFocus);
+    EXPECT_EQ(heard(lens), "Zoom 1: at rest");
+    EXPECT_TRUE((jog.focusPolicy() & Qt::TabFocus) && (lens.focusPolicy() & Qt::TabFocus));
 }
 
 TEST(WidgetAccessibility, EveryReadOutLampAndPadOfThePagesHasASpokenName) {
@@ -87,10 +82,8 @@ TEST(WidgetAccessibility, EveryReadOutLampAndPadOfThePagesHasASpokenName) {
     PanTiltPage panTilt;
     CameraPage camera;
     panTilt.PanPosLED->setValue(12.34);
-    QAccessibleInterface* current = QAccessible::queryAccessibleInterface(panTilt.PanPosLED);
-    ASSERT_NE(current, nullptr);
-    EXPECT_EQ(current->text(QAccessible::Name), QStringLiteral("Current pan"));
-    EXPECT_EQ(current->text(QAccessible::Value), panTilt.PanPosLED->text().trimmed());
+    EXPECT_EQ(heard(*panTilt.PanPosLED),
+              "Current pan: " + panTilt.PanPosLED->text().trimmed().toStdString());
     for (QWidget* page : std::initializer_list<QWidget*>{&panTilt, &camera}) {
         for (QWidget* widget : page->findChildren<QWidget*>()) {
             if (qobject_cast<LedDisplay*>(widget) == nullptr &&
