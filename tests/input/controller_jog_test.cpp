@@ -88,10 +88,10 @@ TEST_F(ControllerJogTest, ButtonsPressTheConsolesButtonsOncePerPress) {
     const bool wasLow = panLow->isChecked();
 
     pad.button(SDL_CONTROLLER_BUTTON_START, true);
-    EXPECT_TRUE(rig().sends(0x36));  // Move To Home
+    EXPECT_TRUE(rig().sends({0x36}));  // Move To Home
     pad.button(SDL_CONTROLLER_BUTTON_START, false);
     pad.button(SDL_CONTROLLER_BUTTON_BACK, true);
-    EXPECT_TRUE(rig().sends(0x35));  // Move To Physical Center
+    EXPECT_TRUE(rig().sends({0x35}));  // Move To Physical Center
     pad.button(SDL_CONTROLLER_BUTTON_BACK, false);
 
     Session& session = rig().window->session();
@@ -125,14 +125,9 @@ TEST_F(ControllerJogTest, ButtonsPressTheConsolesButtonsOncePerPress) {
     // Stop, or leaving the page: a stick held through it has to come back to
     // the centre before it steers again. Stop sets the stop bit on the next
     // jog message.
-    bool stopBitSent = false;
-    rig().line.onFrame = [&](const RecordingPeer::Frame& frame) {
-        stopBitSent = stopBitSent || (frame.message[0] == 0x31 && (frame.message[1] & 0x02) != 0);
-    };
     const std::function<void()> stops[] = {
         [&] {
-            pad.button(SDL_CONTROLLER_BUTTON_B, true);
-            EXPECT_TRUE(ConsoleRig::waitFor([&] { return stopBitSent; }));
+            EXPECT_TRUE(rig().stopsAfter([&] { pad.button(SDL_CONTROLLER_BUTTON_B, true); }));
             pad.button(SDL_CONTROLLER_BUTTON_B, false);
         },
         [&] {
@@ -149,7 +144,6 @@ TEST_F(ControllerJogTest, ButtonsPressTheConsolesButtonsOncePerPress) {
         pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 0);
         rig().nextJog();
     }
-    rig().line.onFrame = nullptr;
     pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 32767);
     EXPECT_EQ(rig().nextMotion()[0], 255);
 }
@@ -177,10 +171,7 @@ TEST_F(ControllerJogTest, AJoystickWithoutAControllerMappingPansAndTiltsWithItsS
     rig().controller().setPreferredDevice(guid);
     rig().line.clear();
     stick.button(2, true);
-    EXPECT_TRUE(ConsoleRig::waitFor([&] {
-        const auto sent = rig().line.messages(false);
-        return std::find(sent.begin(), sent.end(), Message_{0x32, 4}) != sent.end();
-    }));
+    EXPECT_TRUE(rig().sends({0x32, 4}));
     stick.button(2, false);
     userSettings()->remove(QStringLiteral("Input/Mapping-") + guid);
     rig().controller().setPreferredDevice(QString());

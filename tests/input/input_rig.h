@@ -82,13 +82,27 @@ struct InputRig : ConsoleRig {
         }
         return {jog[2], jog[3], jog[1] & 0xC0};
     }
-    // A request (not a jog message) with this code sent within a while.
-    bool sends(Byte code) {
+    // A request (not a jog message) that starts with these bytes sent
+    // within a while.
+    bool sends(const Message_& start) {
         return waitFor([&] {
-            return std::ranges::any_of(line.messages(false), [code](const auto& message) {
-                return message.at(0) == code;
+            return std::ranges::any_of(line.messages(false), [&start](const Message_& message) {
+                return message.size() >= start.size() &&
+                       std::equal(start.begin(), start.end(), message.begin());
             });
         });
+    }
+    // Whether a jog message with the stop bit goes out while `act` runs and
+    // within a while after.
+    bool stopsAfter(const std::function<void()>& act) {
+        bool sent = false;
+        line.onFrame = [&sent](const RecordingPeer::Frame& frame) {
+            sent = sent || (frame.message[0] == 0x31 && (frame.message[1] & 0x02) != 0);
+        };
+        act();
+        const bool stopped = waitFor([&sent] { return sent; });
+        line.onFrame = nullptr;
+        return stopped;
     }
     ControllerJog& controller() { return *window->input().controller; }
     bool usesDevice() {

@@ -105,14 +105,7 @@ TEST_F(InputSettingsTest, OkPutsTheMappingToWorkAndKeepsItForTheDevice) {
     EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{255, 0, 0x00}));  // right is now CCW
     pad->axis(SDL_CONTROLLER_AXIS_LEFTX, 0);
     pad->button(SDL_CONTROLLER_BUTTON_A, true);
-    EXPECT_TRUE(ConsoleRig::waitFor([&] {
-        for (const auto& message : rig().line.messages(false)) {
-            if (message == Message_{0x32, 3}) {
-                return true;
-            }
-        }
-        return false;
-    }));
+    EXPECT_TRUE(rig().sends({0x32, 3}));
     QTest::keyPress(rig().window.get(), Qt::Key_Right);
     EXPECT_EQ(rig().nextMotion()[0], 50);
     QTest::keyRelease(rig().window.get(), Qt::Key_Right);
