@@ -11,8 +11,8 @@
 #include <QTest>
 #include <cmath>
 
-#include "protocol/frame.h"
 #include "protocol/vocabulary.h"
+#include "sim/frame_assembler.h"
 #include "tests/support/sim_process.h"
 
 namespace halvex::testing {
@@ -28,22 +28,13 @@ quint16 freePort() {
 // The messages (code first) of the frames the unit received, from its -v log.
 std::vector<std::vector<Byte>> receivedMessages(const QString& log) {
     std::vector<std::vector<Byte>> messages;
+    sim::FrameAssembler frames(
+        [&messages](const sim::ConsoleFrame& frame) { messages.push_back(frame.message); });
     for (const QString& line : log.split('\n')) {
-        if (!line.startsWith(QStringLiteral("in "))) {
-            continue;
-        }
-        const QStringList hex = line.mid(3).split(' ', Qt::SkipEmptyParts);
-        std::vector<Byte> message;
-        // Start byte and address first; the LRC and end byte last.
-        for (int i = 2; i + 2 < hex.size(); ++i) {
-            Byte value = static_cast<Byte>(hex[i].toUInt(nullptr, 16));
-            if (value == kEsc && i + 3 < hex.size()) {
-                value = unstuffed(static_cast<Byte>(hex[++i].toUInt(nullptr, 16)));
-            }
-            message.push_back(value);
-        }
-        if (!message.empty()) {
-            messages.push_back(message);
+        if (line.startsWith(QStringLiteral("in "))) {
+            const QByteArray wire = QByteArray::fromHex(line.mid(3).toLatin1());
+            frames.feed(reinterpret_cast<const Byte*>(wire.constData()),
+                        static_cast<std::size_t>(wire.size()));
         }
     }
     return messages;
