@@ -2,10 +2,14 @@
 
 #include <SDL_gamecontroller.h>
 
+#include <QFile>
+#include <QTemporaryDir>
 #include <cmath>
 #include <map>
+#include <sstream>
 
 #include "input/controller_mapping.h"
+#include "input/mapping_settings.h"
 
 using namespace halvex;
 
@@ -59,4 +63,102 @@ TEST(PlainJoystickMapping, OnlyTheStickMovesTheThrottleNever) {
     EXPECT_EQ(demand.tilt, (AxisDemand{255, true}));  // pushed forward: up
     EXPECT_EQ(demand.lens, (std::array<Byte, 4>{}));
     EXPECT_TRUE(plainJoystickMapping().buttons.empty());
+}
+
+namespace {
+struct ScratchSettings {
+    QTemporaryDir folder;
+    QSettings settings{folder.filePath(QStringLiteral("halvex.conf")), QSettings::IniFormat};
+};
+
+// Every field of a mapping on one line: axis -> target dead zone/curve, and
+// button -> action preset.
+std::string fields(const ControllerMapping& mapping) {
+    std::ostringstream out;
+    for (const AxisBinding& a : mapping.axes) {
+        out << "axis " << a.axis << "->" << static_cast<int>(a.target) << " " << a.response.deadZone
+            << "/" << a.response.curve << (a.response.invert ? "i" : "") << "; ";
+    }
+    for (const ButtonBinding& b : mapping.buttons) {
+        out << "button " << b.button << "->" << static_cast<int>(b.action) << " " << b.preset
+            << "; ";
+    }
+    return out.str();
+}
+}  // namespace
+
+TEST(MappingSettings, AMappingReadsBackAsSavedForItsOwnDeviceOnly) {
+    ScratchSettings scratch;
+    const QString guid = QStringLiteral("03000000de280000ff11000001000000");
+    EXPECT_FALSE(loadMapping(scratch.settings, guid));
+    ControllerMapping mapping;
+    mapping.axes = {{3, JogAxis::Focus2, AxisResponse{0.3, 1.5, true}},
+                    {0, JogAxis::Pan, AxisResponse{}}};
+    mapping.buttons = {{7, ButtonAction::GoToPreset, 9}, {1, ButtonAction::Stop, 0}};
+    saveMapping(scratch.settings, guid, mapping);
+    const std::optional<ControllerMapping> back = loadMapping(scratch.settings, guid);
+    ASSERT_TRUE(back);
+    EXPECT_EQ(fields(*back), fields(mapping));
+    EXPECT_FALSE(loadMapping(scratch.settings, QStringLiteral("0300000000000000")));
+
+    // A mapping with everything taken off stays empty, not the standard one.
+    saveMapping(scratch.settings, guid, {});
+    EXPECT_EQ(fields(loadMapping(scratch.settings, guid).value_or(mapping)), "");
+}
+
+TEST(MappingSettings, ValuesEditedOutOfRangeAreBroughtIntoIt) {
+    ScratchSettings scratch;
+    const std::pair<const char*, QVariant> edited[] = {
+        {"Axes/size", 1},         {"Axes/1/Axis", -4},     {"Axes/1/Target", 99},
+        {"Axes/1/DeadZone", 7},   {"Axes/1/Curve", "x"},   {"Buttons/size", 1},
+        {"Buttons/1/Action", -1}, {"Buttons/1/Preset", 40}};
+    for (const auto& [key, value] : edited) {
+        scratch.settings.setValue(QStringLiteral("Input/Mapping-abc/") + QLatin1String(key), value);
+    }
+    const std::optional<ControllerMapping> mapping = loadMapping(scratch.settings, "abc");
+    ASSERT_TRUE(mapping);
+    EXPECT_EQ(fields(*mapping), "axis 0->5 0.95/0.2; button 0->0 9; ");
+}
+
+// The mapping fuzzer's first case is a settings file as the console writes
+// it: an older file keeps reading the same, and the fuzzer starts from a
+// mapping that loads.
+TEST(MappingSettings, AFileAsTheConsoleWritesItReadsAsItsMapping) {
+    QSettings file(QStringLiteral(HALVEX_FUZZ_CASES "/input-mapping-corpus/standard.ini"),
+                   QSettings::IniFormat);
+    const std::optional<ControllerMapping> mapping = loadMapping(file, QStringLiteral("fuzz"));
+    ASSERT_TRUE(mapping);
+    EXPECT_EQ(fields(*mapping),
+              "axis 0->0 0.15/2; axis 1->1 0.2/1.5i; axis 3->2 0.1/2; button 0->7 3; ");
+    ScratchSettings scratch;
+    saveMapping(scratch.settings, QStringLiteral("fuzz"), *mapping);
+    scratch.settings.sync();
+    QFile written(scratch.settings.fileName());
+    QFile kept(file.fileName());
+    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
+    EXPECT_EQ(written.readAll(), kept.readAll()) << "the console writes it differently now";
+}
+
+// A damaged file once claimed 755555555555555555 buttons and the console
+// filled its memory making room for them; the file is kept with the fuzzer's
+// cases.
+TEST(MappingSettings, AListSizeFromADamagedFileDoesNotDecideTheMemoryTaken) {
+    QSettings damaged(
+        QStringLiteral(HALVEX_FUZZ_CASES "/input-mapping-regressions/list-size-past-memory.ini"),
+        QSettings::IniFormat);
+    const std::optional<ControllerMapping> read = loadMapping(damaged, QStringLiteral("fuzz"));
+    ASSERT_TRUE(read);
+    EXPECT_LE(read->buttons.size(), 64u);
+
+    ScratchSettings scratch;
+    scratch.settings.setValue(QStringLiteral("Input/Mapping-big/Axes/size"), 2000000000);
+    scratch.settings.setValue(QStringLiteral("Input/Mapping-big/Axes/1/Target"), 1);
+    scratch.settings.setValue(QStringLiteral("Input/Mapping-big/Buttons/size"), 1000000);
+    const std::optional<ControllerMapping> big =
+        loadMapping(scratch.settings, QStringLiteral("big"));
+    ASSERT_TRUE(big);
+    ASSERT_EQ(big->axes.size(), 64u) << "a long list is cut short, not thrown away";
+    EXPECT_EQ(big->axes[0].target, JogAxis::Tilt);
+    EXPECT_EQ(big->buttons.size(), 64u);
 }
