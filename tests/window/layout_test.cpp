@@ -40,13 +40,10 @@ bool isControl(const QWidget* w) {
 }
 
 QString nameOf(const QWidget* w) {
-    if (!w->objectName().isEmpty()) {
-        return w->objectName();
-    }
-    const auto* label = qobject_cast<const QLabel*>(w);
-    const auto* button = qobject_cast<const QAbstractButton*>(w);
-    const QString text = label ? label->text() : button ? button->text() : QString();
-    return QStringLiteral("%1 \"%2\"").arg(QLatin1String(w->metaObject()->className()), text);
+    return !w->objectName().isEmpty() ? w->objectName()
+                                      : QStringLiteral("%1 \"%2\"")
+                                            .arg(QLatin1String(w->metaObject()->className()),
+                                                 w->property("text").toString());
 }
 
 // The controls an operator sees in the window: shown, and not a part of
@@ -54,15 +51,11 @@ QString nameOf(const QWidget* w) {
 std::vector<QWidget*> visibleControls(QWidget& window) {
     std::vector<QWidget*> controls;
     for (QWidget* w : window.findChildren<QWidget*>()) {
-        if (w->isWindow() || !w->isVisibleTo(&window) || !isControl(w)) {
-            continue;
-        }
         bool part = false;
-        for (QWidget* up = w->parentWidget(); up != &window && up != nullptr;
-             up = up->parentWidget()) {
+        for (QWidget* up = w->parentWidget(); up != &window; up = up->parentWidget()) {
             part = part || isControl(up);
         }
-        if (!part) {
+        if (!w->isWindow() && w->isVisibleTo(&window) && isControl(w) && !part) {
             controls.push_back(w);
         }
     }
@@ -86,8 +79,8 @@ QRect inView(const QWidget* w, const QWidget& window) {
 // a button, check box or option button beside its picture or indicator.
 QRect captionRoom(const QWidget* w) {
     if (const auto* label = qobject_cast<const QLabel*>(w)) {
-        return label->contentsRect().adjusted(label->margin(), label->margin(), -label->margin(),
-                                              -label->margin());
+        const int m = label->margin();
+        return label->contentsRect().marginsRemoved(QMargins(m, m, m, m));
     }
     const auto* button = qobject_cast<const QAbstractButton*>(w);
     QStyleOptionButton option;
@@ -95,14 +88,12 @@ QRect captionRoom(const QWidget* w) {
     option.text = button->text();
     option.icon = button->icon();
     option.iconSize = button->iconSize();
-    if (qobject_cast<const QCheckBox*>(w) != nullptr) {
-        return w->style()->subElementRect(QStyle::SE_CheckBoxContents, &option, w);
-    }
-    if (qobject_cast<const QRadioButton*>(w) != nullptr) {
-        return w->style()->subElementRect(QStyle::SE_RadioButtonContents, &option, w);
-    }
-    QRect room = w->style()->subElementRect(QStyle::SE_PushButtonContents, &option, w);
-    if (!button->icon().isNull()) {
+    const QStyle::SubElement contents =
+        qobject_cast<const QCheckBox*>(w) != nullptr      ? QStyle::SE_CheckBoxContents
+        : qobject_cast<const QRadioButton*>(w) != nullptr ? QStyle::SE_RadioButtonContents
+                                                          : QStyle::SE_PushButtonContents;
+    QRect room = w->style()->subElementRect(contents, &option, w);
+    if (contents == QStyle::SE_PushButtonContents && !button->icon().isNull()) {
         room.setLeft(room.left() + button->iconSize().width() + 4);
     }
     return room;
@@ -118,18 +109,15 @@ bool captionCut(const QWidget* w) {
     }
     const auto* label = qobject_cast<const QLabel*>(w);
     const auto* button = qobject_cast<const QAbstractButton*>(w);
-    if ((label == nullptr || label->wordWrap()) &&
-        (button == nullptr || qobject_cast<const QToolButton*>(w) != nullptr)) {
-        return false;
-    }
-    const QString caption = label != nullptr ? label->text() : button->text();
-    if (caption.isEmpty()) {
+    const QString caption = w->property("text").toString().remove(QLatin1Char('&'));
+    const bool exempt = (label == nullptr || label->wordWrap()) &&
+                        (button == nullptr || qobject_cast<const QToolButton*>(w) != nullptr);
+    if (caption.isEmpty() || exempt) {
         return false;
     }
     const QFontMetrics metrics(w->font());
     const QRect room = captionRoom(w);
-    return metrics.horizontalAdvance(QString(caption).remove(QLatin1Char('&'))) > room.width() ||
-           metrics.height() > room.height();
+    return metrics.horizontalAdvance(caption) > room.width() || metrics.height() > room.height();
 }
 
 void checkInView(VornixU& window, const QString& where) {
@@ -202,19 +190,24 @@ TEST_F(SmallScreen, FactoryControlsFitOnceTheAccessCodeUncoversThem) {
 // The labels whose text follows `scroll`: those that change when it moves.
 std::vector<QLabel*> readoutsOf(QScrollBar* scroll, QWidget& window) {
     const QList<QLabel*> labels = window.findChildren<QLabel*>();
-    QStringList before;
-    for (const QLabel* label : labels) {
-        before << label->text();
-    }
+    const auto texts = [&labels] {
+        QStringList all;
+        for (const QLabel* label : labels) {
+            all << label->text();
+        }
+        return all;
+    };
+    const QStringList before = texts();
     const int was = scroll->value();
     scroll->setValue(was < scroll->maximum() ? was + 1 : was - 1);
+    const QStringList after = texts();
+    scroll->setValue(was);
     std::vector<QLabel*> changed;
     for (qsizetype i = 0; i < labels.size(); ++i) {
-        if (labels[i]->text() != before[i]) {
+        if (after[i] != before[i]) {
             changed.push_back(labels[i]);
         }
     }
-    scroll->setValue(was);
     return changed;
 }
 
@@ -231,18 +224,16 @@ TEST(ScrollBars, EachReadOutSitsJustRightOfItsScrollBar) {
             if (scroll->objectName().isEmpty() || !scroll->isVisibleTo(rig.window.get())) {
                 continue;  // a list's own bars
             }
+            SCOPED_TRACE(scroll->objectName().toStdString());
             const QRect bar = inWindow(scroll, *rig.window);
             const std::vector<QLabel*> readouts = readoutsOf(scroll, *rig.window);
-            EXPECT_FALSE(readouts.empty()) << scroll->objectName().toStdString();
+            EXPECT_FALSE(readouts.empty());
             for (const QLabel* readout : readouts) {
                 const QRect place = inWindow(readout, *rig.window);
-                EXPECT_TRUE(place.center().y() >= bar.top() && place.center().y() <= bar.bottom())
-                    << readout->objectName().toStdString() << " is not on the row of "
-                    << scroll->objectName().toStdString();
-                const int gap = place.left() - bar.right();
-                EXPECT_TRUE(gap > 0 && gap <= 24)
-                    << readout->objectName().toStdString() << " is " << gap << " pixels from "
-                    << scroll->objectName().toStdString();
+                const int gap = place.left() - bar.right();  // on its row, just right of it
+                EXPECT_TRUE(place.center().y() >= bar.top() && place.center().y() <= bar.bottom() &&
+                            gap > 0 && gap <= 24)
+                    << readout->objectName().toStdString() << " is " << gap << " pixels right";
             }
             ++checked;
         }
