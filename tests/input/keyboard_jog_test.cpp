@@ -105,54 +105,46 @@ TEST_F(KeyboardJogTest, KeysTypedIntoATextFieldDoNotJog) {
     delete field;
 }
 
-TEST_F(KeyboardJogTest, LosingTheWindowStopsAndAReleaseElsewhereLeavesNothingMoving) {
-    press(Qt::Key_Right);
-    ASSERT_GT(rig().nextMotion()[0], 0);
+// Another window, a modal box or another page takes the keys: a held arrow
+// stops, arrows meant for them do not jog, and an arrow let go meanwhile
+// leaves nothing moving once the keys are back.
+TEST_F(KeyboardJogTest, WhatTakesTheKeysAwayStopsTheJog) {
     QWidget other;
-    other.show();
-    other.activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(&other));
-    EXPECT_TRUE(stopped(rig().nextMotion()));
-    QTest::keyRelease(&other, Qt::Key_Right);  // the release goes to the other window
-    other.close();
-    rig().window->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(window()));
-    EXPECT_TRUE(stopped(rig().nextMotion()));
-    EXPECT_TRUE(stopped(rig().nextMotion()));
-    // A fresh press jogs again.
-    press(Qt::Key_Left);
-    EXPECT_GT(rig().nextMotion()[0], 0);
-}
-
-TEST_F(KeyboardJogTest, AModalBoxStopsTheJog) {
-    press(Qt::Key_Up);
-    ASSERT_GT(rig().nextMotion()[1], 0);
     QMessageBox box(QMessageBox::Warning, QStringLiteral("Box"), QStringLiteral("Modal"),
                     QMessageBox::Ok, window());
     box.setWindowModality(Qt::ApplicationModal);
-    box.open();
-    EXPECT_TRUE(stopped(rig().nextMotion()));
-    press(Qt::Key_Up);  // keys meant for the box do not jog
-    EXPECT_TRUE(stopped(rig().nextMotion()));
-    box.close();
-}
-
-TEST_F(KeyboardJogTest, LeavingThePageOrGoingOfflineStopsTheJog) {
-    press(Qt::Key_Down);
-    ASSERT_GT(rig().nextMotion()[1], 0);
-    rig().window->SSTab1().setCurrentIndex(2);
-    EXPECT_TRUE(stopped(rig().nextMotion()));
-    press(Qt::Key_Down);  // arrows on another page are that page's
-    EXPECT_TRUE(stopped(rig().nextMotion()));
-    rig().window->SSTab1().setCurrentIndex(0);
-    release(Qt::Key_Down);
-
+    for (QWidget* to : {&other, static_cast<QWidget*>(&box), static_cast<QWidget*>(nullptr)}) {
+        press(Qt::Key_Down);
+        ASSERT_GT(rig().nextMotion()[1], 0);
+        if (to == nullptr) {
+            rig().window->SSTab1().setCurrentIndex(2);
+        } else {
+            to->show();
+            to->activateWindow();
+            ASSERT_TRUE(to == &box || QTest::qWaitForWindowActive(to));
+        }
+        EXPECT_TRUE(stopped(rig().nextMotion()));
+        // Keys meant for the other window, the box or the page do not jog.
+        QWidget* keys = to == &other ? &other : window();
+        QTest::keyPress(keys, Qt::Key_Down);
+        EXPECT_TRUE(stopped(rig().nextMotion()));
+        QTest::keyRelease(keys, Qt::Key_Down);
+        to == nullptr ? rig().window->SSTab1().setCurrentIndex(0) : static_cast<void>(to->close());
+        rig().window->activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(window()));
+        EXPECT_TRUE(stopped(rig().nextMotion()));
+        EXPECT_TRUE(stopped(rig().nextMotion()));
+    }
+    // Offline, nothing jogs; back online, the key must be pressed again.
     press(Qt::Key_Down);
     ASSERT_GT(rig().nextMotion()[1], 0);
     rig().window->state().Online = false;
     EXPECT_EQ(rig().window->jogState().TiltJogSpeed, 0);
     rig().window->state().Online = true;
     EXPECT_TRUE(stopped(rig().nextMotion()));
+    release(Qt::Key_Down);
+    press(Qt::Key_Left);  // a fresh press jogs again
+    EXPECT_GT(rig().nextMotion()[0], 0);
 }
 
 TEST_F(KeyboardJogTest, NetworkMovesAreRefusedWhileTheOperatorJogs) {
