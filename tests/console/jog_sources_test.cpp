@@ -7,15 +7,11 @@
 using namespace halvex;
 
 namespace {
-JogDemand panAt(Byte speed, bool clockwise) {
+// A demand for pan and tilt, each a speed and its way (clockwise, up).
+JogDemand demand(AxisDemand pan, AxisDemand tilt = {}) {
     JogDemand demand;
-    demand.pan = {speed, clockwise};
-    return demand;
-}
-
-JogDemand tiltAt(Byte speed, bool up) {
-    JogDemand demand;
-    demand.tilt = {speed, up};
+    demand.pan = pan;
+    demand.tilt = tilt;
     return demand;
 }
 
@@ -29,14 +25,14 @@ struct Sources : ::testing::Test {
 };
 }  // namespace
 
-TEST_F(Sources, TheSourceThatStartedLastSteersAndLettingGoHandsBack) {
-    sources.apply(JogSource::Controller, panAt(200, true));
+TEST_F(Sources, TheSourceThatStartedLastSteersLettingGoHandsBackAndAnAxisAtRestKeepsItsWay) {
+    sources.apply(JogSource::Controller, demand({200, true}));
     EXPECT_EQ(speeds(), "200R 0D");
-    sources.apply(JogSource::Keyboard, tiltAt(96, true));
+    sources.apply(JogSource::Keyboard, demand({}, {96, true}));
     EXPECT_EQ(speeds(), "0R 96U");
     EXPECT_EQ(sources.owner(), JogSource::Keyboard);
     // The stick moving on under the keys changes nothing while the keys steer.
-    sources.apply(JogSource::Controller, panAt(150, false));
+    sources.apply(JogSource::Controller, demand({150, false}));
     EXPECT_EQ(speeds(), "0R 96U");
     // Letting the keys go hands the platform back to the stick, as it is now.
     sources.release(JogSource::Keyboard);
@@ -45,13 +41,10 @@ TEST_F(Sources, TheSourceThatStartedLastSteersAndLettingGoHandsBack) {
     sources.release(JogSource::Controller);
     EXPECT_EQ(speeds(), "0L 0U");
     EXPECT_FALSE(sources.operatorJogging());
-}
 
-TEST_F(Sources, AnAxisAtRestKeepsItsDirectionAndIdleSourcesWriteNothing) {
-    sources.apply(JogSource::Box, panAt(40, true));
-    JogDemand centred;
-    centred.tilt = {30, false};  // pan on its centre line: no direction
-    sources.apply(JogSource::Box, centred);
+    // An axis at rest keeps its direction.
+    sources.apply(JogSource::Box, demand({40, true}));
+    sources.apply(JogSource::Box, demand({}, {30, false}));  // pan on its centre line
     EXPECT_EQ(speeds(), "0R 30D");
     // A source at rest that was not steering leaves the state alone.
     sources.release(JogSource::Controller);
@@ -61,21 +54,21 @@ TEST_F(Sources, AnAxisAtRestKeepsItsDirectionAndIdleSourcesWriteNothing) {
 TEST_F(Sources, AStopHoldsEverySourceUntilItComesBackToRest) {
     QSignalSpy stopped(&sources, &JogSources::stopped);
     QSignalSpy owners(&sources, &JogSources::ownerChanged);
-    sources.apply(JogSource::Controller, panAt(255, true));
+    sources.apply(JogSource::Controller, demand({255, true}));
     sources.stopAll();
     EXPECT_EQ(speeds(), "0R 0D");
     EXPECT_EQ(stopped.count(), 1);
     EXPECT_FALSE(sources.owner());
     // The stick still pushed after the stop does not start the platform again.
-    sources.apply(JogSource::Controller, panAt(255, true));
+    sources.apply(JogSource::Controller, demand({255, true}));
     EXPECT_EQ(speeds(), "0R 0D");
     // Another source that was at rest may steer at once.
-    sources.apply(JogSource::Keyboard, tiltAt(24, false));
+    sources.apply(JogSource::Keyboard, demand({}, {24, false}));
     EXPECT_EQ(speeds(), "0R 24D");
     sources.release(JogSource::Keyboard);
     // Back at the centre, the stick steers again.
     sources.release(JogSource::Controller);
-    sources.apply(JogSource::Controller, panAt(10, false));
+    sources.apply(JogSource::Controller, demand({10, false}));
     EXPECT_EQ(speeds(), "10L 0D");
     ASSERT_GE(owners.count(), 4);
     EXPECT_EQ(owners.first().at(0).value<std::optional<JogSource>>(), JogSource::Controller);
@@ -91,15 +84,13 @@ TEST_F(Sources, LensBytesFromASourceEndWithItButTheLensBoxesKeepTheirs) {
     // A lens box held on the Camera page writes its own byte; a pan from the
     // jog box must not clear it.
     jog.LensJogSpeeds[3] = 77;
-    sources.apply(JogSource::Box, panAt(5, true));
+    sources.apply(JogSource::Box, demand({5, true}));
     sources.release(JogSource::Box);
     EXPECT_EQ(jog.LensJogSpeeds[3], 77);
 }
 
 TEST(LensJogByte, CarriesTheSpeedDoubledWithTheWayInItsLowBit) {
-    EXPECT_EQ(lensJogByte(0), 0);
-    EXPECT_EQ(lensJogByte(1), 3);
-    EXPECT_EQ(lensJogByte(-1), 2);
-    EXPECT_EQ(lensJogByte(127), 255);
-    EXPECT_EQ(lensJogByte(-500), 254);
+    for (const auto& [speed, byte] : {std::pair{0, 0}, {1, 3}, {-1, 2}, {127, 255}, {-500, 254}}) {
+        EXPECT_EQ(lensJogByte(speed), byte) << speed;
+    }
 }
