@@ -1,13 +1,17 @@
-// The display widgets: a value to ticks, angle, text and pixels.
+// The display widgets: a value to ticks, angle, text and pixels. How they
+// look by night is held by the Pan/Tilt page's night picture.
 
 #include <gtest/gtest.h>
 
+#include <QBitmap>
 #include <QImage>
+#include <QRegion>
 #include <QSignalSpy>
 #include <cmath>
 #include <limits>
 
 #include "views/widgets/gauge_scale.h"
+#include "views/widgets/lamp_pictures.h"
 #include "views/widgets/led_display.h"
 #include "views/widgets/pan_gauge.h"
 #include "views/widgets/status_lamp.h"
@@ -178,6 +182,39 @@ TEST(StatusLamp, RoundBodyIsDrawnInTheLampColour) {
     for (QSize size : {QSize(0, 0), QSize(1, 1), QSize(500, 500)}) {
         lamp.resize(size);
         lamp.grab();  // an invalid colour at any size, even none, draws without a crash
+    }
+}
+
+// Pixels of the lamp's rim on the middle row, left of the centre, neither
+// clear nor solid: one or two where it is drawn at that size, more where a
+// smaller picture was blown up.
+int softEdge(const QPixmap& pixmap) {
+    const QImage image = pixmap.toImage().convertToFormat(QImage::Format_ARGB32);
+    const int row = image.height() / 2;
+    int soft = 0;
+    for (int x = 0; x < image.width() / 2; ++x) {
+        const int alpha = qAlpha(image.pixel(x, row));
+        soft += alpha > 0 && alpha < 255 ? 1 : 0;
+    }
+    return soft;
+}
+
+TEST(LinkLamp, IsDrawnSharpAtEveryScaleAndRoundInTheMiddleOfItsSquare) {
+    for (const QIcon& lamp : {goodLinkPicture(), faultLinkPicture(), idleLinkPicture()}) {
+        for (const qreal scale : {1.0, 1.25, 1.5, 2.0, 4.0}) {
+            SCOPED_TRACE(scale);
+            const QPixmap pixmap = lamp.pixmap(QSize(24, 24), scale);
+            EXPECT_EQ(pixmap.size(), QSize(24, 24) * scale);
+            EXPECT_LE(softEdge(pixmap), 2);
+        }
+    }
+    // A round lamp in the middle of its square, a tenth of the side clear
+    // all round.
+    const QImage square = goodLinkPicture().pixmap(50).toImage();
+    const QRect lit = QRegion(QBitmap::fromImage(square.createAlphaMask(Qt::ThresholdAlphaDither)))
+                          .boundingRect();
+    for (const int clear : {lit.left(), lit.top(), 49 - lit.right(), 49 - lit.bottom()}) {
+        EXPECT_NEAR(clear, 5, 1);
     }
 }
 
