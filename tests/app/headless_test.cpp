@@ -40,61 +40,44 @@ std::vector<std::vector<Byte>> receivedMessages(const QString& log) {
     return messages;
 }
 
-class HeadlessTest : public ::testing::Test {
-  protected:
-    void SetUp() override {
-        rotctlProgram = QStandardPaths::findExecutable(QStringLiteral("rotctl"));
-        if (rotctlProgram.isEmpty()) {
-            GTEST_SKIP() << "rotctl is not installed (Debian package libhamlib-utils)";
-        }
-        ASSERT_FALSE(sim.device().isEmpty());
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
-            environment.remove(QString::fromLatin1(name));
-        }
-        console.setProcessEnvironment(environment);
-        console.start(QStringLiteral(HALVEX_PATH),
-                      {QStringLiteral("--headless"), QStringLiteral("--port"), sim.device(),
-                       QStringLiteral("--rotctld"), QString::number(port)});
-        ASSERT_TRUE(console.waitForStarted(5000));
+TEST(Headless, GoesOnlineWithoutADisplayRotctlPointsTheUnitAndSigtermStopsIt) {
+    const QString rotctlProgram = QStandardPaths::findExecutable(QStringLiteral("rotctl"));
+    if (rotctlProgram.isEmpty()) {
+        GTEST_SKIP() << "rotctl is not installed (Debian package libhamlib-utils)";
     }
-    void TearDown() override {
-        if (console.state() != QProcess::NotRunning) {
-            console.kill();
-            console.waitForFinished(3000);
-        }
+    SimProcess sim{{QStringLiteral("-v")}};
+    ASSERT_FALSE(sim.device().isEmpty());
+    const quint16 port = freePort();
+    QProcess console;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        environment.remove(QString::fromLatin1(name));
     }
-
-    const QString& said() {
-        said_ += QString::fromLocal8Bit(console.readAllStandardError());
-        return said_;
-    }
-
+    console.setProcessEnvironment(environment);
+    console.start(QStringLiteral(HALVEX_PATH),
+                  {QStringLiteral("--headless"), QStringLiteral("--port"), sim.device(),
+                   QStringLiteral("--rotctld"), QString::number(port)});
+    ASSERT_TRUE(console.waitForStarted(5000));
+    QString said_;
+    const auto said = [&]() -> const QString& {
+        return said_ += QString::fromLocal8Bit(console.readAllStandardError());
+    };
     // rotctl's exit status and what it printed.
-    std::pair<int, QStringList> rotctl(const QStringList& commands) {
+    const auto rotctl = [&](const QStringList& commands) {
         QProcess process;
         process.start(
             rotctlProgram,
             QStringList{"-m", "2", "-r", QStringLiteral("127.0.0.1:%1").arg(port)} + commands);
         process.waitForFinished(8000);
         const QString out = QString::fromUtf8(process.readAllStandardOutput());
-        return {process.exitCode(), out.split('\n', Qt::SkipEmptyParts)};
-    }
-
-    bool pointsAt(double azimuth, double elevation) {
+        return std::pair(process.exitCode(), out.split('\n', Qt::SkipEmptyParts));
+    };
+    const auto pointsAt = [&](double azimuth, double elevation) {
         const auto [status, lines] = rotctl({"p"});
         return status == 0 && lines.size() == 2 && std::abs(lines[0].toDouble() - azimuth) < 0.01 &&
                std::abs(lines[1].toDouble() - elevation) < 0.01;
-    }
+    };
 
-    QString rotctlProgram;
-    SimProcess sim{{QStringLiteral("-v")}};
-    quint16 port = freePort();
-    QProcess console;
-    QString said_;
-};
-
-TEST_F(HeadlessTest, GoesOnlineWithoutADisplayRotctlPointsTheUnitAndSigtermStopsIt) {
     ASSERT_TRUE(QTest::qWaitFor([&] { return said().contains(QStringLiteral(" Online")); }, 15000))
         << said().toStdString();
     EXPECT_TRUE(said().contains(QStringLiteral("network control on 127.0.0.1 port %1").arg(port)));
