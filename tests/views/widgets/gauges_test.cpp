@@ -136,48 +136,28 @@ TEST(LedDisplay, ShowsTheValueWithItsDecimalsAndFieldWidth) {
     EXPECT_EQ(spy.count(), 2);
 }
 
-// Whether some pixel is exactly that colour, i.e. something was drawn in it.
-bool showsColour(const QImage& image, const QColor& colour) {
-    const QImage rgb = image.convertToFormat(QImage::Format_RGB32);
-    const auto* first = reinterpret_cast<const QRgb*>(rgb.constBits());
-    const auto* last = first + rgb.width() * rgb.height();
-    return std::find(first, last, colour.rgb()) != last;
-}
-
-TEST(LedDisplay, DrawsLitDigitsInTheChosenColourAtAnySize) {
+// The digits' and lamps' colours are held by the pages' pictures.
+TEST(LedDisplay, DrawsEachNewValueAtAnySize) {
     LedDisplay led;
     led.resize(led.sizeHint());
     led.setValue(11.11);
     const QImage ones = led.grab().toImage();
     led.setValue(88.88);
     EXPECT_NE(led.grab().toImage(), ones);  // a new value is drawn, not the last one kept
-    EXPECT_TRUE(showsColour(led.grab().toImage(), led.digitColor()));
-    const QColor amber(255, 176, 0);
-    EXPECT_FALSE(showsColour(led.grab().toImage(), amber));
-    led.setDigitColor(amber);
-    EXPECT_TRUE(showsColour(led.grab().toImage(), amber));
-    led.setValue(1e300);  // hundreds of digits squeezed into the panel
+    led.setValue(1e300);                    // hundreds of digits squeezed into the panel
     for (QSize size : {QSize(1, 1), QSize(60, 2), QSize(1600, 400)}) {
         led.resize(size);
         EXPECT_FALSE(led.grab().isNull());
     }
 }
 
-TEST(StatusLamp, RoundBodyIsDrawnInTheLampColour) {
+TEST(StatusLamp, TheEndsOfAWideLampLieOutsideItsRoundBody) {
     StatusLamp lamp;
-    lamp.resize(40, 40);
-    const auto body = [&lamp] { return lamp.grab().toImage().pixelColor(20, 26); };
-    lamp.setColor(QColor(255, 0, 0));
-    EXPECT_GT(body().red(), 200);
-    EXPECT_LT(body().green(), 80);
-
-    // The far ends of a wide widget lie outside the round lamp.
     lamp.setColor(QColor(0, 255, 0));
     lamp.resize(120, 20);
     const QImage image = lamp.grab().toImage();
     EXPECT_NE(image.pixelColor(2, 10), image.pixelColor(60, 12));
     EXPECT_EQ(image.pixelColor(2, 10), image.pixelColor(117, 10));
-
     lamp.setColor(QColor());
     for (QSize size : {QSize(0, 0), QSize(1, 1), QSize(500, 500)}) {
         lamp.resize(size);
