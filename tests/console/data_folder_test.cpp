@@ -15,21 +15,17 @@ TEST(DataFolder, PrefersDataBesideTheProgramThenTheInstalledShareFolder) {
         QStringList folders;  // likewise
         QString expected;     // the folder dataFolderFor("bin") should name
     };
+    // clang-format off
     const Layout layouts[] = {
         {"installed copy", {"bin/halvex", "share/halvex/PTZ.CCL"}, {}, "share/halvex"},
-        {"control list beside the program wins", {"bin/PTZ.CCL"}, {"share/halvex"}, "bin"},
-        {"help in lower case beside the program wins", {"bin/help.rtf"}, {"share/halvex"}, "bin"},
-        {"other files do not count",
-         {"bin/HALVEX.BIN", "bin/notes.txt"},
-         {"share/halvex"},
-         "share/halvex"},
-        {"a folder named like a help file does not count",
-         {},
-         {"bin/OLD.RTF", "share/halvex"},
-         "share/halvex"},
+        {"control list beside the program", {"bin/PTZ.CCL"}, {"share/halvex"}, "bin"},
+        {"help in lower case beside it", {"bin/help.rtf"}, {"share/halvex"}, "bin"},
+        {"other files do not count", {"bin/HALVEX.BIN", "bin/notes.txt"}, {"share/halvex"}, "share/halvex"},
+        {"nor a folder named like help", {}, {"bin/OLD.RTF", "share/halvex"}, "share/halvex"},
         {"nothing anywhere", {}, {"bin"}, "bin"},
         {"share/halvex that is a file", {"share/halvex"}, {"bin"}, "bin"},
     };
+    // clang-format on
     for (const auto& layout : layouts) {
         QTemporaryDir top;
         ASSERT_TRUE(top.isValid());

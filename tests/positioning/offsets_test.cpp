@@ -101,8 +101,8 @@ TEST(OffsetReadings, ReadButtonsSendBareRequestsAndRepliesFillTheReadouts) {
     using Readings = v::encoder_alignment_finished;
     namespace h = v::homing_cycle_finished;
     // Setting the centre is answered with the centre under its own code.
-    Message_ centreSet = message<v::CentrePosition>({{Centre::kPan, 1}});
-    centreSet[0] = v::SetCentre::kCode;
+    const Message_ centreSet =
+        test::withCode<v::SetCentre>(message<v::CentrePosition>({{Centre::kPan, 1}}));
     const auto homing = [](std::initializer_list<v::Bit<v::HomingCycleFinished>> found) {
         return test::withBits(message<v::HomingCycleFinished>({{h::kPan, 16}, {h::kTilt, 32}}),
                               found);
@@ -128,7 +128,6 @@ TEST(OffsetReadings, ReadButtonsSendBareRequestsAndRepliesFillTheReadouts) {
     EXPECT_FLOAT_EQ(rig.led("TiltCorLED")->value(), -10.0f);
 
     // "CL" clears its own LED and sends nothing.
-    EXPECT_EQ(rig.text("ClrLEDBut_2"), QStringLiteral("CL"));
     rig.line.clear();
     rig.click("ClrLEDBut_2");
     EXPECT_EQ(rig.led("PanCorLED")->value(), 0.0);
