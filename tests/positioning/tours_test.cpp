@@ -43,10 +43,10 @@ TEST(TourEdit, SelectingATourReadsItsStepsAndEachEditSendsItsBytes) {
     EXPECT_EQ(rig.lines("ScriptPreList"), rig.lines("PresetList"));
     EXPECT_EQ(rig.lines("ScriptPreList").size(), 32);
     auto* dwell = rig.find<QScrollBar>(QStringLiteral("WaitScroll"));
-    for (int seconds : {1, 0, 2}) {
+    for (const auto& [seconds, label] :
+         {std::pair{1, "Dwell 1 Sec"}, {0, "Dwell 0 Secs"}, {2, "Dwell 2 Secs"}}) {
         dwell->setValue(seconds);
-        EXPECT_EQ(rig.text("WaitLabel"),
-                  QStringLiteral("Dwell %1 Sec%2").arg(seconds).arg(seconds == 1 ? "" : "s"));
+        EXPECT_EQ(rig.text("WaitLabel"), QLatin1String(label));
     }
 
     for (sim::TourStep step : {sim::TourStep{5, 10}, {6 | 64, 3 | 128}, {31, 127}}) {
