@@ -72,8 +72,8 @@ TEST(PortDevices, DeviceChosenForCom1SurvivesARestartUnlessTheEnvironmentSaysOth
         EXPECT_EQ(second.action("MenuCOM_1")->text(), QStringLiteral("COM1   (/dev/ttyS0)"));
     }
     setComPortDevice(1, kAdapter);
-    // The environment names the other device present: it is used, and no
-    // menu entry claims to be the choice.
+    // The environment names the other device present: it is used, no menu
+    // entry claims to be the choice, and no other device is offered.
     qputenv("HALVEX_COM1", "/dev/ttyACM0");
     {
         DeviceRig third;
@@ -81,7 +81,7 @@ TEST(PortDevices, DeviceChosenForCom1SurvivesARestartUnlessTheEnvironmentSaysOth
         EXPECT_EQ(third.action("MenuCOM_1")->text(), QStringLiteral("COM1   (/dev/ttyACM0)"));
         EXPECT_EQ(third.action("MenuDeviceEnvironment")->text(),
                   QStringLiteral("Set by HALVEX_COM1: /dev/ttyACM0"));
-        for (const char* entry : {"MenuDevice_0", "MenuDevice_1"}) {
+        for (const char* entry : {"MenuDevice_0", "MenuDevice_1", "MenuNetworkDevice"}) {
             EXPECT_FALSE(third.action(entry)->isEnabled()) << entry;
             EXPECT_FALSE(third.action(entry)->isChecked()) << entry;
         }
@@ -173,7 +173,7 @@ TEST(PortDevices, NetworkDeviceIsTypedCheckedAndKeptLikeALocalOne) {
     {
         DeviceRig second;
         EXPECT_TRUE(second.action("MenuDeviceNetwork")->isChecked());
-        // Another COM number has its own; Default forgets COM1's.
+        // Another COM number has its own.
         second.action("MenuCOM_2")->trigger();
         EXPECT_EQ(second.find<QAction>("MenuDeviceNetwork"), nullptr);
         second.action("MenuNetworkDevice")->trigger();
@@ -186,22 +186,12 @@ TEST(PortDevices, NetworkDeviceIsTypedCheckedAndKeptLikeALocalOne) {
         raw.ok->click();
         settle();
         EXPECT_EQ(comPortDevice(2), QStringLiteral("socket://ds-mast-2:4001"));
-        second.action("MenuCOM_1")->trigger();
-        second.action("MenuDeviceDefault")->trigger();
-        EXPECT_EQ(comPortDevice(1), QStringLiteral("/dev/ttyS0"));
+        EXPECT_EQ(comPortDevice(1), QStringLiteral("rfc2217://10.0.0.5:2001"));
         EXPECT_EQ(second.action("MenuCOM_2")->text(),
                   QStringLiteral("COM2   (socket://ds-mast-2:4001)"));
     }
+    setComPortDevice(1, QString());
     setComPortDevice(2, QString());
-    // While the environment names COM1's device, nothing else is offered.
-    qputenv("HALVEX_COM1", "socket://10.0.0.9:4001");
-    {
-        DeviceRig third;
-        EXPECT_FALSE(third.action("MenuNetworkDevice")->isEnabled());
-        EXPECT_EQ(third.action("MenuCOM_1")->text(),
-                  QStringLiteral("COM1   (socket://10.0.0.9:4001)"));
-    }
-    qunsetenv("HALVEX_COM1");
 }
 
 TEST(SerialDevices, StableNameIsTheByIdLinkToTheNode) {
