@@ -65,22 +65,18 @@ struct InputRig : ConsoleRig {
     // The first jog message built from now on.
     Message_ nextJog() {
         line.clear();
-        Message_ jog;
-        EXPECT_TRUE(waitFor([&] {
-            for (const auto& frame : line.frames()) {
-                jog = jog.empty() && frame.message.at(0) == 0x31 ? frame.message : jog;
-            }
-            return !jog.empty();
-        }));
-        return jog;
+        const auto isJog = [](const RecordingPeer::Frame& frame) {
+            return frame.message.at(0) == 0x31;
+        };
+        EXPECT_TRUE(waitFor([&] { return std::ranges::any_of(line.frames(), isJog); }));
+        const auto jog = std::ranges::find_if(line.frames(), isJog);
+        return jog != line.frames().end() ? jog->message : Message_();
     }
     // Pan speed, tilt speed and the direction bits (pan 0x80, tilt 0x40) of the next jog.
     std::array<int, 3> nextMotion() {
         const Message_ jog = nextJog();
-        if (jog.size() < 4) {
-            return {-1, -1, -1};
-        }
-        return {jog[2], jog[3], jog[1] & 0xC0};
+        return jog.size() < 4 ? std::array{-1, -1, -1}
+                              : std::array{int{jog[2]}, int{jog[3]}, jog[1] & 0xC0};
     }
     // A request (not a jog message) that starts with these bytes sent
     // within a while.
