@@ -109,23 +109,20 @@ TEST_F(ViewSettings, TheMainWindowComesBackWhereItWasClosedMaximisedOrNot) {
         << "back to " << rig.window->geometry().x() << "," << rig.window->geometry().y();
 }
 
-TEST_F(ViewSettings, AWindowWhoseScreenIsGoneComesBackOnTheLaptopAndFitsIt) {
+TEST_F(ViewSettings, AFirstWindowIsAsRoomyAsItsScreenAllowsAndOneWhoseScreenIsGoneFitsTheLaptop) {
+    {
+        ConsoleRig rig;
+        const QSize work = QGuiApplication::primaryScreen()->availableSize();
+        EXPECT_EQ(rig.window->width(), 1180);
+        const QMargins frame = WindowPlacement::frameAllowance();
+        EXPECT_EQ(rig.window->height(), work.height() - frame.top() - frame.bottom());
+    }
     // Kept while a screen to the right of the large one was plugged in.
     userFile().setValue(QStringLiteral("Windows/Main/geometry"), QRect(4200, 300, 2000, 1100));
     ConsoleRig rig;
-    const QRect work = QGuiApplication::primaryScreen()->availableGeometry();
-    EXPECT_TRUE(work.contains(rig.window->frameGeometry()))
-        << rig.window->frameGeometry().x() << "," << rig.window->frameGeometry().y() << " "
-        << rig.window->frameGeometry().width() << " x " << rig.window->frameGeometry().height();
+    EXPECT_TRUE(QGuiApplication::primaryScreen()->availableGeometry().contains(
+        rig.window->frameGeometry()));
     EXPECT_EQ(screenUnder(*rig.window), QStringLiteral("laptop"));
-}
-
-TEST_F(ViewSettings, AFirstWindowIsAsRoomyAsItsScreenAllows) {
-    ConsoleRig rig;
-    const QSize work = QGuiApplication::primaryScreen()->availableSize();
-    EXPECT_EQ(rig.window->width(), 1180);
-    const QMargins frame = WindowPlacement::frameAllowance();
-    EXPECT_EQ(rig.window->height(), work.height() - frame.top() - frame.bottom());
 }
 
 TEST_F(ViewSettings, DataWatchAndHelpWindowsKeepTheirPlaces) {
@@ -162,7 +159,6 @@ TEST_F(ViewSettings, F11TurnsFullScreenOnAndOffAndTheMenuShowsIt) {
     rig.window->activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(rig.window.get()));
     auto* entry = rig.find<QAction>(QStringLiteral("MenuFullScreen"));
-    EXPECT_EQ(entry->shortcut(), QKeySequence(Qt::Key_F11));
     QTest::keyClick(rig.window.get(), Qt::Key_F11);
     EXPECT_TRUE(ConsoleRig::waitFor([&] { return rig.window->isFullScreen(); }));
     EXPECT_TRUE(entry->isChecked());
