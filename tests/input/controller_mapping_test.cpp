@@ -32,6 +32,8 @@ TEST(ShapedAxis, NothingInsideTheDeadZoneThenTheCurveUpToFullAtTheEnd) {
     EXPECT_LE(std::abs(shapedAxis(32767, AxisResponse{-1.0, 99.0, false})), 1.0);
 }
 
+// The plain joystick's mapping, and the standard one at full throw, are
+// checked through the whole console (controller_jog_test.cpp).
 TEST(StandardControllerMapping, SticksGiveSpeedsDirectionsAndCameraOneLensBytes) {
     std::map<int, int> axes = {{SDL_CONTROLLER_AXIS_LEFTX, 32767},
                                {SDL_CONTROLLER_AXIS_LEFTY, 32767},
@@ -54,15 +56,6 @@ TEST(StandardControllerMapping, SticksGiveSpeedsDirectionsAndCameraOneLensBytes)
     // A stick resting a little off its centre asks for nothing.
     axes = {{SDL_CONTROLLER_AXIS_LEFTX, 3000}, {SDL_CONTROLLER_AXIS_RIGHTY, -3000}};
     EXPECT_FALSE(demandFrom(standardControllerMapping(), read).moving());
-}
-
-TEST(PlainJoystickMapping, OnlyTheStickMovesTheThrottleNever) {
-    const auto read = [](int axis) { return axis == 2 ? 32767 : (axis == 1 ? -32768 : 0); };
-    const JogDemand demand = demandFrom(plainJoystickMapping(), read);
-    EXPECT_EQ(demand.pan, AxisDemand{});
-    EXPECT_EQ(demand.tilt, (AxisDemand{255, true}));  // pushed forward: up
-    EXPECT_EQ(demand.lens, (std::array<Byte, 4>{}));
-    EXPECT_TRUE(plainJoystickMapping().buttons.empty());
 }
 
 namespace {
