@@ -98,7 +98,8 @@ TEST(MainWindow, MenuChoicesAreWrittenAtOnceAndDropTheOfflineWord) {
         {"MenuBPS_5", "010000E10000", "COM1 At 57600", "MenuBPS_5 MenuCOM_1"},
         {"MenuCOM_3", "030000E10000", "COM3 At 57600", "MenuBPS_5 MenuCOM_3"},
         {"MenuBPS_0", "030080250000", "COM3 At 9600", "MenuBPS_0 MenuCOM_3"},
-        {"MenuCOM_8", "080080250000", "COM8 At 9600", "MenuBPS_0 MenuCOM_8"}};
+        {"MenuCOM_8", "080080250000", "COM8 At 9600", "MenuBPS_0 MenuCOM_8"},
+        {"MenuCOM_2", "020080250000", "COM2 At 9600", "MenuBPS_0 MenuCOM_2"}};
     for (const auto& [entry, file, title, checked] : choices) {
         rig.find<QAction>(QLatin1String(entry))->trigger();
         EXPECT_EQ(settingsBytes(), QByteArray::fromHex(file)) << entry;
