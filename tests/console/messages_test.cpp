@@ -25,14 +25,16 @@ QCoro::Task<> pick(QWidget* window, QString suggested, std::optional<QString>& p
 
 // The question returns at once with the box open over the window; the answer
 // comes from the event loop once the box is closed, and a box that went with
-// its window answers Cancel.
+// its window answers Cancel, also when it was answered just before.
 TEST(Messages, ConfirmAnswersWhenTheBoxOverTheWindowIsClosed) {
     struct Case {
-        QMessageBox::StandardButton clicked;  // NoButton: the window is deleted
+        QMessageBox::StandardButton clicked;
+        bool windowGoes;
         bool answer;
     };
-    for (const Case c : {Case{QMessageBox::Ok, true}, Case{QMessageBox::Cancel, false},
-                         Case{QMessageBox::NoButton, false}}) {
+    for (const Case c :
+         {Case{QMessageBox::Ok, false, true}, Case{QMessageBox::Cancel, false, false},
+          Case{QMessageBox::NoButton, true, false}, Case{QMessageBox::Ok, true, false}}) {
         SCOPED_TRACE(c.clicked);
         auto window = std::make_unique<QWidget>();
         window->show();
@@ -47,10 +49,11 @@ TEST(Messages, ConfirmAnswersWhenTheBoxOverTheWindowIsClosed) {
         EXPECT_EQ(box->icon(), QMessageBox::Warning);
         EXPECT_EQ(box->defaultButton(), box->button(QMessageBox::Cancel));
         EXPECT_NE(box->button(QMessageBox::Ok), nullptr);
-        if (c.clicked == QMessageBox::NoButton) {
-            window.reset();
-        } else {
+        if (c.clicked != QMessageBox::NoButton) {
             box->button(c.clicked)->click();
+        }
+        if (c.windowGoes) {
+            window.reset();
         }
         EXPECT_FALSE(answer.has_value());
         ASSERT_TRUE(QTest::qWaitFor([&answer] { return answer.has_value(); }));
