@@ -195,7 +195,12 @@ TEST(Jogging, SpeedsDirectionsAndFlagsTravelInTheJogMessage) {
     EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0, 155, 145}));
     rig.move(Qt::LeftButton, 400, 100);  // right of and above
     EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{panCwTiltUp, 145, 155}));
-    // On the centre lines: no speed, and the directions stay as they were.
+    // On a centre line: no speed on that axis, and its direction stays as it
+    // was, also while the other axis moves.
+    rig.move(Qt::LeftButton, 400, 255);
+    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{panCwTiltUp, 145, 0}));
+    rig.move(Qt::LeftButton, 255, 100);
+    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{panCwTiltUp, 0, 155}));
     rig.move(Qt::LeftButton, 255, 255);
     EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{panCwTiltUp, 0, 0}));
 
