@@ -96,7 +96,8 @@ class WindowlessRestore : public ::testing::Test {
 
     sim::Unit unit;
     RecordingPeer peer{unit};
-    Session line{new TestPort(&peer), CommissioningRig::kCommissioningTickMs};
+    TestPort* port = new TestPort(&peer);  // the session owns it
+    Session line{port, CommissioningRig::kCommissioningTickMs};
     UnitLine asking{line};
     UnitSettings before;
 };
@@ -371,23 +372,35 @@ TEST_F(WindowlessRestore, ALimitIsNotSetWhereverThePlatformIsWhenItCannotBeMoved
                              [](const Message_& m) { return is<v::SoftLimit>(m) && !isRead(m); }));
 }
 
-// A unit that never answers the clearing of a tour: its steps are not
-// appended to whatever the tour held, and the restore stops there.
-TEST_F(WindowlessRestore, ATourWhoseClearingIsNotAnsweredIsNotWritten) {
+// A tour the unit does not answer for: its steps are not appended to
+// whatever the tour held, and the restore stops there. The clearing is
+// answered only by a late reply that names another tour.
+TEST_F(WindowlessRestore, ATourTheUnitDoesNotAnswerForStopsTheRestoreThere) {
     UnitSettings file = before;
     file.tours[1] = {commissioning::TourStep::of(4, 0, 5, false)};
     line.link().Timer4().setInterval(200);
-    peer.onFrame = [&](const RecordingPeer::Frame& frame) {
-        peer.setConnected(!is<v::ClearTour>(frame.message));
-    };
-    peer.clear();
-    const RestoreResult result = restore(file);
-    peer.onFrame = nullptr;
-    peer.setConnected(true);
-    EXPECT_EQ(result.problem,
-              QStringLiteral("No reply from the unit to tour 2; the restore stopped there."));
-    const std::vector<Message_> sent = peer.messages(false);
-    EXPECT_TRUE(std::none_of(sent.begin(), sent.end(), is<v::AppendTourStep>));
+    for (const bool clearing : {true, false}) {
+        SCOPED_TRACE(clearing ? "clearing" : "appending");
+        peer.onFrame = [&](const RecordingPeer::Frame& frame) {
+            const bool unanswered =
+                clearing ? is<v::ClearTour>(frame.message) : is<v::AppendTourStep>(frame.message);
+            peer.setConnected(!unanswered);
+            if (unanswered && clearing) {
+                QTimer::singleShot(0, &line, [this] {
+                    port->injectIncoming(encodeFrame(
+                        kAck, 0, test::message<v::TourCleared>({{v::tour_cleared::kTour, 0}}), 0));
+                });
+            }
+        };
+        peer.clear();
+        const RestoreResult result = restore(file);
+        peer.onFrame = nullptr;
+        peer.setConnected(true);
+        EXPECT_EQ(result.problem,
+                  QStringLiteral("No reply from the unit to tour 2; the restore stopped there."));
+        const std::vector<Message_> sent = peer.messages(false);
+        EXPECT_EQ(std::none_of(sent.begin(), sent.end(), is<v::AppendTourStep>), clearing);
+    }
 }
 
 // The progress counts a step for each command written: values that one
