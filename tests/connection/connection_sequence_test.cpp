@@ -22,12 +22,16 @@ using namespace halvex::testing;
 using Messages_ = std::vector<std::vector<Byte>>;
 
 namespace {
+template <class... M>
+void addReads(Messages_& into) {
+    (into.push_back(vocab::readRequest<M>()), ...);
+}
+
 // Every request of the connection sequence after the first jog message, in
-// order, for a unit whose tours are empty.
-Messages_ expectedSequence() {
+// order, for a unit whose tours are empty, is where `requests` begins.
+void expectSequence(Messages_ requests) {
     namespace v = vocab;
     using test::message;
-    using v::readRequest;
     Messages_ expected = {message<v::OffsetsRequest>()};
     for (int limit = 0; limit < v::soft_limit::kLimits; ++limit) {
         expected.push_back(test::withBits(message<v::SoftLimit>({{v::soft_limit::kLimit, limit}}),
@@ -36,35 +40,22 @@ Messages_ expectedSequence() {
     for (int n = 0; n < 32; ++n) {
         expected.push_back(message<v::PresetRequest>({{v::preset_request::kPreset, n}}));
     }
-    const Messages_ rest = {
-        message<v::TourStepCountRequest>({{v::tour_step_count_request::kTour, 0}}),
-        message<v::CentreRequest>(),
-        {0x92, 0x80, 0, 0, 0, 0, 0, 0, 0},
-        readRequest<v::PanSteps>(),
-        readRequest<v::TiltSteps>(),
-        readRequest<v::TopSpeeds>(),
-        test::withBits(readRequest<v::TopSpeeds>(), {v::top_speeds::kSecond}),
-        readRequest<v::CommTimeout>(),
-        readRequest<v::Directions>(),
-        readRequest<v::Heater>(),
-        message<v::FirmwareRequest>(),
-        readRequest<v::Encoders>(),
-        readRequest<v::LensConfiguration>(),
-        readRequest<v::CameraLines>(),
-        readRequest<v::CameraTimeouts>(),
-        readRequest<v::VideoConfiguration>(),
-        readRequest<v::AngleDisplay>(),
-        readRequest<v::NameDisplay>()};
-    expected.insert(expected.end(), rest.begin(), rest.end());
-    return expected;
+    expected.push_back(message<v::TourStepCountRequest>({{v::tour_step_count_request::kTour, 0}}));
+    expected.push_back(message<v::CentreRequest>());
+    expected.push_back({0x92, 0x80, 0, 0, 0, 0, 0, 0, 0});
+    addReads<v::PanSteps, v::TiltSteps, v::TopSpeeds>(expected);
+    expected.push_back(test::withBits(v::readRequest<v::TopSpeeds>(), {v::top_speeds::kSecond}));
+    addReads<v::CommTimeout, v::Directions, v::Heater>(expected);
+    expected.push_back(message<v::FirmwareRequest>());
+    addReads<v::Encoders, v::LensConfiguration, v::CameraLines, v::CameraTimeouts,
+             v::VideoConfiguration, v::AngleDisplay, v::NameDisplay>(expected);
+    ASSERT_GE(requests.size(), expected.size());
+    requests.resize(expected.size());
+    EXPECT_EQ(requests, expected);
 }
 
 bool isJog(const std::vector<Byte>& m) {
     return m.at(0) == vocab::JogMessage::kCode;
-}
-// A jog message that carries the stop request.
-bool carriesStop(const std::vector<Byte>& m) {
-    return isJog(m) && vocab::isSet(m.at(1), vocab::jog::kStop);
 }
 }  // namespace
 
@@ -85,11 +76,7 @@ TEST(ConnectionSequence, ReadsTheWholeUnitInOrderAndGoesOnline) {
     EXPECT_TRUE(rig.shown.empty());
 
     // The window reads what a headless session reads (below), in order.
-    auto requests = rig.line.messages(false);
-    const Messages_ expected = expectedSequence();
-    ASSERT_GE(requests.size(), expected.size());
-    requests.resize(expected.size());
-    EXPECT_EQ(requests, expected);
+    expectSequence(rig.line.messages(false));
     EXPECT_TRUE(rig.window->state().Online);
     EXPECT_FALSE(rig.window->state().SendInProgress);
 }
@@ -108,11 +95,7 @@ TEST(ConnectionSequence, AHeadlessSessionReadsTheSameAndKeepsWhatTheUnitSaid) {
     connection.setLaterSteps(connection.unitReads());
     ASSERT_TRUE(finish(connection.start(), 20000));
 
-    auto requests = line.messages(false);
-    const Messages_ expected = expectedSequence();
-    ASSERT_GE(requests.size(), expected.size());
-    requests.resize(expected.size());
-    EXPECT_EQ(requests, expected);
+    expectSequence(line.messages(false));
     const UnitStatus& status = session.status();
     EXPECT_GT(status.Firmware.year, 2000);
     EXPECT_GT(status.Rates.pan.safeSpeed, 0);
@@ -198,7 +181,7 @@ TEST(ConnectionSequence, UnitWithoutSecondCameraHidesItsControlsForGood) {
     EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label1_1"))->text(), QStringLiteral("Zelvar"));
 }
 
-TEST(ConnectionSequence, StartWhileOnlineDoesNothingAndReinitializeLightsTheLampAgain) {
+TEST(ConnectionSequence, StartWhileOnlineDoesNothingReinitializeLightsTheLampExitStopsTheUnit) {
     ConsoleRig rig;
     ASSERT_TRUE(rig.connect());
     rig.line.clear();
@@ -215,20 +198,17 @@ TEST(ConnectionSequence, StartWhileOnlineDoesNothingAndReinitializeLightsTheLamp
     const QImage good = goodLinkPicture().pixmap(32).toImage();
     EXPECT_TRUE(
         ConsoleRig::waitFor([&] { return start->icon().pixmap(32).toImage() == good; }, 1000));
-}
 
-TEST(ConnectionSequence, ExitTellsTheUnitToStopThenClosesThePort) {
-    ConsoleRig rig;
-    ASSERT_TRUE(rig.connect());
+    // Exit: a jog message carries the stop request (on a slow machine another
+    // may follow it while Exit waits for the reply), then the port closes.
     rig.line.clear();
     rig.window->close();
     settle();
     EXPECT_FALSE(rig.port->isOpen());
-    // A jog message carried the stop request (on a slow machine another may
-    // follow it while Exit waits for the reply).
     const auto& frames = rig.line.frames();
-    EXPECT_TRUE(std::any_of(frames.begin(), frames.end(),
-                            [](const auto& frame) { return carriesStop(frame.message); }));
+    EXPECT_TRUE(std::any_of(frames.begin(), frames.end(), [](const auto& frame) {
+        return isJog(frame.message) && vocab::isSet(frame.message.at(1), vocab::jog::kStop);
+    }));
     EXPECT_FALSE(rig.window->link().Timer2().isActive());
 }
 

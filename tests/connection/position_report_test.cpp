@@ -9,6 +9,7 @@
 
 #include "session/unit_status.h"
 #include "tests/support/console_rig.h"
+#include "tests/support/messages.h"
 #include "tests/support/scripted_unit.h"
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/led_display.h"
@@ -30,53 +31,48 @@ struct ReportRig : ConsoleRig {
     void arrive(const std::vector<Byte>& message) {
         port->injectIncoming(ScriptedUnit::replyWire(0, message));
     }
-
-    // A position report: pan and tilt in hundredths, status bytes, lenses.
-    static std::vector<Byte> report(Byte code, std::int32_t pan, std::int32_t tilt, Byte a, Byte b,
-                                    Byte c, std::vector<Byte> tail = {}) {
-        std::vector<Byte> m{code,
-                            static_cast<Byte>(pan & 0xFF),
-                            static_cast<Byte>((pan >> 8) & 0xFF),
-                            static_cast<Byte>((pan >> 16) & 0xFF),
-                            static_cast<Byte>(tilt & 0xFF),
-                            static_cast<Byte>((tilt >> 8) & 0xFF),
-                            static_cast<Byte>((tilt >> 16) & 0xFF),
-                            a,
-                            b,
-                            c,
-                            10,
-                            20,
-                            30,
-                            40};
+    // A report answering `code`: pan and tilt in hundredths, status bytes A,
+    // B and C, the lenses at 10, 20, 30 and 40, then `tail`.
+    void report(Byte code, std::int32_t pan, std::int32_t tilt, Byte a, Byte b, Byte c,
+                std::vector<Byte> tail = {0, 0}) {
+        namespace r = vocab::report;
+        auto m = test::report(code, {{r::kPan, pan},
+                                     {r::kTilt, tilt},
+                                     {r::kStatusAByte, a},
+                                     {r::kStatusB, b},
+                                     {r::kStatusC, c},
+                                     {r::kLens[0], 10},
+                                     {r::kLens[1], 20},
+                                     {r::kLens[2], 30},
+                                     {r::kLens[3], 40}});
         m.insert(m.end(), tail.begin(), tail.end());
-        return m;
+        arrive(m);
     }
 
     double led(const char* name) { return find<LedDisplay>(QLatin1String(name))->value(); }
     QColor lamp(const char* name) { return find<StatusLamp>(QLatin1String(name))->color(); }
+    QString text(const char* name) { return find<QLabel>(QLatin1String(name))->text(); }
     PanTiltPage& page() { return window->panTiltPage(); }
 };
 
 const QColor kRed(255, 0, 0), kYellow(255, 255, 0), kGreen(0, 255, 0), kGrey(224, 224, 224);
 }  // namespace
 
-TEST(PositionReport, CurrentAndTargetReportsFillTheirOwnDisplays) {
+TEST(PositionReport, ReportsFillTheirOwnDisplaysAndCameraBytesRideOnlyOnJogReplies) {
     ReportRig rig;
-    rig.arrive(ReportRig::report(0x31, -100, 4550, 0, 0, 0x80, {0, 0}));
+    EXPECT_EQ(rig.text("Label1_1"), QStringLiteral("Unknown"));
+    rig.report(0x31, -100, 4550, 0, 0, 0x80);
     EXPECT_FLOAT_EQ(rig.led("PanPosLED"), -1.0);
     EXPECT_FLOAT_EQ(rig.led("TiltPosLED"), 45.5);
+    EXPECT_EQ(rig.text("Label1_1"), QStringLiteral("Halvex"));
     // Each lens's position in its own display and read-out.
-    const struct {
-        const char* led;
-        const char* label;
-        int value;
-    } lenses[] = {{"Z1LED", "Zoom1Label", 10},
-                  {"F1LED", "Focus1Label", 20},
-                  {"Z2LED", "Zoom2Label", 30},
-                  {"F2LED", "Focus2Label", 40}};
-    for (const auto& lens : lenses) {
-        EXPECT_FLOAT_EQ(rig.led(lens.led), lens.value) << lens.led;
-        EXPECT_EQ(rig.find<QLabel>(QLatin1String(lens.label))->text(), QString::number(lens.value));
+    const std::pair<const char*, const char*> lenses[] = {{"Z1LED", "Zoom1Label"},
+                                                          {"F1LED", "Focus1Label"},
+                                                          {"Z2LED", "Zoom2Label"},
+                                                          {"F2LED", "Focus2Label"}};
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_FLOAT_EQ(rig.led(lenses[i].first), 10 * (i + 1)) << lenses[i].first;
+        EXPECT_EQ(rig.text(lenses[i].second), QString::number(10 * (i + 1)));
     }
     // Continuous pan: no pan soft limits to set.
     EXPECT_FALSE(rig.page().SetSLBut[0]->isEnabled());
@@ -85,39 +81,37 @@ TEST(PositionReport, CurrentAndTargetReportsFillTheirOwnDisplays) {
 
     // Every move reply carries the target it heads for.
     for (const Byte code : {0x32, 0x34, 0x35, 0x36, 0x3A, 0x33}) {
-        rig.arrive(ReportRig::report(code, 9000 + code, -1234, 0, 0, 0x20));
+        rig.report(code, 9000 + code, -1234, 0, 0, 0x20, {});
         EXPECT_FLOAT_EQ(rig.led("PDesLed"), (9000 + code) / 100.0f) << int{code};
     }
     EXPECT_FLOAT_EQ(rig.led("TDesLed"), -12.34f);
     EXPECT_FLOAT_EQ(rig.led("PanPosLED"), -1.0);  // untouched by a target report
     EXPECT_TRUE(rig.page().SetSLBut[0]->isEnabled());
     EXPECT_EQ(rig.lamp("DesLed"), kYellow);
-}
 
-TEST(PositionReport, CameraBytesRideOnlyOnJogReplies) {
-    ReportRig rig;
     auto* rx1 = rig.find<QLabel>(QStringLiteral("RXLabel_0"));
-    auto* rx2 = rig.find<QLabel>(QStringLiteral("RXLabel_1"));
     rig.find<QRadioButton>(QStringLiteral("HexOp1_1"))->setChecked(true);
-    rig.arrive(ReportRig::report(0x31, 0, 0, 0, 0, 0, {2, 3, 'O', 'K', 0x90, 0x41, 0xFF}));
+    rig.report(0x31, 0, 0, 1, 0, 0, {2, 3, 'O', 'K', 0x90, 0x41, 0xFF});
     EXPECT_EQ(rx1->text(), QStringLiteral("OK"));
-    EXPECT_EQ(rx2->text(), QStringLiteral("9041FF"));
+    EXPECT_EQ(rig.text("RXLabel_1"), QStringLiteral("9041FF"));
+    EXPECT_EQ(rig.text("Label1_1"), QStringLiteral("Zelvar"));
     // A move reply carries no camera data: the text stays.
-    rig.arrive(ReportRig::report(0x33, 0, 0, 0, 0, 0x20));
+    rig.report(0x33, 0, 0, 2, 0, 0x20, {});
     EXPECT_EQ(rx1->text(), QStringLiteral("OK"));
+    EXPECT_EQ(rig.text("Label1_1"), QStringLiteral("Unknown"));
     // The camera buffer holds 101 bytes; one more stops the decoder, not the
     // program.
     for (const int count : {101, 102}) {
         std::vector<Byte> many{static_cast<Byte>(count), 0};
         many.insert(many.end(), static_cast<std::size_t>(count), 'x');
         rig.window->statusBar()->clearMessage();
-        rig.arrive(ReportRig::report(0x31, 0, 0, 0, 0, 0, many));
+        rig.report(0x31, 0, 0, 0, 0, 0, many);
         EXPECT_EQ(rig.window->statusBar()->currentMessage().contains(
                       QStringLiteral("Subscript out of range")),
                   count > 101);
     }
     EXPECT_EQ(rx1->text(), QString(101, u'x'));
-    rig.arrive(ReportRig::report(0x31, 500, 0, 0, 0, 0, {0, 0}));
+    rig.report(0x31, 500, 0, 0, 0, 0);
     EXPECT_FLOAT_EQ(rig.led("PanPosLED"), 5.0);
 }
 
@@ -125,19 +119,19 @@ TEST(PositionReport, SoftLimitRepliesSetTheLimitsAndTheGaugeScale) {
     ReportRig rig;
     rig.arrive({0x81, 1, 0x18, 0xFC, 0xFF});  // -1000
     EXPECT_FLOAT_EQ(rig.window->status().PanMinLimit, -10.0f);
-    EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label13_1"))->text(), QStringLiteral("-10.00"));
+    EXPECT_EQ(rig.text("Label13_1"), QStringLiteral("-10.00"));
     rig.arrive({0x81, 0, 0x28, 0x23, 0x00});  // 9000
     EXPECT_FLOAT_EQ(rig.window->status().PanMaxLimit, 90.0f);
     rig.arrive({0x81, 3, 0xD8, 0xDC, 0xFF});  // -9000
     EXPECT_FLOAT_EQ(rig.window->status().TiltMinLimit, -90.0f);
-    EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label13_3"))->text(), QStringLiteral("-90.00"));
+    EXPECT_EQ(rig.text("Label13_3"), QStringLiteral("-90.00"));
     rig.arrive({0x81, 4, 0x01, 0x00, 0x00});  // no such limit: nothing changes
     EXPECT_FLOAT_EQ(rig.window->status().TiltMaxLimit, 0.0f);
 
     auto* gauge = rig.find<PanGauge>(QStringLiteral("PanGauge"));
     EXPECT_DOUBLE_EQ(gauge->minimum(), -10.0);
     EXPECT_DOUBLE_EQ(gauge->maximum(), 90.0);
-    rig.arrive(ReportRig::report(0x31, 17000, 0, 0, 0, 0, {0, 0}));
+    rig.report(0x31, 17000, 0, 0, 0, 0);
     EXPECT_DOUBLE_EQ(gauge->needleValue(), 90.0);
 }
 
@@ -175,25 +169,13 @@ TEST(PositionReport, EachStatusBitLightsItsOwnLampAndOnlyLimitsAndFaultsRaiseThe
     for (const Bit& b : bits) {
         Byte status[3] = {0, 0, 0};
         status[b.byte] = static_cast<Byte>(1 << b.bit);
-        rig.arrive(ReportRig::report(0x31, 0, 0, status[0], status[1], status[2], {0, 0}));
+        rig.report(0x31, 0, 0, status[0], status[1], status[2]);
         for (const auto& [lamp, off] : dark) {
             EXPECT_EQ(rig.lamp(qPrintable(lamp)), lamp == QLatin1String(b.lamp) ? b.lit : off)
                 << qPrintable(lamp) << " with bit " << b.bit << " of byte " << b.byte;
         }
         EXPECT_EQ(rig.window->status().LimitFault, b.fault) << b.lamp;
     }
-}
-
-TEST(PositionReport, ControllerCaptionNamesTheUnitType) {
-    ReportRig rig;
-    auto* caption = rig.find<QLabel>(QStringLiteral("Label1_1"));
-    EXPECT_EQ(caption->text(), QStringLiteral("Unknown"));
-    rig.arrive(ReportRig::report(0x31, 0, 0, 0, 0, 0, {0, 0}));
-    EXPECT_EQ(caption->text(), QStringLiteral("Halvex"));
-    rig.arrive(ReportRig::report(0x31, 0, 0, 1, 0, 0, {0, 0}));
-    EXPECT_EQ(caption->text(), QStringLiteral("Zelvar"));
-    rig.arrive(ReportRig::report(0x31, 0, 0, 2, 0, 0, {0, 0}));
-    EXPECT_EQ(caption->text(), QStringLiteral("Unknown"));
 }
 
 TEST(PositionReport, LeavingThePanTiltPageStopsJoggingAndComingBackRearmsIt) {
@@ -213,6 +195,5 @@ TEST(PositionReport, LeavingThePanTiltPageStopsJoggingAndComingBackRearmsIt) {
     tabs.setCurrentIndex(0);
     EXPECT_TRUE(jog.JogPanOn);
     EXPECT_TRUE(jog.JogTiltOn);
-    EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label3"))->text(),
-              QStringLiteral("Jog Pan And Tilt"));
+    EXPECT_EQ(rig.text("Label3"), QStringLiteral("Jog Pan And Tilt"));
 }
