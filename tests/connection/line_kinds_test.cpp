@@ -144,32 +144,24 @@ class InProcessUnit : public UnitOnLine {
     TestPort* port_ = new TestPort(&peer_);  // the session's
 };
 
-// A session and its connection on `device`, as `halvex --headless` runs them.
+// A session and its connection on `device`, as `halvex --headless` runs them,
+// reading the whole unit once online or only what going online needs.
 struct HeadlessConsole {
-    explicit HeadlessConsole(const QString& device, SerialPort* port = nullptr, int tickMs = 10)
+    explicit HeadlessConsole(const QString& device, SerialPort* port = nullptr,
+                             bool wholeUnit = true, int tickMs = 10)
         : session(port, tickMs),
           connection(session, {[device] { return device; }, [] { return 57600; },
                                [device] { return QStringLiteral("COM1 (%1)").arg(device); }}) {
         QObject::connect(&session.state(), &FormState::faultReported,
                          [this](const QString& fault) { faults << fault; });
         connection.setReconnectInterval(200);
+        if (wholeUnit) {
+            connection.setLaterSteps(connection.unitReads());
+        }
     }
     ~HeadlessConsole() { finish(connection.exit()); }
 
-    // Reads the whole unit once online, as the console does.
-    void readWholeUnit() { connection.setLaterSteps(connection.unitReads()); }
-    // Goes online, reading the whole unit or only what going online needs.
-    bool start(bool wholeUnit = true) {
-        if (wholeUnit) {
-            readWholeUnit();
-        }
-        return finish(connection.start(), 30000) && session.online();
-    }
-    bool movesTo(double pan, double tilt) {
-        const Outcome moved = finish(session.moveTo({pan, tilt}));
-        EXPECT_TRUE(moved.isDone()) << moved.text().toStdString();
-        return moved.isDone() && runUntil([&] { return near(pan, tilt); }, 20000);
-    }
+    bool start() { return finish(connection.start(), 30000) && session.online(); }
     bool near(double pan, double tilt) const {
         const UnitStatus& s = session.status();
         return std::abs(s.CurrentPan - pan) < 0.01 && std::abs(s.CurrentTilt - tilt) < 0.01;
@@ -229,6 +221,19 @@ bool allOf(std::vector<Line>& lines, const std::function<bool(HeadlessConsole&)>
         20000);
 }
 
+// Moves the platform on every line at once, and waits until each is there.
+void moveEveryLine(std::vector<Line>& lines, double pan, double tilt) {
+    onEveryLine<Outcome>(
+        lines,
+        [=](HeadlessConsole& c) {
+            return c.session.moveTo({pan, tilt});
+        },
+        [](const Line&, const Outcome& moved) {
+            EXPECT_TRUE(moved.isDone()) << moved.text().toStdString();
+        });
+    EXPECT_TRUE(allOf(lines, [=](HeadlessConsole& c) { return c.near(pan, tilt); }));
+}
+
 TEST(EveryKindOfLine, GoesOnlineMovesLosesTheUnitAndTakesItBackByItself) {
     std::vector<Line> lines;
     for (const LineKind& kind : kLineKinds) {
@@ -239,7 +244,6 @@ TEST(EveryKindOfLine, GoesOnlineMovesLosesTheUnitAndTakesItBackByItself) {
         auto unit = kind.make();
         ASSERT_TRUE(unit->ready()) << kind.name;
         auto console = std::make_unique<HeadlessConsole>(unit->device(), unit->port());
-        console->readWholeUnit();
         lines.push_back({kind.name, std::move(unit), std::move(console)});
     }
 
@@ -253,15 +257,7 @@ TEST(EveryKindOfLine, GoesOnlineMovesLosesTheUnitAndTakesItBackByItself) {
                 EXPECT_EQ(line.unit->farSpeed(), speed_t{B57600});
             }
         });
-    onEveryLine<Outcome>(
-        lines,
-        [](HeadlessConsole& c) {
-            return c.session.moveTo({2.34, -4.5});
-        },
-        [](const Line&, const Outcome& moved) {
-            EXPECT_TRUE(moved.isDone()) << moved.text().toStdString();
-        });
-    EXPECT_TRUE(allOf(lines, [](HeadlessConsole& c) { return c.near(2.34, -4.5); }));
+    moveEveryLine(lines, 2.34, -4.5);
 
     // Each unit goes away: told once, and looked for again and again, quietly.
     for (Line& line : lines) {
@@ -295,21 +291,13 @@ TEST(EveryKindOfLine, GoesOnlineMovesLosesTheUnitAndTakesItBackByItself) {
             EXPECT_TRUE(line.console->near(2.34, -4.5)) << "not where it was left";
         }
     }
-    onEveryLine<Outcome>(
-        lines,
-        [](HeadlessConsole& c) {
-            return c.session.moveTo({-3.25, 1.5});
-        },
-        [](const Line&, const Outcome& moved) {
-            EXPECT_TRUE(moved.isDone()) << moved.text().toStdString();
-        });
-    EXPECT_TRUE(allOf(lines, [](HeadlessConsole& c) { return c.near(-3.25, 1.5); }));
+    moveEveryLine(lines, -3.25, 1.5);
 }
 
 TEST(SlowLine, RepliesTricklingInAtLineSpeedBringTheUnitOnlineAndKeepTheLinkGood) {
     SimProcess sim({QStringLiteral("--pace"), QStringLiteral("9600")});
-    HeadlessConsole c(sim.device(), nullptr, Link::kTickMs);
-    ASSERT_TRUE(c.start(false));
+    HeadlessConsole c(sim.device(), nullptr, false, Link::kTickMs);
+    ASSERT_TRUE(c.start());
     // Reports keep coming in pieces, and the link stays good.
     QTest::qWait(1000);
     EXPECT_FALSE(c.session.state().LinkFault);
@@ -320,7 +308,8 @@ TEST(HalvexSimTcp, TakesOneConsoleAtATimeAndTheNextGetsTheUnitWhereTheFirstLeftI
     TcpUnit unit;
     auto first = std::make_unique<HeadlessConsole>(unit.device());
     ASSERT_TRUE(first->start());
-    EXPECT_TRUE(first->movesTo(4.5, -1.0));
+    ASSERT_TRUE(finish(first->session.moveTo({4.5, -1.0})).isDone());
+    EXPECT_TRUE(runUntil([&] { return first->near(4.5, -1.0); }, 20000));
 
     // A second console is turned away and keeps looking...
     HeadlessConsole second(unit.device());

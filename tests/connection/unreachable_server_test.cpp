@@ -1,5 +1,5 @@
-// What the window shows of a device server that refuses or does not resolve:
-// the session's side of network lines is in line_kinds_test.cpp.
+// What the window shows of a device server that refuses: why a server is
+// lost is told by the port's tests, the looking by the session's.
 
 #include <gtest/gtest.h>
 
@@ -14,41 +14,28 @@
 using namespace halvex;
 using namespace halvex::testing;
 
-namespace {
-
-QString statusBar(PtyConsole& console) {
-    return console.window->statusBar()->currentMessage();
+TEST(NetworkFaults, ARefusedServerIsToldInTheStatusBarAndLookedForQuietly) {
+    const QString device = QStringLiteral("socket://127.0.0.1:%1").arg(closedPort());
+    PtyConsole console(device);
+    console.window->findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !console.faults.isEmpty(); }, 10000));
+    const QString told = QStringLiteral(
+                             "COM1 (%1) lost: the device server refused the connection. Looking "
+                             "for it again.")
+                             .arg(device);
+    EXPECT_EQ(console.faults.value(0), told);
+    EXPECT_EQ(console.window->statusBar()->currentMessage(), told);
+    EXPECT_TRUE(console.titleEnds(" Offline"));
+    EXPECT_TRUE(console.shown.empty());
+    // Responsive while it looks: a menu click takes at once, and the next
+    // attempts are not told again.
+    console.window->findChild<QAction*>(QStringLiteral("MenuBPS_2"))->trigger();
+    EXPECT_TRUE(console.titleEnds(" Using COM1 At 19200"));
+    QTest::qWait(700);  // three more looks
+    EXPECT_EQ(console.faults.size(), 1) << console.faults.join('\n').toStdString();
+    // Stop ends the looking.
+    console.window->findChild<QPushButton*>(QStringLiteral("StopBut"))->click();
+    EXPECT_EQ(console.faults.last(),
+              QStringLiteral("No longer looking for COM1 (%1).").arg(device));
+    EXPECT_FALSE(console.window->SerPort1().isOpen());
 }
-
-TEST(NetworkFaults, ARefusedOrUnresolvableServerIsToldInTheStatusBarAndLookedForQuietly) {
-    for (const QString& device : {QStringLiteral("socket://127.0.0.1:%1").arg(closedPort()),
-                                  QStringLiteral("rfc2217://no-such-unit.invalid:2001")}) {
-        PtyConsole console(device);
-        console.window->findChild<QPushButton*>(QStringLiteral("StartBut"))->click();
-        ASSERT_TRUE(QTest::qWaitFor([&] { return !console.faults.isEmpty(); }, 10000));
-        const QString why = device.startsWith(QLatin1String("socket"))
-                                ? QStringLiteral("the device server refused the connection")
-                                : QStringLiteral(
-                                      "the name no-such-unit.invalid does not resolve "
-                                      "to an address");
-        const QString told =
-            QStringLiteral("COM1 (%1) lost: %2. Looking for it again.").arg(device, why);
-        EXPECT_EQ(console.faults.value(0), told);
-        EXPECT_EQ(statusBar(console), told);
-        EXPECT_TRUE(console.titleEnds(" Offline"));
-        EXPECT_TRUE(console.shown.empty());
-        // Responsive while it looks: a menu click takes at once, and the
-        // next attempts are not told again.
-        console.window->findChild<QAction*>(QStringLiteral("MenuBPS_2"))->trigger();
-        EXPECT_TRUE(console.titleEnds(" Using COM1 At 19200"));
-        QTest::qWait(700);  // three more looks
-        EXPECT_EQ(console.faults.size(), 1) << console.faults.join('\n').toStdString();
-        // Stop ends the looking.
-        console.window->findChild<QPushButton*>(QStringLiteral("StopBut"))->click();
-        EXPECT_EQ(console.faults.last(),
-                  QStringLiteral("No longer looking for COM1 (%1).").arg(device));
-        EXPECT_FALSE(console.window->SerPort1().isOpen());
-    }
-}
-
-}  // namespace
