@@ -32,15 +32,10 @@ namespace {
 
 std::string hex(const std::vector<Byte>& bytes) {
     std::string out;
-    char two[4];
     for (Byte b : bytes) {
-        std::snprintf(two, sizeof two, "%02X ", b);
-        out += two;
+        out += {' ', "0123456789ABCDEF"[b >> 4], "0123456789ABCDEF"[b & 15]};
     }
-    if (!out.empty()) {
-        out.pop_back();
-    }
-    return out;
+    return out.empty() ? out : out.substr(1);
 }
 
 std::string replies(const std::vector<DecodedFrame>& frames) {
@@ -140,19 +135,7 @@ TEST(UnitConversation, EveryCommandAnswersAsTheTranscriptSays) {
     std::ifstream file(path);
     ASSERT_TRUE(file) << path;
     const std::string kept{std::istreambuf_iterator<char>(file), {}};
-    std::istringstream keptLines(kept);
-    std::istringstream nowLines(now);
-    std::string section;
-    int number = 0;
-    for (std::string want, got; std::getline(keptLines, want);) {
-        ++number;
-        std::getline(nowLines, got);
-        if (want.rfind("# ", 0) == 0) {
-            section = want;
-        }
-        ASSERT_EQ(got, want) << "line " << number << " (" << section << ")";
-    }
-    EXPECT_FALSE(std::getline(nowLines, section)) << "more than the transcript: " << section;
+    EXPECT_EQ(now, kept);  // a difference is shown line by line
 }
 
 }  // namespace

@@ -103,20 +103,9 @@ TEST(UnitWire, ReplyBytesAreStuffedAndSplitFramesWaitForTheirEnd) {
     }
     unit.unit.receiveFromConsole(&wire.back(), 1);
     // An escaped byte has its top bit set; the LRC is of the bytes unescaped.
-    const Byte code = v::AngleOffsets::kCode;
-    const std::vector<Byte> expected{kAck,
-                                     0,
-                                     code,
-                                     kEsc,
-                                     Byte(kStx | 128),
-                                     0,
-                                     0,
-                                     kEsc,
-                                     Byte(kEsc | 128),
-                                     0,
-                                     0,
-                                     Byte(code ^ kStx ^ kEsc),
-                                     kEtx};
+    const Byte code = v::AngleOffsets::kCode, stx = kStx | 128, esc = kEsc | 128;
+    const std::vector<Byte> expected{
+        kAck, 0, code, kEsc, stx, 0, 0, kEsc, esc, 0, 0, Byte(code ^ kStx ^ kEsc), kEtx};
     EXPECT_EQ(unit.unit.takeOutput(), expected);
 
     // A new address takes effect after the reply, which still comes from 0.
