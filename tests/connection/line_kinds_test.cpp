@@ -98,22 +98,26 @@ class DeviceServerUnit : public PtyUnit {
     Ser2netProcess server_;
 };
 
-// halvex-sim --tcp: stopped, and started again on the same port.
+// halvex-sim --tcp with these options: stopped, and started again on the
+// same port.
 class TcpUnit : public UnitOnLine {
   public:
+    explicit TcpUnit(const QStringList& options = {}) : options_(options) {}
     bool ready() const override { return device_.startsWith(QLatin1String("socket://")); }
     QString device() const override { return device_; }
     void takeAway() override { sim_.reset(); }
     bool sameUnitComesBack() const override { return false; }
     bool bringBack() override {
         sim_ = std::make_unique<SimProcess>(
-            QStringList{QStringLiteral("--tcp"), device_.section(QLatin1Char(':'), -1)});
+            QStringList{QStringLiteral("--tcp"), device_.section(QLatin1Char(':'), -1)} + options_);
         return sim_->device() == device_;
     }
+    SimProcess& sim() { return *sim_; }
 
   private:
-    std::unique_ptr<SimProcess> sim_ =
-        std::make_unique<SimProcess>(QStringList{QStringLiteral("--tcp"), QStringLiteral("0")});
+    QStringList options_;
+    std::unique_ptr<SimProcess> sim_ = std::make_unique<SimProcess>(
+        QStringList{QStringLiteral("--tcp"), QStringLiteral("0")} + options_);
     QString device_ = sim_->device();
 };
 
@@ -329,38 +333,34 @@ QString loggedIn() {
 }
 
 TEST(HalvexSimTcp, AConnectionCutMidReplyIsToldAndNothingIsSentTwice) {
-    auto sim = std::make_unique<SimProcess>(
-        QStringList{QStringLiteral("--tcp"), QStringLiteral("0"), QStringLiteral("--control"),
-                    QStringLiteral("-v")});
-    const QString device = sim->device();
-    HeadlessConsole c(device);
+    TcpUnit unit({QStringLiteral("--control"), QStringLiteral("-v")});
+    HeadlessConsole c(unit.device());
     ASSERT_TRUE(c.start());
 
     // Replies crawl out at 300 baud, so the line is always in the middle of
     // one; the move goes out, and the unit goes away under its reply.
-    sim->say(QStringLiteral("pace 300"));
+    unit.sim().say(QStringLiteral("pace 300"));
     QCoro::Task<Outcome> move = c.session.moveTo({30.0, 5.0});
     const QString absoluteMove = loggedIn<vocab::AbsoluteMove>();
-    ASSERT_TRUE(runUntil([&] { return sim->errorOutput().count(absoluteMove) == 1; }, 5000));
+    ASSERT_TRUE(runUntil([&] { return unit.sim().errorOutput().count(absoluteMove) == 1; }, 5000));
     ASSERT_TRUE(runUntil([&] { return c.session.port().bytesWaiting() > 0; }, 5000))
         << "no reply on its way";
-    sim->stop();
-    const QString firstLog = sim->errorOutput();
+    unit.sim().stop();
+    const QString firstLog = unit.sim().errorOutput();
     ASSERT_TRUE(runUntil([&] { return !c.session.online(); }, 5000));
-    EXPECT_TRUE(c.told().contains(
-        QStringLiteral("COM1 (%1) lost: the device server closed the connection.").arg(device)));
+    EXPECT_TRUE(
+        c.told().contains(QStringLiteral("COM1 (%1) lost: the device server closed the connection.")
+                              .arg(unit.device())));
     EXPECT_FALSE(finish(std::move(move)).isDone());
 
     // The unit back on the same port: the session reconnects by itself and
     // asks nothing of it but the connection sequence.
-    sim = std::make_unique<SimProcess>(
-        QStringList{QStringLiteral("--tcp"), device.section(':', -1), QStringLiteral("-v")});
-    ASSERT_EQ(sim->device(), device);
+    ASSERT_TRUE(unit.bringBack());
     ASSERT_TRUE(runUntil([&] { return c.session.online(); }, 10000));
     QTest::qWait(300);
     EXPECT_EQ(firstLog.count(absoluteMove), 1);
-    EXPECT_EQ(sim->errorOutput().count(absoluteMove), 0) << "the move was sent again";
-    EXPECT_TRUE(sim->errorOutput().contains(loggedIn<vocab::OffsetsRequest>()))
+    EXPECT_EQ(unit.sim().errorOutput().count(absoluteMove), 0) << "the move was sent again";
+    EXPECT_TRUE(unit.sim().errorOutput().contains(loggedIn<vocab::OffsetsRequest>()))
         << "no connection sequence";
 }
 
