@@ -33,7 +33,8 @@ std::vector<Byte> storePreset(int preset, std::int32_t pan, std::int32_t tilt) {
     namespace s = v::store_preset;
     return message<v::StorePreset>({{s::kPreset, preset}, {s::kPan, pan}, {s::kTilt, tilt}});
 }
-// A tour step answer under the code of the command answered.
+// A tour step under the code of `Command`: the answer to it or, for the
+// commands of the same layout, the command itself.
 template <class Command>
 std::vector<Byte> tourStep(int tour, int step, int preset = 0, int dwell = 0) {
     namespace t = v::tour_step;
@@ -46,12 +47,6 @@ std::vector<Byte> appendStep(int tour, int preset, int dwell) {
     namespace a = v::append_tour_step;
     return message<v::AppendTourStep>(
         {{a::kTour, tour}, {a::Step::kPreset, preset}, {a::Step::kDwell, dwell}});
-}
-std::vector<Byte> startTour(int tour) {
-    return message<v::ExecuteTour>({{v::execute_tour::kTour, tour}});
-}
-std::vector<Byte> tourStarted(int tour) {
-    return message<v::TourStarted>({{v::tour_started::kTour, tour}});
 }
 std::vector<Byte> angleOffsets(std::int32_t pan, std::int32_t tilt) {
     return message<v::AngleOffsets>(
@@ -84,13 +79,8 @@ TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
                                           {Tilt::kSafeSpeed, 20},
                                           {Tilt::kRamp, 44},
                                           {Tilt::kDeceleration, 20}});
-    namespace kept = v::rates_reply;
-    const auto ratesKept = message<v::RatesReply>({{kept::Pan::kSafeSpeed, 20},
-                                                   {kept::Pan::kRamp, 33},
-                                                   {kept::Pan::kDeceleration, 20},
-                                                   {kept::Tilt::kSafeSpeed, 20},
-                                                   {kept::Tilt::kRamp, 44},
-                                                   {kept::Tilt::kDeceleration, 20}});
+    // The reply has the same layout, without the last byte.
+    const std::vector<Byte> ratesKept(rates.begin(), rates.begin() + v::RatesReply::kLength);
     const auto tiltSettings = [](int safeSpeedByte) {
         return message<v::TiltSettings>({{tilt::kSafeSpeedByte, safeSpeedByte},
                                          {tilt::kRamp, 20},
@@ -111,15 +101,9 @@ TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
         {message<v::DeleteTourStep>(
              {{v::delete_tour_step::kTour, 1}, {v::delete_tour_step::kStep, 5}}),
          tourStep<v::DeleteTourStep>(1, v::tour_step::kNoStep)},
-        {message<v::InsertTourStep>({{v::insert_tour_step::kTour, 1},
-                                     {v::insert_tour_step::kStep, 2},
-                                     {v::insert_tour_step::Step::kPreset, 1},
-                                     {v::insert_tour_step::Step::kDwell, 1}}),
+        {tourStep<v::InsertTourStep>(1, 2, 1, 1),
          tourStep<v::InsertTourStep>(1, v::tour_step::kNoStep, 1, 1)},
-        {message<v::ReplaceTourStep>({{v::replace_tour_step::kTour, 1},
-                                      {v::replace_tour_step::kStep, 9},
-                                      {v::replace_tour_step::Step::kPreset, 1},
-                                      {v::replace_tour_step::Step::kDwell, 1}}),
+        {tourStep<v::ReplaceTourStep>(1, 9, 1, 1),
          tourStep<v::ReplaceTourStep>(1, v::tour_step::kNoStep, 1, 1)},
         {message<v::CommTimeout>({{v::comm_timeout::kSeconds, 121}}),
          message<v::CommTimeout>({{v::comm_timeout::kSeconds, 120}})},
@@ -184,8 +168,7 @@ TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
     EXPECT_EQ(unit.exchange(appendStep(1, 1, 0)),
               tourStep<v::AppendTourStep>(1, v::tour_step::kNoStep, 1))
         << "full";
-    EXPECT_EQ(unit.exchange(message<v::InsertTourStep>(
-                  {{v::insert_tour_step::kTour, 1}, {v::insert_tour_step::Step::kPreset, 1}})),
+    EXPECT_EQ(unit.exchange(tourStep<v::InsertTourStep>(1, 0, 1)),
               tourStep<v::InsertTourStep>(1, v::tour_step::kNoStep, 1));
 
     // Going to the preset lands on the same mechanical place whatever the offset.
@@ -207,11 +190,13 @@ TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
 }
 
 TEST(UnitTours, ATourEndsOnTheCommTimeoutAndOnAnyCommandButTheJog) {
+    const auto startTour = message<v::ExecuteTour>();
+    const auto tourStarted = message<v::TourStarted>();
     UnitHarness unit;
     unit.exchange(storePreset(0, 9000, 0));
     unit.exchange(appendStep(0, 0, 0));
     unit.exchange(message<v::CommTimeout>({{v::comm_timeout::kSeconds, 2}}));
-    EXPECT_EQ(unit.exchange(startTour(0)), tourStarted(0));
+    EXPECT_EQ(unit.exchange(startTour), tourStarted);
     unit.advance(1000, true);  // speed 0 jogs keep it alive without ending it
     EXPECT_TRUE(isSet(unit.jog(), r::kTourExecuting));
     unit.advance(1999);
@@ -220,7 +205,7 @@ TEST(UnitTours, ATourEndsOnTheCommTimeoutAndOnAnyCommandButTheJog) {
     EXPECT_FALSE(unit.unit.state().tourRunner.running()) << "silent for 2 s";
     EXPECT_FALSE(isSet(unit.jog(), r::kTourExecuting));
 
-    ASSERT_EQ(unit.exchange(startTour(0)), tourStarted(0));
+    ASSERT_EQ(unit.exchange(startTour), tourStarted);
     unit.advance(500, true);
     ASSERT_TRUE(unit.unit.state().tourRunner.running());
     unit.exchange(message<v::TourStepCountRequest>());
@@ -473,12 +458,6 @@ TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
         return std::vector<Byte>(report.begin() + r::kCameraData,
                                  report.begin() + r::kCameraData + count);
     };
-    // The camera's own words.
-    const auto answer = [&](const std::vector<Byte>& command) {
-        unit.exchange(toCamera1(command));
-        unit.advance(100);
-        return camera1();
-    };
     unit.exchange(toCamera1({0x81, 0x01, 0x04, 0x07, 0x02, 0xFF}));  // zoom tele
     EXPECT_TRUE(camera1().empty()) << "not before the response time-out";
     unit.advance(100);
@@ -486,20 +465,25 @@ TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
     unit.advance(200);
     EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x51, 0xFF}));
     EXPECT_TRUE(camera1().empty()) << "each byte is delivered once";
-    // A command the camera does not know: a syntax error.
-    EXPECT_EQ(answer({0x81, 0x7E, 0xFF}), (std::vector<Byte>{0x90, 0x60, 0x02, 0xFF}));
-    // The power inquiry: on. The zoom and focus inquiries: where the lens
-    // is (128 of 255 each), in four nibbles: zoom 0..0x4000, focus from 0x1000.
-    EXPECT_EQ(answer({0x81, 0x09, 0x04, 0x00, 0xFF}), (std::vector<Byte>{0x90, 0x50, 0x02, 0xFF}));
-    EXPECT_EQ(answer({0x81, 0x09, 0x04, 0x47, 0xFF}),
-              (std::vector<Byte>{0x90, 0x50, 2, 0, 2, 0, 0xFF}));
-    EXPECT_EQ(answer({0x81, 0x09, 0x04, 0x48, 0xFF}),
-              (std::vector<Byte>{0x90, 0x50, 6, 8, 5, 8, 0xFF}));
-    // Broadcasts: address set gives the camera address 1, interface clear
-    // comes back as sent.
-    EXPECT_EQ(answer({0x88, 0x30, 0x01, 0xFF}), (std::vector<Byte>{0x88, 0x30, 0x02, 0xFF}));
-    EXPECT_EQ(answer({0x88, 0x01, 0x00, 0x01, 0xFF}),
-              (std::vector<Byte>{0x88, 0x01, 0x00, 0x01, 0xFF}));
+    using Bytes = std::vector<Byte>;
+    const std::pair<Bytes, Bytes> answers[] = {
+        // A command the camera does not know: a syntax error.
+        {{0x81, 0x7E, 0xFF}, {0x90, 0x60, 0x02, 0xFF}},
+        // The power inquiry: on. The zoom and focus inquiries: where the lens
+        // is (128 of 255 each), in four nibbles: zoom 0..0x4000, focus from
+        // 0x1000.
+        {{0x81, 0x09, 0x04, 0x00, 0xFF}, {0x90, 0x50, 0x02, 0xFF}},
+        {{0x81, 0x09, 0x04, 0x47, 0xFF}, {0x90, 0x50, 2, 0, 2, 0, 0xFF}},
+        {{0x81, 0x09, 0x04, 0x48, 0xFF}, {0x90, 0x50, 6, 8, 5, 8, 0xFF}},
+        // Broadcasts: address set gives the camera address 1, interface
+        // clear comes back as sent.
+        {{0x88, 0x30, 0x01, 0xFF}, {0x88, 0x30, 0x02, 0xFF}},
+        {{0x88, 0x01, 0x00, 0x01, 0xFF}, {0x88, 0x01, 0x00, 0x01, 0xFF}}};
+    for (const auto& [command, answer] : answers) {
+        unit.exchange(toCamera1(command));
+        unit.advance(100);
+        EXPECT_EQ(camera1(), answer);
+    }
 
     std::vector<Byte> text;
     for (int i = 0; i < 60; ++i) {
