@@ -25,9 +25,15 @@ std::int32_t panOf(const std::vector<Byte>& report) {
 std::int32_t tiltOf(const std::vector<Byte>& report) {
     return v::getSigned(report, r::kTilt);
 }
-std::vector<Byte> moveTo(std::int32_t pan, std::int32_t tilt) {
-    return message<v::AbsoluteMove>(
-        {{v::absolute_move::kPan, pan}, {v::absolute_move::kTilt, tilt}});
+// M with pan and tilt in hundredths, three bytes each from byte 1: a move,
+// the offsets, or the answer to either.
+template <class M = v::AngleOffsets>
+std::vector<Byte> panTilt(std::int32_t pan, std::int32_t tilt) {
+    return message<M>({{v::PanTilt<M>::kPan, pan}, {v::PanTilt<M>::kTilt, tilt}});
+}
+constexpr auto moveTo = &panTilt<v::AbsoluteMove>;
+std::vector<Byte> commTimeout(int seconds) {
+    return message<v::CommTimeout>({{v::comm_timeout::kSeconds, seconds}});
 }
 std::vector<Byte> storePreset(int preset, std::int32_t pan, std::int32_t tilt) {
     namespace s = v::store_preset;
@@ -48,14 +54,7 @@ std::vector<Byte> appendStep(int tour, int preset, int dwell) {
     return message<v::AppendTourStep>(
         {{a::kTour, tour}, {a::Step::kPreset, preset}, {a::Step::kDwell, dwell}});
 }
-std::vector<Byte> angleOffsets(std::int32_t pan, std::int32_t tilt) {
-    return message<v::AngleOffsets>(
-        {{v::angle_offsets::kPan, pan}, {v::angle_offsets::kTilt, tilt}});
-}
-std::vector<Byte> setOffsets(std::int32_t pan, std::int32_t tilt) {
-    return message<v::SetAngleOffsets>(
-        {{v::set_angle_offsets::kPan, pan}, {v::set_angle_offsets::kTilt, tilt}});
-}
+constexpr auto setOffsets = &panTilt<v::SetAngleOffsets>;
 
 TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
     struct Step {
@@ -70,6 +69,11 @@ TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
     const auto timeouts = [](int camera1, int camera2) {
         return message<v::CameraTimeouts>(
             {{v::camera_timeouts::kCamera1, camera1}, {v::camera_timeouts::kCamera2, camera2}});
+    };
+    // The video on route 1 with these bits.
+    const auto route1 = [](std::initializer_list<v::Bit<v::VideoConfiguration>> bits,
+                           int length = v::VideoConfiguration::kLength) {
+        return withBits(message<v::VideoConfiguration>({{video::kRoute, 1}}, length), bits);
     };
     const auto maxima =
         message<v::MaximumPair>({{v::maximum_pair::kPan, 40}, {v::maximum_pair::kTilt, 50}});
@@ -105,29 +109,23 @@ TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
          tourStep<v::InsertTourStep>(1, v::tour_step::kNoStep, 1, 1)},
         {tourStep<v::ReplaceTourStep>(1, 9, 1, 1),
          tourStep<v::ReplaceTourStep>(1, v::tour_step::kNoStep, 1, 1)},
-        {message<v::CommTimeout>({{v::comm_timeout::kSeconds, 121}}),
-         message<v::CommTimeout>({{v::comm_timeout::kSeconds, 120}})},
+        {commTimeout(121), commTimeout(120)},
         {message<v::Heater>({{v::heater::kModeByte, 3}}),
          message<v::Heater>({{v::heater::kModeByte, 1}})},
         {timeouts(0, 101), timeouts(10, 10)},
         {timeouts(1, 100), timeouts(1, 100)},  // the shortest and longest time-outs
         // Stored for power up: the store bit stays out of the setting.
-        {withBits(message<v::VideoConfiguration>({{video::kRoute, 1}}),
-                  {video::kPal, video::kStore, video::kCamera1Power}),
-         withBits(message<v::VideoConfiguration>({{video::kRoute, 1}}),
-                  {video::kPal, video::kCamera1Power})},
+        {route1({video::kPal, video::kStore, video::kCamera1Power}),
+         route1({video::kPal, video::kCamera1Power})},
         // The short form keeps the power.
-        {withBits(
-             message<v::VideoConfiguration>({{video::kRoute, 1}}, v::VideoConfiguration::kShortest),
-             {video::kStore}),
-         withBits(message<v::VideoConfiguration>({{video::kRoute, 1}}), {video::kCamera1Power})},
+        {route1({video::kStore}, v::VideoConfiguration::kShortest), route1({video::kCamera1Power})},
         {siteName("Site 1\t     "), message<v::SiteNameStored>()},
         {maxima, maxima},
         {message<v::MaximaRequest>(),
          message<v::Maxima>({{v::maxima::kPan, 40}, {v::maxima::kTilt, 50}})},
         // Preset 2 at 10.00/0.00 and offsets of +5.00/-2.00 read 15.00/-2.00.
         {storePreset(2, 1000, 0), presetRecord<v::StorePreset>(2, 1000, 0)},
-        {setOffsets(500, -200), withCode<v::SetAngleOffsets>(angleOffsets(500, -200))},
+        {setOffsets(500, -200), setOffsets(500, -200)},
         {readPreset(2), presetRecord(2, 1500, -200)},
         // A preset stored at these offsets reads back as it was sent.
         {storePreset(3, 300, 300), presetRecord<v::StorePreset>(3, 300, 300)},
@@ -137,10 +135,8 @@ TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
          message<v::SoftLimitReply>(
              {{v::soft_limit_reply::kLimit, 0}, {v::soft_limit_reply::kPosition, 17500}})},
         // Here reads 1.00/2.00.
-        {message<v::AlignToCoordinates>(
-             {{v::align_to_coordinates::kPan, 100}, {v::align_to_coordinates::kTilt, 200}}),
-         withCode<v::AlignToCoordinates>(angleOffsets(100, 200))},
-        {message<v::ZeroOffsets>(), withCode<v::ZeroOffsets>(angleOffsets(0, 0))},
+        {panTilt<v::AlignToCoordinates>(100, 200), panTilt<v::AlignToCoordinates>(100, 200)},
+        {message<v::ZeroOffsets>(), withCode<v::ZeroOffsets>(panTilt(0, 0))},
         // Four outputs: a fifth is not kept.
         {withBits(message<v::AuxOutputs>(), {aux::kOutput[1], aux::kOutput[3], aux::B{1, 4}}),
          withBits(message<v::AuxOutputs>(), {aux::kOutput[1], aux::kOutput[3]})},
@@ -195,7 +191,7 @@ TEST(UnitTours, ATourEndsOnTheCommTimeoutAndOnAnyCommandButTheJog) {
     UnitHarness unit;
     unit.exchange(storePreset(0, 9000, 0));
     unit.exchange(appendStep(0, 0, 0));
-    unit.exchange(message<v::CommTimeout>({{v::comm_timeout::kSeconds, 2}}));
+    unit.exchange(commTimeout(2));
     EXPECT_EQ(unit.exchange(startTour), tourStarted);
     unit.advance(1000, true);  // speed 0 jogs keep it alive without ending it
     EXPECT_TRUE(isSet(unit.jog(), r::kTourExecuting));
@@ -213,26 +209,21 @@ TEST(UnitTours, ATourEndsOnTheCommTimeoutAndOnAnyCommandButTheJog) {
     EXPECT_FALSE(isSet(unit.jog(), r::kTourExecuting));
 }
 
-// Which of these bits a report shows, by name.
-std::string bitsOf(const std::vector<Byte>& report,
-                   std::initializer_list<std::pair<r::B, const char*>> bits) {
+// Which of pan's limit bits and the axes' fault bits a report shows, by name.
+std::string faultsOf(const std::vector<Byte>& report) {
+    const std::pair<r::B, const char*> bits[] = {{r::kCcwHardLimit, "ccw-hard "},
+                                                 {r::kCwHardLimit, "cw-hard "},
+                                                 {r::kCcwSoftLimit, "ccw-soft "},
+                                                 {r::kCwSoftLimit, "cw-soft "},
+                                                 {r::kPanDirectionFault, "pan-direction "},
+                                                 {r::kPanTimeout, "pan-timeout "},
+                                                 {r::kTiltDirectionFault, "tilt-direction "},
+                                                 {r::kTiltTimeout, "tilt-timeout "}};
     std::string names;
     for (const auto& [bit, name] : bits) {
         names += isSet(report, bit) ? name : "";
     }
     return names;
-}
-std::string faultsOf(const std::vector<Byte>& report) {
-    return bitsOf(report, {{r::kPanDirectionFault, "pan-direction "},
-                           {r::kPanTimeout, "pan-timeout "},
-                           {r::kTiltDirectionFault, "tilt-direction "},
-                           {r::kTiltTimeout, "tilt-timeout "}});
-}
-std::string panLimitsOf(const std::vector<Byte>& report) {
-    return bitsOf(report, {{r::kCcwHardLimit, "ccw-hard "},
-                           {r::kCwHardLimit, "cw-hard "},
-                           {r::kCcwSoftLimit, "ccw-soft "},
-                           {r::kCwSoftLimit, "cw-soft "}});
 }
 
 TEST(UnitFaults, InjectedFaultsLatchUntilResetAndWaitForTheirAxisToBeDriven) {
@@ -348,18 +339,18 @@ TEST(UnitLimits, JogStopsAtTheLimitsUnlessOverriddenOrEndlessAndTheBitsClearInsi
     };
     jogFor(130, {v::jog::kPanCw});
     EXPECT_EQ(panOf(report), 17000);
-    EXPECT_EQ(panLimitsOf(report), "cw-soft ");
+    EXPECT_EQ(faultsOf(report), "cw-soft ");
     jogFor(10, {});
-    EXPECT_EQ(panLimitsOf(report), "") << "inside again";
+    EXPECT_EQ(faultsOf(report), "") << "inside again";
     jogFor(260, {});  // all the way to the CCW one
-    EXPECT_EQ(panLimitsOf(report), "ccw-soft ");
+    EXPECT_EQ(faultsOf(report), "ccw-soft ");
     jogFor(10, {v::jog::kPanCw});
-    EXPECT_EQ(panLimitsOf(report), "") << "inside again";
+    EXPECT_EQ(faultsOf(report), "") << "inside again";
 
     jogFor(300, {v::jog::kPanCw, v::jog::kSoftLimitOverride});
     EXPECT_TRUE(isSet(report, r::kSoftLimitOverridden));
     EXPECT_EQ(panOf(report), 18000);
-    EXPECT_EQ(panLimitsOf(report), "cw-hard ") << "overridden, the soft limit shows no bit";
+    EXPECT_EQ(faultsOf(report), "cw-hard ") << "overridden, the soft limit shows no bit";
     EXPECT_EQ(unit.exchange(message<v::SoftLimit>({{v::soft_limit::kLimit, 0}})),
               message<v::SoftLimitReply>({{v::soft_limit_reply::kPosition, 18000}}))
         << "the CW limit set where the platform is";
@@ -368,7 +359,7 @@ TEST(UnitLimits, JogStopsAtTheLimitsUnlessOverriddenOrEndlessAndTheBitsClearInsi
     bool wrapped = false;
     for (int i = 0; i < 20; ++i) {
         jogFor(1, {v::jog::kPanCw});
-        EXPECT_EQ(panLimitsOf(report), "");
+        EXPECT_EQ(faultsOf(report), "");
         EXPECT_TRUE(std::abs(panOf(report)) <= 18000);
         wrapped = wrapped || panOf(report) < 0;
     }
@@ -402,8 +393,7 @@ TEST(UnitMotion, MovesStepFromWhereThePlatformIsAndReachUpToTheEndsOfTravel) {
     unit.exchange(moveTo(3000, 1000));
     unit.advance(20000);
     ASSERT_EQ(unit.unit.state().motion.mechanicalPan(), 3000);
-    unit.exchange(
-        message<v::DeltaMove>({{v::delta_move::kPan, 500}, {v::delta_move::kTilt, -500}}));
+    unit.exchange(panTilt<v::DeltaMove>(500, -500));
     unit.advance(20000);
     EXPECT_EQ(unit.unit.state().motion.mechanicalPan(), 3500);
     EXPECT_EQ(unit.unit.state().motion.mechanicalTilt(), 500);
