@@ -41,8 +41,7 @@ ReplyAsRead oneReply(PtyUnit& unit, const std::function<void()>& afterFirstRead 
     const auto request = encodeFrame(kStx, 0, vocab::blank<vocab::FirmwareRequest>(), 0);
     EXPECT_EQ(::write(line, request.data(), request.size()), static_cast<ssize_t>(request.size()));
     ReplyAsRead got;
-    std::vector<std::size_t>& reads = got.reads;
-    std::vector<Byte>& reply = got.bytes;
+    auto& [reads, reply] = got;
     QElapsedTimer clock;
     clock.start();
     while ((reply.empty() || reply.back() != kEtx) && clock.elapsed() < 5000) {
