@@ -366,25 +366,6 @@ TEST(UnitLimits, JogStopsAtTheLimitsUnlessOverriddenOrEndlessAndTheBitsClearInsi
     EXPECT_TRUE(wrapped) << "past 180.00 the reading goes on from -180.00";
 }
 
-// A unit asked for the time often keeps to it: moving, in steps smaller
-// than its own, it is neither ahead of the clock nor further along.
-TEST(UnitMotion, SmallClockStepsMoveAsFarAsOneLargeStep) {
-    UnitHarness often;
-    UnitHarness once;
-    for (UnitHarness* unit : {&often, &once}) {
-        unit->exchange(moveTo(3000, 0));
-    }
-    for (std::int64_t ms = 1; ms <= 300; ms += 3) {
-        often.unit.advanceTo(ms);
-        ASSERT_EQ(often.unit.state().nowMs, ms);
-    }
-    once.unit.advanceTo(298);
-    const double far = once.unit.state().motion.mechanicalPan();
-    ASSERT_GT(far, 100);
-    // The ramp, summed in smaller steps, comes out a little different.
-    EXPECT_NEAR(often.unit.state().motion.mechanicalPan(), far, far * 0.05);
-}
-
 // A relative move goes from where the platform is by the pan and tilt
 // steps it carries, each from its own field; a target at the very end of
 // travel is taken, one hundredth past it is not.
@@ -411,22 +392,17 @@ TEST(UnitMotion, MovesStepFromWhereThePlatformIsAndReachUpToTheEndsOfTravel) {
 }
 
 TEST(UnitMotion, MovingBitsNameTheAxisAndItsDirection) {
+    const int down = v::maskOf(r::kMovingDown), up = v::maskOf(r::kMovingUp);
+    const int ccw = v::maskOf(r::kMovingCcw), cw = v::maskOf(r::kMovingCw);
     struct Case {
         std::vector<v::jog::B> flags;
-        int pan;
-        int tilt;
-        int moving;
+        int pan, tilt, moving;
     };
-    const Case cases[] = {
-        {{}, 0, 100, v::maskOf(r::kMovingDown)},
-        {{v::jog::kTiltUp}, 0, 100, v::maskOf(r::kMovingUp)},
-        {{}, 100, 0, v::maskOf(r::kMovingCcw)},
-        {{v::jog::kPanCw}, 100, 0, v::maskOf(r::kMovingCw)},
-        {{v::jog::kPanCw, v::jog::kTiltUp},
-         100,
-         100,
-         v::maskOf(r::kMovingCw) | v::maskOf(r::kMovingUp)},
-    };
+    const Case cases[] = {{{}, 0, 100, down},
+                          {{v::jog::kTiltUp}, 0, 100, up},
+                          {{}, 100, 0, ccw},
+                          {{v::jog::kPanCw}, 100, 0, cw},
+                          {{v::jog::kPanCw, v::jog::kTiltUp}, 100, 100, cw | up}};
     for (const Case& c : cases) {
         SCOPED_TRACE(::testing::Message() << "moving " << c.moving);
         UnitHarness unit;
