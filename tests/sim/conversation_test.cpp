@@ -14,7 +14,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -39,18 +38,12 @@ std::string hex(const std::vector<Byte>& bytes) {
 }
 
 std::string replies(const std::vector<DecodedFrame>& frames) {
-    if (frames.empty()) {
-        return "< nothing";
-    }
     std::string out;
     for (const DecodedFrame& frame : frames) {
-        out += frame.start == kAck ? "< " : "< NAK ";
-        out += hex(frame.message);
-        out += frame.lrcGood ? "" : " (bad LRC)";
-        out += '\n';
+        out += (out.empty() ? "< " : "\n< ") + std::string(frame.start == kAck ? "" : "NAK ") +
+               hex(frame.message) + (frame.lrcGood ? "" : " (bad LRC)");
     }
-    out.pop_back();
-    return out;
+    return frames.empty() ? "< nothing" : out;
 }
 
 // The unit's stored settings as its state file writes them, a set of lines.
@@ -76,8 +69,7 @@ std::vector<std::vector<Byte>> payloadsFor(std::size_t size) {
         // Small numbers, and angles of a few degrees where angles go.
         payloads[4][i] = i % 3 == 2 ? 0 : static_cast<Byte>((i * 37 + 5) % 40);
     }
-    std::vector<Byte> longer(size + 1, 0x33);
-    payloads.push_back(longer);
+    payloads.emplace_back(size + 1, 0x33);
     return payloads;
 }
 
@@ -93,9 +85,7 @@ std::string converse() {
             continue;
         }
         UnitHarness unit(options);
-        char title[32];
-        std::snprintf(title, sizeof title, "# command %02X\n", code);
-        out << title;
+        out << "# command " << hex({static_cast<Byte>(code)}) << '\n';
         for (const std::vector<Byte>& payload : payloadsFor(entry->minPayload)) {
             std::vector<Byte> message(payload.size() + 1, static_cast<Byte>(code));
             std::copy(payload.begin(), payload.end(), message.begin() + 1);

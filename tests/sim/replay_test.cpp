@@ -46,11 +46,8 @@ TEST(Replay, AnswersEachCodeWithItsRecordedRepliesInOrderThenTheLastAgain) {
     const auto preset1 = reply(presetRecord(1, 3));
     const auto report = reply(test::report(v::JogMessage::kCode, {{v::report::kPan, 1234}},
                                            v::PositionReport::kJogLength));
-    const auto badReport = [&] {
-        auto wire = report;
-        wire[wire.size() - 2] ^= 1;
-        return wire;
-    }();
+    auto badReport = report;
+    badReport[badReport.size() - 2] ^= 1;  // the LRC
     const std::vector<LineRecord> records = {
         sent(kJog),
         received({'n', 'o'}, Verdict::Noise),  // noise is no reply
