@@ -112,7 +112,8 @@ TEST(UnitWire, ReplyBytesAreStuffedAndSplitFramesWaitForTheirEnd) {
 TEST(UnitWire, RandomInputNeitherCrashesNorStopsTheUnit) {
     UnitOptions options;
     options.alignmentMs = options.homingMs = 50;
-    Unit unit(options);
+    UnitHarness harness(options);
+    Unit& unit = harness.unit;
     std::mt19937 random(12345);
     std::int64_t now = 0;
     for (int round = 0; round < 50000; ++round) {
@@ -128,14 +129,9 @@ TEST(UnitWire, RandomInputNeitherCrashesNorStopsTheUnit) {
     // Whatever the noise left behind, a clean frame after an ETX is answered.
     unit.advanceTo(now + 60000);
     unit.takeOutput();
-    const auto wire = joined({kEtx}, frame(0, v::readRequest<v::CommTimeout>(), 0));
-    unit.receiveFromConsole(wire.data(), wire.size());
-    const auto frames = decodeFrames(unit.takeOutput());
-    ASSERT_EQ(frames.size(), 1u);
-    EXPECT_EQ(frames[0].start, kAck);
-    EXPECT_EQ(frames[0].address, unit.state().settings.unitId);
-    EXPECT_TRUE(frames[0].lrcGood);
-    EXPECT_EQ(frames[0].message.at(0), v::CommTimeout::kCode);
+    unit.receiveFromConsole(&kEtx, 1);
+    harness.id = unit.state().settings.unitId;  // the noise may have changed it
+    EXPECT_EQ(harness.exchange(v::readRequest<v::CommTimeout>()).at(0), v::CommTimeout::kCode);
 }
 
 TEST(UnitWire, LineFaultsCorruptAddNoiseDropAndFallSilent) {
@@ -197,17 +193,13 @@ TEST(UnitWire, ChatterIsWellFormedRepliesForTheConsoleOneInFiveCutShort) {
 }
 
 TEST(LineControl, EveryCommandAndItsValuesAndWhatIsRefused) {
+    using K = LineCommand::Kind;
     const std::pair<const char*, LineCommand> good[] = {
-        {"clean", {LineCommand::Kind::Clean, 0, 0}},
-        {"noise 0.25", {LineCommand::Kind::Noise, 0.25, 0}},
-        {"corrupt 1", {LineCommand::Kind::Corrupt, 1.0, 0}},
-        {"  drop   0  ", {LineCommand::Kind::Drop, 0.0, 0}},
-        {"chatter 2", {LineCommand::Kind::Chatter, 0, 2}},
-        {"chatter 0", {LineCommand::Kind::Chatter, 0, 0}},
-        {"pace 9600", {LineCommand::Kind::Pace, 0, 9600}},
-        {"pace 0", {LineCommand::Kind::Pace, 0, 0}},
-        {"silent 4", {LineCommand::Kind::Silent, 0, 4}},
-    };
+        {"clean", {K::Clean, 0, 0}},         {"noise 0.25", {K::Noise, 0.25, 0}},
+        {"corrupt 1", {K::Corrupt, 1.0, 0}}, {"  drop   0  ", {K::Drop, 0.0, 0}},
+        {"chatter 2", {K::Chatter, 0, 2}},   {"chatter 0", {K::Chatter, 0, 0}},
+        {"pace 9600", {K::Pace, 0, 9600}},   {"pace 0", {K::Pace, 0, 0}},
+        {"silent 4", {K::Silent, 0, 4}}};
     for (const auto& [text, expected] : good) {
         SCOPED_TRACE(text);
         const auto parsed = parseLineCommand(text);
@@ -233,7 +225,7 @@ TEST(LineControl, EveryCommandAndItsValuesAndWhatIsRefused) {
     commands = reader.feed("\nclean\n", 7);
     ASSERT_EQ(commands.size(), 2u);
     EXPECT_EQ(std::get<std::string>(commands[0]), "line too long");
-    EXPECT_EQ(std::get<LineCommand>(commands[1]).kind, LineCommand::Kind::Clean);
+    EXPECT_EQ(std::get<LineCommand>(commands[1]).kind, K::Clean);
 }
 
 TEST(SimCommandLine, ParsesEveryOptionAndRejectsBadValues) {
