@@ -10,10 +10,6 @@ using namespace halvex;
 using namespace halvex::testing;
 
 namespace {
-bool anyLostDevice(const QStringList& faults) {
-    return faults.join(QLatin1Char('\n')).contains(QStringLiteral(" lost: "));
-}
-
 // Replies keep coming: the jog messages are answered.
 bool repliesFlow(PtyConsole& console) {
     FormState& state = console.window->state();
@@ -51,6 +47,7 @@ TEST(LineHiccup, AnEmptyWakeupOrABurstOfChatterIsNoLostDevice) {
 
     EXPECT_TRUE(stayedOnline);
     EXPECT_TRUE(console.titleEnds(" Online"));
-    EXPECT_FALSE(anyLostDevice(console.faults)) << console.faults.join('\n').toStdString();
+    const QString told = console.faults.join(QLatin1Char('\n'));
+    EXPECT_FALSE(told.contains(QStringLiteral(" lost: "))) << told.toStdString();
     EXPECT_TRUE(console.window->SSTab1().isEnabled());
 }

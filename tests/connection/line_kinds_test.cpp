@@ -128,17 +128,15 @@ class InProcessUnit : public UnitOnLine {
     bool ready() const override { return true; }
     QString device() const override { return QStringLiteral("virtual"); }
     SerialPort* port() override { return port_; }
-    void takeAway() override {
-        port_->setOpenFails(true);
-        port_->setWriteFails(true);
-    }
-    bool bringBack() override {
-        port_->setOpenFails(false);
-        port_->setWriteFails(false);
-        return true;
-    }
+    void takeAway() override { fail(true); }
+    bool bringBack() override { return fail(false); }
 
   private:
+    bool fail(bool fails) {
+        port_->setOpenFails(fails);
+        port_->setWriteFails(fails);
+        return true;
+    }
     sim::Unit unit_{[] {
         sim::UnitOptions options;
         options.alignmentMs = options.homingMs = 300;
@@ -217,12 +215,8 @@ void onEveryLine(std::vector<Line>& lines,
 }
 
 bool allOf(std::vector<Line>& lines, const std::function<bool(HeadlessConsole&)>& holds) {
-    return runUntil(
-        [&] {
-            return std::all_of(lines.begin(), lines.end(),
-                               [&](Line& line) { return holds(*line.console); });
-        },
-        20000);
+    const auto each = [&](Line& line) { return holds(*line.console); };
+    return runUntil([&] { return std::all_of(lines.begin(), lines.end(), each); }, 20000);
 }
 
 // Moves the platform on every line at once, and waits until each is there.
