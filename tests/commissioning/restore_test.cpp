@@ -359,7 +359,7 @@ TEST_F(WindowlessRestore, ALimitIsNotSetWhereverThePlatformIsWhenItCannotBeMoved
     ASSERT_TRUE(planFor(farLimit()).moves());
     // The unit hears everything but the jog messages that would move it; a
     // short watchdog gives up on them sooner.
-    line.link().Timer4().setInterval(200);
+    line.link().Timer4().setInterval(100);
     peer.onFrame = [&](const RecordingPeer::Frame& frame) {
         peer.setConnected(!isJog(frame.message));
     };
@@ -378,7 +378,7 @@ TEST_F(WindowlessRestore, ALimitIsNotSetWhereverThePlatformIsWhenItCannotBeMoved
 TEST_F(WindowlessRestore, ATourTheUnitDoesNotAnswerForStopsTheRestoreThere) {
     UnitSettings file = before;
     file.tours[1] = {commissioning::TourStep::of(4, 0, 5, false)};
-    line.link().Timer4().setInterval(200);
+    line.link().Timer4().setInterval(100);
     for (const bool clearing : {true, false}) {
         SCOPED_TRACE(clearing ? "clearing" : "appending");
         peer.onFrame = [&](const RecordingPeer::Frame& frame) {
