@@ -193,10 +193,14 @@ TEST(Jogging, SpeedsDirectionsAndFlagsTravelInTheJogMessage) {
     const int panCwTiltUp = v::maskOf(j::kPanCw) | v::maskOf(j::kTiltUp);
     rig.press(Qt::LeftButton, 100, 400);  // left of and below the centre
     EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0, 155, 145}));
-    rig.move(Qt::LeftButton, 400, 100);  // right of and above
-    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{panCwTiltUp, 145, 155}));
     // On a centre line: no speed on that axis, and its direction stays as it
     // was, also while the other axis moves.
+    rig.move(Qt::LeftButton, 255, 400);
+    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0, 0, 145}));
+    rig.move(Qt::LeftButton, 100, 255);
+    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0, 155, 0}));
+    rig.move(Qt::LeftButton, 400, 100);  // right of and above
+    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{panCwTiltUp, 145, 155}));
     rig.move(Qt::LeftButton, 400, 255);
     EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{panCwTiltUp, 145, 0}));
     rig.move(Qt::LeftButton, 255, 100);
@@ -207,9 +211,14 @@ TEST(Jogging, SpeedsDirectionsAndFlagsTravelInTheJogMessage) {
     // Far edges stop at the largest speed byte; 512.9 is still inside.
     rig.move(Qt::LeftButton, 512.9, 0);
     EXPECT_EQ(rig.speeds(), "255 255");
+    rig.move(Qt::LeftButton, 0, 512.9);
+    EXPECT_EQ(rig.speeds(), "255 255");
     // Just outside, or with another button held too: everything stops.
-    rig.move(Qt::LeftButton, -0.1, 200);
-    EXPECT_EQ(rig.speeds(), "0 0");
+    for (const auto& [x, y] : {std::pair{-0.1, 200.0}, {513.0, 200.0}, {200.0, 513.0}}) {
+        rig.move(Qt::LeftButton, 300, 200);
+        rig.move(Qt::LeftButton, x, y);
+        EXPECT_EQ(rig.speeds(), "0 0") << x << ' ' << y;
+    }
     rig.move(Qt::LeftButton, 300, 200);
     EXPECT_EQ(rig.speeds(), "45 55");
     rig.move(Qt::LeftButton | Qt::RightButton, 300, 200);
