@@ -124,12 +124,18 @@ TEST(CameraLists, ListFilesLoadAListAndPickCommandsPerCamera) {
     EXPECT_TRUE(rig.shown[0].text.contains("\"cut.CCL\"") && rig.shown[0].text.contains("line 3"))
         << rig.shown[0].text.toStdString();
     EXPECT_EQ(rig.items("CamTypeCombo_0"), QStringList({"Whole"}));
+    // Its header alone is enough to stay.
+    write(lists.filePath("cut.CCL"), "\"Cut camera\"\n\"Cut\",H\n");
+    rig.press("CamTypeBut_0");
+    rig.pick("CamTypeCombo_0", "cut.CCL");
+    EXPECT_EQ(rig.text("Label26_0"), "Cut camera");
+    EXPECT_TRUE(rig.items("CamTypeCombo_0").isEmpty());
 
     // A file that went away: the message, and the files are offered again.
     rig.press("CamTypeBut_0");
     QFile::remove(lists.filePath("long.CCL"));
     rig.pick("CamTypeCombo_0", "long.CCL");
-    ASSERT_EQ(rig.shown.size(), 2u);
+    ASSERT_EQ(rig.shown.size(), 3u);
     EXPECT_EQ(rig.items("CamTypeCombo_0"), QStringList({"cut.CCL", "Short.ccl"}));
     EXPECT_EQ(rig.items("CamTypeCombo_1"), QStringList({"Lower h"}));
 
