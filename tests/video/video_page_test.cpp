@@ -107,6 +107,8 @@ TEST_F(VideoPage, RepliesFillTheControlsAndSendNothing) {
     const std::pair<Bytes, const char*> cases[] = {
         {video(2, {}),
          "VidOption_2 !BlankCheck_0 !BlankCheck_1 LVidOption_2 !PALCheck !CamPwrCheck_0"},
+        // Output 1 blanked alone stands for "Video Sel".
+        {video(1, {vc::kBlankOutput1}), "VidOption_1 !BlankCheck_0 BlankCheck_1 LVidOption_1"},
         // Store and read bits dropped, power bits only: every bit set. Output
         // 2 blanked stands for the legacy "Undefined".
         {message<VC>({{vc::kModeByte, 255}, {vc::kRoute, 5}, {vc::kPower, 255}}),
