@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QListWidget>
 #include <QScrollBar>
 
 #include "positioning/tour_step_line.h"
@@ -42,6 +43,15 @@ TEST(TourEdit, SelectingATourReadsItsStepsAndEachEditSendsItsBytes) {
     rig.window->SSTab1().setCurrentIndex(3);  // the tour page offers the presets
     EXPECT_EQ(rig.lines("ScriptPreList"), rig.lines("PresetList"));
     EXPECT_EQ(rig.lines("ScriptPreList").size(), 32);
+    // The preset picked for a step stays picked when the page comes back,
+    // the first one too.
+    auto* choices = rig.find<QListWidget>(QStringLiteral("ScriptPreList"));
+    for (const int row : {0, 5}) {
+        choices->setCurrentRow(row);
+        rig.window->SSTab1().setCurrentIndex(0);
+        rig.window->SSTab1().setCurrentIndex(3);
+        EXPECT_EQ(choices->currentRow(), row);
+    }
     auto* dwell = rig.find<QScrollBar>(QStringLiteral("WaitScroll"));
     for (const auto& [seconds, label] :
          {std::pair{1, "Dwell 1 Sec"}, {0, "Dwell 0 Secs"}, {2, "Dwell 2 Secs"}}) {
