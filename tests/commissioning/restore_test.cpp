@@ -403,6 +403,47 @@ TEST_F(WindowlessRestore, ATourTheUnitDoesNotAnswerForStopsTheRestoreThere) {
     }
 }
 
+// One append whose reply is lost: the tour is cleared and written again
+// whole, and the restore goes on.
+TEST_F(WindowlessRestore, ATourWithALostAppendReplyIsWrittenAgainWhole) {
+    UnitSettings file = before;
+    file.tours[1] = {commissioning::TourStep::of(4, 0, 5, false),
+                     commissioning::TourStep::of(6, 0, 7, false)};
+    line.link().Timer4().setInterval(100);
+    bool lost = false;
+    peer.onFrame = [&](const RecordingPeer::Frame& frame) {
+        const bool drop = !lost && is<v::AppendTourStep>(frame.message);
+        lost = lost || drop;
+        peer.setConnected(!drop);
+    };
+    const RestoreResult result = restore(file);
+    peer.onFrame = nullptr;
+    EXPECT_TRUE(result.verified()) << result.problem.toStdString();
+    const std::vector<Message_> sent = peer.messages(false);  // a clear may be asked twice
+    EXPECT_GE(std::count_if(sent.begin(), sent.end(), is<v::ClearTour>), 2);
+    ASSERT_EQ(unit.state().tours.size(1), 2);
+    EXPECT_EQ(unit.state().tours.step(1, 0)->presetNumber(), 4);
+    EXPECT_EQ(unit.state().tours.step(1, 1)->presetNumber(), 6);
+}
+
+// A step the unit does not answer for is named when the unit is read.
+TEST_F(WindowlessRestore, ReadingNamesTheTourStepTheUnitDoesNotAnswerFor) {
+    unit.state().tours.append(1, {1, 5});
+    unit.state().tours.append(1, {2, 5});
+    line.link().Timer4().setInterval(100);
+    peer.onFrame = [&](const RecordingPeer::Frame& frame) {
+        namespace r = v::tour_step_request;
+        peer.setConnected(!(is<v::TourStepRequest>(frame.message) &&
+                            v::get(frame.message, r::kTour) == 1 &&
+                            v::get(frame.message, r::kStep) == 1));
+    };
+    const UnitRead read = finish(readUnit(asking, Progress{}), CommissioningRig::kLongestJobMs);
+    peer.onFrame = nullptr;
+    EXPECT_FALSE(read.settings.has_value());
+    EXPECT_EQ(read.problem,
+              QStringLiteral("No reply from the unit to the request for step 2 of tour 2."));
+}
+
 // The progress counts a step for each command written: values that one
 // command writes together are one step.
 TEST_F(WindowlessRestore, CountsOneStepForEachCommandWritten) {
