@@ -196,10 +196,11 @@ QWidget* InputSettingsDialog::buildKeyboard(const KeyboardJog::Speeds& speeds) {
         new QGroupBox(QStringLiteral("Keyboard (Pan/Tilt page, no text field in use)"), this);
     auto* row = new QHBoxLayout(box);
     auto* form = new QFormLayout;
-    normal_ = speedBox(QStringLiteral("KeySpeedSpin"), speeds.normal, 255);
-    fast_ = speedBox(QStringLiteral("KeyFastSpin"), speeds.fast, 255);
-    slow_ = speedBox(QStringLiteral("KeySlowSpin"), speeds.slow, 255);
-    zoom_ = speedBox(QStringLiteral("KeyZoomSpin"), speeds.zoom, 127);
+    using Speeds = KeyboardJog::Speeds;
+    normal_ = speedBox(QStringLiteral("KeySpeedSpin"), speeds.normal, Speeds::kFastestJog);
+    fast_ = speedBox(QStringLiteral("KeyFastSpin"), speeds.fast, Speeds::kFastestJog);
+    slow_ = speedBox(QStringLiteral("KeySlowSpin"), speeds.slow, Speeds::kFastestJog);
+    zoom_ = speedBox(QStringLiteral("KeyZoomSpin"), speeds.zoom, Speeds::kFastestZoom);
     form->addRow(QStringLiteral("Arrow speed:"), normal_);
     form->addRow(QStringLiteral("With Shift:"), fast_);
     form->addRow(QStringLiteral("With Ctrl:"), slow_);

@@ -7,6 +7,7 @@
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QTextEdit>
+#include <algorithm>
 
 #include "input/jog_gate.h"
 
@@ -52,6 +53,13 @@ KeyboardJog::KeyboardJog(JogSources& sources, JogGate& gate, QWidget& window, QO
         held_.clear();
         sources_.release(JogSource::Keyboard);
     });
+}
+
+void KeyboardJog::setSpeeds(const Speeds& speeds) {
+    speeds_.normal = std::clamp(speeds.normal, 1, Speeds::kFastestJog);
+    speeds_.fast = std::clamp(speeds.fast, 1, Speeds::kFastestJog);
+    speeds_.slow = std::clamp(speeds.slow, 1, Speeds::kFastestJog);
+    speeds_.zoom = std::clamp(speeds.zoom, 1, Speeds::kFastestZoom);
 }
 
 QStringList KeyboardJog::keyList() {

@@ -22,8 +22,10 @@ class JogGate;
 class KeyboardJog : public QObject {
     Q_OBJECT
   public:
-    // Pan and tilt speeds for the arrows, and the zoom speed (0..127).
+    // Pan and tilt speeds for the arrows, and the zoom speed.
     struct Speeds {
+        static constexpr int kFastestJog = 255;
+        static constexpr int kFastestZoom = 127;
         int normal = 96;
         int fast = 255;
         int slow = 24;
@@ -32,7 +34,9 @@ class KeyboardJog : public QObject {
 
     KeyboardJog(JogSources& sources, JogGate& gate, QWidget& window, QObject* parent = nullptr);
 
-    void setSpeeds(const Speeds& speeds) { speeds_ = speeds; }
+    // Speeds out of range (a hand-edited settings file) are brought to the
+    // nearest the unit takes; a key always moves, so none is below 1.
+    void setSpeeds(const Speeds& speeds);
     const Speeds& speeds() const { return speeds_; }
 
     // The keys, as the input settings and the README list them.

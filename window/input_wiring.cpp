@@ -19,9 +19,8 @@ KeyboardJog::Speeds keptSpeeds() {
     const auto settings = userSettings();
     KeyboardJog::Speeds speeds;
     int* fields[] = {&speeds.normal, &speeds.fast, &speeds.slow, &speeds.zoom};
-    const int maxima[] = {255, 255, 255, 127};
     for (int i = 0; i < 4; ++i) {
-        *fields[i] = std::clamp(settings->value(kSpeedKeys[i], *fields[i]).toInt(), 1, maxima[i]);
+        *fields[i] = settings->value(kSpeedKeys[i], *fields[i]).toInt();
     }
     return speeds;
 }

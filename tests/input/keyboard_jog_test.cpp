@@ -66,6 +66,24 @@ TEST_F(KeyboardJogTest, ArrowsJogWhileHeldShiftFasterCtrlSlower) {
     }
 }
 
+// Speeds from a hand-edited settings file: each is brought to the nearest
+// the unit takes, rather than wrapping around in its byte or never moving.
+TEST_F(KeyboardJogTest, SpeedsOutOfRangeJogAtTheNearestTheUnitTakes) {
+    KeyboardJog& keyboard = *rig().window->input().keyboard;
+    const KeyboardJog::Speeds kept = keyboard.speeds();
+    const auto taken = [&keyboard](KeyboardJog::Speeds speeds) {
+        keyboard.setSpeeds(speeds);
+        speeds = keyboard.speeds();
+        return std::array{speeds.normal, speeds.fast, speeds.slow, speeds.zoom};
+    };
+    EXPECT_EQ(taken({0, -1, 300, -7}), (std::array{1, 1, 255, 1}));
+    EXPECT_EQ(taken({999, 256, -5, 128}), (std::array{255, 255, 1, 127}));
+    press(Qt::Key_Right);
+    EXPECT_EQ(rig().nextMotion()[0], 255);
+    release(Qt::Key_Right);
+    keyboard.setSpeeds(kept);
+}
+
 TEST_F(KeyboardJogTest, HomeMovesHomeAndEscStopsEverything) {
     press(Qt::Key_Home);
     EXPECT_TRUE(rig().sends({0x36}));
