@@ -168,6 +168,8 @@ TEST(SettingsFile, NamesWhatIsWrongWithAValue) {
          "presets/7 lens is 256, outside 0..255"},
         {"7 = -116.45 44.93 7 1 0 255", "7 = 540.01 44.93 7 1 0 255",
          "presets/7 pan is 540.01, outside"},
+        {"7 = -116.45 44.93 7 1 0 255", "7 = -116.45 270.01 7 1 0 255",
+         "presets/7 tilt is 270.01, outside"},
         {"1 = 5/1/10/yes", "1 = 5/1/10/y", "tours/1 step '5/1/10/y' is not preset/camera"},
         {"1 = 5/1/10/yes", "1 = 5/1/128/yes", "tours/1 dwell is 128, outside 0..127"},
         {"1 = 5/1/10/yes", "1 = 64/1/10/yes", "tours/1 preset is 64, outside 0..63"},
