@@ -169,6 +169,22 @@ TEST(SendPath, AReplyLostWithAPortReopenedInPlaceIsReportedAsUnanswered) {
     EXPECT_FALSE(rig.state.LinkFault);
 }
 
+// A unit that stopped answering keeps only the last eight frames awaited: a
+// wait on an older one ends as the ninth goes out, not at the watchdog.
+TEST(SendPath, OnlyTheLastEightFramesAreAwaited) {
+    FastRig rig;
+    rig.link.Timer4().setInterval(60000);
+    rig.unit.setScript([](const ScriptedUnit::Frame&) { return std::nullopt; });
+    std::vector<FrameTicket> frames;
+    for (int i = 0; i < 9; ++i) {
+        frames.push_back(finish(sendMessage(rig.state, rig.link, kHome)));
+        ASSERT_TRUE(wentOut(frames.back()));
+    }
+    EXPECT_FALSE(finish(rig.link.awaitReply(frames[0]), 1000));
+    EXPECT_FALSE(frames[1]->unanswered);
+    EXPECT_TRUE(rig.link.Timer4().isActive());
+}
+
 // A serial library may report one wakeup as several errors in a row; they
 // are one failure, looked at once. Until it is looked at, a tick writes
 // nothing: the write would fail too and tell of a jog message lost on a
