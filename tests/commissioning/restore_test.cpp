@@ -426,6 +426,41 @@ TEST_F(WindowlessRestore, ATourWithALostAppendReplyIsWrittenAgainWhole) {
     EXPECT_EQ(unit.state().tours.step(1, 1)->presetNumber(), 6);
 }
 
+// A unit whose tour holds fewer steps than the file's: the append it answers
+// with no step ends the tour's writing, and the read-back names the tour as
+// not taken, instead of the tour being written again.
+TEST_F(WindowlessRestore, ATourTheUnitHasNoRoomForIsNamedAsNotTaken) {
+    UnitSettings file = before;
+    file.tours[1] = {commissioning::TourStep::of(4, 0, 5, false),
+                     commissioning::TourStep::of(6, 0, 7, false)};
+    // A unit with room for one step only: it answers the second append with
+    // no step, and holds one step when it is read back.
+    int appends = 0;
+    peer.onFrame = [&](const RecordingPeer::Frame& frame) {
+        const bool full = is<v::AppendTourStep>(frame.message) && ++appends == 2;
+        peer.setConnected(!full);
+        if (full) {
+            QTimer::singleShot(0, &line, [this] {
+                namespace t = v::tour_step;
+                Message_ noRoom =
+                    test::message<v::TourStep>({{t::kTour, 1}, {t::kStep, t::kNoStep}});
+                noRoom[0] = v::AppendTourStep::kCode;
+                port->injectIncoming(encodeFrame(kAck, 0, noRoom, 0));
+            });
+        } else if (appends == 2 && unit.state().tours.size(1) == 2) {
+            unit.state().tours.remove(1, 1);
+        }
+    };
+    const RestoreResult result = restore(file);
+    peer.onFrame = nullptr;
+    EXPECT_TRUE(result.finished) << result.problem.toStdString();
+    ASSERT_EQ(result.notTaken.size(), 1u);
+    EXPECT_EQ(result.notTaken[0].label, "tours/2");
+    const std::vector<Message_> sent = peer.messages(false);
+    EXPECT_EQ(std::count_if(sent.begin(), sent.end(), is<v::ClearTour>), 1);
+    EXPECT_EQ(unit.state().tours.size(1), 1);
+}
+
 // A step the unit does not answer for is named when the unit is read.
 TEST_F(WindowlessRestore, ReadingNamesTheTourStepTheUnitDoesNotAnswerFor) {
     unit.state().tours.append(1, {1, 5});
