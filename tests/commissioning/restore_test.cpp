@@ -374,7 +374,7 @@ TEST_F(WindowlessRestore, ALimitIsNotSetWhereverThePlatformIsWhenItCannotBeMoved
 
 // A tour the unit does not answer for: its steps are not appended to
 // whatever the tour held, and the restore stops there. The clearing is
-// answered only by a late reply that names another tour.
+// answered only by a reply cut short and a late one that names another tour.
 TEST_F(WindowlessRestore, ATourTheUnitDoesNotAnswerForStopsTheRestoreThere) {
     UnitSettings file = before;
     file.tours[1] = {commissioning::TourStep::of(4, 0, 5, false)};
@@ -387,6 +387,7 @@ TEST_F(WindowlessRestore, ATourTheUnitDoesNotAnswerForStopsTheRestoreThere) {
             peer.setConnected(!unanswered);
             if (unanswered && clearing) {
                 QTimer::singleShot(0, &line, [this] {
+                    port->injectIncoming(encodeFrame(kAck, 0, {v::TourCleared::kCode}, 0));
                     port->injectIncoming(encodeFrame(
                         kAck, 0, test::message<v::TourCleared>({{v::tour_cleared::kTour, 0}}), 0));
                 });
