@@ -399,6 +399,7 @@ TEST_F(WindowlessRestore, ATourTheUnitDoesNotAnswerForStopsTheRestoreThere) {
         peer.setConnected(true);
         EXPECT_EQ(result.problem,
                   QStringLiteral("No reply from the unit to tour 2; the restore stopped there."));
+        EXPECT_FALSE(result.finished);
         const std::vector<Message_> sent = peer.messages(false);
         EXPECT_EQ(std::none_of(sent.begin(), sent.end(), is<v::AppendTourStep>), clearing);
     }
@@ -425,6 +426,25 @@ TEST_F(WindowlessRestore, ATourWithALostAppendReplyIsWrittenAgainWhole) {
     ASSERT_EQ(unit.state().tours.size(1), 2);
     EXPECT_EQ(unit.state().tours.step(1, 0)->presetNumber(), 4);
     EXPECT_EQ(unit.state().tours.step(1, 1)->presetNumber(), 6);
+}
+
+// The offsets change what the soft limits and presets read. A file that
+// moves the pan offset, with every reading moved with it but preset 2's,
+// has only preset 2 written: what the unit holds is read again after the
+// offsets are written.
+TEST_F(WindowlessRestore, AnglesAreComparedAsTheyReadAfterTheOffsetsAreWritten) {
+    constexpr std::int32_t kShift = 1000;
+    UnitSettings file = before;
+    file.values["offsets/pan-offset"] += kShift;
+    file.values["soft-limits/cw"] += kShift;
+    file.values["soft-limits/ccw"] += kShift;
+    for (std::size_t n = 0; n < file.presets.size(); ++n) {
+        file.presets[n].pan += n == 2 ? 0 : kShift;
+    }
+    const RestoreResult result = restore(file);
+    EXPECT_TRUE(result.verified()) << result.problem.toStdString();
+    const std::vector<Message_> sent = peer.messages(false);
+    EXPECT_EQ(std::count_if(sent.begin(), sent.end(), is<v::StorePreset>), 1);
 }
 
 // A unit whose tour holds fewer steps than the file's: the append it answers
