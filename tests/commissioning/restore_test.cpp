@@ -432,19 +432,41 @@ TEST_F(WindowlessRestore, ATourWithALostAppendReplyIsWrittenAgainWhole) {
 // moves the pan offset, with every reading moved with it but preset 2's,
 // has only preset 2 written: what the unit holds is read again after the
 // offsets are written.
-TEST_F(WindowlessRestore, AnglesAreComparedAsTheyReadAfterTheOffsetsAreWritten) {
+UnitSettings withPanOffsetMoved(UnitSettings file) {
     constexpr std::int32_t kShift = 1000;
-    UnitSettings file = before;
     file.values["offsets/pan-offset"] += kShift;
     file.values["soft-limits/cw"] += kShift;
     file.values["soft-limits/ccw"] += kShift;
     for (std::size_t n = 0; n < file.presets.size(); ++n) {
         file.presets[n].pan += n == 2 ? 0 : kShift;
     }
-    const RestoreResult result = restore(file);
+    return file;
+}
+
+TEST_F(WindowlessRestore, AnglesAreComparedAsTheyReadAfterTheOffsetsAreWritten) {
+    const RestoreResult result = restore(withPanOffsetMoved(before));
     EXPECT_TRUE(result.verified()) << result.problem.toStdString();
     const std::vector<Message_> sent = peer.messages(false);
     EXPECT_EQ(std::count_if(sent.begin(), sent.end(), is<v::StorePreset>), 1);
+}
+
+// Cancel as the last preset is stored: the restore ends there, with no
+// tour written and nothing read back.
+TEST_F(WindowlessRestore, CancelOnceThePresetsAreWrittenEndsTheRestoreThere) {
+    UnitSettings file = withPanOffsetMoved(before);
+    bool stored = false;
+    peer.onFrame = [&](const RecordingPeer::Frame& frame) {
+        stored = stored || is<v::StorePreset>(frame.message);
+    };
+    Progress progress;
+    progress.cancelled = [&] { return stored; };
+    const RestoreResult result = restore(file, progress);
+    peer.onFrame = nullptr;
+    EXPECT_TRUE(result.cancelled);
+    EXPECT_FALSE(result.finished);
+    const std::vector<Message_> sent = peer.messages(false);
+    EXPECT_TRUE(std::none_of(std::find_if(sent.begin(), sent.end(), is<v::StorePreset>), sent.end(),
+                             is<v::TourStepCountRequest>));
 }
 
 // A unit whose tour holds fewer steps than the file's: the append it answers
