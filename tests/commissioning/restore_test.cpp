@@ -444,10 +444,12 @@ UnitSettings withPanOffsetMoved(UnitSettings file) {
 }
 
 TEST_F(WindowlessRestore, AnglesAreComparedAsTheyReadAfterTheOffsetsAreWritten) {
-    const RestoreResult result = restore(withPanOffsetMoved(before));
+    UnitSettings file = withPanOffsetMoved(before);
+    file.presets[5].tilt += 500;  // and one that differs in tilt alone
+    const RestoreResult result = restore(file);
     EXPECT_TRUE(result.verified()) << result.problem.toStdString();
     const std::vector<Message_> sent = peer.messages(false);
-    EXPECT_EQ(std::count_if(sent.begin(), sent.end(), is<v::StorePreset>), 1);
+    EXPECT_EQ(std::count_if(sent.begin(), sent.end(), is<v::StorePreset>), 2);
 }
 
 // Cancel as the last preset is stored: the restore ends there, with no
@@ -467,6 +469,23 @@ TEST_F(WindowlessRestore, CancelOnceThePresetsAreWrittenEndsTheRestoreThere) {
     const std::vector<Message_> sent = peer.messages(false);
     EXPECT_TRUE(std::none_of(std::find_if(sent.begin(), sent.end(), is<v::StorePreset>), sent.end(),
                              is<v::TourStepCountRequest>));
+}
+
+// Cancel while the lenses drive to a preset's positions: the preset does
+// not take them, and the restore says it was cancelled.
+TEST_F(WindowlessRestore, CancelDuringALensMoveLeavesThePresetWithoutLenses) {
+    UnitSettings file = before;
+    file.presets[5].lens = {60, 70, 80, 90};
+    bool driving = false;
+    peer.onFrame = [&](const RecordingPeer::Frame& frame) {
+        driving = driving || is<v::AbsoluteMoveWithLenses>(frame.message);
+    };
+    Progress progress;
+    progress.cancelled = [&] { return driving; };
+    const RestoreResult result = restore(file, progress);
+    peer.onFrame = nullptr;
+    EXPECT_TRUE(result.cancelled);
+    EXPECT_FALSE(unit.state().presets.at(5).hasLens());
 }
 
 // A unit whose tour holds fewer steps than the file's: the append it answers
@@ -529,15 +548,19 @@ TEST_F(WindowlessRestore, CountsOneStepForEachCommandWritten) {
     file.values["speeds/pan-ramp"] = 33;  // the two ramps: one command
     file.values["speeds/tilt-ramp"] = 44;
     file.values["housekeeping/heater"] = 2;
+    file.tours[1] = {commissioning::TourStep::of(4, 0, 5, false)};
     std::set<int> totals;
+    QStringList steps;
     Progress progress;
     progress.report = [&](const QString& step, int, int total) {
         if (step.startsWith(QStringLiteral("Writing"))) {
             totals.insert(total);
+            steps << step;
         }
     };
     EXPECT_TRUE(restore(file, progress).verified());
-    EXPECT_EQ(totals, std::set<int>{2});
+    EXPECT_EQ(totals, std::set<int>{3});
+    EXPECT_EQ(steps.last(), QStringLiteral("Writing tour 2"));
 }
 
 // Cancel once the first tour is written: the restore stops there, says it
