@@ -353,6 +353,13 @@ TEST_F(WindowlessRestore, OnTheCommandLineFactorySettingsAloneWriteNothingAndAre
         QStringLiteral("Not written, the factory area is closed (give --factory-code): "
                        "factory/pan-encoder (file ")))
         << said.join('\n').toStdString();
+    EXPECT_EQ(said.filter(QStringLiteral(" differs from the file in 1 value:")).size(), 1)
+        << said.join('\n').toStdString();
+    // A setting written beside it moves nothing; a soft limit moves the platform.
+    file.values["speeds/pan-ramp"] += 1;
+    EXPECT_FALSE(planFor(file).moves());
+    file.values["soft-limits/cw"] += 1;
+    EXPECT_TRUE(planFor(file).moves());
 }
 
 TEST_F(WindowlessRestore, ALimitIsNotSetWhereverThePlatformIsWhenItCannotBeMovedThere) {
@@ -551,15 +558,18 @@ TEST_F(WindowlessRestore, CountsOneStepForEachCommandWritten) {
     file.tours[1] = {commissioning::TourStep::of(4, 0, 5, false)};
     std::set<int> totals;
     QStringList steps;
+    std::vector<int> done;
     Progress progress;
-    progress.report = [&](const QString& step, int, int total) {
+    progress.report = [&](const QString& step, int count, int total) {
         if (step.startsWith(QStringLiteral("Writing"))) {
             totals.insert(total);
             steps << step;
+            done.push_back(count);
         }
     };
     EXPECT_TRUE(restore(file, progress).verified());
     EXPECT_EQ(totals, std::set<int>{3});
+    EXPECT_EQ(done, (std::vector<int>{0, 1, 2}));
     EXPECT_EQ(steps.last(), QStringLiteral("Writing tour 2"));
 }
 
