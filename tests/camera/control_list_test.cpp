@@ -99,6 +99,15 @@ TEST(ControlListFile, FaultsNameFileAndLineAndKeepWhatWasRead) {
     huge.write(QByteArray(kMaxControlListBytes + 1, ' '));
     huge.close();
     EXPECT_TRUE(loadControlList(huge.fileName(), list).contains("\"HUGE.CCL\""));
+    // A file of exactly the largest size is read to its last byte.
+    const QByteArray last = "\r\n\"Last\",A,abcd";
+    const QByteArray header(kMaxControlListBytes - last.size() - 2, 'h');
+    ASSERT_TRUE(huge.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    huge.write('"' + header + '"' + last);
+    huge.close();
+    EXPECT_EQ(loadControlList(huge.fileName(), list), QString());
+    ASSERT_EQ(list.commands.size(), 1u);
+    EXPECT_EQ(list.commands[0].text, "abcd");
 }
 
 // Random edits never crash the reader nor let it keep more than it may.
