@@ -319,6 +319,13 @@ TEST_F(CameraOnline, LensBoxesDriveTheirByteOfTheJogMessageUntilReleased) {
     EXPECT_EQ(nextLensBytes(), (Bytes{0, 0, 253, 0}));
     QTest::mouseRelease(zoom2, Qt::LeftButton, {}, QPoint(19, 1));
     EXPECT_EQ(nextLensBytes(), (Bytes{0, 0, 0, 0}));
+    // Only the left button alone drives: not a pointer passing over, nor a
+    // left button with another one held.
+    for (const Qt::MouseButtons held : {Qt::MouseButtons{}, Qt::LeftButton | Qt::RightButton,
+                                        Qt::LeftButton | Qt::MiddleButton}) {
+        emit zoom2->mouseMoved(Qt::NoButton, held, 19, 1);
+        EXPECT_EQ(nextLensBytes(), (Bytes{0, 0, 0, 0})) << held;
+    }
     auto* focus2 = rig.at<LensJogBox>("FocusBox2");
     QTest::mousePress(focus2, Qt::LeftButton, {}, QPoint(19, 119));
     EXPECT_EQ(nextLensBytes(), (Bytes{0, 0, 0, 254}));

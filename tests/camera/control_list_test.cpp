@@ -110,6 +110,17 @@ TEST(ControlListFile, FaultsNameFileAndLineAndKeepWhatWasRead) {
     EXPECT_EQ(list.commands[0].text, "abcd");
 }
 
+// The lists on offer: control list files only, in the order a reader
+// expects whatever their case.
+TEST(ControlListFile, ListsAreOfferedInAlphabeticalOrderWhateverTheirCase) {
+    QTemporaryDir dir;
+    for (const char* name : {"b.ccl", "C.CCL", "a.CCL", "A.CCL", "notes.txt"}) {
+        QFile file(dir.filePath(QString::fromLatin1(name)));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    }
+    EXPECT_EQ(listControlListFiles(dir.path()), (QStringList{"A.CCL", "a.CCL", "b.ccl", "C.CCL"}));
+}
+
 // Random edits never crash the reader nor let it keep more than it may.
 TEST(ControlListFile, EditedFilesStayWithinBounds) {
     const QByteArray full = commands(110);
