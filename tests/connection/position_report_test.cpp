@@ -122,6 +122,7 @@ TEST(PositionReport, SoftLimitRepliesSetTheLimitsAndTheGaugeScale) {
     EXPECT_EQ(rig.text("Label13_1"), QStringLiteral("-10.00"));
     rig.arrive({0x81, 0, 0x28, 0x23, 0x00});  // 9000
     EXPECT_FLOAT_EQ(rig.window->status().PanMaxLimit, 90.0f);
+    EXPECT_EQ(rig.text("Label13_0"), QStringLiteral("90.00"));
     rig.arrive({0x81, 3, 0xD8, 0xDC, 0xFF});  // -9000
     EXPECT_FLOAT_EQ(rig.window->status().TiltMinLimit, -90.0f);
     EXPECT_EQ(rig.text("Label13_3"), QStringLiteral("-90.00"));
