@@ -71,7 +71,12 @@ TEST(TransmitString, RefusedTextsGiveTheirMessageAndNoBytes) {
         {QString(100, 'x') + "\u20AC", kAscii, false, "\"\u20AC\" (U+20AC)"},
         {"\u00FF\u0100", kAscii, false, "\"\u0100\" (U+0100)"},  // the first past Latin-1
         {"ok \U0001F600 then more", kAscii, true, "\"\U0001F600\" (U+1F600)"},
-        {QString("x") + QChar(0xD800) + "y", kAscii, false, "U+D800"},
+        {"at the end \U0001F600", kAscii, false, "\"\U0001F600\" (U+1F600)"},
+        // What cannot be shown is named by its code alone: an invisible
+        // character, a lone surrogate, also as the last one.
+        {"a\u200Bb", kAscii, false, "Character U+200B Cannot"},
+        {QString("x") + QChar(0xD800) + "y", kAscii, false, "Character U+D800 Cannot"},
+        {QString("x") + QChar(0xD83D), kAscii, false, "Character U+D83D Cannot"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.text.left(20).toStdString());
