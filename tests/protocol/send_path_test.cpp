@@ -169,6 +169,21 @@ TEST(SendPath, AReplyLostWithAPortReopenedInPlaceIsReportedAsUnanswered) {
     EXPECT_FALSE(rig.state.LinkFault);
 }
 
+// Once the link has another port (the operator chose a network line), the
+// old one closing does not drop what waits for the new one.
+TEST(SendPath, APortReplacedNoLongerSpeaksForTheLink) {
+    LinkRig rig(false);
+    ScriptedUnit other;
+    TestPort replacement{&other};
+    ASSERT_TRUE(replacement.open(QStringLiteral("COM2"), 9600));
+    rig.link.setPort(&replacement);
+    QCoro::Task<FrameTicket> sending = sendMessage(rig.state, rig.link, kHome);
+    rig.port.close();
+    rig.link.Timer2().start();
+    EXPECT_TRUE(wentOut(finish(std::move(sending))));
+    EXPECT_EQ(other.frames().size(), 1u);
+}
+
 // A unit that stopped answering keeps only the last eight frames awaited: a
 // wait on an older one ends as the ninth goes out, not at the watchdog.
 TEST(SendPath, OnlyTheLastEightFramesAreAwaited) {
