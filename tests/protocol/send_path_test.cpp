@@ -113,8 +113,10 @@ TEST(SendPath, AStoppedTickDropsTheFrameWithAMessageInsteadOfStrandingTheSender)
     QTimer::singleShot(Link::kSendGraceMs + 1000, &rig.link, [&rig] { rig.link.Timer2().start(); });
     QElapsedTimer clock;
     clock.start();
-    EXPECT_FALSE(wentOut(finish(sendMessage(rig.state, rig.link, kFirmwareRequest))));
+    const FrameTicket dropped = finish(sendMessage(rig.state, rig.link, kFirmwareRequest));
+    EXPECT_FALSE(wentOut(dropped));
     EXPECT_GE(clock.elapsed(), Link::kSendGraceMs);
+    EXPECT_FALSE(finish(rig.link.awaitReply(dropped), 100));  // nothing to wait for
     EXPECT_EQ(shown, QStringLiteral("Command 9A not sent: no transmit tick"));
     EXPECT_FALSE(rig.state.SendInProgress);
     EXPECT_TRUE(rig.unit.frames().empty());
