@@ -87,6 +87,19 @@ class WindowlessRestore : public ::testing::Test {
         return finish(restoreUnit(asking, planFor(file), std::move(progress)),
                       CommissioningRig::kLongestJobMs);
     }
+    // A restore that the operator cancels once the unit has heard a frame
+    // that `heard` picks.
+    RestoreResult restoreCancelledAfter(const UnitSettings& file, bool (*heard)(const Message_&)) {
+        bool cancel = false;
+        peer.onFrame = [&](const RecordingPeer::Frame& frame) {
+            cancel = cancel || heard(frame.message);
+        };
+        Progress progress;
+        progress.cancelled = [&] { return cancel; };
+        RestoreResult result = restore(file, std::move(progress));
+        peer.onFrame = nullptr;
+        return result;
+    }
     // The pan soft limit a few seconds' drive away.
     UnitSettings farLimit() const {
         UnitSettings file = before;
@@ -462,15 +475,8 @@ TEST_F(WindowlessRestore, AnglesAreComparedAsTheyReadAfterTheOffsetsAreWritten) 
 // Cancel as the last preset is stored: the restore ends there, with no
 // tour written and nothing read back.
 TEST_F(WindowlessRestore, CancelOnceThePresetsAreWrittenEndsTheRestoreThere) {
-    UnitSettings file = withPanOffsetMoved(before);
-    bool stored = false;
-    peer.onFrame = [&](const RecordingPeer::Frame& frame) {
-        stored = stored || is<v::StorePreset>(frame.message);
-    };
-    Progress progress;
-    progress.cancelled = [&] { return stored; };
-    const RestoreResult result = restore(file, progress);
-    peer.onFrame = nullptr;
+    const RestoreResult result =
+        restoreCancelledAfter(withPanOffsetMoved(before), is<v::StorePreset>);
     EXPECT_TRUE(result.cancelled);
     EXPECT_FALSE(result.finished);
     const std::vector<Message_> sent = peer.messages(false);
@@ -483,14 +489,7 @@ TEST_F(WindowlessRestore, CancelOnceThePresetsAreWrittenEndsTheRestoreThere) {
 TEST_F(WindowlessRestore, CancelDuringALensMoveLeavesThePresetWithoutLenses) {
     UnitSettings file = before;
     file.presets[5].lens = {60, 70, 80, 90};
-    bool driving = false;
-    peer.onFrame = [&](const RecordingPeer::Frame& frame) {
-        driving = driving || is<v::AbsoluteMoveWithLenses>(frame.message);
-    };
-    Progress progress;
-    progress.cancelled = [&] { return driving; };
-    const RestoreResult result = restore(file, progress);
-    peer.onFrame = nullptr;
+    const RestoreResult result = restoreCancelledAfter(file, is<v::AbsoluteMoveWithLenses>);
     EXPECT_TRUE(result.cancelled);
     EXPECT_FALSE(unit.state().presets.at(5).hasLens());
 }
@@ -579,14 +578,7 @@ TEST_F(WindowlessRestore, CancelAmongTheToursWritesNoMore) {
     UnitSettings file = before;
     file.tours[0] = {commissioning::TourStep::of(3, 0, 5, false)};
     file.tours[1] = {commissioning::TourStep::of(4, 0, 5, false)};
-    bool tourWritten = false;
-    peer.onFrame = [&](const RecordingPeer::Frame& frame) {
-        tourWritten = tourWritten || is<v::AppendTourStep>(frame.message);
-    };
-    Progress progress;
-    progress.cancelled = [&] { return tourWritten; };
-    const RestoreResult result = restore(file, progress);
-    peer.onFrame = nullptr;
+    const RestoreResult result = restoreCancelledAfter(file, is<v::AppendTourStep>);
     EXPECT_TRUE(result.cancelled);
     EXPECT_FALSE(result.finished);
     EXPECT_EQ(unit.state().tours.size(0), 1);
