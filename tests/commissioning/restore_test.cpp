@@ -100,6 +100,19 @@ class WindowlessRestore : public ::testing::Test {
         peer.onFrame = nullptr;
         return result;
     }
+    // The pan offset moved, and every soft limit and preset reading moved
+    // with it but preset 2's.
+    UnitSettings withPanOffsetMoved() const {
+        constexpr std::int32_t kShift = 1000;
+        UnitSettings file = before;
+        file.values["offsets/pan-offset"] += kShift;
+        file.values["soft-limits/cw"] += kShift;
+        file.values["soft-limits/ccw"] += kShift;
+        for (std::size_t n = 0; n < file.presets.size(); ++n) {
+            file.presets[n].pan += n == 2 ? 0 : kShift;
+        }
+        return file;
+    }
     // The pan soft limit a few seconds' drive away.
     UnitSettings farLimit() const {
         UnitSettings file = before;
@@ -452,19 +465,8 @@ TEST_F(WindowlessRestore, ATourWithALostAppendReplyIsWrittenAgainWhole) {
 // moves the pan offset, with every reading moved with it but preset 2's,
 // has only preset 2 written: what the unit holds is read again after the
 // offsets are written.
-UnitSettings withPanOffsetMoved(UnitSettings file) {
-    constexpr std::int32_t kShift = 1000;
-    file.values["offsets/pan-offset"] += kShift;
-    file.values["soft-limits/cw"] += kShift;
-    file.values["soft-limits/ccw"] += kShift;
-    for (std::size_t n = 0; n < file.presets.size(); ++n) {
-        file.presets[n].pan += n == 2 ? 0 : kShift;
-    }
-    return file;
-}
-
 TEST_F(WindowlessRestore, AnglesAreComparedAsTheyReadAfterTheOffsetsAreWritten) {
-    UnitSettings file = withPanOffsetMoved(before);
+    UnitSettings file = withPanOffsetMoved();
     file.presets[5].tilt += 500;  // and one that differs in tilt alone
     const RestoreResult result = restore(file);
     EXPECT_TRUE(result.verified()) << result.problem.toStdString();
@@ -475,8 +477,7 @@ TEST_F(WindowlessRestore, AnglesAreComparedAsTheyReadAfterTheOffsetsAreWritten) 
 // Cancel as the last preset is stored: the restore ends there, with no
 // tour written and nothing read back.
 TEST_F(WindowlessRestore, CancelOnceThePresetsAreWrittenEndsTheRestoreThere) {
-    const RestoreResult result =
-        restoreCancelledAfter(withPanOffsetMoved(before), is<v::StorePreset>);
+    const RestoreResult result = restoreCancelledAfter(withPanOffsetMoved(), is<v::StorePreset>);
     EXPECT_TRUE(result.cancelled);
     EXPECT_FALSE(result.finished);
     const std::vector<Message_> sent = peer.messages(false);
