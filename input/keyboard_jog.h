@@ -27,7 +27,7 @@ class KeyboardJog : public QObject {
         static constexpr int kFastestJog = 255;
         static constexpr int kFastestZoom = 127;
         int normal = 96;
-        int fast = 255;
+        int fast = kFastestJog;
         int slow = 24;
         int zoom = 64;
     };
