@@ -63,8 +63,8 @@ inline bool isRead(const Message_& m) {
 // chosen, the confirmation answered, a short wait for each address searched.
 struct CommissioningRig : ConsoleRig {
     // A save or restore is a long run of request and reply: the unit in
-    // the same process keeps up with a frame every few milliseconds.
-    static constexpr int kCommissioningTickMs = 3;
+    // the same process keeps up with a frame every millisecond.
+    static constexpr int kCommissioningTickMs = 1;
     // A restore that drives the platform to its soft limits takes a while.
     static constexpr int kLongestJobMs = 60000;
 

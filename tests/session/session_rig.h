@@ -20,7 +20,7 @@ namespace halvex::testing {
 // records every frame, and the connection that brings it online.
 class SessionTest : public ::testing::Test {
   protected:
-    static constexpr int kTickMs = 10;
+    static constexpr int kTickMs = 3;
     // A lost unit is looked for this often rather than every second.
     static constexpr int kReconnectMs = 100;
 

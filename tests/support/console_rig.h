@@ -19,8 +19,8 @@ namespace halvex::testing {
 class ConsoleRig {
   public:
     // The unit in the same process answers at once, so the console may send
-    // its frames ten times as fast as a real line allows.
-    static constexpr int kFastTickMs = 10;
+    // a frame every few milliseconds, far faster than a real line allows.
+    static constexpr int kFastTickMs = 3;
 
     // `unitTimeScale`: how many times as fast as a real one the unit's clock
     // runs (see RecordingPeer).
