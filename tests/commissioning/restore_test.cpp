@@ -63,8 +63,9 @@ QCoro::Task<std::string> faultOf(QCoro::Task<RestoreResult> restoring) {
 void expectStoppedShortOfTheLimit(const std::vector<Message_>& sent, sim::Unit& unit) {
     const auto move = std::find_if(sent.begin(), sent.end(), is<v::AbsoluteMove>);
     ASSERT_NE(move, sent.end());
-    EXPECT_TRUE(
-        std::any_of(move, sent.end(), [](const Message_& m) { return jogWith(m, v::jog::kStop); }));
+    EXPECT_EQ(
+        std::count_if(move, sent.end(), [](const Message_& m) { return jogWith(m, v::jog::kStop); }),
+        1);
     EXPECT_EQ(std::count_if(move, sent.end(), is<v::SoftLimit>), 0);
     EXPECT_FALSE(unit.state().motion.overrideOn());
     ASSERT_TRUE(ConsoleRig::waitFor([&] { return !unit.state().motion.moving(); }, 3000));
@@ -305,6 +306,9 @@ TEST(RestoreUnit, DrivesToEachSoftLimitAndNamesTheOneItCannotReach) {
     EXPECT_TRUE(std::any_of(sent.begin(), sent.begin() + toLimit, [](const Message_& m) {
         return jogWith(m, v::jog::kSoftLimitOverride);
     }));
+    // Each move ended by itself, at its target or short of it: nothing to stop.
+    EXPECT_TRUE(std::none_of(sent.begin(), sent.end(),
+                             [](const Message_& m) { return jogWith(m, v::jog::kStop); }));
     EXPECT_EQ(unit.settings.softLimits[0], 2000);
     EXPECT_EQ(unit.motion.mechanicalPan(), 0);
     EXPECT_FALSE(unit.motion.overrideOn());
