@@ -63,9 +63,9 @@ QCoro::Task<std::string> faultOf(QCoro::Task<RestoreResult> restoring) {
 void expectStoppedShortOfTheLimit(const std::vector<Message_>& sent, sim::Unit& unit) {
     const auto move = std::find_if(sent.begin(), sent.end(), is<v::AbsoluteMove>);
     ASSERT_NE(move, sent.end());
-    EXPECT_EQ(
-        std::count_if(move, sent.end(), [](const Message_& m) { return jogWith(m, v::jog::kStop); }),
-        1);
+    EXPECT_EQ(std::count_if(move, sent.end(),
+                            [](const Message_& m) { return jogWith(m, v::jog::kStop); }),
+              1);
     EXPECT_EQ(std::count_if(move, sent.end(), is<v::SoftLimit>), 0);
     EXPECT_FALSE(unit.state().motion.overrideOn());
     ASSERT_TRUE(ConsoleRig::waitFor([&] { return !unit.state().motion.moving(); }, 3000));
@@ -499,6 +499,18 @@ TEST_F(WindowlessRestore, CancelDuringALensMoveLeavesThePresetWithoutLenses) {
     const RestoreResult result = restoreCancelledAfter(file, is<v::AbsoluteMoveWithLenses>);
     EXPECT_TRUE(result.cancelled);
     EXPECT_FALSE(unit.state().presets.at(5).hasLens());
+}
+
+// A lens drive longer than the still time: a lens has no moving bit, so the
+// changing reading is what keeps the restore following it.
+TEST_F(WindowlessRestore, ALensDriveLongerThanTheStillTimeIsFollowedToItsEnd) {
+    sim::UnitState& state = unit.state();
+    state.lenses.moveTo({1, 1, 1, 1}, state.settings);
+    state.lenses.step(10.0);
+    UnitSettings file = before;
+    file.presets[5].lens = {250, 250, 250, 250};
+    EXPECT_TRUE(restore(file).verified());
+    EXPECT_EQ(state.presets.at(5).lens, file.presets[5].lens);
 }
 
 // A unit whose tour holds fewer steps than the file's: the append it answers
