@@ -411,6 +411,25 @@ TEST_F(WindowlessRestore, ALimitIsNotSetWhereverThePlatformIsWhenItCannotBeMoved
                              [](const Message_& m) { return is<v::SoftLimit>(m) && !isRead(m); }));
 }
 
+// Lenses that cannot be driven to a preset's positions, because the unit
+// answers no jog message or no lens move: the preset takes none.
+TEST_F(WindowlessRestore, APresetTakesNoLensPositionsTheLensesWereNotDrivenTo) {
+    UnitSettings file = before;
+    file.presets[5].lens = {60, 70, 80, 90};
+    line.link().Timer4().setInterval(100);
+    for (const bool jogs : {true, false}) {
+        SCOPED_TRACE(jogs ? "no jog message answered" : "no lens move answered");
+        peer.onFrame = [&](const RecordingPeer::Frame& frame) {
+            peer.setConnected(jogs ? !isJog(frame.message)
+                                   : !is<v::AbsoluteMoveWithLenses>(frame.message));
+        };
+        EXPECT_FALSE(restore(file).verified());
+        peer.onFrame = nullptr;
+        peer.setConnected(true);
+        EXPECT_FALSE(unit.state().presets.at(5).hasLens());
+    }
+}
+
 // A tour the unit does not answer for: its steps are not appended to
 // whatever the tour held, and the restore stops there. The clearing is
 // answered only by a reply cut short and a late one that names another tour.
