@@ -144,20 +144,17 @@ QCoro::Task<bool> PlatformMover::moveLensesTo(std::array<Byte, 4> lens) {
     co_return co_await follow(there);
 }
 
-QCoro::Task<bool> PlatformMover::returnToStart() {
+QCoro::Task<> PlatformMover::returnToStart() {
     if (!start_) {
-        co_return true;
+        co_return;
     }
     // Both go back, whether or not the platform got there.
-    bool platform = true;
     if (platformMoved_) {
-        platform = co_await moveTo(start_->pan, start_->tilt);
+        co_await moveTo(start_->pan, start_->tilt);
     }
-    bool lenses = true;
     if (lensesMoved_) {
-        lenses = co_await moveLensesTo(start_->lens);
+        co_await moveLensesTo(start_->lens);
     }
-    co_return platform&& lenses;
 }
 
 }  // namespace halvex::commissioning

@@ -52,8 +52,9 @@ class PlatformMover {
     QCoro::Task<bool> moveTo(std::int32_t pan, std::int32_t tilt);
     // The lenses to these positions; true once all four are there.
     QCoro::Task<bool> moveLensesTo(std::array<Byte, 4> lens);
-    // Back to where the platform and lenses stood before the first move.
-    QCoro::Task<bool> returnToStart();
+    // Back to where the platform and lenses stood before the first move, as
+    // far as they go: a move that ends short is not a fault of the restore.
+    QCoro::Task<> returnToStart();
     // Stops what still moves and turns the override off with the mover's
     // last jog message; nothing when it never moved anything.
     QCoro::Task<> finish();
