@@ -121,10 +121,12 @@ TEST_F(SessionTest, ProgramsAreRefusedWithTheReasonAndNothingIsSent) {
     EXPECT_TRUE(onUpperLimit.isDone()) << onUpperLimit.text().toStdString();
 }
 
-TEST_F(SessionTest, ReinitialiseWhileAConnectionRunsLeavesItToFinishAlone) {
+TEST_F(SessionTest, ReinitialiseOrStartWhileAConnectionRunsLeavesItToFinishAlone) {
     QCoro::Task<bool> starting = connection.start();
     EXPECT_FALSE(finish(connection.reinitialise()));
+    EXPECT_FALSE(finish(connection.start()));
     EXPECT_TRUE(finish(std::move(starting)));
+    EXPECT_TRUE(finish(connection.start()));  // already online
     // One connection sequence: the offsets were asked for once.
     const auto sent = commandsSince(0);
     EXPECT_EQ(std::count(sent.begin(), sent.end(), test::message<vocab::OffsetsRequest>()), 1);
