@@ -1,15 +1,18 @@
 #include "camera/camera_lines.h"
 
+#include <iterator>
+
 #include "console/handler_wiring.h"
 #include "views/pages/camera_page.h"
 
 namespace halvex {
 
 namespace {
-const char* const kBaudTexts[8] = {"Dis", "9.6", "14.4", "19.2", "28.8", "38.4", "57.6", "115.2"};
-const char* const kFormatTexts[8] = {"8/N/1", "7/N/1", "7/E/1", "7/O/1",
-                                     "8/N/2", "7/N/2", "7/E/2", "7/O/2"};
-constexpr int kLastChoice = 7;
+const char* const kBaudTexts[] = {"Dis", "9.6", "14.4", "19.2", "28.8", "38.4", "57.6", "115.2"};
+const char* const kFormatTexts[] = {"8/N/1", "7/N/1", "7/E/1", "7/O/1",
+                                    "8/N/2", "7/N/2", "7/E/2", "7/O/2"};
+static_assert(std::size(kBaudTexts) == std::size(kFormatTexts), "one click steps both lists");
+constexpr int kLastChoice = static_cast<int>(std::size(kBaudTexts)) - 1;
 // The format label's eight choices: the data and parity pair, then the same
 // with two stop bits.
 constexpr int kFormatsPerStopBits = 4;
