@@ -132,6 +132,16 @@ TEST_F(SessionTest, ReinitialiseOrStartWhileAConnectionRunsLeavesItToFinishAlone
     EXPECT_EQ(std::count(sent.begin(), sent.end(), test::message<vocab::OffsetsRequest>()), 1);
 }
 
+// Reading the unit again keeps the console online meanwhile: remote control
+// and the pages go on working.
+TEST_F(SessionTest, ReinitialiseKeepsTheConsoleOnlineWhileItReads) {
+    ASSERT_TRUE(connect());
+    QCoro::Task<bool> reading = connection.reinitialise();
+    EXPECT_TRUE(session.online());
+    EXPECT_TRUE(finish(std::move(reading)));
+    EXPECT_TRUE(session.online());
+}
+
 TEST_F(SessionTest, ATourClearedReplyForATourThereIsNotLeavesTheTourAsItWas) {
     ASSERT_TRUE(connect());
     const int selected = session.tours().selected;
