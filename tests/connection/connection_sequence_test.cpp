@@ -178,7 +178,7 @@ TEST(ConnectionSequence, UnitWithoutSecondCameraHidesItsControlsForGood) {
     EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label1_1"))->text(), QStringLiteral("Zelvar"));
 }
 
-TEST(ConnectionSequence, StartWhileOnlineDoesNothingReinitializeLightsTheLampExitStopsTheUnit) {
+TEST(ConnectionSequence, StartWhileOnlineDoesNothingReinitializeLightsTheLampStopAndExitStopTheUnit) {
     ConsoleRig rig;
     ASSERT_TRUE(rig.connect());
     rig.line.clear();
@@ -196,16 +196,25 @@ TEST(ConnectionSequence, StartWhileOnlineDoesNothingReinitializeLightsTheLampExi
     EXPECT_TRUE(
         ConsoleRig::waitFor([&] { return start->icon().pixmap(32).toImage() == good; }, 1000));
 
+    const auto stopSent = [&rig] {
+        const auto& frames = rig.line.frames();
+        return std::any_of(frames.begin(), frames.end(), [](const auto& frame) {
+            return isJog(frame.message) && vocab::isSet(frame.message.at(1), vocab::jog::kStop);
+        });
+    };
+    // Stop, with no lost device being looked for: a jog message carries the
+    // stop request.
+    rig.line.clear();
+    rig.click(QStringLiteral("StopBut"));
+    EXPECT_TRUE(ConsoleRig::waitFor(stopSent, 1000));
+
     // Exit: a jog message carries the stop request (on a slow machine another
     // may follow it while Exit waits for the reply), then the port closes.
     rig.line.clear();
     rig.window->close();
     settle();
     EXPECT_FALSE(rig.port->isOpen());
-    const auto& frames = rig.line.frames();
-    EXPECT_TRUE(std::any_of(frames.begin(), frames.end(), [](const auto& frame) {
-        return isJog(frame.message) && vocab::isSet(frame.message.at(1), vocab::jog::kStop);
-    }));
+    EXPECT_TRUE(stopSent());
     EXPECT_FALSE(rig.window->link().Timer2().isActive());
 }
 
