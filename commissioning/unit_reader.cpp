@@ -1,5 +1,7 @@
 #include "commissioning/unit_reader.h"
 
+#include <optional>
+
 #include "protocol/vocabulary.h"
 #include "session/preset_table.h"
 
@@ -17,11 +19,11 @@ UnitLine::Fits atLeast(int length) {
 // A whole reply of M whose `first` field (and `second`) name what was asked.
 template <class M>
 UnitLine::Fits naming(vocab::Field<M> first, int asked, vocab::Field<M> second = {},
-                      int secondAsked = -1) {
+                      std::optional<int> secondAsked = std::nullopt) {
     return [=](const std::vector<Byte>& reply) {
         return reply.size() >= static_cast<std::size_t>(M::kLength) &&
                static_cast<int>(vocab::get(reply, first)) == asked &&
-               (secondAsked < 0 || static_cast<int>(vocab::get(reply, second)) == secondAsked);
+               (!secondAsked || static_cast<int>(vocab::get(reply, second)) == *secondAsked);
     };
 }
 
@@ -37,9 +39,10 @@ QCoro::Task<std::optional<StoredPreset>> readPreset(UnitLine& line, int number) 
     if (!reply) {
         co_return std::nullopt;
     }
-    // The preset reply's layout is the console's own, shared with the Presets page.
+    // The preset reply's layout is the console's own, shared with the Presets
+    // page; naming() took only a whole record.
     ByteTable rx;
-    for (std::size_t i = 0; i < reply->size() && i < v::PresetRecord::kLength; ++i) {
+    for (std::size_t i = 0; i < v::PresetRecord::kLength; ++i) {
         rx[static_cast<int>(i)] = (*reply)[i];
     }
     const PresetRecord record = readPresetRecord(rx);
