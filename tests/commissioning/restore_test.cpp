@@ -569,21 +569,40 @@ TEST_F(WindowlessRestore, ATourTheUnitHasNoRoomForIsNamedAsNotTaken) {
 }
 
 // A step the unit does not answer for is named when the unit is read.
-TEST_F(WindowlessRestore, ReadingNamesTheTourStepTheUnitDoesNotAnswerFor) {
-    unit.state().tours.append(1, {1, 5});
-    unit.state().tours.append(1, {2, 5});
+// A tour as long as a tour may be is read whole; a question about tour 2
+// that goes unanswered is named.
+TEST_F(WindowlessRestore, ReadingTakesAFullTourAndNamesWhatTheUnitDoesNotAnswer) {
+    for (int step = 0; step < kMostTourSteps; ++step) {
+        unit.state().tours.append(1, {static_cast<Byte>(step % 4 + 1), 5});
+    }
+    UnitRead read = finish(readUnit(asking, Progress{}), CommissioningRig::kLongestJobMs);
+    ASSERT_TRUE(read.settings.has_value()) << read.problem.toStdString();
+    EXPECT_EQ(read.settings->tours[1].size(), static_cast<std::size_t>(kMostTourSteps));
+
     line.link().Timer4().setInterval(100);
-    peer.onFrame = [&](const RecordingPeer::Frame& frame) {
-        namespace r = v::tour_step_request;
-        peer.setConnected(!(is<v::TourStepRequest>(frame.message) &&
-                            v::get(frame.message, r::kTour) == 1 &&
-                            v::get(frame.message, r::kStep) == 1));
+    const std::pair<std::function<bool(const Message_&)>, QString> unanswered[] = {
+        {[](const Message_& m) {
+             return is<v::TourStepCountRequest>(m) &&
+                    v::get(m, v::tour_step_count_request::kTour) == 1;
+         },
+         QStringLiteral("the step count of tour 2")},
+        {[](const Message_& m) {
+             return is<v::TourStepRequest>(m) && v::get(m, v::tour_step_request::kTour) == 1 &&
+                    v::get(m, v::tour_step_request::kStep) == 1;
+         },
+         QStringLiteral("step 2 of tour 2")},
     };
-    const UnitRead read = finish(readUnit(asking, Progress{}), CommissioningRig::kLongestJobMs);
-    peer.onFrame = nullptr;
-    EXPECT_FALSE(read.settings.has_value());
-    EXPECT_EQ(read.problem,
-              QStringLiteral("No reply from the unit to the request for step 2 of tour 2."));
+    for (const auto& [question, named] : unanswered) {
+        peer.onFrame = [&](const RecordingPeer::Frame& frame) {
+            peer.setConnected(!question(frame.message));
+        };
+        read = finish(readUnit(asking, Progress{}), CommissioningRig::kLongestJobMs);
+        peer.onFrame = nullptr;
+        peer.setConnected(true);
+        EXPECT_FALSE(read.settings.has_value());
+        EXPECT_EQ(read.problem,
+                  QStringLiteral("No reply from the unit to the request for %1.").arg(named));
+    }
 }
 
 // The progress counts a step for each command written: values that one
