@@ -548,6 +548,9 @@ TEST_F(SessionTest, VideoAndOnScreenDisplayAreSetAndReadBackAndWhatCannotBeSentS
     // A longer name is cut at the unit's twelve characters.
     ASSERT_TRUE(finish(session.setSiteName(QStringLiteral("North Gate East"))).isDone());
     EXPECT_EQ(std::string(siteName.begin(), siteName.end()), "North Gate E");
+    // Codes 32 to 127 go as they are; a control character goes as a space.
+    ASSERT_TRUE(finish(session.setSiteName(QStringLiteral("Gate\x7F\x1F~"))).isDone());
+    EXPECT_EQ(std::string(siteName.begin(), siteName.end()), "Gate\x7F ~     ");
 
     // What the unit holds now, read back: the replies fill the status.
     session.status().Video = {};
