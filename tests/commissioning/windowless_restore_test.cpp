@@ -223,6 +223,29 @@ TEST_F(WindowlessRestore, AnglesAreComparedAsTheyReadAfterTheOffsetsAreWritten) 
     EXPECT_TRUE(result.verified()) << result.problem.toStdString();
     const std::vector<Message_> sent = peer.messages(false);
     EXPECT_EQ(std::count_if(sent.begin(), sent.end(), is<v::StorePreset>), 2);
+    EXPECT_TRUE(std::none_of(sent.begin(), sent.end(),
+                             [](const Message_& m) { return is<v::SoftLimit>(m) && !isRead(m); }));
+}
+
+// The soft limits and presets read again after new offsets: a question the
+// unit does not answer stops the restore there.
+TEST_F(WindowlessRestore, ASilentUnitAfterTheOffsetsAreWrittenStopsTheRestore) {
+    line.link().Timer4().setInterval(100);
+    for (const bool limits : {true, false}) {
+        SCOPED_TRACE(limits ? "a soft limit" : "a preset");
+        bool offsetsWritten = false;
+        peer.onFrame = [&](const RecordingPeer::Frame& frame) {
+            const Message_& m = frame.message;
+            offsetsWritten = offsetsWritten || is<v::SetAngleOffsets>(m);
+            const bool asked = limits ? is<v::SoftLimit>(m) && isRead(m) : is<v::PresetRequest>(m);
+            peer.setConnected(!(offsetsWritten && asked));
+        };
+        const RestoreResult result = restore(withPanOffsetMoved());
+        peer.onFrame = nullptr;
+        peer.setConnected(true);
+        EXPECT_EQ(result.problem, QStringLiteral("No reply from the unit to the soft limits and "
+                                                 "presets; the restore stopped there."));
+    }
 }
 
 TEST_F(WindowlessRestore, CancelOnceThePresetsAreWrittenEndsTheRestoreThere) {
@@ -293,7 +316,11 @@ TEST_F(WindowlessRestore, ReadingTakesAFullTourAndNamesWhatTheUnitDoesNotAnswer)
     EXPECT_EQ(read.settings->tours[1].size(), static_cast<std::size_t>(kMostTourSteps));
 
     line.link().Timer4().setInterval(100);
+    const SettingGroup& firstGroup = settingGroups().front();
     const std::pair<std::function<bool(const Message_&)>, QString> unanswered[] = {
+        {is<v::FirmwareRequest>, QStringLiteral("its controller type and firmware revision")},
+        {[&firstGroup](const Message_& m) { return m == firstGroup.request; },
+         QString::fromStdString(firstGroup.title).toLower()},
         {[](const Message_& m) {
              return is<v::TourStepCountRequest>(m) &&
                     v::get(m, v::tour_step_count_request::kTour) == 1;
