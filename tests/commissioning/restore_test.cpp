@@ -91,6 +91,19 @@ TEST_F(RestoreSavedUnit, ShowsTheDifferencesWritesOnlyThoseAfterOkAndRefusesABad
     EXPECT_TRUE(rig.writes().empty());
 }
 
+// OK is offered only when the file has something to write.
+TEST_F(RestoreSavedUnit, TheConfirmationOffersOkOnlyWithSomethingToWrite) {
+    const UnitSettings unit = rig.saved();
+    UnitSettings file = unit;
+    const auto okOffered = [&unit](const UnitSettings& restored) {
+        const RestoreDialog dialog(QString(), planRestore(restored, unit, false), nullptr);
+        return dialog.RestoreOkBut->isEnabled();
+    };
+    EXPECT_FALSE(okOffered(file));
+    file.values["speeds/pan-ramp"] += 1;
+    EXPECT_TRUE(okOffered(file));
+}
+
 TEST_F(RestoreSavedUnit, FactorySettingsWaitForTheFactoryArea) {
     rig.unit.state().settings.directions = 0x05;
     rig.unit.state().settings.panEncoder = 321;
