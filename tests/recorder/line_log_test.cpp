@@ -11,6 +11,7 @@
 #include <QClipboard>
 #include <QComboBox>
 #include <QFile>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -22,6 +23,7 @@
 #include "recorder/line_tap.h"
 #include "sim/replay_unit.h"
 #include "tests/support/console_rig.h"
+#include "tests/support/full_disk.h"
 #include "tests/support/messages.h"
 
 using namespace halvex;
@@ -222,10 +224,15 @@ TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
     {
         LogRig rig;
         rig.openLog();
-        rig.recorder().setPathChooser([&path](bool) -> QCoro::Task<QString> { co_return path; });
+        std::vector<bool> forSaving;
+        rig.recorder().setPathChooser([&path, &forSaving](bool saving) -> QCoro::Task<QString> {
+            forSaving.push_back(saving);
+            co_return path;
+        });
         ASSERT_TRUE(rig.connect());
         auto* record = rig.inLog<QPushButton>("RecordBut");
         record->click();
+        EXPECT_EQ(forSaving, std::vector<bool>{true});
         EXPECT_TRUE(rig.recorder().recording());
         EXPECT_EQ(record->text(), QStringLiteral("Stop Recording"));
         QTest::qWait(50);
@@ -236,6 +243,24 @@ TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
         record->click();
         EXPECT_FALSE(rig.recorder().recording());
         EXPECT_EQ(record->text(), QStringLiteral("Record..."));
+
+        // A disk that fills up while recording: the recording stops, and
+        // says so once the frame at hand is taken.
+        const QString filling =
+            QDir(QDir::tempPath()).filePath(QStringLiteral("line-log-filling.pcapng"));
+        ASSERT_EQ(rig.recorder().startRecording(filling), QString());
+        {
+            const FullDisk full(static_cast<rlim_t>(QFileInfo(filling).size()) + 64);
+            ASSERT_TRUE(full.active());
+            ASSERT_TRUE(ConsoleRig::waitFor([&] { return !rig.recorder().recording(); }, 3000));
+        }
+        QFile::remove(filling);
+        ASSERT_TRUE(ConsoleRig::waitFor([&] { return !rig.shown.empty(); }, 1000));
+        EXPECT_EQ(
+            rig.shown.back().text,
+            QStringLiteral("Recording to %1 stopped: the file could not be written.").arg(filling));
+        EXPECT_EQ(record->text(), QStringLiteral("Record..."));
+        rig.shown.clear();
 
         // A device with no room: refused at once.
         EXPECT_TRUE(rig.recorder()
@@ -261,9 +286,15 @@ TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
 
     // Opened in a console that never went online.
     LogRig offline;
-    offline.recorder().setPathChooser([&path](bool) -> QCoro::Task<QString> { co_return path; });
+    bool openedForSaving = true;
+    offline.recorder().setPathChooser(
+        [&path, &openedForSaving](bool saving) -> QCoro::Task<QString> {
+            openedForSaving = saving;
+            co_return path;
+        });
     offline.openLog();
     offline.inLog<QPushButton>("OpenBut")->click();
+    EXPECT_FALSE(openedForSaving);
     auto* opened = offline.window->findChild<LineLogWindow*>(QStringLiteral("LineLogFile"));
     ASSERT_NE(opened, nullptr);
     EXPECT_EQ(opened->windowTitle(), QStringLiteral("Line Log - line-log-test.pcapng"));
