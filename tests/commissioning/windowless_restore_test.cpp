@@ -311,9 +311,27 @@ TEST_F(WindowlessRestore, ReadingTakesAFullTourAndNamesWhatTheUnitDoesNotAnswer)
     for (int step = 0; step < kMostTourSteps; ++step) {
         unit.state().tours.append(1, {static_cast<Byte>(step % 4 + 1), 5});
     }
-    UnitRead read = finish(readUnit(asking, Progress{}), CommissioningRig::kLongestJobMs);
+    QStringList steps;
+    Progress progress;
+    progress.report = [&steps](const QString& step, int, int) { steps << step; };
+    UnitRead read = finish(readUnit(asking, progress), CommissioningRig::kLongestJobMs);
     ASSERT_TRUE(read.settings.has_value()) << read.problem.toStdString();
     EXPECT_EQ(read.settings->tours[1].size(), static_cast<std::size_t>(kMostTourSteps));
+    EXPECT_EQ(steps.filter(QStringLiteral(" tour ")),
+              (QStringList{QStringLiteral("Reading tour 3"), QStringLiteral("Reading tour 2"),
+                           QStringLiteral("Reading tour 1")}));
+
+    // Cancelled among the tours: the read says so, and holds nothing.
+    bool cancel = false;
+    peer.onFrame = [&cancel](const RecordingPeer::Frame& frame) {
+        cancel = cancel || is<v::TourStepCountRequest>(frame.message);
+    };
+    progress = Progress{};
+    progress.cancelled = [&cancel] { return cancel; };
+    read = finish(readUnit(asking, progress), CommissioningRig::kLongestJobMs);
+    peer.onFrame = nullptr;
+    EXPECT_TRUE(read.cancelled);
+    EXPECT_FALSE(read.settings.has_value());
 
     line.link().Timer4().setInterval(100);
     const SettingGroup& firstGroup = settingGroups().front();
