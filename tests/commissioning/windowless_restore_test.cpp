@@ -350,7 +350,8 @@ TEST_F(WindowlessRestore, ReadingTakesAFullTourAndNamesWhatTheUnitDoesNotAnswer)
          },
          QStringLiteral("step 2 of tour 2")},
     };
-    for (const auto& [question, named] : unanswered) {
+    for (const auto& [asked, named] : unanswered) {
+        const std::function<bool(const Message_&)>& question = asked;  // a lambda takes no binding
         peer.onFrame = [&](const RecordingPeer::Frame& frame) {
             peer.setConnected(!question(frame.message));
         };
