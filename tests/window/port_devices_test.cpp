@@ -47,6 +47,7 @@ TEST(PortDevices, DeviceChosenForCom1SurvivesARestartUnlessTheEnvironmentSaysOth
         first.action("MenuDevice_0")->trigger();
         EXPECT_EQ(first.action("MenuCOM_1")->text(), QStringLiteral("COM1   (%1)").arg(kAdapter));
         EXPECT_TRUE(first.action("MenuDevice_0")->isChecked());
+        EXPECT_FALSE(first.action("MenuDevice_1")->isChecked());
         EXPECT_FALSE(first.action("MenuDeviceDefault")->isChecked());
         // The port number and the settings file are what they always were.
         EXPECT_TRUE(first.window->windowTitle().endsWith(" Using COM1 At 9600 Offline"));
