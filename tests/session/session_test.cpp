@@ -142,6 +142,14 @@ TEST_F(SessionTest, ReinitialiseKeepsTheConsoleOnlineWhileItReads) {
     EXPECT_TRUE(session.online());
 }
 
+// A load that was answered before says nothing of the next one.
+TEST_F(SessionTest, ATourLoadTheUnitDoesNotAnswerHasNoReplyAfterOneItDid) {
+    ASSERT_TRUE(connect());
+    ASSERT_TRUE(finish(session.loadTour(1, Requester::Operator)).isDone());
+    line.setConnected(false);
+    EXPECT_EQ(finish(session.loadTour(1, Requester::Operator)).kind(), Outcome::Kind::NoReply);
+}
+
 TEST_F(SessionTest, ATourClearedReplyForATourThereIsNotLeavesTheTourAsItWas) {
     ASSERT_TRUE(connect());
     const int selected = session.tours().selected;
