@@ -97,9 +97,13 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
         EXPECT_EQ(std::count_if(probes.begin(), probes.end(), [](Byte a) { return a > 10; }), 0);
         return findDialog(rig);
     };
+    // Cancel, once pressed, is not offered again while the search stops.
     dialog = searchStoppedAt9([&rig] {
-        QTimer::singleShot(
-            0, [&rig] { QTest::mouseClick(findDialog(rig)->FindCloseBut, Qt::LeftButton); });
+        QTimer::singleShot(0, [&rig] {
+            FindUnitsDialog* searching = findDialog(rig);
+            QTest::mouseClick(searching->FindCloseBut, Qt::LeftButton);
+            EXPECT_FALSE(searching->FindCloseBut->isEnabled());
+        });
     });
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(dialog->FindStatus->text().left(17), QStringLiteral("Search cancelled."));
