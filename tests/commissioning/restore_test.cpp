@@ -100,6 +100,8 @@ TEST_F(RestoreSavedUnit, TheConfirmationOffersOkOnlyWithSomethingToWrite) {
         return dialog.RestoreOkBut->isEnabled();
     };
     EXPECT_FALSE(okOffered(file));
+    file.values["reference/pan-resolver-centre"] += 1;  // shown, never written
+    EXPECT_FALSE(okOffered(file));
     file.values["speeds/pan-ramp"] += 1;
     EXPECT_TRUE(okOffered(file));
 }
