@@ -20,10 +20,9 @@ constexpr LineFields lineFields(vocab::Field<vocab::CameraLines> byte) {
     return {byte, Line::kBaud, Line::kFormat, Line::kLevel, Line::kStopBits, Line::kSpare};
 }
 
-const std::array<LineFields, 2> kLineFields = {lineFields<lines::Camera1>(lines::kCamera1Byte),
-                                               lineFields<lines::Camera2>(lines::kCamera2Byte)};
-const std::array<vocab::Field<vocab::CameraTimeouts>, 2> kTimeoutFields = {timeouts::kCamera1,
-                                                                           timeouts::kCamera2};
+const std::array kLineFields = {lineFields<lines::Camera1>(lines::kCamera1Byte),
+                                lineFields<lines::Camera2>(lines::kCamera2Byte)};
+const std::array kTimeoutFields = {timeouts::kCamera1, timeouts::kCamera2};
 constexpr int kBaudSteps = 8;
 constexpr int kFormats = 4;
 

@@ -8,9 +8,9 @@ namespace halvex {
 
 namespace {
 // What each legacy option sets, LVidOption(0) first.
-constexpr std::array<LegacyVideoSelection, 3> kLegacyOptions = {LegacyVideoSelection::Undefined,
-                                                                LegacyVideoSelection::VideoSelect,
-                                                                LegacyVideoSelection::BlankVideo};
+constexpr std::array kLegacyOptions = {LegacyVideoSelection::Undefined,
+                                       LegacyVideoSelection::VideoSelect,
+                                       LegacyVideoSelection::BlankVideo};
 
 // The legacy option that a video report's blanking stands for: output 2
 // blanked is "Undefined", output 1 alone "Video Sel", neither "Blank Video".
