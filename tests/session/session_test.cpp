@@ -244,10 +244,18 @@ TEST_F(SessionTest, APresetSavedAtAnglesOrWhereThePlatformIsIsGoneTo) {
 TEST_F(SessionTest, CameraLinesTimeOutsAndLensesAreSetAndReadAndAStringReachesTheCamera) {
     EXPECT_EQ(finish(session.sendToCamera(0, {'x'})).refusal(), Refusal::Offline);
     ASSERT_TRUE(connect());
+    // The spare bit goes out as the console holds it; the unit keeps none.
+    CameraLine spare;
+    spare.spare = true;
+    const std::size_t linesSent = line.frames().size();
+    ASSERT_TRUE(finish(session.setCameraLines({spare, CameraLine{}})).isDone());
+    ASSERT_EQ(commandsSince(linesSent).size(), 1u);
+    EXPECT_EQ(commandsSince(linesSent)[0].at(vocab::camera_lines::kCamera1Byte.offset),
+              vocab::maskOf(vocab::camera_lines::Camera1::kSpare));
     QSignalSpy linesReported(&session, &Session::cameraLinesReported);
     const CameraLine fast{7, 3, true, true, false};
     ASSERT_TRUE(finish(session.setCameraLines({CameraLine{}, fast})).isDone());
-    ASSERT_TRUE(finish(session.setCameraTimeouts({100, 3})).isDone());
+    ASSERT_TRUE(finish(session.setCameraTimeouts({100, 1})).isDone());
     const LensSetupPair lenses = {
         LensSetup{{true, false, true, 12}, {false, true, false, 255}, false},
         LensSetup{{false, true, false, 0}, {true, false, true, 1}, true}};
@@ -261,7 +269,7 @@ TEST_F(SessionTest, CameraLinesTimeOutsAndLensesAreSetAndReadAndAStringReachesTh
     EXPECT_EQ(session.status().LensSetups, lenses);
     EXPECT_EQ(session.status().CameraLineSettings[1], fast);
     EXPECT_EQ(session.status().CameraLineSettings[0], CameraLine{});
-    EXPECT_EQ(session.status().CameraAnswerTimeouts, (CameraTimeouts{100, 3}));
+    EXPECT_EQ(session.status().CameraAnswerTimeouts, (CameraTimeouts{100, 1}));
     ASSERT_EQ(linesReported.size(), 2);
     EXPECT_EQ(linesReported.at(1).at(0).value<CameraLinePair>()[1], fast);
 
@@ -290,6 +298,7 @@ TEST_F(SessionTest, CameraLinesTimeOutsAndLensesAreSetAndReadAndAStringReachesTh
         },
         20000));
     EXPECT_EQ(heard, (std::vector<Byte>{'h', 'i', '\r'}));
+    EXPECT_TRUE(finish(session.sendToCamera(0, std::vector<Byte>(127, 'x'))).isDone());
 
     // What the bytes cannot carry sends nothing.
     mark = line.frames().size();
