@@ -93,6 +93,13 @@ TEST_F(SessionTest, ProgramsAreRefusedWithTheReasonAndNothingIsSent) {
     EXPECT_EQ(finish(session.moveTo({175.0, 0.0})).refusal(), Refusal::OutsideLimits);
     EXPECT_EQ(finish(session.moveTo({0.0, -86.0})).refusal(), Refusal::OutsideLimits);
     EXPECT_EQ(finish(session.moveBy(0.0, 90.0)).refusal(), Refusal::OutsideLimits);
+    // A delta is judged by where it lands from where the platform stands.
+    session.status().CurrentPan = 100.0f;
+    EXPECT_EQ(finish(session.moveBy(75.0, 0.0)).refusal(), Refusal::OutsideLimits);
+    session.status().CurrentPan = 0.0f;
+    session.status().CurrentTilt = -80.0f;
+    EXPECT_EQ(finish(session.moveBy(0.0, -10.0)).refusal(), Refusal::OutsideLimits);
+    session.status().CurrentTilt = 0.0f;
     {
         const Session::PagesLock locked(session);
         EXPECT_EQ(finish(session.moveHome()).refusal(), Refusal::PagesLocked);
