@@ -110,6 +110,7 @@ TEST(MainWindow, MenuChoicesAreWrittenAtOnceAndDropTheOfflineWord) {
         EXPECT_EQ(rig.window->windowTitle(),
                   "Halvex Remote Control Emulator Ver 2.00 Using " + QLatin1String(title));
     }
+    EXPECT_TRUE(rig.shown.empty()) << "a write that went through was told as failed";
 }
 
 TEST(MainWindow, MenuChoiceIsWrittenInPlaceWhenOnlyTheFileMayBeWritten) {
