@@ -23,8 +23,8 @@ constexpr LensFields lensFields() {
             Lens::kFocusInvert, Lens::kSpare};
 }
 
-const std::array<LensFields, 2> kLensFields = {lensFields<vocab::lens_configuration::Lens1>(),
-                                               lensFields<vocab::lens_configuration::Lens2>()};
+const std::array kLensFields = {lensFields<vocab::lens_configuration::Lens1>(),
+                                lensFields<vocab::lens_configuration::Lens2>()};
 
 Byte flagsOf(const LensSetup& lens, const LensFields& f) {
     Byte flags = vocab::withBit(0, f.spare, lens.spare);
