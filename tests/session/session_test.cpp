@@ -141,6 +141,12 @@ TEST_F(SessionTest, ReinitialiseOrStartWhileAConnectionRunsLeavesItToFinishAlone
 
 // Reading the unit again keeps the console online meanwhile: remote control
 // and the pages go on working.
+TEST_F(SessionTest, APortThatDoesNotOpenIsSaidSoAndNothingTicks) {
+    port->setOpenFails(true);
+    EXPECT_FALSE(session.open(QStringLiteral("COM1"), 9600));
+    EXPECT_FALSE(session.link().Timer2().isActive());
+}
+
 TEST_F(SessionTest, ReinitialiseKeepsTheConsoleOnlineWhileItReads) {
     ASSERT_TRUE(connect());
     QCoro::Task<bool> reading = connection.reinitialise();
@@ -332,6 +338,7 @@ TEST_F(SessionTest, DriveAndMountSettingsAreSetAndReadBackAndAProcedureHoldsOffT
     const MountSettings mount{true, false, false, true, true, false, 0};
     ASSERT_TRUE(finish(session.setDriveRates(rates)).isDone());
     ASSERT_TRUE(finish(session.setTopSpeeds(TopSpeedSet::Second, {9, 10})).isDone());
+    ASSERT_TRUE(finish(session.setTopSpeeds(TopSpeedSet::First, {7, 8})).isDone());
     // The maxima are the step ranges' maxima, so they go first.
     ASSERT_TRUE(finish(session.setMaxima({200, 100})).isDone());
     // The highest word a step range takes, both ways.
@@ -343,6 +350,7 @@ TEST_F(SessionTest, DriveAndMountSettingsAreSetAndReadBackAndAProcedureHoldsOffT
     status.PanSteps = {};
     status.Mount = {};
     status.EncoderCounts = {};
+    status.TopSpeeds = {};
     QSignalSpy topSpeeds(&session, &Session::topSpeedsReported);
     for (auto read : {&Session::readDriveRates, &Session::readPanSteps, &Session::readMount,
                       &Session::readEncoderCounts}) {
@@ -355,8 +363,12 @@ TEST_F(SessionTest, DriveAndMountSettingsAreSetAndReadBackAndAProcedureHoldsOffT
     EXPECT_EQ(status.EncoderCounts, (AxisPair{10000, 300}));
     EXPECT_EQ(status.TopSpeeds[1], (AxisPair{9, 10}));
     EXPECT_EQ(status.TopSpeeds[0], AxisPair{});
-    ASSERT_EQ(topSpeeds.size(), 1);
+    ASSERT_TRUE(finish(session.readTopSpeeds(TopSpeedSet::First)).isDone());
+    EXPECT_EQ(status.TopSpeeds[0], (AxisPair{7, 8}));
+    EXPECT_EQ(status.TopSpeeds[1], (AxisPair{9, 10}));
+    ASSERT_EQ(topSpeeds.size(), 2);
     EXPECT_EQ(topSpeeds.at(0).at(0).value<TopSpeedSet>(), TopSpeedSet::Second);
+    EXPECT_EQ(topSpeeds.at(1).at(0).value<TopSpeedSet>(), TopSpeedSet::First);
 
     // What a byte or a word cannot carry sends nothing.
     std::size_t mark = line.frames().size();
