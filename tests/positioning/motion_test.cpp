@@ -108,6 +108,8 @@ TEST(AngleSteps, EachButtonStepsItsLedByItsPowerOfTenWithinItsBounds) {
 TEST(MoveCommands, EachButtonSendsItsMessageAndABadAngleSendsNothing) {
     PagesRig rig;
     PanTiltPage& page = rig.window->panTiltPage();
+    page.ZFScroll[0]->setValue(7);  // the first label follows its bar too
+    EXPECT_EQ(rig.text("ZFLabel_0"), QStringLiteral("7"));
     for (int i : {0, 1, 2, 3}) {
         page.ZFScroll[static_cast<std::size_t>(i)]->setValue(std::array{0, 2, 200, 255}[i]);
     }
