@@ -125,6 +125,9 @@ TEST_F(SetupPages, DraggingTheTalkToBarAddressesNoUnitUntilItIsReleased) {
     // An arrow click moves it at once.
     bar->triggerAction(QAbstractSlider::SliderSingleStepSub);
     EXPECT_EQ(state.UnitId, 11);
+    // Another part of the console chose the highest address: the bar follows.
+    rig.window->session().talkTo(bar->maximum());
+    EXPECT_EQ(bar->value(), bar->maximum());
     rig.scroll("CurrIDScroll", 0);
     EXPECT_EQ(state.UnitId, 0);
 }
