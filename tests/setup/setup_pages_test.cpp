@@ -95,6 +95,11 @@ TEST_F(SetupPages, ANewAddressIsSetWhereTheConsoleTalksOrByBroadcast) {
     rig.scroll("CurrIDScroll", 7);
     EXPECT_EQ(rig.sentBy("GetTOBut"), std::vector<Bytes>{v::readRequest<v::CommTimeout>()});
     EXPECT_EQ(state.LastResponseCode, 0x96);
+    // Set goes to the unit the console talks to, not to every unit.
+    EXPECT_EQ(rig.sentBy("IDScroll=8 SetIDBut"), (std::vector<Bytes>{{0x9F, 8}}));
+    EXPECT_TRUE(std::ranges::any_of(rig.line.frames(), [](const auto& frame) {
+        return frame.address == 7 && frame.message == Bytes{0x9F, 8};
+    }));
     EXPECT_EQ(rig.sentBy("IDScroll=0 BSetIDBut"), (std::vector<Bytes>{{0x9F, 0}}));
     EXPECT_TRUE(std::ranges::any_of(rig.line.frames(), [](const auto& frame) {
         return frame.address == kBroadcast && frame.message == Bytes{0x9F, 0};
