@@ -2,6 +2,7 @@
 
 #include <QAction>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QTabWidget>
 #include <QTimer>
 #include <algorithm>
@@ -63,7 +64,17 @@ TEST(ConnectionSequence, ReadsTheWholeUnitInOrderAndGoesOnline) {
     ConsoleRig rig;
     auto* tabs = rig.find<QTabWidget>(QStringLiteral("SSTab1"));
     EXPECT_FALSE(tabs->isEnabled());
+    // While the first answer is awaited, the two labels say what happens.
+    QStringList progress;
+    QObject::connect(&rig.window->connection().unitConnection(), &UnitConnection::stageChanged,
+                     [&rig, &progress](ConnectStage stage) {
+                         if (stage == ConnectStage::FirstAnswer) {
+                             progress << rig.find<QLabel>(QStringLiteral("Label2_0"))->text()
+                                      << rig.find<QLabel>(QStringLiteral("Label2_1"))->text();
+                         }
+                     });
     ASSERT_TRUE(rig.connect());
+    EXPECT_EQ(progress, (QStringList{QStringLiteral("Initializing"), QStringLiteral("Pan/Tilt")}));
 
     EXPECT_EQ(rig.window->windowTitle(),
               QStringLiteral("Halvex Remote Control Emulator Ver 2.00 Using COM1 At 9600 Online"));
@@ -178,7 +189,8 @@ TEST(ConnectionSequence, UnitWithoutSecondCameraHidesItsControlsForGood) {
     EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label1_1"))->text(), QStringLiteral("Zelvar"));
 }
 
-TEST(ConnectionSequence, StartWhileOnlineDoesNothingReinitializeLightsTheLampStopAndExitStopTheUnit) {
+TEST(ConnectionSequence,
+     StartWhileOnlineDoesNothingReinitializeLightsTheLampStopAndExitStopTheUnit) {
     ConsoleRig rig;
     ASSERT_TRUE(rig.connect());
     rig.line.clear();
