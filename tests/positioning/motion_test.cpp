@@ -111,7 +111,7 @@ TEST(MoveCommands, EachButtonSendsItsMessageAndABadAngleSendsNothing) {
     page.ZFScroll[0]->setValue(7);  // the first label follows its bar too
     EXPECT_EQ(rig.text("ZFLabel_0"), QStringLiteral("7"));
     for (int i : {0, 1, 2, 3}) {
-        page.ZFScroll[static_cast<std::size_t>(i)]->setValue(std::array{0, 2, 200, 255}[i]);
+        page.ZFScroll[static_cast<std::size_t>(i)]->setValue(std::array{1, 2, 200, 255}[i]);
     }
     EXPECT_EQ(rig.text("ZFLabel_2"), QStringLiteral("200"));
     struct Case {
@@ -140,7 +140,8 @@ TEST(MoveCommands, EachButtonSendsItsMessageAndABadAngleSendsNothing) {
          message<v::DeltaMove>({{v::delta_move::kPan, -100}, {v::delta_move::kTilt, -12345}})},
         {10.0, 0.0, false, true, "AbsoZFBut",
          message<v::AbsoluteMoveWithLenses>({{lenses::kPan, 1000}, {lenses::kTilt, hold},
-                                             {lenses::kLens[1], 2}, {lenses::kLens[2], 200},
+                                             {lenses::kLens[0], 1}, {lenses::kLens[1], 2},
+                                             {lenses::kLens[2], 200},
                                              {lenses::kLens[3], 255}})},
         {0.0, 0.0, false, false, "CenterBut", message<v::MoveToCentre>()},
         {0.0, 0.0, false, false, "HomeBut", message<v::MoveToHome>()},
