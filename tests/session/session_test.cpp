@@ -490,7 +490,19 @@ TEST_F(SessionTest, TheRotatorAnswersFromTheSessionAndMovesThroughIt) {
     const network::RotatorLimits limits = rotator.limits();
     EXPECT_DOUBLE_EQ(limits.minAzimuth, -170.0);
     EXPECT_DOUBLE_EQ(limits.maxElevation, 85.0);
+    // A limit on the half turn itself is not inside it: a whole turn.
+    UnitStatus& status = session.status();
+    for (float UnitStatus::*limit : {&UnitStatus::PanMinLimit, &UnitStatus::PanMaxLimit}) {
+        const float kept = status.*limit;
+        status.*limit = std::copysign(180.0f, kept);
+        EXPECT_DOUBLE_EQ(rotator.limits().minAzimuth, 0.0);
+        EXPECT_DOUBLE_EQ(rotator.limits().maxAzimuth, 360.0);
+        status.*limit = kept;
+    }
     EXPECT_EQ(rotator.setPosition(180.0, 10.0), network::RotatorResult::OutsideLimits);
+    // An azimuth or an elevation no rotator has, with the other one fine.
+    EXPECT_EQ(rotator.setPosition(1000.0, 10.0), network::RotatorResult::OutsideLimits);
+    EXPECT_EQ(rotator.setPosition(10.0, std::nan("")), network::RotatorResult::OutsideLimits);
 
     const std::size_t mark = line.frames().size();
     // West of north is a negative pan.
