@@ -18,6 +18,23 @@ using namespace halvex::commissioning;
 using namespace halvex::testing;
 namespace v = halvex::vocab;
 
+// A unit at address 0 answers only once nobody else has: it is found last,
+// and the list does not say that address 0 went unasked.
+TEST(FindUnits, AUnitAtAddressZeroIsFoundOnceEveryOtherAddressWasAsked) {
+    CommissioningRig rig;
+    rig.menu->setProbeWaitMs(1);
+    rig.trigger("MenuFindUnits");
+    FindUnitsDialog* dialog = findDialog(rig);
+    ASSERT_NE(dialog, nullptr);
+    ASSERT_EQ(dialog->FoundList->rowCount(), 1);
+    EXPECT_EQ(dialog->FoundList->item(0, 0)->text(), QStringLiteral("0"));
+    EXPECT_EQ(dialog->FindStatus->text(),
+              QStringLiteral("One unit found. Choose one and press Talk To Unit."));
+    // One step for each address asked, 1 to 99 and then 0, all of them done.
+    EXPECT_EQ(dialog->FindProgress->maximum(), 100);
+    EXPECT_EQ(dialog->FindProgress->value(), 100);
+}
+
 // Offline, the search opens the chosen port for itself and closes it again.
 TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCancelledOrCut) {
     sim::UnitOptions options;
