@@ -73,6 +73,14 @@ TEST_F(RestoreSavedUnit, ShowsTheDifferencesWritesOnlyThoseAfterOkAndRefusesABad
     EXPECT_EQ(rig.confirmations.size(), 2u);
     EXPECT_TRUE(rig.writes().empty());
     EXPECT_EQ(rig.status(), QStringLiteral("The unit already holds every value of unit.txt."));
+    // Nor when only a value kept for reference differs.
+    UnitSettings reference = rig.saved();
+    reference.values["reference/pan-resolver-centre"] += 1;
+    rig.writeFile(writeSettingsText(reference));
+    rig.trigger("MenuRestoreUnit");
+    EXPECT_TRUE(rig.writes().empty());
+    EXPECT_EQ(rig.status(), QStringLiteral("The unit already holds every value of unit.txt."));
+    EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
 
     // What is wrong with a file is named as the file tests check it.
     const std::string good = rig.fileText();
