@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <numeric>
+
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -63,7 +65,17 @@ TEST(CommissioningCommandLine, SavesWithoutADisplayRestoresTheFileAndRefusesBadF
     const HalvexRun save = runHalvex(unit.device(), folder.path(),
                                      QStringLiteral("--save-unit u.txt --address=7").split(' '));
     EXPECT_EQ(save.exitCode, 0) << save.errors.toStdString();
-    EXPECT_TRUE(hasLine(save.errors, QStringLiteral("^halvex: \\[1/57\\] ")));
+    // A line for each step, counted 1 to 57 in order, and none for the end.
+    QList<int> counted;
+    for (const QRegularExpressionMatch& step :
+         QRegularExpression(QStringLiteral("^halvex: \\[(-?\\d+)/57\\] "),
+                            QRegularExpression::MultilineOption)
+             .globalMatch(save.errors)) {
+        counted << step.captured(1).toInt();
+    }
+    QList<int> oneTo57(57);
+    std::iota(oneTo57.begin(), oneTo57.end(), 1);
+    EXPECT_EQ(counted, oneTo57) << save.errors.toStdString();
     EXPECT_TRUE(hasLine(save.errors, QStringLiteral("^halvex: Saved the settings of unit 7 ")))
         << save.errors.toStdString();
     QFile saved(here.filePath(QStringLiteral("u.txt")));
