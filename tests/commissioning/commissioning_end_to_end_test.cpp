@@ -98,8 +98,11 @@ TEST(CommissioningCommandLine, SavesWithoutADisplayRestoresTheFileAndRefusesBadF
         const QString told = said.join('\n');
         EXPECT_TRUE(told.contains(QStringLiteral("differs from the file in 2 values")))
             << told.toStdString();
-        // Side by side, in columns, each value whole.
-        EXPECT_TRUE(hasLine(told, QStringLiteral("^ +speeds/tilt-ramp +41 +40$")));
+        // Side by side, in columns two spaces past the longest entry, each
+        // value whole.
+        EXPECT_TRUE(
+            told.split('\n').contains(QStringLiteral("  speeds/tilt-ramp  41           40")))
+            << told.toStdString();
         EXPECT_TRUE(hasLine(
             told, QStringLiteral("^ +unit/address +3 +7 +\\(an address is never copied\\)$")));
         EXPECT_FALSE(told.contains(movesWarning()));
