@@ -124,6 +124,15 @@ TEST_F(WindowlessRestore, OnTheCommandLineFactorySettingsAloneWriteNothingAndAre
     // A setting written beside it moves nothing; a soft limit moves the platform.
     file.values["speeds/pan-ramp"] += 1;
     EXPECT_FALSE(planFor(file).moves());
+    // Asked whether to write it, the operator says no: nothing is written.
+    const CommandIo refusing{[&](const QString& line) { said << line; },
+                             [](const QString&) { return false; }};
+    peer.clear();
+    EXPECT_EQ(
+        finish(restoreUnitCommand(line, 0, file, {}, refusing), CommissioningRig::kLongestJobMs),
+        kUnitFailed);
+    EXPECT_EQ(said.last(), QStringLiteral("Nothing was written."));
+    EXPECT_TRUE(std::ranges::all_of(peer.messages(false), isRead));
     file.values["soft-limits/cw"] += 1;
     EXPECT_TRUE(planFor(file).moves());
 }
