@@ -1,6 +1,7 @@
 #include "input/mapping_settings.h"
 
 #include <algorithm>
+#include <array>
 
 namespace halvex {
 
@@ -13,6 +14,13 @@ constexpr int kMaxBindings = 64;
 
 int boundedSize(int size) {
     return std::clamp(size, 0, kMaxBindings);
+}
+
+const char* const kSpeedKeys[] = {"Input/KeySpeed", "Input/KeyFast", "Input/KeySlow",
+                                  "Input/KeyZoom"};
+
+std::array<int*, 4> fieldsOf(KeyboardJog::Speeds& speeds) {
+    return {&speeds.normal, &speeds.fast, &speeds.slow, &speeds.zoom};
 }
 
 QString group(const QString& guid) {
@@ -84,6 +92,23 @@ std::optional<ControllerMapping> loadMapping(QSettings& settings, const QString&
     settings.endArray();
     settings.endGroup();
     return mapping;
+}
+
+void saveKeySpeeds(QSettings& settings, const KeyboardJog::Speeds& speeds) {
+    KeyboardJog::Speeds kept = speeds;
+    const std::array<int*, 4> fields = fieldsOf(kept);
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        settings.setValue(kSpeedKeys[i], *fields[i]);
+    }
+}
+
+KeyboardJog::Speeds loadKeySpeeds(QSettings& settings) {
+    KeyboardJog::Speeds speeds;
+    const std::array<int*, 4> fields = fieldsOf(speeds);
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+        *fields[i] = settings.value(kSpeedKeys[i], *fields[i]).toInt();
+    }
+    return speeds;
 }
 
 }  // namespace halvex

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "input/controller_mapping.h"
+#include "input/keyboard_jog.h"
 
 namespace halvex {
 
@@ -13,5 +14,9 @@ void saveMapping(QSettings& settings, const QString& guid, const ControllerMappi
 // Nothing when the device was never set up; values out of range are brought
 // into it rather than refused.
 std::optional<ControllerMapping> loadMapping(QSettings& settings, const QString& guid);
+
+// The keyboard's jog speeds; a speed never set keeps the keyboard's default.
+void saveKeySpeeds(QSettings& settings, const KeyboardJog::Speeds& speeds);
+KeyboardJog::Speeds loadKeySpeeds(QSettings& settings);
 
 }  // namespace halvex

@@ -12,26 +12,6 @@ namespace halvex {
 
 namespace {
 const char* const kDeviceKey = "Input/Device";
-const char* const kSpeedKeys[] = {"Input/KeySpeed", "Input/KeyFast", "Input/KeySlow",
-                                  "Input/KeyZoom"};
-
-KeyboardJog::Speeds keptSpeeds() {
-    const auto settings = userSettings();
-    KeyboardJog::Speeds speeds;
-    int* fields[] = {&speeds.normal, &speeds.fast, &speeds.slow, &speeds.zoom};
-    for (int i = 0; i < 4; ++i) {
-        *fields[i] = settings->value(kSpeedKeys[i], *fields[i]).toInt();
-    }
-    return speeds;
-}
-
-void keepSpeeds(const KeyboardJog::Speeds& speeds) {
-    const auto settings = userSettings();
-    const int values[] = {speeds.normal, speeds.fast, speeds.slow, speeds.zoom};
-    for (int i = 0; i < 4; ++i) {
-        settings->setValue(kSpeedKeys[i], values[i]);
-    }
-}
 
 // A key or a controller button does what the operator's click would: the
 // session's operation, and only while the page's control could be clicked.
@@ -87,7 +67,7 @@ InputFeatures installInput(ConsoleContext& context, JogState& jog, JogSources& s
     // The page's own handler (connected earlier) has set JogEnabled by now.
     QObject::connect(&tabs, &QTabWidget::currentChanged, input.gate, &JogGate::check);
     input.keyboard = new KeyboardJog(sources, *input.gate, window, parent);
-    input.keyboard->setSpeeds(keptSpeeds());
+    input.keyboard->setSpeeds(loadKeySpeeds(*userSettings()));
     input.controller = new ControllerJog(sources, *input.gate, parent);
     input.controller->setMappingSource(
         [](const InputDevice& device) { return loadMapping(*userSettings(), device.guid); });
@@ -119,7 +99,7 @@ void openInputSettings(const InputFeatures& input, QWidget& window) {
     const std::optional<InputDevice> shown = controller->deviceInUse();
     QObject::connect(dialog, &QDialog::accepted, controller, [dialog, controller, keyboard, shown] {
         keyboard->setSpeeds(dialog->chosenSpeeds());
-        keepSpeeds(dialog->chosenSpeeds());
+        saveKeySpeeds(*userSettings(), dialog->chosenSpeeds());
         // The mapping shown belongs to the device that was in use then.
         if (shown) {
             saveMapping(*userSettings(), shown->guid, dialog->chosenMapping());

@@ -161,12 +161,12 @@ TEST_F(ControllerJogTest, AJoystickWithoutAControllerMappingPansAndTiltsWithItsS
     // Mapped, its buttons work as a game controller's do.
     const QString guid = rig().controller().deviceInUse()->guid;
     ControllerMapping mapping = plainJoystickMapping();
-    mapping.buttons = {{2, ButtonAction::GoToPreset, 4}};
+    mapping.buttons = {{2, ButtonAction::GoToPreset, 0}};  // the first preset is 0
     saveMapping(*userSettings(), guid, mapping);
     rig().controller().setPreferredDevice(guid);
     rig().line.clear();
     stick.button(2, true);
-    EXPECT_TRUE(rig().sends({0x32, 4}));
+    EXPECT_TRUE(rig().sends({0x32, 0}));
     stick.button(2, false);
     userSettings()->remove(QStringLiteral("Input/Mapping-") + guid);
     rig().controller().setPreferredDevice(QString());

@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QTemporaryDir>
+#include <array>
 #include <cmath>
 #include <map>
 #include <sstream>
@@ -97,6 +98,16 @@ TEST(MappingSettings, AMappingReadsBackAsSavedForItsOwnDeviceOnly) {
     // A mapping with everything taken off stays empty, not the standard one.
     saveMapping(scratch.settings, guid, {});
     EXPECT_EQ(fields(loadMapping(scratch.settings, guid).value_or(mapping)), "");
+}
+
+TEST(MappingSettings, KeySpeedsReadBackAsSavedAndDefaultUntilSaved) {
+    ScratchSettings scratch;
+    const KeyboardJog::Speeds defaults;
+    EXPECT_EQ(loadKeySpeeds(scratch.settings).normal, defaults.normal);
+    saveKeySpeeds(scratch.settings, {.normal = 11, .fast = 22, .slow = 3, .zoom = 44});
+    const KeyboardJog::Speeds back = loadKeySpeeds(scratch.settings);
+    EXPECT_EQ((std::array{back.normal, back.fast, back.slow, back.zoom}),
+              (std::array{11, 22, 3, 44}));
 }
 
 TEST(MappingSettings, ValuesEditedOutOfRangeAreBroughtIntoIt) {
