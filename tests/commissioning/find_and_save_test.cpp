@@ -45,6 +45,15 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     options.clockDate = sim::CalendarDate{2025, 2, 3};
     CommissioningRig rig(options);
 
+    // A port that cannot be opened is named, and nothing is searched.
+    rig.port->setOpenFails(true);
+    rig.trigger("MenuFindUnits");
+    ASSERT_EQ(rig.shown.size(), 1u);
+    EXPECT_EQ(rig.shown[0].title, QStringLiteral("Could Not Open COM1"));
+    EXPECT_EQ(findDialog(rig), nullptr);
+    EXPECT_TRUE(rig.line.frames().empty());
+    rig.port->setOpenFails(false);
+
     // Nobody answers: every address asked, 0 last, and an empty list.
     rig.line.setConnected(false);
     rig.menu->setProbeWaitMs(1);  // no answer to miss
@@ -61,6 +70,7 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     EXPECT_EQ(probes[98], 99);
     EXPECT_FALSE(rig.port->isOpen());
     EXPECT_EQ(rig.window->state().lamp(), LinkLamp::None);
+    EXPECT_FALSE(rig.window->state().LinkFault);
     QTest::mouseClick(dialog->FindCloseBut, Qt::LeftButton);
     ASSERT_TRUE(rig.waitFor([&] { return findDialog(rig) == nullptr; }));
 

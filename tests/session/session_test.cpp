@@ -262,8 +262,9 @@ TEST_F(SessionTest, CameraLinesTimeOutsAndLensesAreSetAndReadAndAStringReachesTh
     spare.spare = true;
     const std::size_t linesSent = line.frames().size();
     ASSERT_TRUE(finish(session.setCameraLines({spare, CameraLine{}})).isDone());
-    ASSERT_EQ(commandsSince(linesSent).size(), 1u);
-    EXPECT_EQ(commandsSince(linesSent)[0].at(vocab::camera_lines::kCamera1Byte.offset),
+    const auto linesCommands = commandsSince(linesSent);
+    ASSERT_EQ(linesCommands.size(), 1u);
+    EXPECT_EQ(linesCommands[0].at(vocab::camera_lines::kCamera1Byte.offset),
               vocab::maskOf(vocab::camera_lines::Camera1::kSpare));
     QSignalSpy linesReported(&session, &Session::cameraLinesReported);
     const CameraLine fast{7, 3, true, true, false};
@@ -376,6 +377,15 @@ TEST_F(SessionTest, DriveAndMountSettingsAreSetAndReadBackAndAProcedureHoldsOffT
     EXPECT_EQ(finish(session.setTiltDrive(1, 256, {})).kind(), Outcome::Kind::RangeFault);
     EXPECT_EQ(finish(session.setMinima({-1, 0})).kind(), Outcome::Kind::RangeFault);
     EXPECT_TRUE(commandsSince(mark).empty());
+    // And a word the unit reports beyond it stops the reply's handler and
+    // keeps nothing.
+    unit.state().settings.panMax = 32768;
+    QSignalSpy faults(&session.state(), &FormState::faultReported);
+    ASSERT_TRUE(finish(session.readPanSteps(Requester::Program)).isDone());
+    ASSERT_EQ(faults.size(), 1);
+    EXPECT_EQ(faults.at(0).at(0).toString(),
+              QStringLiteral("Run-time error 6: Overflow in SerPort1_OnComm"));
+    EXPECT_EQ(status.PanSteps, (StepRange{300, 32767}));
 
     // While the unit homes, a second procedure and every program's request
     // wait for nothing: they are refused, and the line stays held.
