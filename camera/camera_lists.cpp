@@ -73,14 +73,11 @@ void CameraLists::loadFile(int camera, const QString& fileName) {
 
 void CameraLists::pickCommand(int camera, int record) {
     const std::size_t c = index(camera);
-    const std::vector<CclCommand>& commands = lists_[c].commands;
-    if (record >= static_cast<int>(commands.size())) {
-        return;
-    }
-    const CclCommand& command = commands[static_cast<std::size_t>(record)];
+    // The combo holds one item per command, and its click handler has
+    // checked the item against it.
+    const CclCommand& command = lists_[c].commands[static_cast<std::size_t>(record)];
     if (command.isHex()) {
-        page_.HexOp1[c]->setChecked(true);
-        page_.CRCheck[c]->setChecked(false);  // a carriage return is only for ASCII
+        page_.HexOp1[c]->setChecked(true);  // which clears the CR box
     } else {
         page_.AscOp1[c]->setChecked(true);
     }

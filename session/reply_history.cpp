@@ -6,14 +6,22 @@ namespace halvex {
 
 void ReplyHistory::listenTo(FormState& state, Receiver& receiver) {
     receiver.addReplyWatcher([seen = seen_, &state](const std::vector<Byte>& reply) {
-        seen->last.push_back(reply);
-        if (seen->last.size() > kKept) {
-            seen->last.pop_front();
-        }
-        ++seen->count;
+        keepIn(*seen, reply);
         // Wakes a wait for it.
         state.notifyChanged();
     });
+}
+
+void ReplyHistory::keep(const std::vector<Byte>& reply) {
+    keepIn(*seen_, reply);
+}
+
+void ReplyHistory::keepIn(Seen& seen, const std::vector<Byte>& reply) {
+    seen.last.push_back(reply);
+    if (seen.last.size() > kKept) {
+        seen.last.pop_front();
+    }
+    ++seen.count;
 }
 
 std::optional<std::vector<Byte>> ReplyHistory::firstSince(std::uint64_t seen,

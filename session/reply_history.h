@@ -24,6 +24,8 @@ class ReplyHistory {
 
     // Starts keeping the replies `receiver` takes; once.
     void listenTo(FormState& state, Receiver& receiver);
+    // Keeps one reply as if the receive path had taken it.
+    void keep(const std::vector<Byte>& reply);
 
     // Replies seen so far.
     std::uint64_t count() const { return seen_->count; }
@@ -36,6 +38,7 @@ class ReplyHistory {
         std::uint64_t count = 0;
         std::deque<std::vector<Byte>> last;  // the last kKept, oldest first
     };
+    static void keepIn(Seen& seen, const std::vector<Byte>& reply);
     std::shared_ptr<Seen> seen_ = std::make_shared<Seen>();
 };
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QProgressBar>
@@ -11,6 +12,7 @@
 #include <functional>
 #include <numeric>
 
+#include "commissioning/progress_dialog.h"
 #include "tests/commissioning/commissioning_rig.h"
 
 using namespace halvex;
@@ -50,6 +52,7 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     rig.trigger("MenuFindUnits");
     ASSERT_EQ(rig.shown.size(), 1u);
     EXPECT_EQ(rig.shown[0].title, QStringLiteral("Could Not Open COM1"));
+    EXPECT_FALSE(rig.shown[0].question);
     EXPECT_EQ(findDialog(rig), nullptr);
     EXPECT_TRUE(rig.line.frames().empty());
     rig.port->setOpenFails(false);
@@ -218,16 +221,21 @@ TEST(SaveUnit, GoesOnFromTheEventLoopAndOfflineCancelledOrUnwritableSavesNothing
     for (const Message_& asked : cancelWhenAsked) {
         SCOPED_TRACE(int(asked.at(0)));
         QFile::remove(rig.file);
+        QString afterCancel;  // how the dialog looks once Cancel is clicked
         rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
             if (frame.message == asked) {
                 QTimer::singleShot(0, rig.window.get(), [&] {
-                    rig.window->findChild<QPushButton*>(QStringLiteral("CommissioningCancelBut"))
-                        ->click();
+                    auto* dialog = rig.window->findChild<ProgressDialog*>();
+                    dialog->CommissioningCancelBut->click();
+                    afterCancel = QStringLiteral("%1 %2").arg(
+                        dialog->CommissioningStep->text(),
+                        dialog->CommissioningCancelBut->isEnabled() ? "enabled" : "disabled");
                 });
             }
         };
         rig.trigger("MenuSaveUnit");
         rig.line.onFrame = nullptr;
+        EXPECT_EQ(afterCancel, QStringLiteral("Stopping... disabled"));
         EXPECT_EQ(rig.status(), QStringLiteral("Save Unit Settings cancelled: nothing was saved."));
         EXPECT_TRUE(rig.shown.empty());
         EXPECT_FALSE(QFile::exists(rig.file));
