@@ -59,8 +59,18 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
 
     // Nobody answers: every address asked, 0 last, and an empty list.
     rig.line.setConnected(false);
-    rig.menu->setProbeWaitMs(1);  // no answer to miss
+    rig.menu->setProbeWaitMs(1);    // no answer to miss
+    std::vector<int> barWhenAsked;  // the bar's count as each address 1, 2... went out
+    rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
+        const FindUnitsDialog* shown = findDialog(rig);
+        if (frame.message[0] == v::FirmwareRequest::kCode && frame.address != 0 &&
+            shown != nullptr) {
+            barWhenAsked.push_back(shown->FindProgress->value() + 1 - frame.address);
+        }
+    };
     rig.trigger("MenuFindUnits");
+    rig.line.onFrame = nullptr;
+    EXPECT_EQ(barWhenAsked, std::vector<int>(99, 0)) << "the bar counts the addresses done";
     FindUnitsDialog* dialog = findDialog(rig);
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(dialog->FoundList->rowCount(), 0);

@@ -115,6 +115,17 @@ TEST(SettingsCatalog, WritesAndReadsEachSettingWhereTheProtocolTableHasIt) {
                 reply.at(static_cast<std::size_t>(check.byte)) |= check.value;
             }
             ASSERT_TRUE(replyFits(group, reply)) << group.title;
+            // Another limit's or speed set's reply, one cut short, another
+            // code's: none of them is this group's.
+            for (const ReplyCheck& check : group.replyChecks) {
+                std::vector<Byte> other = reply;
+                other.at(static_cast<std::size_t>(check.byte)) ^= check.mask;
+                EXPECT_FALSE(replyFits(group, other)) << group.title;
+            }
+            EXPECT_FALSE(replyFits(group, {reply.begin(), reply.end() - 1})) << group.title;
+            std::vector<Byte> otherCode = reply;
+            otherCode[0] = static_cast<Byte>(otherCode[0] + 1);
+            EXPECT_FALSE(replyFits(group, otherCode)) << group.title;
             for (std::size_t i = 0; i < group.fields.size(); ++i) {
                 const SettingField& field = group.fields[i];
                 const auto value = std::optional<std::int64_t>(values[i]);
