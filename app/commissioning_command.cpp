@@ -70,9 +70,13 @@ PortSettings chosenPort() {
     PortSettings chosen;
     const SettingsFile file;
     QString error;
-    if (file.exists() && !file.read(chosen, error)) {
-        say(error);
-        chosen = PortSettings{};
+    if (file.exists()) {
+        const std::optional<PortSettings> kept = file.read(error);
+        if (kept) {
+            chosen = *kept;
+        } else {
+            say(error);
+        }
     }
     if (chosen.comPort < 1 || chosen.comPort > 8) {
         chosen.comPort = 1;

@@ -50,9 +50,8 @@ bool catchStopSignals() {
 // The line: --port and --baud, else COMn and the speed kept in the settings
 // file, as the console's window would open them.
 LineChoice chooseLine(const CommandLine& commandLine) {
-    PortSettings kept;
     QString ignored;
-    SettingsFile().read(kept, ignored);
+    const PortSettings kept = SettingsFile().read(ignored).value_or(PortSettings{});
     const QString device = commandLine.portDevice();
     const int com = kept.comPort;
     const qint32 baud = commandLine.baudRate().value_or(kept.baudRate);

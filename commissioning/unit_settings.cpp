@@ -1,11 +1,24 @@
 #include "commissioning/unit_settings.h"
 
-#include <cstdio>
 #include <cstdlib>
+#include <iomanip>
+#include <sstream>
 
 namespace halvex::commissioning {
 
 namespace {
+
+// What printf's %0*d gives: at least `width` digits, a minus sign first.
+struct ZeroPadded {
+    int width;
+    long long value;
+};
+ZeroPadded zeroPadded(int width, long long value) {
+    return {width, value};
+}
+std::ostream& operator<<(std::ostream& out, ZeroPadded padded) {
+    return out << std::setw(padded.width) << std::setfill('0') << std::internal << padded.value;
+}
 
 Difference identityRow(const std::string& label, const std::string& inFile,
                        const std::string& inUnit, const std::string& note) {
@@ -60,10 +73,9 @@ void UnitSettings::setGroupValues(const SettingGroup& group,
 std::string degreesText(std::int32_t hundredths) {
     const long long value = hundredths;
     const long long magnitude = std::llabs(value);
-    char text[32];
-    std::snprintf(text, sizeof text, "%s%lld.%02lld", value < 0 ? "-" : "", magnitude / 100,
-                  magnitude % 100);
-    return text;
+    std::ostringstream text;
+    text << (value < 0 ? "-" : "") << magnitude / 100 << '.' << zeroPadded(2, magnitude % 100);
+    return text.str();
 }
 
 std::string fieldText(const SettingField& field, std::int32_t value) {
@@ -107,16 +119,16 @@ std::string tourText(const std::vector<TourStep>& steps) {
 }
 
 std::string firmwareText(const UnitIdentity& identity) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%d.%02d", identity.firmwareMajor, identity.firmwareMinor);
-    return text;
+    std::ostringstream text;
+    text << identity.firmwareMajor << '.' << zeroPadded(2, identity.firmwareMinor);
+    return text.str();
 }
 
 std::string clockText(const UnitIdentity& identity) {
-    char text[48];
-    std::snprintf(text, sizeof text, "%04d-%02d-%02d", identity.clockYear, identity.clockMonth,
-                  identity.clockDay);
-    return text;
+    std::ostringstream text;
+    text << zeroPadded(4, identity.clockYear) << '-' << zeroPadded(2, identity.clockMonth) << '-'
+         << zeroPadded(2, identity.clockDay);
+    return text.str();
 }
 
 std::vector<Difference> differences(const UnitSettings& file, const UnitSettings& unit,

@@ -60,11 +60,11 @@ QString PortSelection::load(const SettingsFile& file) {
     emit titleChanged(titlePrefix());
 
     QString error;
-    PortSettings stored;
-    if (!file_.exists() && !file_.write(stored, error)) {
-        stored = PortSettings{};
-    } else if (!file_.read(stored, error)) {
-        stored = PortSettings{};
+    PortSettings stored;  // a missing file is made with the defaults
+    if (!file_.exists()) {
+        file_.write(stored, error);
+    } else {
+        stored = file_.read(error).value_or(PortSettings{});
     }
     ComPort = stored.comPort;
     BaudRate = stored.baudRate;

@@ -14,26 +14,27 @@ bool SettingsFile::exists() const {
     return QFileInfo::exists(path_);
 }
 
-bool SettingsFile::read(PortSettings& settings, QString& error) const {
+std::optional<PortSettings> SettingsFile::read(QString& error) const {
     QFile file(path_);
     if (!file.open(QIODevice::ReadOnly)) {
         error = QStringLiteral("The settings file \"%1\" could not be read: %2.")
                     .arg(path_, file.errorString());
-        return false;
+        return std::nullopt;
     }
     const QByteArray bytes = file.read(kFileSize);
     if (bytes.size() < kFileSize) {
         error = QStringLiteral("The settings file \"%1\" holds %2 bytes; it needs 6.")
                     .arg(path_)
                     .arg(bytes.size());
-        return false;
+        return std::nullopt;
     }
     const auto byte = [&bytes](int i) { return static_cast<std::uint8_t>(bytes[i]); };
+    PortSettings settings;
     settings.comPort = static_cast<std::int16_t>(byte(0) | (byte(1) << 8));
     settings.baudRate = static_cast<std::int32_t>(
         static_cast<std::uint32_t>(byte(2)) | (static_cast<std::uint32_t>(byte(3)) << 8) |
         (static_cast<std::uint32_t>(byte(4)) << 16) | (static_cast<std::uint32_t>(byte(5)) << 24));
-    return true;
+    return settings;
 }
 
 bool SettingsFile::write(const PortSettings& settings, QString& error) const {

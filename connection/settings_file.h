@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <cstdint>
+#include <optional>
 
 namespace halvex {
 
@@ -19,8 +20,9 @@ class SettingsFile {
     explicit SettingsFile(QString path = QString::fromLatin1(kFileName)) : path_(std::move(path)) {}
 
     bool exists() const;
-    // Each returns false and fills `error` with a sentence naming the file.
-    bool read(PortSettings& settings, QString& error) const;
+    // On failure each fills `error` with a sentence naming the file: read
+    // returns nothing, write false.
+    std::optional<PortSettings> read(QString& error) const;
     bool write(const PortSettings& settings, QString& error) const;
 
     const QString& path() const { return path_; }

@@ -1,6 +1,5 @@
 #include "positioning/tours.h"
 
-#include <QTimer>
 #include <string>
 
 #include "console/handler_wiring.h"
@@ -185,9 +184,12 @@ void Tours::showCleared(int tour) {
     page_.ScriptList->clear();
     // Selecting the tour reloads it; that waits for replies of its own, so it
     // runs after this receive event rather than inside it.
-    QTimer::singleShot(0, this, [this, tour] {
-        guarded(context_.state, "TourSel_Click", [&] { return TourSel_Click(tour); });
-    });
+    QMetaObject::invokeMethod(
+        this,
+        [this, tour] {
+            guarded(context_.state, "TourSel_Click", [&] { return TourSel_Click(tour); });
+        },
+        Qt::QueuedConnection);
 }
 
 void Tours::setEditingEnabled(bool enabled) {

@@ -82,6 +82,12 @@ void Split24(std::int32_t& value, Byte& b2, Byte& b1, Byte& b0) {
     b2 = static_cast<Byte>(value & 0xFF);
 }
 
+std::array<Byte, 3> lowestFirst24(std::int32_t value) {
+    std::array<Byte, 3> bytes{};
+    Split24(value, bytes[2], bytes[1], bytes[0]);
+    return bytes;
+}
+
 namespace {
 Byte bitMask(int bit) {
     if (bit < 0 || bit > 7) {

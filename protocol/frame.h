@@ -77,6 +77,8 @@ std::int32_t Build24(Byte b2, Byte b1, Byte b0);
 // Splits the low 24 bits of value. Consumes value: afterwards it holds the
 // input shifted right by 16, so callers that need it again copy it first.
 void Split24(std::int32_t& value, Byte& b2, Byte& b1, Byte& b0);
+// The same three bytes, lowest first, leaving value alone.
+std::array<Byte, 3> lowestFirst24(std::int32_t value);
 
 Byte SetBit(Byte value, int bit);
 Byte ClearBit(Byte value, int bit);

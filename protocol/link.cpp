@@ -226,7 +226,6 @@ int Link::replyTimeoutMs() const {
 }
 
 QCoro::Task<bool> Link::awaitReply(FrameTicket frame) {
-    state_.ReplyReceived = false;
     if (!frame || frame->status != FrameRecord::Status::Sent) {
         co_return false;
     }
@@ -237,7 +236,6 @@ QCoro::Task<bool> Link::awaitReply(FrameTicket frame) {
 }
 
 QCoro::Task<bool> Link::awaitNextReply() {
-    state_.ReplyReceived = false;
     const quint64 events = receiveEvents_;
     const quint64 expiries = watchdogExpiries_;
     co_await waitUntil(

@@ -78,8 +78,8 @@ class Link : public QObject {
     // Completes when the frame is answered, the watchdog gives up on it, the
     // port closes or the reply time-out passes. True when it was answered.
     QCoro::Task<bool> awaitReply(FrameTicket frame);
-    // Clears ReplyReceived and completes on the next receive event, a
-    // watchdog expiry, the port closing or the reply time-out.
+    // Completes on the next receive event, a watchdog expiry, the port
+    // closing or the reply time-out. True for a receive event.
     QCoro::Task<bool> awaitNextReply();
     // Frames waiting for their tick.
     std::size_t queued() const { return queue_.size(); }

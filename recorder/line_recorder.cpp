@@ -4,7 +4,6 @@
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
-#include <QTimer>
 #include <QWidget>
 
 #include "console/dialog_wait.h"
@@ -74,15 +73,18 @@ void LineRecorder::take(const recording::LineRecord& record) {
         // Told once the event at hand (a frame being read, perhaps) is over,
         // never inside it.
         const QString path = file_.path();
-        QTimer::singleShot(0, this, [this, path] {
-            if (window_) {
-                window_->showRecording(false);
-            }
-            messages_.exclamation(
-                QStringLiteral("Record"),
-                QStringLiteral("Recording to %1 stopped: the file could not be written.")
-                    .arg(path));
-        });
+        QMetaObject::invokeMethod(
+            this,
+            [this, path] {
+                if (window_) {
+                    window_->showRecording(false);
+                }
+                messages_.exclamation(
+                    QStringLiteral("Record"),
+                    QStringLiteral("Recording to %1 stopped: the file could not be written.")
+                        .arg(path));
+            },
+            Qt::QueuedConnection);
     }
     latency_.note(record);
     model_.append(record);

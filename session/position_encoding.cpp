@@ -23,12 +23,10 @@ std::int32_t encodePosition(double degrees) {
 }
 
 void putPosition(ByteTable& tx, int first, std::int32_t value) {
-    std::int32_t copy = value;  // Split24 consumes its argument
-    Byte b2 = 0, b1 = 0, b0 = 0;
-    Split24(copy, b2, b1, b0);
-    tx[first] = b0;
-    tx[first + 1] = b1;
-    tx[first + 2] = b2;
+    const std::array<Byte, 3> bytes = lowestFirst24(value);
+    for (int i = 0; i < 3; ++i) {
+        tx[first + i] = bytes[static_cast<std::size_t>(i)];
+    }
 }
 
 std::int32_t getPosition(const ByteTable& rx, int first) {

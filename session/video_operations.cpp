@@ -116,7 +116,7 @@ QCoro::Task<Outcome> Session::readVideo(Requester requester) {
 QCoro::Task<Outcome> Session::setAuxOutputs(AuxOutputStates outputs, Requester requester) {
     return exchange(requester, [outputs] {
         namespace aux = vocab::aux_outputs;
-        Byte byte = 0;
+        Byte byte{};  // every bit is set or cleared below
         for (std::size_t i = 0; i < aux::kOutput.size(); ++i) {
             byte = withBit(byte, aux::kOutput[i], outputs[i]);
         }

@@ -89,11 +89,10 @@ class Reply {
     }
     // Signed 24-bit value, low byte first.
     Reply& angle(std::int32_t value) {
-        Byte b2 = 0;
-        Byte b1 = 0;
-        Byte b0 = 0;
-        Split24(value, b2, b1, b0);
-        return byte(b0).byte(b1).byte(b2);
+        for (const Byte b : lowestFirst24(value)) {
+            byte(b);
+        }
+        return *this;
     }
     // 16-bit value, low byte first.
     Reply& word(int value) { return byte(value).byte(value >> 8); }

@@ -2,6 +2,7 @@
 
 #include <sys/wait.h>
 #include <unistd.h>
+#include <QDir>
 #include <QFile>
 #include <QLineEdit>
 #include <QRegularExpression>
@@ -91,6 +92,16 @@ TEST(MainWindow, StoredSettingsAreUsedAsTheyAreAndAMissingFileIsCreated) {
             c.after.size() == 12 && !c.after.endsWith("00000000") ? c.after.mid(4) : "80250000";
         EXPECT_EQ(settingsBytes(), QByteArray::fromHex("0400" + speed));
     }
+    // A settings file that cannot be read is named, and the defaults are used.
+    QFile::remove(QStringLiteral("HALVEX.BIN"));
+    ASSERT_TRUE(QDir().mkdir(QStringLiteral("HALVEX.BIN")));
+    VornixU w(
+        new TestPort(&rig.line), [](QWidget*, const Message&) { return true; },
+        ConsoleRig::kFastTickMs);
+    const QString error = w.Form_Load();
+    EXPECT_TRUE(error.contains(QStringLiteral("could not be read"))) << error.toStdString();
+    EXPECT_TRUE(w.windowTitle().endsWith(QStringLiteral("Using COM1 At 9600 Offline")));
+    QDir().rmdir(QStringLiteral("HALVEX.BIN"));
     EXPECT_TRUE(rig.line.frames().empty());
 }
 
