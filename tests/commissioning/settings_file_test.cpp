@@ -289,6 +289,15 @@ TEST(SettingsTable, RangesFitTheirFieldsAndWhatTheUnitTakes) {
     }
 }
 
+TEST(SettingsFile, AnAngleTakesAMinusAndAtMostTwoDecimals) {
+    EXPECT_EQ(hundredths("12.5"), 1250);
+    EXPECT_EQ(hundredths("-0.05"), -5);
+    EXPECT_EQ(hundredths("7"), 700);
+    for (const char* refused : {"1.x", "x.5", "1.", ".5", "1.234", "12345678.0", "1.-5", "--1"}) {
+        EXPECT_EQ(hundredths(refused), std::nullopt) << refused;
+    }
+}
+
 TEST(SettingsFile, AWholeNumberTakesAMinusAndAtMostNineDigits) {
     EXPECT_EQ(wholeNumber("-5"), -5);
     EXPECT_EQ(wholeNumber("-123456789"), -123456789);
