@@ -295,8 +295,7 @@ std::vector<SettingGroup> buildGroups() {
         "reference", "Resolver centre", v::blank<v::CentreRequest>(), 0,
         {number("pan-resolver-centre", Centre::kPan, -kAny24 - 1, kAny24),
          number("tilt-resolver-centre", Centre::kTilt, -kAny24 - 1, kAny24)});
-    centre.kind = Kind::Reference;
-    centre.writeCode = 0;
+    centre.kind = Kind::Reference;  // shown, never written
     groups.push_back(centre);
 
     return groups;

@@ -194,7 +194,7 @@ LineLogWindow* LineRecorder::openRecording(const QString& path) {
                                       static_cast<std::size_t>(copy.isNull() ? size : copy.size()));
     auto* model = new LineLogModel();
     LatencyMeter meter;
-    std::int64_t lastUs = 0;
+    std::int64_t lastUs{};  // the last record's, read once there is one
     std::size_t records = 0;
     while (auto record = reader.next()) {
         lastUs = record->timeUs;

@@ -50,16 +50,15 @@ void JogSources::apply(JogSource source, const JogDemand& demand) {
 }
 
 void JogSources::chooseOwner() {
-    std::optional<JogSource> latest;
-    unsigned latestStart = 0;
-    for (int i = 0; i < kJogSourceCount; ++i) {
-        const Slot& s = slots_[static_cast<std::size_t>(i)];
-        if (s.active && s.startedAt >= latestStart) {
-            latest = static_cast<JogSource>(i);
-            latestStart = s.startedAt;
-        }
+    // The source that started moving last holds the platform; starts are
+    // numbered from 1.
+    const auto start = [](const Slot& s) { return s.active ? s.startedAt : 0u; };
+    const auto latest = std::ranges::max_element(slots_, {}, start);
+    if (start(*latest) == 0) {
+        setOwner(std::nullopt);
+    } else {
+        setOwner(static_cast<JogSource>(latest - slots_.begin()));
     }
-    setOwner(latest);
 }
 
 void JogSources::stopAll() {
