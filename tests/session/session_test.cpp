@@ -139,14 +139,30 @@ TEST_F(SessionTest, ReinitialiseOrStartWhileAConnectionRunsLeavesItToFinishAlone
     EXPECT_EQ(std::count(sent.begin(), sent.end(), test::message<vocab::OffsetsRequest>()), 1);
 }
 
-// Reading the unit again keeps the console online meanwhile: remote control
-// and the pages go on working.
 TEST_F(SessionTest, APortThatDoesNotOpenIsSaidSoAndNothingTicks) {
     port->setOpenFails(true);
     EXPECT_FALSE(session.open(QStringLiteral("COM1"), 9600));
     EXPECT_FALSE(session.link().Timer2().isActive());
 }
 
+// The port lost while the soft limits, the last reads, are asked for: the
+// sequence ends offline, and says so to whoever waits for it.
+TEST_F(SessionTest, APortLostDuringTheLastReadsLeavesTheConsoleOffline) {
+    QSignalSpy finished(&connection, &UnitConnection::finished);
+    line.onFrame = [this](const RecordingPeer::Frame& frame) {
+        if (frame.message.at(0) == vocab::SoftLimit::kCode) {
+            QTimer::singleShot(0, port, [this] { port->close(); });
+        }
+    };
+    EXPECT_FALSE(finish(connection.start()));
+    line.onFrame = nullptr;
+    EXPECT_FALSE(session.online());
+    ASSERT_EQ(finished.size(), 1);
+    EXPECT_FALSE(finished.at(0).at(0).toBool());
+}
+
+// Reading the unit again keeps the console online meanwhile: remote control
+// and the pages go on working.
 TEST_F(SessionTest, ReinitialiseKeepsTheConsoleOnlineWhileItReads) {
     ASSERT_TRUE(connect());
     QCoro::Task<bool> reading = connection.reinitialise();
