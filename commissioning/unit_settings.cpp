@@ -9,15 +9,10 @@ namespace halvex::commissioning {
 namespace {
 
 // What printf's %0*d gives: at least `width` digits, a minus sign first.
-struct ZeroPadded {
-    int width;
-    long long value;
-};
-ZeroPadded zeroPadded(int width, long long value) {
-    return {width, value};
-}
-std::ostream& operator<<(std::ostream& out, ZeroPadded padded) {
-    return out << std::setw(padded.width) << std::setfill('0') << std::internal << padded.value;
+std::string zeroPadded(int width, long long value) {
+    std::ostringstream text;
+    text << std::setw(width) << std::setfill('0') << std::internal << value;
+    return text.str();
 }
 
 Difference identityRow(const std::string& label, const std::string& inFile,
@@ -73,9 +68,8 @@ void UnitSettings::setGroupValues(const SettingGroup& group,
 std::string degreesText(std::int32_t hundredths) {
     const long long value = hundredths;
     const long long magnitude = std::llabs(value);
-    std::ostringstream text;
-    text << (value < 0 ? "-" : "") << magnitude / 100 << '.' << zeroPadded(2, magnitude % 100);
-    return text.str();
+    return (value < 0 ? "-" : "") + std::to_string(magnitude / 100) + "." +
+           zeroPadded(2, magnitude % 100);
 }
 
 std::string fieldText(const SettingField& field, std::int32_t value) {
@@ -119,16 +113,12 @@ std::string tourText(const std::vector<TourStep>& steps) {
 }
 
 std::string firmwareText(const UnitIdentity& identity) {
-    std::ostringstream text;
-    text << identity.firmwareMajor << '.' << zeroPadded(2, identity.firmwareMinor);
-    return text.str();
+    return std::to_string(identity.firmwareMajor) + "." + zeroPadded(2, identity.firmwareMinor);
 }
 
 std::string clockText(const UnitIdentity& identity) {
-    std::ostringstream text;
-    text << zeroPadded(4, identity.clockYear) << '-' << zeroPadded(2, identity.clockMonth) << '-'
-         << zeroPadded(2, identity.clockDay);
-    return text.str();
+    return zeroPadded(4, identity.clockYear) + "-" + zeroPadded(2, identity.clockMonth) + "-" +
+           zeroPadded(2, identity.clockDay);
 }
 
 std::vector<Difference> differences(const UnitSettings& file, const UnitSettings& unit,

@@ -1,7 +1,6 @@
 #include "input/mapping_settings.h"
 
 #include <algorithm>
-#include <array>
 
 namespace halvex {
 
@@ -16,12 +15,15 @@ int boundedSize(int size) {
     return std::clamp(size, 0, kMaxBindings);
 }
 
-const char* const kSpeedKeys[] = {"Input/KeySpeed", "Input/KeyFast", "Input/KeySlow",
-                                  "Input/KeyZoom"};
-
-std::array<int*, 4> fieldsOf(KeyboardJog::Speeds& speeds) {
-    return {&speeds.normal, &speeds.fast, &speeds.slow, &speeds.zoom};
-}
+using Speeds = KeyboardJog::Speeds;
+struct SpeedKey {
+    const char* key;
+    int Speeds::*speed;
+};
+constexpr SpeedKey kSpeedKeys[] = {{"Input/KeySpeed", &Speeds::normal},
+                                   {"Input/KeyFast", &Speeds::fast},
+                                   {"Input/KeySlow", &Speeds::slow},
+                                   {"Input/KeyZoom", &Speeds::zoom}};
 
 QString group(const QString& guid) {
     return QStringLiteral("Input/Mapping-") + guid;
@@ -95,18 +97,15 @@ std::optional<ControllerMapping> loadMapping(QSettings& settings, const QString&
 }
 
 void saveKeySpeeds(QSettings& settings, const KeyboardJog::Speeds& speeds) {
-    KeyboardJog::Speeds kept = speeds;
-    const std::array<int*, 4> fields = fieldsOf(kept);
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-        settings.setValue(kSpeedKeys[i], *fields[i]);
+    for (const auto& [key, speed] : kSpeedKeys) {
+        settings.setValue(QLatin1String(key), speeds.*speed);
     }
 }
 
 KeyboardJog::Speeds loadKeySpeeds(QSettings& settings) {
     KeyboardJog::Speeds speeds;
-    const std::array<int*, 4> fields = fieldsOf(speeds);
-    for (std::size_t i = 0; i < fields.size(); ++i) {
-        *fields[i] = settings.value(kSpeedKeys[i], *fields[i]).toInt();
+    for (const auto& [key, speed] : kSpeedKeys) {
+        speeds.*speed = settings.value(QLatin1String(key), speeds.*speed).toInt();
     }
     return speeds;
 }
