@@ -140,15 +140,11 @@ int runHeadless(int& argc, char* argv[], const CommandLine& commandLine) {
                 .arg(server.serverPort()));
     }
 
-    bool stopping = false;
     QSocketNotifier stopSignal(signalPipe[1], QSocketNotifier::Read);
     QObject::connect(&stopSignal, &QSocketNotifier::activated, &app, [&] {
-        char byte = 0;
-        [[maybe_unused]] const ssize_t read = ::read(signalPipe[1], &byte, 1);
-        if (stopping) {
-            return;  // already stopping
-        }
-        stopping = true;
+        // One stop is enough: the notifier is switched off rather than the
+        // signal's byte read, and later signals are left unread.
+        stopSignal.setEnabled(false);
         retry.stop();
         server.close();
         say(QStringLiteral("stopping the platform"));
