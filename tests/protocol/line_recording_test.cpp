@@ -42,6 +42,17 @@ class Blocks {
                 : join({n(9, 2), n(1, 2), {static_cast<Byte>(resolution), 0, 0, 0}, n(0)});
         return block(1, {n(linkType, 2), n(0, 2), n(0), option});
     }
+    // An interface whose four-letter name fills the block to its end, with
+    // no end-of-options after it.
+    Blocks& namedInterface(std::uint16_t linkType, const char (&name)[5]) {
+        return block(1, {n(linkType, 2),
+                         n(0, 2),
+                         n(0),
+                         n(2, 2),
+                         n(4, 2),
+                         {static_cast<Byte>(name[0]), static_cast<Byte>(name[1]),
+                          static_cast<Byte>(name[2]), static_cast<Byte>(name[3])}});
+    }
     Blocks& packet(std::uint32_t interfaceId, std::uint64_t stamp, std::vector<Byte> data,
                    std::optional<std::uint32_t> flags = std::nullopt) {
         const auto size = static_cast<std::uint32_t>(data.size());
@@ -104,7 +115,8 @@ TEST(LineRecording, FlagsEachFrameWithItsDirectionAndTheConsolesVerdict) {
 
 TEST(LineRecording, ReadsOtherWritersFilesAndSkipsWhatIsNotOurs) {
     // Big-endian, nanosecond and binary time stamps, a block of another
-    // kind, an Ethernet interface, and a second section.
+    // kind, an Ethernet interface, and a second section with an interface
+    // whose last option ends where its block does.
     const auto file = Blocks(true)
                           .section()
                           .interface(1)
@@ -117,6 +129,7 @@ TEST(LineRecording, ReadsOtherWritersFilesAndSkipsWhatIsNotOurs) {
                             .section()
                             .interface(147, 0x80 | 10)
                             .interface(147, 3)
+                            .namedInterface(147, "line")
                             .packet(0, 2048, {0x06, 0x00, 0x9A, 0x9A, 0x03})
                             .packet(1, 7, {0x06})
                             .bytes();
