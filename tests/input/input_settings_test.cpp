@@ -6,10 +6,12 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QPushButton>
+#include <QRegularExpression>
 #include <QSpinBox>
 
 #include "input/input_settings_dialog.h"
 #include "input/keyboard_jog.h"
+#include "input/mapping_settings.h"
 #include "tests/input/input_rig.h"
 #include "tests/support/kept_picture.h"
 #include "window/user_settings.h"
@@ -75,6 +77,29 @@ TEST_F(InputSettingsTest, ShowsTheDeviceItsMappingAndALivePreviewAsLastLookedAt)
     expectLooksAsKept(*dialog, {HALVEX_KEPT_PICTURES, HALVEX_SEEN_PICTURES},
                       QStringLiteral("input-settings"));
     dialog->reject();
+}
+
+// A mapping kept for a button this device does not have shows nothing bound.
+TEST_F(InputSettingsTest, AButtonTheDeviceDoesNotHaveShowsAsNone) {
+    VirtualDevice pad(true);
+    ASSERT_TRUE(rig().usesDevice());
+    const QString guid = rig().controller().deviceInUse()->guid;
+    ControllerMapping mapping;
+    mapping.buttons = {{99, ButtonAction::Stop, 0}};
+    saveMapping(*userSettings(), guid, mapping);
+    rig().controller().setPreferredDevice(guid);
+    InputSettingsDialog* dialog = open();
+    ASSERT_NE(dialog, nullptr);
+    QStringList bound;
+    for (const QComboBox* combo :
+         dialog->findChildren<QComboBox*>(QRegularExpression(QStringLiteral("^ButtonCombo_")))) {
+        if (combo->currentIndex() != 0) {
+            bound << combo->objectName();
+        }
+    }
+    EXPECT_EQ(bound, QStringList());
+    dialog->reject();
+    rig().controller().setPreferredDevice(QString());
 }
 
 TEST_F(InputSettingsTest, OkPutsTheMappingToWorkAndKeepsItForTheDevice) {
