@@ -11,6 +11,7 @@
 #include "session/unit_connection.h"
 #include "sim/unit.h"
 #include "tests/support/finish.h"
+#include "tests/support/messages.h"
 #include "tests/support/recording_peer.h"
 #include "tests/support/test_port.h"
 
@@ -28,9 +29,17 @@ class SessionTest : public ::testing::Test {
 
     bool connect() { return finish(connection.start()) && session.online(); }
 
+    using Messages = std::vector<std::vector<Byte>>;
+
+    // An absolute move to pan and tilt in hundredths of a degree.
+    static std::vector<Byte> absolute(std::int64_t pan, std::int64_t tilt) {
+        namespace move = vocab::absolute_move;
+        return test::message<vocab::AbsoluteMove>({{move::kPan, pan}, {move::kTilt, tilt}});
+    }
+
     // The messages sent since `from` that are not jog messages.
-    std::vector<std::vector<Byte>> commandsSince(std::size_t from) const {
-        std::vector<std::vector<Byte>> commands;
+    Messages commandsSince(std::size_t from) const {
+        Messages commands;
         const auto& frames = line.frames();
         for (std::size_t i = from; i < frames.size(); ++i) {
             if (frames[i].message.at(0) != vocab::JogMessage::kCode) {
