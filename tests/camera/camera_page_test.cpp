@@ -360,10 +360,9 @@ TEST(HelpWindow, ShowsEachHelpFileInOneWindowClosesByHidingAndReportsBadFiles) {
     rig.showPage(4);
     rig.press("SerHelpBut");
     ASSERT_EQ(rig.shown.size(), 1u);
-    EXPECT_EQ(rig.shown[0].title, "Could Not Open Help File");
-    EXPECT_EQ(rig.shown[0].text,
-              "There was a problem opening the RTF help file. Please be sure it is in the same "
-              "directory as your application.");
+    EXPECT_EQ(rig.shown[0].title + ": " + rig.shown[0].text,
+              "Could Not Open Help File: There was a problem opening the RTF help file. Please be "
+              "sure it is in the same directory as your application.");
     EXPECT_FALSE(help->isVisible());
     EXPECT_EQ(help->windowTitle(), "Tour Setup");
     EXPECT_TRUE(help->RichTextBox1->toPlainText().contains("tour", Qt::CaseInsensitive));

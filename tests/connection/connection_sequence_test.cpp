@@ -93,10 +93,10 @@ TEST(ConnectionSequence, ReadsTheWholeUnitInOrderAndGoesOnline) {
 }
 
 // Without a window the session reads the unit in the same order, and what
-// the unit reports lands in the session's status.
+// the unit reports lands in the session's status (each reply's decoder is
+// checked on its own in tests/session/session_test.cpp).
 TEST(ConnectionSequence, AHeadlessSessionReadsTheSameAndKeepsWhatTheUnitSaid) {
     sim::Unit unit;
-    unit.state().presets.at(3) = {1234, -567, {}};
     unit.state().settings.commTimeoutSeconds = 30;
     RecordingPeer line{unit};
     Session session{new TestPort(&line), 10};
@@ -107,14 +107,7 @@ TEST(ConnectionSequence, AHeadlessSessionReadsTheSameAndKeepsWhatTheUnitSaid) {
     ASSERT_TRUE(finish(connection.start(), 20000));
 
     expectSequence(line.messages(false));
-    const UnitStatus& status = session.status();
-    EXPECT_GT(status.Firmware.year, 2000);
-    EXPECT_GT(status.Rates.pan.safeSpeed, 0);
-    EXPECT_GT(status.TopSpeeds[1].pan, 0);
-    EXPECT_EQ(status.CommTimeoutSeconds, 30);
-    EXPECT_EQ(status.CameraAnswerTimeouts, (CameraTimeouts{10, 10}));
-    EXPECT_EQ(session.presets().at(3).pan, 1234);
-    EXPECT_EQ(session.presets().at(3).tilt, -567);
+    EXPECT_EQ(session.status().CommTimeoutSeconds, 30);
 }
 
 TEST(ConnectionSequence, MissingPortShowsTheMessageAndStaysOffline) {
@@ -176,15 +169,13 @@ TEST(ConnectionSequence, UnitWithoutSecondCameraHidesItsControlsForGood) {
     ASSERT_TRUE(rig.connect());
     // Camera 2's controls go; camera 1's stay, also where both are elements
     // of one array.
-    const std::pair<const char*, bool> hidden[] = {{"Z2LED", true},         {"ZFScroll_2", true},
-                                                   {"SendBut_1", true},     {"Lens2Check_1", true},
-                                                   {"VideoFrame", true},    {"Z1LED", false},
-                                                   {"ZFScroll_1", false},   {"SendBut_0", false},
-                                                   {"Lens1Check_1", false}, {"CamTOSpin_0", false}};
-    for (const auto& [name, expected] : hidden) {
-        auto* widget = rig.find<QWidget>(QLatin1String(name));
-        ASSERT_NE(widget, nullptr) << name;
-        EXPECT_EQ(widget->isHidden(), expected) << name;
+    for (const QString& name :
+         QStringLiteral("Z2LED ZFScroll_2 SendBut_1 Lens2Check_1 VideoFrame "
+                        "!Z1LED !ZFScroll_1 !SendBut_0 !Lens1Check_1 !CamTOSpin_0")
+             .split(' ')) {
+        auto* widget = rig.find<QWidget>(QString(name).remove('!'));
+        ASSERT_NE(widget, nullptr) << name.toStdString();
+        EXPECT_EQ(widget->isHidden(), !name.startsWith('!')) << name.toStdString();
     }
     EXPECT_EQ(rig.find<QLabel>(QStringLiteral("Label1_1"))->text(), QStringLiteral("Zelvar"));
 }

@@ -5,7 +5,6 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStatusBar>
-#include <QTabWidget>
 
 #include "session/unit_status.h"
 #include "tests/support/console_rig.h"
@@ -40,11 +39,10 @@ struct ReportRig : ConsoleRig {
                                      {r::kTilt, tilt},
                                      {r::kStatusAByte, a},
                                      {r::kStatusB, b},
-                                     {r::kStatusC, c},
-                                     {r::kLens[0], 10},
-                                     {r::kLens[1], 20},
-                                     {r::kLens[2], 30},
-                                     {r::kLens[3], 40}});
+                                     {r::kStatusC, c}});
+        for (std::size_t i = 0; i < 4; ++i) {
+            vocab::put(m, r::kLens[i], static_cast<std::uint32_t>(10 * (i + 1)));
+        }
         m.insert(m.end(), tail.begin(), tail.end());
         arrive(m);
     }
@@ -138,18 +136,15 @@ TEST(PositionReport, SoftLimitRepliesSetTheLimitsAndTheGaugeScale) {
 
 TEST(PositionReport, EachStatusBitLightsItsOwnLampAndOnlyLimitsAndFaultsRaiseTheFault) {
     ReportRig rig;
-    const QColor kDarkRed(128, 0, 0);
-    const std::map<QString, QColor> dark = {{"CWLed", kGrey},
-                                            {"CCWLed", kGrey},
-                                            {"UpLed", kGrey},
-                                            {"DownLed", kGrey},
-                                            {"PTOLed", kDarkRed},
-                                            {"PDELed", kDarkRed},
-                                            {"TTOLed", kDarkRed},
-                                            {"TDELed", kDarkRed},
-                                            {"SLOverLed", kDarkRed},
-                                            {"DesLed", QColor(128, 128, 0)},
-                                            {"ExecLed", QColor(0, 128, 0)}};
+    // Each lamp's colour with no bit set.
+    std::map<QString, QColor> dark = {{"DesLed", QColor(128, 128, 0)},
+                                      {"ExecLed", QColor(0, 128, 0)}};
+    for (const char* lamp : {"CWLed", "CCWLed", "UpLed", "DownLed"}) {
+        dark[lamp] = kGrey;
+    }
+    for (const char* lamp : {"PTOLed", "PDELed", "TTOLed", "TDELed", "SLOverLed"}) {
+        dark[lamp] = QColor(128, 0, 0);
+    }
     // Status byte (pan, tilt, motion), bit, the lamp it lights, its colour.
     struct Bit {
         int byte, bit;
@@ -177,24 +172,4 @@ TEST(PositionReport, EachStatusBitLightsItsOwnLampAndOnlyLimitsAndFaultsRaiseThe
         }
         EXPECT_EQ(rig.window->status().LimitFault, b.fault) << b.lamp;
     }
-}
-
-TEST(PositionReport, LeavingThePanTiltPageStopsJoggingAndComingBackRearmsIt) {
-    ReportRig rig;
-    QTabWidget& tabs = rig.window->SSTab1();
-    JogState& jog = rig.window->jogState();
-    tabs.setCurrentIndex(1);
-    tabs.setCurrentIndex(0);
-    EXPECT_TRUE(jog.JogEnabled);
-    jog.PanJogSpeed = 90;
-    jog.TiltJogSpeed = 12;
-    tabs.setCurrentIndex(2);
-    EXPECT_FALSE(jog.JogEnabled);
-    EXPECT_EQ(jog.PanJogSpeed, 0);
-    EXPECT_EQ(jog.TiltJogSpeed, 0);
-    jog.JogPanOn = false;
-    tabs.setCurrentIndex(0);
-    EXPECT_TRUE(jog.JogPanOn);
-    EXPECT_TRUE(jog.JogTiltOn);
-    EXPECT_EQ(rig.text("Label3"), QStringLiteral("Jog Pan And Tilt"));
 }

@@ -191,41 +191,32 @@ TEST(Jogging, SpeedsDirectionsAndFlagsTravelInTheJogMessage) {
     JogRig rig;
     rig.page().TiltDesLED->setValue(-1.0);  // a move leaves bytes behind
     rig.click("AbsoBut");
-    // Directions in bits 7 (pan) and 6 (tilt) of the flags.
+    // Directions in bits 7 (pan) and 6 (tilt) of the flags: cw and up.
     namespace j = v::jog;
-    const int panCwTiltUp = v::maskOf(j::kPanCw) | v::maskOf(j::kTiltUp);
+    const int cwUp = v::maskOf(j::kPanCw) | v::maskOf(j::kTiltUp);
     rig.press(Qt::LeftButton, 100, 400);  // left of and below the centre
     EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0, 155, 145}));
     // On a centre line: no speed on that axis, and its direction stays as it
-    // was, also while the other axis moves.
-    rig.move(Qt::LeftButton, 255, 400);
-    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0, 0, 145}));
-    rig.move(Qt::LeftButton, 100, 255);
-    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0, 155, 0}));
-    rig.move(Qt::LeftButton, 400, 100);  // right of and above
-    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{panCwTiltUp, 145, 155}));
-    rig.move(Qt::LeftButton, 400, 255);
-    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{panCwTiltUp, 145, 0}));
-    rig.move(Qt::LeftButton, 255, 100);
-    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{panCwTiltUp, 0, 155}));
-    rig.move(Qt::LeftButton, 255, 255);
-    EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{panCwTiltUp, 0, 0}));
-
-    // Far edges stop at the largest speed byte; 512.9 is still inside.
-    rig.move(Qt::LeftButton, 512.9, 0);
-    EXPECT_EQ(rig.speeds(), "255 255");
-    rig.move(Qt::LeftButton, 0, 512.9);
-    EXPECT_EQ(rig.speeds(), "255 255");
-    // Just outside, or with another button held too: everything stops.
-    for (const auto& [x, y] : {std::pair{-0.1, 200.0}, {513.0, 200.0}, {200.0, 513.0}}) {
-        rig.move(Qt::LeftButton, 300, 200);
+    // was, also while the other axis moves. Then right of and above.
+    const std::tuple<double, double, std::array<int, 3>> drags[] = {
+        {255, 400, {0, 0, 145}},    {100, 255, {0, 155, 0}},    {400, 100, {cwUp, 145, 155}},
+        {400, 255, {cwUp, 145, 0}}, {255, 100, {cwUp, 0, 155}}, {255, 255, {cwUp, 0, 0}}};
+    for (const auto& [x, y, jog] : drags) {
         rig.move(Qt::LeftButton, x, y);
-        EXPECT_EQ(rig.speeds(), "0 0") << x << ' ' << y;
+        EXPECT_EQ(rig.nextJog(), jog) << x << ' ' << y;
     }
-    rig.move(Qt::LeftButton, 300, 200);
-    EXPECT_EQ(rig.speeds(), "45 55");
-    rig.move(Qt::LeftButton | Qt::RightButton, 300, 200);
-    EXPECT_EQ(rig.speeds(), "0 0");
+
+    // Far edges stop at the largest speed byte; 512.9 is still inside. Just
+    // outside, or with another button held too: everything stops.
+    const Qt::MouseButtons left = Qt::LeftButton, both = Qt::LeftButton | Qt::RightButton;
+    const std::tuple<Qt::MouseButtons, double, double, const char*> speeds[] = {
+        {left, 512.9, 0, "255 255"}, {left, 0, 512.9, "255 255"}, {left, -0.1, 200, "0 0"},
+        {left, 300, 200, "45 55"},   {left, 513, 200, "0 0"},     {left, 300, 200, "45 55"},
+        {left, 200, 513, "0 0"},     {left, 300, 200, "45 55"},   {both, 300, 200, "0 0"}};
+    for (const auto& [buttons, x, y, expected] : speeds) {
+        rig.move(buttons, x, y);
+        EXPECT_EQ(rig.speeds(), QLatin1String(expected)) << x << ' ' << y;
+    }
     rig.move(Qt::LeftButton, 0, 510);
     rig.release();
     EXPECT_EQ(rig.nextJog(), (std::array<int, 3>{0, 0, 0}));  // last directions kept
@@ -235,7 +226,8 @@ TEST(Jogging, SpeedsDirectionsAndFlagsTravelInTheJogMessage) {
     EXPECT_EQ(rig.text("Label3"), QStringLiteral("Jog Pan And Tilt"));
     const char* modes[][3] = {{"Jog Pan Only", "155 155", "155 0"},
                               {"Jog Tilt Only", "155 0", "0 155"},
-                              {"Jog Pan And Tilt", "0 155", "155 155"}};
+                              {"Jog Pan And Tilt", "0 155", "155 155"},
+                              {"Jog Pan Only", "155 155", "155 0"}};
     for (const auto& [mode, before, after] : modes) {
         rig.press(Qt::RightButton, 0, 0);
         EXPECT_EQ(rig.text("Label3"), QLatin1String(mode));
@@ -244,12 +236,18 @@ TEST(Jogging, SpeedsDirectionsAndFlagsTravelInTheJogMessage) {
         EXPECT_EQ(rig.speeds(), QLatin1String(after));
     }
 
-    // Away from the Pan/Tilt page the jog box is dead.
-    rig.release();
-    rig.window->SSTab1().setCurrentIndex(1);
+    // Leaving the Pan/Tilt page stops the jog, and away from it the jog box
+    // is dead; back on it, both axes jog again.
+    rig.window->SSTab1().setCurrentIndex(2);
+    EXPECT_EQ(rig.speeds(), "0 0");
     rig.press(Qt::LeftButton, 100, 100);
     EXPECT_EQ(rig.speeds(), "0 0");
+    rig.release();
     rig.window->SSTab1().setCurrentIndex(0);
+    EXPECT_EQ(rig.text("Label3"), QStringLiteral("Jog Pan And Tilt"));
+    rig.move(Qt::LeftButton, 100, 100);
+    EXPECT_EQ(rig.speeds(), "155 155");
+    rig.release();
 
     // Each of low speed and the override is a bit of its own.
     const auto modeBits = [&rig] {

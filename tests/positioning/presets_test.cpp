@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QTimer>
-
 #include "tests/positioning/pages_rig.h"
 
 using namespace halvex;
