@@ -56,6 +56,11 @@ inline std::vector<DecodedFrame> decodeFrames(const std::vector<Byte>& wire) {
     return frames;
 }
 
+inline std::vector<Byte> joined(std::vector<Byte> first, const std::vector<Byte>& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
 // The site name command with these twelve characters.
 inline std::vector<Byte> siteName(std::string_view text) {
     auto message = vocab::blank<vocab::SiteName>();

@@ -25,11 +25,6 @@ std::vector<Byte> frame(Byte address, const std::vector<Byte>& message, Byte lrc
 namespace v = vocab;
 using test::message;
 
-std::vector<Byte> joined(std::vector<Byte> first, const std::vector<Byte>& second) {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
-}
-
 TEST(UnitWire, EachInputGetsItsReplyAndRefusedOnesMoveNothing) {
     struct Case {
         const char* what;
