@@ -225,41 +225,31 @@ TEST(UnitFaults, InjectedFaultsLatchUntilResetAndWaitForTheirAxisToBeDriven) {
     EXPECT_EQ(faultsOf(other.jog({v::jog::kTiltUp}, 0, 100)), "tilt-timeout ");
 }
 
-// What a tour runner works on, on its own.
-struct TourBench {
+// A tour runner on its own. A tour emptied under the runner (a state file
+// loaded, say) ends it at the next step instead of waiting at a step that is
+// gone. A step waits for the platform to arrive before its dwell begins,
+// though the lenses have nowhere to go.
+TEST(UnitTours, ATourEmptiedUnderTheRunnerEndsAndAStepDwellsOnlyOnceThePlatformHasArrived) {
     Tours tours;
     Presets presets;
     Settings settings;
     Motion motion;
     Lenses lenses;
     TourPlant plant{tours, presets, settings, motion, lenses};
-};
-
-// A tour emptied under the runner (a state file loaded, say) ends it at the
-// next step instead of waiting at a step that is gone.
-TEST(UnitTours, ATourEmptiedUnderTheRunnerEndsAtItsNextStep) {
-    TourBench bench;
-    auto& [tours, presets, settings, motion, lenses, plant] = bench;
     // Steps naming no preset (40) only wait out their dwell: nothing moves.
     tours.append(0, {40, 0});
     tours.append(0, {40, 0});
-    TourRunner runner;
-    ASSERT_TRUE(runner.start(0, 0, plant));
-    runner.advance(100, plant);
-    EXPECT_TRUE(runner.running());
-    EXPECT_EQ(runner.stepIndex(), 1);
+    TourRunner emptied;
+    ASSERT_TRUE(emptied.start(0, 0, plant));
+    emptied.advance(100, plant);
+    EXPECT_TRUE(emptied.running());
+    EXPECT_EQ(emptied.stepIndex(), 1);
     tours.clear(0);
-    runner.advance(200, plant);
-    EXPECT_FALSE(runner.running());
-    runner.advance(300, plant);
-    EXPECT_FALSE(runner.running());
-}
+    emptied.advance(200, plant);
+    EXPECT_FALSE(emptied.running());
+    emptied.advance(300, plant);
+    EXPECT_FALSE(emptied.running());
 
-// A step waits for the platform to arrive before its dwell begins, though
-// the lenses have nowhere to go.
-TEST(UnitTours, AStepDwellsOnlyOnceThePlatformHasArrived) {
-    TourBench bench;
-    auto& [tours, presets, settings, motion, lenses, plant] = bench;
     presets.at(0).pan = 9000;
     tours.append(0, {0, 0});
     tours.append(0, {40, 0});
