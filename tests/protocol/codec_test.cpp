@@ -1,33 +1,45 @@
+// Bytes on the line and in messages: stuffing, the number helpers, the
+// vocabulary's fields (bytes low first, only a field's own bits touched,
+// signs kept) and the scan of a reply as it comes.
+
 #include <gtest/gtest.h>
 
 #include "protocol/frame.h"
+#include "protocol/reply_scan.h"
+#include "protocol/vocabulary.h"
+#include "tests/support/messages.h"
 
 using namespace halvex;
+using namespace halvex::vocab;
+using Outcome = ReplyScan::Outcome;
+using Bytes = std::vector<Byte>;
+
+namespace {
+Bytes join(Bytes a, const Bytes& b) {
+    a.insert(a.end(), b.begin(), b.end());
+    return a;
+}
+}  // namespace
 
 TEST(Stuffing, EscapesExactlyTheFiveFramingValues) {
     for (int v = 0; v < 256; ++v) {
         const auto value = static_cast<Byte>(v);
-        std::vector<Byte> wire;
+        Bytes wire;
         appendStuffed(wire, value);
         const bool special = v == kStx || v == kEtx || v == kAck || v == kNak || v == kEsc;
-        const std::vector<Byte> expected =
-            special ? std::vector<Byte>{kEsc, static_cast<Byte>(v | 0x80)}
-                    : std::vector<Byte>{value};
-        ASSERT_EQ(wire, expected) << v;
+        ASSERT_EQ(wire, (special ? Bytes{kEsc, static_cast<Byte>(v | 0x80)} : Bytes{value})) << v;
     }
 }
 
 // Frames with escapes and their LRC are checked by hand as they are sent
 // and read, in transmit_test.cpp and receive_test.cpp.
-TEST(Build16, FoldsStrictlyAboveHalfRangeAndFaultsOnExactly32768) {
+TEST(Build16, FoldsStrictlyAboveHalfRangeFaultsOnExactly32768AndRoundTripsThroughSplit16) {
     EXPECT_EQ(Build16(0x80, 0x01), -32767);
     EXPECT_EQ(Build16(0xFF, 0xFF), -1);
     EXPECT_EQ(Build16(0x7F, 0xFF), 32767);
     EXPECT_EQ(Build16(0x00, 0x00), 0);
     EXPECT_THROW(Build16(0x80, 0x00), RangeFault);
-}
 
-TEST(Split16, WritesTwosComplementAndRoundTripsThroughBuild16) {
     Byte hi = 0, lo = 0;
     Split16(-2, hi, lo);
     EXPECT_EQ(std::pair(hi, lo), std::pair(Byte{0xFF}, Byte{0xFE}));
@@ -43,9 +55,7 @@ TEST(Split24, ConsumesItsArgumentAndRoundTripsNegativeValues) {
     std::int32_t value = -2;
     Byte b2 = 0, b1 = 0, b0 = 0;
     Split24(value, b2, b1, b0);
-    EXPECT_EQ(b2, 0xFF);
-    EXPECT_EQ(b1, 0xFF);
-    EXPECT_EQ(b0, 0xFE);
+    EXPECT_EQ(Bytes({b2, b1, b0}), Bytes({0xFF, 0xFF, 0xFE}));
     EXPECT_EQ(value, -1);  // what is left of the caller's variable
     EXPECT_EQ(Build24(0xFF, 0xFF, 0xFE), -2);
 
@@ -74,4 +84,88 @@ TEST(ByteTable, RefusesANegativeIndexAndAByteOver255) {
     EXPECT_THROW((void)table[-1], RangeFault);
     EXPECT_THROW(checkedByte(256), RangeFault);
     EXPECT_EQ(checkedByte(255), 255);
+}
+
+TEST(Vocabulary, AFieldTakesOnlyItsOwnBitsOfItsBytes) {
+    std::vector<Byte> message(JogMessage::kLength, 0);
+    begin<JogMessage>(message);
+    put(message, jog::kFlagsByte, 0xC0);  // both directions
+    put(message, jog::kFlags, 0x1F);
+    EXPECT_EQ(message[1], 0xDF);
+    put(message, jog::kPanDirection, 0);
+    EXPECT_EQ(message[1], 0x5F);
+    EXPECT_EQ(get(message, jog::kTiltDirection), 1u);
+    EXPECT_EQ(get(message, jog::kFlags), 0x1Fu);
+    // A value wider than the field loses what does not fit, never a neighbour.
+    put(message, jog::kTiltDirection, 2);
+    EXPECT_EQ(message[1], 0x1F);
+    put(message, jog::kLensJog[3], 0x181);
+    EXPECT_EQ(message, (std::vector<Byte>{0x31, 0x1F, 0, 0, 0, 0, 0, 0x81}));
+}
+
+TEST(Vocabulary, AnglesTravelLowByteFirstAndKeepTheirSign) {
+    ByteTable rx;
+    put(rx, report::kPan, static_cast<std::uint32_t>(-1234));
+    put(rx, report::kTilt, 8388607);
+    EXPECT_EQ(Bytes({rx[1], rx[2], rx[3], rx[4], rx[5], rx[6]}),
+              Bytes({0x2E, 0xFB, 0xFF, 0xFF, 0xFF, 0x7F}));
+    EXPECT_EQ(getSigned(rx, report::kPan), -1234);
+    EXPECT_EQ(getSigned(rx, report::kTilt), 8388607);
+    put(rx, report::kTilt, static_cast<std::uint32_t>(-8388608));
+    EXPECT_EQ(getSigned(rx, report::kTilt), -8388608);
+    EXPECT_EQ(rx[7], 0) << "the field after it is untouched";
+}
+
+TEST(ReplyScan, AReplyCutAnywhereWaitsWholeAndIsGivenUpOnlyOnceTheLineSettles) {
+    // Escapes in the address and the payload, so some cuts fall between an
+    // escape and its partner.
+    const Bytes message = test::message<CameraLines>(
+        {{camera_lines::kCamera1Byte, kEtx}, {camera_lines::kCamera2Byte, kEsc}});
+    const Bytes reply = encodeFrame(kAck, 3, message, 3);
+    const Byte lrc = reply[reply.size() - 2];
+    const Bytes noise{0x55, kEtx};
+    const Bytes wire = join(noise, reply);
+    const ReplyScan whole = scanReply(wire, false);
+    ASSERT_EQ(whole.outcome, Outcome::Ended);
+    EXPECT_EQ(whole.used, wire.size());
+    EXPECT_EQ(whole.address, 3);
+    EXPECT_EQ(whole.body, join(message, {lrc, kEtx}));
+    EXPECT_EQ(whole.capture,
+              (Bytes{kAck, kEsc, 3, CameraLines::kCode, kEsc, kEtx, kEsc, kEsc, lrc, kEtx}));
+
+    for (std::size_t cut = noise.size() + 1; cut < wire.size(); ++cut) {
+        SCOPED_TRACE(cut);
+        const Bytes part(wire.begin(), wire.begin() + static_cast<std::ptrdiff_t>(cut));
+        const ReplyScan waiting = scanReply(part, false);
+        EXPECT_EQ(waiting.outcome, Outcome::Unfinished);
+        EXPECT_EQ(waiting.used, 0u);
+        // Given up: everything seen is taken, and no reply comes of it.
+        const ReplyScan settled = scanReply(part, true);
+        EXPECT_EQ(settled.used, cut);
+        EXPECT_TRUE(settled.outcome == Outcome::RanDry || settled.outcome == Outcome::NoStart);
+        EXPECT_EQ(settled.outcome == Outcome::NoStart, cut == noise.size() + 1);
+    }
+}
+
+// Noise, a second reply in one read and a runaway reply are read through
+// the receive path in receive_test.cpp; here what only the scan shows.
+TEST(ReplyScan, ALoneEscapeAndAnEscapedEndAndTheLongestReplyThatFits) {
+    // An escape whose partner never came is the byte itself, and an escaped
+    // ETX never ends a reply.
+    constexpr Byte code = CommTimeout::kCode;
+    const ReplyScan lone = scanReply({kAck, 0, code, kEsc}, true);
+    EXPECT_EQ(lone.outcome, Outcome::RanDry);
+    EXPECT_EQ(lone.body, (Bytes{code, kEsc}));
+    EXPECT_EQ(lone.capture, (Bytes{kAck, 0, code, kEsc}));
+    const ReplyScan escapedEnd = scanReply({kAck, 0, kEsc, kEtx | 0x80}, true);
+    EXPECT_EQ(escapedEnd.outcome, Outcome::RanDry);
+    EXPECT_EQ(escapedEnd.body, (Bytes{kEtx}));  // the last two bytes are one value
+    EXPECT_EQ(escapedEnd.capture, (Bytes{kAck, 0, kEsc, kEtx}));
+
+    Bytes fits{kAck, 0};
+    fits.insert(fits.end(), ByteTable::kLastIndex, 0x41);
+    fits.push_back(kEtx);
+    EXPECT_EQ(scanReply(fits, false).outcome, Outcome::Ended);
+    fits.insert(fits.end() - 1, 0x41);
+    EXPECT_EQ(scanReply(fits, false).outcome, Outcome::Overlong);
 }

@@ -18,6 +18,7 @@
 #include <string>
 
 #include "protocol/frame_description.h"
+#include "protocol/protocol_reference.h"
 #include "protocol/protocol_table.h"
 
 using namespace halvex;
@@ -61,6 +62,12 @@ std::vector<Byte> messageFor(const Message& entry, std::size_t which, bool inver
     return message;
 }
 
+std::string keptFile(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    EXPECT_TRUE(file) << path;
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
 std::string describeAll() {
     std::ostringstream out;
     for (const Message& entry : messages()) {
@@ -87,9 +94,22 @@ TEST(EveryFrame, EachLayoutDescribesAsTheFileSays) {
         std::ofstream(path) << now;
         GTEST_SKIP() << "wrote " << path;
     }
-    std::ifstream file(path);
-    ASSERT_TRUE(file) << path;
-    const std::string kept{std::istreambuf_iterator<char>(file), {}};
     // On a difference the lines that differ are shown.
-    EXPECT_EQ(now, kept);
+    EXPECT_EQ(now, keptFile(path));
+}
+
+// The protocol reference that people read instead of the code: kept in the
+// repository as docs/protocol.md, and always what the protocol table says.
+TEST(ProtocolReference, TheKeptPageIsWhatTheTableSays) {
+    EXPECT_TRUE(keptFile(HALVEX_SOURCE_DIR "/docs/protocol.md") == protocolReference())
+        << "docs/protocol.md is out of date: cmake --build build --target protocol-doc";
+}
+
+// The page's worked frame by hand: go to preset 3 at address 2, the address
+// and the preset stuffed, the LRC 0x02 XOR 0x32 XOR 0x03. The rows are kept
+// above as they were read when the page was written.
+TEST(ProtocolReference, TheWorkedFrameReadsAsTheBytesCarryIt) {
+    const std::string page = protocolReference();
+    EXPECT_NE(page.find("On the line: `02 1B 82 32 1B 83 33 03`."), std::string::npos);
+    EXPECT_NE(page.find("| LRC | 0x33 | 33 |"), std::string::npos);
 }

@@ -154,24 +154,25 @@ TEST(LineRecording, StopsAtAMalformedBlockAndKeepsWhatCameBefore) {
         std::vector<Byte> tail;
         std::string error;
     };
-    auto truncated = Blocks().packet(0, 2, kJog, 2).bytes();
-    truncated.resize(truncated.size() - 6);
-    auto trailer = Blocks().packet(0, 2, kJog, 2).bytes();
-    trailer.back() ^= 0x10;
-    auto odd = Blocks().packet(0, 2, kJog, 2).bytes();
-    odd[4] = static_cast<Byte>(odd[4] + 2);
-    auto captured = Blocks().packet(0, 2, {1, 2, 3, 4}).bytes();
-    captured[20] = 200;
-    auto option = Blocks().packet(0, 2, {1, 2, 3, 4}, 2).bytes();
-    option[34] = 0x40;  // the flags option claims 64 bytes
+    // A second packet, and the same with one byte changed.
+    const auto packet = Blocks().packet(0, 2, kJog, 2).bytes();
+    const auto changed = [](std::vector<Byte> bytes, std::size_t at, Byte value) {
+        bytes[at] = value;
+        return bytes;
+    };
     const std::vector<Case> cases = {
-        {"a block cut short", truncated, "impossible length"},
-        {"lengths at the two ends differ", trailer, "lengths at its two ends differ"},
-        {"a length that is no multiple of four", odd, "impossible length"},
+        {"a block cut short", {packet.begin(), packet.end() - 6}, "impossible length"},
+        {"lengths at the two ends differ", changed(packet, packet.size() - 1, packet.back() ^ 0x10),
+         "lengths at its two ends differ"},
+        {"a length that is no multiple of four", changed(packet, 4, packet[4] + 2),
+         "impossible length"},
         {"a packet of an interface never described", Blocks().packet(3, 2, kJog).bytes(),
          "never described"},
-        {"captured bytes past the block", captured, "runs past its block"},
-        {"an option past the block", option, "runs past its block"},
+        {"captured bytes past the block",
+         changed(Blocks().packet(0, 2, {1, 2, 3, 4}).bytes(), 20, 200), "runs past its block"},
+        // The flags option claims 64 bytes.
+        {"an option past the block",
+         changed(Blocks().packet(0, 2, {1, 2, 3, 4}, 2).bytes(), 34, 0x40), "runs past its block"},
         {"a section of an unknown version", Blocks().section(2).bytes(), "unknown pcapng version"},
         {"a file ending inside a block header", {0x06, 0x00, 0x00}, "ends inside a block"},
     };

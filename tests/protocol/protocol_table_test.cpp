@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <set>
 
 #include "protocol/dissector_source.h"
@@ -46,13 +47,11 @@ std::vector<Byte> overcounted(std::initializer_list<test::Value<v::PositionRepor
 }
 
 bool hasReadRequest(Byte code) {
-    for (const Layout& layout : findMessage(Direction::ToUnit, code)->layouts) {
-        if (layout.match.kind == Match::Kind::Bits && layout.match.index == 1 &&
-            layout.match.value == kRead) {
-            return true;
-        }
-    }
-    return false;
+    const auto& layouts = findMessage(Direction::ToUnit, code)->layouts;
+    return std::any_of(layouts.begin(), layouts.end(), [](const Layout& layout) {
+        return layout.match.kind == Match::Kind::Bits && layout.match.index == 1 &&
+               layout.match.value == kRead;
+    });
 }
 
 // Each reply as the vocabulary builds it, at its full length: the table

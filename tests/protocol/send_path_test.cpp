@@ -20,9 +20,21 @@ const Wire kHome = v::blank<v::MoveToHome>();
 const Wire kCentre = v::blank<v::MoveToCentre>();
 const Wire kFirmwareRequest = v::blank<v::FirmwareRequest>();
 
-// Only the order of the frames counts here, not the time between them.
+// A 10 ms tick, where only the order of the frames counts; what the console
+// showed and what the port said of itself.
 struct FastRig : LinkRig {
-    FastRig() { link.Timer2().setInterval(10); }
+    QStringList faults;
+    QStringList reopened;
+    QStringList lost;
+
+    explicit FastRig(bool startTicking = true) : LinkRig(startTicking) {
+        link.Timer2().setInterval(10);
+        QObject::connect(&state, &FormState::faultReported,
+                         [this](const QString& message) { faults << message; });
+        QObject::connect(&port, &SerialPort::reopened,
+                         [this](const QString& why) { reopened << why; });
+        QObject::connect(&port, &SerialPort::lost, [this](const QString& why) { lost << why; });
+    }
 };
 
 // How many frames the unit had heard when the jog sender first ran.
@@ -88,9 +100,6 @@ TEST(SendPath, EveryReplyWaitEnds) {
 
 TEST(SendPath, FramesStillWaitingWhenThePortClosesAreReportedNotLost) {
     FastRig rig;
-    QStringList shown;
-    QObject::connect(&rig.state, &FormState::faultReported,
-                     [&](const QString& message) { shown << message; });
     QCoro::Task<FrameTicket> second;
     QTimer::singleShot(0, [&] {
         QTimer::singleShot(0, [&] { rig.port.close(); });
@@ -98,17 +107,14 @@ TEST(SendPath, FramesStillWaitingWhenThePortClosesAreReportedNotLost) {
     });
     EXPECT_FALSE(wentOut(finish(sendMessage(rig.state, rig.link, kHome))));
     EXPECT_FALSE(wentOut(finish(std::move(second))));
-    EXPECT_EQ(shown, QStringList{QStringLiteral("Port closed: 2 command(s) not sent")});
+    EXPECT_EQ(rig.faults, QStringList{QStringLiteral("Port closed: 2 command(s) not sent")});
     EXPECT_TRUE(rig.unit.frames().empty());
     // Once closed, a send returns at once.
     EXPECT_FALSE(wentOut(finish(sendMessage(rig.state, rig.link, kHome))));
 }
 
 TEST(SendPath, AStoppedTickDropsTheFrameWithAMessageInsteadOfStrandingTheSender) {
-    LinkRig rig(false);
-    QString shown;
-    QObject::connect(&rig.state, &FormState::faultReported,
-                     [&](const QString& message) { shown = message; });
+    FastRig rig(false);
     // Should the sender wait on regardless, the tick comes back and shows it.
     QTimer::singleShot(Link::kSendGraceMs + 1000, &rig.link, [&rig] { rig.link.Timer2().start(); });
     QElapsedTimer clock;
@@ -117,7 +123,7 @@ TEST(SendPath, AStoppedTickDropsTheFrameWithAMessageInsteadOfStrandingTheSender)
     EXPECT_FALSE(wentOut(dropped));
     EXPECT_GE(clock.elapsed(), Link::kSendGraceMs);
     EXPECT_FALSE(finish(rig.link.awaitReply(dropped), 100));  // nothing to wait for
-    EXPECT_EQ(shown, QStringLiteral("Command 9A not sent: no transmit tick"));
+    EXPECT_EQ(rig.faults, QStringList{QStringLiteral("Command 9A not sent: no transmit tick")});
     EXPECT_FALSE(rig.state.SendInProgress);
     EXPECT_TRUE(rig.unit.frames().empty());
 }
@@ -149,8 +155,6 @@ TEST(SendPath, AStopRequestedBehindAQueuedFrameGoesRightAfterItOrFirstOnceThePor
 TEST(SendPath, AReplyLostWithAPortReopenedInPlaceIsReportedAsUnanswered) {
     FastRig rig;
     rig.unit.setScript([](const ScriptedUnit::Frame&) { return std::nullopt; });
-    QStringList lost;
-    QObject::connect(&rig.port, &SerialPort::lost, [&](const QString& why) { lost << why; });
     const FrameTicket frame = finish(sendMessage(rig.state, rig.link, kFirmwareRequest));
     ASSERT_TRUE(wentOut(frame));
     // The first bytes of the reply hold the watchdog off...
@@ -163,7 +167,7 @@ TEST(SendPath, AReplyLostWithAPortReopenedInPlaceIsReportedAsUnanswered) {
     EXPECT_TRUE(rig.state.LinkFault);
     EXPECT_EQ(rig.state.lamp(), LinkLamp::Fault);
     EXPECT_TRUE(rig.port.isOpen());
-    EXPECT_TRUE(lost.isEmpty());
+    EXPECT_TRUE(rig.lost.isEmpty());
     // The line goes on: the next reply is read whole.
     rig.unit.answerEverything({1});
     const FrameTicket next = finish(sendMessage(rig.state, rig.link, kFirmwareRequest));
@@ -207,12 +211,7 @@ TEST(SendPath, OnlyTheLastEightFramesAreAwaited) {
 // nothing: the write would fail too and tell of a jog message lost on a
 // port that is about to be reopened or reported lost anyway.
 TEST(SendPath, ErrorsRaisedTogetherAreOneFailureReopenedOnceAndNothingIsWrittenMeanwhile) {
-    LinkRig rig(false);
-    QStringList reopened;
-    QStringList lost;
-    QObject::connect(&rig.port, &SerialPort::reopened,
-                     [&](const QString& why) { reopened << why; });
-    QObject::connect(&rig.port, &SerialPort::lost, [&](const QString& why) { lost << why; });
+    FastRig rig(false);
     int jogs = 0;
     rig.link.setJogSender([&] { ++jogs; });
     const auto tick = [&] { QMetaObject::invokeMethod(&rig.link.Timer2(), "timeout"); };
@@ -223,9 +222,133 @@ TEST(SendPath, ErrorsRaisedTogetherAreOneFailureReopenedOnceAndNothingIsWrittenM
     EXPECT_EQ(jogs, 0);
     ASSERT_TRUE(waitFor([&] { return !rig.port.failing(); }));
     QTest::qWait(50);
-    EXPECT_EQ(reopened.size(), 1);
-    EXPECT_TRUE(lost.isEmpty()) << lost.join('\n').toStdString();
+    EXPECT_EQ(rig.reopened.size(), 1);
+    EXPECT_TRUE(rig.lost.isEmpty()) << rig.lost.join('\n').toStdString();
     EXPECT_TRUE(rig.port.isOpen());  // still there: opened again in place
     tick();
     EXPECT_EQ(jogs, 1);
+}
+
+// The wire by the frame encoding (checked by hand in codec_test.cpp), the
+// echo by hand.
+TEST(SendFrame, WritesTheStuffedFrameWithItsLrcAndEchoesItPlain) {
+    const struct {
+        const char* what;
+        Byte unitId;
+        Byte addressOverride;
+        std::vector<Byte> message;
+        const char* echo;
+    } cases[] = {
+        {"plain", 1, kNoOverride, kFirmwareRequest, "02 01 9A 9B 03"},
+        {"escaped code and payload", 1, kNoOverride, {kStx, kEsc}, "02 01 1B 02 1B 1B 18 03"},
+        {"escaped address", 3, kNoOverride, kFirmwareRequest, "02 1B 03 9A 99 03"},
+        // Address 0 and an LRC that starts from 0; the echo names the unit.
+        {"broadcast", 5, kBroadcast, v::readRequest<v::UnitAddress>(), "02 05 9F 80 1F 03"},
+    };
+    FastRig rig;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        rig.state.UnitId = c.unitId;
+        rig.state.AddressOverride = c.addressOverride;
+        const std::size_t before = rig.unit.frames().size();
+        rig.send(c.message);
+        ASSERT_EQ(rig.unit.frames().size(), before + 1);
+        const Byte address = c.addressOverride == kBroadcast ? 0 : c.unitId;
+        EXPECT_EQ(rig.unit.frames().back().wire, encodeFrame(kStx, address, c.message, address));
+        EXPECT_EQ(rig.lastSent, QLatin1String(c.echo));
+        // An override serves one frame; the next goes to the configured unit.
+        EXPECT_EQ(rig.state.AddressOverride, kNoOverride);
+        rig.send(c.message);
+        EXPECT_EQ(rig.unit.frames().back().address, c.unitId);
+    }
+}
+
+TEST(SendFrame, CommandsGoOutOnePerTickAndLeaveTheStopRequestToTheJogMessage) {
+    LinkRig rig;
+    QElapsedTimer clock;
+    clock.start();
+    std::vector<qint64> sentAt;
+    QObject::connect(&rig.link, &Link::frameSent, [&] { sentAt.push_back(clock.elapsed()); });
+    namespace jog = v::jog;
+    // Both directions and both requests.
+    const Byte flags = v::maskOf(jog::kPanCw) | v::maskOf(jog::kTiltUp) | v::maskOf(jog::kReset) |
+                       v::maskOf(jog::kStop);
+    rig.state.JogFlags = flags;
+    rig.send(test::message<v::AbsoluteMove>({{v::absolute_move::kPan, 100}}));
+    // The move does not carry the flags byte, so it must not use up the
+    // requests.
+    EXPECT_EQ(rig.state.JogFlags, flags);
+    rig.send(test::message<v::DeltaMove>({{v::delta_move::kTilt, -100}}));
+    ASSERT_EQ(rig.unit.frames().size(), 2u);
+    ASSERT_EQ(sentAt.size(), 2u);
+    // Timers may fire a little early or late; one tick apart is what counts.
+    EXPECT_GE(sentAt[1] - sentAt[0], 70);
+    EXPECT_LE(sentAt[1] - sentAt[0], 250);
+    EXPECT_FALSE(rig.state.SendInProgress);
+}
+
+TEST(Timer2, IdleTickRunsTheJogSenderAndBusyTickReleasesTheWaitingFrame) {
+    FastRig rig;
+    int jogs = 0;
+    rig.link.setJogSender([&] { ++jogs; });
+    ASSERT_TRUE(waitFor([&] { return jogs >= 2; }));
+    const int before = jogs;
+    rig.send(kFirmwareRequest);
+    // The tick that carried the command did not also run the jog sender.
+    EXPECT_LE(jogs - before, 1);
+    EXPECT_EQ(rig.unit.frames().size(), 1u);
+}
+
+TEST(RangeFault, StopsTheHandlerSendsNothingAndPutsTheFlagBack) {
+    FastRig rig;
+    guarded(rig.state, "AbsoBut_Click", [&] {
+        SendInProgressScope sending(rig.state);
+        rig.state.TxBuffer[0] = v::AbsoluteMove::kCode;
+        rig.state.TxBuffer[1] = checkedByte(300);  // overflows a byte
+        rig.link.SendFrame(7);
+    });
+    EXPECT_EQ(rig.faults.last(), QStringLiteral("Run-time error 6: Overflow in AbsoBut_Click"));
+    EXPECT_FALSE(rig.state.SendInProgress);
+
+    guarded(rig.state, "PresetList_Click", [&] {
+        SendInProgressScope sending(rig.state);
+        rig.state.TxBuffer[1001] = 1;
+    });
+    EXPECT_EQ(rig.faults,
+              (QStringList{
+                  QStringLiteral("Run-time error 6: Overflow in AbsoBut_Click"),
+                  QStringLiteral("Run-time error 9: Subscript out of range in PresetList_Click")}));
+    EXPECT_FALSE(rig.state.SendInProgress);
+
+    QTest::qWait(50);  // five ticks
+    EXPECT_TRUE(rig.unit.frames().empty());
+    // The link still works afterwards.
+    rig.send(kFirmwareRequest);
+    EXPECT_EQ(rig.unit.frames().size(), 1u);
+}
+
+// A write that fails, as the Line Log tells it, is in line_log_test.cpp.
+// What the Line Log is told of a frame that does not go out: one waiting
+// for its tick when the port closes, and one sent to a closed port. Frames
+// written and their tickets are read as the Line Log's rows and times
+// (tests/recorder).
+TEST(SendFrame, ReportsEachFrameDroppedWithWhy) {
+    LinkRig rig;
+    std::vector<QString> dropped;
+    QObject::connect(&rig.link, &Link::frameDropped,
+                     [&](const FrameTicket& frame, const QString& why) {
+                         dropped.push_back(QStringLiteral("%1 %2").arg(frame->message[0]).arg(why));
+                     });
+    rig.link.Timer2().stop();
+    bool firstDone = false;
+    QTimer::singleShot(0, [&] {
+        rig.send(test::message<v::PresetRequest>({{v::preset_request::kPreset, 1}}));
+        firstDone = true;
+    });
+    QTimer::singleShot(20, [&] { rig.port.close(); });
+    ASSERT_TRUE(waitFor([&] { return firstDone; }));
+    rig.send({v::StorePreset::kCode});
+    EXPECT_EQ(dropped, (std::vector<QString>{QStringLiteral("64 Port closed"),
+                                             QStringLiteral("65 port closed")}));
+    EXPECT_TRUE(rig.unit.frames().empty());
 }

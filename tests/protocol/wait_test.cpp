@@ -28,9 +28,8 @@ TEST(WaitUntil, GoesOnAfterTheEventThatEndedItWhileTimersKeepRunning) {
     });
     int ticks = 0;
     QTimer other;
-    other.setInterval(20);
-    QObject::connect(&other, &QTimer::timeout, [&] { ++ticks; });
-    other.start();
+    other.callOnTimeout([&] { ++ticks; });
+    other.start(20);
 
     QCoro::Task<bool> wait = waited(state, [&] { return static_cast<bool>(state.ReplyReceived); });
     EXPECT_FALSE(wait.isReady());

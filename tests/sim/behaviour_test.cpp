@@ -32,29 +32,9 @@ std::vector<Byte> panTilt(std::int32_t pan, std::int32_t tilt) {
     return message<M>({{v::PanTilt<M>::kPan, pan}, {v::PanTilt<M>::kTilt, tilt}});
 }
 constexpr auto moveTo = &panTilt<v::AbsoluteMove>;
-std::vector<Byte> commTimeout(int seconds) {
-    return message<v::CommTimeout>({{v::comm_timeout::kSeconds, seconds}});
-}
-std::vector<Byte> storePreset(int preset, std::int32_t pan, std::int32_t tilt) {
-    namespace s = v::store_preset;
-    return message<v::StorePreset>({{s::kPreset, preset}, {s::kPan, pan}, {s::kTilt, tilt}});
-}
-// A tour step under the code of `Command`: the answer to it or, for the
-// commands of the same layout, the command itself.
-template <class Command>
-std::vector<Byte> tourStep(int tour, int step, int preset = 0, int dwell = 0) {
-    namespace t = v::tour_step;
-    return withCode<Command>(message<v::TourStep>({{t::kTour, tour},
-                                                   {t::kStep, step},
-                                                   {t::Step::kPreset, preset},
-                                                   {t::Step::kDwell, dwell}}));
-}
-std::vector<Byte> appendStep(int tour, int preset, int dwell) {
-    namespace a = v::append_tour_step;
-    return message<v::AppendTourStep>(
-        {{a::kTour, tour}, {a::Step::kPreset, preset}, {a::Step::kDwell, dwell}});
-}
+constexpr auto commTimeout = &test::sample;
 constexpr auto setOffsets = &panTilt<v::SetAngleOffsets>;
+constexpr int kNoStep = v::tour_step::kNoStep;
 
 TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
     struct Step {
@@ -101,14 +81,12 @@ TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
         {appendStep(1, 3, 4), tourStep<v::AppendTourStep>(1, 0, 3, 4)},
         {message<v::TourStepRequest>(
              {{v::tour_step_request::kTour, 1}, {v::tour_step_request::kStep, 1}}),
-         tourStep<v::TourStepRequest>(1, v::tour_step::kNoStep)},
+         tourStep<v::TourStepRequest>(1, kNoStep)},
         {message<v::DeleteTourStep>(
              {{v::delete_tour_step::kTour, 1}, {v::delete_tour_step::kStep, 5}}),
-         tourStep<v::DeleteTourStep>(1, v::tour_step::kNoStep)},
-        {tourStep<v::InsertTourStep>(1, 2, 1, 1),
-         tourStep<v::InsertTourStep>(1, v::tour_step::kNoStep, 1, 1)},
-        {tourStep<v::ReplaceTourStep>(1, 9, 1, 1),
-         tourStep<v::ReplaceTourStep>(1, v::tour_step::kNoStep, 1, 1)},
+         tourStep<v::DeleteTourStep>(1, kNoStep)},
+        {tourStep<v::InsertTourStep>(1, 2, 1, 1), tourStep<v::InsertTourStep>(1, kNoStep, 1, 1)},
+        {tourStep<v::ReplaceTourStep>(1, 9, 1, 1), tourStep<v::ReplaceTourStep>(1, kNoStep, 1, 1)},
         {commTimeout(121), commTimeout(120)},
         {message<v::Heater>({{v::heater::kModeByte, 3}}),
          message<v::Heater>({{v::heater::kModeByte, 1}})},
@@ -161,11 +139,10 @@ TEST(UnitReplies, OddValuesAreRefusedOrLimitedAndOffsetsChangeOnlyTheReadings) {
     for (int i = 1; i < 63; ++i) {
         ASSERT_EQ(v::get(unit.exchange(appendStep(1, 1, 0)), v::tour_step::kStep), i);
     }
-    EXPECT_EQ(unit.exchange(appendStep(1, 1, 0)),
-              tourStep<v::AppendTourStep>(1, v::tour_step::kNoStep, 1))
+    EXPECT_EQ(unit.exchange(appendStep(1, 1, 0)), tourStep<v::AppendTourStep>(1, kNoStep, 1))
         << "full";
     EXPECT_EQ(unit.exchange(tourStep<v::InsertTourStep>(1, 0, 1)),
-              tourStep<v::InsertTourStep>(1, v::tour_step::kNoStep, 1));
+              tourStep<v::InsertTourStep>(1, kNoStep, 1));
 
     // Going to the preset lands on the same mechanical place whatever the offset.
     unit.exchange(setOffsets(500, -200));
@@ -248,41 +225,31 @@ TEST(UnitFaults, InjectedFaultsLatchUntilResetAndWaitForTheirAxisToBeDriven) {
     EXPECT_EQ(faultsOf(other.jog({v::jog::kTiltUp}, 0, 100)), "tilt-timeout ");
 }
 
-// What a tour runner works on, on its own.
-struct TourBench {
+// A tour runner on its own. A tour emptied under the runner (a state file
+// loaded, say) ends it at the next step instead of waiting at a step that is
+// gone. A step waits for the platform to arrive before its dwell begins,
+// though the lenses have nowhere to go.
+TEST(UnitTours, ATourEmptiedUnderTheRunnerEndsAndAStepDwellsOnlyOnceThePlatformHasArrived) {
     Tours tours;
     Presets presets;
     Settings settings;
     Motion motion;
     Lenses lenses;
     TourPlant plant{tours, presets, settings, motion, lenses};
-};
-
-// A tour emptied under the runner (a state file loaded, say) ends it at the
-// next step instead of waiting at a step that is gone.
-TEST(UnitTours, ATourEmptiedUnderTheRunnerEndsAtItsNextStep) {
-    TourBench bench;
-    auto& [tours, presets, settings, motion, lenses, plant] = bench;
     // Steps naming no preset (40) only wait out their dwell: nothing moves.
     tours.append(0, {40, 0});
     tours.append(0, {40, 0});
-    TourRunner runner;
-    ASSERT_TRUE(runner.start(0, 0, plant));
-    runner.advance(100, plant);
-    EXPECT_TRUE(runner.running());
-    EXPECT_EQ(runner.stepIndex(), 1);
+    TourRunner emptied;
+    ASSERT_TRUE(emptied.start(0, 0, plant));
+    emptied.advance(100, plant);
+    EXPECT_TRUE(emptied.running());
+    EXPECT_EQ(emptied.stepIndex(), 1);
     tours.clear(0);
-    runner.advance(200, plant);
-    EXPECT_FALSE(runner.running());
-    runner.advance(300, plant);
-    EXPECT_FALSE(runner.running());
-}
+    emptied.advance(200, plant);
+    EXPECT_FALSE(emptied.running());
+    emptied.advance(300, plant);
+    EXPECT_FALSE(emptied.running());
 
-// A step waits for the platform to arrive before its dwell begins, though
-// the lenses have nowhere to go.
-TEST(UnitTours, AStepDwellsOnlyOnceThePlatformHasArrived) {
-    TourBench bench;
-    auto& [tours, presets, settings, motion, lenses, plant] = bench;
     presets.at(0).pan = 9000;
     tours.append(0, {0, 0});
     tours.append(0, {40, 0});

@@ -22,6 +22,7 @@
 #include <sstream>
 #include <string>
 
+#include "protocol/frame_description.h"
 #include "sim/command_table.h"
 #include "sim/state_file.h"
 #include "tests/sim/unit_test_support.h"
@@ -29,14 +30,7 @@
 namespace halvex::sim::testing {
 namespace {
 
-std::string hex(const std::vector<Byte>& bytes) {
-    std::string out;
-    for (Byte b : bytes) {
-        out += {' ', "0123456789ABCDEF"[b >> 4], "0123456789ABCDEF"[b & 15]};
-    }
-    return out.empty() ? out : out.substr(1);
-}
-
+constexpr auto hex = &table::hexBytes;
 std::string replies(const std::vector<DecodedFrame>& frames) {
     std::string out;
     for (const DecodedFrame& frame : frames) {
@@ -96,16 +90,16 @@ std::string converse() {
                 out << "later " << replies(decodeFrames(late)) << '\n';
             }
         }
+        const auto jog = vocab::blank<vocab::JogMessage>();
         for (int tick = 0; tick < 90; ++tick) {  // jogging at speed 0, as the console does
-            unit.now += 100;
-            unit.unit.advanceTo(unit.now);
-            for (const DecodedFrame& frame : unit.send({0x31, 0, 0, 0, 0, 0, 0, 0})) {
-                if (frame.message.empty() || frame.message.front() != 0x31) {
+            unit.advance(100);
+            for (const DecodedFrame& frame : unit.send(jog)) {
+                if (frame.message.empty() || frame.message.front() != jog[0]) {
                     out << "later " << replies({frame}) << '\n';
                 }
             }
         }
-        out << "9 s later " << replies(unit.send({0x31, 0, 0, 0, 0, 0, 0, 0})) << '\n';
+        out << "9 s later " << replies(unit.send(jog)) << '\n';
         for (const std::string& line : storedLines(unit.unit.state())) {
             if (factory.count(line) == 0) {
                 out << "stored " << line << '\n';

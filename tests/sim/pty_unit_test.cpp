@@ -18,14 +18,6 @@
 namespace halvex::sim::testing {
 namespace {
 
-QCoreApplication& application() {
-    static int argc = 1;
-    static char name[] = "sim_tests";
-    static char* argv[] = {name, nullptr};
-    static QCoreApplication app(argc, argv);
-    return app;
-}
-
 struct ReplyAsRead {
     std::vector<std::size_t> reads;  // the size of each read it took
     std::vector<Byte> bytes;
@@ -45,7 +37,7 @@ ReplyAsRead oneReply(PtyUnit& unit, const std::function<void()>& afterFirstRead 
     QElapsedTimer clock;
     clock.start();
     while ((reply.empty() || reply.back() != kEtx) && clock.elapsed() < 5000) {
-        application().processEvents(QEventLoop::WaitForMoreEvents, 5);
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
         Byte buffer[64];
         const ssize_t count = ::read(line, buffer, sizeof buffer);
         if (count > 0) {
@@ -62,7 +54,6 @@ ReplyAsRead oneReply(PtyUnit& unit, const std::function<void()>& afterFirstRead 
 }
 
 TEST(PtyUnit, RepliesLeaveWholeUnlessPaced) {
-    application();
     PtyUnit unit{PtyUnitOptions{}};
     ASSERT_TRUE(unit.open());
     const ReplyAsRead whole = oneReply(unit);

@@ -18,6 +18,7 @@ using recording::LineRecord;
 using recording::Verdict;
 namespace v = vocab;
 using test::message;
+using testing::joined;
 using testing::presetRecord;
 using testing::readPreset;
 
@@ -81,12 +82,7 @@ TEST(Replay, AnswersEachCodeWithItsRecordedRepliesInOrderThenTheLastAgain) {
     EXPECT_TRUE(ask(unit, encodeFrame(kStx, 0, readPreset(1), 5)).empty());
 
     // Two frames in one write get their two replies.
-    auto both = command(readPreset(0));
-    const auto second = command(kJog);
-    both.insert(both.end(), second.begin(), second.end());
-    auto expected = preset1;
-    expected.insert(expected.end(), badReport.begin(), badReport.end());
-    EXPECT_EQ(ask(unit, both), expected);
+    EXPECT_EQ(ask(unit, joined(command(readPreset(0)), command(kJog))), joined(preset1, badReport));
 }
 
 TEST(Replay, ASilenceInTheRecordingIsASilenceInItsTurn) {

@@ -35,11 +35,8 @@ TEST(UnitStateFile, StoredSettingsComeBackWhole) {
                                                        {Lens2::kFocusMinimum, 10}});
     {
         UnitHarness unit(options);
-        unit.exchange(message<v::StorePreset>(
-            {{v::store_preset::kPreset, 3}, {v::store_preset::kPan, 10000}}));
-        unit.exchange(message<v::AppendTourStep>({{v::append_tour_step::kTour, 2},
-                                                  {v::append_tour_step::Step::kPreset, 3},
-                                                  {v::append_tour_step::Step::kDwell, 5}}));
+        unit.exchange(storePreset(3, 10000));
+        unit.exchange(appendStep(2, 3, 5));
         unit.exchange(
             withBits(message<v::AngleDisplay>({{angle::kLine, 2}}), {angle::kOn, angle::kStore}));
         unit.exchange(withBits(message<v::NameDisplay>({{v::name_display::kLine, 5}}),
@@ -50,9 +47,7 @@ TEST(UnitStateFile, StoredSettingsComeBackWhole) {
     UnitHarness restarted(options);
     EXPECT_EQ(restarted.exchange(readPreset(3)), presetRecord(3, 10000));
     EXPECT_EQ(restarted.exchange(message<v::TourStepRequest>({{v::tour_step_request::kTour, 2}})),
-              message<v::TourStep>({{v::tour_step::kTour, 2},
-                                    {v::tour_step::Step::kPreset, 3},
-                                    {v::tour_step::Step::kDwell, 5}}));
+              tourStep(2, 0, 3, 5));
     EXPECT_EQ(restarted.exchange(v::readRequest<v::AngleDisplay>()),
               withBits(message<v::AngleDisplay>({{angle::kLine, 2}}), {angle::kOn}));
     EXPECT_EQ(restarted.exchange(v::readRequest<v::NameDisplay>()), message<v::NameDisplay>());
@@ -74,18 +69,17 @@ TEST(UnitStateFile, DamagedLinesAndValuesPastTheirEdgesKeepFactoryValues) {
                                         "preset-3 -8388609 0 0 0 0 0\n";
     options.id = 6;  // the command line wins
     UnitHarness unit(options);
-    unit.id = 6;
-    EXPECT_EQ(unit.exchange(v::readRequest<v::CommTimeout>(), 6), message<v::CommTimeout>());
-    EXPECT_EQ(unit.exchange(v::readRequest<v::Heater>(), 6),
+    EXPECT_EQ(unit.exchange(v::readRequest<v::CommTimeout>()), message<v::CommTimeout>());
+    EXPECT_EQ(unit.exchange(v::readRequest<v::Heater>()),
               message<v::Heater>({{v::heater::kModeByte, 1}}));
-    EXPECT_EQ(unit.exchange(message<v::TourStepCountRequest>(), 6), message<v::TourStepCount>());
+    EXPECT_EQ(unit.exchange(message<v::TourStepCountRequest>()), message<v::TourStepCount>());
     auto edges = presetRecord(1, -8388608, 8388607);
     v::put(edges, v::preset_record::kLens[0], 255);
     v::put(edges, v::preset_record::kLens[2], 1);
     v::put(edges, v::preset_record::kLens[3], 2);
-    EXPECT_EQ(unit.exchange(readPreset(1), 6), edges);
-    EXPECT_EQ(unit.exchange(readPreset(2), 6), presetRecord(2));
-    EXPECT_EQ(unit.exchange(readPreset(3), 6), presetRecord(3));
+    EXPECT_EQ(unit.exchange(readPreset(1)), edges);
+    EXPECT_EQ(unit.exchange(readPreset(2)), presetRecord(2));
+    EXPECT_EQ(unit.exchange(readPreset(3)), presetRecord(3));
     std::remove(options.statePath.c_str());
 }
 

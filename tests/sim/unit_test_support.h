@@ -56,6 +56,11 @@ inline std::vector<DecodedFrame> decodeFrames(const std::vector<Byte>& wire) {
     return frames;
 }
 
+inline std::vector<Byte> joined(std::vector<Byte> first, const std::vector<Byte>& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
 // The site name command with these twelve characters.
 inline std::vector<Byte> siteName(std::string_view text) {
     auto message = vocab::blank<vocab::SiteName>();
@@ -74,6 +79,27 @@ std::vector<Byte> presetRecord(int preset, std::int32_t pan = 0, std::int32_t ti
         {{p::kPreset, preset}, {p::kPan, pan}, {p::kTilt, tilt}}));
 }
 
+inline std::vector<Byte> storePreset(int preset, std::int32_t pan, std::int32_t tilt = 0) {
+    namespace s = vocab::store_preset;
+    return test::message<vocab::StorePreset>(
+        {{s::kPreset, preset}, {s::kPan, pan}, {s::kTilt, tilt}});
+}
+inline std::vector<Byte> appendStep(int tour, int preset, int dwell) {
+    namespace a = vocab::append_tour_step;
+    return test::message<vocab::AppendTourStep>(
+        {{a::kTour, tour}, {a::Step::kPreset, preset}, {a::Step::kDwell, dwell}});
+}
+// A tour step under the code of `Command`: the answer to it or, for the
+// commands of the same layout, the command itself.
+template <class Command = vocab::TourStep>
+std::vector<Byte> tourStep(int tour, int step, int preset = 0, int dwell = 0) {
+    namespace t = vocab::tour_step;
+    return test::withCode<Command>(test::message<vocab::TourStep>({{t::kTour, tour},
+                                                                   {t::kStep, step},
+                                                                   {t::Step::kPreset, preset},
+                                                                   {t::Step::kDwell, dwell}}));
+}
+
 // Bytes passed through to camera 1.
 inline std::vector<Byte> toCamera1(const std::vector<Byte>& bytes) {
     const int count = static_cast<int>(bytes.size());
@@ -85,17 +111,18 @@ inline std::vector<Byte> toCamera1(const std::vector<Byte>& bytes) {
 
 class UnitHarness {
   public:
-    explicit UnitHarness(const UnitOptions& options = {}) : unit(options) {}
+    explicit UnitHarness(const UnitOptions& options = {})
+        : unit(options), id(options.id.value_or(0)) {}
 
-    // Sends one command frame and returns every frame that came back.
-    std::vector<DecodedFrame> send(const std::vector<Byte>& message, Byte address = 0) {
-        const auto wire = encodeFrame(kStx, address, message, address);
+    // Sends one command frame to `id` and returns every frame that came back.
+    std::vector<DecodedFrame> send(const std::vector<Byte>& message) {
+        const auto wire = encodeFrame(kStx, id, message, id);
         unit.receiveFromConsole(wire.data(), wire.size());
         return decodeFrames(unit.takeOutput());
     }
     // The message of the single good ACK reply; fails the test otherwise.
-    std::vector<Byte> exchange(const std::vector<Byte>& message, Byte address = 0) {
-        const auto frames = send(message, address);
+    std::vector<Byte> exchange(const std::vector<Byte>& message) {
+        const auto frames = send(message);
         EXPECT_EQ(frames.size(), 1u) << "command 0x" << std::hex << int(message.at(0));
         if (frames.size() != 1) {
             return {};
@@ -127,8 +154,8 @@ class UnitHarness {
     }
 
     Unit unit;
+    Byte id;  // the address commands go to and replies come from
     std::int64_t now = 0;
-    Byte id = 0;  // the address the replies' LRCs are checked against
 };
 
 }  // namespace halvex::sim::testing

@@ -25,11 +25,6 @@ std::vector<Byte> frame(Byte address, const std::vector<Byte>& message, Byte lrc
 namespace v = vocab;
 using test::message;
 
-std::vector<Byte> joined(std::vector<Byte> first, const std::vector<Byte>& second) {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
-}
-
 TEST(UnitWire, EachInputGetsItsReplyAndRefusedOnesMoveNothing) {
     struct Case {
         const char* what;
@@ -65,7 +60,6 @@ TEST(UnitWire, EachInputGetsItsReplyAndRefusedOnesMoveNothing) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         UnitHarness unit(options);
-        unit.id = 7;
         unit.unit.receiveFromConsole(c.wire.data(), c.wire.size());
         const auto frames = decodeFrames(unit.unit.takeOutput());
         ASSERT_EQ(frames.size(), c.start ? 1u : 0u);
@@ -77,7 +71,7 @@ TEST(UnitWire, EachInputGetsItsReplyAndRefusedOnesMoveNothing) {
         }
         unit.advance(2000);
         EXPECT_EQ(unit.unit.state().motion.mechanicalPan(), 0) << "no refused frame may move it";
-        const auto report = unit.exchange(message<v::JogMessage>(), 7);
+        const auto report = unit.exchange(message<v::JogMessage>());
         EXPECT_EQ(v::get(report, v::report::kMoving), 0u);
     }
 }
@@ -105,8 +99,8 @@ TEST(UnitWire, ReplyBytesAreStuffedAndSplitFramesWaitForTheirEnd) {
     };
     EXPECT_EQ(unit.exchange(address(12)), address(12));
     unit.id = 12;
-    EXPECT_EQ(unit.exchange(v::readRequest<v::UnitAddress>(), 12), address(12));
-    EXPECT_EQ(unit.exchange(address(120), 12), address(12)) << "above 99";
+    EXPECT_EQ(unit.exchange(v::readRequest<v::UnitAddress>()), address(12));
+    EXPECT_EQ(unit.exchange(address(120)), address(12)) << "above 99";
 }
 
 TEST(UnitWire, RandomInputNeitherCrashesNorStopsTheUnit) {
@@ -144,25 +138,25 @@ TEST(UnitWire, LineFaultsCorruptAddNoiseDropAndFallSilent) {
         }
         return frames;
     };
-    LineFaultOptions options;
-    options.corrupt = 1.0;
-    auto frames = decodeFrames(LineFaults(options).apply(replies(40)));
+    // Line faults with one option set.
+    const auto only = [](double LineFaultOptions::*option, double value) {
+        LineFaultOptions options;
+        options.*option = value;
+        return LineFaults(options);
+    };
+    auto frames = decodeFrames(only(&LineFaultOptions::corrupt, 1.0).apply(replies(40)));
     ASSERT_EQ(frames.size(), 40u);
     for (std::size_t i = 0; i < frames.size(); ++i) {
         EXPECT_FALSE(frames[i].lrcGood) << i;
         EXPECT_EQ(frames[i].message.at(1), 128 + i) << "payload untouched";
     }
-    options = {};
-    options.noise = 1.0;
-    const auto wire = LineFaults(options).apply(replies(50));
+    const auto wire = only(&LineFaultOptions::noise, 1.0).apply(replies(50));
     EXPECT_GT(wire.size(), 50 * 6u);
     frames = decodeFrames(wire);
     EXPECT_EQ(std::count_if(frames.begin(), frames.end(), [](auto& f) { return f.lrcGood; }), 50);
-    options = {};
-    options.drop = 0.5;
-    const auto kept = decodeFrames(LineFaults(options).apply(replies(200))).size();
+    const auto kept = decodeFrames(only(&LineFaultOptions::drop, 0.5).apply(replies(200))).size();
     EXPECT_TRUE(kept > 50u && kept < 150u) << kept;
-    options = {};
+    LineFaultOptions options;
     options.silentAfter = 3;
     LineFaults silence(options);
     EXPECT_EQ(decodeFrames(silence.apply(replies(2))).size(), 2u);
