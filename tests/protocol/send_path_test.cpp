@@ -121,8 +121,8 @@ TEST(SendPath, AStoppedTickDropsTheFrameWithAMessageInsteadOfStrandingTheSender)
     clock.start();
     const FrameTicket dropped = finish(sendMessage(rig.state, rig.link, kFirmwareRequest));
     EXPECT_FALSE(wentOut(dropped));
-    EXPECT_GE(clock.elapsed(), Link::kSendGraceMs);
-    EXPECT_FALSE(finish(rig.link.awaitReply(dropped), 100));  // nothing to wait for
+    EXPECT_GE(clock.elapsed(), Link::kSendGraceMs * 19 / 20);  // a coarse timer may be 5 % early
+    EXPECT_FALSE(finish(rig.link.awaitReply(dropped), 100));   // nothing to wait for
     EXPECT_EQ(rig.faults, QStringList{QStringLiteral("Command 9A not sent: no transmit tick")});
     EXPECT_FALSE(rig.state.SendInProgress);
     EXPECT_TRUE(rig.unit.frames().empty());

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <vector>
@@ -47,6 +48,16 @@ class SessionTest : public ::testing::Test {
             }
         }
         return commands;
+    }
+
+    // How many of the jog messages sent since `from` carry the stop request.
+    long stopsSince(std::size_t from) const {
+        const auto& frames = line.frames();
+        return std::count_if(frames.begin() + static_cast<std::ptrdiff_t>(from), frames.end(),
+                             [](const RecordingPeer::Frame& frame) {
+                                 return frame.message.at(0) == vocab::JogMessage::kCode &&
+                                        vocab::isSet(frame.message.at(1), vocab::jog::kStop);
+                             });
     }
 
     // The unit's position, once it has come to rest there.

@@ -70,13 +70,7 @@ TEST_F(SessionTest, ConnectsReadingOffsetsAndLimitsThenMovesStopsAndFollowsThePl
     mark = line.frames().size();
     EXPECT_TRUE(session.stop().isDone());
     ASSERT_TRUE(runUntil([&] { return line.frames().size() > mark + 2; }, 2000));
-    int stops = 0;
-    for (std::size_t i = mark; i < line.frames().size(); ++i) {
-        const auto& message = line.frames()[i].message;
-        stops += message.at(0) == vocab::JogMessage::kCode &&
-                 vocab::isSet(message.at(1), vocab::jog::kStop);
-    }
-    EXPECT_EQ(stops, 1);
+    EXPECT_EQ(stopsSince(mark), 1);
     EXPECT_TRUE(runUntil([&] { return (session.status().StatusBytes[2] & 0x0F) == 0; }, 5000));
     EXPECT_GT(session.status().CurrentPan, -149.0f);
 }
@@ -579,15 +573,9 @@ TEST_F(SessionTest, ExitTellsTheUnitToStopThenClosesTheLine) {
     const std::size_t mark = line.frames().size();
     finish(connection.exit());
     EXPECT_FALSE(session.port().isOpen());
-    const auto& frames = line.frames();
-    const auto stop = std::find_if(frames.begin() + static_cast<std::ptrdiff_t>(mark), frames.end(),
-                                   [](const RecordingPeer::Frame& frame) {
-                                       return frame.message.at(0) == vocab::JogMessage::kCode &&
-                                              vocab::isSet(frame.message.at(1), vocab::jog::kStop);
-                                   });
-    EXPECT_NE(stop, frames.end());
+    EXPECT_GE(stopsSince(mark), 1);
     // Nothing goes out once the line is closed.
-    const std::size_t sent = frames.size();
+    const std::size_t sent = line.frames().size();
     runUntil([] { return false; }, 100);
     EXPECT_EQ(line.frames().size(), sent);
 }
