@@ -83,6 +83,7 @@ TEST_F(ControllerJogTest, ButtonsPressTheConsolesButtonsOncePerPressAndAStopHold
     click(SDL_CONTROLLER_BUTTON_X);
     EXPECT_EQ(toggles.count(), 1);
     EXPECT_NE(session.panLowSpeed(), wasLow);
+    EXPECT_NE(panLow->isChecked(), wasLow);  // the page shows it
     {
         const Session::PagesLock locked(session);
         click(SDL_CONTROLLER_BUTTON_X);
