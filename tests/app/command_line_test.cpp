@@ -1,9 +1,33 @@
+// The programs as an operator or a script starts them, with no display of
+// any kind: mistakes on the command line, --help and --version, and halvex
+// --headless as a tracking PC runs it, the virtual unit on its own
+// pseudo-terminal, Hamlib's rotctl pointing the unit through network
+// control, and SIGTERM in the middle of a move.
+
 #include <gtest/gtest.h>
 
 #include <QProcess>
 #include <QProcessEnvironment>
+#include <QStandardPaths>
+#include <QTcpServer>
+#include <QTest>
+#include <cmath>
 
+#include "protocol/vocabulary.h"
+#include "sim/frame_assembler.h"
+#include "tests/support/sim_process.h"
+
+namespace halvex::testing {
 namespace {
+
+QProcessEnvironment withoutDisplay() {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        environment.remove(QString::fromLatin1(name));
+    }
+    return environment;
+}
+
 struct Outcome {
     int status = -1;
     bool crashed = false;
@@ -11,29 +35,19 @@ struct Outcome {
     QString err;
 };
 
-// A program with the arguments, split at spaces, and no display of any kind.
+// A program with the arguments, split at spaces; killed after ten seconds.
 Outcome runWithoutDisplay(const char* arguments,
                           const QString& program = QStringLiteral(HALVEX_PATH)) {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
-        environment.remove(QString::fromLatin1(name));
-    }
     QProcess process;
-    process.setProcessEnvironment(environment);
+    process.setProcessEnvironment(withoutDisplay());
     process.start(program, QString::fromLatin1(arguments).split(' ', Qt::SkipEmptyParts));
-    Outcome run;
     if (!process.waitForFinished(10000)) {
-        process.kill();
-        process.waitForFinished();
-        return run;
+        return {};
     }
-    run.crashed = process.exitStatus() == QProcess::CrashExit;
-    run.status = process.exitCode();
-    run.out = QString::fromLocal8Bit(process.readAllStandardOutput());
-    run.err = QString::fromLocal8Bit(process.readAllStandardError());
-    return run;
+    return {process.exitCode(), process.exitStatus() == QProcess::CrashExit,
+            QString::fromLocal8Bit(process.readAllStandardOutput()),
+            QString::fromLocal8Bit(process.readAllStandardError())};
 }
-}  // namespace
 
 TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
     for (const char* arguments :
@@ -51,6 +65,10 @@ TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
     // The highest port is a port: what is wrong here is the address.
     EXPECT_TRUE(runWithoutDisplay("--rotctld-port 65535 --rotctld-listen nowhere")
                     .err.contains("Bad address 'nowhere'"));
+    // A toolkit option with its value joined on is left for the toolkit
+    // whole: the mistake told is the console's own.
+    EXPECT_TRUE(runWithoutDisplay("-style=fusion --baud fast")
+                    .err.contains(QStringLiteral("Bad speed 'fast' for --baud.")));
 }
 
 TEST(CommandLine, HelpAndVersionNeedNoDisplayEvenAfterToolkitOptions) {
@@ -67,8 +85,96 @@ TEST(CommandLine, HelpAndVersionNeedNoDisplayEvenAfterToolkitOptions) {
     const Outcome help = runWithoutDisplay("-platform xcb --help");
     EXPECT_EQ(help.status, 0) << help.err.toStdString();
     EXPECT_TRUE(help.out.contains(QStringLiteral("--simulate")));
-    // A toolkit option with its value joined on is left for the toolkit
-    // whole: the mistake told is the console's own.
-    EXPECT_TRUE(runWithoutDisplay("-style=fusion --baud fast")
-                    .err.contains(QStringLiteral("Bad speed 'fast' for --baud.")));
 }
+
+// A port nobody listens on now.
+quint16 freePort() {
+    QTcpServer probe;
+    probe.listen(QHostAddress::LocalHost, 0);
+    return probe.serverPort();
+}
+
+// The messages (code first) of the frames the unit received, from its -v log.
+std::vector<std::vector<Byte>> receivedMessages(const QString& log) {
+    std::vector<std::vector<Byte>> messages;
+    sim::FrameAssembler frames(
+        [&messages](const sim::ConsoleFrame& frame) { messages.push_back(frame.message); });
+    for (const QString& line : log.split('\n')) {
+        if (line.startsWith(QStringLiteral("in "))) {
+            const QByteArray wire = QByteArray::fromHex(line.mid(3).toLatin1());
+            frames.feed(reinterpret_cast<const Byte*>(wire.constData()),
+                        static_cast<std::size_t>(wire.size()));
+        }
+    }
+    return messages;
+}
+
+TEST(Headless, GoesOnlineWithoutADisplayRotctlPointsTheUnitAndSigtermStopsIt) {
+    const QString rotctlProgram = QStandardPaths::findExecutable(QStringLiteral("rotctl"));
+    if (rotctlProgram.isEmpty()) {
+        GTEST_SKIP() << "rotctl is not installed (Debian package libhamlib-utils)";
+    }
+    SimProcess sim{{QStringLiteral("-v")}};
+    ASSERT_FALSE(sim.device().isEmpty());
+    const quint16 port = freePort();
+    QProcess console;
+    console.setProcessEnvironment(withoutDisplay());
+    console.start(QStringLiteral(HALVEX_PATH),
+                  {QStringLiteral("--headless"), QStringLiteral("--port"), sim.device(),
+                   QStringLiteral("--rotctld"), QString::number(port)});
+    ASSERT_TRUE(console.waitForStarted(5000));
+    QString said_;
+    const auto said = [&]() -> const QString& {
+        return said_ += QString::fromLocal8Bit(console.readAllStandardError());
+    };
+    // rotctl's exit status and what it printed.
+    const auto rotctl = [&](const QStringList& commands) {
+        QProcess process;
+        process.start(
+            rotctlProgram,
+            QStringList{"-m", "2", "-r", QStringLiteral("127.0.0.1:%1").arg(port)} + commands);
+        process.waitForFinished(8000);
+        const QString out = QString::fromUtf8(process.readAllStandardOutput());
+        return std::pair(process.exitCode(), out.split('\n', Qt::SkipEmptyParts));
+    };
+    const auto pointsAt = [&](double azimuth, double elevation) {
+        const auto [status, lines] = rotctl({"p"});
+        return status == 0 && lines.size() == 2 && std::abs(lines[0].toDouble() - azimuth) < 0.01 &&
+               std::abs(lines[1].toDouble() - elevation) < 0.01;
+    };
+
+    ASSERT_TRUE(QTest::qWaitFor([&] { return said().contains(QStringLiteral(" Online")); }, 15000))
+        << said().toStdString();
+    EXPECT_TRUE(said().contains(QStringLiteral("network control on 127.0.0.1 port %1").arg(port)));
+
+    ASSERT_EQ(rotctl({"P", "5", "2"}).first, 0);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return pointsAt(5.0, 2.0); }, 15000));
+
+    // A long move, and the service is stopped in the middle of it.
+    ASSERT_EQ(rotctl({"P", "-160", "40"}).first, 0);
+    QTest::qWait(300);
+    console.terminate();
+    ASSERT_TRUE(console.waitForFinished(8000));
+    EXPECT_EQ(console.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(console.exitCode(), 0) << said().toStdString();
+    EXPECT_TRUE(said().contains(QStringLiteral("stopping the platform")));
+
+    // The unit heard the move and then a stop, the last frames before the
+    // line closed.
+    sim.stop();
+    const auto messages = receivedMessages(sim.errorOutput());
+    const auto isMove = [](const std::vector<Byte>& m) {
+        return m.at(0) == vocab::AbsoluteMove::kCode;
+    };
+    const auto isStop = [](const std::vector<Byte>& m) {
+        return m.at(0) == vocab::JogMessage::kCode && m.size() > 1 &&
+               vocab::isSet(m[1], vocab::jog::kStop);
+    };
+    const auto lastMove = std::find_if(messages.rbegin(), messages.rend(), isMove);
+    ASSERT_NE(lastMove, messages.rend());
+    EXPECT_EQ(vocab::getSigned(*lastMove, vocab::absolute_move::kPan), -16000);
+    EXPECT_TRUE(std::any_of(messages.rbegin(), lastMove, isStop)) << "no stop after the last move";
+}
+
+}  // namespace
+}  // namespace halvex::testing

@@ -11,6 +11,7 @@
 #include <QTextBlock>
 #include <QTextDocument>
 #include <QTextFragment>
+#include <array>
 #include <random>
 
 namespace halvex {
@@ -29,7 +30,7 @@ QTextCharFormat formatOf(const QTextDocument& document, const QString& text) {
     return {};
 }
 
-TEST(RtfReader, RunsKeepTheirFormatsAndGroupsRestoreThem) {
+TEST(RtfReader, RunsAndParagraphsKeepTheirFormatsAndGroupsRestoreThem) {
     QTextDocument document;
     ASSERT_TRUE(readRtf(
         "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0\\fswiss Arial;}{\\f1\\fmodern{\\*\\panose 02}"
@@ -60,6 +61,17 @@ TEST(RtfReader, RunsKeepTheirFormatsAndGroupsRestoreThem) {
     EXPECT_EQ(formatOf(document, "red").foreground().color(), QColor(200, 10, 20));
     EXPECT_EQ(formatOf(document, "blue").foreground().color(), QColor(0, 0, 255));
     EXPECT_FALSE(formatOf(document, "auto").hasProperty(QTextFormat::ForegroundBrush));
+
+    // Paragraphs keep their alignment and margins until reset.
+    ASSERT_TRUE(readRtf(
+        "{\\rtf1\\pard\\qc Title\\par\\pard\\li720\\fi-360\\sa120 Item\\par\\pard Body\\par}",
+        document));
+    EXPECT_EQ(document.begin().blockFormat().alignment() & Qt::AlignHorizontal_Mask,
+              Qt::AlignHCenter);
+    const QTextBlockFormat item = document.begin().next().blockFormat();
+    EXPECT_EQ((std::array{item.leftMargin(), item.textIndent(), item.bottomMargin()}),
+              (std::array{48.0, -24.0, 8.0}));
+    EXPECT_EQ(document.lastBlock().previous().blockFormat().leftMargin(), 0.0);
 }
 
 TEST(RtfReader, TextFromSpecialCharactersSkippedGroupsAndOddInput) {
@@ -95,20 +107,6 @@ TEST(RtfReader, TextFromSpecialCharactersSkippedGroupsAndOddInput) {
         // toRawText keeps the line separator that toPlainText turns into \n.
         EXPECT_EQ(document.toRawText(), text);
     }
-}
-
-TEST(RtfReader, ParagraphsKeepTheirAlignmentAndMarginsUntilReset) {
-    QTextDocument document;
-    ASSERT_TRUE(readRtf(
-        "{\\rtf1\\pard\\qc Title\\par\\pard\\li720\\fi-360\\sa120 Item\\par\\pard Body\\par}",
-        document));
-    EXPECT_EQ(document.begin().blockFormat().alignment() & Qt::AlignHorizontal_Mask,
-              Qt::AlignHCenter);
-    const QTextBlockFormat item = document.begin().next().blockFormat();
-    EXPECT_EQ(item.leftMargin(), 48.0);
-    EXPECT_EQ(item.textIndent(), -24.0);
-    EXPECT_EQ(item.bottomMargin(), 8.0);
-    EXPECT_EQ(document.lastBlock().previous().blockFormat().leftMargin(), 0.0);
 }
 
 TEST(RtfReader, RefusesWhatIsNotRtfNamesFilesItCannotShowAndLeavesTheDocumentAlone) {

@@ -81,7 +81,7 @@ std::string fields(const ControllerMapping& mapping) {
 }
 }  // namespace
 
-TEST(MappingSettings, AMappingReadsBackAsSavedForItsOwnDeviceOnly) {
+TEST(MappingSettings, AMappingReadsBackAsSavedForItsOwnDeviceOnlyAndKeySpeedsAsSaved) {
     ScratchSettings scratch;
     const QString guid = QStringLiteral("03000000de280000ff11000001000000");
     EXPECT_FALSE(loadMapping(scratch.settings, guid));
@@ -98,30 +98,45 @@ TEST(MappingSettings, AMappingReadsBackAsSavedForItsOwnDeviceOnly) {
     // A mapping with everything taken off stays empty, not the standard one.
     saveMapping(scratch.settings, guid, {});
     EXPECT_EQ(fields(loadMapping(scratch.settings, guid).value_or(mapping)), "");
-}
 
-TEST(MappingSettings, KeySpeedsReadBackAsSavedAndDefaultUntilSaved) {
-    ScratchSettings scratch;
+    // The keys' speeds are the defaults until saved.
     const KeyboardJog::Speeds defaults;
     EXPECT_EQ(loadKeySpeeds(scratch.settings).normal, defaults.normal);
     saveKeySpeeds(scratch.settings, {.normal = 11, .fast = 22, .slow = 3, .zoom = 44});
-    const KeyboardJog::Speeds back = loadKeySpeeds(scratch.settings);
-    EXPECT_EQ((std::array{back.normal, back.fast, back.slow, back.zoom}),
-              (std::array{11, 22, 3, 44}));
+    const auto [normal, fast, slow, zoom] = loadKeySpeeds(scratch.settings);
+    EXPECT_EQ((std::array{normal, fast, slow, zoom}), (std::array{11, 22, 3, 44}));
 }
 
-TEST(MappingSettings, ValuesEditedOutOfRangeAreBroughtIntoIt) {
+// Two mappings edited by hand: "abc" with every value out of its range,
+// "big" with lists longer than any device's.
+TEST(MappingSettings, ValuesEditedOutOfRangeAreBroughtIntoItAndLongListsCutShort) {
     ScratchSettings scratch;
     const std::pair<const char*, QVariant> edited[] = {
-        {"Axes/size", 1},         {"Axes/1/Axis", -4},     {"Axes/1/Target", 99},
-        {"Axes/1/DeadZone", 7},   {"Axes/1/Curve", "x"},   {"Buttons/size", 1},
-        {"Buttons/1/Action", -1}, {"Buttons/1/Preset", 40}};
+        {"abc/Axes/size", 1},         {"abc/Axes/1/Axis", -4},      {"abc/Axes/1/Target", 99},
+        {"abc/Axes/1/DeadZone", 7},   {"abc/Axes/1/Curve", "x"},    {"abc/Buttons/size", 1},
+        {"abc/Buttons/1/Action", -1}, {"abc/Buttons/1/Preset", 40}, {"big/Axes/size", 2000000000},
+        {"big/Axes/1/Target", 1},     {"big/Buttons/size", 1000000}};
     for (const auto& [key, value] : edited) {
-        scratch.settings.setValue(QStringLiteral("Input/Mapping-abc/") + QLatin1String(key), value);
+        scratch.settings.setValue(QStringLiteral("Input/Mapping-") + QLatin1String(key), value);
     }
     const std::optional<ControllerMapping> mapping = loadMapping(scratch.settings, "abc");
     ASSERT_TRUE(mapping);
     EXPECT_EQ(fields(*mapping), "axis 0->5 0.95/0.2; button 0->0 9; ");
+    const std::optional<ControllerMapping> big = loadMapping(scratch.settings, "big");
+    ASSERT_TRUE(big);
+    ASSERT_EQ(big->axes.size(), 64u) << "a long list is cut short, not thrown away";
+    EXPECT_EQ(big->axes[0].target, JogAxis::Tilt);
+    EXPECT_EQ(big->buttons.size(), 64u);
+
+    // A damaged file once claimed 755555555555555555 buttons and the console
+    // filled its memory making room for them; the file is kept with the
+    // fuzzer's cases.
+    QSettings damaged(
+        QStringLiteral(HALVEX_FUZZ_CASES "/input-mapping-regressions/list-size-past-memory.ini"),
+        QSettings::IniFormat);
+    const std::optional<ControllerMapping> read = loadMapping(damaged, QStringLiteral("fuzz"));
+    ASSERT_TRUE(read);
+    EXPECT_LE(read->buttons.size(), 64u);
 }
 
 // The mapping fuzzer's first case is a settings file as the console writes
@@ -142,27 +157,4 @@ TEST(MappingSettings, AFileAsTheConsoleWritesItReadsAsItsMapping) {
     ASSERT_TRUE(written.open(QIODevice::ReadOnly));
     ASSERT_TRUE(kept.open(QIODevice::ReadOnly));
     EXPECT_EQ(written.readAll(), kept.readAll()) << "the console writes it differently now";
-}
-
-// A damaged file once claimed 755555555555555555 buttons and the console
-// filled its memory making room for them; the file is kept with the fuzzer's
-// cases.
-TEST(MappingSettings, AListSizeFromADamagedFileDoesNotDecideTheMemoryTaken) {
-    QSettings damaged(
-        QStringLiteral(HALVEX_FUZZ_CASES "/input-mapping-regressions/list-size-past-memory.ini"),
-        QSettings::IniFormat);
-    const std::optional<ControllerMapping> read = loadMapping(damaged, QStringLiteral("fuzz"));
-    ASSERT_TRUE(read);
-    EXPECT_LE(read->buttons.size(), 64u);
-
-    ScratchSettings scratch;
-    scratch.settings.setValue(QStringLiteral("Input/Mapping-big/Axes/size"), 2000000000);
-    scratch.settings.setValue(QStringLiteral("Input/Mapping-big/Axes/1/Target"), 1);
-    scratch.settings.setValue(QStringLiteral("Input/Mapping-big/Buttons/size"), 1000000);
-    const std::optional<ControllerMapping> big =
-        loadMapping(scratch.settings, QStringLiteral("big"));
-    ASSERT_TRUE(big);
-    ASSERT_EQ(big->axes.size(), 64u) << "a long list is cut short, not thrown away";
-    EXPECT_EQ(big->axes[0].target, JogAxis::Tilt);
-    EXPECT_EQ(big->buttons.size(), 64u);
 }

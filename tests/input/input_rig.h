@@ -12,7 +12,10 @@
 #include <algorithm>
 
 #include "input/controller_jog.h"
+#include "input/keyboard_jog.h"
+#include "input/mapping_settings.h"
 #include "tests/support/console_rig.h"
+#include "window/user_settings.h"
 
 namespace halvex::testing {
 
@@ -25,11 +28,10 @@ class VirtualDevice {
     explicit VirtualDevice(bool gameController, int axes = SDL_CONTROLLER_AXIS_MAX,
                            int buttons = SDL_CONTROLLER_BUTTON_MAX) {
         SDL_InitSubSystem(SDL_INIT_JOYSTICK);
-        const int index = SDL_JoystickAttachVirtual(
+        joystick_ = SDL_JoystickOpen(SDL_JoystickAttachVirtual(
             gameController ? SDL_JOYSTICK_TYPE_GAMECONTROLLER : SDL_JOYSTICK_TYPE_UNKNOWN, axes,
-            buttons, 0);
-        joystick_ = index >= 0 ? SDL_JoystickOpen(index) : nullptr;
-        instance_ = joystick_ != nullptr ? SDL_JoystickInstanceID(joystick_) : -1;
+            buttons, 0));
+        instance_ = SDL_JoystickInstanceID(joystick_);
     }
     ~VirtualDevice() {
         unplug();
@@ -38,15 +40,12 @@ class VirtualDevice {
     VirtualDevice(const VirtualDevice&) = delete;
     VirtualDevice& operator=(const VirtualDevice&) = delete;
 
-    bool plugged() const { return joystick_ != nullptr; }
     void axis(int axis, int value) { SDL_JoystickSetVirtualAxis(joystick_, axis, value); }
     void button(int button, bool down) {
         SDL_JoystickSetVirtualButton(joystick_, button, down ? 1 : 0);
     }
+    // Unplugged once: its instance is gone from the list after that.
     void unplug() {
-        if (joystick_ == nullptr) {
-            return;
-        }
         SDL_JoystickClose(joystick_);
         joystick_ = nullptr;
         for (int i = 0; i < SDL_NumJoysticks(); ++i) {
@@ -104,6 +103,12 @@ struct InputRig : ConsoleRig {
     bool usesDevice() {
         return waitFor([this] { return controller().deviceInUse().has_value(); });
     }
+    // Keeps `mapping` for the device in use and puts it to work.
+    void useMapping(const ControllerMapping& mapping) {
+        const QString guid = controller().deviceInUse()->guid;
+        saveMapping(*userSettings(), guid, mapping);
+        controller().setPreferredDevice(guid);
+    }
 };
 
 // One console online for the whole program, made before the first test and
@@ -128,7 +133,24 @@ class InputTest : public ::testing::Test {
         r.window->jogState().PanJogDirection = r.window->jogState().TiltJogDirection = false;
         r.nextJog();
     }
+    // No key held, no mapping, speed or device kept for the next test.
+    void TearDown() override {
+        for (Qt::Key key : {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down, Qt::Key_PageUp,
+                            Qt::Key_PageDown}) {
+            release(key);
+        }
+        userSettings()->remove(QStringLiteral("Input"));
+        rig().window->input().keyboard->setSpeeds({});
+        rig().controller().setPreferredDevice(QString());
+    }
     static InputRig& rig() { return *console; }
+    static QWidget* window() { return rig().window.get(); }
+    static void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyPress(window(), key, modifiers);
+    }
+    static void release(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        QTest::keyRelease(window(), key, modifiers);
+    }
 
   public:
     static inline InputRig* console = nullptr;

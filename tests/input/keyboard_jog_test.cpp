@@ -6,7 +6,6 @@
 #include <QScrollBar>
 #include <QStatusBar>
 
-#include "input/keyboard_jog.h"
 #include "tests/input/input_rig.h"
 #include "tests/network/line_client.h"
 #include "views/pages/pan_tilt_page.h"
@@ -15,62 +14,44 @@
 namespace halvex::testing {
 namespace {
 
-class KeyboardJogTest : public InputTest {
-  protected:
-    void TearDown() override {
-        for (int key : {Qt::Key_Left, Qt::Key_Right, Qt::Key_Up, Qt::Key_Down, Qt::Key_PageUp,
-                        Qt::Key_PageDown}) {
-            QTest::keyRelease(window(), static_cast<Qt::Key>(key));
-        }
-    }
-    QWidget* window() { return rig().window.get(); }
-    void press(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-        QTest::keyPress(window(), key, modifiers);
-    }
-    void release(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
-        QTest::keyRelease(window(), key, modifiers);
-    }
-};
+using KeyboardJogTest = InputTest;
 
-TEST_F(KeyboardJogTest, ArrowsJogWhileHeldShiftFasterCtrlSlower) {
-    const KeyboardJog::Speeds speeds = rig().window->input().keyboard->speeds();
-    press(Qt::Key_Right);
-    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{speeds.normal, 0, 0x80}));
-    press(Qt::Key_Up);
-    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{speeds.normal, speeds.normal, 0xC0}));
-    // A modifier key's own event tells the state before it, as X11 does.
-    press(Qt::Key_Shift);
-    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{speeds.fast, speeds.fast, 0xC0}));
-    release(Qt::Key_Shift, Qt::ShiftModifier);
-    press(Qt::Key_Control);
-    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{speeds.slow, speeds.slow, 0xC0}));
-    release(Qt::Key_Control, Qt::ControlModifier);
-    release(Qt::Key_Up);
-    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{speeds.normal, 0, 0xC0}));
-    // Both ways at once cancel out.
-    press(Qt::Key_Left);
-    EXPECT_TRUE(stopped(rig().nextMotion()));
-    release(Qt::Key_Right);
-    EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{speeds.normal, 0, 0x40}));
-    release(Qt::Key_Left);
-    EXPECT_TRUE(stopped(rig().nextMotion()));
+TEST_F(KeyboardJogTest, ArrowsJogWhileHeldShiftFasterCtrlSlowerAtSpeedsTheUnitTakes) {
+    KeyboardJog& keyboard = *rig().window->input().keyboard;
+    const auto [n, fast, slow, zoom] = keyboard.speeds();
+    // Each key pressed or let go, with the modifiers then held, and the next
+    // jog's pan speed, tilt speed and ways. A modifier key's own event tells
+    // the state before it, as X11 does; both ways at once cancel out.
+    const std::tuple<Qt::Key, bool, Qt::KeyboardModifiers, std::array<int, 3>> steps[] = {
+        {Qt::Key_Right, true, {}, {n, 0, 0x80}},
+        {Qt::Key_Up, true, {}, {n, n, 0xC0}},
+        {Qt::Key_Shift, true, {}, {fast, fast, 0xC0}},
+        {Qt::Key_Shift, false, Qt::ShiftModifier, {n, n, 0xC0}},
+        {Qt::Key_Control, true, {}, {slow, slow, 0xC0}},
+        {Qt::Key_Control, false, Qt::ControlModifier, {n, n, 0xC0}},
+        {Qt::Key_Up, false, {}, {n, 0, 0xC0}},
+        {Qt::Key_Left, true, {}, {0, 0, 0xC0}},
+        {Qt::Key_Right, false, {}, {n, 0, 0x40}},
+        {Qt::Key_Left, false, {}, {0, 0, 0x40}}};
+    for (const auto& step : steps) {
+        SCOPED_TRACE(&step - steps);
+        const auto& [key, down, modifiers, motion] = step;
+        down ? press(key, modifiers) : release(key, modifiers);
+        EXPECT_EQ(rig().nextMotion(), motion);
+    }
 
-    for (const int zoom : {speeds.zoom, -speeds.zoom}) {
-        const Qt::Key key = zoom > 0 ? Qt::Key_PageUp : Qt::Key_PageDown;
+    for (const int lens : {zoom, -zoom}) {
+        const Qt::Key key = lens > 0 ? Qt::Key_PageUp : Qt::Key_PageDown;
         for (const bool held : {true, false}) {
             held ? press(key) : release(key);
             const Message_ jog = rig().nextJog();
             EXPECT_EQ(jog,
-                      (Message_{0x31, jog[1], 0, 0, held ? lensJogByte(zoom) : Byte{0}, 0, 0, 0}));
+                      (Message_{0x31, jog[1], 0, 0, held ? lensJogByte(lens) : Byte{0}, 0, 0, 0}));
         }
     }
-}
 
-// Speeds from a hand-edited settings file: each is brought to the nearest
-// the unit takes, rather than wrapping around in its byte or never moving.
-TEST_F(KeyboardJogTest, SpeedsOutOfRangeJogAtTheNearestTheUnitTakes) {
-    KeyboardJog& keyboard = *rig().window->input().keyboard;
-    const KeyboardJog::Speeds kept = keyboard.speeds();
+    // Speeds from a hand-edited settings file are brought to the nearest the
+    // unit takes, rather than wrapping around in its byte or never moving.
     const auto taken = [&keyboard](KeyboardJog::Speeds speeds) {
         keyboard.setSpeeds(speeds);
         speeds = keyboard.speeds();
@@ -80,19 +61,14 @@ TEST_F(KeyboardJogTest, SpeedsOutOfRangeJogAtTheNearestTheUnitTakes) {
     EXPECT_EQ(taken({999, 256, -5, 128}), (std::array{255, 255, 1, 127}));
     press(Qt::Key_Right);
     EXPECT_EQ(rig().nextMotion()[0], 255);
-    release(Qt::Key_Right);
-    keyboard.setSpeeds(kept);
 }
 
-TEST_F(KeyboardJogTest, HomeMovesHomeAndEscStopsEverything) {
-    press(Qt::Key_Home);
-    EXPECT_TRUE(rig().sends({0x36}));
+TEST_F(KeyboardJogTest, HomeMovesHomeEscStopsEverythingAndATextFieldKeepsItsKeys) {
     press(Qt::Key_Right);
     ASSERT_GT(rig().nextMotion()[0], 0);
     EXPECT_TRUE(rig().stopsAfter([this] { press(Qt::Key_Escape); }));
     // The arrow still held does not start the platform again.
     EXPECT_TRUE(stopped(rig().nextMotion()));
-    release(Qt::Key_Right);
 
     // Home is the console's: a scroll bar with the focus keeps its value.
     QScrollBar* zoom = rig().window->panTiltPage().ZFScroll[0];
@@ -106,9 +82,8 @@ TEST_F(KeyboardJogTest, HomeMovesHomeAndEscStopsEverything) {
     EXPECT_EQ(zoom->value(), before + 40);
     zoom->clearFocus();
     zoom->setValue(before);
-}
 
-TEST_F(KeyboardJogTest, KeysTypedIntoATextFieldDoNotJog) {
+    // Keys typed into a text field do not jog.
     auto* field = new QLineEdit(&rig().window->panTiltPage());
     field->show();
     field->setFocus();

@@ -23,32 +23,30 @@ constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TEST(GaugeTicks, RoundStepsWithinTheRangeAndNoneForUnusableRanges) {
-    struct Case {
-        double low, high;
-        int count;
-        double step, first, last;  // step 0: no ticks at all
-    };
-    const Case cases[] = {{-180, 180, 8, 50, -150, 150}, {90, -90, 8, 20, -80, 80},
-                          {0, 1, 5, 0.2, 0, 1},          {5, 5, 8, 0, 0, 0},
-                          {kNaN, 10, 8, 0, 0, 0},        {0, 10, 0, 0, 0, 0},
-                          {-1e308, 1e308, 8, 0, 0, 0}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.low << ".." << c.high);
-        const GaugeTicks ticks = gaugeTicks(c.low, c.high, c.count);
-        if (c.step == 0) {
+    // Low and high ends, the ticks asked for, and the step, first and last
+    // tick given (step 0: no ticks at all).
+    const std::tuple<double, double, int, double, double, double> cases[] = {
+        {-180, 180, 8, 50, -150, 150}, {90, -90, 8, 20, -80, 80},
+        {0, 1, 5, 0.2, 0, 1},          {5, 5, 8, 0, 0, 0},
+        {kNaN, 10, 8, 0, 0, 0},        {0, 10, 0, 0, 0, 0},
+        {-1e308, 1e308, 8, 0, 0, 0}};
+    for (const auto& [low, high, count, step, first, last] : cases) {
+        SCOPED_TRACE(::testing::Message() << low << ".." << high);
+        const GaugeTicks ticks = gaugeTicks(low, high, count);
+        if (step == 0) {
             EXPECT_TRUE(ticks.major.empty());
             continue;
         }
         ASSERT_FALSE(ticks.major.empty());
-        EXPECT_DOUBLE_EQ(ticks.step, c.step);
-        EXPECT_DOUBLE_EQ(ticks.major.front(), c.first);
-        EXPECT_DOUBLE_EQ(ticks.major.back(), c.last);
+        EXPECT_DOUBLE_EQ(ticks.step, step);
+        EXPECT_DOUBLE_EQ(ticks.major.front(), first);
+        EXPECT_DOUBLE_EQ(ticks.major.back(), last);
         for (double tick : ticks.major) {
             EXPECT_NEAR(std::remainder(tick, ticks.step), 0.0, ticks.step * 1e-9);
         }
         for (double tick : ticks.minor) {
-            EXPECT_GE(tick, std::min(c.low, c.high));
-            EXPECT_LE(tick, std::max(c.low, c.high));
+            EXPECT_GE(tick, std::min(low, high));
+            EXPECT_LE(tick, std::max(low, high));
             EXPECT_GT(std::abs(std::remainder(tick, ticks.step)), ticks.step * 1e-6) << tick;
         }
     }
@@ -58,23 +56,23 @@ TEST(GaugeTicks, RoundStepsWithinTheRangeAndNoneForUnusableRanges) {
 }
 
 TEST(PanGauge, NeedleStaysOnTheScaleAndSweepsClockwise) {
-    struct Case {
-        double minimum, maximum, value, needle, angle;
-    };
-    const Case cases[] = {{-170, 170, 200.5, 170, -45}, {-170, 170, -500, -170, 225},
-                          {-170, 170, 12.25, 12.25, 0}, {-170, 170, kInf, 170, -45},
-                          {-170, 170, kNaN, -170, 225}, {-180, 180, 0, 0, 90},
-                          {100, -100, 120, 100, 225},   {5, 5, 7, 5, 225}};
+    // The scale's ends, the value, and where the needle stands and at what
+    // angle (0: not looked at).
+    const std::array<double, 5> cases[] = {
+        {-170, 170, 200.5, 170, -45}, {-170, 170, -500, -170, 225},
+        {-170, 170, 12.25, 12.25, 0}, {-170, 170, kInf, 170, -45},
+        {-170, 170, kNaN, -170, 225}, {-180, 180, 0, 0, 90},
+        {100, -100, 120, 100, 225},   {5, 5, 7, 5, 225}};
     PanGauge gauge;
     QSignalSpy valueSpy(&gauge, &PanGauge::valueChanged);
-    for (const Case& c : cases) {
-        SCOPED_TRACE(::testing::Message() << c.minimum << ".." << c.maximum << " " << c.value);
-        gauge.setValue(c.value);
-        gauge.setRange(c.minimum, c.maximum);  // rescaling moves an out-of-range needle
-        EXPECT_TRUE(gauge.value() == c.value || (std::isnan(c.value) && std::isnan(gauge.value())));
-        EXPECT_EQ(gauge.property("needleValue").toDouble(), c.needle);
-        if (c.angle != 0) {
-            EXPECT_DOUBLE_EQ(gauge.angleFor(gauge.needleValue()), c.angle);
+    for (const auto& [minimum, maximum, value, needle, angle] : cases) {
+        SCOPED_TRACE(::testing::Message() << minimum << ".." << maximum << " " << value);
+        gauge.setValue(value);
+        gauge.setRange(minimum, maximum);  // rescaling moves an out-of-range needle
+        EXPECT_TRUE(gauge.value() == value || (std::isnan(value) && std::isnan(gauge.value())));
+        EXPECT_EQ(gauge.property("needleValue").toDouble(), needle);
+        if (angle != 0) {
+            EXPECT_DOUBLE_EQ(gauge.angleFor(gauge.needleValue()), angle);
         }
     }
     gauge.setValue(7);
@@ -106,23 +104,20 @@ TEST(PanGauge, NeedleStaysOnTheScaleAndSweepsClockwise) {
     }
 }
 
-TEST(LedDisplay, ShowsTheValueWithItsDecimalsAndFieldWidth) {
-    struct Case {
-        int decimals, width;
-        double value;
-        const char* text;
-    };
-    const Case cases[] = {{2, 0, -123.456, "-123.46"}, {2, 0, -0.001, "0.00"}, {0, 0, -0.6, "-1"},
-                          {3, 7, 1.5, "   1.500"},     {3, 2, 1.5, "1.500"},   {2, 0, kInf, "----"},
-                          {2, 0, kNaN, "----"}};
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.text);
+TEST(LedDisplay, ShowsTheValueWithItsDecimalsAndFieldWidthAndDrawsItAtAnySize) {
+    // Decimals, field width, value and the text shown.
+    const std::tuple<int, int, double, const char*> cases[] = {
+        {2, 0, -123.456, "-123.46"}, {2, 0, -0.001, "0.00"}, {0, 0, -0.6, "-1"},
+        {3, 7, 1.5, "   1.500"},     {3, 2, 1.5, "1.500"},   {2, 0, kInf, "----"},
+        {2, 0, kNaN, "----"}};
+    for (const auto& [decimals, width, value, text] : cases) {
+        SCOPED_TRACE(text);
         LedDisplay led;
-        led.setDecimals(c.decimals);
-        led.setFieldWidth(c.width);
-        led.setValue(c.value);
-        EXPECT_EQ(led.text(), QString::fromLatin1(c.text));
-        EXPECT_TRUE(led.value() == c.value || std::isnan(c.value)) << "kept exactly as set";
+        led.setDecimals(decimals);
+        led.setFieldWidth(width);
+        led.setValue(value);
+        EXPECT_EQ(led.text(), QString::fromLatin1(text));
+        EXPECT_TRUE(led.value() == value || std::isnan(value)) << "kept exactly as set";
     }
     LedDisplay led;
     led.setDecimals(-4);
@@ -134,11 +129,9 @@ TEST(LedDisplay, ShowsTheValueWithItsDecimalsAndFieldWidth) {
         led.setValue(v);
     }
     EXPECT_EQ(spy.count(), 2);
-}
 
-// The digits' and lamps' colours are held by the pages' pictures.
-TEST(LedDisplay, DrawsEachNewValueAtAnySize) {
-    LedDisplay led;
+    // Each new value drawn at any size; the digits' and lamps' colours are
+    // held by the pages' pictures.
     led.resize(led.sizeHint());
     led.setValue(11.11);
     const QImage ones = led.grab().toImage();
@@ -148,20 +141,6 @@ TEST(LedDisplay, DrawsEachNewValueAtAnySize) {
     for (QSize size : {QSize(1, 1), QSize(60, 2), QSize(1600, 400)}) {
         led.resize(size);
         EXPECT_FALSE(led.grab().isNull());
-    }
-}
-
-TEST(StatusLamp, TheEndsOfAWideLampLieOutsideItsRoundBody) {
-    StatusLamp lamp;
-    lamp.setColor(QColor(0, 255, 0));
-    lamp.resize(120, 20);
-    const QImage image = lamp.grab().toImage();
-    EXPECT_NE(image.pixelColor(2, 10), image.pixelColor(60, 12));
-    EXPECT_EQ(image.pixelColor(2, 10), image.pixelColor(117, 10));
-    lamp.setColor(QColor());
-    for (QSize size : {QSize(0, 0), QSize(1, 1), QSize(500, 500)}) {
-        lamp.resize(size);
-        lamp.grab();  // an invalid colour at any size, even none, draws without a crash
     }
 }
 
@@ -179,11 +158,25 @@ int softEdge(const QPixmap& pixmap) {
     return soft;
 }
 
-TEST(LinkLamp, IsDrawnSharpAtEveryScaleAndRoundInTheMiddleOfItsSquare) {
-    for (const QIcon& lamp : {goodLinkPicture(), faultLinkPicture(), idleLinkPicture()}) {
+// A status lamp's ends lie outside its round body; the link lamps are sharp
+// at every scale and round in the middle of their square.
+TEST(Lamps, AWideLampsEndsLieOutsideItsBodyLinkLampsAreSharpAndRound) {
+    StatusLamp lamp;
+    lamp.setColor(QColor(0, 255, 0));
+    lamp.resize(120, 20);
+    const QImage image = lamp.grab().toImage();
+    EXPECT_NE(image.pixelColor(2, 10), image.pixelColor(60, 12));
+    EXPECT_EQ(image.pixelColor(2, 10), image.pixelColor(117, 10));
+    lamp.setColor(QColor());
+    for (QSize size : {QSize(0, 0), QSize(1, 1), QSize(500, 500)}) {
+        lamp.resize(size);
+        lamp.grab();  // an invalid colour at any size, even none, draws without a crash
+    }
+
+    for (const QIcon& link : {goodLinkPicture(), faultLinkPicture(), idleLinkPicture()}) {
         for (const qreal scale : {1.0, 1.25, 1.5, 2.0, 4.0}) {
             SCOPED_TRACE(scale);
-            const QPixmap pixmap = lamp.pixmap(QSize(24, 24), scale);
+            const QPixmap pixmap = link.pixmap(QSize(24, 24), scale);
             EXPECT_EQ(pixmap.size(), QSize(24, 24) * scale);
             EXPECT_LE(softEdge(pixmap), 2);
         }
