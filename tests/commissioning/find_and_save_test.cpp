@@ -77,15 +77,13 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     EXPECT_EQ(dialog->FindStatus->text(), QStringLiteral("No unit answered."));
     EXPECT_FALSE(dialog->TalkToBut->isEnabled());
     EXPECT_EQ(dialog->FindCloseBut->text(), QStringLiteral("Close"));
-    std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
-    ASSERT_EQ(probes.size(), 100u);
-    EXPECT_EQ(probes.back(), 0);
-    EXPECT_EQ(probes[98], 99);
+    std::vector<Byte> everyAddress(100);  // 1 to 99, then 0
+    std::iota(everyAddress.begin(), everyAddress.end() - 1, Byte{1});
+    EXPECT_EQ(addressesAsked(rig.line, v::FirmwareRequest::kCode), everyAddress);
     EXPECT_FALSE(rig.port->isOpen());
     EXPECT_EQ(rig.window->state().lamp(), LinkLamp::None);
     EXPECT_FALSE(rig.window->state().LinkFault);
-    QTest::mouseClick(dialog->FindCloseBut, Qt::LeftButton);
-    ASSERT_TRUE(rig.waitFor([&] { return findDialog(rig) == nullptr; }));
+    ASSERT_TRUE(closeWith(rig, dialog->FindCloseBut));
 
     rig.line.setConnected(true);
     rig.menu->setProbeWaitMs(20);
@@ -97,11 +95,9 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     EXPECT_TRUE(dialog->FindStatus->text().contains(QStringLiteral("Address 0 was not asked")));
 
     // Every address once, one after the other, and never the broadcast address.
-    probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
+    std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
     probes.erase(std::unique(probes.begin(), probes.end()), probes.end());
-    std::vector<Byte> expected(99);
-    std::iota(expected.begin(), expected.end(), Byte{1});
-    EXPECT_EQ(probes, expected);
+    EXPECT_EQ(probes, std::vector<Byte>(everyAddress.begin(), everyAddress.end() - 1));
     for (const auto& frame : rig.line.frames()) {
         EXPECT_NE(frame.address, 0) << int(frame.message.front());
         if (isJog(frame.message)) {  // a standing jog: no speed, no lens
@@ -115,10 +111,9 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     EXPECT_FALSE(rig.window->state().SendInProgress);
 
     EXPECT_TRUE(dialog->TalkToBut->isEnabled());
-    QTest::mouseClick(dialog->TalkToBut, Qt::LeftButton);
+    ASSERT_TRUE(closeWith(rig, dialog->TalkToBut));
     EXPECT_EQ(rig.find<QScrollBar>(QStringLiteral("CurrIDScroll"))->value(), 7);
     EXPECT_EQ(rig.window->state().UnitId, 7);
-    ASSERT_TRUE(rig.waitFor([&] { return findDialog(rig) == nullptr; }));
     // Now Start reaches it.
     ASSERT_TRUE(rig.connect());
 
@@ -155,8 +150,7 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     ASSERT_TRUE(rig.waitFor([&] { return rig.line.frames().size() > before + 3; }));
     EXPECT_EQ(rig.line.frames().back().address, 7);
     EXPECT_TRUE(isJog(rig.line.frames().back().message));
-    QTest::mouseClick(dialog->FindCloseBut, Qt::LeftButton);
-    ASSERT_TRUE(rig.waitFor([&] { return findDialog(rig) == nullptr; }));
+    ASSERT_TRUE(closeWith(rig, dialog->FindCloseBut));
 
     dialog = searchStoppedAt9([&rig] { rig.port->setWriteFails(true); });
     rig.port->setWriteFails(false);

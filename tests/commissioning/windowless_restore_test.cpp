@@ -11,7 +11,7 @@
 #include "commissioning/command_line_runs.h"
 #include "commissioning/unit_reader.h"
 #include "session/session.h"
-#include "tests/commissioning/restore_frames.h"
+#include "tests/commissioning/commissioning_rig.h"
 
 using namespace halvex;
 using namespace halvex::commissioning;
