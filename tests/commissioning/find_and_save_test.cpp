@@ -293,8 +293,11 @@ TEST(SaveUnit, ALegacyVideoSwitchIsSavedAndADamagedTourIsNamedAndNothingSaved) {
     EXPECT_FALSE(QFile::exists(rig.file));
 }
 
-// The file takes a value exactly when the page's own control would.
-TEST(SettingsRanges, AreThoseOfThePagesControls) {
+// A value the unit takes is never refused and one its field cannot hold is
+// never accepted: each range fits its bits, and is the whole field unless
+// the unit or the page's control says less. The file takes a value exactly
+// when the page's own control would.
+TEST(SettingsRanges, FitTheirFieldsWhatTheUnitTakesAndThePagesControls) {
     CommissioningRig rig;
     // Each setting followed by the scroll bar that sets it.
     const QStringList controls =
@@ -310,22 +313,55 @@ TEST(SettingsRanges, AreThoseOfThePagesControls) {
             "factory/tilt-encoder TEncScroll display/angle-line AngLineScroll "
             "display/name-line NumLineScroll")
             .split(' ');
-    std::map<std::string, const SettingField*> fields;
+    const std::map<std::string, std::pair<std::int32_t, std::int32_t>> narrower(
+        {{"cameras/camera1-response-timeout", {1, 100}},
+         {"cameras/camera2-response-timeout", {1, 100}},
+         {"offsets/pan-offset", {-36000, 36000}},
+         {"offsets/tilt-offset", {-18000, 18000}},
+         {"soft-limits/cw", {-54000, 54000}},
+         {"soft-limits/ccw", {-54000, 54000}},
+         {"soft-limits/up", {-27000, 27000}},
+         {"soft-limits/down", {-27000, 27000}},
+         {"housekeeping/heater", {0, 2}},
+         {"housekeeping/comm-timeout", {0, 120}}});
+    qsizetype withControls = 0;
     for (const SettingGroup& group : settingGroups()) {
         for (const SettingField& field : group.fields) {
-            fields[settingKey(group, field)] = &field;
+            const std::string key = settingKey(group, field);
+            SCOPED_TRACE(key);
+            if (field.width == 24) {
+                EXPECT_GE(field.minimum, -(1 << 23));
+                EXPECT_LE(field.maximum, (1 << 23) - 1);
+            } else {
+                EXPECT_GE(field.minimum, 0);
+                EXPECT_LE(field.maximum, (1 << field.width) - 1);
+            }
+            if (field.style == Style::YesNo) {
+                EXPECT_EQ(field.width, 1);
+                EXPECT_EQ(field.maximum, 1);
+            }
+            if (field.style == Style::Choice) {
+                EXPECT_EQ(static_cast<std::size_t>(field.maximum) + 1, field.choices.size());
+            }
+            const qsizetype control = controls.indexOf(QString::fromStdString(key));
+            if (const auto found = narrower.find(key); found != narrower.end()) {
+                EXPECT_EQ(field.minimum, found->second.first);
+                EXPECT_EQ(field.maximum, found->second.second);
+            } else if (control < 0 && field.width <= 8) {
+                EXPECT_EQ(field.minimum, 0);
+                EXPECT_EQ(field.maximum, (1 << field.width) - 1);
+            }
+            if (control >= 0) {
+                const auto* bar = rig.find<QScrollBar>(controls[control + 1]);
+                ASSERT_NE(bar, nullptr);
+                EXPECT_EQ(field.minimum, bar->minimum());
+                EXPECT_EQ(field.maximum, bar->maximum());
+                ++withControls;
+            }
         }
     }
-    for (qsizetype i = 0; i + 1 < controls.size(); i += 2) {
-        const std::string key = controls[i].toStdString();
-        const auto* bar = rig.find<QScrollBar>(controls[i + 1]);
-        ASSERT_NE(bar, nullptr) << key;
-        ASSERT_EQ(fields.count(key), 1u) << key;
-        EXPECT_EQ(fields[key]->minimum, bar->minimum()) << key;
-        EXPECT_EQ(fields[key]->maximum, bar->maximum()) << key;
-    }
-    // The heater's choices are its visible options.
-    EXPECT_EQ(fields["housekeeping/heater"]->choices.size(), 3u);
+    EXPECT_EQ(withControls * 2, controls.size());
+    // The heater's choices (0 to 2, above) are its visible options.
     EXPECT_FALSE(rig.find<QRadioButton>(QStringLiteral("HeatOp_3"))->isVisibleTo(rig.window.get()));
 }
 
