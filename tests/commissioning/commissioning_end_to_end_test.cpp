@@ -48,10 +48,6 @@ HalvexRun runHalvex(const QString& device, const QString& folder, const QStringL
     return run;
 }
 
-bool hasLine(const QString& text, const QString& pattern) {
-    return text.contains(QRegularExpression(pattern, QRegularExpression::MultilineOption));
-}
-
 }  // namespace
 
 // The program saves the unit at the console's own pace; the file, one value
@@ -76,7 +72,9 @@ TEST(CommissioningCommandLine, SavesWithoutADisplayRestoresTheFileAndRefusesBadF
     QList<int> oneTo57(57);
     std::iota(oneTo57.begin(), oneTo57.end(), 1);
     EXPECT_EQ(counted, oneTo57) << save.errors.toStdString();
-    EXPECT_TRUE(hasLine(save.errors, QStringLiteral("^halvex: Saved the settings of unit 7 ")))
+    EXPECT_TRUE(save.errors.contains(
+        QRegularExpression(QStringLiteral("^halvex: Saved the settings of unit 7 "),
+                           QRegularExpression::MultilineOption)))
         << save.errors.toStdString();
     QFile saved(here.filePath(QStringLiteral("u.txt")));
     ASSERT_TRUE(saved.open(QIODevice::ReadOnly));

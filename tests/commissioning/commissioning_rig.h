@@ -2,12 +2,15 @@
 
 // The whole console and its Unit menu against the virtual unit in process,
 // with files chosen, the restore confirmation answered and a short wait for
-// each address searched by the test; and a unit set up unlike a new one.
+// each address searched by the test; a unit set up unlike a new one; and
+// what the restore tests, with and without a window, look for in the frames
+// a restore sends.
 
 #include <gtest/gtest.h>
 
 #include <QAction>
 #include <QFile>
+#include <QLineEdit>
 #include <QStatusBar>
 #include <QTableWidget>
 #include <algorithm>
@@ -17,6 +20,7 @@
 #include "commissioning/find_units_dialog.h"
 #include "commissioning/restore_dialog.h"
 #include "commissioning/settings_text.h"
+#include "commissioning/unit_restore.h"
 #include "protocol/vocabulary.h"
 #include "sim/state_file.h"
 #include "tests/support/console_rig.h"
@@ -26,6 +30,8 @@
 namespace halvex::testing {
 
 using namespace halvex::commissioning;
+
+namespace v = halvex::vocab;
 
 using Message_ = std::vector<Byte>;
 
@@ -43,20 +49,18 @@ inline QStringList rows(const QTableWidget* table) {
 }
 
 inline bool isJog(const Message_& message) {
-    return !message.empty() && message.front() == vocab::JogMessage::kCode;
+    return !message.empty() && message.front() == v::JogMessage::kCode;
 }
 
 // Questions a save or restore asks; everything else it sends is a write.
 inline bool isRead(const Message_& m) {
-    if (std::ranges::any_of(settingGroups(),
-                            [&m](const SettingGroup& group) { return m == group.request; })) {
-        return true;
-    }
     const auto is = [&m]<class M>(M) {
         return m.front() == M::kCode && m.size() == static_cast<std::size_t>(M::kLength);
     };
-    return is(vocab::FirmwareRequest{}) || is(vocab::PresetRequest{}) ||
-           is(vocab::TourStepCountRequest{}) || is(vocab::TourStepRequest{});
+    return std::ranges::any_of(settingGroups(),
+                               [&m](const SettingGroup& group) { return m == group.request; }) ||
+           is(v::FirmwareRequest{}) || is(v::PresetRequest{}) || is(v::TourStepCountRequest{}) ||
+           is(v::TourStepRequest{});
 }
 
 // The console with its commissioning menu answering through the test: files
@@ -114,6 +118,16 @@ struct CommissioningRig : ConsoleRig {
         ASSERT_TRUE(out.open(QIODevice::WriteOnly | QIODevice::Truncate));
         out.write(text.data(), static_cast<qint64>(text.size()));
     }
+    // The saved file as `edit` leaves it.
+    void editFile(const std::function<void(UnitSettings&)>& edit) const {
+        UnitSettings settings = saved();
+        edit(settings);
+        writeFile(writeSettingsText(settings));
+    }
+    void openFactoryArea() {
+        find<QLineEdit>(QStringLiteral("PassText"))->setText(QStringLiteral("7214"));
+        click(QStringLiteral("PassEntBut"));
+    }
     UnitSettings saved() const {
         const SettingsRead read = readSettingsText(fileText());
         EXPECT_TRUE(read.settings.has_value()) << read.problem;
@@ -137,6 +151,12 @@ struct CommissioningRig : ConsoleRig {
 
 inline FindUnitsDialog* findDialog(ConsoleRig& rig) {
     return rig.window->findChild<FindUnitsDialog*>(QStringLiteral("FindUnitsDialog"));
+}
+
+// Presses a button of the Find Units dialog, which then closes.
+inline bool closeWith(ConsoleRig& rig, QPushButton* button) {
+    QTest::mouseClick(button, Qt::LeftButton);
+    return rig.waitFor([&rig] { return findDialog(rig) == nullptr; });
 }
 
 inline std::vector<Byte> addressesAsked(const RecordingPeer& line, Byte code) {
@@ -207,6 +227,48 @@ inline void loadInto(sim::UnitState& unit, const sim::StoredState& state) {
     unit.powerUp = state.powerUp;
     unit.presets = state.presets;
     unit.tours = state.tours;
+}
+
+// A jog message with this bit of its flags set.
+inline bool jogWith(const Message_& m, v::Bit<v::JogMessage> bit) {
+    return isJog(m) && v::isSet(m[v::jog::kFlagsByte.offset], bit);
+}
+
+template <class M>
+inline bool is(const Message_& m) {
+    return m.front() == M::kCode;
+}
+
+// Both axes held, the lenses to these positions.
+inline Message_ lensesTo(std::array<std::uint32_t, 4> lens) {
+    namespace move = v::absolute_move_with_lenses;
+    Message_ m = test::message<v::AbsoluteMoveWithLenses>(
+        {{move::kPan, v::absolute_move::kHoldAxis}, {move::kTilt, v::absolute_move::kHoldAxis}});
+    for (std::size_t i = 0; i < lens.size(); ++i) {
+        v::put(m, move::kLens[i], lens[i]);
+    }
+    return m;
+}
+
+inline Message_ storePreset(int preset, std::int32_t pan, std::int32_t tilt) {
+    namespace store = v::store_preset;
+    return test::message<v::StorePreset>(
+        {{store::kPreset, preset}, {store::kPan, pan}, {store::kTilt, tilt}});
+}
+
+// A move to the soft limit at 90.00 was stopped: the platform was told to
+// stop, the override is off, no limit was set, and it stands short of it.
+inline void expectStoppedShortOfTheLimit(const std::vector<Message_>& sent, sim::Unit& unit) {
+    const auto move = std::find_if(sent.begin(), sent.end(), is<v::AbsoluteMove>);
+    ASSERT_NE(move, sent.end());
+    EXPECT_EQ(std::count_if(move, sent.end(),
+                            [](const Message_& m) { return jogWith(m, v::jog::kStop); }),
+              1);
+    EXPECT_EQ(std::count_if(move, sent.end(), is<v::SoftLimit>), 0);
+    EXPECT_FALSE(unit.state().motion.overrideOn());
+    ASSERT_TRUE(ConsoleRig::waitFor([&] { return !unit.state().motion.moving(); }, 3000));
+    EXPECT_LT(unit.state().motion.mechanicalPan(), 9000);
+    EXPECT_EQ(unit.state().settings.softLimits[0], 17000);
 }
 
 }  // namespace halvex::testing

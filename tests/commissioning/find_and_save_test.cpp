@@ -77,15 +77,13 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     EXPECT_EQ(dialog->FindStatus->text(), QStringLiteral("No unit answered."));
     EXPECT_FALSE(dialog->TalkToBut->isEnabled());
     EXPECT_EQ(dialog->FindCloseBut->text(), QStringLiteral("Close"));
-    std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
-    ASSERT_EQ(probes.size(), 100u);
-    EXPECT_EQ(probes.back(), 0);
-    EXPECT_EQ(probes[98], 99);
+    std::vector<Byte> everyAddress(100);  // 1 to 99, then 0
+    std::iota(everyAddress.begin(), everyAddress.end() - 1, Byte{1});
+    EXPECT_EQ(addressesAsked(rig.line, v::FirmwareRequest::kCode), everyAddress);
     EXPECT_FALSE(rig.port->isOpen());
     EXPECT_EQ(rig.window->state().lamp(), LinkLamp::None);
     EXPECT_FALSE(rig.window->state().LinkFault);
-    QTest::mouseClick(dialog->FindCloseBut, Qt::LeftButton);
-    ASSERT_TRUE(rig.waitFor([&] { return findDialog(rig) == nullptr; }));
+    ASSERT_TRUE(closeWith(rig, dialog->FindCloseBut));
 
     rig.line.setConnected(true);
     rig.menu->setProbeWaitMs(20);
@@ -97,11 +95,9 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     EXPECT_TRUE(dialog->FindStatus->text().contains(QStringLiteral("Address 0 was not asked")));
 
     // Every address once, one after the other, and never the broadcast address.
-    probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
+    std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
     probes.erase(std::unique(probes.begin(), probes.end()), probes.end());
-    std::vector<Byte> expected(99);
-    std::iota(expected.begin(), expected.end(), Byte{1});
-    EXPECT_EQ(probes, expected);
+    EXPECT_EQ(probes, std::vector<Byte>(everyAddress.begin(), everyAddress.end() - 1));
     for (const auto& frame : rig.line.frames()) {
         EXPECT_NE(frame.address, 0) << int(frame.message.front());
         if (isJog(frame.message)) {  // a standing jog: no speed, no lens
@@ -115,10 +111,9 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     EXPECT_FALSE(rig.window->state().SendInProgress);
 
     EXPECT_TRUE(dialog->TalkToBut->isEnabled());
-    QTest::mouseClick(dialog->TalkToBut, Qt::LeftButton);
+    ASSERT_TRUE(closeWith(rig, dialog->TalkToBut));
     EXPECT_EQ(rig.find<QScrollBar>(QStringLiteral("CurrIDScroll"))->value(), 7);
     EXPECT_EQ(rig.window->state().UnitId, 7);
-    ASSERT_TRUE(rig.waitFor([&] { return findDialog(rig) == nullptr; }));
     // Now Start reaches it.
     ASSERT_TRUE(rig.connect());
 
@@ -155,8 +150,7 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     ASSERT_TRUE(rig.waitFor([&] { return rig.line.frames().size() > before + 3; }));
     EXPECT_EQ(rig.line.frames().back().address, 7);
     EXPECT_TRUE(isJog(rig.line.frames().back().message));
-    QTest::mouseClick(dialog->FindCloseBut, Qt::LeftButton);
-    ASSERT_TRUE(rig.waitFor([&] { return findDialog(rig) == nullptr; }));
+    ASSERT_TRUE(closeWith(rig, dialog->FindCloseBut));
 
     dialog = searchStoppedAt9([&rig] { rig.port->setWriteFails(true); });
     rig.port->setWriteFails(false);
@@ -299,8 +293,11 @@ TEST(SaveUnit, ALegacyVideoSwitchIsSavedAndADamagedTourIsNamedAndNothingSaved) {
     EXPECT_FALSE(QFile::exists(rig.file));
 }
 
-// The file takes a value exactly when the page's own control would.
-TEST(SettingsRanges, AreThoseOfThePagesControls) {
+// A value the unit takes is never refused and one its field cannot hold is
+// never accepted: each range fits its bits, and is the whole field unless
+// the unit or the page's control says less. The file takes a value exactly
+// when the page's own control would.
+TEST(SettingsRanges, FitTheirFieldsWhatTheUnitTakesAndThePagesControls) {
     CommissioningRig rig;
     // Each setting followed by the scroll bar that sets it.
     const QStringList controls =
@@ -316,22 +313,55 @@ TEST(SettingsRanges, AreThoseOfThePagesControls) {
             "factory/tilt-encoder TEncScroll display/angle-line AngLineScroll "
             "display/name-line NumLineScroll")
             .split(' ');
-    std::map<std::string, const SettingField*> fields;
+    const std::map<std::string, std::pair<std::int32_t, std::int32_t>> narrower(
+        {{"cameras/camera1-response-timeout", {1, 100}},
+         {"cameras/camera2-response-timeout", {1, 100}},
+         {"offsets/pan-offset", {-36000, 36000}},
+         {"offsets/tilt-offset", {-18000, 18000}},
+         {"soft-limits/cw", {-54000, 54000}},
+         {"soft-limits/ccw", {-54000, 54000}},
+         {"soft-limits/up", {-27000, 27000}},
+         {"soft-limits/down", {-27000, 27000}},
+         {"housekeeping/heater", {0, 2}},
+         {"housekeeping/comm-timeout", {0, 120}}});
+    qsizetype withControls = 0;
     for (const SettingGroup& group : settingGroups()) {
         for (const SettingField& field : group.fields) {
-            fields[settingKey(group, field)] = &field;
+            const std::string key = settingKey(group, field);
+            SCOPED_TRACE(key);
+            if (field.width == 24) {
+                EXPECT_GE(field.minimum, -(1 << 23));
+                EXPECT_LE(field.maximum, (1 << 23) - 1);
+            } else {
+                EXPECT_GE(field.minimum, 0);
+                EXPECT_LE(field.maximum, (1 << field.width) - 1);
+            }
+            if (field.style == Style::YesNo) {
+                EXPECT_EQ(field.width, 1);
+                EXPECT_EQ(field.maximum, 1);
+            }
+            if (field.style == Style::Choice) {
+                EXPECT_EQ(static_cast<std::size_t>(field.maximum) + 1, field.choices.size());
+            }
+            const qsizetype control = controls.indexOf(QString::fromStdString(key));
+            if (const auto found = narrower.find(key); found != narrower.end()) {
+                EXPECT_EQ(field.minimum, found->second.first);
+                EXPECT_EQ(field.maximum, found->second.second);
+            } else if (control < 0 && field.width <= 8) {
+                EXPECT_EQ(field.minimum, 0);
+                EXPECT_EQ(field.maximum, (1 << field.width) - 1);
+            }
+            if (control >= 0) {
+                const auto* bar = rig.find<QScrollBar>(controls[control + 1]);
+                ASSERT_NE(bar, nullptr);
+                EXPECT_EQ(field.minimum, bar->minimum());
+                EXPECT_EQ(field.maximum, bar->maximum());
+                ++withControls;
+            }
         }
     }
-    for (qsizetype i = 0; i + 1 < controls.size(); i += 2) {
-        const std::string key = controls[i].toStdString();
-        const auto* bar = rig.find<QScrollBar>(controls[i + 1]);
-        ASSERT_NE(bar, nullptr) << key;
-        ASSERT_EQ(fields.count(key), 1u) << key;
-        EXPECT_EQ(fields[key]->minimum, bar->minimum()) << key;
-        EXPECT_EQ(fields[key]->maximum, bar->maximum()) << key;
-    }
-    // The heater's choices are its visible options.
-    EXPECT_EQ(fields["housekeeping/heater"]->choices.size(), 3u);
+    EXPECT_EQ(withControls * 2, controls.size());
+    // The heater's choices (0 to 2, above) are its visible options.
     EXPECT_FALSE(rig.find<QRadioButton>(QStringLiteral("HeatOp_3"))->isVisibleTo(rig.window.get()));
 }
 

@@ -1,12 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
-#include <QLineEdit>
 #include <QTimer>
 
 #include "commissioning/platform_mover.h"
 #include "commissioning/progress_dialog.h"
-#include "tests/commissioning/restore_frames.h"
+#include "tests/commissioning/commissioning_rig.h"
 
 using namespace halvex;
 using namespace halvex::commissioning;
@@ -14,21 +13,25 @@ using namespace halvex::testing;
 
 namespace {
 
-// The console connected to a unit that has just been saved to the file.
-class RestoreSavedUnit : public ::testing::Test {
+// The console connected to the unit, and the unit saved to the file.
+class RestoreUnit : public ::testing::Test {
   protected:
-    void SetUp() override {
+    void save() {
         ASSERT_TRUE(rig.connect());
         rig.trigger("MenuSaveUnit");
         rig.asked.clear();
     }
     CommissioningRig rig;
+    sim::UnitState& unit = rig.unit.state();
+};
+class RestoreSavedUnit : public RestoreUnit {
+  protected:
+    void SetUp() override { save(); }
 };
 
 }  // namespace
 
 TEST_F(RestoreSavedUnit, ShowsTheDifferencesWritesOnlyThoseAfterOkAndRefusesABadFile) {
-    sim::UnitState& unit = rig.unit.state();
     const sim::StoredState saved = stored(unit);
     unit.settings.panRates.ramp = 33;
     unit.settings.heater = 2;
@@ -68,19 +71,17 @@ TEST_F(RestoreSavedUnit, ShowsTheDifferencesWritesOnlyThoseAfterOkAndRefusesABad
                                            "holds every value of the file."));
     EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
 
-    // Nothing left to do: nothing asked, nothing written.
-    rig.trigger("MenuRestoreUnit");
-    EXPECT_EQ(rig.confirmations.size(), 2u);
-    EXPECT_TRUE(rig.writes().empty());
-    EXPECT_EQ(rig.status(), QStringLiteral("The unit already holds every value of unit.txt."));
-    // Nor when only a value kept for reference differs.
-    UnitSettings reference = rig.saved();
-    reference.values["reference/pan-resolver-centre"] += 1;
-    rig.writeFile(writeSettingsText(reference));
-    rig.trigger("MenuRestoreUnit");
-    EXPECT_TRUE(rig.writes().empty());
-    EXPECT_EQ(rig.status(), QStringLiteral("The unit already holds every value of unit.txt."));
-    EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
+    // Nothing left to do, nor when only a value kept for reference differs:
+    // nothing asked, nothing written.
+    for (const int reference : {0, 1}) {
+        rig.editFile(
+            [&](UnitSettings& file) { file.values["reference/pan-resolver-centre"] += reference; });
+        rig.trigger("MenuRestoreUnit");
+        EXPECT_EQ(rig.confirmations.size(), 2u);
+        EXPECT_TRUE(rig.writes().empty());
+        EXPECT_EQ(rig.status(), QStringLiteral("The unit already holds every value of unit.txt."));
+        EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
+    }
 
     // What is wrong with a file is named as the file tests check it.
     const std::string good = rig.fileText();
@@ -91,9 +92,8 @@ TEST_F(RestoreSavedUnit, ShowsTheDifferencesWritesOnlyThoseAfterOkAndRefusesABad
                                                 "the line 'end' is missing."));
     EXPECT_TRUE(rig.line.messages(false).empty());
     // A file from another controller type is refused after reading the unit.
-    UnitSettings other = readSettingsText(good).settings.value();
-    other.identity.controllerType = 1;
-    rig.writeFile(writeSettingsText(other));
+    rig.writeFile(good);
+    rig.editFile([](UnitSettings& file) { file.identity.controllerType = 1; });
     rig.trigger("MenuRestoreUnit");
     EXPECT_TRUE(rig.lastMessage().contains(QStringLiteral("controller type 1")));
     EXPECT_TRUE(rig.writes().empty());
@@ -115,9 +115,9 @@ TEST_F(RestoreSavedUnit, TheConfirmationOffersOkOnlyWithSomethingToWrite) {
 }
 
 TEST_F(RestoreSavedUnit, FactorySettingsWaitForTheFactoryArea) {
-    rig.unit.state().settings.directions = 0x05;
-    rig.unit.state().settings.panEncoder = 321;
-    rig.unit.state().settings.heater = 0;
+    unit.settings.directions = 0x05;
+    unit.settings.panEncoder = 321;
+    unit.settings.heater = 0;
     rig.trigger("MenuRestoreUnit");
     ASSERT_EQ(rig.confirmations.size(), 1u);
     EXPECT_TRUE(rig.confirmations[0].contains(
@@ -134,7 +134,7 @@ TEST_F(RestoreSavedUnit, FactorySettingsWaitForTheFactoryArea) {
               QStringLiteral("Restore Unit Settings: Restored, except the factory settings, which "
                              "are written only while the factory area is open: ") +
                   factoryRows);
-    EXPECT_EQ(rig.unit.state().settings.directions, 0x05);
+    EXPECT_EQ(unit.settings.directions, 0x05);
 
     // Only they differ now: nothing to confirm, nothing written.
     rig.trigger("MenuRestoreUnit");
@@ -145,26 +145,22 @@ TEST_F(RestoreSavedUnit, FactorySettingsWaitForTheFactoryArea) {
                              "differ, and they are written only while the factory area is open: ") +
                   factoryRows);
 
-    rig.find<QLineEdit>(QStringLiteral("PassText"))->setText(QStringLiteral("7214"));
-    rig.click(QStringLiteral("PassEntBut"));
+    rig.openFactoryArea();
     rig.trigger("MenuRestoreUnit");
     EXPECT_EQ(rig.writes(),
               (std::vector<Message_>{test::message<v::Directions>(),
                                      test::message<v::Encoders>(
                                          {{v::encoders::kPan, 15}, {v::encoders::kTilt, 15}})}));
-    EXPECT_EQ(rig.unit.state().settings.directions, 0);
-    EXPECT_EQ(rig.unit.state().settings.panEncoder, 15);
+    EXPECT_EQ(unit.settings.directions, 0);
+    EXPECT_EQ(unit.settings.panEncoder, 15);
 }
 
 // Lens positions reach a preset only from where the lenses stand, and lens
 // bytes go back to none only by clearing every preset.
-TEST(RestoreUnit, MovesTheLensesForPresetLensPositionsOnlyAfterSayingSo) {
-    CommissioningRig rig;
-    sim::UnitState& unit = rig.unit.state();
+TEST_F(RestoreUnit, MovesTheLensesForPresetLensPositionsOnlyAfterSayingSo) {
     unit.presets.at(5) = sim::Preset{1000, 500, {60, 70, 80, 90}};
     unit.presets.at(0) = sim::Preset{100, 200, {}};
-    ASSERT_TRUE(rig.connect());
-    rig.trigger("MenuSaveUnit");
+    save();
     unit.presets.at(5) = sim::Preset{1000, 500, {}};
     unit.presets.at(0) = sim::Preset{100, 200, {1, 2, 3, 4}};
 
@@ -187,17 +183,14 @@ TEST(RestoreUnit, MovesTheLensesForPresetLensPositionsOnlyAfterSayingSo) {
 // A soft limit is set where the platform stands: the platform drives there
 // with the limits overridden, and back. A limit the unit cannot reach is
 // named afterwards.
-TEST(RestoreUnit, DrivesToEachSoftLimitAndNamesTheOneItCannotReach) {
-    CommissioningRig rig;
-    sim::UnitState& unit = rig.unit.state();
+TEST_F(RestoreUnit, DrivesToEachSoftLimitAndNamesTheOneItCannotReach) {
     unit.settings.panTop = 255;
     unit.settings.panRates = {127, 255, 63};
-    ASSERT_TRUE(rig.connect());
-    rig.trigger("MenuSaveUnit");
-    UnitSettings file = rig.saved();
-    file.values["soft-limits/cw"] = 2000;
-    file.values["soft-limits/ccw"] = -20000;  // past the mechanical end
-    rig.writeFile(writeSettingsText(file));
+    save();
+    rig.editFile([](UnitSettings& file) {
+        file.values["soft-limits/cw"] = 2000;
+        file.values["soft-limits/ccw"] = -20000;  // past the mechanical end
+    });
 
     rig.trigger("MenuRestoreUnit");
     EXPECT_TRUE(rig.moveWarned);
@@ -227,9 +220,8 @@ TEST(RestoreUnit, DrivesToEachSoftLimitAndNamesTheOneItCannotReach) {
 }
 
 TEST_F(RestoreSavedUnit, CancelDuringAMoveStopsThePlatform) {
-    UnitSettings file = rig.saved();
-    file.values["soft-limits/cw"] = 9000;  // a few seconds away at the unit's top speed
-    rig.writeFile(writeSettingsText(file));
+    // A few seconds away at the unit's top speed.
+    rig.editFile([](UnitSettings& file) { file.values["soft-limits/cw"] = 9000; });
     rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
         if (is<v::AbsoluteMove>(frame.message)) {
             QTimer::singleShot(200, [&] {
@@ -240,68 +232,31 @@ TEST_F(RestoreSavedUnit, CancelDuringAMoveStopsThePlatform) {
     };
     rig.trigger("MenuRestoreUnit");
     expectStoppedShortOfTheLimit(rig.line.messages(), rig.unit);
-    EXPECT_GT(rig.unit.state().motion.mechanicalPan(), 0);
+    EXPECT_GT(unit.motion.mechanicalPan(), 0);
     EXPECT_EQ(rig.lastMessage(), QStringLiteral("Restore Unit Settings: The restore was stopped. "
                                                 "The unit holds part of the file's settings."));
     EXPECT_FALSE(rig.window->state().SendInProgress);
 }
 
-// A fault in the middle of a move (a range fault in something the restore
-// calls) comes out where the restore is awaited, and still leaves the
-// platform stopped and the soft limits no longer overridden.
-// Lenses that cannot be driven to a preset's positions, because the unit
-// answers no jog message or no lens move: the preset takes none.
-// A tour the unit does not answer for: its steps are not appended to
-// whatever the tour held, and the restore stops there. The clearing is
-// answered only by a reply cut short and a late one that names another tour.
-// One append whose reply is lost: the tour is cleared and written again
-// whole, and the restore goes on.
-// The offsets change what the soft limits and presets read. A file that
-// moves the pan offset, with every reading moved with it but preset 2's,
-// has only preset 2 written: what the unit holds is read again after the
-// offsets are written.
-// Cancel as the last preset is stored: the restore ends there, with no
-// tour written and nothing read back.
-// Cancel while the lenses drive to a preset's positions: the preset does
-// not take them, and the restore says it was cancelled.
-// A lens drive longer than the still time: a lens has no moving bit, so the
-// changing reading is what keeps the restore following it.
-// A unit whose tour holds fewer steps than the file's: the append it answers
-// with no step ends the tour's writing, and the read-back names the tour as
-// not taken, instead of the tour being written again.
-// A tour as long as a tour may be is read whole; a question about tour 2
-// that goes unanswered is named.
-// The progress counts a step for each command written: values that one
-// command writes together are one step.
-// Cancel once the first tour is written: the restore stops there, says it
-// was cancelled, and the second tour is left as it was.
 // A file saved from a unit set up unlike a new one, restored onto a new
 // unit, leaves it set up as the first in everything the console restores.
-TEST(RestoreUnit, EveryValueOfTheFileReachesANewUnit) {
-    CommissioningRig rig;
-    const sim::StoredState source = distinctUnit(0);
-    loadInto(rig.unit.state(), source);
-    ASSERT_TRUE(rig.connect());
-    rig.trigger("MenuSaveUnit");
-    loadInto(rig.unit.state(), sim::StoredState{});
-    rig.find<QLineEdit>(QStringLiteral("PassText"))->setText(QStringLiteral("7214"));
-    rig.click(QStringLiteral("PassEntBut"));
+TEST_F(RestoreUnit, EveryValueOfTheFileReachesANewUnit) {
+    loadInto(unit, distinctUnit(0));
+    save();
+    loadInto(unit, sim::StoredState{});
+    rig.openFactoryArea();
 
     rig.trigger("MenuRestoreUnit");
     EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
-    EXPECT_EQ(stored(rig.unit.state()), source);
+    EXPECT_EQ(stored(unit), distinctUnit(0));
 }
 
 // A lens whose motor is off never gets there: the restore gives up on it
 // once the reports stand still, and names the preset.
-TEST(RestoreUnit, NamesAPresetWhoseLensCannotMove) {
-    CommissioningRig rig;
-    rig.unit.state().settings.lensConfig[1] = 0x08;  // camera 2: focus only
-    ASSERT_TRUE(rig.connect());
-    rig.trigger("MenuSaveUnit");
-    UnitSettings file = rig.saved();
-    file.presets[9] = {0, 0, {128, 128, 50, 128}};
-    rig.writeFile(writeSettingsText(file));
+TEST_F(RestoreUnit, NamesAPresetWhoseLensCannotMove) {
+    unit.settings.lensConfig[1] = 0x08;  // camera 2: focus only
+    save();
+    rig.editFile([](UnitSettings& file) { file.presets[9] = {0, 0, {128, 128, 50, 128}}; });
 
     QElapsedTimer took;
     took.start();
@@ -310,5 +265,5 @@ TEST(RestoreUnit, NamesAPresetWhoseLensCannotMove) {
     EXPECT_EQ(rig.lastMessage(),
               QStringLiteral("Restore Unit Settings: The unit did not take 1 of the values: "
                              "presets/9 (file 0.00 0.00 128 128 50 128, unit 0.00 0.00 0 0 0 0)."));
-    EXPECT_FALSE(rig.unit.state().presets.at(9).hasLens());
+    EXPECT_FALSE(unit.presets.at(9).hasLens());
 }

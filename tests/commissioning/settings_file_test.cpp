@@ -136,13 +136,9 @@ TEST(SettingsFile, NamesWhatIsWrongWithAValue) {
         {"pan-ramp = 40", "pan-ramp = 0", "speeds/pan-ramp is 0, outside 1..255"},
         {"pan-ramp = 40", "pan-ramp = 256", "speeds/pan-ramp is 256, outside 1..255"},
         {"pan-ramp = 40", "pan-ramp = 4O", "speeds/pan-ramp '4O' is not a valid value"},
-        {"pan-ramp = 40", "pan-ramp = +40", "not a valid value"},
-        {"pan-ramp = 40", "pan-ramp = 1234567890", "not a valid value"},
         {"pan-offset = -12.34", "pan-offset = 360.01",
          "offsets/pan-offset is 360.01, outside -360.00..360.00"},
-        {"pan-offset = -12.34", "pan-offset = -12.345", "not a valid value"},
         {"pan-offset = -12.34", "pan-offset = 12.", "not a valid value"},
-        {"pan-offset = -12.34", "pan-offset = --1", "not a valid value"},
         {"heater = full power", "heater = hot",
          "housekeeping/heater is 'hot', not one of disabled, share power, full power"},
         {"blank-vout-2 = yes", "blank-vout-2 = maybe",
@@ -243,62 +239,14 @@ TEST(SettingsFile, ReplaysTheFuzzerCases) {
     EXPECT_GT(files, 0);
 }
 
-// A value the unit takes is never refused and one its field cannot hold is
-// never accepted: each range fits its bits, and is the whole field unless
-// the unit (or the page's control, checked with the pages) says less.
-TEST(SettingsTable, RangesFitTheirFieldsAndWhatTheUnitTakes) {
-    const std::map<std::string, std::pair<std::int32_t, std::int32_t>> narrower(
-        {{"cameras/camera1-response-timeout", {1, 100}},
-         {"cameras/camera2-response-timeout", {1, 100}},
-         {"offsets/pan-offset", {-36000, 36000}},
-         {"offsets/tilt-offset", {-18000, 18000}},
-         {"soft-limits/cw", {-54000, 54000}},
-         {"soft-limits/ccw", {-54000, 54000}},
-         {"soft-limits/up", {-27000, 27000}},
-         {"soft-limits/down", {-27000, 27000}},
-         {"housekeeping/heater", {0, 2}},
-         {"housekeeping/comm-timeout", {0, 120}}});
-    for (const SettingGroup& group : settingGroups()) {
-        for (const SettingField& field : group.fields) {
-            const std::string key = settingKey(group, field);
-            SCOPED_TRACE(key);
-            if (field.width == 24) {
-                EXPECT_GE(field.minimum, -(1 << 23));
-                EXPECT_LE(field.maximum, (1 << 23) - 1);
-            } else {
-                EXPECT_GE(field.minimum, 0);
-                EXPECT_LE(field.maximum, (1 << field.width) - 1);
-            }
-            if (field.style == Style::YesNo) {
-                EXPECT_EQ(field.width, 1);
-                EXPECT_EQ(field.maximum, 1);
-            }
-            if (field.style == Style::Choice) {
-                EXPECT_EQ(static_cast<std::size_t>(field.maximum) + 1, field.choices.size());
-            }
-            if (const auto found = narrower.find(key); found != narrower.end()) {
-                EXPECT_EQ(field.minimum, found->second.first);
-                EXPECT_EQ(field.maximum, found->second.second);
-            } else if (group.section != "speeds" && group.section != "factory" &&
-                       group.section != "display" && field.width <= 8) {
-                // The page-control ranges are checked with the pages.
-                EXPECT_EQ(field.minimum, 0);
-                EXPECT_EQ(field.maximum, (1 << field.width) - 1);
-            }
-        }
-    }
-}
-
-TEST(SettingsFile, AnAngleTakesAMinusAndAtMostTwoDecimals) {
+// The numbers of every value, angles in hundredths.
+TEST(SettingsFile, ANumberTakesAMinusAndAtMostNineDigitsAndAnAngleAtMostTwoDecimals) {
     EXPECT_EQ(hundredths("12.5"), 1250);
     EXPECT_EQ(hundredths("-0.05"), -5);
     EXPECT_EQ(hundredths("7"), 700);
     for (const char* refused : {"1.x", "x.5", "1.", ".5", "1.234", "12345678.0", "1.-5", "--1"}) {
         EXPECT_EQ(hundredths(refused), std::nullopt) << refused;
     }
-}
-
-TEST(SettingsFile, AWholeNumberTakesAMinusAndAtMostNineDigits) {
     EXPECT_EQ(wholeNumber("-5"), -5);
     EXPECT_EQ(wholeNumber("-123456789"), -123456789);
     EXPECT_EQ(wholeNumber("123456789"), 123456789);

@@ -81,13 +81,16 @@ struct Controls {
             }
         }
     }
-    // Checks controls against "Name=7" (a scroll bar's value), "Name" (checked)
-    // and "!Name" (not checked), split by spaces.
+    // Checks controls against "Name=7" (a scroll bar's value), "Name:7" (a
+    // caption), "Name" (checked) and "!Name" (not checked), split by spaces.
     void expect(const QString& states) {
         for (const QString& state : states.split(' ', Qt::SkipEmptyParts)) {
             const QStringList nameValue = state.split('=');
+            const QStringList nameText = state.split(':');
             if (nameValue.size() == 2) {
                 EXPECT_EQ(value(nameValue[0]), nameValue[1].toInt()) << nameValue[0].toStdString();
+            } else if (nameText.size() == 2) {
+                EXPECT_EQ(text(nameText[0]), nameText[1]) << nameText[0].toStdString();
             } else {
                 EXPECT_EQ(checked(QString(state).remove('!')), !state.startsWith('!'))
                     << state.toStdString();

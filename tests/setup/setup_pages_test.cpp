@@ -81,9 +81,7 @@ TEST_F(SetupPages, EveryButtonSendsItsBytes) {
         {"GetIDBut", v::readRequest<v::UnitAddress>()},
     });
     EXPECT_TRUE(rig.statusMessage().contains("SetMinPairBut_Click"));
-    EXPECT_EQ(rig.text("Label28"), "5");
-    EXPECT_EQ(rig.text("Label1_21"), "255");
-    EXPECT_EQ(rig.text("TOLabel"), "45");
+    rig.expect("Label28:5 Label1_21:255 TOLabel:45");
 }
 
 TEST_F(SetupPages, ANewAddressIsSetWhereTheConsoleTalksOrByBroadcast) {
@@ -160,9 +158,7 @@ TEST_F(SetupPages, RepliesFillTheControlsWithTheirSubstitutions) {
         EXPECT_TRUE(rig.sentBy([&rig, &reply = reply] { rig.inject(reply); }).empty());
         rig.expect(states);
     }
-    EXPECT_EQ(rig.text("Label35"), "1");
-    EXPECT_EQ(rig.text("TOLabel"), "120");
-    EXPECT_EQ(rig.text("Label34"), "10000");
+    rig.expect("Label35:1 TOLabel:120 Label34:10000");
 
     rig.inject({0x9A, 2, 3, 15, 6, 11});
     EXPECT_EQ(rig.text("RevLabel"),
@@ -192,10 +188,7 @@ TEST_F(SetupPages, ValuesOutOfRangeStopTheDecoderAndNothingSticks) {
         EXPECT_TRUE(rig.window->state().UserClickEnabled);
     }
     // The read-outs show what the bars hold, and so what Set would send.
-    EXPECT_EQ(rig.value("PMaxScroll"), 300);
-    EXPECT_EQ(rig.text("Label1_20"), "300");
-    EXPECT_EQ(rig.text("Label1_21"), "400");
-    EXPECT_EQ(rig.value("PSafeScroll"), 9);
+    rig.expect("PMaxScroll=300 Label1_20:300 Label1_21:400 PSafeScroll=9");
     EXPECT_EQ(rig.text("RevLabel"), revision);
     // The console goes on: a read still gets its answer into the page.
     rig.sentBy("TOScroll=17 SetTOBut");
