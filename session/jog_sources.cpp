@@ -26,17 +26,23 @@ Byte lensJogByte(int speed) {
 
 JogSources::JogSources(JogState& jog, QObject* parent) : QObject(parent), jog_(jog) {}
 
-void JogSources::apply(JogSource source, const JogDemand& demand) {
+bool JogSources::apply(JogSource source, const JogDemand& demand) {
     Slot& s = slot(source);
     const bool moving = demand.moving();
     if (s.mustRest) {
         if (moving) {
-            return;
+            return false;
         }
         s.mustRest = false;
     }
+    if (moving && !isOperatorSource(source) && operatorJogging()) {
+        return false;
+    }
     if (moving && !s.active) {
         s.startedAt = ++starts_;
+        if (isOperatorSource(source)) {
+            stopRemoteSources();
+        }
     }
     s.active = moving;
     s.demand = demand;
@@ -46,6 +52,16 @@ void JogSources::apply(JogSource source, const JogDemand& demand) {
         write(owner_ ? demand : JogDemand{});
     } else if (before == source && owner_) {
         write(slot(*owner_).demand);  // handed back to the source still held
+    }
+    return true;
+}
+
+void JogSources::stopRemoteSources() {
+    for (std::size_t i = 0; i < slots_.size(); ++i) {
+        Slot& remote = slots_[i];
+        if (!isOperatorSource(static_cast<JogSource>(i)) && remote.active) {
+            remote = Slot{{}, false, true, 0};
+        }
     }
 }
 

@@ -10,9 +10,17 @@
 namespace halvex {
 
 // Who is steering: the jog box with the mouse, the keyboard, or a game
-// controller or joystick.
-enum class JogSource { Box, Keyboard, Controller };
-constexpr int kJogSourceCount = 3;
+// controller or joystick at the console; or a program or a desk keyboard
+// through one of the remote-control bridges.
+enum class JogSource { Box, Keyboard, Controller, Onvif, Visca, PelcoD };
+constexpr int kJogSourceCount = 6;
+
+// Whether the operator at the console steers with it. The operator's jog
+// takes precedence over every remote source.
+constexpr bool isOperatorSource(JogSource source) {
+    return source == JogSource::Box || source == JogSource::Keyboard ||
+           source == JogSource::Controller;
+}
 
 // One axis as a source wants it: a speed and, when the source points one
 // way, the direction (an axis at rest keeps the direction the unit last had).
@@ -50,7 +58,11 @@ class JogSources : public QObject {
   public:
     explicit JogSources(JogState& jog, QObject* parent = nullptr);
 
-    void apply(JogSource source, const JogDemand& demand);
+    // False when the demand is not taken: a source stopped while moving
+    // must come back to rest first, and a remote source may not start while
+    // the operator jogs. An operator's source that starts moving stops every
+    // remote one, which then must come back to rest too.
+    bool apply(JogSource source, const JogDemand& demand);
     void release(JogSource source) { apply(source, {}); }
 
     // The dead-man: every source at rest and the speeds at 0 now.
@@ -58,7 +70,7 @@ class JogSources : public QObject {
 
     // Which source steers, none when every source is at rest.
     std::optional<JogSource> owner() const { return owner_; }
-    bool operatorJogging() const { return owner_.has_value(); }
+    bool operatorJogging() const { return owner_ && isOperatorSource(*owner_); }
 
     // Runs right before each jog message is built, so that the sources that
     // are read on a timer are read again then (at most one tick of latency).
@@ -84,6 +96,7 @@ class JogSources : public QObject {
     };
     Slot& slot(JogSource source) { return slots_[static_cast<std::size_t>(source)]; }
     void chooseOwner();
+    void stopRemoteSources();
     void write(const JogDemand& demand);
     void setOwner(std::optional<JogSource> owner);
 

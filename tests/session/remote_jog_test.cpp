@@ -1,0 +1,117 @@
+// A remote bridge's jog through the session: it reaches the jog message,
+// gives way to the operator, and stops when its client falls silent.
+
+#include <gtest/gtest.h>
+
+#include <QSignalSpy>
+
+#include "remote/remote_jog.h"
+#include "tests/session/session_rig.h"
+
+namespace halvex::testing {
+namespace {
+
+class RemoteJogTest : public SessionTest {
+  protected:
+    // Pan speed, tilt speed and zoom 1 of the next jog message to go out.
+    std::array<std::int64_t, 3> nextJog() {
+        const std::size_t mark = line.frames().size();
+        std::array<std::int64_t, 3> seen{-1, -1, -1};
+        runUntil(
+            [&] {
+                const auto& frames = line.frames();
+                for (std::size_t i = mark; i < frames.size(); ++i) {
+                    const auto& message = frames[i].message;
+                    if (message.at(0) == vocab::JogMessage::kCode) {
+                        namespace jog = vocab::jog;
+                        seen = {vocab::get(message, jog::kPanSpeed),
+                                vocab::get(message, jog::kTiltSpeed),
+                                vocab::get(message, jog::kLensJog[0])};
+                        return true;
+                    }
+                }
+                return false;
+            },
+            2000);
+        return seen;
+    }
+    static JogDemand panRight(Byte speed) {
+        JogDemand demand;
+        demand.pan = {speed, true};
+        return demand;
+    }
+
+    RemoteJog remote{session, JogSource::PelcoD, 150};
+};
+
+using Jog = std::array<std::int64_t, 3>;
+
+TEST_F(RemoteJogTest, DrivesTheJogMessageAndStopsWhenTheClientFallsSilent) {
+    EXPECT_EQ(remote.drive(panRight(40)), Refusal::Offline);
+    ASSERT_TRUE(connect());
+    JogDemand zoomIn = panRight(40);
+    zoomIn.tilt = {12, false};
+    zoomIn.lens[0] = lensJogByte(20);
+    EXPECT_EQ(remote.drive(zoomIn), std::nullopt);
+    EXPECT_EQ(nextJog(), (Jog{40, 12, lensJogByte(20)}));
+    EXPECT_FALSE(session.jogSources().operatorJogging());
+    // A program's move is not held up by a remote jog.
+    EXPECT_EQ(session.refusalFor(Requester::Program), std::nullopt);
+
+    // Refreshed, it goes on; silent for longer than its refresh time, it stops.
+    QSignalSpy timedOut(&remote, &RemoteJog::timedOut);
+    for (int i = 0; i < 4; ++i) {
+        runUntil([] { return false; }, 60);
+        EXPECT_EQ(remote.drive(zoomIn), std::nullopt);
+    }
+    EXPECT_TRUE(timedOut.isEmpty());
+    EXPECT_TRUE(runUntil([&] { return !timedOut.isEmpty(); }, 1000));
+    EXPECT_EQ(nextJog(), (Jog{0, 0, 0}));
+    EXPECT_FALSE(remote.driving());
+
+    // With no refresh time it runs until the client stops it.
+    remote.setRefreshMs(0);
+    EXPECT_EQ(remote.drive(panRight(7)), std::nullopt);
+    runUntil([] { return false; }, 300);
+    EXPECT_EQ(nextJog(), (Jog{7, 0, 0}));
+    EXPECT_EQ(remote.drive({}), std::nullopt);
+    EXPECT_EQ(nextJog(), (Jog{0, 0, 0}));
+}
+
+TEST_F(RemoteJogTest, TheOperatorsJogComesFirstAndCutsARemoteJogForGood) {
+    ASSERT_TRUE(connect());
+    JogSources& sources = session.jogSources();
+    sources.apply(JogSource::Keyboard, panRight(90));
+    EXPECT_EQ(remote.drive(panRight(40)), Refusal::OperatorJogging);
+    EXPECT_EQ(nextJog(), (Jog{90, 0, 0}));
+    sources.release(JogSource::Keyboard);
+
+    ASSERT_EQ(remote.drive(panRight(40)), std::nullopt);
+    EXPECT_EQ(nextJog(), (Jog{40, 0, 0}));
+    // The operator takes over; letting go stops the platform, and the remote
+    // client's refreshes are refused until it has stopped once.
+    sources.apply(JogSource::Controller, panRight(200));
+    EXPECT_EQ(nextJog(), (Jog{200, 0, 0}));
+    sources.release(JogSource::Controller);
+    EXPECT_EQ(nextJog(), (Jog{0, 0, 0}));
+    EXPECT_EQ(remote.drive(panRight(40)), Refusal::OperatorJogging);
+    EXPECT_EQ(nextJog(), (Jog{0, 0, 0}));
+    remote.stop();
+    EXPECT_EQ(remote.drive(panRight(41)), std::nullopt);
+    EXPECT_EQ(nextJog(), (Jog{41, 0, 0}));
+
+    // Two remote bridges: the later steers, and the jog goes back to the
+    // earlier one, still refreshed, when the later stops.
+    RemoteJog other{session, JogSource::Visca, 150};
+    ASSERT_EQ(other.drive(panRight(5)), std::nullopt);
+    EXPECT_EQ(nextJog(), (Jog{5, 0, 0}));
+    other.stop();
+    EXPECT_EQ(nextJog(), (Jog{41, 0, 0}));
+    // The dead-man stops every source.
+    sources.stopAll();
+    EXPECT_EQ(nextJog(), (Jog{0, 0, 0}));
+    EXPECT_EQ(remote.drive(panRight(41)), Refusal::OperatorJogging);
+}
+
+}  // namespace
+}  // namespace halvex::testing
