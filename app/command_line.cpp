@@ -21,6 +21,10 @@ CommandLine::CommandLine() {
     parser_.addOption(headless_);
     parser_.addOption(port_);
     parser_.addOption(baud_);
+    for (const QCommandLineOption* option :
+         {&onvif_, &onvifUser_, &visca_, &pelco_, &pelcoAddress_, &pelcoBaud_, &remoteListen_}) {
+        parser_.addOption(*option);
+    }
     ::addCommissioningOptions(parser_);
 }
 
@@ -66,9 +70,11 @@ std::optional<int> CommandLine::answerAtOnce(int& argc, char* argv[]) {
         error = QStringLiteral("Unexpected argument '%1'.")
                     .arg(parser_.positionalArguments().constFirst());
     } else {
-        error = readRotctld();
-        if (error.isEmpty()) {
-            error = readBaud();
+        for (const auto read :
+             {&CommandLine::readRotctld, &CommandLine::readBaud, &CommandLine::readBridges}) {
+            if (error.isEmpty()) {
+                error = (this->*read)();
+            }
         }
     }
     if (!error.isEmpty()) {
@@ -135,14 +141,22 @@ QStringList CommandLine::withoutToolkitOptions(const QStringList& arguments) {
     return kept;
 }
 
+std::optional<quint16> CommandLine::portNumber(const QString& text) {
+    bool ok = false;
+    const uint port = text.toUInt(&ok);
+    if (!ok || port == 0 || port > 65535) {
+        return std::nullopt;
+    }
+    return static_cast<quint16>(port);
+}
+
 QString CommandLine::readRotctld() {
     if (parser_.isSet(rotctldPort_)) {
-        bool ok = false;
-        const uint port = parser_.value(rotctldPort_).toUInt(&ok);
-        if (!ok || port == 0 || port > 65535) {
+        const auto port = portNumber(parser_.value(rotctldPort_));
+        if (!port) {
             return QStringLiteral("Bad port '%1' for --rotctld.").arg(parser_.value(rotctldPort_));
         }
-        rotctldPortNumber_ = static_cast<quint16>(port);
+        rotctldPortNumber_ = *port;
     }
     if (parser_.isSet(rotctldListen_)) {
         const QString text = parser_.value(rotctldListen_);
@@ -150,6 +164,65 @@ QString CommandLine::readRotctld() {
             rotctldAddress_ = QHostAddress(QHostAddress::Any);
         } else if (!rotctldAddress_.setAddress(text)) {
             return QStringLiteral("Bad address '%1' for --rotctld-listen.").arg(text);
+        }
+    }
+    return {};
+}
+
+QString CommandLine::readBridges() {
+    const auto badValue = [](const QCommandLineOption& option, const QString& value) {
+        return QStringLiteral("Bad value '%1' for --%2.").arg(value, option.names().constFirst());
+    };
+    for (const auto& [option, port] :
+         {std::pair{&onvif_, &bridges_.onvifPort}, std::pair{&visca_, &bridges_.viscaPort}}) {
+        if (parser_.isSet(*option)) {
+            *port = portNumber(parser_.value(*option));
+            if (!*port) {
+                return badValue(*option, parser_.value(*option));
+            }
+        }
+    }
+    if (bridges_.onvifPort) {
+        bridges_.onvifUser = parser_.value(onvifUser_);
+        bridges_.onvifPassword = qEnvironmentVariable(kOnvifPasswordVariable);
+        if (bridges_.onvifUser.isEmpty() || bridges_.onvifPassword.isEmpty()) {
+            return QStringLiteral("--onvif needs --onvif-user NAME and the password in $%1.")
+                .arg(QLatin1String(kOnvifPasswordVariable));
+        }
+    }
+    if (parser_.isSet(pelco_)) {
+        const QString where = parser_.value(pelco_);
+        if (where.startsWith(QLatin1String("tcp:"))) {
+            bridges_.pelcoTcpPort = portNumber(where.mid(4));
+            if (!bridges_.pelcoTcpPort) {
+                return badValue(pelco_, where);
+            }
+        } else if (where.isEmpty()) {
+            return badValue(pelco_, where);
+        } else {
+            bridges_.pelcoDevice = where;
+        }
+    }
+    if (parser_.isSet(pelcoAddress_)) {
+        bool ok = false;
+        bridges_.pelcoAddress = parser_.value(pelcoAddress_).toInt(&ok);
+        if (!ok || bridges_.pelcoAddress < 1 || bridges_.pelcoAddress > 255) {
+            return badValue(pelcoAddress_, parser_.value(pelcoAddress_));
+        }
+    }
+    if (parser_.isSet(pelcoBaud_)) {
+        bool ok = false;
+        bridges_.pelcoBaud = parser_.value(pelcoBaud_).toInt(&ok);
+        if (!ok || bridges_.pelcoBaud < 1200 || bridges_.pelcoBaud > 115200) {
+            return badValue(pelcoBaud_, parser_.value(pelcoBaud_));
+        }
+    }
+    if (parser_.isSet(remoteListen_)) {
+        const QString text = parser_.value(remoteListen_);
+        if (text == QStringLiteral("any")) {
+            bridges_.listen = QHostAddress(QHostAddress::Any);
+        } else if (!bridges_.listen.setAddress(text)) {
+            return badValue(remoteListen_, text);
         }
     }
     return {};

@@ -7,6 +7,7 @@
 
 #include "app/commissioning_command.h"
 #include "network/rotctld_server.h"
+#include "remote/bridge_settings.h"
 
 namespace halvex {
 
@@ -40,6 +41,12 @@ class CommandLine {
     bool rotctld() const { return parser_.isSet(rotctld_); }
     quint16 rotctldPort() const { return rotctldPortNumber_; }
     const QHostAddress& rotctldAddress() const { return rotctldAddress_; }
+    // The standard PTZ bridges asked for; the ONVIF password comes from the
+    // environment, where other users cannot read it as they can a command
+    // line.
+    const BridgeSettings& bridges() const { return bridges_; }
+
+    static constexpr const char* kOnvifPasswordVariable = "HALVEX_ONVIF_PASSWORD";
 
   private:
     static bool isNumber(const QString& text);
@@ -52,6 +59,10 @@ class CommandLine {
 
     // Checks the network control options; an error sentence when wrong.
     QString readRotctld();
+    // Checks the bridges' options; an error sentence when wrong.
+    QString readBridges();
+    // A TCP or UDP port number from 1 to 65535, or nothing.
+    static std::optional<quint16> portNumber(const QString& text);
 
     QCommandLineParser parser_;
     const QCommandLineOption help_{{QStringLiteral("h"), QStringLiteral("help")},
@@ -96,7 +107,37 @@ class CommandLine {
         QStringLiteral("baud"),
         QStringLiteral("With --headless: the line speed instead of the kept one."),
         QStringLiteral("SPEED")};
+    const QCommandLineOption onvif_{
+        QStringLiteral("onvif"),
+        QStringLiteral("Serve ONVIF (device, media and PTZ) on PORT for video management "
+                       "systems; needs --onvif-user and the password in $HALVEX_ONVIF_PASSWORD."),
+        QStringLiteral("PORT")};
+    const QCommandLineOption onvifUser_{QStringLiteral("onvif-user"),
+                                        QStringLiteral("The user ONVIF clients sign in as."),
+                                        QStringLiteral("NAME")};
+    const QCommandLineOption visca_{
+        QStringLiteral("visca"),
+        QStringLiteral("Serve VISCA over IP (UDP) and plain VISCA (TCP) on PORT, usually 52381."),
+        QStringLiteral("PORT")};
+    const QCommandLineOption pelco_{
+        QStringLiteral("pelco"),
+        QStringLiteral("Take Pelco-D from a PTZ keyboard on a serial DEVICE of its own (an RS-485 "
+                       "adapter) or on tcp:PORT."),
+        QStringLiteral("DEVICE|tcp:PORT")};
+    const QCommandLineOption pelcoAddress_{
+        QStringLiteral("pelco-address"),
+        QStringLiteral("The camera address the keyboard calls this unit by (default 1)."),
+        QStringLiteral("N")};
+    const QCommandLineOption pelcoBaud_{QStringLiteral("pelco-baud"),
+                                        QStringLiteral("The keyboard line's speed (default 2400)."),
+                                        QStringLiteral("SPEED")};
+    const QCommandLineOption remoteListen_{
+        QStringLiteral("remote-listen"),
+        QStringLiteral("Address the ONVIF, VISCA and Pelco-D TCP bridges listen on (default "
+                       "127.0.0.1; 'any' for all interfaces)."),
+        QStringLiteral("ADDRESS")};
     std::optional<qint32> baudRate_;
+    BridgeSettings bridges_;
     quint16 rotctldPortNumber_ = network::RotctldServer::kDefaultPort;
     QHostAddress rotctldAddress_{QHostAddress::LocalHost};
 };

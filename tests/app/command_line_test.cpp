@@ -53,7 +53,9 @@ TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
     for (const char* arguments :
          {"--no-such-option", "-platform offscreen --bogus", "--rotctld-port",
           "--rotctld-port 65536", "--rotctld=0", "--rotctld-listen nowhere", "--rotctld 0",
-          "--headless --baud fast", "stray"}) {
+          "--headless --baud fast", "stray", "--visca 0", "--visca 65536", "--onvif 80",
+          "--onvif 80 --onvif-user admin", "--pelco tcp:port", "--pelco-address 256",
+          "--pelco-baud 10", "--remote-listen nowhere"}) {
         SCOPED_TRACE(arguments);
         const Outcome run = runWithoutDisplay(arguments);
         EXPECT_FALSE(run.crashed) << run.err.toStdString();
@@ -65,6 +67,12 @@ TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
     // The highest port is a port: what is wrong here is the address.
     EXPECT_TRUE(runWithoutDisplay("--rotctld-port 65535 --rotctld-listen nowhere")
                     .err.contains("Bad address 'nowhere'"));
+    EXPECT_TRUE(runWithoutDisplay("--visca 65535 --pelco tcp:65535 --remote-listen nowhere")
+                    .err.contains("Bad value 'nowhere' for --remote-listen."));
+    EXPECT_TRUE(
+        runWithoutDisplay("--onvif 80")
+            .err.contains(
+                "--onvif needs --onvif-user NAME and the password in $HALVEX_ONVIF_PASSWORD."));
     // A toolkit option with its value joined on is left for the toolkit
     // whole: the mistake told is the console's own.
     EXPECT_TRUE(runWithoutDisplay("-style=fusion --baud fast")
