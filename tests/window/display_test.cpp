@@ -229,6 +229,33 @@ TEST(Palettes, TheNightPaletteIsDimRedOnBlack) {
     }
 }
 
+// Text stays readable on its ground in the dark and night palettes: a
+// contrast of at least 3 to 1 between each text role and the ground it is
+// drawn on (the night palette is dim on purpose), every colour a real one.
+TEST(Palettes, EveryTextContrastsWithItsGround) {
+    const auto luminance = [](const QColor& c) {
+        const auto channel = [](double v) {
+            return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
+        };
+        return 0.2126 * channel(c.redF()) + 0.7152 * channel(c.greenF()) +
+               0.0722 * channel(c.blueF());
+    };
+    using R = QPalette::ColorRole;
+    const std::pair<R, R> pairs[] = {{R::Text, R::Base},         {R::WindowText, R::Window},
+                                     {R::ButtonText, R::Button}, {R::HighlightedText, R::Highlight},
+                                     {R::BrightText, R::Window}, {R::ToolTipText, R::ToolTipBase}};
+    for (const QPalette& palette : {darkPalette(), nightPalette()}) {
+        for (const auto& [text, ground] : pairs) {
+            const QColor ink = palette.color(QPalette::Active, text);
+            const QColor paper = palette.color(QPalette::Active, ground);
+            ASSERT_TRUE(ink.isValid() && paper.isValid()) << text;
+            const double a = luminance(ink) + 0.05;
+            const double b = luminance(paper) + 0.05;
+            EXPECT_GE(std::max(a, b) / std::min(a, b), 3.0) << text << " on " << ground;
+        }
+    }
+}
+
 TEST_F(ViewSettings, HelpTextColouredByTheFileStaysReadableInEachPalette) {
     QTemporaryDir folder;
     const QString path = folder.filePath(QStringLiteral("colours.rtf"));
