@@ -98,7 +98,7 @@ class ViscaBridgeTest : public SessionTest {
     Packets replies(std::size_t count) {
         Packets packets;
         for (const Packet& datagram : datagrams(count)) {
-            const auto payload = datagram.begin() + std::min<std::ptrdiff_t>(8, datagram.size());
+            const auto payload = datagram.begin() + (datagram.size() < 8 ? 0 : 8);
             EXPECT_EQ(Packet(datagram.begin(), payload),
                       header(0x0111, datagram.size() - 8, sequence));
             packets.emplace_back(payload, datagram.end());
