@@ -1,0 +1,371 @@
+// The VISCA bridge on real sockets: a controller's packets as the VISCA
+// command lists write them, the camera's replies byte for byte, and what
+// reaches the unit's line by message name.
+
+#include <gtest/gtest.h>
+
+#include <QNetworkDatagram>
+#include <QTcpSocket>
+#include <QUdpSocket>
+#include <sstream>
+
+#include "remote/visca/visca_bridge.h"
+#include "tests/session/session_rig.h"
+
+namespace halvex::testing {
+namespace {
+
+using Packet = std::vector<std::uint8_t>;
+using Packets = std::vector<Packet>;
+
+// A packet written as the command lists do: "81 01 06 04 FF".
+Packet bytes(const std::string& text) {
+    Packet packet;
+    std::istringstream in(text);
+    for (int byte = 0; in >> std::hex >> byte;) {
+        packet.push_back(static_cast<std::uint8_t>(byte));
+    }
+    return packet;
+}
+// Packets with a comma between two.
+Packets hex(const std::string& text) {
+    Packets packets;
+    std::istringstream in(text);
+    for (std::string part; std::getline(in, part, ',');) {
+        packets.push_back(bytes(part));
+    }
+    return packets;
+}
+Packet join(const Packets& packets) {
+    Packet joined;
+    for (const Packet& p : packets) {
+        joined.insert(joined.end(), p.begin(), p.end());
+    }
+    return joined;
+}
+// The VISCA over IP header: payload type, length, sequence number.
+Packet header(std::uint16_t type, std::size_t length, quint32 sequence) {
+    Packet h;
+    for (const quint32 value : {quint32{type}, quint32(length), sequence >> 16, sequence}) {
+        h.push_back(static_cast<std::uint8_t>(value >> 8));
+        h.push_back(static_cast<std::uint8_t>(value));
+    }
+    return h;
+}
+
+const Packet kHome = bytes("81 01 06 04 FF");
+// Pan 10.00, tilt -5.00: 1000 and -500 hundredths.
+const Packet kAbsolute = bytes("81 01 06 02 18 14 00 03 0E 08 0F 0E 00 0C FF");
+const Packet kDriveRight = bytes("81 01 06 01 18 14 02 03 FF");
+const Packet kPositionInquiry = bytes("81 09 06 12 FF");
+const Packets kDone1 = hex("90 41 FF, 90 51 FF");
+
+class ViscaBridgeTest : public SessionTest {
+  protected:
+    void SetUp() override {
+        ASSERT_TRUE(connect());
+        ASSERT_TRUE(bridge.listen(QHostAddress::LocalHost, 0));
+        ASSERT_TRUE(udp.bind(QHostAddress::LocalHost, 0));
+    }
+
+    // A packet under its payload type with the next sequence number.
+    void send(const Packet& packet) {
+        const std::uint16_t type = packet.at(1) == 0x09 ? 0x0110 : 0x0100;
+        sendRaw(join({header(type, packet.size(), ++sequence), packet}));
+    }
+    void sendRaw(const Packet& datagram) {
+        udp.writeDatagram(reinterpret_cast<const char*>(datagram.data()),
+                          static_cast<qint64>(datagram.size()), QHostAddress::LocalHost,
+                          bridge.serverPort());
+    }
+    // The datagrams that come back: `count` of them, or what came in a
+    // moment when none are awaited.
+    Packets datagrams(std::size_t count) {
+        Packets got;
+        runUntil(
+            [&] {
+                while (udp.hasPendingDatagrams()) {
+                    const QByteArray data = udp.receiveDatagram().data();
+                    got.emplace_back(data.begin(), data.end());
+                }
+                return count > 0 && got.size() >= count;
+            },
+            count > 0 ? 5000 : 200);
+        return got;
+    }
+    // The replies to the last packet, each under the reply's payload type
+    // with that packet's sequence number.
+    Packets replies(std::size_t count) {
+        Packets packets;
+        for (const Packet& datagram : datagrams(count)) {
+            const auto payload = datagram.begin() + (datagram.size() < 8 ? 0 : 8);
+            EXPECT_EQ(Packet(datagram.begin(), payload),
+                      header(0x0111, datagram.size() - 8, sequence));
+            packets.emplace_back(payload, datagram.end());
+        }
+        return packets;
+    }
+
+    // The first message on the line from frame `from` on for which `is`
+    // holds; empty when none comes.
+    template <class Is>
+    std::vector<Byte> nextMessage(Is is, std::size_t from) {
+        std::vector<Byte> found;
+        runUntil(
+            [&] {
+                for (std::size_t i = from; i < line.frames().size() && found.empty(); ++i) {
+                    found = is(line.frames()[i].message) ? line.frames()[i].message : found;
+                }
+                return !found.empty();
+            },
+            2000);
+        return found;
+    }
+    static bool isJog(const std::vector<Byte>& m) { return m.at(0) == vocab::JogMessage::kCode; }
+    // The next jog message: pan speed, clockwise, tilt speed, up (a
+    // direction -1 while its axis is at rest), zoom 1 and focus 1.
+    using Jog = std::array<std::int64_t, 6>;
+    Jog nextJog() {
+        namespace jog = vocab::jog;
+        const std::vector<Byte> m = nextMessage(isJog, line.frames().size());
+        if (m.empty()) {
+            return {-1, -1, -1, -1, -1, -1};
+        }
+        const auto pan = vocab::get(m, jog::kPanSpeed);
+        const auto tilt = vocab::get(m, jog::kTiltSpeed);
+        return {pan,
+                pan == 0 ? -1 : test::isSet(m, jog::kPanCw),
+                tilt,
+                tilt == 0 ? -1 : test::isSet(m, jog::kTiltUp),
+                vocab::get(m, jog::kLensJog[0]),
+                vocab::get(m, jog::kLensJog[1])};
+    }
+    static constexpr Jog kAtRest{0, -1, 0, -1, 0, 0};
+
+    ViscaBridge bridge{session};
+    QUdpSocket udp;
+    quint32 sequence = 0x00FFFFF0;  // every byte of the number carried
+};
+
+TEST_F(ViscaBridgeTest, EachCommandIsAnsweredAsTheCameraAnswersItAndSendsItsMessage) {
+    namespace delta = vocab::delta_move;
+    namespace store = vocab::store_preset;
+    struct Move {
+        const char* request;
+        std::vector<Byte> message;
+    };
+    const Move moves[] = {
+        {"81 01 06 02 18 14 00 03 0E 08 0F 0E 00 0C FF", absolute(1000, -500)},
+        {"81 01 06 03 01 01 0F 0F 00 06 00 00 06 04 FF",
+         test::message<vocab::DeltaMove>({{delta::kPan, -250}, {delta::kTilt, 100}})},
+        {"81 01 06 04 FF", test::message<vocab::MoveToHome>()},
+        {"81 01 04 3F 01 05 FF",
+         test::message<vocab::StoreCurrentPosition>({{vocab::store_current_position::kPreset, 5}})},
+        {"81 01 04 3F 02 1E FF",
+         test::message<vocab::GoToPreset>({{vocab::go_to_preset::kPreset, 30}})},
+        {"81 01 04 3F 00 07 FF", test::message<vocab::StorePreset>(
+                                     {{store::kPreset, 7}, {store::kPan, 0}, {store::kTilt, 0}})},
+    };
+    for (const Move& move : moves) {
+        SCOPED_TRACE(move.request);
+        const std::size_t mark = line.frames().size();
+        send(bytes(move.request));
+        EXPECT_EQ(replies(2), kDone1);
+        EXPECT_EQ(commandsSince(mark), Messages{move.message});
+    }
+    // Answered at once; nothing goes down the line.
+    const std::pair<const char*, const char*> answered[] = {
+        {"81 01 04 3F 02 1F FF", "90 61 41 FF"},  // memory 31, the home position
+        {"81 01 06 02 18 14 04 06 05 00 00 00 00 00 FF", "90 61 41 FF"},  // pan 180.00
+        {"81 01 06 01 18 14 03 09 FF", "90 60 02 FF"},                    // tilt way 09
+        {"81 01 06 01 19 14 02 03 FF", "90 60 02 FF"},                    // pan speed 0x19
+        {"81 01 04 07 28 FF", "90 60 02 FF"},                             // zoom speed 8
+        {"81 01 06 02 18 14 00 10 00 00 00 00 00 00 FF", "90 60 02 FF"},  // not a nibble
+        {"81 09 04 00 FF", "90 60 02 FF"},  // an inquiry not answered here
+        {"81 01 06 04", "90 60 02 FF"},     // no terminator
+        {"82 01 06 04 FF", ""},             // another camera's
+        {"81 21 FF", "90 61 05 FF"},        // cancel with nothing running
+        {"81 23 FF", "90 63 05 FF"},
+        {"81 01 00 01 FF", "90 50 FF"},  // IF_Clear
+        {"88 01 00 01 FF", "88 01 00 01 FF"},
+        {"88 30 01 FF", "88 30 02 FF"},  // address set
+    };
+    const std::size_t mark = line.frames().size();
+    for (const auto& [request, reply] : answered) {
+        SCOPED_TRACE(request);
+        send(bytes(request));
+        EXPECT_EQ(replies(hex(reply).size()), hex(reply));
+    }
+    EXPECT_TRUE(commandsSince(mark).empty());
+    // Each reply goes back to its own client's address and port.
+    QUdpSocket other;
+    ASSERT_TRUE(other.bind(QHostAddress::LocalHost, 0));
+    other.writeDatagram("\x01\x00\x00\x03\x00\x00\x00\x01\x81\x21\xFF", 11, QHostAddress::LocalHost,
+                        bridge.serverPort());
+    EXPECT_TRUE(runUntil([&] { return other.hasPendingDatagrams(); }, 2000));
+    EXPECT_EQ(bridge.clientCount(), 2);
+    EXPECT_TRUE(datagrams(0).empty());
+}
+
+TEST_F(ViscaBridgeTest, InquiriesAnswerThePositionAndZoomInTheBridgesUnits) {
+    send(kAbsolute);
+    EXPECT_EQ(replies(2), kDone1);
+    ASSERT_TRUE(arrives(10.0, -5.0));
+    send(kPositionInquiry);
+    EXPECT_EQ(replies(1), hex("90 50 00 03 0E 08 0F 0E 00 0C FF"));
+    // The virtual unit's zoom rests half way: 128 of 255.
+    ASSERT_EQ(session.status().Lens[0], 128);
+    send(bytes("81 09 04 47 FF"));
+    EXPECT_EQ(replies(1), hex("90 50 02 00 02 00 FF"));
+}
+
+TEST_F(ViscaBridgeTest, DrivesSteerTheJogWithPanTiltZoomAndFocusTogether) {
+    const Byte in = lensJogByte(127);
+    const Byte near = lensJogByte(-64);
+    const std::pair<const char*, Jog> rows[] = {
+        {"81 01 06 01 18 14 02 03 FF", {255, 1, 0, -1, 0, 0}},    // right, full speed
+        {"81 01 06 01 0C 0A 01 01 FF", {128, 0, 128, 1, 0, 0}},   // up-left, half speed
+        {"81 01 06 01 01 01 02 02 FF", {11, 1, 13, 0, 0, 0}},     // down-right, slowest
+        {"81 01 06 01 05 17 03 01 FF", {0, -1, 255, 1, 0, 0}},    // up at tilt speed 0x17
+        {"81 01 04 07 27 FF", {0, -1, 255, 1, in, 0}},            // zoom tele at 7
+        {"81 01 04 08 03 FF", {0, -1, 255, 1, in, near}},         // focus near
+        {"81 01 04 07 00 FF", {0, -1, 255, 1, 0, near}},          // zoom stop
+        {"81 01 06 01 00 00 03 03 FF", {0, -1, 0, -1, 0, near}},  // pan-tilt stop
+        {"81 01 04 08 00 FF", kAtRest},                           // focus stop
+    };
+    for (const auto& [request, jog] : rows) {
+        SCOPED_TRACE(request);
+        send(bytes(request));
+        EXPECT_EQ(replies(2), kDone1);
+        EXPECT_EQ(nextJog(), jog);
+    }
+    // The pan-tilt reset rides on the next jog message.
+    const std::size_t mark = line.frames().size();
+    send(bytes("81 01 06 05 FF"));
+    EXPECT_EQ(replies(2), kDone1);
+    EXPECT_FALSE(
+        nextMessage([](const auto& m) { return isJog(m) && test::isSet(m, vocab::jog::kReset); },
+                    mark)
+            .empty());
+}
+
+TEST_F(ViscaBridgeTest, ADriveStopsWhenItsClientFallsSilentAndInquiriesKeepItGoing) {
+    bridge.setRefreshMs(300);
+    send(kDriveRight);
+    EXPECT_EQ(replies(2), kDone1);
+    for (int i = 0; i < 6; ++i) {
+        runUntil([] { return false; }, 100);
+        send(kPositionInquiry);
+        EXPECT_EQ(replies(1).size(), 1U);
+    }
+    EXPECT_EQ(nextJog()[0], 255);
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_TRUE(runUntil([&] { return nextJog() == kAtRest; }, 1000));
+    EXPECT_LT(clock.elapsed(), 300 + 2 * kTickMs + 200);
+}
+
+TEST_F(ViscaBridgeTest, WhileTheOperatorJogsMovesAndDrivesAreNotExecutableAndNothingIsSent) {
+    JogDemand keys;
+    keys.pan = {90, false};
+    session.jogSources().apply(JogSource::Keyboard, keys);
+    const std::size_t mark = line.frames().size();
+    for (const Packet& request : {kAbsolute, kHome, kDriveRight, bytes("81 01 04 3F 02 04 FF")}) {
+        send(request);
+        EXPECT_EQ(replies(1), hex("90 61 41 FF"));
+    }
+    EXPECT_EQ(nextJog(), (Jog{90, 0, 0, -1, 0, 0}));
+    EXPECT_TRUE(commandsSince(mark).empty());
+    // A stop is always taken, and the position may still be asked.
+    send(bytes("81 01 06 01 00 00 03 03 FF"));
+    EXPECT_EQ(replies(2), kDone1);
+    send(kPositionInquiry);
+    EXPECT_EQ(replies(1).size(), 1U);
+    EXPECT_EQ(nextJog(), (Jog{90, 0, 0, -1, 0, 0}));
+}
+
+TEST_F(ViscaBridgeTest, MalformedDatagramsAndRepeatedSequenceNumbersGetTheHeadersErrors) {
+    const std::pair<std::string, const char*> rows[] = {
+        {"01 00 00", "02 00 00 02 00 00 00 00 0F 02"},  // shorter than a header
+        {"01 00 00 05 00 00 00 07 81 01 06 04", "02 00 00 02 00 00 00 07 0F 02"},
+        {"01 11 00 05 00 00 00 08 81 01 06 04 FF", "02 00 00 02 00 00 00 08 0F 02"},  // a reply
+        {"01 00 00 05 00 00 00 09 81 09 06 12 FF", "02 00 00 02 00 00 00 09 0F 02"},  // inquiry
+        {"02 00 00 01 00 00 00 09 05", "02 00 00 02 00 00 00 09 0F 02"},  // unknown control
+        {"02 00 00 01 00 00 00 0A 01", "02 01 00 01 00 00 00 0A 01"},     // reset
+        {"01 00 00 05 00 00 00 0A 81 01 06 04 FF",
+         "01 11 00 03 00 00 00 0A 90 41 FF, 01 11 00 03 00 00 00 0A 90 51 FF"},
+        {"01 00 00 05 00 00 00 0A 81 01 06 04 FF", "02 00 00 02 00 00 00 0A 0F 01"},  // again
+    };
+    const std::size_t mark = line.frames().size();
+    for (const auto& [datagram, reply] : rows) {
+        SCOPED_TRACE(datagram);
+        sendRaw(bytes(datagram));
+        EXPECT_EQ(datagrams(hex(reply).size()), hex(reply));
+    }
+    // Seventeen bytes of payload.
+    sendRaw(join({bytes("01 00 00 11 00 00 00 0B"), Packet(16, 0x01), bytes("FF")}));
+    EXPECT_EQ(datagrams(1), hex("02 00 00 02 00 00 00 0B 0F 02"));
+    EXPECT_EQ(commandsSince(mark), Messages{test::message<vocab::MoveToHome>()});
+}
+
+TEST_F(ViscaBridgeTest, PlainViscaOverTcpInPiecesWithSocketsCancelAndAClientThatGoesAway) {
+    bridge.setRefreshMs(0);
+    QTcpSocket tcp;
+    tcp.connectToHost(QHostAddress::LocalHost, bridge.serverPort());
+    ASSERT_TRUE(runUntil([&] { return tcp.state() == QAbstractSocket::ConnectedState; }, 2000));
+    const auto write = [&](const Packet& b) {
+        tcp.write(reinterpret_cast<const char*>(b.data()), static_cast<qint64>(b.size()));
+    };
+    // `count` bytes of replies, or what came in a moment when none are awaited.
+    const auto read = [&](std::size_t count) {
+        Packet got;
+        runUntil(
+            [&] {
+                const QByteArray data = tcp.readAll();
+                got.insert(got.end(), data.begin(), data.end());
+                return count > 0 && got.size() >= count;
+            },
+            count > 0 ? 5000 : 300);
+        return got;
+    };
+
+    std::size_t mark = line.frames().size();
+    write(Packet(kAbsolute.begin(), kAbsolute.begin() + 6));
+    runUntil([] { return false; }, 50);
+    write(Packet(kAbsolute.begin() + 6, kAbsolute.end()));
+    EXPECT_EQ(read(6), join(kDone1));
+    // A run past sixteen bytes is a syntax error and the stream goes on.
+    write(join({Packet(20, 0x01), bytes("FF"), kHome}));
+    EXPECT_EQ(read(10), bytes("90 60 02 FF 90 41 FF 90 51 FF"));
+    EXPECT_EQ(commandsSince(mark),
+              (Messages{absolute(1000, -500), test::message<vocab::MoveToHome>()}));
+
+    // Two moves take both sockets; a third finds the buffer full. A
+    // cancelled move is stopped and its completion never comes.
+    write(join({kHome, kHome, kHome}));
+    EXPECT_EQ(read(10), bytes("90 41 FF 90 42 FF 90 60 03 FF"));
+    EXPECT_EQ(read(6), bytes("90 51 FF 90 52 FF"));
+    mark = line.frames().size();
+    write(join({kHome, bytes("81 21 FF")}));
+    EXPECT_EQ(read(7), bytes("90 41 FF 90 61 04 FF"));
+    EXPECT_TRUE(runUntil([&] { return stopsSince(mark) > 0; }, 2000));
+    EXPECT_TRUE(read(0).empty());
+
+    // A unit that does not answer: the move is not executable.
+    line.setConnected(false);
+    write(kHome);
+    EXPECT_EQ(read(7), bytes("90 41 FF 90 61 41 FF"));
+    line.setConnected(true);
+
+    ASSERT_TRUE(connect());
+    write(kDriveRight);
+    EXPECT_EQ(read(6), join(kDone1));
+    EXPECT_EQ(nextJog()[0], 255);
+    EXPECT_EQ(bridge.clientCount(), 1);
+    tcp.close();
+    EXPECT_TRUE(runUntil([&] { return nextJog() == kAtRest; }, 2000));
+    EXPECT_EQ(bridge.clientCount(), 0);
+}
+
+}  // namespace
+}  // namespace halvex::testing
