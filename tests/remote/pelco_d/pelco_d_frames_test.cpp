@@ -70,21 +70,5 @@ TEST(PelcoDFrames, FramesComeOutWhateverTheReadsAndTheNoise) {
     }
 }
 
-TEST(PelcoDFrames, EncodedFramesCarryTheirChecksumAndComeBackWhole) {
-    // Address 255 and turbo: sync-like bytes inside the frame.
-    const Frame frames[] = {
-        kRightFrame, {0xFF, 0x00, 0x12, 0xFF, 0x3F}, {0x80, 0x00, 0x07, 0x00, 0x1E}};
-    Bytes stream;
-    for (const Frame& frame : frames) {
-        const auto bytes = encode(frame);
-        EXPECT_EQ(bytes.back(), checksum(frame));
-        stream.insert(stream.end(), bytes.begin(), bytes.end());
-    }
-    EXPECT_EQ(encode(kLeftFrame)[6], 0x28);
-    FrameAssembler assembler;
-    EXPECT_EQ(gather(stream, 2, assembler),
-              (std::vector<Frame>(std::begin(frames), std::end(frames))));
-}
-
 }  // namespace
 }  // namespace halvex::pelco_d
