@@ -128,22 +128,22 @@ bool PelcoDBridge::listen(const QHostAddress& address, quint16 port) {
 
 void PelcoDBridge::close() {
     server_.close();
-    const bool hadClients = !clients_.empty();
-    for (auto& [socket, peer] : clients_) {
+    // Taken out first: a slot told of a stop may call back into the bridge.
+    auto clients = std::exchange(clients_, {});
+    ++epoch_;
+    for (auto& [socket, peer] : clients) {
         peerGone(peer, QStringLiteral("the bridge was closed"));
         socket->disconnect(this);
         socket->abort();
         socket->deleteLater();
     }
-    clients_.clear();
-    ++epoch_;
     if (serialOpen()) {
         peerGone(serialPeer_, QStringLiteral("the bridge was closed"));
         serial_->close();
     }
     jog_.stop();
     driver_ = nullptr;
-    if (hadClients) {
+    if (!clients.empty()) {
         emit clientCountChanged(0);
     }
 }
