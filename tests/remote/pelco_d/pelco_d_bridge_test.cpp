@@ -1,0 +1,281 @@
+// A Pelco-D keyboard driving the virtual unit through the bridge, over a
+// real TCP socket and over a pseudo-terminal: what reaches the line for each
+// frame, and the jog stopped when the keyboard falls silent or goes away.
+
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QTcpSocket>
+#include <ostream>
+
+#include "remote/pelco_d/pelco_d_bridge.h"
+#include "tests/session/session_rig.h"
+#include "tests/support/pty_pair.h"
+
+namespace halvex::testing {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+// Frames written as the published command lists print them: "FF 01 00 ...".
+Bytes hex(const char* text) {
+    const QByteArray bytes = QByteArray::fromHex(text);
+    return Bytes(bytes.begin(), bytes.end());
+}
+
+// A jog message's speeds, signed: pan + right, tilt + up; camera 1's zoom and
+// focus as their lens jog bytes.
+struct Jog {
+    constexpr Jog(int p = 0, int t = 0, int z = 0, int f = 0)
+        : pan(p), tilt(t), zoom(z), focus(f) {}
+    int pan;
+    int tilt;
+    int zoom;
+    int focus;
+
+    bool operator==(const Jog&) const = default;
+    friend std::ostream& operator<<(std::ostream& out, const Jog& j) {
+        return out << "pan " << j.pan << ", tilt " << j.tilt << ", zoom " << j.zoom << ", focus "
+                   << j.focus;
+    }
+};
+const Jog kAtRest{};
+
+Jog jogOf(const std::vector<Byte>& message) {
+    namespace jog = vocab::jog;
+    const auto speed = [&](vocab::Field<vocab::JogMessage> field, bool positive) {
+        const auto value = static_cast<int>(vocab::get(message, field));
+        return positive ? value : -value;
+    };
+    return {speed(jog::kPanSpeed, test::isSet(message, jog::kPanCw)),
+            speed(jog::kTiltSpeed, test::isSet(message, jog::kTiltUp)),
+            speed(jog::kLensJog[0], true), speed(jog::kLensJog[1], true)};
+}
+
+const Bytes kStop = hex("FF 01 00 00 00 00 01");
+const Bytes kPanRight20 = hex("FF 01 00 02 20 00 23");
+
+class PelcoDBridgeTest : public SessionTest {
+  protected:
+    PelcoDBridgeTest() { EXPECT_TRUE(bridge.listen(QHostAddress::LocalHost, 0)); }
+
+    bool connectKeyboard() {
+        keyboard.connectToHost(QHostAddress::LocalHost, bridge.serverPort());
+        return keyboard.waitForConnected(2000) &&
+               runUntil([&] { return bridge.clientCount() == 1; }, 2000);
+    }
+    void send(const Bytes& bytes) {
+        keyboard.write(reinterpret_cast<const char*>(bytes.data()),
+                       static_cast<qint64>(bytes.size()));
+        keyboard.flush();
+    }
+    std::vector<Jog> jogsSince(std::size_t from) const {
+        std::vector<Jog> jogs;
+        for (std::size_t i = from; i < line.frames().size(); ++i) {
+            if (line.frames()[i].message.at(0) == vocab::JogMessage::kCode) {
+                jogs.push_back(jogOf(line.frames()[i].message));
+            }
+        }
+        return jogs;
+    }
+    // The first jog message since `from` that is `want`, or the last one
+    // seen when none comes within two seconds.
+    Jog jogAfter(std::size_t from, const Jog& want) {
+        Jog last{-1, -1, -1, -1};
+        runUntil(
+            [&] {
+                for (const Jog& seen : jogsSince(from)) {
+                    last = seen;
+                    if (seen == want) {
+                        return true;
+                    }
+                }
+                return false;
+            },
+            2000);
+        return last;
+    }
+    // Whether each of the next thirty jog messages is at rest.
+    bool staysAtRest() {
+        const std::size_t from = line.frames().size();
+        const bool ticked = runUntil([&] { return jogsSince(from).size() >= 30; }, 2000);
+        return ticked && std::ranges::all_of(jogsSince(from), [](Jog j) { return j == kAtRest; });
+    }
+
+    PelcoDBridge bridge{session};
+    QTcpSocket keyboard;
+};
+
+TEST_F(PelcoDBridgeTest, EachKeyboardFrameReachesTheLineAsTheUnitsJogOrPresetMessage) {
+    namespace store = vocab::store_preset;
+    const int in = lensJogByte(127);
+    const int out = lensJogByte(-127);
+    const auto goTo = [](int n) {
+        return test::message<vocab::GoToPreset>({{vocab::go_to_preset::kPreset, n}});
+    };
+    struct Case {
+        const char* name;
+        Bytes frames;
+        Jog jog;                              // the jog that follows
+        std::vector<std::vector<Byte>> sent;  // the unit's other messages that follow
+    };
+    // Camera 1's frames from published command lists.
+    const Case cases[] = {
+        {"right 0x20", kPanRight20, {128, 0}, {}},
+        {"left 0x23", hex("FF 01 00 04 23 00 28"), {-140, 0}, {}},
+        {"up-left slowest", hex("FF 01 00 0C 01 01 0F"), {-4, 4}, {}},
+        {"down-right 0x3F", hex("FF 01 00 12 3F 3F 91"), {252, -252}, {}},
+        {"right turbo", hex("FF 01 00 02 FF 00 02"), {255, 0}, {}},
+        {"up, data 2 0xFF", hex("FF 01 00 08 00 FF 08"), {0, 255}, {}},
+        {"zoom tele", hex("FF 01 00 20 00 00 21"), {0, 0, in, 0}, {}},
+        {"focus far", hex("FF 01 00 80 00 00 81"), {0, 0, 0, in}, {}},
+        {"focus near", hex("FF 01 01 00 00 00 02"), {0, 0, 0, out}, {}},
+        {"zoom speed 1, tele",
+         hex("FF 01 00 25 00 01 27 FF 01 00 20 00 00 21"),
+         {0, 0, lensJogByte(63), 0},
+         {}},
+        {"zoom speed 3, wide",
+         hex("FF 01 00 25 00 03 29 FF 01 00 40 00 00 41"),
+         {0, 0, out, 0},
+         {}},
+        {"noise, a bad checksum, then up 0x10",
+         hex("13 37 FF 01 00 02 20 00 24 FF 01 00 08 00 10 19"),
+         {0, 64},
+         {}},
+        {"call preset 1", hex("FF 01 00 07 00 01 09"), kAtRest, {goTo(1)}},
+        {"call preset 30", hex("FF 01 00 07 00 1E 26"), kAtRest, {goTo(30)}},
+        {"set preset 1",
+         hex("FF 01 00 03 00 01 05"),
+         kAtRest,
+         {test::message<vocab::StoreCurrentPosition>(
+             {{vocab::store_current_position::kPreset, 1}})}},
+        {"clear preset 1",
+         hex("FF 01 00 05 00 01 07"),
+         kAtRest,
+         {test::message<vocab::StorePreset>(
+             {{store::kPreset, 1}, {store::kPan, 0}, {store::kTilt, 0}})}},
+        // Nothing: the unit's home position, a flip, another camera, iris open.
+        {"call preset 31", hex("FF 01 00 07 00 1F 27"), kAtRest, {}},
+        {"flip", hex("FF 01 00 07 00 21 29"), kAtRest, {}},
+        {"right, camera 2", hex("FF 02 00 02 20 00 24"), kAtRest, {}},
+        {"iris open", hex("FF 01 02 00 00 00 03"), kAtRest, {}},
+    };
+    ASSERT_TRUE(connect());
+    ASSERT_TRUE(connectKeyboard());
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::size_t mark = line.frames().size();
+        send(c.frames);
+        if (c.jog == kAtRest) {
+            EXPECT_TRUE(staysAtRest());
+        } else {
+            EXPECT_EQ(jogAfter(mark, c.jog), c.jog);
+        }
+        runUntil([&] { return commandsSince(mark).size() >= c.sent.size(); }, 2000);
+        EXPECT_EQ(commandsSince(mark), c.sent);
+        send(kStop);
+        EXPECT_EQ(jogAfter(line.frames().size(), kAtRest), kAtRest);
+        settle();
+    }
+}
+
+TEST_F(PelcoDBridgeTest, TheJogStopsWhenItsKeyboardFallsSilentOrGoesAway) {
+    ASSERT_TRUE(connect());
+    ASSERT_TRUE(connectKeyboard());
+    QSignalSpy told(&bridge, &PelcoDBridge::commandHandled);
+    const Jog right{128, 0};
+
+    // Repeated, the jog goes on past the refresh time; repeats are told once.
+    bridge.setRefreshMs(400);
+    std::size_t mark = line.frames().size();
+    for (int i = 0; i < 12; ++i) {
+        send(kPanRight20);
+        runUntil([] { return false; }, 50);
+    }
+    EXPECT_EQ(jogAfter(mark, right), right);
+    EXPECT_TRUE(std::ranges::none_of(jogsSince(mark), [](Jog j) { return j == kAtRest; }));
+    EXPECT_EQ(told.count(), 1);
+
+    // Silent, it stops within the refresh time.
+    constexpr int kRefreshMs = 150;
+    bridge.setRefreshMs(kRefreshMs);
+    mark = line.frames().size();
+    QElapsedTimer silence;
+    silence.start();
+    send(kPanRight20);
+    runUntil([&] { return !jogsSince(mark).empty() && jogsSince(mark).back() == kAtRest; }, 2000);
+    EXPECT_GE(silence.elapsed(), kRefreshMs * 9 / 10);
+    EXPECT_LE(silence.elapsed(), kRefreshMs + 150);
+    EXPECT_EQ(told.takeLast().at(0).toString(), QStringLiteral("stop: no frame for 150 ms"));
+
+    // With no refresh time, it runs until the keyboard's connection goes.
+    bridge.setRefreshMs(0);
+    QSignalSpy clients(&bridge, &PelcoDBridge::clientCountChanged);
+    send(kPanRight20);
+    runUntil([] { return false; }, 2 * kRefreshMs);
+    mark = line.frames().size();
+    EXPECT_EQ(jogAfter(mark, right), right);
+    keyboard.abort();
+    EXPECT_EQ(jogAfter(mark, kAtRest), kAtRest);
+    ASSERT_TRUE(runUntil([&] { return !clients.isEmpty(); }, 2000));
+    EXPECT_EQ(clients.takeFirst().at(0).toInt(), 0);
+    EXPECT_EQ(told.takeLast().at(0).toString(), QStringLiteral("stop: the keyboard went away"));
+}
+
+TEST_F(PelcoDBridgeTest, ARefusedFrameMovesNothingAndSaysWhy) {
+    ASSERT_TRUE(connectKeyboard());
+    QSignalSpy told(&bridge, &PelcoDBridge::commandHandled);
+    const auto sent = [&](const Bytes& frame) {
+        send(frame);
+        runUntil([&] { return !told.isEmpty(); }, 2000);
+        return told.isEmpty() ? QString() : told.takeLast().at(0).toString();
+    };
+    EXPECT_EQ(sent(kPanRight20), QStringLiteral("pan right 32: refused: the unit is offline"));
+
+    ASSERT_TRUE(connect());
+    JogDemand operatorLeft;
+    operatorLeft.pan = {90, false};
+    session.jogSources().apply(JogSource::Keyboard, operatorLeft);
+    const std::size_t mark = line.frames().size();
+    EXPECT_EQ(sent(kPanRight20), QStringLiteral("pan right 32: refused: the operator is jogging"));
+    EXPECT_EQ(sent(hex("FF 01 00 07 00 02 0A")),
+              QStringLiteral("call preset 2: refused: the operator is jogging"));
+    EXPECT_EQ(jogAfter(mark, {-90, 0}), (Jog{-90, 0}));
+    EXPECT_TRUE(std::ranges::all_of(jogsSince(mark), [](Jog j) { return j == Jog{-90, 0}; }));
+    EXPECT_TRUE(commandsSince(mark).empty());
+
+    // The operator lets go: the keyboard's next repeat moves.
+    session.jogSources().release(JogSource::Keyboard);
+    EXPECT_EQ(sent(kPanRight20), QStringLiteral("pan right 32"));
+    EXPECT_EQ(jogAfter(line.frames().size(), {128, 0}), (Jog{128, 0}));
+}
+
+TEST_F(PelcoDBridgeTest, ASerialKeyboardDrivesTheJogUntilItsLineIsLost) {
+    PtyPair adapter;
+    ASSERT_TRUE(adapter.ok());
+    EXPECT_FALSE(bridge.openSerial(adapter.slavePath(), 1200));
+    ASSERT_TRUE(bridge.openSerial(adapter.slavePath(), PelcoDBridge::kDefaultBaudRate))
+        << bridge.errorString().toStdString();
+    ASSERT_TRUE(bridge.setAddress(7));
+    EXPECT_FALSE(bridge.setAddress(256));
+    bridge.setRefreshMs(0);
+    ASSERT_TRUE(connect());
+
+    // Camera 7, down-left at 0x10 and 0x08, in two pieces.
+    std::size_t mark = line.frames().size();
+    adapter.write(hex("FF 07 00"));
+    runUntil([] { return false; }, 10);
+    adapter.write(hex("14 10 08 33"));
+    EXPECT_EQ(jogAfter(mark, {-64, -32}), (Jog{-64, -32}));
+
+    QSignalSpy lost(&bridge, &PelcoDBridge::serialLost);
+    mark = line.frames().size();
+    adapter.closeUnitSide();
+    EXPECT_EQ(jogAfter(mark, kAtRest), kAtRest);
+    EXPECT_TRUE(runUntil([&] { return !lost.isEmpty(); }, 2000));
+    EXPECT_FALSE(bridge.serialOpen());
+}
+
+}  // namespace
+}  // namespace halvex::testing
