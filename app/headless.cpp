@@ -13,6 +13,7 @@
 #include "network/rotctld_server.h"
 #include "protocol/fault_guard.h"
 #include "protocol/port_map.h"
+#include "remote/remote_bridges.h"
 #include "remote/session_rotator.h"
 #include "session/session.h"
 #include "session/unit_connection.h"
@@ -140,6 +141,16 @@ int runHeadless(int& argc, char* argv[], const CommandLine& commandLine) {
                 .arg(server.serverPort()));
     }
 
+    RemoteBridges bridges(session);
+    QStringList started;
+    const QStringList failures = bridges.apply(commandLine.bridges(), &started);
+    for (const QString& line : started + failures) {
+        say(line);
+    }
+    if (!failures.isEmpty()) {
+        return 1;
+    }
+
     QSocketNotifier stopSignal(signalPipe[1], QSocketNotifier::Read);
     QObject::connect(&stopSignal, &QSocketNotifier::activated, &app, [&] {
         // One stop is enough: the notifier is switched off rather than the
@@ -147,6 +158,7 @@ int runHeadless(int& argc, char* argv[], const CommandLine& commandLine) {
         stopSignal.setEnabled(false);
         retry.stop();
         server.close();
+        bridges.closeAll();
         say(QStringLiteral("stopping the platform"));
         launch(session.state(), "ExitBut_Click", stopThenQuit(connection));
     });

@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QElapsedTimer>
+#include <QStatusBar>
 #include <QTimer>
 #include <cstdio>
 #include <ctime>
@@ -15,6 +16,7 @@
 #include "console/messages.h"
 #include "protocol/fault_guard.h"
 #include "recorder/line_recorder.h"
+#include "remote/remote_bridges.h"
 #include "sim/pty_unit.h"
 #include "window/network_control.h"
 #include "window/vornixu.h"
@@ -113,6 +115,17 @@ int main(int argc, char* argv[]) {
     if (commandLine.rotctld()) {
         // A port in use is told on stderr and in the status bar; the console runs on.
         window.networkControl().start();
+    }
+    // The bridges the command line asks for, else those the operator left on.
+    QStringList started;
+    const QStringList failures = window.remoteBridges().apply(
+        commandLine.bridges().any() ? commandLine.bridges() : halvex::loadBridgeSettings(),
+        &started);
+    for (const QString& line : started + failures) {
+        std::fprintf(stderr, "halvex: %s\n", qPrintable(line));
+    }
+    if (!failures.isEmpty()) {
+        window.statusBar()->showMessage(failures.join(QStringLiteral("; ")), 15000);
     }
     if (commandLine.connectAtStart()) {
         QTimer::singleShot(0, &window, [&window] {

@@ -30,6 +30,7 @@ class RotctldServer : public QObject {
     void close();
     bool isListening() const { return server_.isListening(); }
     quint16 serverPort() const { return server_.serverPort(); }
+    QHostAddress serverAddress() const { return server_.serverAddress(); }
     QString errorString() const { return server_.errorString(); }
     int clientCount() const { return static_cast<int>(sessions_.size()); }
 

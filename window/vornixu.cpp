@@ -32,6 +32,7 @@
 #include "window/network_control.h"
 #include "window/palette_choice.h"
 #include "window/positioning_pages.h"
+#include "window/remote_control_dialog.h"
 #include "window/setup_features.h"
 #include "window/window_placement.h"
 
@@ -112,6 +113,11 @@ void VornixU::buildMenus() {
     rotctldAction_->setCheckable(true);
     rotctldAction_->setToolTip(
         QStringLiteral("Let tracking programs steer the unit with Hamlib's rotctld protocol"));
+    remoteControlAction_ = unitMenu->addAction(QStringLiteral("Remote &Control..."));
+    remoteControlAction_->setObjectName(QStringLiteral("MenuRemoteControl"));
+    remoteControlAction_->setToolTip(
+        QStringLiteral("Let video management systems, controllers and PTZ keyboards drive the "
+                       "unit: ONVIF, VISCA and Pelco-D"));
 
     QMenu* viewMenu = menuBar()->addMenu(QStringLiteral("&View"));
     QAction* watch = viewMenu->addAction(QStringLiteral("&Data Watch"));
@@ -244,6 +250,15 @@ void VornixU::installFeatures() {
     networkControl_ = new NetworkControl(*rotator_, rotctldAction_, rotctldLabel_, this);
     connect(networkControl_, &NetworkControl::failed, this,
             [this](const QString& message) { statusBar()->showMessage(message, 15000); });
+    remoteBridges_ = new RemoteBridges(session_, this);
+    connect(remoteControlAction_, &QAction::triggered, this, [this] {
+        if (remoteControlDialog_ == nullptr) {
+            remoteControlDialog_ =
+                new RemoteControlDialog(*remoteBridges_, *networkControl_, messages_, this);
+        }
+        remoteControlDialog_->show();
+        remoteControlDialog_->raise();
+    });
     installInputFeatures();
 }
 
@@ -256,7 +271,10 @@ void VornixU::installInputFeatures() {
     connect(&jogSources_, &JogSources::ownerChanged, this, [this](std::optional<JogSource> owner) {
         const QString notice =
             QStringLiteral("The operator has control: network moves are refused while jogging.");
-        if (owner && networkControl_->server().isListening()) {
+        const bool remote = networkControl_->server().isListening() ||
+                            remoteBridges_->state(RemoteBridges::Kind::Visca).running ||
+                            remoteBridges_->state(RemoteBridges::Kind::PelcoD).running;
+        if (owner && isOperatorSource(*owner) && remote) {
             statusBar()->showMessage(notice);
         } else if (statusBar()->currentMessage() == notice) {
             statusBar()->clearMessage();

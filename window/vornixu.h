@@ -30,6 +30,8 @@ class PositionReport;
 class ConnectionSequence;
 class SessionRotator;
 class NetworkControl;
+class RemoteBridges;
+class RemoteControlDialog;
 class LineRecorder;
 
 // The main window: owns the form state, the link and the pages, and wires
@@ -61,6 +63,7 @@ class VornixU : public QMainWindow {
     ConnectionSequence& connection() { return *connection_; }
     // The rotctld server for tracking programs, off until started.
     NetworkControl& networkControl() { return *networkControl_; }
+    RemoteBridges& remoteBridges() { return *remoteBridges_; }
     // The Line Log and recordings of the line.
     LineRecorder& lineRecorder() { return *lineRecorder_; }
     const Messages& messages() const { return messages_; }
@@ -113,6 +116,9 @@ class VornixU : public QMainWindow {
     ConnectionSequence* connection_ = nullptr;
     SessionRotator* rotator_ = nullptr;
     NetworkControl* networkControl_ = nullptr;
+    RemoteBridges* remoteBridges_ = nullptr;
+    RemoteControlDialog* remoteControlDialog_ = nullptr;
+    QAction* remoteControlAction_ = nullptr;
     LineRecorder* lineRecorder_ = nullptr;
     InputFeatures input_;
     bool exiting_ = false;

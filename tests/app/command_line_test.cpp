@@ -6,11 +6,14 @@
 
 #include <gtest/gtest.h>
 
+#include <QNetworkDatagram>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStandardPaths>
 #include <QTcpServer>
+#include <QTcpSocket>
 #include <QTest>
+#include <QUdpSocket>
 #include <cmath>
 
 #include "protocol/vocabulary.h"
@@ -125,11 +128,15 @@ TEST(Headless, GoesOnlineWithoutADisplayRotctlPointsTheUnitAndSigtermStopsIt) {
     SimProcess sim{{QStringLiteral("-v")}};
     ASSERT_FALSE(sim.device().isEmpty());
     const quint16 port = freePort();
+    const quint16 viscaPort = freePort();
+    const quint16 pelcoPort = freePort();
     QProcess console;
     console.setProcessEnvironment(withoutDisplay());
     console.start(QStringLiteral(HALVEX_PATH),
                   {QStringLiteral("--headless"), QStringLiteral("--port"), sim.device(),
-                   QStringLiteral("--rotctld"), QString::number(port)});
+                   QStringLiteral("--rotctld"), QString::number(port), QStringLiteral("--visca"),
+                   QString::number(viscaPort), QStringLiteral("--pelco"),
+                   QStringLiteral("tcp:%1").arg(pelcoPort)});
     ASSERT_TRUE(console.waitForStarted(5000));
     QString said_;
     const auto said = [&]() -> const QString& {
@@ -154,6 +161,22 @@ TEST(Headless, GoesOnlineWithoutADisplayRotctlPointsTheUnitAndSigtermStopsIt) {
     ASSERT_TRUE(QTest::qWaitFor([&] { return said().contains(QStringLiteral(" Online")); }, 15000))
         << said().toStdString();
     EXPECT_TRUE(said().contains(QStringLiteral("network control on 127.0.0.1 port %1").arg(port)));
+    EXPECT_TRUE(said().contains(QStringLiteral("VISCA on 127.0.0.1:%1").arg(viscaPort)));
+    EXPECT_TRUE(said().contains(QStringLiteral("Pelco-D on 127.0.0.1:%1").arg(pelcoPort)));
+    // The bridges answer: VISCA over IP's position inquiry, and a keyboard's
+    // connection taken.
+    QUdpSocket visca;
+    const QByteArray inquiry = QByteArray::fromHex(
+        "0110000500000001"
+        "81090612ff");
+    visca.writeDatagram(inquiry, QHostAddress::LocalHost, viscaPort);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return visca.hasPendingDatagrams(); }, 5000));
+    const QByteArray reply = visca.receiveDatagram().data();
+    EXPECT_EQ(reply.left(8).toHex(), "0111000b00000001");
+    EXPECT_EQ(reply.mid(8, 2).toHex(), "9050");
+    QTcpSocket keyboard;
+    keyboard.connectToHost(QHostAddress::LocalHost, pelcoPort);
+    EXPECT_TRUE(keyboard.waitForConnected(5000));
 
     ASSERT_EQ(rotctl({"P", "5", "2"}).first, 0);
     EXPECT_TRUE(QTest::qWaitFor([&] { return pointsAt(5.0, 2.0); }, 15000));

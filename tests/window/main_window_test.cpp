@@ -2,14 +2,21 @@
 
 #include <sys/wait.h>
 #include <unistd.h>
+#include <QCheckBox>
+#include <QDialog>
 #include <QDir>
 #include <QFile>
 #include <QLineEdit>
+#include <QPushButton>
+#include <QRadioButton>
 #include <QRegularExpression>
 #include <QStatusBar>
+#include <QTableWidget>
 #include <QTcpServer>
+#include <QTcpSocket>
 #include <QToolButton>
 
+#include "remote/remote_bridges.h"
 #include "tests/network/line_client.h"
 #include "tests/support/console_rig.h"
 #include "tests/support/full_disk.h"
@@ -260,4 +267,54 @@ TEST(DataWatch, SpinnerWalksTheCodeTableAndOnlyFramesOfTheWatchedCodeAreCaptured
     EXPECT_EQ(line("CapTXData"), watched);
     window.showReceivedFrame(QStringLiteral("06 01 92 10 03"));
     EXPECT_EQ(line("CapRXData"), QStringLiteral("06 01 92 10 03"));
+}
+
+// Unit > Remote Control starts a bridge, keeps its settings for the next
+// start and shows its clients; a value that cannot be used is told and
+// starts nothing.
+TEST(RemoteControl, TheDialogStartsABridgeKeepsItsSettingsAndShowsItsClients) {
+    ConsoleRig rig;
+    rig.find<QAction>(QStringLiteral("MenuRemoteControl"))->trigger();
+    auto* dialog = rig.find<QDialog>(QStringLiteral("RemoteControlDialog"));
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Remote Control"));
+    const auto cell = [&rig](int row, int column) {
+        return rig.find<QTableWidget>(QStringLiteral("RemoteStatusTable"))
+            ->item(row, column)
+            ->text();
+    };
+    EXPECT_EQ(cell(1, 0), QStringLiteral("VISCA"));
+    EXPECT_EQ(cell(1, 1), QStringLiteral("off"));
+
+    QTcpServer taken;  // a port certain to be free, then given to the bridge
+    ASSERT_TRUE(taken.listen(QHostAddress::LocalHost, 0));
+    const quint16 port = taken.serverPort();
+    taken.close();
+    rig.find<QCheckBox>(QStringLiteral("ViscaCheck"))->setChecked(true);
+    rig.find<QLineEdit>(QStringLiteral("ViscaPortBox"))->setText(QString::number(port));
+    rig.find<QPushButton>(QStringLiteral("RemoteApplyBut"))->click();
+    EXPECT_TRUE(rig.shown.empty());
+    EXPECT_EQ(cell(1, 1), QStringLiteral("127.0.0.1:%1").arg(port));
+    EXPECT_EQ(loadBridgeSettings().viscaPort, port);
+    QTcpSocket controller;
+    controller.connectToHost(QHostAddress::LocalHost, port);
+    EXPECT_TRUE(ConsoleRig::waitFor([&] { return cell(1, 2) == QStringLiteral("1"); }));
+
+    // A keyboard on a serial line with no device named.
+    rig.find<QCheckBox>(QStringLiteral("PelcoCheck"))->setChecked(true);
+    rig.find<QRadioButton>(QStringLiteral("PelcoSerialOption"))->setChecked(true);
+    rig.find<QPushButton>(QStringLiteral("RemoteOkBut"))->click();
+    ASSERT_EQ(rig.shown.size(), 1u);
+    EXPECT_EQ(rig.shown[0].text,
+              QStringLiteral("Enter the serial device the Pelco-D keyboard is on."));
+    EXPECT_TRUE(dialog->isVisible());
+    EXPECT_EQ(cell(2, 1), QStringLiteral("off"));
+    EXPECT_EQ(cell(1, 1), QStringLiteral("127.0.0.1:%1").arg(port));  // left running
+
+    rig.find<QCheckBox>(QStringLiteral("ViscaCheck"))->setChecked(false);
+    rig.find<QCheckBox>(QStringLiteral("PelcoCheck"))->setChecked(false);
+    rig.find<QPushButton>(QStringLiteral("RemoteOkBut"))->click();
+    EXPECT_FALSE(dialog->isVisible());
+    EXPECT_FALSE(rig.window->remoteBridges().state(RemoteBridges::Kind::Visca).running);
+    EXPECT_EQ(loadBridgeSettings().viscaPort, std::nullopt);
 }

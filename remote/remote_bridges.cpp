@@ -1,0 +1,156 @@
+#include "remote/remote_bridges.h"
+
+#include <QSettings>
+
+#include "remote/pelco_d/pelco_d_bridge.h"
+#include "remote/visca/visca_bridge.h"
+
+namespace halvex {
+
+namespace {
+
+QString endpoint(const QHostAddress& address, quint16 port) {
+    return QStringLiteral("%1:%2").arg(address.toString()).arg(port);
+}
+
+}  // namespace
+
+template <typename Bridge>
+void RemoteBridges::track(Kind kind, Bridge* bridge) {
+    connect(bridge, &Bridge::clientCountChanged, this, [this, kind](int clients) {
+        stateOf(kind).clients = clients;
+        emit stateChanged();
+    });
+    connect(bridge, &Bridge::commandHandled, this,
+            [this, kind](const QString& what, const QString& peer) {
+                stateOf(kind).lastCommand = QStringLiteral("%1 (%2)").arg(what, peer);
+                emit stateChanged();
+            });
+}
+
+RemoteBridges::RemoteBridges(Session& session, QObject* parent)
+    : QObject(parent),
+      visca_(std::make_unique<ViscaBridge>(session)),
+      pelcoD_(std::make_unique<PelcoDBridge>(session)) {
+    track(Kind::Visca, visca_.get());
+    track(Kind::PelcoD, pelcoD_.get());
+}
+
+RemoteBridges::~RemoteBridges() = default;
+
+QString RemoteBridges::nameOf(Kind kind) {
+    switch (kind) {
+        case Kind::Visca:
+            return QStringLiteral("VISCA");
+        case Kind::PelcoD:
+            return QStringLiteral("Pelco-D");
+    }
+    return {};
+}
+
+QStringList RemoteBridges::apply(const BridgeSettings& settings, QStringList* started) {
+    QStringList failures;
+    const auto run = [&](Kind kind, QString (RemoteBridges::*start)(const BridgeSettings&)) {
+        const QString failure = (this->*start)(settings);
+        if (!failure.isEmpty()) {
+            failures << failure;
+        } else if (started != nullptr && state(kind).running) {
+            *started << QStringLiteral("%1 on %2").arg(nameOf(kind), state(kind).where);
+        }
+    };
+    run(Kind::Visca, &RemoteBridges::startVisca);
+    run(Kind::PelcoD, &RemoteBridges::startPelcoD);
+    settings_ = settings;
+    emit stateChanged();
+    return failures;
+}
+
+QString RemoteBridges::startVisca(const BridgeSettings& settings) {
+    State& state = stateOf(Kind::Visca);
+    visca_->close();
+    state = {};
+    if (!settings.viscaPort) {
+        return {};
+    }
+    if (!visca_->listen(settings.listen, *settings.viscaPort)) {
+        return QStringLiteral("VISCA cannot listen on %1: %2")
+            .arg(endpoint(settings.listen, *settings.viscaPort), visca_->errorString());
+    }
+    state.running = true;
+    state.where = endpoint(settings.listen, visca_->serverPort());
+    return {};
+}
+
+QString RemoteBridges::startPelcoD(const BridgeSettings& settings) {
+    State& state = stateOf(Kind::PelcoD);
+    pelcoD_->close();
+    state = {};
+    pelcoD_->setAddress(settings.pelcoAddress);
+    if (settings.pelcoTcpPort) {
+        if (!pelcoD_->listen(settings.listen, *settings.pelcoTcpPort)) {
+            return QStringLiteral("Pelco-D cannot listen on %1: %2")
+                .arg(endpoint(settings.listen, *settings.pelcoTcpPort), pelcoD_->errorString());
+        }
+        state.where = endpoint(settings.listen, pelcoD_->serverPort());
+    } else if (!settings.pelcoDevice.isEmpty()) {
+        if (!pelcoD_->openSerial(settings.pelcoDevice, settings.pelcoBaud)) {
+            return QStringLiteral("Pelco-D cannot open %1: %2")
+                .arg(settings.pelcoDevice, pelcoD_->errorString());
+        }
+        state.where =
+            QStringLiteral("%1 at %2 Bd").arg(settings.pelcoDevice).arg(settings.pelcoBaud);
+    } else {
+        return {};
+    }
+    state.running = true;
+    return {};
+}
+
+void RemoteBridges::closeAll() {
+    BridgeSettings none;
+    none.listen = settings_.listen;
+    apply(none);
+}
+
+BridgeSettings loadBridgeSettings() {
+    QSettings kept(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("halvex"),
+                   QStringLiteral("halvex"));
+    kept.beginGroup(QStringLiteral("Remote"));
+    BridgeSettings settings;
+    const auto port = [&kept](const char* key) -> std::optional<quint16> {
+        const uint value = kept.value(QLatin1String(key)).toUInt();
+        return value >= 1 && value <= 65535 ? std::optional(static_cast<quint16>(value))
+                                            : std::nullopt;
+    };
+    QHostAddress listen;
+    if (listen.setAddress(kept.value(QStringLiteral("listen")).toString())) {
+        settings.listen = listen;
+    }
+    settings.onvifPort = port("onvifPort");
+    settings.onvifUser = kept.value(QStringLiteral("onvifUser")).toString();
+    settings.onvifPassword = kept.value(QStringLiteral("onvifPassword")).toString();
+    settings.viscaPort = port("viscaPort");
+    settings.pelcoDevice = kept.value(QStringLiteral("pelcoDevice")).toString();
+    settings.pelcoTcpPort = port("pelcoTcpPort");
+    settings.pelcoAddress =
+        std::clamp(kept.value(QStringLiteral("pelcoAddress"), 1).toInt(), 1, 255);
+    settings.pelcoBaud = kept.value(QStringLiteral("pelcoBaud"), 2400).toInt();
+    return settings;
+}
+
+void saveBridgeSettings(const BridgeSettings& settings) {
+    QSettings kept(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("halvex"),
+                   QStringLiteral("halvex"));
+    kept.beginGroup(QStringLiteral("Remote"));
+    kept.setValue(QStringLiteral("listen"), settings.listen.toString());
+    kept.setValue(QStringLiteral("onvifPort"), settings.onvifPort.value_or(0));
+    kept.setValue(QStringLiteral("onvifUser"), settings.onvifUser);
+    kept.setValue(QStringLiteral("onvifPassword"), settings.onvifPassword);
+    kept.setValue(QStringLiteral("viscaPort"), settings.viscaPort.value_or(0));
+    kept.setValue(QStringLiteral("pelcoDevice"), settings.pelcoDevice);
+    kept.setValue(QStringLiteral("pelcoTcpPort"), settings.pelcoTcpPort.value_or(0));
+    kept.setValue(QStringLiteral("pelcoAddress"), settings.pelcoAddress);
+    kept.setValue(QStringLiteral("pelcoBaud"), settings.pelcoBaud);
+}
+
+}  // namespace halvex
