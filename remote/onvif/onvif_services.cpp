@@ -17,7 +17,6 @@ constexpr auto kDevicePath = "/onvif/device_service";
 constexpr auto kMediaPath = "/onvif/media_service";
 constexpr auto kPtzPath = "/onvif/ptz_service";
 constexpr auto kNodeToken = "unit";
-constexpr auto kPasswordDigest = "PasswordDigest";
 
 // The unit takes angles in hundredths of a degree.
 double toHundredths(double angle) {
