@@ -64,16 +64,6 @@ TEST(SoapMessage, MalformedOrForeignEnvelopesAreAnsweredWithTheirFault) {
     }
 }
 
-TEST(SoapMessage, FaultsGoOutAsSoapFaultsWithTheirHttpStatus) {
-    const SoapFault fault = senderFault(
-        {QStringLiteral("ter:InvalidArgVal"), QStringLiteral("ter:NoProfile")}, "no <profile>");
-    EXPECT_EQ(fault.httpStatus(), 400);
-    EXPECT_EQ(receiverFault({}, {}).httpStatus(), 500);
-    EXPECT_EQ(testing::faultOf(faultEnvelope(fault)),
-              QStringLiteral("env:Sender ter:InvalidArgVal ter:NoProfile"));
-    EXPECT_TRUE(faultEnvelope(fault).contains("no &lt;profile&gt;"));
-}
-
 class TokenTest : public ::testing::Test {
   protected:
     const QDateTime now = QDateTime::fromString("2024-03-01T12:00:00Z", Qt::ISODate);
@@ -139,16 +129,10 @@ TEST_F(TokenTest, ATokenIsTakenOnceWithinFiveMinutesOfNow) {
     }
 }
 
-TEST(PtzSpaces, GenericValuesSpanTheSoftLimitsAndTimeoutsReadAsDurations) {
-    EXPECT_DOUBLE_EQ(genericToAngle(-1.0, -170.0, 90.0), -170.0);
-    EXPECT_DOUBLE_EQ(genericToAngle(0.5, -170.0, 90.0), 25.0);
-    EXPECT_DOUBLE_EQ(angleToGeneric(25.0, -170.0, 90.0), 0.5);
-    EXPECT_DOUBLE_EQ(genericToDelta(-0.5, -170.0, 90.0), -65.0);
-    EXPECT_EQ(velocityToAxis(-0.5), (AxisDemand{128, false}));
-    EXPECT_EQ(velocityToAxis(0.001), (AxisDemand{0, std::nullopt}));
-    EXPECT_EQ(zoomVelocityToLensByte(-1.0), lensJogByte(-127));
+TEST(PtzSpaces, TimeoutsReadAsDurations) {
+    // A unit that pans for ever spans a whole turn; the other spaces' numbers
+    // are checked by the moves they put on the line.
     EXPECT_EQ(rangeFromLimits(-10.0f, 10.0f, -5.0f, 5.0f, true).panMax, 180.0);
-
     const struct {
         const char* text;
         std::optional<int> ms;
