@@ -1,0 +1,111 @@
+// The HTTP request reader: requests in whatever pieces they come, and the
+// statuses that end a connection whose requests break the rules.
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "remote/onvif/http_request.h"
+
+namespace halvex::onvif {
+namespace {
+
+using State = HttpRequestReader::State;
+
+const std::string kPost =
+    "POST /onvif/ptz_service HTTP/1.1\r\nHost: unit\r\nContent-Length: 5\r\n\r\nhello";
+
+// Feeds `input` in pieces of `piece` bytes (0: whole) and reads requests as
+// they complete: "METHOD target body keep|close" each, then the status that
+// ended the connection ("431"), if one did.
+std::vector<std::string> readAll(const std::string& input, std::size_t piece = 0) {
+    HttpRequestReader reader(164, 1024);
+    std::vector<std::string> read;
+    const std::size_t step = piece == 0 ? input.size() : piece;
+    for (std::size_t at = 0; at < input.size(); at += step) {
+        reader.feed(std::string_view(input).substr(at, step));
+        State state;
+        while ((state = reader.next()) == State::Complete) {
+            const HttpRequest request = reader.take();
+            read.push_back(request.method + " " + request.target + " " + request.body +
+                           (request.keepAlive() ? " keep" : " close"));
+        }
+        if (state == State::Failed) {
+            read.push_back(std::to_string(reader.status()));
+            break;
+        }
+    }
+    return read;
+}
+
+TEST(HttpRequestReader, ReadsRequestsInAnyPiecesAndRefusesWhatBreaksTheRules) {
+    const std::string ok = "POST /onvif/ptz_service hello keep";
+    const std::string longHeader = "POST / HTTP/1.1\r\nX: " + std::string(200, 'x');
+    const struct {
+        const char* name;
+        std::string input;
+        std::size_t piece;
+        std::vector<std::string> read;
+    } cases[] = {
+        {"whole", kPost, 0, {ok}},
+        {"a byte at a time", kPost, 1, {ok}},
+        {"two in a row, blank lines between", kPost + "\r\n" + kPost, 7, {ok, ok}},
+        {"body cut short", kPost.substr(0, kPost.size() - 2), 0, {}},
+        {"HTTP/1.0 closes",
+         "POST /a HTTP/1.0\r\nContent-Length: 2\r\n\r\nhi",
+         0,
+         {"POST /a hi close"}},
+        {"HTTP/1.0 kept alive",
+         "POST /a HTTP/1.0\r\nConnection: Keep-Alive\r\nContent-Length: 0\r\n\r\n",
+         0,
+         {"POST /a  keep"}},
+        {"Connection: close",
+         "GET /a HTTP/1.1\r\nConnection: TE, close\r\n\r\n",
+         0,
+         {"GET /a  close"}},
+        {"headers too long, unended", longHeader, 0, {"431"}},
+        {"headers too long, ended", longHeader + "\r\n\r\n", 0, {"431"}},
+        {"body too long", "POST / HTTP/1.1\r\nContent-Length: 1025\r\n\r\n", 0, {"413"}},
+        {"POST without length", "POST / HTTP/1.1\r\n\r\n", 0, {"411"}},
+        {"chunked", "POST / HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n", 0, {"501"}},
+        {"length not a number", "POST / HTTP/1.1\r\nContent-Length: 1e3\r\n\r\n", 0, {"400"}},
+        {"negative length", "POST / HTTP/1.1\r\nContent-Length: -1\r\n\r\n", 0, {"400"}},
+        {"two lengths",
+         "POST / HTTP/1.1\r\nContent-Length: 1\r\nContent-Length: 2\r\n\r\n",
+         0,
+         {"400"}},
+        {"header with no colon", "POST / HTTP/1.1\r\nHost unit\r\n\r\n", 0, {"400"}},
+        {"folded header", "POST / HTTP/1.1\r\nHost: a\r\n b\r\n\r\n", 0, {"400"}},
+        {"request line of two words", "POST /\r\n\r\n", 0, {"400"}},
+        {"not HTTP", "POST / FTP/1.1\r\n\r\n", 0, {"400"}},
+        {"HTTP/2", "POST / HTTP/2.0\r\n\r\n", 0, {"505"}},
+        {"the request after a bad one is not read", "POST /\r\n\r\n" + kPost, 0, {"400"}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(readAll(c.input, c.piece), c.read);
+    }
+}
+
+TEST(HttpRequestReader, TellsARequestUnderWayAndAClientWaitingToSendItsBody) {
+    HttpRequestReader reader;
+    EXPECT_FALSE(reader.midRequest());
+    reader.feed("POST / HTTP/1.1\r\nExpect: 100-continue\r\nContent-Length: 3\r\n");
+    EXPECT_EQ(reader.next(), State::NeedMore);
+    EXPECT_TRUE(reader.midRequest());
+    EXPECT_FALSE(reader.takeContinueRequest());
+    reader.feed("\r\n");
+    EXPECT_EQ(reader.next(), State::NeedMore);
+    EXPECT_TRUE(reader.takeContinueRequest());
+    EXPECT_FALSE(reader.takeContinueRequest());
+    reader.feed("abc");
+    ASSERT_EQ(reader.next(), State::Complete);
+    const HttpRequest request = reader.take();
+    EXPECT_EQ(request.header("expect"), "100-continue");
+    EXPECT_EQ(request.body, "abc");
+    EXPECT_FALSE(reader.midRequest());
+}
+
+}  // namespace
+}  // namespace halvex::onvif

@@ -1,0 +1,189 @@
+// The npm "onvif" client, as video management systems use it, against the
+// ONVIF server over the virtual unit: each of its steps is checked by what
+// it reads and by the messages that reach the line.
+
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include "tests/remote/onvif/onvif_rig.h"
+
+namespace halvex::testing {
+namespace {
+
+using onvif::OnvifServices;
+
+// The client as a node process, driven a step at a time.
+class NpmClient {
+  public:
+    bool start(quint16 port) {
+        process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        process.start(QStringLiteral("node"),
+                      {QStringLiteral(HALVEX_ONVIF_CLIENT_SCRIPT),
+                       QStringLiteral(HALVEX_ONVIF_CLIENT_DIR "/node_modules"),
+                       QString::number(port), QLatin1String(kUser), QLatin1String(kPassword)});
+        return process.waitForStarted(5000);
+    }
+    ~NpmClient() {
+        process.closeWriteChannel();
+        if (!process.waitForFinished(3000)) {
+            process.kill();
+            process.waitForFinished(1000);
+        }
+    }
+    // Runs one step and gives its answer (empty when none comes).
+    QJsonObject step(const QJsonObject& step) {
+        process.write(QJsonDocument(step).toJson(QJsonDocument::Compact) + '\n');
+        QJsonObject answer;
+        runUntil(
+            [&] {
+                if (!process.canReadLine()) {
+                    return false;
+                }
+                answer = QJsonDocument::fromJson(process.readLine()).object();
+                return true;
+            },
+            10000);
+        return answer;
+    }
+    QJsonObject call(const char* method, const QJsonObject& options) {
+        return step({{"op", "call"}, {"method", QLatin1String(method)}, {"options", options}});
+    }
+    QJsonObject call(const char* method) {
+        return step({{"op", "call"}, {"method", QLatin1String(method)}});
+    }
+
+    QProcess process;
+};
+
+class NpmClientTest : public OnvifTest {
+  protected:
+    void SetUp() override {
+        if (QStandardPaths::findExecutable(QStringLiteral("node")).isEmpty() ||
+            !QFileInfo::exists(
+                QStringLiteral(HALVEX_ONVIF_CLIENT_DIR "/node_modules/onvif/package.json"))) {
+            GTEST_SKIP() << "node or the npm onvif client is not installed "
+                            "(tests/remote/onvif/install-client.sh)";
+        }
+        ASSERT_TRUE(client.start(server.serverPort()));
+    }
+
+    // The jog message that goes out next: pan speed, tilt speed, the pan
+    // direction (1 right) and zoom 1's jog byte.
+    std::array<std::int64_t, 4> nextJog() {
+        const std::size_t mark = line.frames().size();
+        std::array<std::int64_t, 4> seen{-1, -1, -1, -1};
+        runUntil(
+            [&] {
+                for (std::size_t i = mark; i < line.frames().size(); ++i) {
+                    const auto& message = line.frames()[i].message;
+                    if (message.at(0) == vocab::JogMessage::kCode) {
+                        namespace jog = vocab::jog;
+                        seen = {vocab::get(message, jog::kPanSpeed),
+                                vocab::get(message, jog::kTiltSpeed),
+                                test::isSet(message, jog::kPanCw) ? 1 : 0,
+                                vocab::get(message, jog::kLensJog[0])};
+                        return true;
+                    }
+                }
+                return false;
+            },
+            2000);
+        return seen;
+    }
+    // The commands that reach the line within a moment of `mark`.
+    Messages commandsAfter(std::size_t mark, std::size_t count = 1) {
+        runUntil([&] { return commandsSince(mark).size() >= count; }, 3000);
+        return commandsSince(mark);
+    }
+
+    NpmClient client;
+};
+
+using Jog = std::array<std::int64_t, 4>;
+
+TEST_F(NpmClientTest, ConnectsReadsAndMovesTheUnit) {
+    ASSERT_TRUE(connect());
+    QStringList handled;
+    QObject::connect(&server, &OnvifServer::commandHandled,
+                     [&handled](const QString& what, const QString&) { handled << what; });
+    // A wrong password: the time is read, nothing after it.
+    EXPECT_EQ(client.step({{"op", "connect"}, {"password", "wrong"}}),
+              (QJsonObject{{"op", "connect"},
+                           {"ok", false},
+                           {"error", "ONVIF SOAP Fault: wrong user name or password"}}));
+    EXPECT_EQ(handled, QStringList{"GetSystemDateAndTime"});
+
+    const QJsonObject connected = client.step({{"op", "connect"}});
+    EXPECT_EQ(connected.value("result").toObject(),
+              (QJsonObject{{"profiles", QJsonArray{"profile1", "profile2"}},
+                           {"activeSource", "profile1"},
+                           {"services", QJsonArray{"device", "media", "ptz"}}}));
+
+    // Half way to the right and half way down the soft limits (170, 85),
+    // camera 1's zoom half way in.
+    std::size_t mark = line.frames().size();
+    const LensPositions lens = session.status().Lens;
+    EXPECT_TRUE(
+        client.call("absoluteMove", {{"x", 0.5}, {"y", -0.5}, {"zoom", 0.5}}).value("ok").toBool());
+    namespace moving = vocab::absolute_move_with_lenses;
+    EXPECT_EQ(
+        commandsAfter(mark),
+        Messages{test::message<vocab::AbsoluteMoveWithLenses>({{moving::kPan, 8500},
+                                                               {moving::kTilt, -4250},
+                                                               {moving::kLens[0], 128},
+                                                               {moving::kLens[1], lens[1]},
+                                                               {moving::kLens[2], lens[2]},
+                                                               {moving::kLens[3], lens[3]}})});
+    ASSERT_TRUE(arrives(85.0, -42.5));
+    ASSERT_TRUE(runUntil([&] { return session.status().Lens[0] == 128; }, 5000));
+    EXPECT_EQ(client.call("getStatus", {}).value("result").toObject().value("position"),
+              (QJsonObject{{"x", 0.5}, {"y", -0.5}, {"zoom", 0.50196078}}));
+
+    mark = line.frames().size();
+    EXPECT_TRUE(client.call("relativeMove", {{"x", -0.25}, {"y", 0.1}}).value("ok").toBool());
+    namespace delta = vocab::delta_move;
+    EXPECT_EQ(
+        commandsAfter(mark),
+        Messages{test::message<vocab::DeltaMove>({{delta::kPan, -4250}, {delta::kTilt, 850}})});
+
+    EXPECT_TRUE(
+        client.call("continuousMove", {{"x", 0.5}, {"y", 0}, {"zoom", 0.25}}).value("ok").toBool());
+    EXPECT_EQ(nextJog(), (Jog{128, 0, 1, lensJogByte(32)}));
+    mark = line.frames().size();
+    EXPECT_TRUE(client.call("stop", {}).value("ok").toBool());
+    EXPECT_EQ(nextJog(), (Jog{0, 0, 1, 0}));
+    EXPECT_GE(stopsSince(mark), 1);
+
+    // Its Timeout ends a continuous move with no Stop.
+    QElapsedTimer clock;
+    clock.start();
+    EXPECT_TRUE(client.call("continuousMove", {{"x", -1}, {"y", 0}, {"timeout", 300}})
+                    .value("ok")
+                    .toBool());
+    EXPECT_EQ(nextJog(), (Jog{255, 0, 0, 0}));
+    EXPECT_TRUE(runUntil([&] { return nextJog()[0] == 0; }, 2000));
+    EXPECT_GE(clock.elapsed(), 250);
+
+    const QJsonObject presets = client.call("getPresets", {}).value("result").toObject();
+    EXPECT_EQ(presets.size(), OnvifServices::kPresets);
+    EXPECT_EQ(presets.value("Preset 30").toObject().value("$").toObject().value("token"), 30);
+
+    mark = line.frames().size();
+    EXPECT_TRUE(client.call("gotoPreset", {{"preset", "3"}}).value("ok").toBool());
+    EXPECT_EQ(commandsAfter(mark),
+              Messages{test::message<vocab::GoToPreset>({{vocab::go_to_preset::kPreset, 3}})});
+    mark = line.frames().size();
+    const QJsonObject saved =
+        client.call("setPreset", {{"presetToken", "5"}, {"presetName", "Preset 5"}});
+    EXPECT_EQ(saved.value("result").toArray().at(0)["setPresetResponse"][0]["presetToken"][0], "5");
+    EXPECT_EQ(commandsAfter(mark), Messages{test::message<vocab::StoreCurrentPosition>(
+                                       {{vocab::store_current_position::kPreset, 5}})});
+}
+
+}  // namespace
+}  // namespace halvex::testing

@@ -1,0 +1,299 @@
+// The ONVIF server over the session: who is answered, what each request
+// puts on the line, the faults for requests it cannot carry out (with
+// nothing moved), and the HTTP connection's rules.
+
+#include <QSignalSpy>
+
+#include "tests/remote/onvif/onvif_rig.h"
+
+namespace halvex::testing {
+namespace {
+
+using onvif::OnvifServices;
+
+class OnvifServerTest : public OnvifTest {
+  protected:
+    // Nothing but jog messages at rest went out since `mark`.
+    bool nothingMoved(std::size_t mark) const {
+        for (std::size_t i = mark; i < line.frames().size(); ++i) {
+            const auto& message = line.frames()[i].message;
+            if (message.at(0) != vocab::JogMessage::kCode ||
+                vocab::get(message, vocab::jog::kPanSpeed) != 0 ||
+                vocab::get(message, vocab::jog::kTiltSpeed) != 0 ||
+                vocab::get(message, vocab::jog::kLensJog[0]) != 0) {
+                return false;
+            }
+        }
+        return true;
+    }
+    Messages commandsAfter(std::size_t mark) {
+        runUntil([&] { return !commandsSince(mark).empty(); }, 3000);
+        return commandsSince(mark);
+    }
+    static QString move(const char* operation, const QString& inside,
+                        const char* profile = "profile1") {
+        return QStringLiteral("<tptz:%1><tptz:ProfileToken>%2</tptz:ProfileToken>%3</tptz:%1>")
+            .arg(QLatin1String(operation), QLatin1String(profile), inside);
+    }
+    static QString panTilt(const char* element, double x, double y, const char* space = nullptr) {
+        return QStringLiteral("<tptz:%1><tt:PanTilt x=\"%2\" y=\"%3\"%4/></tptz:%1>")
+            .arg(QLatin1String(element))
+            .arg(x)
+            .arg(y)
+            .arg(space ? QStringLiteral(" space=\"%1\"").arg(QLatin1String(space)) : QString());
+    }
+};
+
+TEST_F(OnvifServerTest, OnlySignedRequestsAreAnsweredButTheTime) {
+    const QByteArray profiles = "<trt:GetProfiles/>";
+    const QByteArray time = "<tds:GetSystemDateAndTime/>";
+    const struct {
+        const char* name;
+        QByteArray request;
+        int status;
+        const char* answer;
+    } cases[] = {
+        {"unsigned", envelope(profiles, QString()), 400, "env:Sender ter:NotAuthorized"},
+        {"wrong password", envelope(profiles, security(QStringLiteral("guess"))), 400,
+         "env:Sender ter:NotAuthorized"},
+        {"stale",
+         envelope(profiles, security(kPassword, QDateTime::currentDateTimeUtc().addSecs(-600))),
+         400, "env:Sender ter:NotAuthorized"},
+        {"signed", envelope(profiles), 200, "GetProfilesResponse"},
+        {"the time, unsigned", envelope(time, QString()), 200, "GetSystemDateAndTimeResponse"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QByteArray response = post(c.request, "/onvif/media_service");
+        EXPECT_EQ(statusOf(response), c.status);
+        EXPECT_EQ(faultOf(bodyOf(response)), QString::fromLatin1(c.answer));
+    }
+    // The same signed request twice: the second is a replay.
+    const QByteArray once = envelope(profiles);
+    EXPECT_EQ(faultOf(bodyOf(post(once))), QStringLiteral("GetProfilesResponse"));
+    EXPECT_EQ(faultOf(bodyOf(post(once))), QStringLiteral("env:Sender ter:NotAuthorized"));
+
+    server.setAnonymousAllowed(true);
+    EXPECT_EQ(faultOf(bodyOf(post(envelope(profiles, QString())))),
+              QStringLiteral("GetProfilesResponse"));
+}
+
+TEST_F(OnvifServerTest, RequestsItCannotCarryOutAreFaultsAndMoveNothing) {
+    ASSERT_TRUE(connect());
+    const char* degrees = onvif::space::kPanTiltDegrees;
+    const struct {
+        const char* name;
+        QString body;
+        const char* fault;
+    } cases[] = {
+        {"another service's namespace", "<trt:AbsoluteMove/>",
+         "env:Receiver ter:ActionNotSupported"},
+        {"an operation not offered", "<tptz:SetHomePosition/>",
+         "env:Receiver ter:ActionNotSupported"},
+        {"no profile token",
+         "<tptz:AbsoluteMove>" + panTilt("Position", 0, 0) + "</tptz:AbsoluteMove>",
+         "env:Sender ter:InvalidArgs"},
+        {"no such profile", move("AbsoluteMove", panTilt("Position", 0, 0), "profile3"),
+         "env:Sender ter:InvalidArgVal ter:NoProfile"},
+        {"no position", move("AbsoluteMove", {}), "env:Sender ter:InvalidArgs"},
+        {"empty position", move("AbsoluteMove", "<tptz:Position/>"), "env:Sender ter:InvalidArgs"},
+        {"position in the wrong namespace",
+         move("AbsoluteMove", "<tptz:Position><tptz:PanTilt x=\"0\" y=\"0\"/></tptz:Position>"),
+         "env:Sender ter:InvalidArgs"},
+        {"not a number",
+         move("AbsoluteMove",
+              "<tptz:Position><tt:PanTilt x=\"left\" y=\"0\"/>"
+              "</tptz:Position>"),
+         "env:Sender ter:InvalidArgVal"},
+        {"past the generic range", move("AbsoluteMove", panTilt("Position", 1.5, 0)),
+         "env:Sender ter:InvalidArgVal ter:InvalidPosition"},
+        {"an unknown space", move("AbsoluteMove", panTilt("Position", 0, 0, "urn:x")),
+         "env:Sender ter:InvalidArgVal ter:InvalidPosition"},
+        {"degrees past the soft limits", move("AbsoluteMove", panTilt("Position", 175, 0, degrees)),
+         "env:Sender ter:InvalidArgVal ter:InvalidPosition"},
+        {"a move by past the soft limits",
+         move("RelativeMove",
+              panTilt("Translation", 0, 100, onvif::space::kPanTiltDegreesTranslation)),
+         "env:Sender ter:InvalidArgVal ter:InvalidTranslation"},
+        {"zoom past the range",
+         move("AbsoluteMove", "<tptz:Position><tt:Zoom x=\"1.2\"/></tptz:Position>"),
+         "env:Sender ter:InvalidArgVal ter:InvalidPosition"},
+        {"too fast", move("ContinuousMove", panTilt("Velocity", 0, -2)),
+         "env:Sender ter:InvalidArgVal ter:InvalidVelocity"},
+        {"not a timeout",
+         move("ContinuousMove", panTilt("Velocity", 1, 0) + "<tptz:Timeout>5s</tptz:Timeout>"),
+         "env:Sender ter:InvalidArgVal ter:TimeoutNotSupported"},
+        {"no such preset", move("GotoPreset", "<tptz:PresetToken>31</tptz:PresetToken>"),
+         "env:Sender ter:InvalidArgVal ter:NoToken"},
+        {"a preset by another name", move("GotoPreset", "<tptz:PresetToken>03</tptz:PresetToken>"),
+         "env:Sender ter:InvalidArgVal ter:NoToken"},
+        {"no stream",
+         "<trt:GetStreamUri><trt:ProfileToken>profile1</trt:ProfileToken></trt:GetStreamUri>",
+         "env:Sender ter:InvalidArgVal ter:NoSource"},
+        {"no snapshot",
+         "<trt:GetSnapshotUri><trt:ProfileToken>profile2</trt:ProfileToken></trt:GetSnapshotUri>",
+         "env:Sender ter:InvalidArgVal ter:NoSource"},
+    };
+    const std::size_t mark = line.frames().size();
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(ask(c.body), QString::fromLatin1(c.fault));
+    }
+    // A malformed envelope, answered before any operation is read.
+    EXPECT_EQ(faultOf(bodyOf(post("<s:Envelope><tptz:Stop>"))),
+              QStringLiteral("env:Sender ter:WellFormed"));
+    runUntil([] { return false; }, 100);
+    EXPECT_TRUE(nothingMoved(mark));
+}
+
+TEST_F(OnvifServerTest, MovesRefusedOfflineOrWhileTheOperatorJogsMoveNothing) {
+    const QString moves[] = {
+        move("AbsoluteMove", panTilt("Position", 0.2, 0.2)),
+        move("RelativeMove", panTilt("Translation", 0.1, 0)),
+        move("ContinuousMove", panTilt("Velocity", 0.5, 0)),
+        move("GotoPreset", "<tptz:PresetToken>2</tptz:PresetToken>"),
+        move("SetPreset", "<tptz:PresetToken>2</tptz:PresetToken>"),
+        move("GotoHomePosition", {}),
+        move("GetStatus", {}),
+    };
+    for (const QString& request : moves) {
+        SCOPED_TRACE(request.toStdString());
+        EXPECT_EQ(ask(request), QStringLiteral("env:Receiver ter:Action ter:NoStatus"));
+    }
+    ASSERT_TRUE(connect());
+    JogDemand operatorJog;
+    operatorJog.pan = {60, true};
+    session.jogSources().apply(JogSource::Keyboard, operatorJog);
+    const std::size_t mark = line.frames().size();
+    for (const QString& request : moves) {
+        SCOPED_TRACE(request.toStdString());
+        const QString answer = ask(request);
+        EXPECT_EQ(answer, request.contains("GetStatus")
+                              ? QStringLiteral("GetStatusResponse")
+                              : QStringLiteral("env:Receiver ter:Action"));
+    }
+    runUntil([] { return false; }, 100);
+    EXPECT_EQ(commandsSince(mark), Messages{});
+    EXPECT_EQ(session.jog().PanJogSpeed, 60);
+}
+
+TEST_F(OnvifServerTest, EachMoveReachesTheLineAsTheUnitsMessage) {
+    ASSERT_TRUE(connect());
+    const char* degrees = onvif::space::kPanTiltDegrees;
+    namespace store = vocab::store_preset;
+    const struct {
+        const char* name;
+        QString request;
+        std::vector<Byte> message;
+    } cases[] = {
+        {"to degrees", move("AbsoluteMove", panTilt("Position", 12.345, -5.678, degrees)),
+         absolute(1235, -568)},
+        {"to the lower corner", move("AbsoluteMove", panTilt("Position", -1, -1)),
+         absolute(-17000, -8500)},
+        {"by degrees",
+         move("RelativeMove",
+              panTilt("Translation", -10, 2.5, onvif::space::kPanTiltDegreesTranslation)),
+         test::message<vocab::DeltaMove>(
+             {{vocab::delta_move::kPan, -1000}, {vocab::delta_move::kTilt, 250}})},
+        {"home", move("GotoHomePosition", {}), vocab::blank<vocab::MoveToHome>()},
+        {"a preset removed is cleared",
+         move("RemovePreset", "<tptz:PresetToken>7</tptz:PresetToken>"),
+         test::message<vocab::StorePreset>(
+             {{store::kPreset, 7}, {store::kPan, 0}, {store::kTilt, 0}})},
+        {"a new preset takes the first cleared",
+         move("SetPreset", "<tptz:PresetName>door</tptz:PresetName>"),
+         test::message<vocab::StoreCurrentPosition>({{vocab::store_current_position::kPreset, 0}})},
+        {"a preset by its name", move("SetPreset", "<tptz:PresetName>Preset 12</tptz:PresetName>"),
+         test::message<vocab::StoreCurrentPosition>(
+             {{vocab::store_current_position::kPreset, 12}})},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::size_t mark = line.frames().size();
+        EXPECT_TRUE(ask(c.request).endsWith(QLatin1String("Response")));
+        EXPECT_EQ(commandsAfter(mark), Messages{c.message});
+    }
+}
+
+TEST_F(OnvifServerTest, StopEndsPanAndTiltOrZoomAloneAndAPresetIsNotSavedWhileJogging) {
+    ASSERT_TRUE(connect());
+    ASSERT_EQ(ask(move("ContinuousMove",
+                       "<tptz:Velocity><tt:PanTilt x=\"0.2\" y=\"-0.2\"/><tt:Zoom x=\"-0.5\"/>"
+                       "</tptz:Velocity>",
+                       "profile2")),
+              QStringLiteral("ContinuousMoveResponse"));
+    ASSERT_TRUE(runUntil([&] { return session.jog().PanJogSpeed == 51; }, 2000));
+    EXPECT_EQ(session.jog().TiltJogSpeed, 51);
+    // Camera 2's profile zooms camera 2's lens.
+    EXPECT_EQ(session.jog().LensJogSpeeds[2], lensJogByte(-64));
+    EXPECT_EQ(ask(move("SetPreset", "<tptz:PresetToken>4</tptz:PresetToken>")),
+              QStringLiteral("env:Receiver ter:Action ter:MovingPTZ"));
+
+    EXPECT_EQ(ask(move("Stop", "<tptz:PanTilt>true</tptz:PanTilt><tptz:Zoom>false</tptz:Zoom>")),
+              QStringLiteral("StopResponse"));
+    EXPECT_EQ(session.jog().PanJogSpeed, 0);
+    EXPECT_EQ(session.jog().LensJogSpeeds[2], lensJogByte(-64));
+    const std::size_t mark = line.frames().size();
+    EXPECT_EQ(ask(move("Stop", {})), QStringLiteral("StopResponse"));
+    EXPECT_EQ(session.jog().LensJogSpeeds[2], 0);
+    EXPECT_TRUE(runUntil([&] { return stopsSince(mark) >= 1; }, 2000));
+    EXPECT_FALSE(server.services().jog().driving());
+}
+
+TEST_F(OnvifServerTest, StatusAndPresetsReadFromTheUnit) {
+    ASSERT_TRUE(connect());
+    ASSERT_TRUE(finish(session.savePreset(9, {-85.0, 42.5})).isDone());
+    const QByteArray presets = bodyOf(post(envelope(move("GetPresets", {}))));
+    EXPECT_TRUE(
+        presets.contains("<tptz:Preset token=\"9\"><tt:Name>Preset 9</tt:Name><tt:PTZPosition>"
+                         "<tt:PanTilt x=\"-0.5\" y=\"0.5\""));
+    EXPECT_EQ(presets.count("<tptz:Preset "), OnvifServices::kPresets);
+
+    const QByteArray nodes = bodyOf(post(envelope("<tptz:GetNodes/>")));
+    // The degree space spans the soft limits.
+    EXPECT_TRUE(nodes.contains(QByteArray("<tt:URI>") + onvif::space::kPanTiltDegrees +
+                               "</tt:URI><tt:XRange><tt:Min>-170</tt:Min><tt:Max>170</tt:Max>"
+                               "</tt:XRange><tt:YRange><tt:Min>-85</tt:Min><tt:Max>85</tt:Max>"));
+    EXPECT_TRUE(nodes.contains("<tt:MaximumNumberOfPresets>31</tt:MaximumNumberOfPresets>"));
+}
+
+TEST_F(OnvifServerTest, ConnectionsKeepAliveAndEndOnRequestsThatBreakTheRules) {
+    server.setTimeouts(200, 2000);
+    QSignalSpy clients(&server, &OnvifServer::clientCountChanged);
+    const QByteArray time = httpPost(envelope("<tds:GetSystemDateAndTime/>", QString()));
+    HttpClient kept;
+    ASSERT_TRUE(kept.connectTo(server.serverPort()));
+    kept.socket.write(time + time);
+    EXPECT_EQ(statusOf(kept.response()), 200);
+    EXPECT_EQ(statusOf(kept.response()), 200);
+    EXPECT_EQ(server.clientCount(), 1);
+
+    const struct {
+        const char* name;
+        QByteArray request;
+        int status;
+    } cases[] = {
+        {"GET", "GET /onvif/device_service HTTP/1.1\r\n\r\n", 405},
+        {"unknown path", httpPost("<x/>", "/index.html"), 404},
+        {"headers too long", "POST / HTTP/1.1\r\nX: " + QByteArray(9000, 'x') + "\r\n\r\n", 431},
+        {"body too long", "POST / HTTP/1.1\r\nContent-Length: 300000\r\n\r\n", 413},
+        {"cut short", time.left(time.size() - 10), 408},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        HttpClient client;
+        ASSERT_TRUE(client.connectTo(server.serverPort()));
+        client.socket.write(c.request);
+        EXPECT_EQ(statusOf(client.response()), c.status);
+        if (c.status != 405 && c.status != 404) {
+            EXPECT_TRUE(client.waitClosedByServer());
+        }
+    }
+    server.close();
+    EXPECT_TRUE(kept.waitClosedByServer());
+    EXPECT_EQ(server.clientCount(), 0);
+    EXPECT_GE(clients.size(), 2);
+}
+
+}  // namespace
+}  // namespace halvex::testing

@@ -1,0 +1,154 @@
+// Envelopes as the services read them, the username token's digest and its
+// window, and the PTZ spaces' numbers.
+
+#include <gtest/gtest.h>
+
+#include <QDateTime>
+
+#include "remote/onvif/ptz_spaces.h"
+#include "remote/onvif/soap_message.h"
+#include "remote/onvif/username_token.h"
+#include "tests/remote/onvif/onvif_rig.h"
+
+namespace halvex::onvif {
+namespace {
+
+QByteArray soap12(const QByteArray& inside) {
+    return "<s:Envelope xmlns:s=\"http://www.w3.org/2003/05/soap-envelope\">" + inside +
+           "</s:Envelope>";
+}
+
+// "env:Sender ter:WellFormed", or the body element's name.
+QString outcomeOf(const QByteArray& xml) {
+    const auto parsed = parseSoapRequest(xml);
+    if (const auto* fault = std::get_if<SoapFault>(&parsed)) {
+        return (QStringList{fault->code} + fault->subcodes).join(QLatin1Char(' '));
+    }
+    return std::get<SoapRequest>(parsed).body.name;
+}
+
+TEST(SoapMessage, MalformedOrForeignEnvelopesAreAnsweredWithTheirFault) {
+    const QByteArray deep = QByteArray("<a>").repeated(40) + QByteArray("</a>").repeated(40);
+    const struct {
+        const char* name;
+        QByteArray xml;
+        const char* outcome;
+    } cases[] = {
+        {"a request", soap12("<s:Body><GetNodes xmlns=\"urn:x\"/></s:Body>"), "GetNodes"},
+        {"not XML", "<s:Envelope", "env:Sender ter:WellFormed"},
+        {"unclosed body", soap12("<s:Body><GetNodes>").chopped(13), "env:Sender ter:WellFormed"},
+        {"undeclared prefix", soap12("<s:Body><x:GetNodes/></s:Body>"),
+         "env:Sender ter:WellFormed"},
+        {"trailing element", soap12("<s:Body><a/></s:Body>") + "<b/>", "env:Sender ter:WellFormed"},
+        {"a document type",
+         "<!DOCTYPE s [<!ENTITY e \"e\">]>" + soap12("<s:Body><a>&e;</a></s:Body>"),
+         "env:Sender ter:WellFormed"},
+        {"SOAP 1.1",
+         "<s:Envelope xmlns:s=\"http://schemas.xmlsoap.org/soap/envelope/\"><s:Body><a/>"
+         "</s:Body></s:Envelope>",
+         "env:VersionMismatch"},
+        {"not an envelope", "<Message><Body><a/></Body></Message>", "env:Sender ter:InvalidArgs"},
+        {"no body", soap12("<s:Header/>"), "env:Sender ter:InvalidArgs"},
+        {"empty body", soap12("<s:Body> </s:Body>"), "env:Sender ter:InvalidArgs"},
+        {"too deep", soap12("<s:Body>" + deep + "</s:Body>"), "env:Sender ter:InvalidArgs"},
+        {"header it must understand",
+         soap12("<s:Header><x:Billing xmlns:x=\"urn:x\" s:mustUnderstand=\"true\"/></s:Header>"
+                "<s:Body><a/></s:Body>"),
+         "env:MustUnderstand"},
+        {"header it may ignore",
+         soap12("<s:Header><x:Billing xmlns:x=\"urn:x\"/></s:Header><s:Body><a/></s:Body>"), "a"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(outcomeOf(c.xml), QString::fromLatin1(c.outcome));
+    }
+}
+
+class TokenTest : public ::testing::Test {
+  protected:
+    const QDateTime now = QDateTime::fromString("2024-03-01T12:00:00Z", Qt::ISODate);
+
+    static UsernameToken token(const QString& nonce, const QDateTime& created,
+                               const QString& password = QStringLiteral("secret"),
+                               const QString& user = QStringLiteral("admin")) {
+        const QString createdText = created.toString(Qt::ISODateWithMs);
+        return {user, UsernameTokenCheck::digest(nonce, createdText, password),
+                QStringLiteral("http://docs.oasis-open.org/wss/2004/01/"
+                               "oasis-200401-wss-username-token-profile-1.0#PasswordDigest"),
+                nonce, createdText};
+    }
+    UsernameTokenCheck::Verdict check(const std::optional<UsernameToken>& token) {
+        return tokens.check(token, QStringLiteral("admin"), QStringLiteral("secret"), now);
+    }
+
+    UsernameTokenCheck tokens;
+};
+
+TEST_F(TokenTest, TheDigestIsSha1OfNonceBytesCreatedAndPassword) {
+    // The worked example clients are checked against.
+    EXPECT_EQ(UsernameTokenCheck::digest(QStringLiteral("LKqI6G/AikKCQrN0zqZFlg=="),
+                                         QStringLiteral("2010-09-16T07:50:45Z"),
+                                         QStringLiteral("userpassword")),
+              QStringLiteral("tuOSpGlFlIXsozq4HFNeeGeFLEI="));
+}
+
+TEST_F(TokenTest, ATokenIsTakenOnceWithinFiveMinutesOfNow) {
+    using Verdict = UsernameTokenCheck::Verdict;
+    UsernameToken text = token(QStringLiteral("bm9uY2Ux"), now);
+    text.passwordType = QStringLiteral("...#PasswordText");
+    text.password = QStringLiteral("secret");
+    UsernameToken noNonce = token(QString(), now);
+    const struct {
+        const char* name;
+        std::optional<UsernameToken> token;
+        Verdict verdict;
+    } cases[] = {
+        {"none", std::nullopt, Verdict::NoToken},
+        {"plain password", text, Verdict::NotDigest},
+        {"no nonce", noNonce, Verdict::NotDigest},
+        {"wrong user",
+         token(QStringLiteral("bm9uY2Uy"), now, QStringLiteral("secret"), QStringLiteral("root")),
+         Verdict::WrongUser},
+        {"wrong password", token(QStringLiteral("bm9uY2Uz"), now, QStringLiteral("guess")),
+         Verdict::WrongDigest},
+        {"made six minutes ago", token(QStringLiteral("bm9uY2U0"), now.addSecs(-360)),
+         Verdict::Stale},
+        {"made six minutes ahead", token(QStringLiteral("bm9uY2U1"), now.addSecs(360)),
+         Verdict::Stale},
+        {"four minutes ahead", token(QStringLiteral("bm9uY2U2"), now.addSecs(240)),
+         Verdict::Accepted},
+        {"now", token(QStringLiteral("bm9uY2U3"), now), Verdict::Accepted},
+        {"the same again", token(QStringLiteral("bm9uY2U3"), now), Verdict::Replayed},
+        {"its nonce with another time", token(QStringLiteral("bm9uY2U3"), now.addSecs(-1)),
+         Verdict::Replayed},
+        {"one refused may come right", token(QStringLiteral("bm9uY2Uz"), now), Verdict::Accepted},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_EQ(check(c.token), c.verdict);
+    }
+}
+
+TEST(PtzSpaces, TimeoutsReadAsDurations) {
+    // A unit that pans for ever spans a whole turn; the other spaces' numbers
+    // are checked by the moves they put on the line.
+    EXPECT_EQ(rangeFromLimits(-10.0f, 10.0f, -5.0f, 5.0f, true).panMax, 180.0);
+    const struct {
+        const char* text;
+        std::optional<int> ms;
+    } durations[] = {
+        {"PT5S", 5000},          {"PT0.25S", 250},          {"PT1M30S", 90000},
+        {"P0DT0H0M10S", 10000},  {" PT1H ", 3600000},       {"P1D", 86400000},
+        {"P2D", std::nullopt},   {"PT", std::nullopt},      {"P", std::nullopt},
+        {"5S", std::nullopt},    {"PT5", std::nullopt},     {"PT1S1M", std::nullopt},
+        {"PT.5S", std::nullopt}, {"PT1.5M", std::nullopt},  {"P1H", std::nullopt},
+        {"PT-1S", std::nullopt}, {"PT1ST1S", std::nullopt},
+    };
+    for (const auto& d : durations) {
+        SCOPED_TRACE(d.text);
+        EXPECT_EQ(durationMs(d.text), d.ms);
+    }
+}
+
+}  // namespace
+}  // namespace halvex::onvif
