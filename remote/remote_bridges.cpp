@@ -2,6 +2,7 @@
 
 #include <QSettings>
 
+#include "remote/onvif/onvif_server.h"
 #include "remote/pelco_d/pelco_d_bridge.h"
 #include "remote/visca/visca_bridge.h"
 
@@ -30,8 +31,10 @@ void RemoteBridges::track(Kind kind, Bridge* bridge) {
 
 RemoteBridges::RemoteBridges(Session& session, QObject* parent)
     : QObject(parent),
+      onvif_(std::make_unique<OnvifServer>(session)),
       visca_(std::make_unique<ViscaBridge>(session)),
       pelcoD_(std::make_unique<PelcoDBridge>(session)) {
+    track(Kind::Onvif, onvif_.get());
     track(Kind::Visca, visca_.get());
     track(Kind::PelcoD, pelcoD_.get());
 }
@@ -40,6 +43,8 @@ RemoteBridges::~RemoteBridges() = default;
 
 QString RemoteBridges::nameOf(Kind kind) {
     switch (kind) {
+        case Kind::Onvif:
+            return QStringLiteral("ONVIF");
         case Kind::Visca:
             return QStringLiteral("VISCA");
         case Kind::PelcoD:
@@ -58,11 +63,34 @@ QStringList RemoteBridges::apply(const BridgeSettings& settings, QStringList* st
             *started << QStringLiteral("%1 on %2").arg(nameOf(kind), state(kind).where);
         }
     };
+    run(Kind::Onvif, &RemoteBridges::startOnvif);
     run(Kind::Visca, &RemoteBridges::startVisca);
     run(Kind::PelcoD, &RemoteBridges::startPelcoD);
     settings_ = settings;
     emit stateChanged();
     return failures;
+}
+
+QString RemoteBridges::startOnvif(const BridgeSettings& settings) {
+    State& state = stateOf(Kind::Onvif);
+    onvif_->close();
+    state = {};
+    if (!settings.onvifPort) {
+        return {};
+    }
+    onvif_->setCredentials(settings.onvifUser, settings.onvifPassword);
+    if (!onvif_->listen(settings.listen, *settings.onvifPort)) {
+        return QStringLiteral("ONVIF cannot listen on %1: %2")
+            .arg(endpoint(settings.listen, *settings.onvifPort), onvif_->errorString());
+    }
+    state.running = true;
+    state.where = endpoint(settings.listen, onvif_->serverPort());
+    // Video management systems find devices by WS-Discovery on the local
+    // network; a bridge kept to this computer has nobody to be found by.
+    if (!settings.listen.isLoopback() && !onvif_->startDiscovery()) {
+        state.where += QStringLiteral(" (not discoverable: %1)").arg(onvif_->errorString());
+    }
+    return {};
 }
 
 QString RemoteBridges::startVisca(const BridgeSettings& settings) {

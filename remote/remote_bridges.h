@@ -10,6 +10,7 @@
 namespace halvex {
 
 class Session;
+class OnvifServer;
 class ViscaBridge;
 class PelcoDBridge;
 
@@ -18,8 +19,8 @@ class PelcoDBridge;
 class RemoteBridges : public QObject {
     Q_OBJECT
   public:
-    enum class Kind { Visca, PelcoD };
-    static constexpr int kKinds = 2;
+    enum class Kind { Onvif, Visca, PelcoD };
+    static constexpr int kKinds = 3;
 
     struct State {
         bool running = false;
@@ -41,6 +42,7 @@ class RemoteBridges : public QObject {
     State state(Kind kind) const { return states_[static_cast<std::size_t>(kind)]; }
     static QString nameOf(Kind kind);
 
+    OnvifServer& onvif() { return *onvif_; }
     ViscaBridge& visca() { return *visca_; }
     PelcoDBridge& pelcoD() { return *pelcoD_; }
 
@@ -51,9 +53,11 @@ class RemoteBridges : public QObject {
     State& stateOf(Kind kind) { return states_[static_cast<std::size_t>(kind)]; }
     template <typename Bridge>
     void track(Kind kind, Bridge* bridge);
+    QString startOnvif(const BridgeSettings& settings);
     QString startVisca(const BridgeSettings& settings);
     QString startPelcoD(const BridgeSettings& settings);
 
+    std::unique_ptr<OnvifServer> onvif_;
     std::unique_ptr<ViscaBridge> visca_;
     std::unique_ptr<PelcoDBridge> pelcoD_;
     BridgeSettings settings_;

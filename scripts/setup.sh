@@ -20,6 +20,12 @@ set -euo pipefail
 # ccache: a rebuild reuses what an earlier build compiled.
 packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libsdl2-dev libgtest-dev libhamlib-utils
           ser2net tshark fonts-dejavu-core python3 qcoro-qt6-dev ccache)
+# nodejs, npm: the suite drives the ONVIF bridge with the npm "onvif" client,
+# which the suite installs into the build tree. A Node.js that is already
+# installed from elsewhere (it brings its own npm) is used as it is.
+if ! command -v node >/dev/null || ! command -v npm >/dev/null; then
+    packages+=(nodejs npm)
+fi
 for flag in "$@"; do
     case "$flag" in
         --with-display) packages+=(xvfb) ;;

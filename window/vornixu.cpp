@@ -272,6 +272,7 @@ void VornixU::installInputFeatures() {
         const QString notice =
             QStringLiteral("The operator has control: network moves are refused while jogging.");
         const bool remote = networkControl_->server().isListening() ||
+                            remoteBridges_->state(RemoteBridges::Kind::Onvif).running ||
                             remoteBridges_->state(RemoteBridges::Kind::Visca).running ||
                             remoteBridges_->state(RemoteBridges::Kind::PelcoD).running;
         if (owner && isOperatorSource(*owner) && remote) {

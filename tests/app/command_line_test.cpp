@@ -130,13 +130,18 @@ TEST(Headless, GoesOnlineWithoutADisplayRotctlPointsTheUnitAndSigtermStopsIt) {
     const quint16 port = freePort();
     const quint16 viscaPort = freePort();
     const quint16 pelcoPort = freePort();
+    const quint16 onvifPort = freePort();
     QProcess console;
-    console.setProcessEnvironment(withoutDisplay());
-    console.start(QStringLiteral(HALVEX_PATH),
-                  {QStringLiteral("--headless"), QStringLiteral("--port"), sim.device(),
-                   QStringLiteral("--rotctld"), QString::number(port), QStringLiteral("--visca"),
-                   QString::number(viscaPort), QStringLiteral("--pelco"),
-                   QStringLiteral("tcp:%1").arg(pelcoPort)});
+    QProcessEnvironment environment = withoutDisplay();
+    environment.insert(QStringLiteral("HALVEX_ONVIF_PASSWORD"), QStringLiteral("secret"));
+    console.setProcessEnvironment(environment);
+    console.start(
+        QStringLiteral(HALVEX_PATH),
+        {QStringLiteral("--headless"), QStringLiteral("--port"), sim.device(),
+         QStringLiteral("--rotctld"), QString::number(port), QStringLiteral("--visca"),
+         QString::number(viscaPort), QStringLiteral("--pelco"),
+         QStringLiteral("tcp:%1").arg(pelcoPort), QStringLiteral("--onvif"),
+         QString::number(onvifPort), QStringLiteral("--onvif-user"), QStringLiteral("admin")});
     ASSERT_TRUE(console.waitForStarted(5000));
     QString said_;
     const auto said = [&]() -> const QString& {
@@ -163,6 +168,7 @@ TEST(Headless, GoesOnlineWithoutADisplayRotctlPointsTheUnitAndSigtermStopsIt) {
     EXPECT_TRUE(said().contains(QStringLiteral("network control on 127.0.0.1 port %1").arg(port)));
     EXPECT_TRUE(said().contains(QStringLiteral("VISCA on 127.0.0.1:%1").arg(viscaPort)));
     EXPECT_TRUE(said().contains(QStringLiteral("Pelco-D on 127.0.0.1:%1").arg(pelcoPort)));
+    EXPECT_TRUE(said().contains(QStringLiteral("ONVIF on 127.0.0.1:%1").arg(onvifPort)));
     // The bridges answer: VISCA over IP's position inquiry, and a keyboard's
     // connection taken.
     QUdpSocket visca;

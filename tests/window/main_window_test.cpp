@@ -283,8 +283,9 @@ TEST(RemoteControl, TheDialogStartsABridgeKeepsItsSettingsAndShowsItsClients) {
             ->item(row, column)
             ->text();
     };
-    EXPECT_EQ(cell(1, 0), QStringLiteral("VISCA"));
-    EXPECT_EQ(cell(1, 1), QStringLiteral("off"));
+    EXPECT_EQ(cell(1, 0), QStringLiteral("ONVIF"));
+    EXPECT_EQ(cell(2, 0), QStringLiteral("VISCA"));
+    EXPECT_EQ(cell(2, 1), QStringLiteral("off"));
 
     QTcpServer taken;  // a port certain to be free, then given to the bridge
     ASSERT_TRUE(taken.listen(QHostAddress::LocalHost, 0));
@@ -294,11 +295,11 @@ TEST(RemoteControl, TheDialogStartsABridgeKeepsItsSettingsAndShowsItsClients) {
     rig.find<QLineEdit>(QStringLiteral("ViscaPortBox"))->setText(QString::number(port));
     rig.find<QPushButton>(QStringLiteral("RemoteApplyBut"))->click();
     EXPECT_TRUE(rig.shown.empty());
-    EXPECT_EQ(cell(1, 1), QStringLiteral("127.0.0.1:%1").arg(port));
+    EXPECT_EQ(cell(2, 1), QStringLiteral("127.0.0.1:%1").arg(port));
     EXPECT_EQ(loadBridgeSettings().viscaPort, port);
     QTcpSocket controller;
     controller.connectToHost(QHostAddress::LocalHost, port);
-    EXPECT_TRUE(ConsoleRig::waitFor([&] { return cell(1, 2) == QStringLiteral("1"); }));
+    EXPECT_TRUE(ConsoleRig::waitFor([&] { return cell(2, 2) == QStringLiteral("1"); }));
 
     // A keyboard on a serial line with no device named.
     rig.find<QCheckBox>(QStringLiteral("PelcoCheck"))->setChecked(true);
@@ -308,8 +309,8 @@ TEST(RemoteControl, TheDialogStartsABridgeKeepsItsSettingsAndShowsItsClients) {
     EXPECT_EQ(rig.shown[0].text,
               QStringLiteral("Enter the serial device the Pelco-D keyboard is on."));
     EXPECT_TRUE(dialog->isVisible());
-    EXPECT_EQ(cell(2, 1), QStringLiteral("off"));
-    EXPECT_EQ(cell(1, 1), QStringLiteral("127.0.0.1:%1").arg(port));  // left running
+    EXPECT_EQ(cell(3, 1), QStringLiteral("off"));
+    EXPECT_EQ(cell(2, 1), QStringLiteral("127.0.0.1:%1").arg(port));  // left running
 
     rig.find<QCheckBox>(QStringLiteral("ViscaCheck"))->setChecked(false);
     rig.find<QCheckBox>(QStringLiteral("PelcoCheck"))->setChecked(false);
