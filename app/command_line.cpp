@@ -22,7 +22,8 @@ CommandLine::CommandLine() {
     parser_.addOption(port_);
     parser_.addOption(baud_);
     for (const QCommandLineOption* option :
-         {&onvif_, &onvifUser_, &visca_, &pelco_, &pelcoAddress_, &pelcoBaud_, &remoteListen_}) {
+         {&onvif_, &onvifUser_, &visca_, &pelco_, &pelcoAddress_, &pelcoBaud_, &viscaRefresh_,
+          &pelcoRefresh_, &remoteListen_}) {
         parser_.addOption(*option);
     }
     ::addCommissioningOptions(parser_);
@@ -215,6 +216,16 @@ QString CommandLine::readBridges() {
         bridges_.pelcoBaud = parser_.value(pelcoBaud_).toInt(&ok);
         if (!ok || bridges_.pelcoBaud < 1200 || bridges_.pelcoBaud > 115200) {
             return badValue(pelcoBaud_, parser_.value(pelcoBaud_));
+        }
+    }
+    for (const auto& [option, refresh] : {std::pair{&viscaRefresh_, &bridges_.viscaRefreshMs},
+                                          std::pair{&pelcoRefresh_, &bridges_.pelcoRefreshMs}}) {
+        if (parser_.isSet(*option)) {
+            bool ok = false;
+            *refresh = parser_.value(*option).toInt(&ok);
+            if (!ok || *refresh < 0 || *refresh > BridgeSettings::kLongestRefreshMs) {
+                return badValue(*option, parser_.value(*option));
+            }
         }
     }
     if (parser_.isSet(remoteListen_)) {

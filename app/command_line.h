@@ -131,6 +131,16 @@ class CommandLine {
     const QCommandLineOption pelcoBaud_{QStringLiteral("pelco-baud"),
                                         QStringLiteral("The keyboard line's speed (default 2400)."),
                                         QStringLiteral("SPEED")};
+    const QCommandLineOption viscaRefresh_{
+        QStringLiteral("visca-refresh"),
+        QStringLiteral("Stop a VISCA drive after MS milliseconds with nothing from its "
+                       "client (default 10000; 0: only at its stop)."),
+        QStringLiteral("MS")};
+    const QCommandLineOption pelcoRefresh_{
+        QStringLiteral("pelco-refresh"),
+        QStringLiteral("Stop a Pelco-D drive after MS milliseconds without a frame (default "
+                       "800; 0: only at its stop)."),
+        QStringLiteral("MS")};
     const QCommandLineOption remoteListen_{
         QStringLiteral("remote-listen"),
         QStringLiteral("Address the ONVIF, VISCA and Pelco-D TCP bridges listen on (default "

@@ -17,6 +17,14 @@ struct BridgeSettings {
     QString onvifPassword;
 
     std::optional<quint16> viscaPort;
+    // How long a drive goes on with nothing heard from its client; 0: until
+    // its stop. Some VISCA controllers send one drive and nothing until the
+    // stop; a Pelco-D keyboard repeats its frame while the stick is held.
+    static constexpr int kViscaRefreshMs = 10000;
+    static constexpr int kPelcoRefreshMs = 800;
+    static constexpr int kLongestRefreshMs = 600000;
+    int viscaRefreshMs = kViscaRefreshMs;
+    int pelcoRefreshMs = kPelcoRefreshMs;
 
     // A serial device of its own, or a TCP port: at most one of them.
     QString pelcoDevice;
@@ -24,9 +32,7 @@ struct BridgeSettings {
     int pelcoAddress = 1;
     qint32 pelcoBaud = 2400;
 
-    bool any() const {
-        return onvifPort || viscaPort || !pelcoDevice.isEmpty() || pelcoTcpPort;
-    }
+    bool any() const { return onvifPort || viscaPort || !pelcoDevice.isEmpty() || pelcoTcpPort; }
 };
 
 }  // namespace halvex

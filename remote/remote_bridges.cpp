@@ -8,6 +8,9 @@
 
 namespace halvex {
 
+static_assert(BridgeSettings::kViscaRefreshMs == ViscaBridge::kDefaultRefreshMs);
+static_assert(BridgeSettings::kPelcoRefreshMs == PelcoDBridge::kDefaultRefreshMs);
+
 namespace {
 
 QString endpoint(const QHostAddress& address, quint16 port) {
@@ -100,6 +103,7 @@ QString RemoteBridges::startVisca(const BridgeSettings& settings) {
     if (!settings.viscaPort) {
         return {};
     }
+    visca_->setRefreshMs(settings.viscaRefreshMs);
     if (!visca_->listen(settings.listen, *settings.viscaPort)) {
         return QStringLiteral("VISCA cannot listen on %1: %2")
             .arg(endpoint(settings.listen, *settings.viscaPort), visca_->errorString());
@@ -114,6 +118,7 @@ QString RemoteBridges::startPelcoD(const BridgeSettings& settings) {
     pelcoD_->close();
     state = {};
     pelcoD_->setAddress(settings.pelcoAddress);
+    pelcoD_->setRefreshMs(settings.pelcoRefreshMs);
     if (settings.pelcoTcpPort) {
         if (!pelcoD_->listen(settings.listen, *settings.pelcoTcpPort)) {
             return QStringLiteral("Pelco-D cannot listen on %1: %2")
@@ -163,6 +168,12 @@ BridgeSettings loadBridgeSettings() {
     settings.pelcoAddress =
         std::clamp(kept.value(QStringLiteral("pelcoAddress"), 1).toInt(), 1, 255);
     settings.pelcoBaud = kept.value(QStringLiteral("pelcoBaud"), 2400).toInt();
+    const auto refresh = [&kept](const char* key, int otherwise) {
+        return std::clamp(kept.value(QLatin1String(key), otherwise).toInt(), 0,
+                          BridgeSettings::kLongestRefreshMs);
+    };
+    settings.viscaRefreshMs = refresh("viscaRefreshMs", settings.viscaRefreshMs);
+    settings.pelcoRefreshMs = refresh("pelcoRefreshMs", settings.pelcoRefreshMs);
     return settings;
 }
 
@@ -179,6 +190,8 @@ void saveBridgeSettings(const BridgeSettings& settings) {
     kept.setValue(QStringLiteral("pelcoTcpPort"), settings.pelcoTcpPort.value_or(0));
     kept.setValue(QStringLiteral("pelcoAddress"), settings.pelcoAddress);
     kept.setValue(QStringLiteral("pelcoBaud"), settings.pelcoBaud);
+    kept.setValue(QStringLiteral("viscaRefreshMs"), settings.viscaRefreshMs);
+    kept.setValue(QStringLiteral("pelcoRefreshMs"), settings.pelcoRefreshMs);
 }
 
 }  // namespace halvex

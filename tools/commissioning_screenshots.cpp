@@ -53,7 +53,15 @@ bool saveCommissioningDialogs(halvex::VornixU& window, halvex::sim::Unit& unit,
         }
     });
     trigger("MenuSaveUnit");
-    ok = progressShown && ok;
+    // The save goes on from the event loop: its picture, then its end.
+    ok = QTest::qWaitFor([&] { return progressShown; }, 10000) && ok;
+    ok = QTest::qWaitFor(
+             [&window] {
+                 auto* progress = window.findChild<ProgressDialog*>();
+                 return progress == nullptr || !progress->isVisible();
+             },
+             60000) &&
+         ok;
 
     // The unit since: other speeds, a soft limit, a preset with lens
     // positions, a tour step and a factory setting.
@@ -73,5 +81,5 @@ bool saveCommissioningDialogs(halvex::VornixU& window, halvex::sim::Unit& unit,
         co_return false;
     });
     trigger("MenuRestoreUnit");
-    return confirmShown && ok;
+    return QTest::qWaitFor([&] { return confirmShown; }, 60000) && ok;
 }

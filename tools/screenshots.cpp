@@ -12,6 +12,7 @@
 #include <SDL.h>
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDialog>
 #include <QDir>
@@ -25,6 +26,8 @@
 #include <QScrollBar>
 #include <QSettings>
 #include <QTabWidget>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTemporaryDir>
 #include <QTest>
 #include <cstdio>
@@ -152,6 +155,31 @@ bool saveInputSettings(halvex::VornixU& window, const QString& out) {
     QTest::qWait(100);
     window.input().controller->read();
     SDL_QuitSubSystem(SDL_INIT_JOYSTICK);
+    return ok;
+}
+
+// Unit > Remote Control with VISCA listening on a free port and a controller
+// connected to it.
+bool saveRemoteControl(halvex::VornixU& window, const QString& path) {
+    window.findChild<QAction*>(QStringLiteral("MenuRemoteControl"))->trigger();
+    auto* dialog = window.findChild<QDialog*>(QStringLiteral("RemoteControlDialog"));
+    if (dialog == nullptr) {
+        return false;
+    }
+    QTcpServer probe;
+    probe.listen(QHostAddress::LocalHost, 0);
+    const quint16 port = probe.serverPort();
+    probe.close();
+    dialog->findChild<QCheckBox*>(QStringLiteral("ViscaCheck"))->setChecked(true);
+    dialog->findChild<QLineEdit*>(QStringLiteral("ViscaPortBox"))->setText(QString::number(port));
+    dialog->findChild<QPushButton*>(QStringLiteral("RemoteApplyBut"))->click();
+    QTcpSocket controller;
+    controller.connectToHost(QHostAddress::LocalHost, port);
+    controller.waitForConnected(2000);
+    QTest::qWait(200);
+    const bool ok = save(*dialog, path);
+    dialog->findChild<QCheckBox*>(QStringLiteral("ViscaCheck"))->setChecked(false);
+    dialog->findChild<QPushButton*>(QStringLiteral("RemoteOkBut"))->click();
     return ok;
 }
 
@@ -283,6 +311,7 @@ int readmePictures(const QString& out) {
     ok = savePages(window, out) && ok;
     ok = saveLineLog(window, out) && ok;
     ok = saveInputSettings(window, out) && ok;
+    ok = saveRemoteControl(window, out + QStringLiteral("/remotecontrol.png")) && ok;
     window.dataWatch().show();
     window.dataWatch().resize(640, 220);
     QTest::qWait(300);
@@ -320,8 +349,9 @@ int smallScreenPages(const QString& out) {
     bool ok = true;
     for (const char* palette : kPalettes) {
         choosePalette(window, palette);
-        ok = savePages(window, out + QLatin1Char('/') + QString::fromLatin1(palette).toLower()) &&
-             ok;
+        const QString folder = out + QLatin1Char('/') + QString::fromLatin1(palette).toLower();
+        ok = savePages(window, folder) && ok;
+        ok = saveRemoteControl(window, folder + QStringLiteral("/remotecontrol.png")) && ok;
     }
     choosePalette(window, "Desktop");
     return ok ? 0 : 1;

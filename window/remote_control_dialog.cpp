@@ -34,6 +34,16 @@ std::optional<quint16> portIn(const QLineEdit& box) {
                                             : std::nullopt;
 }
 
+// Milliseconds of silence from a client before its drive stops; 0: never.
+QSpinBox* refreshSpin(QWidget* parent) {
+    auto* spin = new QSpinBox(parent);
+    spin->setRange(0, BridgeSettings::kLongestRefreshMs);
+    spin->setSingleStep(100);
+    spin->setSuffix(QStringLiteral(" ms of silence"));
+    spin->setSpecialValueText(QStringLiteral("never"));
+    return spin;
+}
+
 }  // namespace
 
 RemoteControlDialog::RemoteControlDialog(RemoteBridges& bridges, NetworkControl& networkControl,
@@ -64,9 +74,11 @@ RemoteControlDialog::RemoteControlDialog(RemoteBridges& bridges, NetworkControl&
     auto* visca = new QGroupBox(QStringLiteral("VISCA over IP (broadcast controllers)"), this);
     viscaOn_ = named(new QCheckBox(QStringLiteral("On"), visca), "ViscaCheck");
     viscaPort_ = named(new QLineEdit(visca), "ViscaPortBox");
+    viscaRefresh_ = named(refreshSpin(visca), "ViscaRefreshSpin");
     auto* viscaForm = new QFormLayout(visca);
     viscaForm->addRow(viscaOn_);
     viscaForm->addRow(QStringLiteral("UDP and TCP port:"), viscaPort_);
+    viscaForm->addRow(QStringLiteral("Stop a drive after:"), viscaRefresh_);
 
     auto* pelco = new QGroupBox(QStringLiteral("Pelco-D (PTZ keyboards)"), this);
     pelcoOn_ = named(new QCheckBox(QStringLiteral("On"), pelco), "PelcoCheck");
@@ -87,13 +99,22 @@ RemoteControlDialog::RemoteControlDialog(RemoteBridges& bridges, NetworkControl&
     pelcoForm->addRow(QStringLiteral("Speed:"), pelcoBaud_);
     pelcoForm->addRow(pelcoTcp_, pelcoPort_);
     pelcoForm->addRow(QStringLiteral("Camera address:"), pelcoAddress_);
+    pelcoRefresh_ = named(refreshSpin(pelco), "PelcoRefreshSpin");
+    pelcoForm->addRow(QStringLiteral("Stop a drive after:"), pelcoRefresh_);
 
-    states_ = named(new QTableWidget(RemoteBridges::kKinds + 1, 4, this), "RemoteStatusTable");
+    states_ = named(new QTableWidget(RemoteBridges::kKinds + 1, 5, this), "RemoteStatusTable");
     states_->setHorizontalHeaderLabels({QStringLiteral("Bridge"), QStringLiteral("Listening on"),
-                                        QStringLiteral("Clients"), QStringLiteral("Last command")});
+                                        QStringLiteral("User"), QStringLiteral("Clients"),
+                                        QStringLiteral("Last command")});
     states_->verticalHeader()->hide();
+    states_->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     states_->horizontalHeader()->setStretchLastSection(true);
     states_->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    // Every bridge's row in view without scrolling.
+    states_->setMinimumHeight(states_->horizontalHeader()->sizeHint().height() +
+                              states_->rowCount() *
+                                  states_->verticalHeader()->defaultSectionSize() +
+                              2 * states_->frameWidth());
 
     auto* buttons = new QDialogButtonBox(
         QDialogButtonBox::Ok | QDialogButtonBox::Cancel | QDialogButtonBox::Apply, this);
@@ -136,6 +157,8 @@ void RemoteControlDialog::fillForm(const BridgeSettings& settings) {
     onvifPassword_->setText(settings.onvifPassword);
     viscaOn_->setChecked(settings.viscaPort.has_value());
     viscaPort_->setText(QString::number(settings.viscaPort.value_or(52381)));
+    viscaRefresh_->setValue(settings.viscaRefreshMs);
+    pelcoRefresh_->setValue(settings.pelcoRefreshMs);
     pelcoOn_->setChecked(!settings.pelcoDevice.isEmpty() || settings.pelcoTcpPort);
     pelcoSerial_->setChecked(!settings.pelcoTcpPort);
     pelcoTcp_->setChecked(settings.pelcoTcpPort.has_value());
@@ -171,6 +194,8 @@ QString RemoteControlDialog::readForm(BridgeSettings& settings) const {
         }
     }
     settings.pelcoAddress = pelcoAddress_->value();
+    settings.viscaRefreshMs = viscaRefresh_->value();
+    settings.pelcoRefreshMs = pelcoRefresh_->value();
     settings.pelcoBaud = pelcoBaud_->currentData().toInt();
     if (pelcoOn_->isChecked() && pelcoTcp_->isChecked()) {
         settings.pelcoTcpPort = portIn(*pelcoPort_);
@@ -202,8 +227,10 @@ bool RemoteControlDialog::applyForm() {
 }
 
 void RemoteControlDialog::showStates() {
-    const auto row = [this](int at, const QString& name, const RemoteBridges::State& state) {
+    const auto row = [this](int at, const QString& name, const RemoteBridges::State& state,
+                            const QString& user = {}) {
         const QStringList cells = {name, state.running ? state.where : QStringLiteral("off"),
+                                   state.running ? user : QString(),
                                    state.running ? QString::number(state.clients) : QString(),
                                    state.lastCommand};
         for (int column = 0; column < cells.size(); ++column) {
@@ -222,9 +249,9 @@ void RemoteControlDialog::showStates() {
          rotctld.clientCount(), QString()});
     for (int kind = 0; kind < RemoteBridges::kKinds; ++kind) {
         const auto k = static_cast<RemoteBridges::Kind>(kind);
-        row(kind + 1, RemoteBridges::nameOf(k), bridges_.state(k));
+        row(kind + 1, RemoteBridges::nameOf(k), bridges_.state(k),
+            k == RemoteBridges::Kind::Onvif ? bridges_.settings().onvifUser : QString());
     }
-    states_->resizeColumnsToContents();
 }
 
 }  // namespace halvex

@@ -47,6 +47,7 @@ class RemoteControlDialog : public QDialog {
     QLineEdit* onvifPassword_;
     QCheckBox* viscaOn_;
     QLineEdit* viscaPort_;
+    QSpinBox* viscaRefresh_;
     QCheckBox* pelcoOn_;
     QRadioButton* pelcoSerial_;
     QRadioButton* pelcoTcp_;
@@ -54,6 +55,7 @@ class RemoteControlDialog : public QDialog {
     QComboBox* pelcoBaud_;
     QSpinBox* pelcoAddress_;
     QLineEdit* pelcoPort_;
+    QSpinBox* pelcoRefresh_;
     QTableWidget* states_;
 };
 

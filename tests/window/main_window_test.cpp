@@ -10,6 +10,7 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpression>
+#include <QSpinBox>
 #include <QStatusBar>
 #include <QTableWidget>
 #include <QTcpServer>
@@ -17,6 +18,7 @@
 #include <QToolButton>
 
 #include "remote/remote_bridges.h"
+#include "remote/visca/visca_bridge.h"
 #include "tests/network/line_client.h"
 #include "tests/support/console_rig.h"
 #include "tests/support/full_disk.h"
@@ -293,13 +295,17 @@ TEST(RemoteControl, TheDialogStartsABridgeKeepsItsSettingsAndShowsItsClients) {
     taken.close();
     rig.find<QCheckBox>(QStringLiteral("ViscaCheck"))->setChecked(true);
     rig.find<QLineEdit>(QStringLiteral("ViscaPortBox"))->setText(QString::number(port));
+    rig.find<QSpinBox>(QStringLiteral("ViscaRefreshSpin"))
+        ->setValue(0);  // a drive runs to its stop
     rig.find<QPushButton>(QStringLiteral("RemoteApplyBut"))->click();
     EXPECT_TRUE(rig.shown.empty());
     EXPECT_EQ(cell(2, 1), QStringLiteral("127.0.0.1:%1").arg(port));
     EXPECT_EQ(loadBridgeSettings().viscaPort, port);
+    EXPECT_EQ(loadBridgeSettings().viscaRefreshMs, 0);
+    EXPECT_EQ(rig.window->remoteBridges().visca().refreshMs(), 0);
     QTcpSocket controller;
     controller.connectToHost(QHostAddress::LocalHost, port);
-    EXPECT_TRUE(ConsoleRig::waitFor([&] { return cell(2, 2) == QStringLiteral("1"); }));
+    EXPECT_TRUE(ConsoleRig::waitFor([&] { return cell(2, 3) == QStringLiteral("1"); }));
 
     // A keyboard on a serial line with no device named.
     rig.find<QCheckBox>(QStringLiteral("PelcoCheck"))->setChecked(true);
