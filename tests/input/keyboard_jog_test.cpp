@@ -66,7 +66,7 @@ TEST_F(KeyboardJogTest, ArrowsJogWhileHeldShiftFasterCtrlSlowerAtSpeedsTheUnitTa
 TEST_F(KeyboardJogTest, HomeMovesHomeEscStopsEverythingAndATextFieldKeepsItsKeys) {
     press(Qt::Key_Right);
     ASSERT_GT(rig().nextMotion()[0], 0);
-    EXPECT_TRUE(rig().stopsAfter([this] { press(Qt::Key_Escape); }));
+    EXPECT_TRUE(rig().stopsAfter([] { press(Qt::Key_Escape); }));
     // The arrow still held does not start the platform again.
     EXPECT_TRUE(stopped(rig().nextMotion()));
 
