@@ -221,9 +221,7 @@ bool RecordingReader::readInterface(std::size_t body, std::size_t bodyLength) {
     return true;
 }
 
-std::optional<LineRecord> RecordingReader::readPacket(std::size_t body, std::size_t bodyLength,
-                                                      bool& ok) {
-    ok = false;
+std::optional<LineRecord> RecordingReader::readPacket(std::size_t body, std::size_t bodyLength) {
     if (bodyLength < 20) {
         fail("packet block too short");
         return std::nullopt;
@@ -256,7 +254,6 @@ std::optional<LineRecord> RecordingReader::readPacket(std::size_t body, std::siz
         }
         option += 4 + padded(length);
     }
-    ok = true;
     const Interface& interface = interfaces_[interfaceId];
     if (interface.linkType != kFrameLinkType && interface.linkType != kEventLinkType) {
         return std::nullopt;
@@ -316,16 +313,16 @@ std::optional<LineRecord> RecordingReader::next() {
         }
         const std::size_t body = position_ + 8;
         const std::size_t bodyLength = length - 12;
+        // Each reader stops the whole reading at a block it cannot read.
         std::optional<LineRecord> record;
-        bool ok = true;
         if (type == kSectionHeader) {
-            ok = readSectionHeader(body, bodyLength);
+            readSectionHeader(body, bodyLength);
         } else if (type == kInterfaceDescription) {
-            ok = readInterface(body, bodyLength);
+            readInterface(body, bodyLength);
         } else if (type == kEnhancedPacket) {
-            record = readPacket(body, bodyLength, ok);
+            record = readPacket(body, bodyLength);
         }
-        if (!ok) {
+        if (stopped_) {
             return std::nullopt;
         }
         position_ += length;

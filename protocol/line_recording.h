@@ -47,7 +47,7 @@ class RecordingReader {
     bool fail(const std::string& reason);
     bool readSectionHeader(std::size_t body, std::size_t bodyLength);
     bool readInterface(std::size_t body, std::size_t bodyLength);
-    std::optional<LineRecord> readPacket(std::size_t body, std::size_t bodyLength, bool& ok);
+    std::optional<LineRecord> readPacket(std::size_t body, std::size_t bodyLength);
     std::uint16_t u16(std::size_t at) const;
     std::uint32_t u32(std::size_t at) const;
 
