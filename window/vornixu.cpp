@@ -90,6 +90,12 @@ VornixU::~VornixU() {
     delete input_.keyboard;
     delete input_.gate;
     input_ = {};
+    // The bridges stop their jogs as they close, through the session; the
+    // dialog that shows them goes first.
+    delete remoteControlDialog_;
+    remoteControlDialog_ = nullptr;
+    delete remoteBridges_;
+    remoteBridges_ = nullptr;
     link_.Timer1().stop();
     link_.Timer2().stop();
     link_.Timer4().stop();
@@ -271,10 +277,11 @@ void VornixU::installInputFeatures() {
     connect(&jogSources_, &JogSources::ownerChanged, this, [this](std::optional<JogSource> owner) {
         const QString notice =
             QStringLiteral("The operator has control: network moves are refused while jogging.");
-        const bool remote = networkControl_->server().isListening() ||
-                            remoteBridges_->state(RemoteBridges::Kind::Onvif).running ||
-                            remoteBridges_->state(RemoteBridges::Kind::Visca).running ||
-                            remoteBridges_->state(RemoteBridges::Kind::PelcoD).running;
+        const bool remote = remoteBridges_ != nullptr &&
+                            (networkControl_->server().isListening() ||
+                             remoteBridges_->state(RemoteBridges::Kind::Onvif).running ||
+                             remoteBridges_->state(RemoteBridges::Kind::Visca).running ||
+                             remoteBridges_->state(RemoteBridges::Kind::PelcoD).running);
         if (owner && isOperatorSource(*owner) && remote) {
             statusBar()->showMessage(notice);
         } else if (statusBar()->currentMessage() == notice) {
