@@ -79,7 +79,6 @@ std::optional<int> durationMs(std::string_view text) {
     text.remove_prefix(1);
     double total = 0.0;
     bool inTime = false;
-    bool any = false;
     // Each unit once, in order: days, then T, hours, minutes, seconds.
     std::string_view units = "D";
     while (!text.empty()) {
@@ -116,9 +115,8 @@ std::optional<int> durationMs(std::string_view text) {
         total += value * (inTime ? kUnitMs[3 - units.size() + at] : 24.0 * 3600e3);
         units.remove_prefix(at + 1);
         text.remove_prefix(digits + 1);
-        any = true;
     }
-    if (!any || total > kDayMs) {
+    if (total > kDayMs) {
         return std::nullopt;
     }
     return static_cast<int>(std::llround(total));

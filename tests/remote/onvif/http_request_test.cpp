@@ -76,6 +76,8 @@ TEST(HttpRequestReader, ReadsRequestsInAnyPiecesAndRefusesWhatBreaksTheRules) {
          0,
          {"400"}},
         {"header with no colon", "POST / HTTP/1.1\r\nHost unit\r\n\r\n", 0, {"400"}},
+        {"header name with a space", "POST / HTTP/1.1\r\nHost name: unit\r\n\r\n", 0, {"400"}},
+        {"method with a slash", "PO/ST / HTTP/1.1\r\n\r\n", 0, {"400"}},
         {"folded header", "POST / HTTP/1.1\r\nHost: a\r\n b\r\n\r\n", 0, {"400"}},
         {"request line of two words", "POST /\r\n\r\n", 0, {"400"}},
         {"not HTTP", "POST / FTP/1.1\r\n\r\n", 0, {"400"}},
