@@ -8,36 +8,23 @@
 //   halvex-onvif-latency [SAMPLES]
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
+#include <QDateTime>
 #include <QRandomGenerator>
 #include <QTcpSocket>
 #include <QUuid>
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <iterator>
 #include <vector>
 
-#include "protocol/link.h"
+#include "bench/bridge_bench.h"
 #include "protocol/vocabulary.h"
 #include "remote/onvif/onvif_server.h"
 #include "remote/onvif/soap_message.h"
 #include "remote/onvif/username_token.h"
-#include "session/session.h"
-#include "session/unit_connection.h"
-#include "sim/unit.h"
-#include "tests/support/finish.h"
-#include "tests/support/recording_peer.h"
-#include "tests/support/test_port.h"
 
 namespace {
-
-using halvex::testing::runUntil;
-
-double percentile(std::vector<double> values, double fraction) {
-    std::sort(values.begin(), values.end());
-    const auto index = static_cast<std::size_t>(fraction * static_cast<double>(values.size() - 1));
-    return values[index];
-}
 
 constexpr auto kUser = "admin";
 constexpr auto kPassword = "bench";
@@ -79,32 +66,19 @@ int main(int argc, char* argv[]) {
     const int samples = argc > 1 ? std::max(2, std::atoi(argv[1])) : 200;
     using namespace halvex;
 
-    sim::Unit unit{sim::UnitOptions{}};
-    halvex::testing::RecordingPeer line{unit};
-    QElapsedTimer clock;
-    clock.start();
+    bench::Rig rig;
     std::function<bool(const halvex::testing::RecordingPeer::Frame&)> awaited;
     qint64 seenAt = -1;
-    line.onFrame = [&](const halvex::testing::RecordingPeer::Frame& frame) {
+    rig.line.onFrame = [&](const halvex::testing::RecordingPeer::Frame& frame) {
         if (awaited && seenAt < 0 && awaited(frame)) {
-            seenAt = clock.nsecsElapsed();
+            seenAt = rig.now();
         }
     };
-    auto* port = new halvex::testing::TestPort(&line);
-    Session session{port, Link::kTickMs};
-    UnitConnection connection{session,
-                              {[] { return QStringLiteral("virtual"); }, [] { return 9600; },
-                               [] { return QStringLiteral("the virtual unit"); }}};
-    bool connected = false;
-    static_cast<void>([](QCoro::Task<bool> starting, bool& done) -> QCoro::Task<> {
-        co_await std::move(starting);
-        done = true;
-    }(connection.start(), connected));
-    if (!runUntil([&] { return connected; }, 60000) || !session.online()) {
+    if (!rig.bringOnline()) {
         std::printf("the console did not come online\n");
         return 1;
     }
-    OnvifServer server{session};
+    OnvifServer server{rig.session};
     server.setCredentials(QLatin1String(kUser), QLatin1String(kPassword));
     if (!server.listen(QHostAddress::LocalHost, 0)) {
         std::printf("cannot listen: %s\n", qPrintable(server.errorString()));
@@ -112,7 +86,7 @@ int main(int argc, char* argv[]) {
     }
     QTcpSocket client;
     client.connectToHost(QHostAddress::LocalHost, server.serverPort());
-    if (!runUntil([&] { return client.state() == QAbstractSocket::ConnectedState; }, 5000)) {
+    if (!bench::waitFor([&] { return client.state() == QAbstractSocket::ConnectedState; }, 5000)) {
         std::printf("cannot connect\n");
         return 1;
     }
@@ -121,14 +95,14 @@ int main(int argc, char* argv[]) {
         [&](const QByteArray& bytes,
             std::function<bool(const halvex::testing::RecordingPeer::Frame&)> frame) -> double {
         // A random moment of the tick.
-        runUntil([] { return false; }, QRandomGenerator::global()->bounded(Link::kTickMs));
+        bench::pause(QRandomGenerator::global()->bounded(Link::kTickMs));
         seenAt = -1;
         awaited = std::move(frame);
-        const qint64 sentAt = clock.nsecsElapsed();
+        const qint64 sentAt = rig.now();
         client.write(bytes);
         client.flush();
         QByteArray answer;
-        runUntil(
+        bench::waitFor(
             [&] {
                 answer += client.readAll();
                 return seenAt >= 0 && answer.contains("</env:Envelope>");
@@ -138,7 +112,7 @@ int main(int argc, char* argv[]) {
         if (!answer.startsWith("HTTP/1.1 200")) {
             std::printf("refused: %s\n", answer.left(400).constData());
         }
-        return seenAt < 0 ? -1.0 : static_cast<double>(seenAt - sentAt) / 1e6;
+        return seenAt < 0 ? -1.0 : bench::milliseconds(seenAt - sentAt);
     };
     const auto isJog = [](const halvex::testing::RecordingPeer::Frame& frame) {
         return frame.message.at(0) == vocab::JogMessage::kCode;
@@ -178,11 +152,12 @@ int main(int argc, char* argv[]) {
             std::printf("%s: no frame seen\n", name);
             return 1;
         }
+        const bench::Spread spread = bench::spread(seen);
         std::printf(
             "%s, %zu requests at the %d ms tick: p50 %.1f ms, p99 %.1f ms, max %.1f ms, "
             "%ld without a frame\n",
-            name, seen.size(), Link::kTickMs, percentile(seen, 0.5), percentile(seen, 0.99),
-            *std::max_element(seen.begin(), seen.end()), static_cast<long>(missed));
+            name, seen.size(), Link::kTickMs, spread.p50, spread.p99, spread.max,
+            static_cast<long>(missed));
     }
     return 0;
 }

@@ -8,53 +8,22 @@
 //   halvex-visca-latency [SAMPLES]
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
 #include <QNetworkDatagram>
 #include <QRandomGenerator>
-#include <QTimer>
 #include <QUdpSocket>
 #include <algorithm>
 #include <cstdio>
 #include <functional>
 #include <vector>
 
-#include "protocol/in_process_port.h"
+#include "bench/bridge_bench.h"
 #include "protocol/vocabulary.h"
 #include "remote/visca/visca_bridge.h"
-#include "session/unit_connection.h"
-#include "sim/unit.h"
-#include "tests/support/recording_peer.h"
 
 namespace {
 
 using halvex::Byte;
 using Packet = std::vector<std::uint8_t>;
-
-bool waitFor(const std::function<bool()>& done, int timeoutMs) {
-    QElapsedTimer clock;
-    clock.start();
-    QTimer wake;
-    wake.start(5);
-    while (!done()) {
-        if (clock.elapsed() > timeoutMs) {
-            return false;
-        }
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
-}
-
-void pause(int ms) {
-    QElapsedTimer clock;
-    clock.start();
-    waitFor([&] { return clock.elapsed() >= ms; }, ms + 1000);
-}
-
-double percentile(std::vector<double> values, double fraction) {
-    std::sort(values.begin(), values.end());
-    const auto index = static_cast<std::size_t>(fraction * static_cast<double>(values.size() - 1));
-    return values[index];
-}
 
 Packet datagram(std::uint32_t sequence, const Packet& packet) {
     Packet d{0x01,
@@ -75,20 +44,13 @@ int main(int argc, char* argv[]) {
     QCoreApplication app(argc, argv);
     const int samples = argc > 1 ? std::max(2, std::atoi(argv[1])) : 300;
 
-    halvex::sim::Unit unit;
-    halvex::testing::RecordingPeer line{unit};
-    auto* port = new halvex::InProcessPort(&line);
-    halvex::Session session{port, halvex::Link::kTickMs};
-    halvex::UnitConnection connection{
-        session,
-        {[] { return QStringLiteral("virtual"); }, [] { return 9600; },
-         [] { return QStringLiteral("the virtual unit"); }}};
-    static_cast<void>(connection.start());
-    if (!waitFor([&] { return session.online(); }, 60000)) {
+    namespace bench = halvex::bench;
+    bench::Rig rig;
+    if (!rig.bringOnline()) {
         std::printf("the session did not come online\n");
         return 1;
     }
-    halvex::ViscaBridge bridge{session};
+    halvex::ViscaBridge bridge{rig.session};
     QUdpSocket client;
     if (!bridge.listen(QHostAddress::LocalHost, 0) || !client.bind(QHostAddress::LocalHost, 0)) {
         std::printf("cannot listen: %s\n", qPrintable(bridge.errorString()));
@@ -101,14 +63,12 @@ int main(int argc, char* argv[]) {
                              std::printf("%s: %s\n", qPrintable(peer), qPrintable(what));
                          });
     }
-    QElapsedTimer clock;
-    clock.start();
     std::function<bool(const std::vector<Byte>&)> awaited;
     qint64 sentAt = 0;
     std::vector<double> latencies;
-    line.onFrame = [&](const halvex::testing::RecordingPeer::Frame& frame) {
+    rig.line.onFrame = [&](const halvex::testing::RecordingPeer::Frame& frame) {
         if (awaited && awaited(frame.message)) {
-            latencies.push_back(static_cast<double>(clock.nsecsElapsed() - sentAt) / 1e6);
+            latencies.push_back(bench::milliseconds(rig.now() - sentAt));
             awaited = nullptr;
         }
     };
@@ -117,24 +77,24 @@ int main(int argc, char* argv[]) {
                              const std::function<bool(int, const std::vector<Byte>&)>& frameOf) {
         latencies.clear();
         for (int i = 0; i < samples; ++i) {
-            pause(static_cast<int>(QRandomGenerator::global()->bounded(100, 200)));
+            bench::pause(static_cast<int>(QRandomGenerator::global()->bounded(100, 200)));
             while (client.hasPendingDatagrams()) {
                 client.receiveDatagram();
             }
             const Packet d = datagram(++sequence, request(i));
             awaited = [&frameOf, i](const std::vector<Byte>& m) { return frameOf(i, m); };
-            sentAt = clock.nsecsElapsed();
+            sentAt = rig.now();
             client.writeDatagram(reinterpret_cast<const char*>(d.data()),
                                  static_cast<qint64>(d.size()), QHostAddress::LocalHost,
                                  bridge.serverPort());
-            if (!waitFor([&] { return !awaited; }, 2000)) {
+            if (!bench::waitFor([&] { return !awaited; }, 2000)) {
                 std::printf("%s: a request never reached the line\n", what);
                 return false;
             }
         }
+        const bench::Spread spread = bench::spread(latencies);
         std::printf("%s, %d requests: p50 %.1f ms, p99 %.1f ms, max %.1f ms\n", what, samples,
-                    percentile(latencies, 0.5), percentile(latencies, 0.99),
-                    *std::max_element(latencies.begin(), latencies.end()));
+                    spread.p50, spread.p99, spread.max);
         return true;
     };
 
