@@ -58,7 +58,7 @@ TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
           "--rotctld-port 65536", "--rotctld=0", "--rotctld-listen nowhere", "--rotctld 0",
           "--headless --baud fast", "stray", "--visca 0", "--visca 65536", "--onvif 80",
           "--onvif 80 --onvif-user admin", "--pelco tcp:port", "--pelco-address 256",
-          "--pelco-baud 10", "--remote-listen nowhere", "--visca-refresh -1",
+          "--pelco-baud 1199", "--remote-listen nowhere", "--visca-refresh -1",
           "--pelco-refresh 600001"}) {
         SCOPED_TRACE(arguments);
         const Outcome run = runWithoutDisplay(arguments);
@@ -71,9 +71,10 @@ TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
     // The highest port is a port: what is wrong here is the address.
     EXPECT_TRUE(runWithoutDisplay("--rotctld-port 65535 --rotctld-listen nowhere")
                     .err.contains("Bad address 'nowhere'"));
-    EXPECT_TRUE(runWithoutDisplay("--visca 65535 --pelco tcp:65535 --visca-refresh 0 "
-                                  "--pelco-refresh 600000 --remote-listen nowhere")
-                    .err.contains("Bad value 'nowhere' for --remote-listen."));
+    EXPECT_TRUE(
+        runWithoutDisplay("--visca 65535 --pelco tcp:65535 --pelco-baud 1200 --visca-refresh 0 "
+                          "--pelco-refresh 600000 --remote-listen nowhere")
+            .err.contains("Bad value 'nowhere' for --remote-listen."));
     EXPECT_TRUE(
         runWithoutDisplay("--onvif 80")
             .err.contains(

@@ -24,6 +24,7 @@
 #include "tests/support/full_disk.h"
 #include "window/data_watch.h"
 #include "window/network_control.h"
+#include "window/remote_control_dialog.h"
 
 using namespace halvex;
 using namespace halvex::testing;
@@ -317,6 +318,25 @@ TEST(RemoteControl, TheDialogStartsABridgeKeepsItsSettingsAndShowsItsClients) {
     EXPECT_TRUE(dialog->isVisible());
     EXPECT_EQ(cell(3, 1), QStringLiteral("off"));
     EXPECT_EQ(cell(2, 1), QStringLiteral("127.0.0.1:%1").arg(port));  // left running
+
+    // A keyboard over TCP; the form shows it again when next opened.
+    QTcpServer free;
+    ASSERT_TRUE(free.listen(QHostAddress::LocalHost, 0));
+    const quint16 pelcoPort = free.serverPort();
+    free.close();
+    rig.find<QRadioButton>(QStringLiteral("PelcoTcpOption"))->setChecked(true);
+    rig.find<QLineEdit>(QStringLiteral("PelcoPortBox"))->setText(QString::number(pelcoPort));
+    rig.find<QPushButton>(QStringLiteral("RemoteApplyBut"))->click();
+    EXPECT_EQ(cell(3, 1), QStringLiteral("127.0.0.1:%1").arg(pelcoPort));
+    {
+        RemoteControlDialog again(rig.window->remoteBridges(), rig.window->networkControl(),
+                                  rig.window->messages());
+        EXPECT_TRUE(again.findChild<QCheckBox*>(QStringLiteral("PelcoCheck"))->isChecked());
+        EXPECT_TRUE(again.findChild<QRadioButton*>(QStringLiteral("PelcoTcpOption"))->isChecked());
+        EXPECT_EQ(again.findChild<QLineEdit*>(QStringLiteral("PelcoPortBox"))->text(),
+                  QString::number(pelcoPort));
+        EXPECT_EQ(again.findChild<QSpinBox*>(QStringLiteral("ViscaRefreshSpin"))->value(), 0);
+    }
 
     rig.find<QCheckBox>(QStringLiteral("ViscaCheck"))->setChecked(false);
     rig.find<QCheckBox>(QStringLiteral("PelcoCheck"))->setChecked(false);
