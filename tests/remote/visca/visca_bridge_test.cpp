@@ -183,6 +183,8 @@ TEST_F(ViscaBridgeTest, EachCommandIsAnsweredAsTheCameraAnswersItAndSendsItsMess
         {"81 01 06 02 18 14 00 10 00 00 00 00 00 00 FF", "90 60 02 FF"},  // not a nibble
         {"81 09 04 00 FF", "90 60 02 FF"},  // an inquiry not answered here
         {"81 01 06 04", "90 60 02 FF"},     // no terminator
+        {"01 01 06 04 FF", "90 60 02 FF"},  // a first byte that is no header
+        {"81 31 FF", "90 60 02 FF"},        // three bytes, but no cancel
         {"82 01 06 04 FF", ""},             // another camera's
         {"81 21 FF", "90 61 05 FF"},        // cancel with nothing running
         {"81 23 FF", "90 63 05 FF"},
