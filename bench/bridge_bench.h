@@ -23,38 +23,19 @@
 #include "session/unit_connection.h"
 #include "sim/unit.h"
 #include "tests/support/recording_peer.h"
+#include "tests/support/run_until.h"
 
 namespace halvex::bench {
 
-// Handles events as they come until `done` holds; false after `timeoutMs`.
-// It looks again after every batch of events rather than on a poll, so a
-// frame seen on the line ends the wait at once and the next sample's clock
-// is not held up by a sleep.
-inline bool waitFor(const std::function<bool()>& done, int timeoutMs) {
-    QElapsedTimer clock;
-    clock.start();
-    QTimer deadline;  // wakes the loop when nothing else would
-    deadline.setSingleShot(true);
-    deadline.setTimerType(Qt::PreciseTimer);
-    while (!done()) {
-        const qint64 left = timeoutMs - clock.elapsed();
-        if (left <= 0) {
-            return false;
-        }
-        // A timer may fire a little early: armed again for what is left, or
-        // the loop would wait for an event that never comes.
-        if (!deadline.isActive()) {
-            deadline.start(static_cast<int>(left));
-        }
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return true;
-}
+// Handles events until `done` holds, looking again after every batch of
+// events rather than on a poll, so a frame seen on the line ends the wait at
+// once and the next sample's clock is not held up by a sleep.
+using testing::runUntil;
 
 // Lets the event loop run for `ms`: the ticks go on meanwhile, so a request
 // sent after a random pause lands at a random moment of the tick.
 inline void pause(int ms) {
-    waitFor([] { return false; }, ms);
+    runUntil([] { return false; }, ms);
 }
 
 // Nanoseconds as milliseconds, the unit every summary is printed in.
@@ -111,7 +92,7 @@ struct Rig {
             co_await std::move(starting);
             ended = true;
         }(connection.start(), started_));
-        return waitFor([this] { return started_; }, timeoutMs) && session.online();
+        return runUntil([this] { return started_; }, timeoutMs) && session.online();
     }
 
     // Nanoseconds since the rig was made: the one clock for a request's send

@@ -86,7 +86,7 @@ int main(int argc, char* argv[]) {
     }
     QTcpSocket client;
     client.connectToHost(QHostAddress::LocalHost, server.serverPort());
-    if (!bench::waitFor([&] { return client.state() == QAbstractSocket::ConnectedState; }, 5000)) {
+    if (!bench::runUntil([&] { return client.state() == QAbstractSocket::ConnectedState; }, 5000)) {
         std::printf("cannot connect\n");
         return 1;
     }
@@ -102,7 +102,7 @@ int main(int argc, char* argv[]) {
         client.write(bytes);
         client.flush();
         QByteArray answer;
-        bench::waitFor(
+        bench::runUntil(
             [&] {
                 answer += client.readAll();
                 return seenAt >= 0 && answer.contains("</env:Envelope>");

@@ -37,7 +37,7 @@ int main(int argc, char* argv[]) {
     }
     keyboard.connectToHost(QHostAddress::LocalHost, bridge.serverPort());
     if (!keyboard.waitForConnected(5000) ||
-        !bench::waitFor([&] { return bridge.clientCount() == 1; }, 5000)) {
+        !bench::runUntil([&] { return bridge.clientCount() == 1; }, 5000)) {
         std::printf("the keyboard did not connect\n");
         return 1;
     }
@@ -75,7 +75,7 @@ int main(int argc, char* argv[]) {
         keyboard.write(reinterpret_cast<const char*>(bytes.data()),
                        static_cast<qint64>(bytes.size()));
         keyboard.flush();
-        if (!bench::waitFor([&] { return !waiting; }, 2000)) {
+        if (!bench::runUntil([&] { return !waiting; }, 2000)) {
             std::printf("a keyboard frame never reached the line\n");
             return 1;
         }

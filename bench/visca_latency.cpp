@@ -87,7 +87,7 @@ int main(int argc, char* argv[]) {
             client.writeDatagram(reinterpret_cast<const char*>(d.data()),
                                  static_cast<qint64>(d.size()), QHostAddress::LocalHost,
                                  bridge.serverPort());
-            if (!bench::waitFor([&] { return !awaited; }, 2000)) {
+            if (!bench::runUntil([&] { return !awaited; }, 2000)) {
                 std::printf("%s: a request never reached the line\n", what);
                 return false;
             }
