@@ -375,6 +375,14 @@ void OnvifServices::scopes(Context& c) {
 
 namespace {
 
+// The lenses where the unit last reported them, but for `lens` at `position`:
+// a move with the lenses moves all four.
+std::array<int, 4> lensesWith(const UnitStatus& s, std::size_t lens, int position) {
+    std::array<int, 4> lenses{s.Lens[0], s.Lens[1], s.Lens[2], s.Lens[3]};
+    lenses.at(lens) = position;
+    return lenses;
+}
+
 int profileIndex(const QString& token) {
     for (int i = 0; i < OnvifServices::kProfiles; ++i) {
         if (token.trimmed() == profileToken(i)) {
@@ -740,10 +748,8 @@ void OnvifServices::absoluteMove(Context& c) {
     demand_ = {};
     jog_.stop();
     if (lens) {
-        const LensPositions& now = session_.status().Lens;
-        std::array<int, 4> lenses{now[0], now[1], now[2], now[3]};
-        lenses.at(zoomLens(index)) = *lens;
-        launchMove(session_, session_.moveToWithLenses(target, lenses));
+        launchMove(session_, session_.moveToWithLenses(
+                                 target, lensesWith(session_.status(), zoomLens(index), *lens)));
     } else {
         launchMove(session_, session_.moveTo(target));
     }
@@ -783,8 +789,8 @@ void OnvifServices::relativeMove(Context& c) {
     // own move by an angle then.
     if (zoomBy != 0.0) {
         const std::size_t lens = zoomLens(index);
-        std::array<int, 4> lenses{s.Lens[0], s.Lens[1], s.Lens[2], s.Lens[3]};
-        lenses.at(lens) = zoomToLensPosition(lensPositionToZoom(s.Lens[lens]) + zoomBy);
+        const auto lenses =
+            lensesWith(s, lens, zoomToLensPosition(lensPositionToZoom(s.Lens[lens]) + zoomBy));
         PanTiltTarget target = landing;
         target.pan = toHundredths(target.pan);
         target.tilt = toHundredths(target.tilt);
