@@ -39,11 +39,6 @@ HttpConnection::HttpConnection(QTcpSocket* socket, OnvifServices& services, int 
     connect(&timer_, &QTimer::timeout, this, &HttpConnection::timedOut);
     connect(socket_, &QTcpSocket::readyRead, this, &HttpConnection::readRequests);
     connect(socket_, &QTcpSocket::disconnected, this, &HttpConnection::finish);
-    connect(socket_, &QTcpSocket::bytesWritten, this, [this] {
-        if (closing_ && socket_->bytesToWrite() == 0) {
-            socket_->disconnectFromHost();
-        }
-    });
     armTimer();
     // Bytes that came with the connection.
     if (socket_->bytesAvailable() > 0) {
@@ -115,9 +110,8 @@ void HttpConnection::send(int status, const QByteArray& contentType, const QByte
     if (!keepAlive) {
         closing_ = true;
         timer_.stop();
-        if (socket_->bytesToWrite() == 0) {
-            socket_->disconnectFromHost();
-        }
+        // The socket writes what it still holds before it closes.
+        socket_->disconnectFromHost();
     }
 }
 

@@ -134,7 +134,7 @@ HttpRequestReader::State HttpRequestReader::readHeaders(std::size_t end) {
         return fail(400, "the request line is not method, target and version");
     }
     if (request_.version != "HTTP/1.1" && request_.version != "HTTP/1.0") {
-        if (request_.version.rfind("HTTP/", 0) == 0) {
+        if (request_.version.starts_with("HTTP/")) {
             return fail(505, "only HTTP/1.1 and 1.0 are answered");
         }
         return fail(400, "the request line is not method, target and version");

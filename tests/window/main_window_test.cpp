@@ -295,6 +295,11 @@ TEST(RemoteControl, TheDialogStartsABridgeKeepsItsSettingsAndShowsItsClients) {
     const quint16 port = taken.serverPort();
     taken.close();
     rig.find<QCheckBox>(QStringLiteral("ViscaCheck"))->setChecked(true);
+    rig.find<QLineEdit>(QStringLiteral("ViscaPortBox"))->setText(QStringLiteral("65536"));
+    rig.find<QPushButton>(QStringLiteral("RemoteApplyBut"))->click();
+    ASSERT_EQ(rig.shown.size(), 1u);
+    EXPECT_EQ(rig.shown[0].text, QStringLiteral("Enter a port number from 1 to 65535 for VISCA."));
+    rig.shown.clear();
     rig.find<QLineEdit>(QStringLiteral("ViscaPortBox"))->setText(QString::number(port));
     rig.find<QSpinBox>(QStringLiteral("ViscaRefreshSpin"))
         ->setValue(0);  // a drive runs to its stop

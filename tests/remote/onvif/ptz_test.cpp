@@ -255,6 +255,35 @@ TEST_F(OnvifServerTest, StatusAndPresetsReadFromTheUnit) {
                                "</tt:URI><tt:XRange><tt:Min>-170</tt:Min><tt:Max>170</tt:Max>"
                                "</tt:XRange><tt:YRange><tt:Min>-85</tt:Min><tt:Max>85</tt:Max>"));
     EXPECT_TRUE(nodes.contains("<tt:MaximumNumberOfPresets>31</tt:MaximumNumberOfPresets>"));
+
+    // Only the capabilities asked for.
+    const QByteArray media = bodyOf(post(
+        envelope("<tds:GetCapabilities><tds:Category>Media</tds:Category></tds:GetCapabilities>")));
+    EXPECT_TRUE(media.contains("<tt:Media><tt:XAddr>"));
+    EXPECT_FALSE(media.contains("<tt:PTZ>") || media.contains("<tt:Device>"));
+}
+
+TEST_F(OnvifServerTest, TheStatusTellsPanTiltAndZoomMovingApart) {
+    ASSERT_TRUE(connect());
+    const auto moveStatus = [&] {
+        const QByteArray body = bodyOf(post(envelope(move("GetStatus", {}))));
+        const qsizetype at = body.indexOf("<tt:MoveStatus>");
+        return body.mid(at, body.indexOf("</tt:MoveStatus>") - at);
+    };
+    const auto drive = [&](const char* velocity) {
+        EXPECT_EQ(ask(move("ContinuousMove", QStringLiteral("<tptz:Velocity>%1</tptz:Velocity>")
+                                                 .arg(QLatin1String(velocity)))),
+                  QStringLiteral("ContinuousMoveResponse"));
+    };
+    EXPECT_EQ(moveStatus(), "<tt:MoveStatus><tt:PanTilt>IDLE</tt:PanTilt><tt:Zoom>IDLE</tt:Zoom>");
+    drive("<tt:Zoom x=\"0.5\"/>");
+    EXPECT_EQ(moveStatus(),
+              "<tt:MoveStatus><tt:PanTilt>IDLE</tt:PanTilt><tt:Zoom>MOVING</tt:Zoom>");
+    drive("<tt:PanTilt x=\"0\" y=\"0.5\"/><tt:Zoom x=\"0\"/>");
+    ASSERT_TRUE(runUntil([&] { return session.jog().TiltJogSpeed != 0; }, 2000));
+    EXPECT_EQ(moveStatus(),
+              "<tt:MoveStatus><tt:PanTilt>MOVING</tt:PanTilt><tt:Zoom>IDLE</tt:Zoom>");
+    EXPECT_EQ(ask(move("Stop", {})), QStringLiteral("StopResponse"));
 }
 
 TEST_F(OnvifServerTest, ConnectionsKeepAliveAndEndOnRequestsThatBreakTheRules) {
