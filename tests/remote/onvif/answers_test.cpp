@@ -1,0 +1,115 @@
+// Every question a client asks before it moves anything (the device, its
+// services, profiles, nodes, configurations, status and presets) against
+// the answers kept in answers.txt, whole. Clients read many fields that no
+// other test names; this keeps each answer as it was checked.
+//
+// After a deliberate change, write the answers again with
+// HALVEX_WRITE_ONVIF_ANSWERS=1 and read the difference before keeping it.
+
+#include <QFile>
+#include <QTimeZone>
+#include <QXmlStreamReader>
+
+#include "tests/remote/onvif/onvif_rig.h"
+
+namespace halvex::testing {
+namespace {
+
+// The envelope one element to a line, indented, with the prefixes as sent,
+// so that a difference shows where it is.
+QString indented(const QByteArray& xml) {
+    QXmlStreamReader in(xml);
+    QStringList lines;
+    QString indent;
+    QString text;  // of the element just opened
+    bool open = false;
+    while (!in.atEnd()) {
+        in.readNext();
+        if (in.isStartElement()) {
+            QString line = indent + QLatin1Char('<') + in.qualifiedName().toString();
+            for (const QXmlStreamNamespaceDeclaration& d : in.namespaceDeclarations()) {
+                line += QStringLiteral(" xmlns:%1=\"%2\"").arg(d.prefix(), d.namespaceUri());
+            }
+            for (const QXmlStreamAttribute& a : in.attributes()) {
+                line += QStringLiteral(" %1=\"%2\"")
+                            .arg(a.qualifiedName(), a.value().toString().toHtmlEscaped());
+            }
+            lines << line + QLatin1Char('>');
+            indent += QLatin1Char(' ');
+            text.clear();
+            open = true;
+        } else if (in.isCharacters() && !in.isWhitespace()) {
+            text += in.text().toString().toHtmlEscaped();
+        } else if (in.isEndElement()) {
+            indent.chop(1);
+            const QString end = QStringLiteral("</%1>").arg(in.qualifiedName());
+            if (open && text.isEmpty()) {
+                lines.last().insert(lines.last().size() - 1, QLatin1Char('/'));
+            } else if (open) {
+                lines.last() += text + end;  // <tt:Min>-170</tt:Min> on one line
+            } else {
+                lines << indent + end;
+            }
+            open = false;
+        }
+    }
+    return in.hasError() ? QStringLiteral("unreadable: ") + in.errorString() : lines.join('\n');
+}
+
+TEST_F(OnvifTest, EveryQuestionIsAnsweredAsTheKeptAnswersSay) {
+    ASSERT_TRUE(connect());
+    ASSERT_TRUE(finish(session.savePreset(9, {-85.0, 42.5})).isDone());
+    server.setAnonymousAllowed(true);
+    server.services().setClock(
+        [] { return QDateTime(QDate(2026, 11, 25), QTime(10, 20, 30), QTimeZone::utc()); });
+    const std::pair<const char*, const char*> questions[] = {
+        {"device_service", "<tds:GetDeviceInformation/>"},
+        {"device_service", "<tds:GetCapabilities/>"},
+        {"device_service", "<tds:GetServices/>"},
+        {"device_service", "<tds:GetSystemDateAndTime/>"},
+        {"device_service", "<tds:GetScopes/>"},
+        {"media_service", "<trt:GetProfiles/>"},
+        {"media_service",
+         "<trt:GetProfile><trt:ProfileToken>profile2</trt:ProfileToken>"
+         "</trt:GetProfile>"},
+        {"media_service", "<trt:GetVideoSources/>"},
+        {"ptz_service", "<tptz:GetNodes/>"},
+        {"ptz_service", "<tptz:GetNode><tptz:NodeToken>unit</tptz:NodeToken></tptz:GetNode>"},
+        {"ptz_service", "<tptz:GetConfigurations/>"},
+        {"ptz_service",
+         "<tptz:GetConfiguration><tptz:PTZConfigurationToken>ptz2"
+         "</tptz:PTZConfigurationToken></tptz:GetConfiguration>"},
+        {"ptz_service",
+         "<tptz:GetConfigurationOptions><tptz:ConfigurationToken>ptz1"
+         "</tptz:ConfigurationToken></tptz:GetConfigurationOptions>"},
+        {"ptz_service",
+         "<tptz:GetStatus><tptz:ProfileToken>profile2</tptz:ProfileToken>"
+         "</tptz:GetStatus>"},
+        {"ptz_service",
+         "<tptz:GetPresets><tptz:ProfileToken>profile1</tptz:ProfileToken>"
+         "</tptz:GetPresets>"},
+    };
+    QString now;
+    for (const auto& [service, question] : questions) {
+        const QByteArray path = QByteArray("/onvif/") + service;
+        const QByteArray response =
+            post(envelope(QLatin1String(question), QString()), path.constData());
+        now += QStringLiteral("> %1 %2\n< %3\n")
+                   .arg(QLatin1String(path), QLatin1String(question),
+                        QString::number(statusOf(response)))
+                   .append(indented(bodyOf(response)))
+                   .append(QLatin1Char('\n'));
+    }
+
+    QFile kept(QStringLiteral(HALVEX_ONVIF_TEST_DATA "/answers.txt"));
+    if (qEnvironmentVariableIsSet("HALVEX_WRITE_ONVIF_ANSWERS")) {
+        ASSERT_TRUE(kept.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        kept.write(now.toUtf8());
+        GTEST_SKIP() << "wrote " << kept.fileName().toStdString();
+    }
+    ASSERT_TRUE(kept.open(QIODevice::ReadOnly)) << kept.fileName().toStdString();
+    EXPECT_EQ(now.toStdString(), kept.readAll().toStdString());  // shown line by line
+}
+
+}  // namespace
+}  // namespace halvex::testing
