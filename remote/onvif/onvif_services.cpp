@@ -126,12 +126,12 @@ void writeDateTime(QXmlStreamWriter& xml, const char* element, const QDateTime& 
     xml.writeEndElement();
 }
 
-// The preset that a token names: "0".."30".
+// The preset that a token names: "0".."30", spelt as the number's own
+// text (which also refuses anything that is no number at all).
 std::optional<int> presetFromToken(const QString& token) {
-    bool ok = false;
-    const int preset = token.trimmed().toInt(&ok);
-    if (!ok || preset < 0 || preset >= OnvifServices::kPresets ||
-        QString::number(preset) != token.trimmed()) {
+    const QString text = token.trimmed();
+    const int preset = text.toInt();
+    if (preset < 0 || preset >= OnvifServices::kPresets || QString::number(preset) != text) {
         return std::nullopt;
     }
     return preset;

@@ -127,6 +127,8 @@ TEST_F(OnvifServerTest, RequestsItCannotCarryOutAreFaultsAndMoveNothing) {
          "env:Sender ter:InvalidArgVal ter:NoToken"},
         {"a preset by another name", move("GotoPreset", "<tptz:PresetToken>03</tptz:PresetToken>"),
          "env:Sender ter:InvalidArgVal ter:NoToken"},
+        {"a preset below the first", move("GotoPreset", "<tptz:PresetToken>-1</tptz:PresetToken>"),
+         "env:Sender ter:InvalidArgVal ter:NoToken"},
         {"no stream",
          "<trt:GetStreamUri><trt:ProfileToken>profile1</trt:ProfileToken></trt:GetStreamUri>",
          "env:Sender ter:InvalidArgVal ter:NoSource"},
@@ -196,6 +198,8 @@ TEST_F(OnvifServerTest, EachMoveReachesTheLineAsTheUnitsMessage) {
          test::message<vocab::DeltaMove>(
              {{vocab::delta_move::kPan, -1000}, {vocab::delta_move::kTilt, 250}})},
         {"home", move("GotoHomePosition", {}), vocab::blank<vocab::MoveToHome>()},
+        {"the first preset", move("GotoPreset", "<tptz:PresetToken>0</tptz:PresetToken>"),
+         test::message<vocab::GoToPreset>({{vocab::go_to_preset::kPreset, 0}})},
         {"a preset removed is cleared",
          move("RemovePreset", "<tptz:PresetToken>7</tptz:PresetToken>"),
          test::message<vocab::StorePreset>(
