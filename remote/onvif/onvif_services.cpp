@@ -1,6 +1,7 @@
 #include "remote/onvif/onvif_services.h"
 
 #include <QTimeZone>
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -378,7 +379,8 @@ namespace {
 // The lenses where the unit last reported them, but for `lens` at `position`:
 // a move with the lenses moves all four.
 std::array<int, 4> lensesWith(const UnitStatus& s, std::size_t lens, int position) {
-    std::array<int, 4> lenses{s.Lens[0], s.Lens[1], s.Lens[2], s.Lens[3]};
+    std::array<int, 4> lenses{};
+    std::copy(s.Lens.begin(), s.Lens.end(), lenses.begin());
     lenses.at(lens) = position;
     return lenses;
 }
