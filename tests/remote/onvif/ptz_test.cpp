@@ -98,6 +98,10 @@ TEST_F(OnvifServerTest, RequestsItCannotCarryOutAreFaultsAndMoveNothing) {
          "env:Sender ter:InvalidArgs"},
         {"no such profile", move("AbsoluteMove", panTilt("Position", 0, 0), "profile3"),
          "env:Sender ter:InvalidArgVal ter:NoProfile"},
+        {"no such configuration",
+         "<tptz:GetConfiguration><tptz:PTZConfigurationToken>ptz3</tptz:PTZConfigurationToken>"
+         "</tptz:GetConfiguration>",
+         "env:Sender ter:InvalidArgVal ter:NoConfig"},
         {"no position", move("AbsoluteMove", {}), "env:Sender ter:InvalidArgs"},
         {"empty position", move("AbsoluteMove", "<tptz:Position/>"), "env:Sender ter:InvalidArgs"},
         {"position in the wrong namespace",
@@ -276,6 +280,13 @@ TEST_F(OnvifServerTest, TheStatusTellsPanTiltAndZoomMovingApart) {
     EXPECT_EQ(moveStatus(),
               "<tt:MoveStatus><tt:PanTilt>MOVING</tt:PanTilt><tt:Zoom>IDLE</tt:Zoom>");
     EXPECT_EQ(ask(move("Stop", {})), QStringLiteral("StopResponse"));
+    // A move to a position: moving while the unit says so, idle once there.
+    const QString moving = "<tt:MoveStatus><tt:PanTilt>MOVING</tt:PanTilt><tt:Zoom>IDLE</tt:Zoom>";
+    EXPECT_EQ(ask(move("AbsoluteMove", panTilt("Position", 0.5, 0))),
+              QStringLiteral("AbsoluteMoveResponse"));
+    EXPECT_TRUE(runUntil([&] { return moveStatus() == moving; }, 3000));
+    EXPECT_TRUE(arrives(85.0, session.status().CurrentTilt));
+    EXPECT_TRUE(runUntil([&] { return moveStatus() != moving; }, 3000));
 }
 
 TEST_F(OnvifServerTest, ConnectionsKeepAliveAndEndOnRequestsThatBreakTheRules) {
