@@ -57,8 +57,9 @@ QString indented(const QByteArray& xml) {
 }
 
 TEST_F(OnvifTest, EveryQuestionIsAnsweredAsTheKeptAnswersSay) {
+    unit.state().presets.at(9) = {-8500, 4250, {200, 10, 50, 20}};  // each lens apart
     ASSERT_TRUE(connect());
-    ASSERT_TRUE(finish(session.savePreset(9, {-85.0, 42.5})).isDone());
+    ASSERT_TRUE(finish(session.reloadPresets()).isDone());
     server.setAnonymousAllowed(true);
     server.services().setClock(
         [] { return QDateTime(QDate(2026, 11, 25), QTime(10, 20, 30), QTimeZone::utc()); });

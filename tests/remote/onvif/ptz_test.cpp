@@ -127,6 +127,9 @@ TEST_F(OnvifServerTest, RequestsItCannotCarryOutAreFaultsAndMoveNothing) {
          "env:Sender ter:InvalidArgVal ter:InvalidPosition"},
         {"too fast", move("ContinuousMove", panTilt("Velocity", 0, -2)),
          "env:Sender ter:InvalidArgVal ter:InvalidVelocity"},
+        {"a timeout of nothing",
+         move("ContinuousMove", panTilt("Velocity", 1, 0) + "<tptz:Timeout>PT0S</tptz:Timeout>"),
+         "env:Sender ter:InvalidArgVal ter:TimeoutNotSupported"},
         {"not a timeout",
          move("ContinuousMove", panTilt("Velocity", 1, 0) + "<tptz:Timeout>5s</tptz:Timeout>"),
          "env:Sender ter:InvalidArgVal ter:TimeoutNotSupported"},
@@ -226,6 +229,42 @@ TEST_F(OnvifServerTest, EachMoveReachesTheLineAsTheUnitsMessage) {
     }
 }
 
+TEST_F(OnvifServerTest, GenericSpacesSpanSoftLimitsThatAreNotCentredAndMovesByLandInside) {
+    unit.state().settings.softLimits = {15000, -5000, 7000, -6000};  // pan -50..150, tilt -60..70
+    ASSERT_TRUE(connect());
+    const auto moved = [&](const QString& request) {
+        const std::size_t mark = line.frames().size();
+        EXPECT_TRUE(ask(request).endsWith(QLatin1String("Response")));
+        return commandsAfter(mark);
+    };
+    EXPECT_EQ(moved(move("AbsoluteMove", panTilt("Position", 0.5, 0.5))),
+              Messages{absolute(10000, 3750)});
+    ASSERT_TRUE(arrives(100.0, 37.5));
+    namespace delta = vocab::delta_move;
+    EXPECT_EQ(
+        moved(move("RelativeMove", panTilt("Translation", 0.25, -0.1))),
+        Messages{test::message<vocab::DeltaMove>({{delta::kPan, 2500}, {delta::kTilt, -650}})});
+    ASSERT_TRUE(arrives(125.0, 31.0));
+    // Past the soft limits from where the unit is now, not from the centre.
+    const char* degrees = onvif::space::kPanTiltDegreesTranslation;
+    for (const auto& [pan, tilt] : {std::pair{30.0, 0.0}, std::pair{0.0, 40.0}}) {
+        EXPECT_EQ(ask(move("RelativeMove", panTilt("Translation", pan, tilt, degrees))),
+                  QStringLiteral("env:Sender ter:InvalidArgVal ter:InvalidTranslation"));
+    }
+    // A zoom by alone holds pan and tilt where they are: camera 1's lens from
+    // half way (128) a quarter further in.
+    namespace lenses = vocab::absolute_move_with_lenses;
+    const auto hold = vocab::absolute_move::kHoldAxis;
+    EXPECT_EQ(
+        moved(move("RelativeMove", "<tptz:Translation><tt:Zoom x=\"0.25\"/></tptz:Translation>")),
+        Messages{test::message<vocab::AbsoluteMoveWithLenses>({{lenses::kPan, hold},
+                                                               {lenses::kTilt, hold},
+                                                               {lenses::kLens[0], 192},
+                                                               {lenses::kLens[1], 128},
+                                                               {lenses::kLens[2], 128},
+                                                               {lenses::kLens[3], 128}})});
+}
+
 TEST_F(OnvifServerTest, StopEndsPanAndTiltOrZoomAloneAndAPresetIsNotSavedWhileJogging) {
     ASSERT_TRUE(connect());
     ASSERT_EQ(ask(move("ContinuousMove",
@@ -285,7 +324,12 @@ TEST_F(OnvifServerTest, TheStatusTellsPanTiltAndZoomMovingApart) {
     EXPECT_EQ(ask(move("AbsoluteMove", panTilt("Position", 0.5, 0))),
               QStringLiteral("AbsoluteMoveResponse"));
     EXPECT_TRUE(runUntil([&] { return moveStatus() == moving; }, 3000));
+    // Stopping the zoom alone leaves the move to its end.
+    const std::size_t mark = line.frames().size();
+    EXPECT_EQ(ask(move("Stop", "<tptz:PanTilt>false</tptz:PanTilt>")),
+              QStringLiteral("StopResponse"));
     EXPECT_TRUE(arrives(85.0, session.status().CurrentTilt));
+    EXPECT_EQ(stopsSince(mark), 0);
     EXPECT_TRUE(runUntil([&] { return moveStatus() != moving; }, 3000));
 }
 
