@@ -1,7 +1,7 @@
 // Every question a client asks before it moves anything (the device, its
-// services, profiles, nodes, configurations, status and presets) against
-// the answers kept in answers.txt, whole. Clients read many fields that no
-// other test names; this keeps each answer as it was checked.
+// services, profiles, nodes, configurations, status and presets), and a
+// fault as a client reads it, against the answers kept in answers.txt, whole. Clients read many
+// fields that no other test names; this keeps each answer as it was checked.
 //
 // After a deliberate change, write the answers again with
 // HALVEX_WRITE_ONVIF_ANSWERS=1 and read the difference before keeping it.
@@ -89,6 +89,9 @@ TEST_F(OnvifTest, EveryQuestionIsAnsweredAsTheKeptAnswersSay) {
         {"ptz_service",
          "<tptz:GetPresets><tptz:ProfileToken>profile1</tptz:ProfileToken>"
          "</tptz:GetPresets>"},
+        {"ptz_service",
+         "<tptz:GotoPreset><tptz:ProfileToken>profile1</tptz:ProfileToken>"
+         "<tptz:PresetToken>31</tptz:PresetToken></tptz:GotoPreset>"},
     };
     QString now;
     for (const auto& [service, question] : questions) {

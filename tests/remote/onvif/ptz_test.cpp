@@ -265,6 +265,16 @@ TEST_F(OnvifServerTest, GenericSpacesSpanSoftLimitsThatAreNotCentredAndMovesByLa
                                                                {lenses::kLens[3], 128}})});
 }
 
+TEST_F(OnvifServerTest, ANewPresetIsRefusedWhenEveryPresetIsInUse) {
+    for (int n = 0; n < OnvifServices::kPresets; ++n) {
+        unit.state().presets.at(n).pan = 100 * (n + 1);
+    }
+    ASSERT_TRUE(connect());
+    ASSERT_TRUE(finish(session.reloadPresets()).isDone());
+    EXPECT_EQ(ask(move("SetPreset", "<tptz:PresetName>door</tptz:PresetName>")),
+              QStringLiteral("env:Receiver ter:Action ter:TooManyPresets"));
+}
+
 TEST_F(OnvifServerTest, StopEndsPanAndTiltOrZoomAloneAndAPresetIsNotSavedWhileJogging) {
     ASSERT_TRUE(connect());
     ASSERT_EQ(ask(move("ContinuousMove",
