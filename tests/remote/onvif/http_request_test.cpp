@@ -42,6 +42,7 @@ std::vector<std::string> readAll(const std::string& input, std::size_t piece = 0
 TEST(HttpRequestReader, ReadsRequestsInAnyPiecesAndRefusesWhatBreaksTheRules) {
     const std::string ok = "POST /onvif/ptz_service hello keep";
     const std::string longHeader = "POST / HTTP/1.1\r\nX: " + std::string(200, 'x');
+    const std::string head = "GET / HTTP/1.1\r\nX: ";  // with the limit below: 164 bytes
     const struct {
         const char* name;
         std::string input;
@@ -80,6 +81,13 @@ TEST(HttpRequestReader, ReadsRequestsInAnyPiecesAndRefusesWhatBreaksTheRules) {
          "POST /a HTTP/1.1\r\nAccept-Charset: utf-8\r\nContent-Length: 2\r\n\r\nhi",
          0,
          {"POST /a hi keep"}},
+        {"headers of the most bytes, ended",
+         head + std::string(141, 'x') + "\r\n\r\n",
+         0,
+         {"GET /  keep"}},
+        {"headers a byte too long, ended", head + std::string(142, 'x') + "\r\n\r\n", 0, {"431"}},
+        {"headers of the most bytes, unended", head + std::string(145, 'x'), 0, {}},
+        {"headers a byte too long, unended", head + std::string(146, 'x'), 0, {"431"}},
         {"headers too long, unended", longHeader, 0, {"431"}},
         {"headers too long, ended", longHeader + "\r\n\r\n", 0, {"431"}},
         {"body too long", "POST / HTTP/1.1\r\nContent-Length: 1025\r\n\r\n", 0, {"413"}},
@@ -117,12 +125,13 @@ TEST(HttpRequestReader, TellsARequestUnderWayAndAClientWaitingToSendItsBody) {
     EXPECT_EQ(reader.next(), State::NeedMore);
     EXPECT_TRUE(reader.takeContinueRequest());
     EXPECT_FALSE(reader.takeContinueRequest());
-    reader.feed("abc");
+    reader.feed("abcG");  // and the first byte of the next request
     ASSERT_EQ(reader.next(), State::Complete);
+    EXPECT_EQ(reader.next(), State::Complete);  // asked again before it is taken
     const HttpRequest request = reader.take();
     EXPECT_EQ(request.header("expect"), "100-continue");
     EXPECT_EQ(request.body, "abc");
-    EXPECT_FALSE(reader.midRequest());
+    EXPECT_TRUE(reader.midRequest());
 }
 
 }  // namespace
