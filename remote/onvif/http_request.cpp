@@ -118,12 +118,11 @@ HttpRequestReader::State HttpRequestReader::readHeaders(std::size_t end) {
     const std::string head = buffer_.substr(0, end + 2);
     buffer_.erase(0, end + 4);
 
-    std::size_t lineStart = 0;
     std::size_t lineEnd = head.find("\r\n");
     const std::string_view requestLine = std::string_view(head).substr(0, lineEnd);
     const std::size_t firstSpace = requestLine.find(' ');
     const std::size_t lastSpace = requestLine.rfind(' ');
-    if (firstSpace == std::string_view::npos || firstSpace == lastSpace) {
+    if (firstSpace == lastSpace) {  // no space at all, or only one
         return fail(400, "the request line is not method, target and version");
     }
     request_.method = requestLine.substr(0, firstSpace);
@@ -142,7 +141,7 @@ HttpRequestReader::State HttpRequestReader::readHeaders(std::size_t end) {
 
     std::optional<std::size_t> length;
     while (lineEnd + 2 < head.size()) {
-        lineStart = lineEnd + 2;
+        const std::size_t lineStart = lineEnd + 2;
         lineEnd = head.find("\r\n", lineStart);
         const std::string_view line = std::string_view(head).substr(lineStart, lineEnd - lineStart);
         const std::size_t colon = line.find(':');

@@ -88,6 +88,24 @@ TEST(HttpRequestReader, ReadsRequestsInAnyPiecesAndRefusesWhatBreaksTheRules) {
         {"headers a byte too long, ended", head + std::string(142, 'x') + "\r\n\r\n", 0, {"431"}},
         {"headers of the most bytes, unended", head + std::string(145, 'x'), 0, {}},
         {"headers a byte too long, unended", head + std::string(146, 'x'), 0, {"431"}},
+        {"no blank after a colon",
+         "POST /a HTTP/1.1\r\nContent-Length:2\r\n\r\nhi",
+         0,
+         {"POST /a hi keep"}},
+        {"a length of nine digits",
+         "POST /a HTTP/1.1\r\nContent-Length: 000000002\r\n\r\nhi",
+         0,
+         {"POST /a hi keep"}},
+        {"a length of ten digits",
+         "POST /a HTTP/1.1\r\nContent-Length: 0000000002\r\n\r\nhi",
+         0,
+         {"400"}},
+        {"a body of the most bytes, coming",
+         "POST / HTTP/1.1\r\nContent-Length: 1024\r\n\r\n",
+         0,
+         {}},
+        {"a header line of one byte", "GET / HTTP/1.1\r\nX\r\n\r\n", 0, {"400"}},
+        {"a bare CR in a value", "GET / HTTP/1.1\r\nX: a\rb\r\n\r\n", 0, {"400"}},
         {"headers too long, unended", longHeader, 0, {"431"}},
         {"headers too long, ended", longHeader + "\r\n\r\n", 0, {"431"}},
         {"body too long", "POST / HTTP/1.1\r\nContent-Length: 1025\r\n\r\n", 0, {"413"}},
@@ -125,13 +143,20 @@ TEST(HttpRequestReader, TellsARequestUnderWayAndAClientWaitingToSendItsBody) {
     EXPECT_EQ(reader.next(), State::NeedMore);
     EXPECT_TRUE(reader.takeContinueRequest());
     EXPECT_FALSE(reader.takeContinueRequest());
-    reader.feed("abcG");  // and the first byte of the next request
+    // The body, and a whole request after it whose body came with it: no
+    // need to ask for that one.
+    reader.feed("abcPOST / HTTP/1.1\r\nExpect: 100-continue\r\nContent-Length: 1\r\n\r\nx");
     ASSERT_EQ(reader.next(), State::Complete);
     EXPECT_EQ(reader.next(), State::Complete);  // asked again before it is taken
     const HttpRequest request = reader.take();
     EXPECT_EQ(request.header("expect"), "100-continue");
     EXPECT_EQ(request.body, "abc");
+    EXPECT_FALSE(reader.takeContinueRequest());
     EXPECT_TRUE(reader.midRequest());
+    ASSERT_EQ(reader.next(), State::Complete);
+    EXPECT_FALSE(reader.takeContinueRequest());
+    EXPECT_EQ(reader.take().body, "x");
+    EXPECT_FALSE(reader.midRequest());
 }
 
 }  // namespace
