@@ -73,7 +73,7 @@ std::optional<int> durationMs(std::string_view text) {
     while (!text.empty() && std::isspace(static_cast<unsigned char>(text.back())) != 0) {
         text.remove_suffix(1);
     }
-    if (text.size() < 2 || text.front() != 'P') {
+    if (!text.starts_with('P') || text.size() == 1) {
         return std::nullopt;
     }
     text.remove_prefix(1);

@@ -129,20 +129,44 @@ TEST_F(TokenTest, ATokenIsTakenOnceWithinFiveMinutesOfNow) {
     }
 }
 
-TEST(PtzSpaces, TimeoutsReadAsDurations) {
+TEST(PtzSpaces, EdgesOfTheSpacesAndTimeoutsReadAsDurations) {
     // A unit that pans for ever spans a whole turn; the other spaces' numbers
     // are checked by the moves they put on the line.
     EXPECT_EQ(rangeFromLimits(-10.0f, 10.0f, -5.0f, 5.0f, true).panMax, 180.0);
+    // A client's 1 may come a little over; anything more is outside.
+    for (const double x : {1.0000005, -1.0000005}) {
+        EXPECT_TRUE(inGenericRange(x)) << x;
+    }
+    for (const double x : {1.00001, -1.00001, std::nan("")}) {
+        EXPECT_FALSE(inGenericRange(x)) << x;
+    }
+    EXPECT_EQ(angleToGeneric(5.0, 10.0, 10.0), 0.0);  // no range to place it in
+    // The slowest speed that moves at all still has its way.
+    EXPECT_EQ(velocityToAxis(0.003).speed, 1);
+    EXPECT_TRUE(velocityToAxis(0.003).direction);
     const struct {
         const char* text;
         std::optional<int> ms;
     } durations[] = {
-        {"PT5S", 5000},          {"PT0.25S", 250},          {"PT1M30S", 90000},
-        {"P0DT0H0M10S", 10000},  {" PT1H ", 3600000},       {"P1D", 86400000},
-        {"P2D", std::nullopt},   {"PT", std::nullopt},      {"P", std::nullopt},
-        {"5S", std::nullopt},    {"PT5", std::nullopt},     {"PT1S1M", std::nullopt},
-        {"PT.5S", std::nullopt}, {"PT1.5M", std::nullopt},  {"P1H", std::nullopt},
-        {"PT-1S", std::nullopt}, {"PT1ST1S", std::nullopt},
+        {"PT5S", 5000},
+        {"PT0.25S", 250},
+        {"PT1M30S", 90000},
+        {"P0DT0H0M10S", 10000},
+        {" PT1H ", 3600000},
+        {"P1D", 86400000},
+        {"P2D", std::nullopt},
+        {"PT", std::nullopt},
+        {"P", std::nullopt},
+        {"5S", std::nullopt},
+        {"PT5", std::nullopt},
+        {"PT1S1M", std::nullopt},
+        {"PT.5S", std::nullopt},
+        {"PT1.5M", std::nullopt},
+        {"P1H", std::nullopt},
+        {"PT-1S", std::nullopt},
+        {"PT1ST1S", std::nullopt},
+        {"PT000000000001S", 1000},
+        {"PT0000000000001S", std::nullopt},
     };
     for (const auto& d : durations) {
         SCOPED_TRACE(d.text);
