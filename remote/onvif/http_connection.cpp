@@ -40,10 +40,8 @@ HttpConnection::HttpConnection(QTcpSocket* socket, OnvifServices& services, int 
     connect(socket_, &QTcpSocket::readyRead, this, &HttpConnection::readRequests);
     connect(socket_, &QTcpSocket::disconnected, this, &HttpConnection::finish);
     armTimer();
-    // Bytes that came with the connection.
-    if (socket_->bytesAvailable() > 0) {
-        QMetaObject::invokeMethod(this, &HttpConnection::readRequests, Qt::QueuedConnection);
-    }
+    // Bytes may have come with the connection, before readyRead was heard.
+    QMetaObject::invokeMethod(this, &HttpConnection::readRequests, Qt::QueuedConnection);
 }
 
 void HttpConnection::readRequests() {
