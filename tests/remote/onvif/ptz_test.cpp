@@ -61,6 +61,8 @@ TEST_F(OnvifServerTest, OnlySignedRequestsAreAnsweredButTheTime) {
          400, "env:Sender ter:NotAuthorized"},
         {"signed", envelope(profiles), 200, "GetProfilesResponse"},
         {"the time, unsigned", envelope(time, QString()), 200, "GetSystemDateAndTimeResponse"},
+        {"not offered", envelope("<tptz:SetHomePosition/>"), 500,
+         "env:Receiver ter:ActionNotSupported"},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);

@@ -29,6 +29,13 @@ QString outcomeOf(const QByteArray& xml) {
 
 TEST(SoapMessage, MalformedOrForeignEnvelopesAreAnsweredWithTheirFault) {
     const QByteArray deep = QByteArray("<a>").repeated(40) + QByteArray("</a>").repeated(40);
+    // The envelope and its body are two levels and two elements of their own.
+    const auto nested = [](int levels) {
+        return QByteArray("<a>").repeated(levels) + QByteArray("</a>").repeated(levels);
+    };
+    const auto wide = [](int inside) {
+        return "<a>" + QByteArray("<b/>").repeated(inside) + "</a>";
+    };
     const struct {
         const char* name;
         QByteArray xml;
@@ -51,10 +58,23 @@ TEST(SoapMessage, MalformedOrForeignEnvelopesAreAnsweredWithTheirFault) {
         {"no body", soap12("<s:Header/>"), "env:Sender ter:InvalidArgs"},
         {"empty body", soap12("<s:Body> </s:Body>"), "env:Sender ter:InvalidArgs"},
         {"too deep", soap12("<s:Body>" + deep + "</s:Body>"), "env:Sender ter:InvalidArgs"},
+        {"as deep as is read", soap12("<s:Body>" + nested(31) + "</s:Body>"), "a"},
+        {"a level deeper", soap12("<s:Body>" + nested(32) + "</s:Body>"),
+         "env:Sender ter:InvalidArgs"},
+        {"as many elements as are read", soap12("<s:Body>" + wide(4093) + "</s:Body>"), "a"},
+        {"one more", soap12("<s:Body>" + wide(4094) + "</s:Body>"), "env:Sender ter:InvalidArgs"},
         {"header it must understand",
          soap12("<s:Header><x:Billing xmlns:x=\"urn:x\" s:mustUnderstand=\"true\"/></s:Header>"
                 "<s:Body><a/></s:Body>"),
          "env:MustUnderstand"},
+        {"header it must understand, as a number",
+         soap12("<s:Header><x:Billing xmlns:x=\"urn:x\" s:mustUnderstand=\"1\"/></s:Header>"
+                "<s:Body><a/></s:Body>"),
+         "env:MustUnderstand"},
+        {"header it is told it may ignore",
+         soap12("<s:Header><x:Billing xmlns:x=\"urn:x\" s:mustUnderstand=\"false\"/></s:Header>"
+                "<s:Body><a/></s:Body>"),
+         "a"},
         {"header it may ignore",
          soap12("<s:Header><x:Billing xmlns:x=\"urn:x\"/></s:Header><s:Body><a/></s:Body>"), "a"},
     };
@@ -98,6 +118,8 @@ TEST_F(TokenTest, ATokenIsTakenOnceWithinFiveMinutesOfNow) {
     text.passwordType = QStringLiteral("...#PasswordText");
     text.password = QStringLiteral("secret");
     UsernameToken noNonce = token(QString(), now);
+    UsernameToken cut = token(QStringLiteral("bm9uY2U4"), now);
+    cut.password.chop(4);
     const struct {
         const char* name;
         std::optional<UsernameToken> token;
@@ -111,6 +133,7 @@ TEST_F(TokenTest, ATokenIsTakenOnceWithinFiveMinutesOfNow) {
          Verdict::WrongUser},
         {"wrong password", token(QStringLiteral("bm9uY2Uz"), now, QStringLiteral("guess")),
          Verdict::WrongDigest},
+        {"a digest cut short", cut, Verdict::WrongDigest},
         {"made six minutes ago", token(QStringLiteral("bm9uY2U0"), now.addSecs(-360)),
          Verdict::Stale},
         {"made six minutes ahead", token(QStringLiteral("bm9uY2U1"), now.addSecs(360)),
