@@ -58,10 +58,11 @@ TEST_F(OnvifTest, AProbeForAVideoTransmitterIsAnsweredWithTheDeviceService) {
                     .contains(QStringLiteral("dn:NetworkVideoTransmitter")));
     EXPECT_TRUE(match.contains("<wsa:RelatesTo>urn:uuid:probe-1</wsa:RelatesTo>"));
 
-    // Any type, and our scopes: answered; another type or scope: not.
+    // Any type, and our scopes (a trailing slash aside): answered; another
+    // type or scope: not.
     EXPECT_FALSE(answerTo(probe(QStringLiteral("urn:uuid:probe-2"), {})).isEmpty());
     EXPECT_FALSE(answerTo(probe(QStringLiteral("urn:uuid:probe-3"),
-                                "<d:Scopes>onvif://www.onvif.org/type</d:Scopes>"))
+                                "<d:Scopes>onvif://www.onvif.org/type/</d:Scopes>"))
                      .isEmpty());
     EXPECT_TRUE(answerTo(probe(QStringLiteral("urn:uuid:probe-4"), "<d:Types>dn:Printer</d:Types>"))
                     .isEmpty());

@@ -120,6 +120,8 @@ TEST_F(TokenTest, ATokenIsTakenOnceWithinFiveMinutesOfNow) {
     UsernameToken noNonce = token(QString(), now);
     UsernameToken cut = token(QStringLiteral("bm9uY2U4"), now);
     cut.password.chop(4);
+    UsernameToken firstWrong = token(QStringLiteral("bm9uY2U5"), now);
+    firstWrong.password[0] = firstWrong.password[0] == QLatin1Char('A') ? 'B' : 'A';
     const struct {
         const char* name;
         std::optional<UsernameToken> token;
@@ -134,6 +136,9 @@ TEST_F(TokenTest, ATokenIsTakenOnceWithinFiveMinutesOfNow) {
         {"wrong password", token(QStringLiteral("bm9uY2Uz"), now, QStringLiteral("guess")),
          Verdict::WrongDigest},
         {"a digest cut short", cut, Verdict::WrongDigest},
+        {"a digest wrong in its first character", firstWrong, Verdict::WrongDigest},
+        {"made five minutes ago to the second",
+         token(QStringLiteral("bm9uY2Ux"), now.addSecs(-300)), Verdict::Accepted},
         {"made six minutes ago", token(QStringLiteral("bm9uY2U0"), now.addSecs(-360)),
          Verdict::Stale},
         {"made six minutes ahead", token(QStringLiteral("bm9uY2U1"), now.addSecs(360)),
