@@ -346,6 +346,9 @@ TEST_F(OnvifServerTest, TheStatusTellsPanTiltAndZoomMovingApart) {
 }
 
 TEST_F(OnvifServerTest, ConnectionsKeepAliveAndEndOnRequestsThatBreakTheRules) {
+    OnvifServer second{session};
+    EXPECT_FALSE(second.listen(QHostAddress::LocalHost, server.serverPort()));
+    EXPECT_FALSE(second.errorString().isEmpty());
     server.setTimeouts(200, 600);
     QSignalSpy clients(&server, &OnvifServer::clientCountChanged);
     QSignalSpy handled(&server, &OnvifServer::commandHandled);
