@@ -66,6 +66,8 @@ class ViscaBridgeTest : public SessionTest {
         ASSERT_TRUE(connect());
         ASSERT_TRUE(bridge.listen(QHostAddress::LocalHost, 0));
         ASSERT_TRUE(udp.bind(QHostAddress::LocalHost, 0));
+        QObject::connect(&bridge, &ViscaBridge::commandHandled,
+                         [this](const QString& what) { notes << what; });
     }
 
     // A packet under its payload type with the next sequence number.
@@ -143,6 +145,8 @@ class ViscaBridgeTest : public SessionTest {
     static constexpr Jog kAtRest{0, -1, 0, -1, 0, 0};
 
     ViscaBridge bridge{session};
+    // What the operator is told of each request.
+    QStringList notes;
     QUdpSocket udp;
     quint32 sequence = 0x00FFFFF0;  // every byte of the number carried
 };
@@ -179,6 +183,7 @@ TEST_F(ViscaBridgeTest, EachCommandIsAnsweredAsTheCameraAnswersItAndSendsItsMess
         {"81 01 06 02 18 14 04 06 05 00 00 00 00 00 FF", "90 61 41 FF"},  // pan 180.00
         {"81 01 06 01 18 14 03 09 FF", "90 60 02 FF"},                    // tilt way 09
         {"81 01 06 01 19 14 02 03 FF", "90 60 02 FF"},                    // pan speed 0x19
+        {"81 01 06 01 18 19 03 01 FF", "90 60 02 FF"},                    // tilt speed 0x19
         {"81 01 04 07 28 FF", "90 60 02 FF"},                             // zoom speed 8
         {"81 01 06 02 18 14 00 10 00 00 00 00 00 00 FF", "90 60 02 FF"},  // not a nibble
         {"81 09 04 00 FF", "90 60 02 FF"},  // an inquiry not answered here
@@ -209,16 +214,30 @@ TEST_F(ViscaBridgeTest, EachCommandIsAnsweredAsTheCameraAnswersItAndSendsItsMess
     EXPECT_TRUE(datagrams(0).empty());
 }
 
-TEST_F(ViscaBridgeTest, InquiriesAnswerThePositionAndZoomInTheBridgesUnits) {
+TEST_F(ViscaBridgeTest, InquiriesAnswerThePositionAndZoomAndRelativeMovesLandFromThePosition) {
     send(kAbsolute);
     EXPECT_EQ(replies(2), kDone1);
     ASSERT_TRUE(arrives(10.0, -5.0));
     send(kPositionInquiry);
     EXPECT_EQ(replies(1), hex("90 50 00 03 0E 08 0F 0E 00 0C FF"));
+    // From there pan 165.00 and tilt -81.50 land past the soft limits.
+    const std::size_t mark = line.frames().size();
+    for (const char* relative : {"81 01 06 03 18 14 04 00 07 04 00 00 00 00 FF",
+                                 "81 01 06 03 18 14 00 00 00 00 0E 00 02 0A FF"}) {
+        send(bytes(relative));
+        EXPECT_EQ(replies(1), hex("90 61 41 FF"));
+    }
+    EXPECT_TRUE(commandsSince(mark).empty());
     // The virtual unit's zoom rests half way: 128 of 255.
     ASSERT_EQ(session.status().Lens[0], 128);
     send(bytes("81 09 04 47 FF"));
     EXPECT_EQ(replies(1), hex("90 50 02 00 02 00 FF"));
+    // A unit reading past the 16 bits (offsets of -400 and 400): the nearest ends.
+    unit.state().settings.panOffset = -40000;
+    unit.state().settings.tiltOffset = 40000;
+    ASSERT_TRUE(arrives(-390.0, 395.0));
+    send(kPositionInquiry);
+    EXPECT_EQ(replies(1), hex("90 50 08 00 00 00 07 0F 0F 0F FF"));
 }
 
 TEST_F(ViscaBridgeTest, DrivesSteerTheJogWithPanTiltZoomAndFocusTogether) {
@@ -249,6 +268,10 @@ TEST_F(ViscaBridgeTest, DrivesSteerTheJogWithPanTiltZoomAndFocusTogether) {
         nextMessage([](const auto& m) { return isJog(m) && test::isSet(m, vocab::jog::kReset); },
                     mark)
             .empty());
+    EXPECT_EQ(notes, QStringList({"pan-tilt right at 24/0", "pan-tilt up-left at 12/10",
+                                  "pan-tilt down-right at 1/1", "pan-tilt up at 0/23",
+                                  "zoom tele at 7", "focus near", "zoom stop", "pan-tilt stop",
+                                  "focus stop", "pan-tilt reset"}));
 }
 
 TEST_F(ViscaBridgeTest, ADriveStopsWhenItsClientFallsSilentAndInquiriesKeepItGoing) {
@@ -342,10 +365,11 @@ TEST_F(ViscaBridgeTest, PlainViscaOverTcpInPiecesWithSocketsCancelAndAClientThat
     EXPECT_EQ(commandsSince(mark),
               (Messages{absolute(1000, -500), test::message<vocab::MoveToHome>()}));
 
-    // Two moves take both sockets; a third finds the buffer full. A
-    // cancelled move is stopped and its completion never comes.
-    write(join({kHome, kHome, kHome}));
-    EXPECT_EQ(read(10), bytes("90 41 FF 90 42 FF 90 60 03 FF"));
+    // Two moves take both sockets; a third and a zoom drive find the buffer
+    // full. A cancelled move is stopped and its completion never comes.
+    write(join({kHome, kHome, kHome, bytes("81 01 04 07 27 FF")}));
+    EXPECT_EQ(read(14), bytes("90 41 FF 90 42 FF 90 60 03 FF 90 60 03 FF"));
+    EXPECT_TRUE(notes.contains("zoom tele at 7: command buffer full"));
     EXPECT_EQ(read(6), bytes("90 51 FF 90 52 FF"));
     mark = line.frames().size();
     write(join({kHome, bytes("81 21 FF")}));
