@@ -101,6 +101,8 @@ class ViscaBridge : public QObject {
     Client* newClient(const QString& key);
     void forget(quint64 id);
     void forgetSilentUdpClients();
+    // The jog at rest and no client's.
+    void releaseJog();
     void stopJogOf(const Client& client, const QString& why);
     void note(const Client& client, const QString& what);
 
