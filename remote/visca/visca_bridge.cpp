@@ -92,7 +92,7 @@ ViscaBridge::ViscaBridge(Session& session, QObject* parent)
         }
         releaseJog();
     });
-    sweep_.setInterval(kForgetUdpClientMs / 4);
+    setForgetUdpClientMs(kForgetUdpClientMs);
     connect(&sweep_, &QTimer::timeout, this, &ViscaBridge::forgetSilentUdpClients);
 }
 
@@ -171,12 +171,17 @@ void ViscaBridge::forget(quint64 id) {
     emit clientCountChanged(clientCount());
 }
 
+void ViscaBridge::setForgetUdpClientMs(int forgetMs) {
+    forgetUdpClientMs_ = forgetMs;
+    sweep_.setInterval(forgetMs / 4);
+}
+
 void ViscaBridge::forgetSilentUdpClients() {
     std::vector<quint64> silent;
     for (const auto& [id, client] : clients_) {
         const bool running = client->sockets[0].busy || client->sockets[1].busy;
         if (client->tcp == nullptr && id != jogClient_ && !running &&
-            client->heard.elapsed() >= kForgetUdpClientMs) {
+            client->heard.elapsed() >= forgetUdpClientMs_) {
             silent.push_back(id);
         }
     }
