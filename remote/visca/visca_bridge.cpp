@@ -12,10 +12,9 @@ namespace halvex {
 using visca::Packet;
 
 struct ViscaBridge::Origin {
-    // Over UDP a reply carries the request's sequence number; over TCP it is
-    // the bare packet.
-    bool ip = false;
-    quint32 sequence = 0;
+    // Over UDP a reply carries the request's sequence number; over TCP
+    // (none) it is the bare packet.
+    std::optional<quint32> sequence;
 };
 
 struct ViscaBridge::Client {
@@ -91,10 +90,9 @@ ViscaBridge::ViscaBridge(Session& session, QObject* parent)
         if (it != clients_.end()) {
             note(*it->second, QStringLiteral("jog stopped: the client fell silent"));
         }
-        demand_ = {};
-        jogClient_ = 0;
+        releaseJog();
     });
-    sweep_.setInterval(kForgetUdpClientMs / 4);
+    setForgetUdpClientMs(kForgetUdpClientMs);
     connect(&sweep_, &QTimer::timeout, this, &ViscaBridge::forgetSilentUdpClients);
 }
 
@@ -135,9 +133,7 @@ void ViscaBridge::close() {
     server_.close();
     udp_.close();
     sweep_.stop();
-    jog_.stop();
-    demand_ = {};
-    jogClient_ = 0;
+    releaseJog();
     while (!clients_.empty()) {
         forget(clients_.begin()->first);
     }
@@ -175,12 +171,17 @@ void ViscaBridge::forget(quint64 id) {
     emit clientCountChanged(clientCount());
 }
 
+void ViscaBridge::setForgetUdpClientMs(int forgetMs) {
+    forgetUdpClientMs_ = forgetMs;
+    sweep_.setInterval(forgetMs / 4);
+}
+
 void ViscaBridge::forgetSilentUdpClients() {
     std::vector<quint64> silent;
     for (const auto& [id, client] : clients_) {
         const bool running = client->sockets[0].busy || client->sockets[1].busy;
         if (client->tcp == nullptr && id != jogClient_ && !running &&
-            client->heard.elapsed() >= kForgetUdpClientMs) {
+            client->heard.elapsed() >= forgetUdpClientMs_) {
             silent.push_back(id);
         }
     }
@@ -189,10 +190,14 @@ void ViscaBridge::forgetSilentUdpClients() {
     }
 }
 
-void ViscaBridge::stopJogOf(const Client& client, const QString& why) {
+void ViscaBridge::releaseJog() {
     jog_.stop();
     demand_ = {};
     jogClient_ = 0;
+}
+
+void ViscaBridge::stopJogOf(const Client& client, const QString& why) {
+    releaseJog();
     note(client, why);
 }
 
@@ -270,8 +275,8 @@ void ViscaBridge::sendIp(Client& client, const Packet& message) {
 }
 
 void ViscaBridge::reply(Client& client, const Origin& origin, const Packet& packet) {
-    if (origin.ip) {
-        sendIp(client, visca::ipMessage(visca::payload::kReply, origin.sequence, packet));
+    if (origin.sequence) {
+        sendIp(client, visca::ipMessage(visca::payload::kReply, *origin.sequence, packet));
     } else if (client.tcp != nullptr) {
         client.tcp->write(reinterpret_cast<const char*>(packet.data()),
                           static_cast<qint64>(packet.size()));
@@ -315,7 +320,7 @@ void ViscaBridge::handleDatagram(Client& client, const Packet& datagram) {
         return;
     }
     client.lastSequence = message.sequence;
-    handle(client, Origin{true, message.sequence}, request);
+    handle(client, Origin{message.sequence}, request);
 }
 
 void ViscaBridge::handle(Client& client, const Origin& origin, const visca::Request& request) {
@@ -534,9 +539,7 @@ void ViscaBridge::cancel(Client& client, const Origin& origin, int socket) {
     reply(client, origin, visca::errorReply(socket, visca::error::kCanceled));
     note(client, QStringLiteral("cancel socket %1").arg(socket));
     if (!session_.jogSources().operatorJogging()) {
-        jog_.stop();
-        demand_ = {};
-        jogClient_ = 0;
+        releaseJog();
         session_.stop();
     }
 }

@@ -61,6 +61,7 @@ class ViscaBridge : public QObject {
     void setRefreshMs(int refreshMs) { jog_.setRefreshMs(refreshMs); }
     int refreshMs() const { return jog_.refreshMs(); }
     int clientCount() const { return static_cast<int>(clients_.size()); }
+    void setForgetUdpClientMs(int forgetMs);
 
   signals:
     void clientCountChanged(int clients);
@@ -101,6 +102,8 @@ class ViscaBridge : public QObject {
     Client* newClient(const QString& key);
     void forget(quint64 id);
     void forgetSilentUdpClients();
+    // The jog at rest and no client's.
+    void releaseJog();
     void stopJogOf(const Client& client, const QString& why);
     void note(const Client& client, const QString& what);
 
@@ -118,6 +121,7 @@ class ViscaBridge : public QObject {
     std::map<quint64, std::unique_ptr<Client>> clients_;
     // UDP clients by "address:port".
     std::map<QString, quint64> udpClients_;
+    int forgetUdpClientMs_ = 0;
     QTimer sweep_;
 };
 

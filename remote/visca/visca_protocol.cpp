@@ -91,20 +91,18 @@ Request panTiltPosition(const Packet& p, bool relative) {
 }
 
 Request lensDrive(LensDrive::Lens lens, std::uint8_t byte) {
+    // 00 is the stop, at rest with no speed read.
     LensDrive drive;
     drive.lens = lens;
-    if (byte == 0x00) {
-        drive.direction = 0;
-        drive.speed = 0;
-    } else if (byte == 0x02 || byte == 0x03) {
+    if (byte == 0x02 || byte == 0x03) {
         drive.direction = byte == 0x02 ? 1 : -1;
     } else if ((byte & 0xF0) == 0x20 || (byte & 0xF0) == 0x30) {
-        if ((byte & 0x0F) > 7) {
+        if ((byte & 0x0F) > LensDrive::kMaxSpeed) {
             return SyntaxError{};
         }
         drive.direction = (byte & 0xF0) == 0x20 ? 1 : -1;
         drive.speed = byte & 0x0F;
-    } else {
+    } else if (byte != 0x00) {
         return SyntaxError{};
     }
     return drive;
@@ -295,22 +293,21 @@ int proportion(int value, int full, int onto) {
 }  // namespace
 
 int panJogSpeed(int viscaSpeed) {
-    return proportion(std::clamp(viscaSpeed, 0, kMaxPanSpeed), kMaxPanSpeed, 255);
+    return proportion(std::min(viscaSpeed, kMaxPanSpeed), kMaxPanSpeed, 255);
 }
 
 int tiltJogSpeed(int viscaSpeed) {
-    return proportion(std::clamp(viscaSpeed, 0, kMaxTiltSpeed), kMaxTiltSpeed, 255);
+    return proportion(std::min(viscaSpeed, kMaxTiltSpeed), kMaxTiltSpeed, 255);
 }
 
 int lensJogSpeed(const LensDrive& drive) {
     constexpr int kStandard = 3;
     const int speed = drive.speed == LensDrive::kStandardSpeed ? kStandard : drive.speed;
-    return drive.direction * proportion(std::clamp(speed, 0, 7) + 1, 8, 127);
+    return drive.direction * proportion(std::clamp(speed, 0, LensDrive::kMaxSpeed) + 1, 8, 127);
 }
 
-std::uint16_t zoomPositionOf(int unitZoom) {
-    return static_cast<std::uint16_t>(
-        proportion(std::clamp(unitZoom, 0, 255), 255, kMaxZoomPosition));
+std::uint16_t zoomPositionOf(std::uint8_t unitZoom) {
+    return static_cast<std::uint16_t>(proportion(unitZoom, 255, kMaxZoomPosition));
 }
 
 }  // namespace halvex::visca

@@ -56,6 +56,7 @@ struct PanTiltReset {
 struct LensDrive {
     enum class Lens { Zoom, Focus };
     static constexpr int kStandardSpeed = -1;
+    static constexpr int kMaxSpeed = 7;
     Lens lens = Lens::Zoom;
     int direction = 0;
     int speed = kStandardSpeed;
@@ -212,6 +213,6 @@ int tiltJogSpeed(int viscaSpeed);
 int lensJogSpeed(const LensDrive& drive);
 // The unit's zoom position 0..255 onto 0x0000..0x4000 in proportion.
 inline constexpr int kMaxZoomPosition = 0x4000;
-std::uint16_t zoomPositionOf(int unitZoom);
+std::uint16_t zoomPositionOf(std::uint8_t unitZoom);
 
 }  // namespace halvex::visca

@@ -66,6 +66,8 @@ class ViscaBridgeTest : public SessionTest {
         ASSERT_TRUE(connect());
         ASSERT_TRUE(bridge.listen(QHostAddress::LocalHost, 0));
         ASSERT_TRUE(udp.bind(QHostAddress::LocalHost, 0));
+        QObject::connect(&bridge, &ViscaBridge::commandHandled,
+                         [this](const QString& what) { notes << what; });
     }
 
     // A packet under its payload type with the next sequence number.
@@ -143,6 +145,8 @@ class ViscaBridgeTest : public SessionTest {
     static constexpr Jog kAtRest{0, -1, 0, -1, 0, 0};
 
     ViscaBridge bridge{session};
+    // What the operator is told of each request.
+    QStringList notes;
     QUdpSocket udp;
     quint32 sequence = 0x00FFFFF0;  // every byte of the number carried
 };
@@ -179,18 +183,27 @@ TEST_F(ViscaBridgeTest, EachCommandIsAnsweredAsTheCameraAnswersItAndSendsItsMess
         {"81 01 06 02 18 14 04 06 05 00 00 00 00 00 FF", "90 61 41 FF"},  // pan 180.00
         {"81 01 06 01 18 14 03 09 FF", "90 60 02 FF"},                    // tilt way 09
         {"81 01 06 01 19 14 02 03 FF", "90 60 02 FF"},                    // pan speed 0x19
+        {"81 01 06 01 18 19 03 01 FF", "90 60 02 FF"},                    // tilt speed 0x19
         {"81 01 04 07 28 FF", "90 60 02 FF"},                             // zoom speed 8
+        {"81 01 04 08 45 FF", "90 60 02 FF"},                             // focus byte 45
+        {"81 01 04 3F 03 01 FF", "90 60 02 FF"},                          // memory action 3
         {"81 01 06 02 18 14 00 10 00 00 00 00 00 00 FF", "90 60 02 FF"},  // not a nibble
-        {"81 09 04 00 FF", "90 60 02 FF"},  // an inquiry not answered here
-        {"81 01 06 04", "90 60 02 FF"},     // no terminator
-        {"01 01 06 04 FF", "90 60 02 FF"},  // a first byte that is no header
-        {"81 31 FF", "90 60 02 FF"},        // three bytes, but no cancel
-        {"82 01 06 04 FF", ""},             // another camera's
+        {"81 09 06 04 FF", "90 60 02 FF"},                        // an inquiry not answered here
+        {"81 01 06 04", "90 60 02 FF"},                           // no terminator
+        {"81 01 04 3F 02 FF FF", "90 60 02 FF"},                  // a terminator inside
+        {"01 01 06 04 FF", "90 60 02 FF"},                        // a first byte that is no header
+        {"81 31 FF", "90 60 02 FF"},                              // three bytes, but no cancel
+        {"82 01 04 3F 02 01 00 00 00 00 00 00 00 00 00 FF", ""},  // another camera's, 16 bytes
+        {"87 01 06 04 FF", ""},
+        {"80 01 06 04 FF", "90 60 02 FF"},  // no camera 0
         {"81 21 FF", "90 61 05 FF"},        // cancel with nothing running
         {"81 23 FF", "90 63 05 FF"},
         {"81 01 00 01 FF", "90 50 FF"},  // IF_Clear
         {"88 01 00 01 FF", "88 01 00 01 FF"},
         {"88 30 01 FF", "88 30 02 FF"},  // address set
+        {"88 30 07 FF", "88 30 08 FF"},
+        {"88 30 00 FF", "90 60 02 FF"},
+        {"88 30 08 FF", "90 60 02 FF"},
     };
     const std::size_t mark = line.frames().size();
     for (const auto& [request, reply] : answered) {
@@ -209,28 +222,46 @@ TEST_F(ViscaBridgeTest, EachCommandIsAnsweredAsTheCameraAnswersItAndSendsItsMess
     EXPECT_TRUE(datagrams(0).empty());
 }
 
-TEST_F(ViscaBridgeTest, InquiriesAnswerThePositionAndZoomInTheBridgesUnits) {
+TEST_F(ViscaBridgeTest, InquiriesAnswerThePositionAndZoomAndRelativeMovesLandFromThePosition) {
     send(kAbsolute);
     EXPECT_EQ(replies(2), kDone1);
     ASSERT_TRUE(arrives(10.0, -5.0));
     send(kPositionInquiry);
     EXPECT_EQ(replies(1), hex("90 50 00 03 0E 08 0F 0E 00 0C FF"));
+    // From there pan 165.00 and tilt -81.50 land past the soft limits.
+    const std::size_t mark = line.frames().size();
+    for (const char* relative : {"81 01 06 03 18 14 04 00 07 04 00 00 00 00 FF",
+                                 "81 01 06 03 18 14 00 00 00 00 0E 00 02 0A FF"}) {
+        send(bytes(relative));
+        EXPECT_EQ(replies(1), hex("90 61 41 FF"));
+    }
+    EXPECT_TRUE(commandsSince(mark).empty());
     // The virtual unit's zoom rests half way: 128 of 255.
     ASSERT_EQ(session.status().Lens[0], 128);
     send(bytes("81 09 04 47 FF"));
     EXPECT_EQ(replies(1), hex("90 50 02 00 02 00 FF"));
+    // A unit reading past the 16 bits (offsets of -400 and 400): the nearest ends.
+    unit.state().settings.panOffset = -40000;
+    unit.state().settings.tiltOffset = 40000;
+    ASSERT_TRUE(arrives(-390.0, 395.0));
+    send(kPositionInquiry);
+    EXPECT_EQ(replies(1), hex("90 50 08 00 00 00 07 0F 0F 0F FF"));
 }
 
 TEST_F(ViscaBridgeTest, DrivesSteerTheJogWithPanTiltZoomAndFocusTogether) {
     const Byte in = lensJogByte(127);
     const Byte near = lensJogByte(-64);
+    const Byte far = lensJogByte(64);
+    const Byte wide5 = lensJogByte(-95);
     const std::pair<const char*, Jog> rows[] = {
         {"81 01 06 01 18 14 02 03 FF", {255, 1, 0, -1, 0, 0}},    // right, full speed
         {"81 01 06 01 0C 0A 01 01 FF", {128, 0, 128, 1, 0, 0}},   // up-left, half speed
         {"81 01 06 01 01 01 02 02 FF", {11, 1, 13, 0, 0, 0}},     // down-right, slowest
-        {"81 01 06 01 05 17 03 01 FF", {0, -1, 255, 1, 0, 0}},    // up at tilt speed 0x17
+        {"81 01 06 01 05 18 03 01 FF", {0, -1, 255, 1, 0, 0}},    // up at tilt speed 0x18
         {"81 01 04 07 27 FF", {0, -1, 255, 1, in, 0}},            // zoom tele at 7
+        {"81 01 04 08 02 FF", {0, -1, 255, 1, in, far}},          // focus far
         {"81 01 04 08 03 FF", {0, -1, 255, 1, in, near}},         // focus near
+        {"81 01 04 07 35 FF", {0, -1, 255, 1, wide5, near}},      // zoom wide at 5
         {"81 01 04 07 00 FF", {0, -1, 255, 1, 0, near}},          // zoom stop
         {"81 01 06 01 00 00 03 03 FF", {0, -1, 0, -1, 0, near}},  // pan-tilt stop
         {"81 01 04 08 00 FF", kAtRest},                           // focus stop
@@ -249,9 +280,13 @@ TEST_F(ViscaBridgeTest, DrivesSteerTheJogWithPanTiltZoomAndFocusTogether) {
         nextMessage([](const auto& m) { return isJog(m) && test::isSet(m, vocab::jog::kReset); },
                     mark)
             .empty());
+    EXPECT_EQ(notes, QStringList({"pan-tilt right at 24/0", "pan-tilt up-left at 12/10",
+                                  "pan-tilt down-right at 1/1", "pan-tilt up at 0/24",
+                                  "zoom tele at 7", "focus far", "focus near", "zoom wide at 5",
+                                  "zoom stop", "pan-tilt stop", "focus stop", "pan-tilt reset"}));
 }
 
-TEST_F(ViscaBridgeTest, ADriveStopsWhenItsClientFallsSilentAndInquiriesKeepItGoing) {
+TEST_F(ViscaBridgeTest, ADriveStopsWhenItsClientFallsSilentAndItsInquiriesKeepItGoing) {
     bridge.setRefreshMs(300);
     send(kDriveRight);
     EXPECT_EQ(replies(2), kDone1);
@@ -261,10 +296,38 @@ TEST_F(ViscaBridgeTest, ADriveStopsWhenItsClientFallsSilentAndInquiriesKeepItGoi
         EXPECT_EQ(replies(1).size(), 1U);
     }
     EXPECT_EQ(nextJog()[0], 255);
+    // Another client's inquiries do not.
+    QUdpSocket other;
+    ASSERT_TRUE(other.bind(QHostAddress::LocalHost, 0));
+    const Packet poll = join({header(0x0110, kPositionInquiry.size(), 1), kPositionInquiry});
     QElapsedTimer clock;
     clock.start();
-    EXPECT_TRUE(runUntil([&] { return nextJog() == kAtRest; }, 1000));
+    EXPECT_TRUE(runUntil(
+        [&] {
+            other.writeDatagram(reinterpret_cast<const char*>(poll.data()),
+                                static_cast<qint64>(poll.size()), QHostAddress::LocalHost,
+                                bridge.serverPort());
+            return nextJog() == kAtRest;
+        },
+        1000));
     EXPECT_LT(clock.elapsed(), 300 + 2 * kTickMs + 200);
+    // The client is told, and the jog is no longer its own.
+    send(bytes("81 01 00 01 FF"));
+    EXPECT_EQ(replies(1), hex("90 50 FF"));
+    EXPECT_TRUE(notes.contains("jog stopped: the client fell silent"));
+    EXPECT_FALSE(notes.contains("jog stopped: interface clear"));
+}
+
+TEST_F(ViscaBridgeTest, ASilentUdpClientIsForgottenUnlessItDrivesTheJog) {
+    bridge.setForgetUdpClientMs(100);
+    bridge.setRefreshMs(0);
+    send(kDriveRight);
+    EXPECT_EQ(replies(2), kDone1);
+    runUntil([] { return false; }, 200);
+    EXPECT_EQ(bridge.clientCount(), 1);
+    send(bytes("81 01 06 01 00 00 03 03 FF"));
+    EXPECT_EQ(replies(2), kDone1);
+    EXPECT_TRUE(runUntil([&] { return bridge.clientCount() == 0; }, 1000));
 }
 
 TEST_F(ViscaBridgeTest, WhileTheOperatorJogsMovesAndDrivesAreNotExecutableAndNothingIsSent) {
@@ -288,7 +351,8 @@ TEST_F(ViscaBridgeTest, WhileTheOperatorJogsMovesAndDrivesAreNotExecutableAndNot
 
 TEST_F(ViscaBridgeTest, MalformedDatagramsAndRepeatedSequenceNumbersGetTheHeadersErrors) {
     const std::pair<std::string, const char*> rows[] = {
-        {"01 00 00", "02 00 00 02 00 00 00 00 0F 02"},  // shorter than a header
+        {"01 00 00", "02 00 00 02 00 00 00 00 0F 02"},                 // shorter than a header
+        {"01 00 00 00 00 00 00 06", "02 00 00 02 00 00 00 06 0F 02"},  // no payload
         {"01 00 00 05 00 00 00 07 81 01 06 04", "02 00 00 02 00 00 00 07 0F 02"},
         {"01 11 00 05 00 00 00 08 81 01 06 04 FF", "02 00 00 02 00 00 00 08 0F 02"},  // a reply
         {"01 00 00 05 00 00 00 09 81 09 06 12 FF", "02 00 00 02 00 00 00 09 0F 02"},  // inquiry
@@ -342,10 +406,11 @@ TEST_F(ViscaBridgeTest, PlainViscaOverTcpInPiecesWithSocketsCancelAndAClientThat
     EXPECT_EQ(commandsSince(mark),
               (Messages{absolute(1000, -500), test::message<vocab::MoveToHome>()}));
 
-    // Two moves take both sockets; a third finds the buffer full. A
-    // cancelled move is stopped and its completion never comes.
-    write(join({kHome, kHome, kHome}));
-    EXPECT_EQ(read(10), bytes("90 41 FF 90 42 FF 90 60 03 FF"));
+    // Two moves take both sockets; a third and a zoom drive find the buffer
+    // full. A cancelled move is stopped and its completion never comes.
+    write(join({kHome, kHome, kHome, bytes("81 01 04 07 27 FF")}));
+    EXPECT_EQ(read(14), bytes("90 41 FF 90 42 FF 90 60 03 FF 90 60 03 FF"));
+    EXPECT_TRUE(notes.contains("zoom tele at 7: command buffer full"));
     EXPECT_EQ(read(6), bytes("90 51 FF 90 52 FF"));
     mark = line.frames().size();
     write(join({kHome, bytes("81 21 FF")}));
@@ -367,6 +432,21 @@ TEST_F(ViscaBridgeTest, PlainViscaOverTcpInPiecesWithSocketsCancelAndAClientThat
     tcp.close();
     EXPECT_TRUE(runUntil([&] { return nextJog() == kAtRest; }, 2000));
     EXPECT_EQ(bridge.clientCount(), 0);
+}
+
+TEST_F(ViscaBridgeTest, APortTakenIsNotListenedOnAndABridgeGoneClosesItsConnections) {
+    auto second = std::make_unique<ViscaBridge>(session);
+    EXPECT_FALSE(second->listen(QHostAddress::LocalHost, bridge.serverPort()));
+    EXPECT_FALSE(second->listen(QHostAddress::LocalHost, udp.localPort()));  // UDP only
+    EXPECT_FALSE(second->isListening());
+    EXPECT_FALSE(second->errorString().isEmpty());
+
+    ASSERT_TRUE(second->listen(QHostAddress::LocalHost, 0));
+    QTcpSocket tcp;
+    tcp.connectToHost(QHostAddress::LocalHost, second->serverPort());
+    ASSERT_TRUE(runUntil([&] { return second->clientCount() == 1; }, 2000));
+    second.reset();
+    EXPECT_TRUE(runUntil([&] { return tcp.state() == QAbstractSocket::UnconnectedState; }, 2000));
 }
 
 }  // namespace
