@@ -119,53 +119,74 @@ TEST_F(PelcoDBridgeTest, EachKeyboardFrameReachesTheLineAsTheUnitsJogOrPresetMes
         Bytes frames;
         Jog jog;                              // the jog that follows
         std::vector<std::vector<Byte>> sent;  // the unit's other messages that follow
+        QStringList told;                     // what the operator is told of them
     };
+    const QString ignored = QStringLiteral(": ignored (presets 0..30 only)");
     // Camera 1's frames from published command lists.
     const Case cases[] = {
-        {"right 0x20", kPanRight20, {128, 0}, {}},
-        {"left 0x23", hex("FF 01 00 04 23 00 28"), {-140, 0}, {}},
-        {"up-left slowest", hex("FF 01 00 0C 01 01 0F"), {-4, 4}, {}},
-        {"down-right 0x3F", hex("FF 01 00 12 3F 3F 91"), {252, -252}, {}},
-        {"right turbo", hex("FF 01 00 02 FF 00 02"), {255, 0}, {}},
-        {"up, data 2 0xFF", hex("FF 01 00 08 00 FF 08"), {0, 255}, {}},
-        {"zoom tele", hex("FF 01 00 20 00 00 21"), {0, 0, in, 0}, {}},
-        {"focus far", hex("FF 01 00 80 00 00 81"), {0, 0, 0, in}, {}},
-        {"focus near", hex("FF 01 01 00 00 00 02"), {0, 0, 0, out}, {}},
+        {"right 0x20", kPanRight20, {128, 0}, {}, {"pan right 32"}},
+        {"left 0x23", hex("FF 01 00 04 23 00 28"), {-140, 0}, {}, {"pan left 35"}},
+        {"up-left slowest", hex("FF 01 00 0C 01 01 0F"), {-4, 4}, {}, {"pan left 1, tilt up 1"}},
+        {"down-right 0x3F",
+         hex("FF 01 00 12 3F 3F 91"),
+         {252, -252},
+         {},
+         {"pan right 63, tilt down 63"}},
+        {"right turbo", hex("FF 01 00 02 FF 00 02"), {255, 0}, {}, {"pan right turbo"}},
+        {"up, data 2 0xFF", hex("FF 01 00 08 00 FF 08"), {0, 255}, {}, {"tilt up turbo"}},
+        // A speed with no way and a way with no speed move nothing.
+        {"right, a tilt speed alone", hex("FF 01 00 02 20 10 33"), {128, 0}, {}, {"pan right 32"}},
+        {"up at speed 0", hex("FF 01 00 08 00 00 09"), kAtRest, {}, {}},
+        {"zoom tele", hex("FF 01 00 20 00 00 21"), {0, 0, in, 0}, {}, {"zoom tele"}},
+        {"focus far", hex("FF 01 00 80 00 00 81"), {0, 0, 0, in}, {}, {"focus far"}},
+        {"focus near", hex("FF 01 01 00 00 00 02"), {0, 0, 0, out}, {}, {"focus near"}},
         {"zoom speed 1, tele",
          hex("FF 01 00 25 00 01 27 FF 01 00 20 00 00 21"),
          {0, 0, lensJogByte(63), 0},
-         {}},
+         {},
+         {"zoom speed 1", "zoom tele"}},
         {"zoom speed 3, wide",
          hex("FF 01 00 25 00 03 29 FF 01 00 40 00 00 41"),
          {0, 0, out, 0},
-         {}},
+         {},
+         {"zoom speed 3", "zoom wide"}},
         {"noise, a bad checksum, then up 0x10",
          hex("13 37 FF 01 00 02 20 00 24 FF 01 00 08 00 10 19"),
          {0, 64},
-         {}},
-        {"call preset 1", hex("FF 01 00 07 00 01 09"), kAtRest, {goTo(1)}},
-        {"call preset 30", hex("FF 01 00 07 00 1E 26"), kAtRest, {goTo(30)}},
+         {},
+         {"tilt up 16"}},
+        {"call preset 1", hex("FF 01 00 07 00 01 09"), kAtRest, {goTo(1)}, {"call preset 1"}},
+        {"call preset 30", hex("FF 01 00 07 00 1E 26"), kAtRest, {goTo(30)}, {"call preset 30"}},
         {"set preset 1",
          hex("FF 01 00 03 00 01 05"),
          kAtRest,
          {test::message<vocab::StoreCurrentPosition>(
-             {{vocab::store_current_position::kPreset, 1}})}},
+             {{vocab::store_current_position::kPreset, 1}})},
+         {"set preset 1"}},
         {"clear preset 1",
          hex("FF 01 00 05 00 01 07"),
          kAtRest,
          {test::message<vocab::StorePreset>(
-             {{store::kPreset, 1}, {store::kPan, 0}, {store::kTilt, 0}})}},
+             {{store::kPreset, 1}, {store::kPan, 0}, {store::kTilt, 0}})},
+         {"clear preset 1"}},
         // Nothing: the unit's home position, a flip, another camera, iris open.
-        {"call preset 31", hex("FF 01 00 07 00 1F 27"), kAtRest, {}},
-        {"flip", hex("FF 01 00 07 00 21 29"), kAtRest, {}},
-        {"right, camera 2", hex("FF 02 00 02 20 00 24"), kAtRest, {}},
-        {"iris open", hex("FF 01 02 00 00 00 03"), kAtRest, {}},
+        // Told again when repeated.
+        {"call preset 31, twice",
+         hex("FF 01 00 07 00 1F 27 FF 01 00 07 00 1F 27"),
+         kAtRest,
+         {},
+         {"call preset 31" + ignored, "call preset 31" + ignored}},
+        {"flip", hex("FF 01 00 07 00 21 29"), kAtRest, {}, {"call preset 33" + ignored}},
+        {"right, camera 2", hex("FF 02 00 02 20 00 24"), kAtRest, {}, {}},
+        {"iris open", hex("FF 01 02 00 00 00 03"), kAtRest, {}, {}},
     };
     ASSERT_TRUE(connect());
     ASSERT_TRUE(connectKeyboard());
+    QSignalSpy told(&bridge, &PelcoDBridge::commandHandled);
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         const std::size_t mark = line.frames().size();
+        told.clear();
         send(c.frames);
         if (c.jog == kAtRest) {
             EXPECT_TRUE(staysAtRest());
@@ -174,6 +195,11 @@ TEST_F(PelcoDBridgeTest, EachKeyboardFrameReachesTheLineAsTheUnitsJogOrPresetMes
         }
         runUntil([&] { return commandsSince(mark).size() >= c.sent.size(); }, 2000);
         EXPECT_EQ(commandsSince(mark), c.sent);
+        QStringList texts;
+        for (const QList<QVariant>& signal : told) {
+            texts << signal.at(0).toString();
+        }
+        EXPECT_EQ(texts, c.told);
         send(kStop);
         EXPECT_EQ(jogAfter(line.frames().size(), kAtRest), kAtRest);
         settle();
