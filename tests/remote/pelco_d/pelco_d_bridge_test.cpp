@@ -134,6 +134,11 @@ TEST_F(PelcoDBridgeTest, EachKeyboardFrameReachesTheLineAsTheUnitsJogOrPresetMes
          {},
          {"pan right 63, tilt down 63"}},
         {"right turbo", hex("FF 01 00 02 FF 00 02"), {255, 0}, {}, {"pan right turbo"}},
+        {"left 0x40, an older turbo",
+         hex("FF 01 00 04 40 00 45"),
+         {-255, 0},
+         {},
+         {"pan left turbo"}},
         {"up, data 2 0xFF", hex("FF 01 00 08 00 FF 08"), {0, 255}, {}, {"tilt up turbo"}},
         // A speed with no way and a way with no speed move nothing.
         {"right, a tilt speed alone", hex("FF 01 00 02 20 10 33"), {128, 0}, {}, {"pan right 32"}},
@@ -141,6 +146,11 @@ TEST_F(PelcoDBridgeTest, EachKeyboardFrameReachesTheLineAsTheUnitsJogOrPresetMes
         {"zoom tele", hex("FF 01 00 20 00 00 21"), {0, 0, in, 0}, {}, {"zoom tele"}},
         {"focus far", hex("FF 01 00 80 00 00 81"), {0, 0, 0, in}, {}, {"focus far"}},
         {"focus near", hex("FF 01 01 00 00 00 02"), {0, 0, 0, out}, {}, {"focus near"}},
+        {"focus speed 0, near",
+         hex("FF 01 00 27 00 00 28 FF 01 01 00 00 00 02"),
+         {0, 0, 0, lensJogByte(-31)},
+         {},
+         {"focus speed 0", "focus near"}},
         {"zoom speed 1, tele",
          hex("FF 01 00 25 00 01 27 FF 01 00 20 00 00 21"),
          {0, 0, lensJogByte(63), 0},
@@ -197,6 +207,7 @@ TEST_F(PelcoDBridgeTest, EachKeyboardFrameReachesTheLineAsTheUnitsJogOrPresetMes
          {"call preset 31" + ignored, "call preset 31" + ignored}},
         {"flip", hex("FF 01 00 07 00 21 29"), kAtRest, {}, {"call preset 33" + ignored}},
         {"right, camera 2", hex("FF 02 00 02 20 00 24"), kAtRest, {}, {}},
+        {"call preset 1 with data 1 set", hex("FF 01 00 07 01 01 0A"), kAtRest, {}, {}},
         {"iris open", hex("FF 01 02 00 00 00 03"), kAtRest, {}, {}},
     };
     ASSERT_TRUE(connect());
@@ -316,8 +327,10 @@ TEST_F(PelcoDBridgeTest, ASerialKeyboardDrivesTheJogUntilItsLineIsLost) {
     ASSERT_TRUE(adapter.ok());
     EXPECT_FALSE(bridge.openSerial(adapter.slavePath(), 1200));
     EXPECT_FALSE(bridge.openSerial(adapter.slavePath() + "-none", PelcoDBridge::kDefaultBaudRate));
-    ASSERT_TRUE(bridge.openSerial(adapter.slavePath(), PelcoDBridge::kDefaultBaudRate))
-        << bridge.errorString().toStdString();
+    for (const qint32 baud : {9600, 4800, PelcoDBridge::kDefaultBaudRate}) {
+        ASSERT_TRUE(bridge.openSerial(adapter.slavePath(), baud))
+            << baud << " " << bridge.errorString().toStdString();
+    }
     for (const auto& [address, taken] :
          {std::pair{0, false}, {1, true}, {255, true}, {256, false}, {7, true}}) {
         EXPECT_EQ(bridge.setAddress(address), taken) << address;
