@@ -75,12 +75,11 @@ TEST(BridgeSettingsKept, OffPortsStayOffAndValuesOutOfRangeAreBroughtIn) {
     EXPECT_EQ(loaded.pelcoBaud, 2400);
 
     BridgeSettings saved;
-    saved.viscaPort = 52381;
+    saved.pelcoAddress = 7;
     saveBridgeSettings(saved);
     loaded = loadBridgeSettings();
-    EXPECT_EQ(loaded.viscaPort, saved.viscaPort);
-    EXPECT_EQ(loaded.onvifPort, std::nullopt);
-    EXPECT_EQ(loaded.pelcoTcpPort, std::nullopt);
+    EXPECT_EQ(loaded.pelcoAddress, 7);
+    EXPECT_FALSE(loaded.any());
 
     // As a settings file edited by hand may hold them.
     using Read = std::function<int(const BridgeSettings&)>;
