@@ -198,8 +198,8 @@ TEST_F(PelcoDBridgeTest, EachKeyboardFrameReachesTheLineAsTheUnitsJogOrPresetMes
          {test::message<vocab::StorePreset>(
              {{store::kPreset, 1}, {store::kPan, 0}, {store::kTilt, 0}})},
          {"clear preset 1"}},
-        // Nothing: the unit's home position, a flip, another camera, iris open.
-        // Told again when repeated.
+        // Nothing: the unit's home position (told again when repeated, as every
+        // preset is), a flip, another camera, a preset past a byte, iris open.
         {"call preset 31, twice",
          hex("FF 01 00 07 00 1F 27 FF 01 00 07 00 1F 27"),
          kAtRest,
