@@ -6,7 +6,7 @@ namespace halvex {
 
 RemoteJog::RemoteJog(Session& session, JogSource source, int refreshMs, QObject* parent)
     : QObject(parent), session_(session), source_(source), refreshMs_(refreshMs) {
-    silence_.setSingleShot(true);
+    // Its timeout stops it, along with the jog.
     connect(&silence_, &QTimer::timeout, this, [this] {
         stop();
         emit timedOut();

@@ -57,10 +57,10 @@ bool JogSources::apply(JogSource source, const JogDemand& demand) {
 }
 
 void JogSources::stopRemoteSources() {
-    for (std::size_t i = 0; i < slots_.size(); ++i) {
-        Slot& remote = slots_[i];
-        if (!isOperatorSource(static_cast<JogSource>(i)) && remote.active) {
-            remote = Slot{{}, false, true, 0};
+    for (Slot& remote : slots_) {
+        if (!isOperatorSource(static_cast<JogSource>(&remote - slots_.data())) && remote.active) {
+            remote = Slot{};
+            remote.mustRest = true;
         }
     }
 }

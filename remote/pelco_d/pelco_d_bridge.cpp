@@ -43,11 +43,10 @@ QString describeMotion(const pelco_d::Motion& motion) {
 }
 
 AxisDemand axis(int way, std::uint8_t speed) {
-    const int unitSpeed = way == 0 ? 0 : pelco_d::unitJogSpeed(speed);
-    if (unitSpeed == 0) {
+    if (way == 0 || speed == 0) {
         return {};
     }
-    return {static_cast<Byte>(unitSpeed), way > 0};
+    return {static_cast<Byte>(pelco_d::unitJogSpeed(speed)), way > 0};
 }
 
 QString refusedText(const QString& what, Refusal refusal) {

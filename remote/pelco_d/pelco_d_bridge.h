@@ -123,7 +123,7 @@ class PelcoDBridge : public QObject {
     // The keyboard whose frame drives the jog, if one does.
     Peer* driver_ = nullptr;
     // Counts the keyboards dropped, for a read that outlives its keyboard.
-    std::uint64_t epoch_ = 0;
+    std::uint64_t epoch_{};
     QString error_;
 };
 

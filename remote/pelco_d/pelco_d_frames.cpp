@@ -53,10 +53,7 @@ void FrameAssembler::resynchronise() {
 namespace {
 // -1 when only `one` is set, +1 when only `other` is, else 0.
 int way(bool one, bool other) {
-    if (one == other) {
-        return 0;
-    }
-    return other ? 1 : -1;
+    return int{other} - int{one};
 }
 }  // namespace
 
@@ -68,7 +65,6 @@ Command decode(const Frame& frame) {
         if (frame.command1 != 0 || frame.data1 != 0) {
             return command;
         }
-        command.number = frame.data2;
         switch (frame.command2) {
             case kSetPreset:
                 command.kind = Command::Kind::SetPreset;
@@ -86,14 +82,14 @@ Command decode(const Frame& frame) {
                 command.kind = Command::Kind::SetFocusSpeed;
                 break;
             default:
-                command.number = 0;
-                break;
+                return command;
         }
+        command.number = frame.data2;
         return command;
     }
     command.kind = Command::Kind::Motion;
     Motion& motion = command.motion;
-    const auto set = [](std::uint8_t byte, std::uint8_t bit) { return (byte & bit) != 0; };
+    const auto set = [](std::uint8_t byte, std::uint8_t bit) { return (byte & bit) == bit; };
     motion.pan = way(set(frame.command2, kPanLeft), set(frame.command2, kPanRight));
     motion.tilt = way(set(frame.command2, kTiltDown), set(frame.command2, kTiltUp));
     motion.zoom = way(set(frame.command2, kZoomWide), set(frame.command2, kZoomTele));

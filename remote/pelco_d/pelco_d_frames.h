@@ -47,11 +47,11 @@ inline constexpr std::uint8_t kTurbo = 0xFF;
 inline constexpr int kFastestLensSetting = 3;
 
 struct Frame {
-    std::uint8_t address = 0;
-    std::uint8_t command1 = 0;
-    std::uint8_t command2 = 0;
-    std::uint8_t data1 = 0;
-    std::uint8_t data2 = 0;
+    std::uint8_t address{};
+    std::uint8_t command1{};
+    std::uint8_t command2{};
+    std::uint8_t data1{};
+    std::uint8_t data2{};
 
     bool operator==(const Frame&) const = default;
 };
@@ -85,14 +85,12 @@ class FrameAssembler {
 // One axis of a standard command: -1 one way (left, down, wide, near), +1 the
 // other (right, up, tele, far), 0 at rest or both ways at once.
 struct Motion {
-    int pan = 0;
-    int tilt = 0;
-    int zoom = 0;
-    int focus = 0;
-    std::uint8_t panSpeed = 0;   // data 1 as sent
-    std::uint8_t tiltSpeed = 0;  // data 2 as sent
-
-    bool operator==(const Motion&) const = default;
+    int pan{};
+    int tilt{};
+    int zoom{};
+    int focus{};
+    std::uint8_t panSpeed{};   // data 1 as sent
+    std::uint8_t tiltSpeed{};  // data 2 as sent
 };
 
 // What a frame asks for. Iris, camera power and scan bits have no
@@ -109,10 +107,8 @@ struct Command {
         Unsupported,
     };
     Kind kind = Kind::Unsupported;
-    Motion motion;   // for Motion
-    int number = 0;  // the preset or lens speed setting: data 2
-
-    bool operator==(const Command&) const = default;
+    Motion motion;  // for Motion
+    int number{};   // the preset or lens speed setting: data 2
 };
 
 Command decode(const Frame& frame);

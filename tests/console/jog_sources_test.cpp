@@ -31,6 +31,9 @@ TEST_F(Sources, TheSourceThatStartedLastSteersLettingGoHandsBackAndAnAxisAtRestK
     sources.apply(JogSource::Keyboard, demand({}, {96, true}));
     EXPECT_EQ(speeds(), "0R 96U");
     EXPECT_EQ(sources.owner(), JogSource::Keyboard);
+    // A remote source may not start while the operator jogs.
+    EXPECT_FALSE(sources.apply(JogSource::Visca, demand({10, true})));
+    EXPECT_EQ(speeds(), "0R 96U");
     // The stick moving on under the keys changes nothing while the keys steer.
     sources.apply(JogSource::Controller, demand({150, false}));
     EXPECT_EQ(speeds(), "0R 96U");

@@ -54,6 +54,7 @@ TEST_F(RemoteJogTest, DrivesTheJogMessageAndStopsWhenTheClientFallsSilent) {
     zoomIn.lens[0] = lensJogByte(20);
     EXPECT_EQ(remote.drive(zoomIn), std::nullopt);
     EXPECT_EQ(nextJog(), (Jog{40, 12, lensJogByte(20)}));
+    EXPECT_TRUE(remote.driving());
     EXPECT_FALSE(session.jogSources().operatorJogging());
     // A program's move is not held up by a remote jog.
     EXPECT_EQ(session.refusalFor(Requester::Program), std::nullopt);

@@ -514,6 +514,12 @@ TEST_F(SessionTest, TheRotatorAnswersFromTheSessionAndMovesThroughIt) {
         EXPECT_DOUBLE_EQ(rotator.limits().maxAzimuth, 360.0);
         status.*limit = kept;
     }
+    // Limits never set, both 0, read as none.
+    const UnitStatus set = status;
+    status.PanMinLimit = status.PanMaxLimit = status.TiltMinLimit = status.TiltMaxLimit = 0.0f;
+    EXPECT_DOUBLE_EQ(rotator.limits().maxAzimuth, 360.0);
+    EXPECT_DOUBLE_EQ(rotator.limits().maxElevation, 90.0);
+    status = set;
     EXPECT_EQ(rotator.setPosition(180.0, 10.0), network::RotatorResult::OutsideLimits);
     // An azimuth or an elevation no rotator has, with the other one fine.
     EXPECT_EQ(rotator.setPosition(1000.0, 10.0), network::RotatorResult::OutsideLimits);

@@ -6,6 +6,7 @@
 
 #include <QElapsedTimer>
 #include <QSignalSpy>
+#include <QTcpServer>
 #include <QTcpSocket>
 #include <ostream>
 
@@ -119,53 +120,103 @@ TEST_F(PelcoDBridgeTest, EachKeyboardFrameReachesTheLineAsTheUnitsJogOrPresetMes
         Bytes frames;
         Jog jog;                              // the jog that follows
         std::vector<std::vector<Byte>> sent;  // the unit's other messages that follow
+        QStringList told;                     // what the operator is told of them
     };
+    const QString ignored = QStringLiteral(": ignored (presets 0..30 only)");
     // Camera 1's frames from published command lists.
     const Case cases[] = {
-        {"right 0x20", kPanRight20, {128, 0}, {}},
-        {"left 0x23", hex("FF 01 00 04 23 00 28"), {-140, 0}, {}},
-        {"up-left slowest", hex("FF 01 00 0C 01 01 0F"), {-4, 4}, {}},
-        {"down-right 0x3F", hex("FF 01 00 12 3F 3F 91"), {252, -252}, {}},
-        {"right turbo", hex("FF 01 00 02 FF 00 02"), {255, 0}, {}},
-        {"up, data 2 0xFF", hex("FF 01 00 08 00 FF 08"), {0, 255}, {}},
-        {"zoom tele", hex("FF 01 00 20 00 00 21"), {0, 0, in, 0}, {}},
-        {"focus far", hex("FF 01 00 80 00 00 81"), {0, 0, 0, in}, {}},
-        {"focus near", hex("FF 01 01 00 00 00 02"), {0, 0, 0, out}, {}},
+        {"right 0x20", kPanRight20, {128, 0}, {}, {"pan right 32"}},
+        {"left 0x23", hex("FF 01 00 04 23 00 28"), {-140, 0}, {}, {"pan left 35"}},
+        {"up-left slowest", hex("FF 01 00 0C 01 01 0F"), {-4, 4}, {}, {"pan left 1, tilt up 1"}},
+        {"down-right 0x3F",
+         hex("FF 01 00 12 3F 3F 91"),
+         {252, -252},
+         {},
+         {"pan right 63, tilt down 63"}},
+        {"right turbo", hex("FF 01 00 02 FF 00 02"), {255, 0}, {}, {"pan right turbo"}},
+        {"left 0x40, an older turbo",
+         hex("FF 01 00 04 40 00 45"),
+         {-255, 0},
+         {},
+         {"pan left turbo"}},
+        {"up, data 2 0xFF", hex("FF 01 00 08 00 FF 08"), {0, 255}, {}, {"tilt up turbo"}},
+        // A speed with no way and a way with no speed move nothing.
+        {"right, a tilt speed alone", hex("FF 01 00 02 20 10 33"), {128, 0}, {}, {"pan right 32"}},
+        {"up at speed 0, a pan speed alone", hex("FF 01 00 08 10 00 19"), kAtRest, {}, {}},
+        {"zoom tele", hex("FF 01 00 20 00 00 21"), {0, 0, in, 0}, {}, {"zoom tele"}},
+        {"focus far", hex("FF 01 00 80 00 00 81"), {0, 0, 0, in}, {}, {"focus far"}},
+        {"focus near", hex("FF 01 01 00 00 00 02"), {0, 0, 0, out}, {}, {"focus near"}},
+        {"focus speed 0, near",
+         hex("FF 01 00 27 00 00 28 FF 01 01 00 00 00 02"),
+         {0, 0, 0, lensJogByte(-31)},
+         {},
+         {"focus speed 0", "focus near"}},
         {"zoom speed 1, tele",
          hex("FF 01 00 25 00 01 27 FF 01 00 20 00 00 21"),
          {0, 0, lensJogByte(63), 0},
-         {}},
-        {"zoom speed 3, wide",
-         hex("FF 01 00 25 00 03 29 FF 01 00 40 00 00 41"),
+         {},
+         {"zoom speed 1", "zoom tele"}},
+        {"zoom speed 3 twice, wide",
+         hex("FF 01 00 25 00 03 29 FF 01 00 25 00 03 29 FF 01 00 40 00 00 41"),
          {0, 0, out, 0},
-         {}},
+         {},
+         {"zoom speed 3", "zoom speed 3", "zoom wide"}},
+        {"zoom speed 4 twice",
+         hex("FF 01 00 25 00 04 2A FF 01 00 25 00 04 2A"),
+         kAtRest,
+         {},
+         {"zoom speed 4: ignored (0..3 only)", "zoom speed 4: ignored (0..3 only)"}},
         {"noise, a bad checksum, then up 0x10",
          hex("13 37 FF 01 00 02 20 00 24 FF 01 00 08 00 10 19"),
          {0, 64},
-         {}},
-        {"call preset 1", hex("FF 01 00 07 00 01 09"), kAtRest, {goTo(1)}},
-        {"call preset 30", hex("FF 01 00 07 00 1E 26"), kAtRest, {goTo(30)}},
-        {"set preset 1",
-         hex("FF 01 00 03 00 01 05"),
+         {},
+         {"tilt up 16"}},
+        {"call preset 1", hex("FF 01 00 07 00 01 09"), kAtRest, {goTo(1)}, {"call preset 1"}},
+        {"call preset 30", hex("FF 01 00 07 00 1E 26"), kAtRest, {goTo(30)}, {"call preset 30"}},
+        // A call ends the keyboard's jog; a set leaves it running.
+        {"right, then call preset 1",
+         hex("FF 01 00 02 20 00 23 FF 01 00 07 00 01 09"),
          kAtRest,
+         {goTo(1)},
+         {"pan right 32", "call preset 1"}},
+        {"right, then set preset 2",
+         hex("FF 01 00 02 20 00 23 FF 01 00 03 00 02 06"),
+         {128, 0},
          {test::message<vocab::StoreCurrentPosition>(
-             {{vocab::store_current_position::kPreset, 1}})}},
+             {{vocab::store_current_position::kPreset, 2}})},
+         {"pan right 32", "set preset 2"}},
+        {"set preset 1 twice",
+         hex("FF 01 00 03 00 01 05 FF 01 00 03 00 01 05"),
+         kAtRest,
+         {test::message<vocab::StoreCurrentPosition>({{vocab::store_current_position::kPreset, 1}}),
+          test::message<vocab::StoreCurrentPosition>(
+              {{vocab::store_current_position::kPreset, 1}})},
+         {"set preset 1", "set preset 1"}},
         {"clear preset 1",
          hex("FF 01 00 05 00 01 07"),
          kAtRest,
          {test::message<vocab::StorePreset>(
-             {{store::kPreset, 1}, {store::kPan, 0}, {store::kTilt, 0}})}},
-        // Nothing: the unit's home position, a flip, another camera, iris open.
-        {"call preset 31", hex("FF 01 00 07 00 1F 27"), kAtRest, {}},
-        {"flip", hex("FF 01 00 07 00 21 29"), kAtRest, {}},
-        {"right, camera 2", hex("FF 02 00 02 20 00 24"), kAtRest, {}},
-        {"iris open", hex("FF 01 02 00 00 00 03"), kAtRest, {}},
+             {{store::kPreset, 1}, {store::kPan, 0}, {store::kTilt, 0}})},
+         {"clear preset 1"}},
+        // Nothing: the unit's home position (told again when repeated, as every
+        // preset is), a flip, another camera, a preset past a byte, iris open.
+        {"call preset 31, twice",
+         hex("FF 01 00 07 00 1F 27 FF 01 00 07 00 1F 27"),
+         kAtRest,
+         {},
+         {"call preset 31" + ignored, "call preset 31" + ignored}},
+        {"flip", hex("FF 01 00 07 00 21 29"), kAtRest, {}, {"call preset 33" + ignored}},
+        {"right, camera 2", hex("FF 02 00 02 20 00 24"), kAtRest, {}, {}},
+        {"call preset 1 with data 1 set", hex("FF 01 00 07 01 01 0A"), kAtRest, {}, {}},
+        {"iris open", hex("FF 01 02 00 00 00 03"), kAtRest, {}, {}},
     };
     ASSERT_TRUE(connect());
     ASSERT_TRUE(connectKeyboard());
+    QSignalSpy told(&bridge, &PelcoDBridge::commandHandled);
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         const std::size_t mark = line.frames().size();
+        told.clear();
         send(c.frames);
         if (c.jog == kAtRest) {
             EXPECT_TRUE(staysAtRest());
@@ -174,6 +225,11 @@ TEST_F(PelcoDBridgeTest, EachKeyboardFrameReachesTheLineAsTheUnitsJogOrPresetMes
         }
         runUntil([&] { return commandsSince(mark).size() >= c.sent.size(); }, 2000);
         EXPECT_EQ(commandsSince(mark), c.sent);
+        QStringList texts;
+        for (const QList<QVariant>& signal : told) {
+            texts << signal.at(0).toString();
+        }
+        EXPECT_EQ(texts, c.told);
         send(kStop);
         EXPECT_EQ(jogAfter(line.frames().size(), kAtRest), kAtRest);
         settle();
@@ -239,8 +295,10 @@ TEST_F(PelcoDBridgeTest, ARefusedFrameMovesNothingAndSaysWhy) {
     session.jogSources().apply(JogSource::Keyboard, operatorLeft);
     const std::size_t mark = line.frames().size();
     EXPECT_EQ(sent(kPanRight20), QStringLiteral("pan right 32: refused: the operator is jogging"));
-    EXPECT_EQ(sent(hex("FF 01 00 07 00 02 0A")),
-              QStringLiteral("call preset 2: refused: the operator is jogging"));
+    for (int repeat = 0; repeat < 2; ++repeat) {  // told again when repeated
+        EXPECT_EQ(sent(hex("FF 01 00 07 00 02 0A")),
+                  QStringLiteral("call preset 2: refused: the operator is jogging"));
+    }
     EXPECT_EQ(jogAfter(mark, {-90, 0}), (Jog{-90, 0}));
     EXPECT_TRUE(std::ranges::all_of(jogsSince(mark), [](Jog j) { return j == Jog{-90, 0}; }));
     EXPECT_TRUE(commandsSince(mark).empty());
@@ -249,16 +307,34 @@ TEST_F(PelcoDBridgeTest, ARefusedFrameMovesNothingAndSaysWhy) {
     session.jogSources().release(JogSource::Keyboard);
     EXPECT_EQ(sent(kPanRight20), QStringLiteral("pan right 32"));
     EXPECT_EQ(jogAfter(line.frames().size(), {128, 0}), (Jog{128, 0}));
+
+    // Closed under the keyboard's jog: stopped, and the keyboard let go.
+    QSignalSpy clients(&bridge, &PelcoDBridge::clientCountChanged);
+    bridge.close();
+    EXPECT_EQ(told.takeLast().at(0).toString(), QStringLiteral("stop: the bridge was closed"));
+    ASSERT_EQ(clients.size(), 1);
+    EXPECT_EQ(clients.takeFirst().at(0).toInt(), 0);
+    EXPECT_EQ(jogAfter(line.frames().size(), kAtRest), kAtRest);
+    // A port already taken.
+    PelcoDBridge other{session};
+    QTcpServer taken;
+    ASSERT_TRUE(taken.listen(QHostAddress::LocalHost, 0));
+    EXPECT_FALSE(other.listen(QHostAddress::LocalHost, taken.serverPort()));
 }
 
 TEST_F(PelcoDBridgeTest, ASerialKeyboardDrivesTheJogUntilItsLineIsLost) {
     PtyPair adapter;
     ASSERT_TRUE(adapter.ok());
     EXPECT_FALSE(bridge.openSerial(adapter.slavePath(), 1200));
-    ASSERT_TRUE(bridge.openSerial(adapter.slavePath(), PelcoDBridge::kDefaultBaudRate))
-        << bridge.errorString().toStdString();
-    ASSERT_TRUE(bridge.setAddress(7));
-    EXPECT_FALSE(bridge.setAddress(256));
+    EXPECT_FALSE(bridge.openSerial(adapter.slavePath() + "-none", PelcoDBridge::kDefaultBaudRate));
+    for (const qint32 baud : {9600, 4800, PelcoDBridge::kDefaultBaudRate}) {
+        ASSERT_TRUE(bridge.openSerial(adapter.slavePath(), baud))
+            << baud << " " << bridge.errorString().toStdString();
+    }
+    for (const auto& [address, taken] :
+         {std::pair{0, false}, {1, true}, {255, true}, {256, false}, {7, true}}) {
+        EXPECT_EQ(bridge.setAddress(address), taken) << address;
+    }
     bridge.setRefreshMs(0);
     ASSERT_TRUE(connect());
 
