@@ -3,9 +3,11 @@
 #include <sys/wait.h>
 #include <unistd.h>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QDialog>
 #include <QDir>
 #include <QFile>
+#include <QHeaderView>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
@@ -270,6 +272,41 @@ TEST(DataWatch, SpinnerWalksTheCodeTableAndOnlyFramesOfTheWatchedCodeAreCaptured
     EXPECT_EQ(line("CapTXData"), watched);
     window.showReceivedFrame(QStringLiteral("06 01 92 10 03"));
     EXPECT_EQ(line("CapRXData"), QStringLiteral("06 01 92 10 03"));
+}
+
+// The form as first seen: the standard ports, the keyboard speeds and
+// addresses, and a row for network control and each bridge.
+TEST(RemoteControl, TheDialogOffersTheStandardPortsAndRefusesAnOnvifUserWithoutPassword) {
+    ConsoleRig rig;
+    RemoteControlDialog dialog(rig.window->remoteBridges(), rig.window->networkControl(),
+                               rig.window->messages());
+    const auto text = [&dialog](const char* name) {
+        return dialog.findChild<QLineEdit*>(QLatin1String(name))->text();
+    };
+    EXPECT_EQ(text("OnvifPortBox"), QStringLiteral("8080"));
+    EXPECT_EQ(text("ViscaPortBox"), QStringLiteral("52381"));
+    EXPECT_EQ(text("PelcoPortBox"), QStringLiteral("4001"));
+    auto* baud = dialog.findChild<QComboBox*>(QStringLiteral("PelcoBaudCombo"));
+    QStringList bauds;
+    for (int i = 0; i < baud->count(); ++i) {
+        bauds << baud->itemText(i);
+    }
+    EXPECT_EQ(bauds, (QStringList{"2400", "4800", "9600"}));
+    EXPECT_EQ(baud->currentText(), QStringLiteral("2400"));  // as keyboards come
+    auto* address = dialog.findChild<QSpinBox*>(QStringLiteral("PelcoAddressSpin"));
+    EXPECT_EQ(std::pair(address->minimum(), address->maximum()), std::pair(1, 255));
+    EXPECT_EQ(dialog.findChild<QSpinBox*>(QStringLiteral("ViscaRefreshSpin"))->singleStep(), 100);
+    auto* table = dialog.findChild<QTableWidget*>(QStringLiteral("RemoteStatusTable"));
+    EXPECT_EQ(std::pair(table->rowCount(), table->columnCount()),
+              std::pair(RemoteBridges::kKinds + 1, 5));
+    EXPECT_EQ(table->item(0, 0)->text(), QStringLiteral("Network control (rotctld)"));
+    EXPECT_TRUE(table->horizontalHeader()->stretchLastSection());
+
+    dialog.findChild<QCheckBox*>(QStringLiteral("OnvifCheck"))->setChecked(true);
+    dialog.findChild<QLineEdit*>(QStringLiteral("OnvifUserBox"))->setText(QStringLiteral("admin"));
+    dialog.findChild<QPushButton*>(QStringLiteral("RemoteApplyBut"))->click();
+    ASSERT_EQ(rig.shown.size(), 1u);
+    EXPECT_EQ(rig.shown[0].text, QStringLiteral("ONVIF needs a user and a password."));
 }
 
 // Unit > Remote Control starts a bridge, keeps its settings for the next
