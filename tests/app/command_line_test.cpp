@@ -93,7 +93,8 @@ TEST(CommandLine, HelpAndVersionNeedNoDisplayEvenAfterToolkitOptions) {
     EXPECT_EQ(runWithoutDisplay("--help", sim).status, 0);
     EXPECT_EQ(runWithoutDisplay("--bogus", sim).status, 2);
 
-    const Outcome version = runWithoutDisplay("-style=fusion --version");
+    // --rotctld last, with no port after it.
+    const Outcome version = runWithoutDisplay("-style=fusion --version --rotctld");
     EXPECT_EQ(version.status, 0) << version.err.toStdString();
     EXPECT_EQ(version.out.trimmed(), QStringLiteral("halvex " HALVEX_VERSION));
     const Outcome help = runWithoutDisplay("-platform xcb --help");
