@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QNetworkDatagram>
 #include <QTcpSocket>
+#include <algorithm>
 #include <type_traits>
 
 #include "protocol/fault_guard.h"
@@ -359,12 +360,9 @@ void ViscaBridge::handle(Client& client, const Origin& origin, const visca::Requ
 }
 
 int ViscaBridge::freeSocket(const Client& client) {
-    for (std::size_t i = 0; i < client.sockets.size(); ++i) {
-        if (!client.sockets[i].busy) {
-            return static_cast<int>(i) + 1;
-        }
-    }
-    return 0;
+    const auto slot =
+        std::ranges::find_if(client.sockets, [](const Client::Socket& s) { return !s.busy; });
+    return slot == client.sockets.end() ? 0 : static_cast<int>(slot - client.sockets.begin()) + 1;
 }
 
 void ViscaBridge::drivePanTilt(Client& client, const Origin& origin,

@@ -162,7 +162,7 @@ Request toCamera(const Packet& p) {
 
 Request parse(const Packet& p) {
     if (p.size() < kMinPacket || p.size() > kMaxPacket || p.back() != kTerminator ||
-        std::find(p.begin(), p.end() - 1, kTerminator) != p.end() - 1 || (p[0] & 0x80) == 0) {
+        std::find(p.begin(), p.end(), kTerminator) != p.end() - 1 || (p[0] & 0x80) == 0) {
         return SyntaxError{};
     }
     const int receiver = p[0] & 0x0F;

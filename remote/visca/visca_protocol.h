@@ -34,7 +34,6 @@ struct PanTiltDrive {
     int tiltSpeed = 0;
     int pan = 0;
     int tilt = 0;
-    bool operator==(const PanTiltDrive&) const = default;
 };
 // 8x 01 06 02 (absolute) or 03 (relative) VV WW 0Y 0Y 0Y 0Y 0Z 0Z 0Z 0Z FF,
 // in position units (see degreesOf). The speeds are not used: the unit
@@ -43,13 +42,10 @@ struct PanTiltPosition {
     bool relative = false;
     std::int16_t pan = 0;
     std::int16_t tilt = 0;
-    bool operator==(const PanTiltPosition&) const = default;
 };
 struct PanTiltHome {
-    bool operator==(const PanTiltHome&) const = default;
 };
 struct PanTiltReset {
-    bool operator==(const PanTiltReset&) const = default;
 };
 // 8x 01 04 07 pp FF (zoom) and 8x 01 04 08 pp FF (focus). Direction +1 is
 // tele or far, -1 wide or near, 0 stop; speed 0..7, or kStandardSpeed.
@@ -60,44 +56,35 @@ struct LensDrive {
     Lens lens = Lens::Zoom;
     int direction = 0;
     int speed = kStandardSpeed;
-    bool operator==(const LensDrive&) const = default;
 };
 // 8x 01 04 3F 0a pp FF.
 struct Memory {
     enum class Action { Reset, Set, Recall };
     Action action = Action::Recall;
     int number = 0;
-    bool operator==(const Memory&) const = default;
 };
 // 8x 09 06 12 FF and 8x 09 04 47 FF.
 struct PanTiltPositionInquiry {
-    bool operator==(const PanTiltPositionInquiry&) const = default;
 };
 struct ZoomPositionInquiry {
-    bool operator==(const ZoomPositionInquiry&) const = default;
 };
 // 8x 01 00 01 FF, or 88 01 00 01 FF to every camera.
 struct InterfaceClear {
     bool broadcast = false;
-    bool operator==(const InterfaceClear&) const = default;
 };
 // 8x 2p FF: the command in socket p is cancelled.
 struct Cancel {
     int socket = 0;
-    bool operator==(const Cancel&) const = default;
 };
 // 88 30 0p FF: the first camera takes address p and passes p + 1 on.
 struct AddressSet {
     int address = 0;
-    bool operator==(const AddressSet&) const = default;
 };
 // Not a packet this camera understands: answered with a syntax error.
 struct SyntaxError {
-    bool operator==(const SyntaxError&) const = default;
 };
 // A packet for another camera on the chain: not answered.
 struct OtherCamera {
-    bool operator==(const OtherCamera&) const = default;
 };
 
 using Request = std::variant<SyntaxError, OtherCamera, PanTiltDrive, PanTiltPosition, PanTiltHome,

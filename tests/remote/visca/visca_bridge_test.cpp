@@ -249,18 +249,21 @@ TEST_F(ViscaBridgeTest, InquiriesAnswerThePositionAndZoomAndRelativeMovesLandFro
 }
 
 TEST_F(ViscaBridgeTest, DrivesSteerTheJogWithPanTiltZoomAndFocusTogether) {
-    const Byte in = lensJogByte(127);
+    const std::size_t start = line.frames().size();
+    const Byte in5 = lensJogByte(95);
     const Byte near = lensJogByte(-64);
     const Byte far = lensJogByte(64);
     const Byte wide5 = lensJogByte(-95);
+    const Byte near7 = lensJogByte(-127);
     const std::pair<const char*, Jog> rows[] = {
         {"81 01 06 01 18 14 02 03 FF", {255, 1, 0, -1, 0, 0}},    // right, full speed
         {"81 01 06 01 0C 0A 01 01 FF", {128, 0, 128, 1, 0, 0}},   // up-left, half speed
         {"81 01 06 01 01 01 02 02 FF", {11, 1, 13, 0, 0, 0}},     // down-right, slowest
         {"81 01 06 01 05 18 03 01 FF", {0, -1, 255, 1, 0, 0}},    // up at tilt speed 0x18
-        {"81 01 04 07 27 FF", {0, -1, 255, 1, in, 0}},            // zoom tele at 7
-        {"81 01 04 08 02 FF", {0, -1, 255, 1, in, far}},          // focus far
-        {"81 01 04 08 03 FF", {0, -1, 255, 1, in, near}},         // focus near
+        {"81 01 04 07 25 FF", {0, -1, 255, 1, in5, 0}},           // zoom tele at 5
+        {"81 01 04 08 02 FF", {0, -1, 255, 1, in5, far}},         // focus far
+        {"81 01 04 08 37 FF", {0, -1, 255, 1, in5, near7}},       // focus near at 7
+        {"81 01 04 08 03 FF", {0, -1, 255, 1, in5, near}},        // focus near
         {"81 01 04 07 35 FF", {0, -1, 255, 1, wide5, near}},      // zoom wide at 5
         {"81 01 04 07 00 FF", {0, -1, 255, 1, 0, near}},          // zoom stop
         {"81 01 06 01 00 00 03 03 FF", {0, -1, 0, -1, 0, near}},  // pan-tilt stop
@@ -280,10 +283,12 @@ TEST_F(ViscaBridgeTest, DrivesSteerTheJogWithPanTiltZoomAndFocusTogether) {
         nextMessage([](const auto& m) { return isJog(m) && test::isSet(m, vocab::jog::kReset); },
                     mark)
             .empty());
-    EXPECT_EQ(notes, QStringList({"pan-tilt right at 24/0", "pan-tilt up-left at 12/10",
-                                  "pan-tilt down-right at 1/1", "pan-tilt up at 0/24",
-                                  "zoom tele at 7", "focus far", "focus near", "zoom wide at 5",
-                                  "zoom stop", "pan-tilt stop", "focus stop", "pan-tilt reset"}));
+    EXPECT_EQ(notes,
+              QStringList({"pan-tilt right at 24/0", "pan-tilt up-left at 12/10",
+                           "pan-tilt down-right at 1/1", "pan-tilt up at 0/24", "zoom tele at 5",
+                           "focus far", "focus near at 7", "focus near", "zoom wide at 5",
+                           "zoom stop", "pan-tilt stop", "focus stop", "pan-tilt reset"}));
+    EXPECT_EQ(stopsSince(start), 0) << "a stop with no move of the bridge's running";
 }
 
 TEST_F(ViscaBridgeTest, ADriveStopsWhenItsClientFallsSilentAndItsInquiriesKeepItGoing) {
@@ -299,14 +304,12 @@ TEST_F(ViscaBridgeTest, ADriveStopsWhenItsClientFallsSilentAndItsInquiriesKeepIt
     // Another client's inquiries do not.
     QUdpSocket other;
     ASSERT_TRUE(other.bind(QHostAddress::LocalHost, 0));
-    const Packet poll = join({header(0x0110, kPositionInquiry.size(), 1), kPositionInquiry});
+    const QByteArray poll = QByteArray::fromHex("011000050000000181090612FF");
     QElapsedTimer clock;
     clock.start();
     EXPECT_TRUE(runUntil(
         [&] {
-            other.writeDatagram(reinterpret_cast<const char*>(poll.data()),
-                                static_cast<qint64>(poll.size()), QHostAddress::LocalHost,
-                                bridge.serverPort());
+            other.writeDatagram(poll, QHostAddress::LocalHost, bridge.serverPort());
             return nextJog() == kAtRest;
         },
         1000));
@@ -417,6 +420,12 @@ TEST_F(ViscaBridgeTest, PlainViscaOverTcpInPiecesWithSocketsCancelAndAClientThat
     EXPECT_EQ(read(7), bytes("90 41 FF 90 61 04 FF"));
     EXPECT_TRUE(runUntil([&] { return stopsSince(mark) > 0; }, 2000));
     EXPECT_TRUE(read(0).empty());
+    // So is one stopped by a pan-tilt stop.
+    mark = line.frames().size();
+    write(join({kHome, bytes("81 01 06 01 00 00 03 03 FF")}));
+    EXPECT_EQ(read(9), bytes("90 41 FF 90 42 FF 90 52 FF"));
+    EXPECT_TRUE(runUntil([&] { return stopsSince(mark) > 0; }, 2000));
+    EXPECT_EQ(read(0), bytes("90 51 FF"));
 
     // A unit that does not answer: the move is not executable.
     line.setConnected(false);
