@@ -43,10 +43,8 @@ struct PanTiltPosition {
     std::int16_t pan = 0;
     std::int16_t tilt = 0;
 };
-struct PanTiltHome {
-};
-struct PanTiltReset {
-};
+struct PanTiltHome {};
+struct PanTiltReset {};
 // 8x 01 04 07 pp FF (zoom) and 8x 01 04 08 pp FF (focus). Direction +1 is
 // tele or far, -1 wide or near, 0 stop; speed 0..7, or kStandardSpeed.
 struct LensDrive {
@@ -64,10 +62,8 @@ struct Memory {
     int number = 0;
 };
 // 8x 09 06 12 FF and 8x 09 04 47 FF.
-struct PanTiltPositionInquiry {
-};
-struct ZoomPositionInquiry {
-};
+struct PanTiltPositionInquiry {};
+struct ZoomPositionInquiry {};
 // 8x 01 00 01 FF, or 88 01 00 01 FF to every camera.
 struct InterfaceClear {
     bool broadcast = false;
@@ -81,11 +77,9 @@ struct AddressSet {
     int address = 0;
 };
 // Not a packet this camera understands: answered with a syntax error.
-struct SyntaxError {
-};
+struct SyntaxError {};
 // A packet for another camera on the chain: not answered.
-struct OtherCamera {
-};
+struct OtherCamera {};
 
 using Request = std::variant<SyntaxError, OtherCamera, PanTiltDrive, PanTiltPosition, PanTiltHome,
                              PanTiltReset, LensDrive, Memory, PanTiltPositionInquiry,
