@@ -57,10 +57,10 @@ bool JogSources::apply(JogSource source, const JogDemand& demand) {
 }
 
 void JogSources::stopRemoteSources() {
-    for (Slot& remote : slots_) {
-        if (!isOperatorSource(static_cast<JogSource>(&remote - slots_.data())) && remote.active) {
-            remote = Slot{};
-            remote.mustRest = true;
+    for (std::size_t i = 0; i < slots_.size(); ++i) {
+        if (!isOperatorSource(static_cast<JogSource>(i)) && slots_[i].active) {
+            slots_[i] = Slot{};
+            slots_[i].mustRest = true;
         }
     }
 }
