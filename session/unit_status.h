@@ -3,6 +3,7 @@
 #include <array>
 
 #include "protocol/frame.h"
+#include "protocol/vocabulary_motion.h"
 #include "session/camera_settings.h"
 #include "session/drive_settings.h"
 #include "session/unit_identity.h"
@@ -26,6 +27,8 @@ struct UnitStatus {
     // [0] byte 7, [1] byte 8, [2] byte 9, [3] byte 7 AND 3 (the controller type).
     std::array<Byte, 4> StatusBytes{};
     Byte UnitVariant() const { return StatusBytes[3]; }
+    // Either axis is driven, by a move, a tour or a jog.
+    bool Moving() const { return (StatusBytes[2] & vocab::maskOf(vocab::report::kMoving)) != 0; }
 
     bool LimitFault = false;
     bool PanContinuous = false;

@@ -47,6 +47,7 @@
 #include "window/camera_features.h"
 #include "window/data_watch.h"
 #include "window/help_box.h"
+#include "window/range_plot_place.h"
 #include "window/vornixu.h"
 
 namespace {
@@ -286,6 +287,17 @@ bool savePages(halvex::VornixU& window, const QString& folder) {
     return ok;
 }
 
+// The range plot in its own window, as a small screen shows it.
+bool saveRangePlot(halvex::VornixU& window, const QString& path) {
+    window.findChild<QAction*>(QStringLiteral("MenuRangePlot"))->trigger();
+    QWidget& plotWindow = window.rangePlotPlace().ownWindow();
+    plotWindow.resize(640, 400);
+    QTest::qWait(300);
+    const bool ok = save(plotWindow, path);
+    plotWindow.hide();
+    return ok;
+}
+
 const char* const kPalettes[] = {"Desktop", "Dark", "Night"};
 
 void choosePalette(halvex::VornixU& window, const char* palette) {
@@ -328,6 +340,13 @@ int readmePictures(const QString& out) {
     window.resize(1024, 700);
     QTest::qWait(300);
     ok = save(window, out + QStringLiteral("/small-screen.png")) && ok;
+    ok = saveRangePlot(window, out + QStringLiteral("/rangeplot.png")) && ok;
+    // A wide screen has room for the plot on the Pan/Tilt page.
+    window.resize(1720, 900);
+    QTest::qWait(300);
+    ok = save(window, out + QStringLiteral("/pantilt-wide.png")) && ok;
+    window.resize(1024, 700);
+    QTest::qWait(300);
     choosePalette(window, "Night");
     ok = save(window, out + QStringLiteral("/night.png")) && ok;
     choosePalette(window, "Desktop");
@@ -352,6 +371,7 @@ int smallScreenPages(const QString& out) {
         const QString folder = out + QLatin1Char('/') + QString::fromLatin1(palette).toLower();
         ok = savePages(window, folder) && ok;
         ok = saveRemoteControl(window, folder + QStringLiteral("/remotecontrol.png")) && ok;
+        ok = saveRangePlot(window, folder + QStringLiteral("/rangeplot.png")) && ok;
     }
     choosePalette(window, "Desktop");
     return ok ? 0 : 1;

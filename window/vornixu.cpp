@@ -32,6 +32,8 @@
 #include "window/network_control.h"
 #include "window/palette_choice.h"
 #include "window/positioning_pages.h"
+#include "window/range_plot_feed.h"
+#include "window/range_plot_place.h"
 #include "window/remote_control_dialog.h"
 #include "window/setup_features.h"
 #include "window/window_placement.h"
@@ -135,6 +137,10 @@ void VornixU::buildMenus() {
     QAction* lineLog = viewMenu->addAction(QStringLiteral("&Line Log"));
     lineLog->setObjectName(QStringLiteral("MenuLineLog"));
     connect(lineLog, &QAction::triggered, lineRecorder_, &LineRecorder::showLog);
+    rangePlotAction_ = viewMenu->addAction(QStringLiteral("&Range Plot"));
+    rangePlotAction_->setObjectName(QStringLiteral("MenuRangePlot"));
+    rangePlotAction_->setToolTip(
+        QStringLiteral("The unit's limits, presets, tour and position; click to move there"));
     QAction* inputSettings = viewMenu->addAction(QStringLiteral("&Input Settings..."));
     inputSettings->setObjectName(QStringLiteral("MenuInputSettings"));
     connect(inputSettings, &QAction::triggered, this, [this] { openInputSettings(input_, *this); });
@@ -266,6 +272,13 @@ void VornixU::installFeatures() {
         remoteControlDialog_->raise();
     });
     installInputFeatures();
+
+    rangePlot_ = new RangePlot;
+    new RangePlotFeed(
+        session_, *rangePlot_,
+        [this](const QString& message) { statusBar()->showMessage(message, 15000); }, this);
+    rangePlotPlace_ =
+        new RangePlotPlace(*rangePlot_, *panTilt_->RangePlotSlot, *tabs_, *rangePlotAction_, *this);
 }
 
 void VornixU::installInputFeatures() {

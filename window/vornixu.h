@@ -33,6 +33,8 @@ class NetworkControl;
 class RemoteBridges;
 class RemoteControlDialog;
 class LineRecorder;
+class RangePlot;
+class RangePlotPlace;
 
 // The main window: owns the form state, the link and the pages, and wires
 // the features to them.
@@ -66,6 +68,9 @@ class VornixU : public QMainWindow {
     RemoteBridges& remoteBridges() { return *remoteBridges_; }
     // The Line Log and recordings of the line.
     LineRecorder& lineRecorder() { return *lineRecorder_; }
+    // The plot of the unit's range, and where it is shown.
+    RangePlot& rangePlot() { return *rangePlot_; }
+    RangePlotPlace& rangePlotPlace() { return *rangePlotPlace_; }
     const Messages& messages() const { return messages_; }
     ConsoleEvents& events() { return events_; }
 
@@ -120,6 +125,9 @@ class VornixU : public QMainWindow {
     RemoteControlDialog* remoteControlDialog_ = nullptr;
     QAction* remoteControlAction_ = nullptr;
     LineRecorder* lineRecorder_ = nullptr;
+    QAction* rangePlotAction_ = nullptr;
+    RangePlot* rangePlot_ = nullptr;
+    RangePlotPlace* rangePlotPlace_ = nullptr;
     InputFeatures input_;
     bool exiting_ = false;
     bool exited_ = false;

@@ -617,7 +617,7 @@ void OnvifServices::status(Context& c) {
     const UnitStatus& s = session_.status();
     const PanTiltRange range = rangeFromLimits(s.PanMinLimit, s.PanMaxLimit, s.TiltMinLimit,
                                                s.TiltMaxLimit, s.PanContinuous);
-    const bool unitMoving = (s.StatusBytes[2] & vocab::report::kMoving.mask) != 0;
+    const bool unitMoving = s.Moving();
     const bool jogging = session_.jogSources().owner().has_value();
     const bool panTiltMoving =
         unitMoving ||

@@ -24,7 +24,11 @@ class RecordingPeer : public UnitPeer {
     explicit RecordingPeer(UnitPeer& unit, int timeScale = 1);
 
     void receiveFromConsole(const std::uint8_t* data, std::size_t size) override;
-    void advanceTo(std::int64_t nowMs) override { unit_.advanceTo(nowMs * timeScale_); }
+    void advanceTo(std::int64_t nowMs) override {
+        if (!clockHeld_) {
+            unit_.advanceTo(nowMs * timeScale_);
+        }
+    }
     std::vector<std::uint8_t> takeOutput() override;
 
     // When false, the unit hears nothing and so says nothing.
@@ -32,6 +36,9 @@ class RecordingPeer : public UnitPeer {
     // While held, the unit's replies wait here and go out together once
     // released: a unit that is slow to answer one request.
     void holdReplies(bool hold) { holding_ = hold; }
+    // While held, the unit's clock stands still: it answers, but a move
+    // under way stays where it is.
+    void holdClock(bool hold) { clockHeld_ = hold; }
 
     const std::vector<Frame>& frames() const { return frames_; }
     // The frames' messages, leaving out jog messages when asked.
@@ -48,6 +55,7 @@ class RecordingPeer : public UnitPeer {
     sim::FrameAssembler assembler_;
     bool connected_ = true;
     bool holding_ = false;
+    bool clockHeld_ = false;
     std::vector<std::uint8_t> held_;
 };
 

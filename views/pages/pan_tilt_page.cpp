@@ -74,6 +74,15 @@ PanTiltPage::PanTiltPage(QWidget* parent) : QWidget(parent) {
     right->addWidget(buildLimitGroup());
     right->addStretch();
     columns->addLayout(right);
+
+    // A fourth column for the range plot, shown where the screen has room.
+    RangePlotSlot = new QGroupBox(QStringLiteral("Range"), this);
+    RangePlotSlot->setObjectName(QStringLiteral("RangePlotSlot"));
+    RangePlotSlot->setLayout(new QVBoxLayout);
+    // It never holds the window wider: narrowed, the plot leaves the page.
+    RangePlotSlot->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    RangePlotSlot->hide();
+    columns->addWidget(RangePlotSlot, 1);
     nameForAssistiveTechnology();
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QCheckBox>
+#include <QGroupBox>
 #include <QLabel>
 #include <QPushButton>
 #include <QScrollBar>
@@ -85,6 +86,9 @@ class PanTiltPage : public QWidget {
 
     // Where the movement log panel goes.
     QVBoxLayout* MovementMonitorSlot;
+    // Where the range plot goes when the page is wide enough for it; hidden
+    // otherwise.
+    QGroupBox* RangePlotSlot;
 
   private:
     QWidget* buildPositionGroup();

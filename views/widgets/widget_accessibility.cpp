@@ -9,6 +9,7 @@
 #include "views/widgets/led_display.h"
 #include "views/widgets/lens_jog_box.h"
 #include "views/widgets/pan_gauge.h"
+#include "views/widgets/range_plot.h"
 #include "views/widgets/status_lamp.h"
 
 namespace halvex {
@@ -123,6 +124,9 @@ class CustomWidgetAccessible : public QAccessibleWidget, public QAccessibleValue
         if (const auto* lens = qobject_cast<const LensJogBox*>(widget())) {
             return lens->pointerHeld() ? QStringLiteral("held") : QStringLiteral("at rest");
         }
+        if (const auto* plot = qobject_cast<const RangePlot*>(widget())) {
+            return plot->summary();
+        }
         return {};
     }
 };
@@ -143,6 +147,9 @@ QAccessibleInterface* customWidgetFactory(const QString&, QObject* object) {
     }
     if (qobject_cast<JogBox*>(widget) != nullptr || qobject_cast<LensJogBox*>(widget) != nullptr) {
         return new CustomWidgetAccessible(widget, QAccessible::Canvas);
+    }
+    if (qobject_cast<RangePlot*>(widget) != nullptr) {
+        return new CustomWidgetAccessible(widget, QAccessible::Chart);
     }
     return nullptr;
 }

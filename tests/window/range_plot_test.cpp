@@ -1,0 +1,284 @@
+// The range plot against the virtual unit: it shows the unit's limits,
+// presets and tour as the unit has them, and what is done on it reaches the
+// unit through the session, or is refused with the reason.
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QApplication>
+#include <QGroupBox>
+#include <QListWidget>
+#include <QMenu>
+#include <QScrollBar>
+#include <QStatusBar>
+
+#include "tests/support/console_rig.h"
+#include "tests/support/finish.h"
+#include "tests/support/kept_picture.h"
+#include "tests/support/messages.h"
+#include "tests/support/online_suite.h"
+#include "views/pages/pan_tilt_page.h"
+#include "views/widgets/jog_box.h"
+#include "views/widgets/range_plot.h"
+#include "window/range_plot_place.h"
+
+using namespace halvex;
+using namespace halvex::testing;
+namespace v = halvex::vocab;
+
+namespace {
+
+const KeptPictures kPictures{HALVEX_KEPT_PICTURES, HALVEX_SEEN_PICTURES};
+constexpr int kToursPage = 3;
+
+// A unit with four presets and a tour through three of them, whose platform
+// travels twenty times as fast as a real one; the plot shown in its window.
+struct PlotRig : ConsoleRig {
+    PlotRig() : ConsoleRig({}, kFastTickMs, 20) {
+        auto& presets = unit.state().presets;
+        presets.at(1) = {-4500, 1000, {}};
+        presets.at(2) = {3050, -525, {}};
+        presets.at(3) = {9000, 0, {}};
+        presets.at(4) = {-12075, 2250, {}};
+        for (const auto& [preset, dwell] : {std::pair{1, 5}, {2, 8}, {3, 5}}) {
+            unit.state().tours.append(0, {static_cast<Byte>(preset), static_cast<Byte>(dwell)});
+        }
+        find<QAction>(QStringLiteral("MenuRangePlot"))->trigger();
+        window->rangePlotPlace().ownWindow().resize(560, 360);
+    }
+    RangePlot& plot() { return window->rangePlot(); }
+    QPoint pixel(double pan, double tilt) { return plot().frame().toPixel({pan, tilt}).toPoint(); }
+    // The angles a click at `pixel` asks for, in the unit's hundredths.
+    std::pair<std::int64_t, std::int64_t> hundredthsAt(QPoint at) {
+        const PlotAngles angles = plot().frame().toAngles(at);
+        return {std::llround(angles.pan * 100), std::llround(angles.tilt * 100)};
+    }
+    void clickPlot(QPoint at) {
+        line.clear();
+        QTest::mouseClick(&plot(), Qt::LeftButton, {}, at);
+        settle();
+    }
+    // The unit's tour 0 as the plot should draw it.
+    std::vector<PlotTourStep> unitTour() {
+        std::vector<PlotTourStep> steps;
+        const sim::Tours& tours = unit.state().tours;
+        for (int i = 0; i < tours.size(0); ++i) {
+            const sim::TourStep step = *tours.step(0, i);
+            const sim::Preset& preset = unit.state().presets.at(step.presetNumber());
+            steps.push_back({step.presetNumber(),
+                             {preset.pan / 100.0, preset.tilt / 100.0},
+                             step.dwellSeconds()});
+        }
+        return steps;
+    }
+    std::vector<std::vector<Byte>> sentMoves() {
+        std::vector<std::vector<Byte>> moves;
+        for (const auto& message : line.messages(false)) {
+            if (message.at(0) == v::AbsoluteMove::kCode || message.at(0) == v::GoToPreset::kCode ||
+                message.at(0) == v::StoreCurrentPosition::kCode) {
+                moves.push_back(message);
+            }
+        }
+        return moves;
+    }
+    bool arrived(double pan, double tilt) {
+        return waitFor([&] {
+            return !plot().moving() && plot().position() == PlotAngles{pan, tilt};
+        });
+    }
+};
+
+class RangePlotOnline : public OnlineSuite<PlotRig> {
+  protected:
+    PlotRig& rig = *shared_;
+};
+
+}  // namespace
+
+TEST_F(RangePlotOnline, ShowsTheUnitsLimitsPresetsAndTheTourAsEditedOnTheToursPage) {
+    RangePlot& plot = rig.plot();
+    EXPECT_EQ(plot.softLimits(), (PlotLimits{-170, 170, -85, 85}));
+    EXPECT_EQ(plot.hardLimits(), (PlotLimits{-180, 180, -90, 90}));
+    std::vector<std::pair<int, PlotAngles>> presets;
+    for (const PlotPreset& preset : plot.presets()) {
+        presets.push_back({preset.number, preset.at});
+    }
+    EXPECT_EQ(presets,
+              (std::vector<std::pair<int, PlotAngles>>{
+                  {1, {-45, 10}}, {2, {30.5, -5.25}}, {3, {90, 0}}, {4, {-120.75, 22.5}}}));
+
+    rig.window->SSTab1().setCurrentIndex(kToursPage);
+    rig.click(QStringLiteral("TourSel_0"));
+    ASSERT_TRUE(rig.waitFor([&] { return plot.tour().size() == 3; }));
+    EXPECT_EQ(plot.tour(), rig.unitTour());
+    EXPECT_EQ(plot.tour().at(1), (PlotTourStep{2, {30.5, -5.25}, 8}));
+
+    // A step added on the Tours page joins the path once the unit has it.
+    auto* choices = rig.find<QListWidget>(QStringLiteral("ScriptPreList"));
+    rig.find<QScrollBar>(QStringLiteral("WaitScroll"))->setValue(12);
+    const QPoint row = choices->visualItemRect(choices->item(4)).center();
+    QTest::mouseClick(choices->viewport(), Qt::LeftButton, {}, row);
+    QTest::mouseDClick(choices->viewport(), Qt::LeftButton, {}, row);
+    ASSERT_TRUE(rig.waitFor([&] { return plot.tour().size() == 4; }));
+    EXPECT_EQ(plot.tour(), rig.unitTour());
+    EXPECT_EQ(plot.tour().back(), (PlotTourStep{4, {-120.75, 22.5}, 12}));
+
+    rig.click(QStringLiteral("ClearScriptBut"));
+    // The Tours page reads the emptied tour again on the next turn.
+    QCoreApplication::sendPostedEvents();
+    settle();
+    EXPECT_TRUE(plot.tour().empty());
+    EXPECT_EQ(rig.unit.state().tours.size(0), 0);
+    rig.window->SSTab1().setCurrentIndex(0);
+}
+
+TEST_F(RangePlotOnline, AClickMovesThePlatformThereAndShowsTheMoveUnderWay) {
+    const QPoint at = rig.pixel(20.5, -10.25);
+    const auto [pan, tilt] = rig.hundredthsAt(at);
+    rig.clickPlot(at);
+    const auto moves = rig.sentMoves();
+    ASSERT_EQ(moves.size(), 1u);
+    EXPECT_EQ(moves[0], test::message<v::AbsoluteMove>(
+                            {{v::absolute_move::kPan, pan}, {v::absolute_move::kTilt, tilt}}));
+    ASSERT_TRUE(rig.waitFor([&] { return rig.plot().moving(); }));
+    EXPECT_EQ(rig.plot().target(), (PlotAngles{pan / 100.0, tilt / 100.0}));
+    EXPECT_TRUE(rig.arrived(pan / 100.0, tilt / 100.0));
+
+    EXPECT_TRUE(rig.plot().notice().isEmpty());
+}
+
+TEST_F(RangePlotOnline, WhatTheSessionRefusesSendsNothingAndSaysWhy) {
+    RangePlot& plot = rig.plot();
+    PanTiltPage& page = rig.window->panTiltPage();
+    struct Case {
+        const char* why;
+        std::function<void()> before;
+        std::function<void()> after;
+        QPoint at;
+        bool doubleClick = false;
+    };
+    std::optional<Session::PagesLock> lock;
+    // clang-format off
+    const Case cases[] = {
+        {"outside the soft limits", [] {}, [] {}, rig.pixel(175, 0)},
+        {"outside the soft limits", [] {}, [] {}, rig.pixel(0, -87)},
+        {"the operator is jogging",
+         [&] { emit page.Jog->mousePressed(Qt::LeftButton, Qt::LeftButton, 0.5, 0.5); },
+         [&] { emit page.Jog->mouseReleased(Qt::LeftButton, Qt::NoButton, 0.5, 0.5); },
+         rig.pixel(10, 10)},
+        {"the console is reading its tables again", [&] { lock.emplace(rig.window->session()); },
+         [&] { lock.reset(); }, rig.pixel(10, 10)},
+        {"the console is reading its tables again", [&] { lock.emplace(rig.window->session()); },
+         [&] { lock.reset(); }, rig.pixel(90, 0), true},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.why);
+        c.before();
+        rig.line.clear();
+        if (c.doubleClick) {
+            QTest::mouseDClick(&plot, Qt::LeftButton, {}, c.at);
+        } else {
+            QTest::mouseClick(&plot, Qt::LeftButton, {}, c.at);
+        }
+        settle();
+        c.after();
+        EXPECT_TRUE(rig.sentMoves().empty());
+        EXPECT_EQ(plot.notice(), QStringLiteral("refused: %1").arg(QLatin1String(c.why)));
+        EXPECT_EQ(rig.window->statusBar()->currentMessage(),
+                  QStringLiteral("Range Plot: refused: %1").arg(QLatin1String(c.why)));
+    }
+    // The jog released, the same click goes.
+    rig.clickPlot(rig.pixel(10, 10));
+    EXPECT_EQ(rig.sentMoves().size(), 1u);
+    EXPECT_TRUE(rig.arrived(rig.hundredthsAt(rig.pixel(10, 10)).first / 100.0,
+                            rig.hundredthsAt(rig.pixel(10, 10)).second / 100.0));
+}
+
+TEST_F(RangePlotOnline, ADoubleClickGoesToAPresetAndTheMenuSavesThePositionToOne) {
+    RangePlot& plot = rig.plot();
+    rig.line.clear();
+    QTest::mouseDClick(&plot, Qt::LeftButton, {}, rig.pixel(90, 0) + QPoint(2, -2));
+    settle();
+    ASSERT_EQ(rig.sentMoves(), std::vector<std::vector<Byte>>{
+                                   test::message<v::GoToPreset>({{v::go_to_preset::kPreset, 3}})});
+    ASSERT_TRUE(rig.arrived(90, 0));
+
+    rig.line.clear();
+    QContextMenuEvent event(QContextMenuEvent::Mouse, rig.pixel(-150, -60),
+                            plot.mapToGlobal(rig.pixel(-150, -60)));
+    QApplication::sendEvent(&plot, &event);
+    auto* menu = plot.findChild<QMenu*>(QStringLiteral("RangePlotMenu"));
+    ASSERT_NE(menu, nullptr);
+    menu->findChild<QAction*>(QStringLiteral("RangePlotSave_6"))->trigger();
+    delete menu;
+    // The unit keeps it, and the presets are read again to show it.
+    ASSERT_TRUE(rig.waitFor([&] {
+        return std::any_of(plot.presets().begin(), plot.presets().end(),
+                           [](const PlotPreset& p) { return p.number == 6; });
+    }));
+    EXPECT_EQ(rig.sentMoves(),
+              std::vector<std::vector<Byte>>{test::message<v::StoreCurrentPosition>(
+                  {{v::store_current_position::kPreset, 6}})});
+    EXPECT_EQ(rig.unit.state().presets.at(6).pan, 9000);
+    EXPECT_EQ(plot.presets().back().at, (PlotAngles{90, 0}));
+}
+
+TEST_F(RangePlotOnline, AWideScreenHasThePlotOnThePanTiltPageAndASmallOneInItsOwnWindow) {
+    RangePlotPlace& place = rig.window->rangePlotPlace();
+    auto* slot = rig.window->panTiltPage().RangePlotSlot;
+    auto resize = [&](QSize size) {
+        rig.window->resize(size);
+        ASSERT_TRUE(rig.waitFor([&] { return rig.window->size() == size; }));
+        settle();
+    };
+    resize(QSize(1720, 900));
+    EXPECT_TRUE(place.onPage());
+    EXPECT_TRUE(slot->isVisible());
+    EXPECT_TRUE(rig.plot().isVisible());
+    EXPECT_FALSE(place.ownWindow().isVisible());
+    rig.window->SSTab1().setCurrentIndex(1);
+    rig.find<QAction>(QStringLiteral("MenuRangePlot"))->trigger();
+    EXPECT_EQ(rig.window->SSTab1().currentIndex(), 0);
+
+    resize(QSize(1024, 700));
+    EXPECT_FALSE(place.onPage());
+    EXPECT_FALSE(slot->isVisible());
+    EXPECT_FALSE(place.ownWindow().isVisible());
+    rig.find<QAction>(QStringLiteral("MenuRangePlot"))->trigger();
+    EXPECT_TRUE(place.ownWindow().isVisible());
+    EXPECT_EQ(place.ownWindow().windowTitle(), QStringLiteral("Range Plot"));
+    EXPECT_EQ(rig.plot().window(), &place.ownWindow());
+    place.ownWindow().resize(560, 360);
+}
+
+TEST(RangePlotOffline, AClickBeforeTheUnitIsOnlineSendsNothingAndSaysSo) {
+    PlotRig rig;
+    rig.clickPlot(rig.pixel(10, 10));
+    EXPECT_TRUE(rig.sentMoves().empty());
+    EXPECT_EQ(rig.plot().notice(), QStringLiteral("refused: the unit is offline"));
+}
+
+// Limits, presets, the tour and a move under way, in each palette. The unit's
+// clock is held once the second move has begun, so the picture does not
+// depend on how fast the test runs.
+TEST(RangePlotPictures, LimitsPresetsTourAndAMoveUnderWayInEachPalette) {
+    PlotRig rig;
+    ASSERT_TRUE(rig.connect());
+    rig.window->SSTab1().setCurrentIndex(kToursPage);
+    rig.click(QStringLiteral("TourSel_0"));
+    rig.window->SSTab1().setCurrentIndex(0);
+    rig.clickPlot(rig.pixel(50, 0));
+    const auto [pan, tilt] = rig.hundredthsAt(rig.pixel(50, 0));
+    ASSERT_TRUE(rig.arrived(pan / 100.0, tilt / 100.0));
+    rig.line.holdClock(true);
+    rig.clickPlot(rig.pixel(-60, 30));
+    ASSERT_TRUE(rig.waitFor([&] { return rig.plot().moving(); }));
+    for (const char* palette : {"Desktop", "Dark", "Night"}) {
+        rig.find<QAction>(QStringLiteral("MenuPalette%1").arg(QLatin1String(palette)))->trigger();
+        QTest::qWait(50);  // the widgets take a new palette from a posted event
+        expectLooksAsKept(rig.window->rangePlotPlace().ownWindow(), kPictures,
+                          QStringLiteral("range-plot-%1").arg(QLatin1String(palette)).toLower());
+    }
+    rig.line.holdClock(false);
+}

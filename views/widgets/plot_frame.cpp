@@ -1,0 +1,95 @@
+#include "views/widgets/plot_frame.h"
+
+#include <algorithm>
+#include <array>
+
+namespace halvex {
+
+void PlotFrame::setRange(const PlotLimits& range) {
+    if (range == range_) {
+        return;
+    }
+    range_ = range;
+    keepCentreInRange();
+}
+
+void PlotFrame::setArea(const QRectF& area) {
+    area_ = area;
+}
+
+void PlotFrame::resetZoom() {
+    zoom_ = 1.0;
+    keepCentreInRange();
+}
+
+void PlotFrame::zoomAt(QPointF pixel, double factor) {
+    const PlotAngles under = toAngles(pixel);
+    zoom_ = std::clamp(zoom_ * factor, 1.0, kMostZoom);
+    // Put the angles that were under the pointer back under it.
+    const PlotAngles now = toAngles(pixel);
+    centre_.pan += under.pan - now.pan;
+    centre_.tilt += under.tilt - now.tilt;
+    keepCentreInRange();
+}
+
+void PlotFrame::keepCentreInRange() {
+    const double halfPan = (range_.panMax - range_.panMin) / zoom_ / 2.0;
+    const double halfTilt = (range_.tiltMax - range_.tiltMin) / zoom_ / 2.0;
+    centre_.pan = std::clamp(centre_.pan, range_.panMin + halfPan, range_.panMax - halfPan);
+    centre_.tilt = std::clamp(centre_.tilt, range_.tiltMin + halfTilt, range_.tiltMax - halfTilt);
+}
+
+PlotLimits PlotFrame::visible() const {
+    const double halfPan = (range_.panMax - range_.panMin) / zoom_ / 2.0;
+    const double halfTilt = (range_.tiltMax - range_.tiltMin) / zoom_ / 2.0;
+    return {centre_.pan - halfPan, centre_.pan + halfPan, centre_.tilt - halfTilt,
+            centre_.tilt + halfTilt};
+}
+
+double PlotFrame::pixelsPerDegree() const {
+    const PlotLimits shown = visible();
+    const double panSpan = shown.panMax - shown.panMin;
+    const double tiltSpan = shown.tiltMax - shown.tiltMin;
+    if (panSpan <= 0.0 || tiltSpan <= 0.0) {
+        return 1.0;
+    }
+    return std::max(std::min(area_.width() / panSpan, area_.height() / tiltSpan), 1e-6);
+}
+
+QRectF PlotFrame::plotArea() const {
+    const PlotLimits shown = visible();
+    const double scale = pixelsPerDegree();
+    const QSizeF size((shown.panMax - shown.panMin) * scale,
+                      (shown.tiltMax - shown.tiltMin) * scale);
+    return {area_.center().x() - size.width() / 2.0, area_.center().y() - size.height() / 2.0,
+            size.width(), size.height()};
+}
+
+QPointF PlotFrame::toPixel(PlotAngles at) const {
+    const PlotLimits shown = visible();
+    const QRectF plot = plotArea();
+    const double scale = pixelsPerDegree();
+    return {plot.left() + (at.pan - shown.panMin) * scale,
+            plot.top() + (shown.tiltMax - at.tilt) * scale};
+}
+
+PlotAngles PlotFrame::toAngles(QPointF pixel) const {
+    const PlotLimits shown = visible();
+    const QRectF plot = plotArea();
+    const double scale = pixelsPerDegree();
+    return {shown.panMin + (pixel.x() - plot.left()) / scale,
+            shown.tiltMax - (pixel.y() - plot.top()) / scale};
+}
+
+double PlotFrame::gridStep(double minimumPixels) const {
+    static constexpr std::array<double, 10> kSteps = {1, 2, 5, 10, 15, 30, 45, 90, 180, 360};
+    const double scale = pixelsPerDegree();
+    for (const double step : kSteps) {
+        if (step * scale >= minimumPixels) {
+            return step;
+        }
+    }
+    return kSteps.back();
+}
+
+}  // namespace halvex
