@@ -31,6 +31,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <cstdio>
+#include <optional>
 
 #include "connection/port_selection.h"
 #include "input/controller_jog.h"
@@ -44,6 +45,7 @@
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/clickable.h"
 #include "views/widgets/led_display.h"
+#include "views/widgets/range_plot.h"
 #include "window/camera_features.h"
 #include "window/data_watch.h"
 #include "window/help_box.h"
@@ -287,12 +289,19 @@ bool savePages(halvex::VornixU& window, const QString& folder) {
     return ok;
 }
 
-// The range plot in its own window, as a small screen shows it.
-bool saveRangePlot(halvex::VornixU& window, const QString& path) {
+// The range plot in its own window, as a small screen shows it; with
+// `clickAt`, a move there clicked and under way.
+bool saveRangePlot(halvex::VornixU& window, const QString& path,
+                   std::optional<halvex::PlotAngles> clickAt = std::nullopt) {
     window.findChild<QAction*>(QStringLiteral("MenuRangePlot"))->trigger();
     QWidget& plotWindow = window.rangePlotPlace().ownWindow();
     plotWindow.resize(640, 400);
     QTest::qWait(300);
+    if (clickAt) {
+        halvex::RangePlot& plot = window.rangePlot();
+        QTest::mouseClick(&plot, Qt::LeftButton, {}, plot.frame().toPixel(*clickAt).toPoint());
+        QTest::qWait(900);
+    }
     const bool ok = save(plotWindow, path);
     plotWindow.hide();
     return ok;
@@ -340,7 +349,9 @@ int readmePictures(const QString& out) {
     window.resize(1024, 700);
     QTest::qWait(300);
     ok = save(window, out + QStringLiteral("/small-screen.png")) && ok;
-    ok = saveRangePlot(window, out + QStringLiteral("/rangeplot.png")) && ok;
+    ok = saveRangePlot(window, out + QStringLiteral("/rangeplot.png"),
+                       halvex::PlotAngles{-60, 30}) &&
+         ok;
     // A wide screen has room for the plot on the Pan/Tilt page.
     window.resize(1720, 900);
     QTest::qWait(300);
