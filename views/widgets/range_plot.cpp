@@ -107,9 +107,11 @@ void RangePlot::setPosition(PlotAngles at) {
     if (panWraps_) {
         at.pan = wrapPan(at.pan);
     }
-    if (at == position_ && !trail_.empty()) {
+    // Reports repeat the position ten times a second: only a change is news.
+    if (at == position_ && positionKnown_) {
         return;
     }
+    positionKnown_ = true;
     position_ = at;
     trail_.add(clock_.elapsed(), at);
     if (!fading_.isActive()) {

@@ -122,6 +122,7 @@ class RangePlot : public QWidget {
     std::vector<PlotPreset> presets_;
     std::vector<PlotTourStep> tour_;
     PlotAngles position_;
+    bool positionKnown_ = false;
     std::optional<PlotAngles> target_;
     bool moving_ = false;
     MotionTrail trail_;
