@@ -274,6 +274,7 @@ TEST(RangePlotPictures, LimitsPresetsTourAndAMoveUnderWayInEachPalette) {
     rig.line.holdClock(true);
     rig.clickPlot(rig.pixel(-60, 30));
     ASSERT_TRUE(rig.waitFor([&] { return rig.plot().moving(); }));
+    rig.clickPlot(rig.pixel(175, -60));  // refused, and said so on the plot
     for (const char* palette : {"Desktop", "Dark", "Night"}) {
         rig.find<QAction>(QStringLiteral("MenuPalette%1").arg(QLatin1String(palette)))->trigger();
         QTest::qWait(50);  // the widgets take a new palette from a posted event

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace halvex {
 
@@ -82,7 +83,8 @@ PlotAngles PlotFrame::toAngles(QPointF pixel) const {
 }
 
 double PlotFrame::gridStep(double minimumPixels) const {
-    static constexpr std::array<double, 10> kSteps = {1, 2, 5, 10, 15, 30, 45, 90, 180, 360};
+    // No range is wider than a turn.
+    static constexpr std::array<double, 9> kSteps = {1, 2, 5, 10, 15, 30, 45, 90, 180};
     const double scale = pixelsPerDegree();
     for (const double step : kSteps) {
         if (step * scale >= minimumPixels) {
@@ -90,6 +92,27 @@ double PlotFrame::gridStep(double minimumPixels) const {
         }
     }
     return kSteps.back();
+}
+
+std::vector<double> PlotFrame::gridLines(double least, double most, double step) {
+    std::vector<double> lines;
+    // The first line is counted, not summed, so that none is lost to rounding.
+    for (auto k = static_cast<long long>(std::ceil(least / step)); k * step <= most; ++k) {
+        lines.push_back(static_cast<double>(k) * step);
+    }
+    return lines;
+}
+
+std::vector<PlotPiece> travelPieces(PlotAngles from, PlotAngles to, bool panWraps) {
+    const double panApart = to.pan - from.pan;
+    if (!panWraps || std::abs(panApart) <= 180.0) {
+        return {{from, to}};
+    }
+    // Across the seam: out at the edge behind `from`, in at the other one.
+    const double edge = panApart > 0 ? -180.0 : 180.0;
+    const double share = std::abs(edge - from.pan) / (360.0 - std::abs(panApart));
+    const double tiltAtEdge = from.tilt + (to.tilt - from.tilt) * share;
+    return {{from, {edge, tiltAtEdge}}, {{-edge, tiltAtEdge}, to}};
 }
 
 }  // namespace halvex

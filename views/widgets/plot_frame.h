@@ -2,6 +2,8 @@
 
 #include <QPointF>
 #include <QRectF>
+#include <utility>
+#include <vector>
 
 namespace halvex {
 
@@ -52,6 +54,8 @@ class PlotFrame {
     // Degrees between grid lines: a round step that leaves at least
     // `minimumPixels` between neighbours.
     double gridStep(double minimumPixels = 36.0) const;
+    // The multiples of `step` from `least` to `most`, both included.
+    static std::vector<double> gridLines(double least, double most, double step);
 
   private:
     void keepCentreInRange();
@@ -61,5 +65,11 @@ class PlotFrame {
     double zoom_ = 1.0;
     PlotAngles centre_;
 };
+
+// The way from `from` to `to` as the platform travels it: one straight
+// piece, or for a unit that pans for ever the short way round, which may be
+// two pieces, out at one side of ±180 and in at the other.
+using PlotPiece = std::pair<PlotAngles, PlotAngles>;
+std::vector<PlotPiece> travelPieces(PlotAngles from, PlotAngles to, bool panWraps);
 
 }  // namespace halvex

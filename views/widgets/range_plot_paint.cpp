@@ -11,41 +11,40 @@ namespace halvex {
 
 namespace {
 
-const QColor kHardLimit(0xe0, 0x3c, 0x31);
-const QColor kSoftLimit(0xff, 0xb3, 0x47);
-const QColor kTour(0x3d, 0x8b, 0xff);
-const QColor kPosition(0x3e, 0xcf, 0x8e);
-const QColor kTarget(0xff, 0x6b, 0x3d);
-constexpr int kOutsideSoftAlpha = 60;
-constexpr double kPresetRadius = 6.0;
-constexpr double kPositionRadius = 5.0;
-constexpr double kTargetRadius = 7.0;
+// The marks' colours by day; instrumentLight() decides how they show.
+constexpr QRgb kHardLimit = 0xe03c31;
+constexpr QRgb kSoftLimit = 0xffb347;
+constexpr QRgb kTour = 0x3d8bff;
+constexpr QRgb kPosition = 0x3ecf8e;
+constexpr QRgb kTarget = 0xff6b3d;
+// How much of its colour the zone outside the soft limits takes; how much
+// of the text's colour the grid takes; the oldest trail's share of its own.
+constexpr double kShade = 0.25;
+constexpr double kGridInk = 0.15;
+constexpr double kFaintestTrail = 0.2;
+// Lines: the limits, the tour, the trail and the target, and the thin ones
+// (grid, outlines, the way to the target).
+constexpr double kLine = 2.0;
+constexpr double kThinLine = 1.0;
+// A marker's radius; a label's height, and its distance from its mark.
+constexpr double kMarkRadius = 6.0;
+constexpr double kLabelHeight = 16.0;
+constexpr double kLabelGap = 8.0;
 
-QColor withAlpha(QColor colour, int alpha) {
-    colour.setAlpha(alpha);
+QColor ink(QRgb day, double share = 1.0) {
+    QColor colour = signalColour(QColor::fromRgb(day));
+    colour.setAlphaF(static_cast<float>(share));
     return colour;
-}
-
-// The line from `from` to `to` as the platform would travel it: straight,
-// or for a unit that pans for ever the short way round, cut at ±180.
-std::vector<std::pair<PlotAngles, PlotAngles>> pieces(PlotAngles from, PlotAngles to,
-                                                      bool panWraps) {
-    const double panApart = to.pan - from.pan;
-    if (!panWraps || std::abs(panApart) <= 180.0) {
-        return {{from, to}};
-    }
-    // Across the seam: out at one edge, in at the other.
-    const double edge = panApart > 0 ? -180.0 : 180.0;
-    const double toEdge = std::abs(edge - from.pan);
-    const double span = 360.0 - std::abs(panApart);
-    const double tiltAtEdge = from.tilt + (to.tilt - from.tilt) * (toEdge / span);
-    return {{from, {edge, tiltAtEdge}}, {{-edge, tiltAtEdge}, to}};
 }
 
 class PlotPainter {
   public:
     PlotPainter(const RangePlot& plot, QPainter& painter)
-        : plot_(plot), painter_(painter), frame_(plot.frame()), palette_(plot.palette()) {}
+        : plot_(plot),
+          painter_(painter),
+          frame_(plot.frame()),
+          palette_(plot.palette()),
+          text_(palette_.color(QPalette::WindowText)) {}
 
     void background() {
         painter_.fillRect(plot_.rect(), palette_.color(QPalette::Window));
@@ -54,53 +53,47 @@ class PlotPainter {
 
     // Shades what lies inside the plotted range but outside the soft limits.
     void outsideSoftLimits() {
-        const QRectF area = frame_.plotArea();
         PlotLimits soft = plot_.softLimits();
         if (plot_.panWraps()) {
             soft.panMin = frame_.range().panMin;
             soft.panMax = frame_.range().panMax;
         }
-        const QRectF inside = rectOf(soft);
         QPainterPath shaded;
-        shaded.addRect(area);
+        shaded.addRect(frame_.plotArea());
         QPainterPath allowed;
-        allowed.addRect(inside);
-        painter_.fillPath(shaded.subtracted(allowed),
-                          withAlpha(signalColour(kSoftLimit), kOutsideSoftAlpha));
+        allowed.addRect(rectOf(soft));
+        painter_.fillPath(shaded.subtracted(allowed), ink(kSoftLimit, kShade));
     }
 
     void grid() {
         const double step = frame_.gridStep();
         const PlotLimits shown = frame_.visible();
         const QRectF area = frame_.plotArea();
-        QColor line = palette_.color(QPalette::WindowText);
-        line.setAlpha(40);
-        painter_.setFont(plot_.font());
-        const QColor figures = palette_.color(QPalette::WindowText);
-        for (double pan = std::ceil(shown.panMin / step) * step; pan <= shown.panMax + 1e-9;
-             pan += step) {
+        QColor line = text_;
+        line.setAlphaF(static_cast<float>(kGridInk));
+        for (const double pan : PlotFrame::gridLines(shown.panMin, shown.panMax, step)) {
             const double x = frame_.toPixel({pan, 0.0}).x();
-            painter_.setPen(QPen(line, 0));
+            painter_.setPen(QPen(line, kThinLine));
             painter_.drawLine(QPointF(x, area.top()), QPointF(x, area.bottom()));
-            painter_.setPen(figures);
-            painter_.drawText(QRectF(x - 30, area.bottom() + 2, 60, 18),
-                              Qt::AlignHCenter | Qt::AlignTop, QString::number(pan));
+            painter_.setPen(text_);
+            painter_.drawText(
+                QRectF(x - area.width(), area.bottom(), 2 * area.width(), kLabelHeight),
+                Qt::AlignHCenter | Qt::AlignBottom, QString::number(pan));
         }
-        for (double tilt = std::ceil(shown.tiltMin / step) * step; tilt <= shown.tiltMax + 1e-9;
-             tilt += step) {
+        for (const double tilt : PlotFrame::gridLines(shown.tiltMin, shown.tiltMax, step)) {
             const double y = frame_.toPixel({0.0, tilt}).y();
-            painter_.setPen(QPen(line, 0));
+            painter_.setPen(QPen(line, kThinLine));
             painter_.drawLine(QPointF(area.left(), y), QPointF(area.right(), y));
-            painter_.setPen(figures);
-            painter_.drawText(QRectF(0, y - 9, area.left() - 4, 18),
-                              Qt::AlignRight | Qt::AlignVCenter, QString::number(tilt));
+            painter_.setPen(text_);
+            painter_.drawText(
+                QRectF(0, y - kLabelHeight, area.left() - kThinLine - kLine, 2 * kLabelHeight),
+                Qt::AlignRight | Qt::AlignVCenter, QString::number(tilt));
         }
     }
 
     void limits() {
         painter_.setBrush(Qt::NoBrush);
-        QPen soft(signalColour(kSoftLimit), 1.5, Qt::DashLine);
-        painter_.setPen(soft);
+        painter_.setPen(QPen(ink(kSoftLimit), kLine, Qt::DashLine));
         if (plot_.panWraps()) {
             for (const double tilt : {plot_.softLimits().tiltMin, plot_.softLimits().tiltMax}) {
                 painter_.drawLine(frame_.toPixel({-180.0, tilt}), frame_.toPixel({180.0, tilt}));
@@ -108,54 +101,46 @@ class PlotPainter {
         } else {
             painter_.drawRect(rectOf(plot_.softLimits()));
         }
-        painter_.setPen(QPen(signalColour(kHardLimit), 2.0));
+        painter_.setPen(QPen(ink(kHardLimit), kLine));
         painter_.drawRect(rectOf(plot_.hardLimits()).intersected(frame_.plotArea()));
     }
 
+    // The path runs round again from the last step to the first, as the tour
+    // does; each stop says its step and dwell below its right.
     void tour() {
         const auto& steps = plot_.tour();
-        if (steps.empty()) {
-            return;
-        }
-        const QColor colour = signalColour(kTour);
-        painter_.setPen(QPen(colour, 2.0));
-        // A tour runs round again from its first step.
+        painter_.setPen(QPen(ink(kTour), kLine));
         for (std::size_t i = 0; i < steps.size(); ++i) {
-            const PlotTourStep& from = steps[i];
-            const PlotTourStep& to = steps[(i + 1) % steps.size()];
-            for (const auto& [a, b] : pieces(from.at, to.at, plot_.panWraps())) {
-                painter_.drawLine(frame_.toPixel(a), frame_.toPixel(b));
-            }
+            const PlotTourStep& next = steps[(i + 1) % steps.size()];
+            way(steps[i].at, next.at);
         }
-        painter_.setPen(colour);
+        painter_.setPen(ink(kTour));
         for (std::size_t i = 0; i < steps.size(); ++i) {
-            const QPointF at = frame_.toPixel(steps[i].at);
-            painter_.drawText(QRectF(at.x() + 8, at.y() + 2, 90, 16), Qt::AlignLeft | Qt::AlignTop,
-                              QStringLiteral("%1: %2 s").arg(i + 1).arg(steps[i].dwellSeconds));
+            label(steps[i].at, QStringLiteral("%1: %2 s").arg(i + 1).arg(steps[i].dwellSeconds),
+                  Qt::AlignTop);
         }
     }
 
     void presets() {
-        const QColor text = palette_.color(QPalette::Text);
-        painter_.setPen(QPen(text, 1.2));
+        painter_.setPen(QPen(palette_.color(QPalette::Text), kThinLine));
         painter_.setBrush(palette_.color(QPalette::Base));
         for (const PlotPreset& preset : plot_.presets()) {
-            const QPointF at = frame_.toPixel(preset.at);
-            painter_.drawEllipse(at, kPresetRadius, kPresetRadius);
-            painter_.drawText(QRectF(at.x() + 8, at.y() - 16, 40, 16),
-                              Qt::AlignLeft | Qt::AlignBottom, QString::number(preset.number));
+            painter_.drawEllipse(frame_.toPixel(preset.at), kMarkRadius, kMarkRadius);
+        }
+        painter_.setPen(palette_.color(QPalette::Text));
+        for (const PlotPreset& preset : plot_.presets()) {
+            label(preset.at, QString::number(preset.number), Qt::AlignBottom);
         }
     }
 
-    void trail() {
+    // Older stretches of the trail fade; a wrap across ±180 is not a line
+    // across the plot.
+    void trail(qint64 nowMs) {
         const auto& points = plot_.trail().points();
-        const qint64 now = trailNow_;
         for (std::size_t i = 1; i < points.size(); ++i) {
-            const double fresh = MotionTrail::freshness(points[i - 1], now);
-            painter_.setPen(QPen(
-                withAlpha(signalColour(kPosition), static_cast<int>(std::lround(40 + 180 * fresh))),
-                2.0, Qt::SolidLine, Qt::RoundCap));
-            // A wrap across ±180 is not a line across the plot.
+            const double fresh = MotionTrail::freshness(points[i - 1], nowMs);
+            painter_.setPen(QPen(ink(kPosition, kFaintestTrail + (1.0 - kFaintestTrail) * fresh),
+                                 kLine, Qt::SolidLine, Qt::RoundCap));
             if (std::abs(points[i].at.pan - points[i - 1].at.pan) <= 180.0) {
                 painter_.drawLine(frame_.toPixel(points[i - 1].at), frame_.toPixel(points[i].at));
             }
@@ -163,32 +148,28 @@ class PlotPainter {
     }
 
     void positionAndTarget(std::optional<QPointF> draggedTo) {
-        const QPointF position = frame_.toPixel(plot_.position());
-        const QColor target = signalColour(kTarget);
-        if (plot_.target()) {
+        if (const auto target = plot_.target()) {
             if (plot_.moving()) {
-                painter_.setPen(QPen(target, 1.5, Qt::DashLine));
-                for (const auto& [a, b] :
-                     pieces(plot_.position(), *plot_.target(), plot_.panWraps())) {
-                    painter_.drawLine(frame_.toPixel(a), frame_.toPixel(b));
-                }
+                painter_.setPen(QPen(ink(kTarget), kThinLine, Qt::DashLine));
+                way(plot_.position(), *target);
             }
-            targetMark(frame_.toPixel(*plot_.target()), target);
+            targetMark(frame_.toPixel(*target), ink(kTarget));
         }
         if (draggedTo) {
-            targetMark(*draggedTo, withAlpha(target, 160));
+            targetMark(*draggedTo, ink(kTarget, 1.0 - kShade));
         }
-        painter_.setPen(QPen(palette_.color(QPalette::Text), 1.2));
-        painter_.setBrush(signalColour(kPosition));
-        painter_.drawEllipse(position, kPositionRadius, kPositionRadius);
+        painter_.setPen(QPen(palette_.color(QPalette::Text), kThinLine));
+        painter_.setBrush(ink(kPosition));
+        painter_.drawEllipse(frame_.toPixel(plot_.position()), kMarkRadius, kMarkRadius);
     }
 
-    // Where the platform points, above the plot's left corner, and what
-    // the lines mean, above its right.
+    // Where the platform points, above the plot's left corner, and what the
+    // lines mean, above its right.
     void readoutAndLegend() {
         const QRectF area = frame_.plotArea();
-        const QRectF above(area.left(), area.top() - 20, area.width(), 18);
-        painter_.setPen(palette_.color(QPalette::WindowText));
+        const QRectF above(area.left(), area.top() - kLabelHeight - kLine, area.width(),
+                           kLabelHeight);
+        painter_.setPen(text_);
         const PlotAngles at = plot_.position();
         painter_.drawText(
             above, Qt::AlignLeft | Qt::AlignVCenter,
@@ -196,26 +177,26 @@ class PlotPainter {
                 .arg(QString::number(at.pan, 'f', 2), QString::number(at.tilt, 'f', 2)));
         const QFontMetricsF metrics(plot_.font());
         const struct {
-            QColor colour;
+            QRgb colour;
             Qt::PenStyle style;
             const char* text;
-        } keys[] = {{signalColour(kHardLimit), Qt::SolidLine, "Hard limit"},
-                    {signalColour(kSoftLimit), Qt::DashLine, "Soft limit"},
-                    {signalColour(kTour), Qt::SolidLine, "Tour"},
-                    {signalColour(kPosition), Qt::SolidLine, "Trail"}};
+        } keys[] = {{kHardLimit, Qt::SolidLine, "Hard limit"},
+                    {kSoftLimit, Qt::DashLine, "Soft limit"},
+                    {kTour, Qt::SolidLine, "Tour"},
+                    {kPosition, Qt::SolidLine, "Trail"}};
+        // From the right: each key's text, and its sample of line before it.
         double right = above.right();
-        for (auto it = std::rbegin(keys); it != std::rend(keys); ++it) {
-            const QString text = QString::fromLatin1(it->text);
-            const double width = metrics.horizontalAdvance(text);
-            right -= width;
-            painter_.setPen(palette_.color(QPalette::WindowText));
-            painter_.drawText(QRectF(right, above.top(), width, above.height()),
-                              Qt::AlignLeft | Qt::AlignVCenter, text);
-            right -= 22;
-            painter_.setPen(QPen(it->colour, 2.0, it->style));
-            const double y = above.center().y();
-            painter_.drawLine(QPointF(right, y), QPointF(right + 16, y));
-            right -= 12;
+        const double y = above.center().y();
+        for (auto key = std::rbegin(keys); key != std::rend(keys); ++key) {
+            const QString text = QString::fromLatin1(key->text);
+            right -= metrics.horizontalAdvance(text);
+            painter_.setPen(text_);
+            painter_.drawText(QPointF(right, y + metrics.ascent() / 2 - metrics.descent() / 2),
+                              text);
+            right -= kLabelGap;
+            painter_.setPen(QPen(ink(key->colour), kLine, key->style));
+            painter_.drawLine(QPointF(right - kLabelHeight, y), QPointF(right, y));
+            right -= kLabelHeight + 2 * kLabelGap;
         }
     }
 
@@ -225,15 +206,15 @@ class PlotPainter {
         }
         const QRectF area = frame_.plotArea();
         const QFontMetricsF metrics(plot_.font());
-        const QRectF box(area.left() + 6, area.bottom() - metrics.height() - 12,
-                         metrics.horizontalAdvance(plot_.notice()) + 12, metrics.height() + 6);
+        const QSizeF size(metrics.horizontalAdvance(plot_.notice()) + 2 * kLabelGap,
+                          metrics.height() + kLabelGap);
+        const QRectF box(
+            QPointF(area.left() + kLabelGap, area.bottom() - kLabelGap - size.height()), size);
         painter_.setPen(palette_.color(QPalette::ToolTipText));
         painter_.setBrush(palette_.color(QPalette::ToolTipBase));
         painter_.drawRect(box);
         painter_.drawText(box, Qt::AlignCenter, plot_.notice());
     }
-
-    void setTrailNow(qint64 now) { trailNow_ = now; }
 
   private:
     QRectF rectOf(const PlotLimits& limits) const {
@@ -242,19 +223,34 @@ class PlotPainter {
             .normalized();
     }
 
+    void way(PlotAngles from, PlotAngles to) {
+        for (const auto& [a, b] : travelPieces(from, to, plot_.panWraps())) {
+            painter_.drawLine(frame_.toPixel(a), frame_.toPixel(b));
+        }
+    }
+
+    // A label to the right of its mark: above it, or below it.
+    void label(PlotAngles mark, const QString& text, Qt::Alignment side) {
+        const QPointF at = frame_.toPixel(mark);
+        const double top = side == Qt::AlignBottom ? at.y() - kLabelHeight : at.y();
+        painter_.drawText(QRectF(at.x() + kLabelGap, top, frame_.plotArea().width(), kLabelHeight),
+                          Qt::AlignLeft | side, text);
+    }
+
     void targetMark(QPointF at, const QColor& colour) {
-        painter_.setPen(QPen(colour, 2.0));
+        painter_.setPen(QPen(colour, kLine));
         painter_.setBrush(Qt::NoBrush);
-        painter_.drawEllipse(at, kTargetRadius, kTargetRadius);
-        painter_.drawLine(at - QPointF(kTargetRadius + 3, 0), at + QPointF(kTargetRadius + 3, 0));
-        painter_.drawLine(at - QPointF(0, kTargetRadius + 3), at + QPointF(0, kTargetRadius + 3));
+        painter_.drawEllipse(at, kMarkRadius, kMarkRadius);
+        const double reach = kMarkRadius + kLabelGap / 2;
+        painter_.drawLine(at - QPointF(reach, 0), at + QPointF(reach, 0));
+        painter_.drawLine(at - QPointF(0, reach), at + QPointF(0, reach));
     }
 
     const RangePlot& plot_;
     QPainter& painter_;
     const PlotFrame& frame_;
     const QPalette palette_;
-    qint64 trailNow_ = 0;
+    const QColor text_;
 };
 
 }  // namespace
@@ -263,21 +259,21 @@ void RangePlot::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     PlotPainter draw(*this, painter);
-    draw.setTrailNow(clock_.elapsed());
     draw.background();
-    painter.save();
-    painter.setClipRect(frame_.plotArea().adjusted(-1, -1, 1, 1));
+    // Marks at the very edge of the range are drawn whole; nothing else
+    // strays into the margins.
+    const QRectF area = frame_.plotArea();
+    painter.setClipRect(area);
     draw.outsideSoftLimits();
-    painter.restore();
+    painter.setClipping(false);
     draw.grid();
-    painter.save();
-    painter.setClipRect(frame_.plotArea().adjusted(-12, -12, 12, 12));
+    painter.setClipRect(area.adjusted(-kPickRadius, -kPickRadius, kPickRadius, kPickRadius));
     draw.limits();
     draw.tour();
     draw.presets();
-    draw.trail();
+    draw.trail(clock_.elapsed());
     draw.positionAndTarget(draggingTarget_ ? draggedTo_ : std::nullopt);
-    painter.restore();
+    painter.setClipping(false);
     draw.readoutAndLegend();
     draw.notice();
 }

@@ -123,6 +123,23 @@ TEST(PlotFrame, ADegreeIsAsLongAcrossAsUpAndZoomingKeepsWhatIsUnderThePointer) {
     EXPECT_EQ(frame.visible(), frame.range());
 }
 
+TEST(PlotFrame, GridLinesFallOnRoundAnglesAndWaysTakeTheShortWayRound) {
+    EXPECT_EQ(PlotFrame::gridLines(-95, 90, 30),
+              (std::vector<double>{-90, -60, -30, 0, 30, 60, 90}));
+    EXPECT_EQ(PlotFrame::gridLines(12.5, 44.9, 15), (std::vector<double>{15, 30}));
+    EXPECT_EQ(PlotFrame::gridLines(0.3, 0.4, 1), std::vector<double>{});
+
+    using Pieces = std::vector<PlotPiece>;
+    // Straight, for a unit with an end stop, however far.
+    EXPECT_EQ(travelPieces({-170, 0}, {170, 10}, false), (Pieces{{{-170, 0}, {170, 10}}}));
+    EXPECT_EQ(travelPieces({-90, 0}, {90, 10}, true), (Pieces{{{-90, 0}, {90, 10}}}));
+    // Round the back: 20 degrees of pan, the tilt shared out on the way.
+    EXPECT_EQ(travelPieces({-170, 0}, {170, 10}, true),
+              (Pieces{{{-170, 0}, {-180, 5}}, {{180, 5}, {170, 10}}}));
+    EXPECT_EQ(travelPieces({175, 8}, {-165, 0}, true),
+              (Pieces{{{175, 8}, {180, 6}}, {{-180, 6}, {-165, 0}}}));
+}
+
 TEST(MotionTrail, KeepsEachNewPlaceForThreeMinutesAndFadesIt) {
     MotionTrail trail;
     trail.add(0, {1, 1});
@@ -292,7 +309,8 @@ TEST_F(Plot, TellsWhereItPointsWhereItGoesAndTheNearestPreset) {
     plot.setPosition({12.5, -3});
     plot.setTarget({40, 0});
     EXPECT_EQ(accessible->text(QAccessible::Value), QStringLiteral("pan 12.50, tilt -3.00"));
-    plot.setPresets({{2, {10, 0}}, {3, {45, 0}}});
+    // Nearest by both angles: 5 is as near by pan, 6 as near by tilt.
+    plot.setPresets({{2, {10, 0}}, {3, {45, 0}}, {5, {12.5, 3}}, {6, {-12, -3}}});
     plot.setMoving(true);
     EXPECT_EQ(accessible->text(QAccessible::Value),
               QStringLiteral("pan 12.50, tilt -3.00; moving to pan 40.00, tilt 0.00; nearest "
