@@ -9,6 +9,7 @@
 #include <QGroupBox>
 #include <QListWidget>
 #include <QMenu>
+#include <QMouseEvent>
 #include <QScrollBar>
 #include <QStatusBar>
 
@@ -31,7 +32,7 @@ namespace {
 const KeptPictures kPictures{HALVEX_KEPT_PICTURES, HALVEX_SEEN_PICTURES};
 constexpr int kToursPage = 3;
 
-// A unit with four presets and a tour through three of them, whose platform
+// A unit with four presets and a tour through them that crosses itself, whose platform
 // travels twenty times as fast as a real one; the plot shown in its window.
 struct PlotRig : ConsoleRig {
     PlotRig() : ConsoleRig({}, kFastTickMs, 20) {
@@ -40,7 +41,7 @@ struct PlotRig : ConsoleRig {
         presets.at(2) = {3050, -525, {}};
         presets.at(3) = {9000, 0, {}};
         presets.at(4) = {-12075, 2250, {}};
-        for (const auto& [preset, dwell] : {std::pair{1, 5}, {2, 8}, {3, 5}}) {
+        for (const auto& [preset, dwell] : {std::pair{1, 5}, {3, 5}, {2, 8}, {4, 6}}) {
             unit.state().tours.append(0, {static_cast<Byte>(preset), static_cast<Byte>(dwell)});
         }
         find<QAction>(QStringLiteral("MenuRangePlot"))->trigger();
@@ -109,9 +110,9 @@ TEST_F(RangePlotOnline, ShowsTheUnitsLimitsPresetsAndTheTourAsEditedOnTheToursPa
 
     rig.window->SSTab1().setCurrentIndex(kToursPage);
     rig.click(QStringLiteral("TourSel_0"));
-    ASSERT_TRUE(rig.waitFor([&] { return plot.tour().size() == 3; }));
+    ASSERT_TRUE(rig.waitFor([&] { return plot.tour().size() == 4; }));
     EXPECT_EQ(plot.tour(), rig.unitTour());
-    EXPECT_EQ(plot.tour().at(1), (PlotTourStep{2, {30.5, -5.25}, 8}));
+    EXPECT_EQ(plot.tour().at(2), (PlotTourStep{2, {30.5, -5.25}, 8}));
 
     // A step added on the Tours page joins the path once the unit has it.
     auto* choices = rig.find<QListWidget>(QStringLiteral("ScriptPreList"));
@@ -119,7 +120,7 @@ TEST_F(RangePlotOnline, ShowsTheUnitsLimitsPresetsAndTheTourAsEditedOnTheToursPa
     const QPoint row = choices->visualItemRect(choices->item(4)).center();
     QTest::mouseClick(choices->viewport(), Qt::LeftButton, {}, row);
     QTest::mouseDClick(choices->viewport(), Qt::LeftButton, {}, row);
-    ASSERT_TRUE(rig.waitFor([&] { return plot.tour().size() == 4; }));
+    ASSERT_TRUE(rig.waitFor([&] { return plot.tour().size() == 5; }));
     EXPECT_EQ(plot.tour(), rig.unitTour());
     EXPECT_EQ(plot.tour().back(), (PlotTourStep{4, {-120.75, 22.5}, 12}));
 
@@ -275,11 +276,22 @@ TEST(RangePlotPictures, LimitsPresetsTourAndAMoveUnderWayInEachPalette) {
     rig.clickPlot(rig.pixel(-60, 30));
     ASSERT_TRUE(rig.waitFor([&] { return rig.plot().moving(); }));
     rig.clickPlot(rig.pixel(175, -60));  // refused, and said so on the plot
+    // The target taken by the pointer on its way to a new place.
+    RangePlot& plot = rig.plot();
+    const auto mouse = [&](QEvent::Type type, QPoint at) {
+        QMouseEvent event(type, QPointF(at), plot.mapToGlobal(QPointF(at)), Qt::LeftButton,
+                          type == QEvent::MouseButtonRelease ? Qt::NoButton : Qt::LeftButton,
+                          Qt::NoModifier);
+        QApplication::sendEvent(&plot, &event);
+    };
+    mouse(QEvent::MouseButtonPress, rig.pixel(-60, 30));
+    mouse(QEvent::MouseMove, rig.pixel(-100, -45));
     for (const char* palette : {"Desktop", "Dark", "Night"}) {
         rig.find<QAction>(QStringLiteral("MenuPalette%1").arg(QLatin1String(palette)))->trigger();
         QTest::qWait(50);  // the widgets take a new palette from a posted event
         expectLooksAsKept(rig.window->rangePlotPlace().ownWindow(), kPictures,
                           QStringLiteral("range-plot-%1").arg(QLatin1String(palette)).toLower());
     }
+    mouse(QEvent::MouseButtonRelease, QPoint(1, 1));  // outside the range: nothing asked
     rig.line.holdClock(false);
 }

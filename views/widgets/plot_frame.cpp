@@ -49,12 +49,10 @@ PlotLimits PlotFrame::visible() const {
 
 double PlotFrame::pixelsPerDegree() const {
     const PlotLimits shown = visible();
-    const double panSpan = shown.panMax - shown.panMin;
-    const double tiltSpan = shown.tiltMax - shown.tiltMin;
-    if (panSpan <= 0.0 || tiltSpan <= 0.0) {
-        return 1.0;
-    }
-    return std::max(std::min(area_.width() / panSpan, area_.height() / tiltSpan), 1e-6);
+    // A widget not yet laid out has no area: keep the scale finite.
+    return std::max(std::min(area_.width() / (shown.panMax - shown.panMin),
+                             area_.height() / (shown.tiltMax - shown.tiltMin)),
+                    1e-6);
 }
 
 QRectF PlotFrame::plotArea() const {

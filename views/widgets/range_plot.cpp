@@ -108,10 +108,9 @@ void RangePlot::setPosition(PlotAngles at) {
         at.pan = wrapPan(at.pan);
     }
     // Reports repeat the position ten times a second: only a change is news.
-    if (at == position_ && positionKnown_) {
+    if (at == position_) {
         return;
     }
-    positionKnown_ = true;
     position_ = at;
     trail_.add(clock_.elapsed(), at);
     if (!fading_.isActive()) {
@@ -202,11 +201,11 @@ std::optional<PlotPreset> RangePlot::nearestPreset() const {
     std::optional<PlotPreset> nearest;
     double best = std::numeric_limits<double>::infinity();
     for (const PlotPreset& preset : presets_) {
-        double panApart = std::abs(preset.at.pan - position_.pan);
+        double panApart = std::abs(preset.at.pan - position().pan);
         if (panWraps_) {
             panApart = std::min(panApart, 360.0 - panApart);
         }
-        const double distance = std::hypot(panApart, preset.at.tilt - position_.tilt);
+        const double distance = std::hypot(panApart, preset.at.tilt - position().tilt);
         if (distance < best) {
             best = distance;
             nearest = preset;
@@ -216,7 +215,7 @@ std::optional<PlotPreset> RangePlot::nearestPreset() const {
 }
 
 QString RangePlot::summary() const {
-    QString text = anglesText(position_);
+    QString text = anglesText(position());
     if (moving_ && target_) {
         text += QStringLiteral("; moving to %1").arg(anglesText(*target_));
     }

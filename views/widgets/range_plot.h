@@ -66,9 +66,10 @@ class RangePlot : public QWidget {
     const std::vector<PlotPreset>& presets() const { return presets_; }
     const std::vector<PlotTourStep>& tour() const { return tour_; }
     const MotionTrail& trail() const { return trail_; }
-    PlotAngles position() const { return position_; }
+    // 0/0 until the first report.
+    PlotAngles position() const { return position_.value_or(PlotAngles{}); }
     // Pan as x, tilt as y, for the properties.
-    QPointF positionPoint() const { return {position_.pan, position_.tilt}; }
+    QPointF positionPoint() const { return {position().pan, position().tilt}; }
     QPointF targetPoint() const {
         return target_ ? QPointF(target_->pan, target_->tilt) : QPointF();
     }
@@ -121,8 +122,7 @@ class RangePlot : public QWidget {
     bool panWraps_ = false;
     std::vector<PlotPreset> presets_;
     std::vector<PlotTourStep> tour_;
-    PlotAngles position_;
-    bool positionKnown_ = false;
+    std::optional<PlotAngles> position_;
     std::optional<PlotAngles> target_;
     bool moving_ = false;
     MotionTrail trail_;

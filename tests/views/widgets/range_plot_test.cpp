@@ -89,6 +89,7 @@ TEST(PlotFrame, ADegreeIsAsLongAcrossAsUpAndZoomingKeepsWhatIsUnderThePointer) {
     EXPECT_EQ(frame.toPixel({90, -45}), QPointF(540, 290));
     EXPECT_EQ(frame.toAngles(QPointF(540, 290)), (PlotAngles{90, -45}));
     EXPECT_EQ(frame.gridStep(), 30.0);
+    EXPECT_EQ(frame.gridStep(60.0), 30.0) << "exactly as far apart as asked is far enough";
 
     const QPointF pointer = frame.toPixel({100, 40});
     frame.zoomAt(pointer, 2.0);
@@ -110,6 +111,7 @@ TEST(PlotFrame, ADegreeIsAsLongAcrossAsUpAndZoomingKeepsWhatIsUnderThePointer) {
     EXPECT_LE(frame.visible().tiltMax, 90.0);
     frame.zoomAt(pointer, 1000.0);
     EXPECT_EQ(frame.zoom(), PlotFrame::kMostZoom);
+    EXPECT_EQ(frame.gridStep(), 2.0);
     frame.zoomAt(pointer, 0.001);
     EXPECT_EQ(frame.zoom(), 1.0);
     EXPECT_EQ(frame.visible(), frame.range());
@@ -309,8 +311,9 @@ TEST_F(Plot, TellsWhereItPointsWhereItGoesAndTheNearestPreset) {
     plot.setPosition({12.5, -3});
     plot.setTarget({40, 0});
     EXPECT_EQ(accessible->text(QAccessible::Value), QStringLiteral("pan 12.50, tilt -3.00"));
-    // Nearest by both angles: 5 is as near by pan, 6 as near by tilt.
-    plot.setPresets({{2, {10, 0}}, {3, {45, 0}}, {5, {12.5, 3}}, {6, {-12, -3}}});
+    // Nearest by both angles: 5 is as near by pan, 6 as near by tilt; 7 is
+    // as near as 2, which comes first.
+    plot.setPresets({{2, {10, 0}}, {3, {45, 0}}, {5, {12.5, 3}}, {6, {-12, -3}}, {7, {15, -6}}});
     plot.setMoving(true);
     EXPECT_EQ(accessible->text(QAccessible::Value),
               QStringLiteral("pan 12.50, tilt -3.00; moving to pan 40.00, tilt 0.00; nearest "
