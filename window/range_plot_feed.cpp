@@ -84,7 +84,7 @@ void RangePlotFeed::showPresetsAndTour() {
     std::vector<PlotTourStep> path;
     for (const TourStep& step : session_.tours().steps) {
         // A step naming a preset the unit does not have goes nowhere.
-        if (step.preset >= 0 && step.preset < kUnitPresets) {
+        if (step.preset < kUnitPresets) {
             path.push_back({step.preset, presetAngles(table.at(step.preset)), step.dwellSeconds});
         }
     }

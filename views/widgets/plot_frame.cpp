@@ -107,7 +107,7 @@ std::vector<PlotPiece> travelPieces(PlotAngles from, PlotAngles to, bool panWrap
         return {{from, to}};
     }
     // Across the seam: out at the edge behind `from`, in at the other one.
-    const double edge = panApart > 0 ? -180.0 : 180.0;
+    const double edge = std::copysign(180.0, -panApart);
     const double share = std::abs(edge - from.pan) / (360.0 - std::abs(panApart));
     const double tiltAtEdge = from.tilt + (to.tilt - from.tilt) * share;
     return {{from, {edge, tiltAtEdge}}, {{-edge, tiltAtEdge}, to}};

@@ -116,6 +116,10 @@ TEST(PlotFrame, ADegreeIsAsLongAcrossAsUpAndZoomingKeepsWhatIsUnderThePointer) {
     EXPECT_EQ(frame.zoom(), 1.0);
     EXPECT_EQ(frame.visible(), frame.range());
 
+    // A small plot: half a pixel a degree.
+    frame.setArea(QRectF(0, 0, 180, 90));
+    EXPECT_EQ(frame.gridStep(), 90.0);
+
     // A range the offsets have moved, in an area wider than it needs.
     frame.setRange({-170, 190, -80, 100});
     frame.setArea(QRectF(10, 0, 1000, 180));
@@ -274,6 +278,23 @@ TEST_F(Plot, AUnitThatPansForEverWrapsAtTheBackAndHasNoPanLimits) {
     plot.setPanWraps(false);
     EXPECT_TRUE(plot.trail().empty());
     EXPECT_EQ(plot.frame().range(), (PlotLimits{-170, 190, -80, 100}));
+}
+
+TEST_F(Plot, TheTrailJoinsEveryPlaceItPassedButNotAcrossTheBack) {
+    plot.setPanWraps(true);
+    plot.setHardLimits({-180, 180, -90, 90});
+    for (const PlotAngles at : std::vector<PlotAngles>{
+             {-120, -40}, {-60, -40}, {-60, 20}, {100, 20}, {170, 50}, {-170, 50}, {-150, 50}}) {
+        plot.setPosition(at);
+    }
+    const QImage image = plot.grab().toImage();
+    const auto pixel = [&](double pan, double tilt) { return image.pixel(at(pan, tilt)); };
+    const QRgb background = pixel(20, 65);
+    for (const auto& [pan, tilt] : {std::pair{-90.0, -40.0}, {-60, -10}, {20, 20}, {-160, 50}}) {
+        EXPECT_NE(pixel(pan, tilt), background) << pan << " " << tilt;
+        EXPECT_GT(qGreen(pixel(pan, tilt)), qRed(pixel(pan, tilt))) << "green, the trail's colour";
+    }
+    EXPECT_EQ(pixel(20, 50), background) << "no line from 170 to -170 the long way";
 }
 
 TEST_F(Plot, TheMenuGoesToAndSavesPresetsAndShowsTheWholeRangeAgain) {
