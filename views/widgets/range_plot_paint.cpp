@@ -109,10 +109,14 @@ class PlotPainter {
     // does; each stop says its step and dwell below its right.
     void tour() {
         const auto& steps = plot_.tour();
+        if (steps.empty()) {
+            return;
+        }
         painter_.setPen(QPen(ink(kTour), kLine));
-        for (std::size_t i = 0; i < steps.size(); ++i) {
-            const PlotTourStep& next = steps[(i + 1) % steps.size()];
-            way(steps[i].at, next.at);
+        PlotAngles from = steps.back().at;
+        for (const PlotTourStep& step : steps) {
+            way(from, step.at);
+            from = step.at;
         }
         painter_.setPen(ink(kTour));
         for (std::size_t i = 0; i < steps.size(); ++i) {
@@ -133,17 +137,19 @@ class PlotPainter {
         }
     }
 
-    // Older stretches of the trail fade; a wrap across ±180 is not a line
-    // across the plot.
+    // Older stretches of the trail fade, each by its newer end; a wrap
+    // across ±180 is not a line across the plot.
     void trail(qint64 nowMs) {
-        const auto& points = plot_.trail().points();
-        for (std::size_t i = 1; i < points.size(); ++i) {
-            const double fresh = MotionTrail::freshness(points[i - 1], nowMs);
-            painter_.setPen(QPen(ink(kPosition, kFaintestTrail + (1.0 - kFaintestTrail) * fresh),
-                                 kLine, Qt::SolidLine, Qt::RoundCap));
-            if (std::abs(points[i].at.pan - points[i - 1].at.pan) <= 180.0) {
-                painter_.drawLine(frame_.toPixel(points[i - 1].at), frame_.toPixel(points[i].at));
+        const MotionTrail::Point* previous = nullptr;
+        for (const MotionTrail::Point& point : plot_.trail().points()) {
+            if (previous != nullptr && std::abs(point.at.pan - previous->at.pan) <= 180.0) {
+                const double fresh = MotionTrail::freshness(point, nowMs);
+                painter_.setPen(
+                    QPen(ink(kPosition, kFaintestTrail + (1.0 - kFaintestTrail) * fresh), kLine,
+                         Qt::SolidLine, Qt::RoundCap));
+                painter_.drawLine(frame_.toPixel(previous->at), frame_.toPixel(point.at));
             }
+            previous = &point;
         }
     }
 

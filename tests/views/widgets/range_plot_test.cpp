@@ -116,9 +116,19 @@ TEST(PlotFrame, ADegreeIsAsLongAcrossAsUpAndZoomingKeepsWhatIsUnderThePointer) {
     EXPECT_EQ(frame.zoom(), 1.0);
     EXPECT_EQ(frame.visible(), frame.range());
 
-    // A small plot: half a pixel a degree.
-    frame.setArea(QRectF(0, 0, 180, 90));
-    EXPECT_EQ(frame.gridStep(), 90.0);
+    // Grid lines at least 36 pixels apart, on every round step there is.
+    for (const auto& [pixelsPerDegree, step] : {std::pair{40.0, 1.0},
+                                                {20.0, 2.0},
+                                                {8.0, 5.0},
+                                                {4.0, 10.0},
+                                                {3.0, 15.0},
+                                                {1.5, 30.0},
+                                                {1.0, 45.0},
+                                                {0.5, 90.0},
+                                                {0.25, 180.0}}) {
+        frame.setArea(QRectF(0, 0, 360 * pixelsPerDegree, 180 * pixelsPerDegree));
+        EXPECT_EQ(frame.gridStep(), step) << pixelsPerDegree;
+    }
 
     // A range the offsets have moved, in an area wider than it needs.
     frame.setRange({-170, 190, -80, 100});
