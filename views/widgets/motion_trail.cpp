@@ -26,4 +26,8 @@ double MotionTrail::freshness(const Point& point, qint64 nowMs) {
     return std::clamp(1.0 - age, 0.0, 1.0);
 }
 
+double MotionTrail::opacity(const Point& point, qint64 nowMs) {
+    return kFaintest + (1.0 - kFaintest) * freshness(point, nowMs);
+}
+
 }  // namespace halvex

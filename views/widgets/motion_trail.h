@@ -30,6 +30,10 @@ class MotionTrail {
 
     // 1 for a point just kept, falling to 0 at the end of the span.
     static double freshness(const Point& point, qint64 nowMs);
+    // How strongly the trail is drawn at a point: wholly when it is new,
+    // faintly, but still there, at the end of the span.
+    static constexpr double kFaintest = 0.2;
+    static double opacity(const Point& point, qint64 nowMs);
 
   private:
     std::deque<Point> points_;

@@ -18,10 +18,9 @@ constexpr QRgb kTour = 0x3d8bff;
 constexpr QRgb kPosition = 0x3ecf8e;
 constexpr QRgb kTarget = 0xff6b3d;
 // How much of its colour the zone outside the soft limits takes; how much
-// of the text's colour the grid takes; the oldest trail's share of its own.
+// of the text's colour the grid takes.
 constexpr double kShade = 0.25;
 constexpr double kGridInk = 0.15;
-constexpr double kFaintestTrail = 0.2;
 // Lines: the limits, the tour, the trail and the target, and the thin ones
 // (grid, outlines, the way to the target).
 constexpr double kLine = 2.0;
@@ -143,10 +142,8 @@ class PlotPainter {
         const MotionTrail::Point* previous = nullptr;
         for (const MotionTrail::Point& point : plot_.trail().points()) {
             if (previous != nullptr && std::abs(point.at.pan - previous->at.pan) <= 180.0) {
-                const double fresh = MotionTrail::freshness(point, nowMs);
-                painter_.setPen(
-                    QPen(ink(kPosition, kFaintestTrail + (1.0 - kFaintestTrail) * fresh), kLine,
-                         Qt::SolidLine, Qt::RoundCap));
+                painter_.setPen(QPen(ink(kPosition, MotionTrail::opacity(point, nowMs)), kLine,
+                                     Qt::SolidLine, Qt::RoundCap));
                 painter_.drawLine(frame_.toPixel(previous->at), frame_.toPixel(point.at));
             }
             previous = &point;

@@ -166,6 +166,9 @@ TEST(MotionTrail, KeepsEachNewPlaceForThreeMinutesAndFadesIt) {
     EXPECT_EQ(MotionTrail::freshness(trail.points().front(), 0), 1.0);
     EXPECT_EQ(MotionTrail::freshness(trail.points().front(), MotionTrail::kSpanMs / 2), 0.5);
     EXPECT_EQ(MotionTrail::freshness(trail.points().front(), MotionTrail::kSpanMs * 2), 0.0);
+    EXPECT_EQ(MotionTrail::opacity(trail.points().front(), 0), 1.0);
+    EXPECT_DOUBLE_EQ(MotionTrail::opacity(trail.points().front(), MotionTrail::kSpanMs / 2), 0.6);
+    EXPECT_DOUBLE_EQ(MotionTrail::opacity(trail.points().front(), MotionTrail::kSpanMs), 0.2);
 
     trail.forgetBefore(MotionTrail::kSpanMs);
     EXPECT_EQ(trail.points().size(), 2u) << "exactly the span old is kept";
