@@ -33,11 +33,21 @@ void PlotFrame::zoomAt(QPointF pixel, double factor) {
     keepCentreInRange();
 }
 
+namespace {
+// Where the middle of `half` either side may lie within least..most. Whole,
+// the two ends meet in the middle, and rounding may cross them over.
+double keepWithin(double centre, double least, double most, double half) {
+    const double lowest = least + half;
+    const double highest = most - half;
+    return lowest < highest ? std::clamp(centre, lowest, highest) : (least + most) / 2.0;
+}
+}  // namespace
+
 void PlotFrame::keepCentreInRange() {
     const double halfPan = (range_.panMax - range_.panMin) / zoom_ / 2.0;
     const double halfTilt = (range_.tiltMax - range_.tiltMin) / zoom_ / 2.0;
-    centre_.pan = std::clamp(centre_.pan, range_.panMin + halfPan, range_.panMax - halfPan);
-    centre_.tilt = std::clamp(centre_.tilt, range_.tiltMin + halfTilt, range_.tiltMax - halfTilt);
+    centre_.pan = keepWithin(centre_.pan, range_.panMin, range_.panMax, halfPan);
+    centre_.tilt = keepWithin(centre_.tilt, range_.tiltMin, range_.tiltMax, halfTilt);
 }
 
 PlotLimits PlotFrame::visible() const {

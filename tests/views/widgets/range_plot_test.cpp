@@ -137,6 +137,14 @@ TEST(PlotFrame, ADegreeIsAsLongAcrossAsUpAndZoomingKeepsWhatIsUnderThePointer) {
     EXPECT_EQ(frame.toPixel({10, 10}), QPointF(510, 90));
     frame.resetZoom();
     EXPECT_EQ(frame.visible(), frame.range());
+
+    // Offsets far from zero, where the ends of the range do not add up
+    // exactly: the whole range still shows, centred.
+    frame.setRange({79820.37, 80180.37, -83886.08 - 90, -83886.08 + 90});
+    EXPECT_NEAR(frame.visible().panMin, 79820.37, 1e-6);
+    EXPECT_NEAR(frame.visible().tiltMax, -83886.08 + 90, 1e-6);
+    frame.zoomAt(frame.toPixel({80000, -83886.08}), 4.0);
+    EXPECT_NEAR(frame.toAngles(frame.toPixel({80000, -83886.08})).pan, 80000, 1e-6);
 }
 
 TEST(PlotFrame, GridLinesFallOnRoundAnglesAndWaysTakeTheShortWayRound) {
