@@ -6,7 +6,6 @@
 #include <QMouseEvent>
 #include <QToolTip>
 #include <QWheelEvent>
-#include <algorithm>
 #include <cmath>
 #include <limits>
 
@@ -47,7 +46,6 @@ RangePlot::RangePlot(QWidget* parent) : QWidget(parent) {
     setAccessibleName(QStringLiteral("Range Plot"));
     // The keyboard jogs wherever the pointer is: the plot takes no keys.
     setFocusPolicy(Qt::NoFocus);
-    setToolTip(QString());
     clock_.start();
     fading_.setInterval(kTrailFadeStepMs);
     connect(&fading_, &QTimer::timeout, this, &RangePlot::ageTrail);
@@ -183,18 +181,23 @@ std::optional<PlotAngles> RangePlot::anglesAt(QPointF pixel) const {
     return at;
 }
 
-std::optional<int> RangePlot::presetAt(QPointF pixel) const {
-    std::optional<int> nearest;
+const PlotPreset* RangePlot::markerAt(QPointF pixel) const {
+    const PlotPreset* nearest = nullptr;
     double best = kPickRadius;
     for (const PlotPreset& preset : presets_) {
         const QPointF offset = frame_.toPixel(preset.at) - pixel;
         const double distance = std::hypot(offset.x(), offset.y());
         if (distance <= best) {
             best = distance;
-            nearest = preset.number;
+            nearest = &preset;
         }
     }
     return nearest;
+}
+
+std::optional<int> RangePlot::presetAt(QPointF pixel) const {
+    const PlotPreset* marker = markerAt(pixel);
+    return marker != nullptr ? std::optional<int>(marker->number) : std::nullopt;
 }
 
 std::optional<PlotPreset> RangePlot::nearestPreset() const {
@@ -345,13 +348,10 @@ void RangePlot::contextMenuEvent(QContextMenuEvent* event) {
 bool RangePlot::event(QEvent* event) {
     if (event->type() == QEvent::ToolTip) {
         auto* help = static_cast<QHelpEvent*>(event);
-        const auto number = presetAt(help->pos());
-        const auto found = std::find_if(presets_.begin(), presets_.end(),
-                                        [&](const PlotPreset& p) { return number == p.number; });
-        if (found != presets_.end()) {
+        if (const PlotPreset* marker = markerAt(help->pos())) {
             QToolTip::showText(
                 help->globalPos(),
-                QStringLiteral("Preset %1: %2").arg(found->number).arg(anglesText(found->at)),
+                QStringLiteral("Preset %1: %2").arg(marker->number).arg(anglesText(marker->at)),
                 this);
         } else {
             QToolTip::hideText();

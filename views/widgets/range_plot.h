@@ -113,6 +113,8 @@ class RangePlot : public QWidget {
     PlotLimits plottedRange() const;
     void refit();
     void ageTrail();
+    // The marker under `pixel`: the nearest within reach.
+    const PlotPreset* markerAt(QPointF pixel) const;
     bool nearTarget(QPointF pixel) const;
     void requestMoveAt(QPointF pixel);
     void changed();
