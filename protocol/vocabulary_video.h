@@ -3,6 +3,8 @@
 // The video messages: the routing of the cameras onto the two outputs, the
 // aux outputs and the on-screen display.
 
+#include <array>
+
 #include "protocol/vocabulary_words.h"
 
 namespace halvex::vocab {
@@ -40,6 +42,25 @@ inline constexpr F kPower{2};
 inline constexpr B kCamera1Power{2, 2};
 inline constexpr B kCamera2Power{2, 3};
 }  // namespace video_configuration
+
+// What each value of the route field puts on the two outputs: the camera
+// (0 or 1) that each output shows, and the output (0 or 1) that carries the
+// on-screen display, or -1 when neither does. Routes 2 and 4 put the same
+// on the outputs.
+struct VideoRoute {
+    std::array<int, 2> camera;
+    int displayOutput;
+};
+inline constexpr std::array<VideoRoute, 8> kVideoRoutes{{
+    {{0, 0}, -1},
+    {{0, 0}, 0},
+    {{1, 0}, -1},
+    {{1, 0}, 0},
+    {{1, 0}, -1},
+    {{1, 0}, 1},
+    {{1, 1}, -1},
+    {{1, 1}, 1},
+}};
 
 struct AuxOutputs : Message<0x66, 2> {};
 namespace aux_outputs {

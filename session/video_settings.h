@@ -2,6 +2,8 @@
 
 #include <array>
 
+#include "protocol/vocabulary_video.h"
+
 namespace halvex {
 
 // What the current units put on their two video outputs.
@@ -17,6 +19,13 @@ struct VideoSettings {
     bool operator==(const VideoSettings&) const = default;
 };
 inline constexpr int kVideoRoutes = 8;
+
+// The cameras and the display that a route puts on the outputs; a route out
+// of range reads as the first.
+inline const vocab::VideoRoute& routeOf(int route) {
+    return route >= 0 && route < kVideoRoutes ? vocab::kVideoRoutes[static_cast<std::size_t>(route)]
+                                              : vocab::kVideoRoutes[0];
+}
 
 // The cameras' aux outputs: camera 1's aux 1 and 2, then camera 2's.
 using AuxOutputStates = std::array<bool, 4>;

@@ -4,6 +4,7 @@
 #include <QHBoxLayout>
 #include <QVBoxLayout>
 
+#include "session/video_settings.h"
 #include "views/pages/control_parts.h"
 #include "views/pages/page_parts.h"
 
@@ -12,11 +13,16 @@ namespace halvex {
 namespace {
 const char* const kStoreTip = "Store The Above Configuration As The Initial Power Up Configuration";
 
-// What each routing option puts on the two outputs.
-const char* const kRouting[VideoPage::kRoutes][2] = {
-    {"Vin 1", "Vin 1"}, {"Vin 1/OSD", "Vin 1"}, {"Vin 2", "Vin 1"}, {"Vin 2/OSD", "Vin 1"},
-    {"Vin 2", "Vin 1"}, {"Vin 2", "Vin 1/OSD"}, {"Vin 2", "Vin 2"}, {"Vin 2", "Vin 2/OSD"},
-};
+// An output's label in the routing table: its camera's input and, when it
+// carries the on-screen display, "/OSD".
+QString routeLabel(int route, int output) {
+    const vocab::VideoRoute& r = routeOf(route);
+    QString label = QStringLiteral("Vin %1").arg(r.camera.at(static_cast<std::size_t>(output)) + 1);
+    if (r.displayOutput == output) {
+        label += QStringLiteral("/OSD");
+    }
+    return label;
+}
 
 QString indexed(const char* name, int index) {
     return QStringLiteral("%1_%2").arg(QString::fromLatin1(name)).arg(index);
@@ -74,11 +80,10 @@ QGroupBox* VideoPage::buildVideoConfig() {
         VidOption[i] = namedOption(indexed("VidOption", i), QString(), VidConfigFrame);
         // The option has no caption of its own; its row's labels name it.
         VidOption[i]->setAccessibleName(
-            QStringLiteral("Vout 1 %1, Vout 2 %2")
-                .arg(QString::fromLatin1(kRouting[i][0]), QString::fromLatin1(kRouting[i][1])));
+            QStringLiteral("Vout 1 %1, Vout 2 %2").arg(routeLabel(i, 0), routeLabel(i, 1)));
         grid->addWidget(VidOption[i], i + 1, 0);
-        grid->addWidget(new QLabel(QString::fromLatin1(kRouting[i][0]), VidConfigFrame), i + 1, 1);
-        auto* second = new QLabel(QString::fromLatin1(kRouting[i][1]), VidConfigFrame);
+        grid->addWidget(new QLabel(routeLabel(i, 0), VidConfigFrame), i + 1, 1);
+        auto* second = new QLabel(routeLabel(i, 1), VidConfigFrame);
         // This one has always stood a little apart from its row.
         grid->addWidget(second, i + 1, 2, i == 1 ? Qt::AlignBottom : Qt::Alignment{});
     }
