@@ -1,0 +1,170 @@
+// Aiming by the picture against the virtual unit: a click, a box and the
+// wheel reach the unit as moves of the angles the pinhole gives, for the
+// camera the route puts on the output, or are refused with the reason.
+
+#include <gtest/gtest.h>
+
+#include <QtMath>
+#include <cmath>
+
+#include "live_video/video_aim.h"
+#include "live_video/video_pane.h"
+#include "tests/session/session_rig.h"
+
+using namespace halvex;
+using namespace halvex::testing;
+namespace v = halvex::vocab;
+
+namespace {
+
+// The pane shows a 16:9 picture; the lenses are the virtual unit's.
+class VideoAimTest : public SessionTest {
+  protected:
+    VideoAimTest() {
+        pane.resize(640, 360);
+        pane.setFrame(QImage(1280, 720, QImage::Format_RGB32));
+    }
+
+    // The soft limits close about the centre, in view of the lenses' middle
+    // zoom (13.3 degrees across): pan ±5, tilt ±3.
+    void narrowLimits() { unit.state().settings.softLimits = {500, -500, 300, -300}; }
+
+    // The angle from the axis of a point `fraction` of the way across.
+    static double panTo(double fraction, double field) {
+        return qRadiansToDegrees(
+            std::atan((fraction - 0.5) * 2.0 * std::tan(qDegreesToRadians(field / 2))));
+    }
+
+    Messages sent(std::size_t from, Byte code) const {
+        Messages found;
+        for (const auto& message : commandsSince(from)) {
+            if (message.at(0) == code) {
+                found.push_back(message);
+            }
+        }
+        return found;
+    }
+
+    double field(int lens) const { return lenses.degreesAt(session.status().Lens.at(lens)); }
+
+    VideoPane pane{QStringLiteral("Output 1")};
+    FieldOfView lenses;
+    std::vector<QString> told;
+    VideoAim aim{session, pane, 0, [this](int) { return lenses; },
+                 [this](const QString& text) { told.push_back(text); }};
+};
+
+TEST_F(VideoAimTest, AClickMovesByTheAnglesThatBringThePointToTheCentre) {
+    ASSERT_TRUE(connect());
+    const double wide = field(0);
+    const double pan = panTo(0.75, wide);
+    const double tilt = panTo(0.5 + 0.2 * 9 / 16, wide);  // 0.2 of the height up
+    const std::size_t from = line.frames().size();
+    emit pane.centreRequested(QPointF(0.75, 0.3));
+    ASSERT_TRUE(arrives(std::round(pan * 100) / 100, std::round(tilt * 100) / 100));
+    const Messages moves = sent(from, v::DeltaMove::kCode);
+    ASSERT_EQ(moves.size(), 1u);
+    EXPECT_EQ(vocab::getSigned(moves[0], v::delta_move::kPan), std::lround(pan * 100));
+    EXPECT_EQ(vocab::getSigned(moves[0], v::delta_move::kTilt), std::lround(tilt * 100));
+    EXPECT_TRUE(told.empty());
+    // The target shows until the platform has come to rest on it.
+    EXPECT_TRUE(runUntil([&] { return !pane.overlay().target; }, 5000));
+    EXPECT_EQ(pane.readout(), QStringLiteral("Pan %1  Tilt %2  Zoom %3")
+                                  .arg(session.status().CurrentPan, 0, 'f', 2)
+                                  .arg(session.status().CurrentTilt, 0, 'f', 2)
+                                  .arg(session.status().Lens[0]));
+}
+
+TEST_F(VideoAimTest, TheRouteSaysWhichCamerasLensTheAnglesComeFrom) {
+    ASSERT_TRUE(connect());
+    // Route 2 puts camera 2 on output 1; its zoom lens is narrowed.
+    VideoSettings video = session.status().Video;
+    video.route = 2;
+    ASSERT_TRUE(finish(session.setVideo(video)).isDone());
+    ASSERT_EQ(aim.camera(), 1);
+    std::array<int, 4> lenses{128, 128, 220, 128};
+    ASSERT_TRUE(finish(session.moveToWithLenses({0, 0}, lenses)).isDone());
+    ASSERT_TRUE(runUntil([&] { return session.status().Lens[2] == 220; }, 20000));
+    const std::size_t from = line.frames().size();
+    emit pane.centreRequested(QPointF(1.0, 0.5));
+    ASSERT_TRUE(runUntil([&] { return !sent(from, v::DeltaMove::kCode).empty(); }, 5000));
+    EXPECT_EQ(vocab::getSigned(sent(from, v::DeltaMove::kCode)[0], v::delta_move::kPan),
+              std::lround(field(2) / 2 * 100));
+}
+
+TEST_F(VideoAimTest, ABoxCentresItsMiddleAndZoomsTheLensSoItFillsThePicture) {
+    ASSERT_TRUE(connect());
+    const double wide = field(0);
+    const QRectF box(0.5, 0.4, 0.25, 0.2);
+    const PictureGeometry picture{wide, 9.0 / 16};
+    const int zoom = lenses.zoomFor(picture.fieldFilledBy(box));
+    const QPointF by = picture.anglesTo(box.center());
+    const std::size_t from = line.frames().size();
+    emit pane.boxRequested(box);
+    ASSERT_TRUE(runUntil([&] { return session.status().Lens[0] == zoom; }, 20000));
+    const Messages moves = sent(from, v::AbsoluteMoveWithLenses::kCode);
+    ASSERT_EQ(moves.size(), 1u);
+    namespace m = v::absolute_move_with_lenses;
+    EXPECT_EQ(vocab::getSigned(moves[0], m::kPan), std::lround(by.x() * 100));
+    EXPECT_EQ(vocab::getSigned(moves[0], m::kTilt), std::lround(by.y() * 100));
+    EXPECT_EQ(vocab::get(moves[0], m::kLens[0]), zoom);
+    for (std::size_t other : {1u, 2u, 3u}) {
+        EXPECT_EQ(vocab::get(moves[0], m::kLens.at(other)), 128) << other;
+    }
+    EXPECT_GT(zoom, 128);
+}
+
+TEST_F(VideoAimTest, TheWheelZoomsTheLensAndLeavesThePlatformWhereItIs) {
+    ASSERT_TRUE(connect());
+    const double before = field(0);
+    const std::size_t from = line.frames().size();
+    emit pane.zoomRequested(2);
+    const int zoom = lenses.zoomFor(before * VideoAim::kZoomPerNotch * VideoAim::kZoomPerNotch);
+    ASSERT_TRUE(runUntil([&] { return session.status().Lens[0] == zoom; }, 20000));
+    const Messages moves = sent(from, v::AbsoluteMoveWithLenses::kCode);
+    ASSERT_EQ(moves.size(), 1u);
+    EXPECT_EQ(vocab::getSigned(moves[0], v::absolute_move_with_lenses::kPan),
+              v::absolute_move::kHoldAxis);
+    EXPECT_EQ(vocab::getSigned(moves[0], v::absolute_move_with_lenses::kTilt),
+              v::absolute_move::kHoldAxis);
+    emit pane.zoomRequested(-1);
+    EXPECT_TRUE(runUntil([&] { return session.status().Lens[0] < zoom; }, 20000));
+    EXPECT_EQ(session.status().CurrentPan, 0.0f);
+}
+
+TEST_F(VideoAimTest, ARefusedRequestSendsNothingAndSaysWhy) {
+    const std::size_t from = line.frames().size();
+    emit pane.centreRequested(QPointF(0.9, 0.5));
+    ASSERT_TRUE(runUntil([&] { return !told.empty(); }, 5000));
+    EXPECT_EQ(told.back(),
+              QStringLiteral("Output 1: ") + Outcome::refused(Refusal::Offline).text());
+    EXPECT_EQ(pane.notice(), Outcome::refused(Refusal::Offline).text());
+    EXPECT_FALSE(pane.overlay().target);
+
+    narrowLimits();
+    ASSERT_TRUE(connect());
+    // The picture's right edge is past the soft limit at 5 degrees.
+    emit pane.centreRequested(QPointF(1.0, 0.5));
+    ASSERT_TRUE(runUntil([&] { return told.size() == 2; }, 5000));
+    EXPECT_EQ(told.back(),
+              QStringLiteral("Output 1: ") + Outcome::refused(Refusal::OutsideLimits).text());
+    EXPECT_TRUE(sent(from, v::DeltaMove::kCode).empty());
+}
+
+TEST_F(VideoAimTest, TheSoftLimitsInViewAreDrawnWhereTheyFall) {
+    narrowLimits();
+    ASSERT_TRUE(connect());
+    ASSERT_TRUE(runUntil([&] { return pane.overlay().limitLeft.has_value(); }, 5000));
+    const PictureGeometry picture{field(0), 9.0 / 16};
+    const VideoOverlay& overlay = pane.overlay();
+    EXPECT_DOUBLE_EQ(*overlay.limitLeft, *picture.acrossAt(-5));
+    EXPECT_DOUBLE_EQ(*overlay.limitRight, *picture.acrossAt(5));
+    EXPECT_DOUBLE_EQ(*overlay.limitTop, *picture.downAt(3));
+    EXPECT_DOUBLE_EQ(*overlay.limitBottom, *picture.downAt(-3));
+    // Zoomed in, they are out of view.
+    ASSERT_TRUE(finish(session.moveToWithLenses({0, 0}, {255, 128, 128, 128})).isDone());
+    ASSERT_TRUE(runUntil([&] { return !pane.overlay().limitLeft; }, 20000));
+    EXPECT_FALSE(pane.overlay().limitTop);
+}
+
+}  // namespace
