@@ -49,7 +49,7 @@
 #include "window/camera_features.h"
 #include "window/data_watch.h"
 #include "window/help_box.h"
-#include "window/range_plot_place.h"
+#include "window/page_place.h"
 #include "window/vornixu.h"
 
 namespace {

@@ -30,10 +30,10 @@
 #include "window/commissioning_wiring.h"
 #include "window/data_watch.h"
 #include "window/network_control.h"
+#include "window/page_place.h"
 #include "window/palette_choice.h"
 #include "window/positioning_pages.h"
 #include "window/range_plot_feed.h"
-#include "window/range_plot_place.h"
 #include "window/remote_control_dialog.h"
 #include "window/setup_features.h"
 #include "window/window_placement.h"
@@ -277,8 +277,10 @@ void VornixU::installFeatures() {
     new RangePlotFeed(
         session_, *rangePlot_,
         [this](const QString& message) { statusBar()->showMessage(message, 15000); }, this);
-    rangePlotPlace_ =
-        new RangePlotPlace(*rangePlot_, *panTilt_->RangePlotSlot, *tabs_, *rangePlotAction_, *this);
+    // From a 1600-pixel screen the plot is a column of the Pan/Tilt page.
+    rangePlotPlace_ = new PagePlace(
+        *rangePlot_, *panTilt_->RangePlotSlot, *tabs_, *rangePlotAction_, *this,
+        {QStringLiteral("RangePlot"), QStringLiteral("Range Plot"), QSize(640, 400), 1560});
 }
 
 void VornixU::installInputFeatures() {

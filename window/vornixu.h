@@ -34,7 +34,7 @@ class RemoteBridges;
 class RemoteControlDialog;
 class LineRecorder;
 class RangePlot;
-class RangePlotPlace;
+class PagePlace;
 
 // The main window: owns the form state, the link and the pages, and wires
 // the features to them.
@@ -70,7 +70,7 @@ class VornixU : public QMainWindow {
     LineRecorder& lineRecorder() { return *lineRecorder_; }
     // The plot of the unit's range, and where it is shown.
     RangePlot& rangePlot() { return *rangePlot_; }
-    RangePlotPlace& rangePlotPlace() { return *rangePlotPlace_; }
+    PagePlace& rangePlotPlace() { return *rangePlotPlace_; }
     const Messages& messages() const { return messages_; }
     ConsoleEvents& events() { return events_; }
 
@@ -127,7 +127,7 @@ class VornixU : public QMainWindow {
     LineRecorder* lineRecorder_ = nullptr;
     QAction* rangePlotAction_ = nullptr;
     RangePlot* rangePlot_ = nullptr;
-    RangePlotPlace* rangePlotPlace_ = nullptr;
+    PagePlace* rangePlotPlace_ = nullptr;
     InputFeatures input_;
     bool exiting_ = false;
     bool exited_ = false;

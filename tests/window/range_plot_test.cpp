@@ -21,7 +21,7 @@
 #include "views/pages/pan_tilt_page.h"
 #include "views/widgets/jog_box.h"
 #include "views/widgets/range_plot.h"
-#include "window/range_plot_place.h"
+#include "window/page_place.h"
 
 using namespace halvex;
 using namespace halvex::testing;
@@ -226,7 +226,7 @@ TEST_F(RangePlotOnline, ADoubleClickGoesToAPresetAndTheMenuSavesThePositionToOne
 }
 
 TEST_F(RangePlotOnline, AWideScreenHasThePlotOnThePanTiltPageAndASmallOneInItsOwnWindow) {
-    RangePlotPlace& place = rig.window->rangePlotPlace();
+    PagePlace& place = rig.window->rangePlotPlace();
     auto* slot = rig.window->panTiltPage().RangePlotSlot;
     auto resize = [&](QSize size) {
         rig.window->resize(size);

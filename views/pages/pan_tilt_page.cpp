@@ -75,15 +75,23 @@ PanTiltPage::PanTiltPage(QWidget* parent) : QWidget(parent) {
     right->addStretch();
     columns->addLayout(right);
 
-    // A fourth column for the range plot, shown where the screen has room.
-    RangePlotSlot = new QGroupBox(QStringLiteral("Range"), this);
-    RangePlotSlot->setObjectName(QStringLiteral("RangePlotSlot"));
-    RangePlotSlot->setLayout(new QVBoxLayout);
-    // It never holds the window wider: narrowed, the plot leaves the page.
-    RangePlotSlot->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    RangePlotSlot->hide();
+    // Columns for the live video and the range plot, shown where the screen
+    // has room.
+    VideoSlot = panelSlot(QStringLiteral("Video"), QStringLiteral("VideoSlot"));
+    columns->addWidget(VideoSlot, 2);
+    RangePlotSlot = panelSlot(QStringLiteral("Range"), QStringLiteral("RangePlotSlot"));
     columns->addWidget(RangePlotSlot, 1);
     nameForAssistiveTechnology();
+}
+
+QGroupBox* PanTiltPage::panelSlot(const QString& caption, const QString& name) {
+    auto* slot = new QGroupBox(caption, this);
+    slot->setObjectName(name);
+    slot->setLayout(new QVBoxLayout);
+    // It never holds the window wider: narrowed, the panel leaves the page.
+    slot->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    slot->hide();
+    return slot;
 }
 
 QWidget* PanTiltPage::buildPositionGroup() {

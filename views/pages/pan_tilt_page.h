@@ -86,11 +86,13 @@ class PanTiltPage : public QWidget {
 
     // Where the movement log panel goes.
     QVBoxLayout* MovementMonitorSlot;
-    // Where the range plot goes when the page is wide enough for it; hidden
-    // otherwise.
+    // Where the live video and the range plot go when the page is wide
+    // enough for them; hidden otherwise.
+    QGroupBox* VideoSlot;
     QGroupBox* RangePlotSlot;
 
   private:
+    QGroupBox* panelSlot(const QString& caption, const QString& name);
     QWidget* buildPositionGroup();
     QWidget* buildStatusGroup();
     void nameForAssistiveTechnology();
