@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "live_video/aiming.h"
+#include "live_video/calibration.h"
 #include "live_video/field_of_view.h"
 
 using namespace halvex;
@@ -126,6 +127,50 @@ TEST(PictureGeometry, ABoxFillsThePictureByItsWiderSide) {
     EXPECT_NEAR(view.fieldFilledBy({0.4, 0.2, 0.1, 0.5}), field(0.5), 1e-9);
     // Dragged up and to the left.
     EXPECT_NEAR(view.fieldFilledBy({0.6, 0.6, -0.2, -0.1}), field(0.2), 1e-9);
+}
+
+}  // namespace
+
+namespace {
+
+TEST(Calibration, TwoMarksOfAFeatureGiveTheFieldThatMovedIt) {
+    // Where a feature at `angle` from the axis is seen, for a field.
+    const auto seenAt = [](double angle, double field) {
+        return 0.5 +
+               std::tan(qDegreesToRadians(angle)) / (2 * std::tan(qDegreesToRadians(field / 2)));
+    };
+    struct Case {
+        double field;
+        double featureAngle;
+        double panned;
+    };
+    const Case cases[] = {
+        {60.0, 12.0, 24.0},  // crossing the centre
+        {3.0, -0.9, -1.8},   // narrow, panned left
+        {13.3, 2.0, 3.0},    // staying on one side
+        {120.0, 40.0, 70.0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.field);
+        const auto field = fieldFromMarks(seenAt(c.featureAngle, c.field),
+                                          seenAt(c.featureAngle - c.panned, c.field), c.panned);
+        ASSERT_TRUE(field);
+        EXPECT_NEAR(*field, c.field, 1e-6);
+    }
+    // Marks that moved the wrong way, or not at all, or no pan.
+    EXPECT_FALSE(fieldFromMarks(0.4, 0.6, 10.0));
+    EXPECT_FALSE(fieldFromMarks(0.6, 0.6, 10.0));
+    EXPECT_FALSE(fieldFromMarks(0.7, 0.3, 0.0));
+    // More movement than any field gives for the pan.
+    EXPECT_FALSE(fieldFromMarks(0.999, 0.001, 0.01));
+}
+
+TEST(Calibration, TheMovePutsTheFeatureAcrossTheCentre) {
+    const PictureGeometry picture{20.0, 0.75};
+    const double pan = mirroringPan(0.8, 20.0);
+    EXPECT_NEAR(pan, 2 * picture.anglesTo({0.8, 0.5}).x(), 1e-9);
+    EXPECT_NEAR(*picture.acrossAt(picture.anglesTo({0.8, 0.5}).x() - pan), 0.2, 1e-9);
+    EXPECT_NEAR(*fieldFromMarks(0.8, 0.2, pan), 20.0, 1e-6);
 }
 
 }  // namespace
