@@ -49,7 +49,9 @@ class VideoPipeline : public QObject {
     const VideoSource& source() const { return source_; }
 
     // Saves the stream as it arrives, without decoding it again, to a
-    // Matroska file. False when it cannot, and eventOccurred says why.
+    // Matroska file. False when it cannot, and eventOccurred says why. A
+    // stream that is lost or stopped ends the recording; its file is then
+    // completed in the background.
     bool startRecording(const QString& path);
     // The file is complete when eventOccurred says "recording saved: PATH".
     void stopRecording();

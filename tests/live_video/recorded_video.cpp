@@ -26,6 +26,8 @@ RecordedVideo readRecording(const QString& path) {
     if (GstSample* sample = gst_app_sink_try_pull_sample(GST_APP_SINK(encoded), kWait)) {
         recorded.encoding = QString::fromUtf8(
             gst_structure_get_name(gst_caps_get_structure(gst_sample_get_caps(sample), 0)));
+        recorded.startsWithKeyframe =
+            !GST_BUFFER_FLAG_IS_SET(gst_sample_get_buffer(sample), GST_BUFFER_FLAG_DELTA_UNIT);
         gst_sample_unref(sample);
     }
     // The encoded side is drained too, or the demuxer would wait for it.

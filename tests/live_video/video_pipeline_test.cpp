@@ -11,6 +11,7 @@
 
 #include "live_video/gstreamer.h"
 #include "live_video/video_pipeline.h"
+#include "tests/live_video/mjpeg_test_server.h"
 #include "tests/live_video/recorded_video.h"
 #include "tests/live_video/rtsp_test_server.h"
 #include "tests/support/run_until.h"
@@ -73,6 +74,19 @@ int freeUdpPort() {
     QUdpSocket probe;
     probe.bind(QHostAddress::LocalHost, 0);
     return probe.localPort();
+}
+
+TEST(VideoPipelineRetry, ThePauseDoublesUpToTheLongest) {
+    struct Case {
+        int retries;
+        int delayMs;
+    };
+    for (const Case entry : {Case{0, 1000}, Case{1, 2000}, Case{2, 4000}, Case{3, 5000},
+                             Case{4, 5000}, Case{1000000, 5000}}) {
+        SCOPED_TRACE(entry.retries);
+        EXPECT_EQ(retryDelayMs(entry.retries, 1000, 5000), entry.delayMs);
+    }
+    EXPECT_EQ(retryDelayMs(5, 200, 600), 600);
 }
 
 TEST(VideoPipelineRtsp, FramesOfTheStreamsSizeArriveAfterConnecting) {
@@ -141,6 +155,7 @@ TEST(VideoPipelineRtsp, ARecordingIsTheStreamsH264InMatroska) {
 
     const testing::RecordedVideo recorded = testing::readRecording(path);
     EXPECT_EQ(recorded.encoding, QStringLiteral("video/x-h264"));
+    EXPECT_TRUE(recorded.startsWithKeyframe);
     EXPECT_EQ(recorded.decodedSize, QSize(320, 240));
     EXPECT_GE(recorded.frames, 10);
     // The picture went on all the while.
@@ -162,6 +177,26 @@ TEST(VideoPipelineRtsp, ARecordingThatCannotBeWrittenEndsAndThePictureGoesOn) {
     EXPECT_TRUE(watched.saidSomething(QStringLiteral("recording failed")));
     EXPECT_TRUE(watched.framesOfSize(QSize(320, 240), 10, 3000));
     EXPECT_EQ(watched.pipeline->state(), State::Playing);
+}
+
+TEST(VideoPipelineHttp, AnMjpegCamerasPicturesShowAndRecordAsJpegs) {
+    testing::MjpegTestServer camera(160, 120);
+    Watched watched;
+    watched.pipeline->play(*parseVideoSource(camera.url()));
+    ASSERT_TRUE(watched.framesOfSize(QSize(160, 120), 2, 5000));
+    EXPECT_EQ(watched.pipeline->state(), State::Playing);
+
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("camera.mkv"));
+    ASSERT_TRUE(watched.pipeline->startRecording(path));
+    runUntil([] { return false; }, 500);
+    watched.pipeline->stopRecording();
+    ASSERT_TRUE(runUntil(
+        [&] { return watched.saidSomething(QStringLiteral("recording saved: ") + path); }, 3000));
+    const testing::RecordedVideo recorded = testing::readRecording(path);
+    EXPECT_EQ(recorded.encoding, QStringLiteral("image/jpeg"));
+    EXPECT_EQ(recorded.decodedSize, QSize(160, 120));
+    EXPECT_GE(recorded.frames, 3);
 }
 
 TEST(VideoPipelineSources, AnAddressThatIsNoSourceFailsAtOnce) {
