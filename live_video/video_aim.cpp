@@ -60,6 +60,10 @@ std::array<int, 4> VideoAim::lensesWithZoom(int zoom) const {
 }
 
 void VideoAim::centreOn(QPointF point) {
+    if (marker_) {
+        marker_(point);
+        return;
+    }
     const QPointF by = geometry().anglesTo(point);
     const UnitStatus& status = session_.status();
     target_ = QPointF(status.CurrentPan + by.x(), status.CurrentTilt + by.y());

@@ -39,6 +39,9 @@ class VideoAim : public QObject {
     int camera() const;
     // The output's picture as the camera sees it now.
     PictureGeometry geometry() const;
+    // While set, a click marks a point of the picture for `marker` and
+    // moves nothing (a calibration's marks).
+    void setMarker(std::function<void(QPointF point)> marker) { marker_ = std::move(marker); }
 
   private:
     void centreOn(QPointF point);
@@ -56,6 +59,7 @@ class VideoAim : public QObject {
     int output_;
     std::function<FieldOfView(int camera)> fieldOf_;
     std::function<void(const QString&)> tell_;
+    std::function<void(QPointF)> marker_;
     // Where a click or a box sent the platform, shown until the move ends.
     std::optional<QPointF> target_;
     bool targetReached_ = false;

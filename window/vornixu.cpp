@@ -36,6 +36,7 @@
 #include "window/range_plot_feed.h"
 #include "window/remote_control_dialog.h"
 #include "window/setup_features.h"
+#include "window/video_wiring.h"
 #include "window/window_placement.h"
 
 namespace halvex {
@@ -141,6 +142,10 @@ void VornixU::buildMenus() {
     rangePlotAction_->setObjectName(QStringLiteral("MenuRangePlot"));
     rangePlotAction_->setToolTip(
         QStringLiteral("The unit's limits, presets, tour and position; click to move there"));
+    videoAction_ = viewMenu->addAction(QStringLiteral("&Video"));
+    videoAction_->setObjectName(QStringLiteral("MenuVideo"));
+    videoAction_->setToolTip(
+        QStringLiteral("The unit's two video outputs; click to centre, drag a box to zoom"));
     QAction* inputSettings = viewMenu->addAction(QStringLiteral("&Input Settings..."));
     inputSettings->setObjectName(QStringLiteral("MenuInputSettings"));
     connect(inputSettings, &QAction::triggered, this, [this] { openInputSettings(input_, *this); });
@@ -281,6 +286,11 @@ void VornixU::installFeatures() {
     rangePlotPlace_ = new PagePlace(
         *rangePlot_, *panTilt_->RangePlotSlot, *tabs_, *rangePlotAction_, *this,
         {QStringLiteral("RangePlot"), QStringLiteral("Range Plot"), QSize(640, 400), 1560});
+    videoWiring_ = new VideoWiring(
+        session_, *panTilt_->VideoSlot, *tabs_, *videoAction_, *this,
+        [this](const QString& message) { statusBar()->showMessage(message, 15000); });
+    // A stream's faults and the files saved go to the Line Log's events.
+    connect(videoWiring_, &VideoWiring::eventOccurred, &state_, &FormState::reportFault);
 }
 
 void VornixU::installInputFeatures() {

@@ -35,6 +35,7 @@ class RemoteControlDialog;
 class LineRecorder;
 class RangePlot;
 class PagePlace;
+class VideoWiring;
 
 // The main window: owns the form state, the link and the pages, and wires
 // the features to them.
@@ -71,6 +72,7 @@ class VornixU : public QMainWindow {
     // The plot of the unit's range, and where it is shown.
     RangePlot& rangePlot() { return *rangePlot_; }
     PagePlace& rangePlotPlace() { return *rangePlotPlace_; }
+    VideoWiring& videoWiring() { return *videoWiring_; }
     const Messages& messages() const { return messages_; }
     ConsoleEvents& events() { return events_; }
 
@@ -128,6 +130,8 @@ class VornixU : public QMainWindow {
     QAction* rangePlotAction_ = nullptr;
     RangePlot* rangePlot_ = nullptr;
     PagePlace* rangePlotPlace_ = nullptr;
+    QAction* videoAction_ = nullptr;
+    VideoWiring* videoWiring_ = nullptr;
     InputFeatures input_;
     bool exiting_ = false;
     bool exited_ = false;

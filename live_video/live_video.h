@@ -1,0 +1,66 @@
+#pragma once
+
+#include <QObject>
+#include <array>
+#include <functional>
+
+#include "live_video/live_video_choice.h"
+#include "live_video/video_pipeline.h"
+
+namespace halvex {
+
+class Session;
+class VideoAim;
+class VideoPanel;
+
+// The console's live video: a pipeline for each of the unit's outputs,
+// shown on the panel's panes and aimed by them, with snapshots and
+// recordings. The pipelines run while the panel is shown or a recording
+// goes on, so a console whose video is out of sight decodes nothing.
+class LiveVideo : public QObject {
+    Q_OBJECT
+  public:
+    static constexpr int kOutputs = 2;
+
+    // `tell` shows a line in the status bar.
+    LiveVideo(Session& session, VideoPanel& panel, std::function<void(const QString&)> tell,
+              QObject* parent = nullptr);
+    ~LiveVideo() override;
+
+    // Plays what the choice names; a source that is the same keeps playing.
+    void setChoice(const LiveVideoChoice& choice);
+    const LiveVideoChoice& choice() const { return choice_; }
+    VideoPipeline& pipeline(int output) { return *pipelines_.at(static_cast<std::size_t>(output)); }
+    VideoAim& aim(int output) { return *aims_.at(static_cast<std::size_t>(output)); }
+
+    // Where snapshots and recordings are saved: the user's pictures and
+    // videos folders, or one folder for both.
+    void setSaveFolder(const QString& folder) { saveFolder_ = folder; }
+    // Saves the output's newest picture as PNG; the path, or empty.
+    QString saveSnapshot(int output);
+    void setRecording(int output, bool on);
+
+  signals:
+    // A pipeline's error or warning, or a file saved, for the Line Log.
+    void eventOccurred(const QString& text);
+
+  protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void wire(int output);
+    void play(int output);
+    bool wanted(int output) const;
+    QString newFile(int output, const QString& folder, const char* extension) const;
+    QString outputName(int output) const;
+
+    Session& session_;
+    VideoPanel& panel_;
+    std::function<void(const QString&)> tell_;
+    LiveVideoChoice choice_;
+    std::array<VideoPipeline*, kOutputs> pipelines_{};
+    std::array<VideoAim*, kOutputs> aims_{};
+    QString saveFolder_;
+};
+
+}  // namespace halvex

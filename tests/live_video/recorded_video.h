@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QSize>
+#include <QString>
+
+namespace halvex::testing {
+
+// What a Matroska file holds, as a small playback pipeline reads it.
+struct RecordedVideo {
+    QString encoding;                 // the caps name of the video track: "video/x-h264", ...
+    bool startsWithKeyframe = false;  // a player can show the first frame
+    QSize decodedSize;
+    int frames = 0;  // decoded
+};
+
+RecordedVideo readRecording(const QString& path);
+
+}  // namespace halvex::testing
