@@ -20,6 +20,11 @@ set -euo pipefail
 # ccache: a rebuild reuses what an earlier build compiled.
 packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libsdl2-dev libgtest-dev libhamlib-utils
           ser2net tshark fonts-dejavu-core python3 qcoro-qt6-dev ccache)
+# GStreamer: live video from the unit's outputs (decoders, network sources,
+# Matroska recordings); the RTSP server serves the virtual unit's outputs.
+packages+=(libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libgstrtspserver-1.0-dev
+           gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
+           gstreamer1.0-libav gstreamer1.0-rtsp)
 # nodejs, npm: the suite drives the ONVIF bridge with the npm "onvif" client,
 # which the suite installs into the build tree. A Node.js that is already
 # installed from elsewhere (it brings its own npm) is used as it is.
