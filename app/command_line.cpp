@@ -1,5 +1,7 @@
 #include "app/command_line.h"
 
+#include "live_video/video_source.h"
+
 #include <QCoreApplication>
 #include <cstdio>
 
@@ -23,7 +25,7 @@ CommandLine::CommandLine() {
     parser_.addOption(baud_);
     for (const QCommandLineOption* option :
          {&onvif_, &onvifUser_, &visca_, &pelco_, &pelcoAddress_, &pelcoBaud_, &viscaRefresh_,
-          &pelcoRefresh_, &remoteListen_}) {
+          &pelcoRefresh_, &remoteListen_, &video1_, &video2_}) {
         parser_.addOption(*option);
     }
     ::addCommissioningOptions(parser_);
@@ -71,8 +73,8 @@ std::optional<int> CommandLine::answerAtOnce(int& argc, char* argv[]) {
         error = QStringLiteral("Unexpected argument '%1'.")
                     .arg(parser_.positionalArguments().constFirst());
     } else {
-        for (const auto read :
-             {&CommandLine::readRotctld, &CommandLine::readBaud, &CommandLine::readBridges}) {
+        for (const auto read : {&CommandLine::readRotctld, &CommandLine::readBaud,
+                                &CommandLine::readBridges, &CommandLine::readVideo}) {
             if (error.isEmpty()) {
                 error = (this->*read)();
             }
@@ -235,6 +237,22 @@ QString CommandLine::readBridges() {
         } else if (!bridges_.listen.setAddress(text)) {
             return badValue(remoteListen_, text);
         }
+    }
+    return {};
+}
+
+QString CommandLine::readVideo() {
+    for (std::size_t i = 0; i < videoSources_.size(); ++i) {
+        const QCommandLineOption& option = i == 0 ? video1_ : video2_;
+        if (!parser_.isSet(option)) {
+            continue;
+        }
+        const QString text = parser_.value(option);
+        QString why;
+        if (!parseVideoSource(text, &why)) {
+            return QStringLiteral("--%1: %2").arg(option.names().constFirst(), why);
+        }
+        videoSources_[i] = text;
     }
     return {};
 }

@@ -3,6 +3,7 @@
 #include <QCommandLineParser>
 #include <QHostAddress>
 #include <QString>
+#include <array>
 #include <optional>
 
 #include "app/commissioning_command.h"
@@ -45,6 +46,9 @@ class CommandLine {
     // environment, where other users cannot read it as they can a command
     // line.
     const BridgeSettings& bridges() const { return bridges_; }
+    // What each video output shows for this run, where given, instead of
+    // the kept choice.
+    const std::array<std::optional<QString>, 2>& videoSources() const { return videoSources_; }
 
     static constexpr const char* kOnvifPasswordVariable = "HALVEX_ONVIF_PASSWORD";
 
@@ -61,6 +65,8 @@ class CommandLine {
     QString readRotctld();
     // Checks the bridges' options; an error sentence when wrong.
     QString readBridges();
+    // Checks the video sources; an error sentence when wrong.
+    QString readVideo();
     // A TCP or UDP port number from 1 to 65535, or nothing.
     static std::optional<quint16> portNumber(const QString& text);
 
@@ -146,7 +152,18 @@ class CommandLine {
         QStringLiteral("Address the ONVIF, VISCA and Pelco-D TCP bridges listen on (default "
                        "127.0.0.1; 'any' for all interfaces)."),
         QStringLiteral("ADDRESS")};
+    const QCommandLineOption video1_{
+        QStringLiteral("video1"),
+        QStringLiteral("Show SOURCE for the unit's video output 1 in this run: a capture device "
+                       "(/dev/video0), rtsp://, rtp://HOST:PORT, udp://HOST:PORT, srt://HOST:PORT, "
+                       "an http:// MJPEG stream, or none."),
+        QStringLiteral("SOURCE")};
+    const QCommandLineOption video2_{
+        QStringLiteral("video2"),
+        QStringLiteral("Show SOURCE for the unit's video output 2 in this run, as --video1."),
+        QStringLiteral("SOURCE")};
     std::optional<qint32> baudRate_;
+    std::array<std::optional<QString>, 2> videoSources_;
     BridgeSettings bridges_;
     quint16 rotctldPortNumber_ = network::RotctldServer::kDefaultPort;
     QHostAddress rotctldAddress_{QHostAddress::LocalHost};

@@ -19,6 +19,7 @@
 #include "remote/remote_bridges.h"
 #include "sim/pty_unit.h"
 #include "window/network_control.h"
+#include "window/video_wiring.h"
 #include "window/vornixu.h"
 
 namespace {
@@ -111,6 +112,7 @@ int main(int argc, char* argv[]) {
         window.messages().exclamation(QStringLiteral("Settings File"), settingsError);
     }
     reportConnection(window);
+    window.videoWiring().overrideSources(commandLine.videoSources());
     window.networkControl().setEndpoint(commandLine.rotctldAddress(), commandLine.rotctldPort());
     if (commandLine.rotctld()) {
         // A port in use is told on stderr and in the status bar; the console runs on.

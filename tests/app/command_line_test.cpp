@@ -53,13 +53,27 @@ Outcome runWithoutDisplay(const char* arguments,
 }
 
 TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
-    for (const char* arguments :
-         {"--no-such-option", "-platform offscreen --bogus", "--rotctld-port",
-          "--rotctld-port 65536", "--rotctld=0", "--rotctld-listen nowhere", "--rotctld 0",
-          "--headless --baud fast", "stray", "--visca 0", "--visca 65536", "--onvif 80",
-          "--onvif 80 --onvif-user admin", "--pelco tcp:port", "--pelco-address 256",
-          "--pelco-baud 1199", "--remote-listen nowhere", "--visca-refresh -1",
-          "--pelco-refresh 600001"}) {
+    for (const char* arguments : {"--no-such-option",
+                                  "-platform offscreen --bogus",
+                                  "--rotctld-port",
+                                  "--rotctld-port 65536",
+                                  "--rotctld=0",
+                                  "--rotctld-listen nowhere",
+                                  "--rotctld 0",
+                                  "--headless --baud fast",
+                                  "stray",
+                                  "--visca 0",
+                                  "--visca 65536",
+                                  "--onvif 80",
+                                  "--onvif 80 --onvif-user admin",
+                                  "--pelco tcp:port",
+                                  "--pelco-address 256",
+                                  "--pelco-baud 1199",
+                                  "--remote-listen nowhere",
+                                  "--visca-refresh -1",
+                                  "--pelco-refresh 600001",
+                                  "--video1 ftp://camera",
+                                  "--video2 /tmp/clip.mkv"}) {
         SCOPED_TRACE(arguments);
         const Outcome run = runWithoutDisplay(arguments);
         EXPECT_FALSE(run.crashed) << run.err.toStdString();
@@ -79,6 +93,8 @@ TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
         runWithoutDisplay("--onvif 80")
             .err.contains(
                 "--onvif needs --onvif-user NAME and the password in $HALVEX_ONVIF_PASSWORD."));
+    EXPECT_TRUE(runWithoutDisplay("--video1 rtsp://camera/out1 --video2 ftp://camera")
+                    .err.contains(QStringLiteral("--video2: not a video source: ftp://camera")));
     // A toolkit option with its value joined on is left for the toolkit
     // whole: the mistake told is the console's own.
     EXPECT_TRUE(runWithoutDisplay("-style=fusion --baud fast")
