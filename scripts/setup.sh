@@ -17,14 +17,16 @@ set -euo pipefail
 # all in headers: nothing of it is needed at run time);
 # fonts-dejavu-core: the fonts the suite and the screenshot tool draw in,
 # whatever other fonts the machine has (tools/picture_fonts.h);
-# ccache: a rebuild reuses what an earlier build compiled.
+# ccache: a rebuild reuses what an earlier build compiled;
+# GStreamer and its RTSP server: the console's live video (network sources,
+# decoders from libav, Matroska recordings); halvex-sim --video encodes and
+# serves the unit's video outputs (openh264enc is in plugins-bad);
+# pkg-config: CMake finds GStreamer through it.
 packages=(cmake g++ make qt6-base-dev qt6-serialport-dev libsdl2-dev libgtest-dev libhamlib-utils
-          ser2net tshark fonts-dejavu-core python3 qcoro-qt6-dev ccache)
-# GStreamer: live video from the unit's outputs (decoders, network sources,
-# Matroska recordings); the RTSP server serves the virtual unit's outputs.
-packages+=(libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libgstrtspserver-1.0-dev
-           gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
-           gstreamer1.0-libav gstreamer1.0-rtsp)
+          ser2net tshark fonts-dejavu-core python3 qcoro-qt6-dev ccache
+          libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libgstrtspserver-1.0-dev
+          gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
+          gstreamer1.0-libav gstreamer1.0-rtsp pkg-config)
 # nodejs, npm: the suite drives the ONVIF bridge with the npm "onvif" client,
 # which the suite installs into the build tree. A Node.js that is already
 # installed from elsewhere (it brings its own npm) is used as it is.

@@ -1,5 +1,5 @@
-// halvex-sim: the virtual unit on a pseudo-terminal or a TCP port, until
-// SIGINT or SIGTERM.
+// halvex-sim: the virtual unit on a pseudo-terminal or a TCP port, and its
+// video outputs over RTSP when asked, until SIGINT or SIGTERM.
 
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -17,6 +17,8 @@
 #include "sim/replay_unit.h"
 #include "sim/sim_command_line.h"
 #include "sim/tcp_unit.h"
+#include "sim/video/unit_snapshot.h"
+#include "sim/video/video_server.h"
 
 namespace {
 
@@ -115,6 +117,25 @@ bool answerFromRecording(const std::string& path, halvex::sim::StreamUnit& unit)
     return true;
 }
 
+// Serves the unit's two video outputs, drawn from the unit's state; nothing
+// (and why on stderr) when it cannot listen.
+std::unique_ptr<halvex::sim::video::VideoServer> serveVideo(
+    const halvex::sim::VideoCommandLine& options, halvex::sim::StreamUnit& unit) {
+    namespace video = halvex::sim::video;
+    const video::VideoServerOptions serverOptions{*options.port, options.address, options.width,
+                                                  options.height, options.rate};
+    auto server = std::make_unique<video::VideoServer>(
+        serverOptions, [&unit] { return video::videoSnapshotOf(unit.unit().state()); });
+    std::string error;
+    if (!server->start(&error)) {
+        std::fprintf(stderr, "halvex-sim: %s\n", error.c_str());
+        return nullptr;
+    }
+    // Scripts and tests wait for this line and take the port from it.
+    std::fprintf(stderr, "video on %s and %s\n", server->url(0).c_str(), server->url(1).c_str());
+    return server;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -169,6 +190,13 @@ int main(int argc, char** argv) {
     }
     if (line.control) {
         listenForLineCommands(app, *unit);
+    }
+    std::unique_ptr<halvex::sim::video::VideoServer> video;
+    if (line.video.port) {
+        video = serveVideo(line.video, *unit);
+        if (!video) {
+            return 1;
+        }
     }
     if (!quitOnSignals(app)) {
         std::perror("halvex-sim: signals");

@@ -5,6 +5,8 @@
 #include <charconv>
 #include <optional>
 #include <string_view>
+#include <tuple>
+#include <utility>
 
 namespace halvex::sim {
 
@@ -47,10 +49,26 @@ std::optional<Fault> faultNamed(const std::string& name) {
     return std::nullopt;
 }
 
+// "1280x720": even sides (the encoder works on 2 x 2 blocks of colour) that
+// a picture can have.
+std::optional<std::pair<int, int>> pictureSize(const std::string& text) {
+    const auto by = text.find('x');
+    if (by == std::string::npos) {
+        return std::nullopt;
+    }
+    const auto width = wholeNumber(text.substr(0, by), 64, 3840);
+    const auto height = wholeNumber(text.substr(by + 1), 64, 2160);
+    if (!width || !height || *width % 2 != 0 || *height % 2 != 0) {
+        return std::nullopt;
+    }
+    return std::pair{static_cast<int>(*width), static_cast<int>(*height)};
+}
+
 bool takesValue(const std::string& option) {
-    static const std::array<std::string_view, 12> valued = {
-        "--id",    "--variant", "--state",        "--link",  "--tcp",  "--pace",
-        "--noise", "--corrupt", "--silent-after", "--fault", "--drop", "--replay"};
+    static const std::array<std::string_view, 16> valued = {
+        "--id",    "--variant",       "--state",        "--link",      "--tcp",  "--pace",
+        "--noise", "--corrupt",       "--silent-after", "--fault",     "--drop", "--replay",
+        "--video", "--video-address", "--video-size",   "--video-rate"};
     return std::find(valued.begin(), valued.end(), option) != valued.end();
 }
 
@@ -108,6 +126,29 @@ std::variant<SimCommandLine, std::string> parseSimCommandLine(
                 return bad();
             }
             line.tcpPort = static_cast<int>(*port);
+        } else if (option == "--video") {
+            const auto port = wholeNumber(value, 0, 65535);
+            if (!port) {
+                return bad();
+            }
+            line.video.port = static_cast<int>(*port);
+        } else if (option == "--video-address") {
+            if (value.empty()) {
+                return bad();
+            }
+            line.video.address = value;
+        } else if (option == "--video-size") {
+            const auto size = pictureSize(value);
+            if (!size) {
+                return bad();
+            }
+            std::tie(line.video.width, line.video.height) = *size;
+        } else if (option == "--video-rate") {
+            const auto rate = wholeNumber(value, 1, 60);
+            if (!rate) {
+                return bad();
+            }
+            line.video.rate = static_cast<int>(*rate);
         } else if (option == "--replay") {
             line.replay = value;
         } else if (option == "--pace") {
@@ -144,6 +185,11 @@ std::variant<SimCommandLine, std::string> parseSimCommandLine(
             "--link names a pseudo-terminal and --tcp listens on the network: "
             "choose one");
     }
+    const bool videoDetail = line.video.address != VideoCommandLine{}.address ||
+                             line.video.width != 0 || line.video.rate != 0;
+    if (videoDetail && !line.video.port) {
+        return std::string("--video-address, --video-size and --video-rate go with --video PORT");
+    }
     return line;
 }
 
@@ -161,6 +207,12 @@ std::string simUsage() {
            "                     as a device server's raw port, one console at a time\n"
            "                     (a second is closed at once); 0 picks a free port.\n"
            "                     Prints socket://127.0.0.1:PORT\n"
+           "  --video PORT       serve the two video outputs over RTSP on PORT (0: a\n"
+           "                     free one) as rtsp://127.0.0.1:PORT/out1 and /out2\n"
+           "  --video-address A  listen for video on address A (default 127.0.0.1)\n"
+           "  --video-size WxH   picture size (default: as the video mode, PAL\n"
+           "                     768x576, NTSC 640x480)\n"
+           "  --video-rate N     frames a second (default: PAL 25, NTSC 30)\n"
            "  --replay FILE      answer as the unit in a recording (pcapng from the\n"
            "                     console's Line Log) did, code by code, in order\n"
            "  --pace BAUD        send replies byte by byte at this line speed\n"
