@@ -1,0 +1,173 @@
+// The console's live video against halvex-sim's video outputs over RTSP: the
+// picture is shown, a click on a landmark brings it to the centre, a box
+// zooms in on it, a route change on the unit changes what a pane shows, and
+// a stream server that goes away and comes back brings the picture back.
+
+#include <gtest/gtest.h>
+
+#include <QRegularExpression>
+#include <cmath>
+#include <memory>
+
+#include "live_video/live_video.h"
+#include "live_video/video_aim.h"
+#include "live_video/video_pane.h"
+#include "live_video/video_panel.h"
+#include "session/session.h"
+#include "session/unit_connection.h"
+#include "sim/video/scene.h"
+#include "tests/support/finish.h"
+#include "tests/support/run_until.h"
+#include "tests/support/sim_process.h"
+
+namespace halvex::testing {
+namespace {
+
+// Where a landmark's round target shows in a picture, as fractions, and how
+// many pixels it covers; nothing when it is out of sight.
+struct Seen {
+    QPointF centre;
+    int pixels = 0;
+};
+std::optional<Seen> targetIn(const QImage& picture, const sim::video::Landmark& landmark) {
+    const auto near = [](int a, int b) { return std::abs(a - b) < 60; };
+    double x = 0;
+    double y = 0;
+    int count = 0;
+    for (int row = 0; row < picture.height(); ++row) {
+        const auto* line = reinterpret_cast<const QRgb*>(picture.constScanLine(row));
+        for (int column = 0; column < picture.width(); ++column) {
+            const QRgb pixel = line[column];
+            if (near(qRed(pixel), landmark.target.r) && near(qGreen(pixel), landmark.target.g) &&
+                near(qBlue(pixel), landmark.target.b)) {
+                x += column + 0.5;
+                y += row + 0.5;
+                ++count;
+            }
+        }
+    }
+    if (count < 20) {
+        return std::nullopt;
+    }
+    return Seen{{x / count / picture.width(), y / count / picture.height()}, count};
+}
+
+class VideoEndToEnd : public ::testing::Test {
+  protected:
+    static constexpr int kWidth = 640;
+    static constexpr int kHeight = 360;
+
+    void SetUp() override {
+        startServer(QStringLiteral("0"));
+        ASSERT_FALSE(videoPort.isEmpty()) << sim->errorOutput().toStdString();
+        ASSERT_TRUE(finish(connection.start(), 30000) && session.online());
+        panel.resize(1300, 420);
+        panel.show();
+        live.setChoice({{QStringLiteral("rtsp://127.0.0.1:%1/out1").arg(videoPort),
+                         QStringLiteral("rtsp://127.0.0.1:%1/out2").arg(videoPort)},
+                        {}});
+        ASSERT_TRUE(runUntil([&] { return pane().hasPicture(); }, 15000));
+    }
+
+    void startServer(const QString& port) {
+        sim = std::make_unique<SimProcess>(QStringList{
+            QStringLiteral("--tcp"), QStringLiteral("0"), QStringLiteral("--video"), port,
+            QStringLiteral("--video-size"), QStringLiteral("%1x%2").arg(kWidth).arg(kHeight)});
+        runUntil(
+            [&] {
+                const auto found =
+                    QRegularExpression(QStringLiteral("rtsp://127.0.0.1:(\\d+)/out1"))
+                        .match(sim->errorOutput());
+                videoPort = found.hasMatch() ? found.captured(1) : QString();
+                return !videoPort.isEmpty();
+            },
+            5000);
+    }
+
+    VideoPane& pane(int output = 0) { return panel.pane(output); }
+
+    // The picture once the platform and lenses have come to rest and frames
+    // drawn after that have arrived.
+    QImage settledPicture() {
+        EXPECT_TRUE(runUntil([&] { return !session.status().Moving(); }, 20000));
+        // The lenses are not in the moving bits: they have stopped when a
+        // while passes with no change.
+        for (int i = 0; i < 40; ++i) {
+            const LensPositions lenses = session.status().Lens;
+            runUntil([&] { return false; }, 300);
+            if (session.status().Lens == lenses) {
+                break;
+            }
+        }
+        runUntil([&] { return false; }, 300);
+        return live.pipeline(0).lastFrame();
+    }
+
+    const sim::video::Landmark& house = sim::video::kLandmarks[0];
+    std::unique_ptr<SimProcess> sim;
+    QString videoPort;
+    Session session{nullptr, 10};
+    UnitConnection connection{session,
+                              {[this] { return sim->device(); }, [] { return 57600; },
+                               [] { return QStringLiteral("COM1"); }}};
+    VideoPanel panel;
+    std::vector<QString> told;
+    LiveVideo live{session, panel, [this](const QString& text) { told.push_back(text); }};
+};
+
+TEST_F(VideoEndToEnd, AClickBringsALandmarkToTheCentreAndABoxZoomsInOnIt) {
+    const QImage first = live.pipeline(0).lastFrame();
+    EXPECT_EQ(first.size(), QSize(kWidth, kHeight));
+    const auto before = targetIn(first, house);
+    ASSERT_TRUE(before) << "the house is in view at the start";
+    ASSERT_GT(std::abs(before->centre.x() - 0.5), 0.1) << "and away from the centre";
+
+    emit pane().centreRequested(before->centre);
+    const auto centred = targetIn(settledPicture(), house);
+    ASSERT_TRUE(centred);
+    EXPECT_LT(std::abs(centred->centre.x() - 0.5), 0.02);
+    EXPECT_LT(std::abs(centred->centre.y() - 0.5) * kHeight / kWidth, 0.02);
+    EXPECT_TRUE(told.empty());
+
+    // A box a fifth of the picture's width about the target, a little off
+    // centre: the lens narrows to about a fifth of its field.
+    const int zoomBefore = session.status().Lens[0];
+    const QPointF middle = centred->centre + QPointF(0.03, 0.02);
+    emit pane().boxRequested(QRectF(middle - QPointF(0.1, 0.1), QSizeF(0.2, 0.2)));
+    const auto zoomed = targetIn(settledPicture(), house);
+    ASSERT_TRUE(zoomed);
+    EXPECT_GT(session.status().Lens[0], zoomBefore);
+    EXPECT_GT(zoomed->pixels, centred->pixels * 10);
+    EXPECT_LT(std::abs(zoomed->centre.x() - (0.5 - 0.03 * 5)), 0.05);
+}
+
+TEST_F(VideoEndToEnd, ARouteChangeOnTheUnitChangesWhatThePaneShows) {
+    // Camera 2's lens opens wide; route 6 puts camera 2 on both outputs.
+    ASSERT_TRUE(finish(session.moveToWithLenses({0, 0}, {128, 128, 0, 128})).isDone());
+    const auto camera1 = targetIn(settledPicture(), house);
+    ASSERT_TRUE(camera1);
+    // The route is sent with the power and blanking as the unit has them.
+    ASSERT_TRUE(finish(session.readVideo()).isDone());
+    VideoSettings video = session.status().Video;
+    video.route = 6;
+    ASSERT_TRUE(finish(session.setVideo(video)).isDone());
+    EXPECT_EQ(live.aim(0).camera(), 1);
+    const auto camera2 = targetIn(settledPicture(), house);
+    ASSERT_TRUE(camera2);
+    // The wide lens shows the target far smaller.
+    EXPECT_LT(camera2->pixels * 8, camera1->pixels);
+}
+
+TEST_F(VideoEndToEnd, AStreamServerThatComesBackBringsThePictureBackByItself) {
+    const QString port = videoPort;
+    sim.reset();
+    ASSERT_TRUE(runUntil([&] { return !pane().hasPicture(); }, 8000));
+    EXPECT_EQ(live.pipeline(0).state(), VideoPipeline::State::Lost);
+    EXPECT_FALSE(pane().message().isEmpty());
+    startServer(port);
+    ASSERT_EQ(videoPort, port);
+    EXPECT_TRUE(runUntil([&] { return pane().hasPicture() && pane(1).hasPicture(); }, 15000));
+}
+
+}  // namespace
+}  // namespace halvex::testing
