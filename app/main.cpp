@@ -7,6 +7,7 @@
 #include <ctime>
 #include <memory>
 #include <optional>
+#include <string>
 
 #include "app/command_line.h"
 #include "app/commissioning_command.h"
@@ -18,6 +19,8 @@
 #include "recorder/line_recorder.h"
 #include "remote/remote_bridges.h"
 #include "sim/pty_unit.h"
+#include "sim/video/unit_snapshot.h"
+#include "sim/video/video_server.h"
 #include "window/network_control.h"
 #include "window/video_wiring.h"
 #include "window/vornixu.h"
@@ -34,6 +37,23 @@ std::unique_ptr<halvex::sim::PtyUnit> startVirtualUnit() {
     qputenv("HALVEX_COM1", unit->slavePath().toLocal8Bit());
     std::fprintf(stderr, "halvex: virtual unit on %s (COM1)\n", qPrintable(unit->slavePath()));
     return unit;
+}
+
+// The virtual unit's two video outputs over RTSP on a free port, for the
+// console's panes; nothing (and why on stderr) when it cannot listen.
+std::unique_ptr<halvex::sim::video::VideoServer> serveVirtualVideo(halvex::sim::PtyUnit& unit) {
+    namespace video = halvex::sim::video;
+    auto server = std::make_unique<video::VideoServer>(video::VideoServerOptions{}, [&unit] {
+        return video::videoSnapshotOf(unit.unit().state());
+    });
+    std::string error;
+    if (!server->start(&error)) {
+        std::fprintf(stderr, "halvex: the virtual unit has no video: %s\n", error.c_str());
+        return nullptr;
+    }
+    std::fprintf(stderr, "halvex: the virtual unit's video on %s and %s\n", server->url(0).c_str(),
+                 server->url(1).c_str());
+    return server;
 }
 
 // One line on stderr when the connection sequence ends, for scripts and for
@@ -90,10 +110,20 @@ int main(int argc, char* argv[]) {
     std::fprintf(stderr, "halvex: data files in %s\n", qPrintable(halvex::dataFolder()));
 
     std::unique_ptr<halvex::sim::PtyUnit> virtualUnit;
+    std::unique_ptr<halvex::sim::video::VideoServer> virtualVideo;
+    std::array<std::optional<QString>, 2> videoSources = commandLine.videoSources();
     if (commandLine.simulate()) {
         virtualUnit = startVirtualUnit();
         if (!virtualUnit) {
             return 1;
+        }
+        // The panes show the virtual unit's outputs, unless told otherwise.
+        virtualVideo = serveVirtualVideo(*virtualUnit);
+        for (int output = 0; virtualVideo && output < 2; ++output) {
+            auto& source = videoSources.at(static_cast<std::size_t>(output));
+            if (!source) {
+                source = QString::fromStdString(virtualVideo->url(output));
+            }
         }
     }
 
@@ -112,7 +142,7 @@ int main(int argc, char* argv[]) {
         window.messages().exclamation(QStringLiteral("Settings File"), settingsError);
     }
     reportConnection(window);
-    window.videoWiring().overrideSources(commandLine.videoSources());
+    window.videoWiring().overrideSources(videoSources);
     window.networkControl().setEndpoint(commandLine.rotctldAddress(), commandLine.rotctldPort());
     if (commandLine.rotctld()) {
         // A port in use is told on stderr and in the status bar; the console runs on.

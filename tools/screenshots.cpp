@@ -35,11 +35,17 @@
 
 #include "connection/port_selection.h"
 #include "input/controller_jog.h"
+#include "live_video/calibration_dialog.h"
+#include "live_video/video_pane.h"
+#include "live_video/video_panel.h"
+#include "protocol/fault_guard.h"
 #include "protocol/in_process_port.h"
 #include "protocol/port_map.h"
 #include "recorder/line_log_window.h"
 #include "recorder/line_recorder.h"
 #include "sim/unit.h"
+#include "sim/video/unit_snapshot.h"
+#include "sim/video/video_server.h"
 #include "tools/commissioning_screenshots.h"
 #include "tools/picture_fonts.h"
 #include "views/pages/pan_tilt_page.h"
@@ -50,6 +56,7 @@
 #include "window/data_watch.h"
 #include "window/help_box.h"
 #include "window/page_place.h"
+#include "window/video_wiring.h"
 #include "window/vornixu.h"
 
 namespace {
@@ -307,6 +314,53 @@ bool saveRangePlot(halvex::VornixU& window, const QString& path,
     return ok;
 }
 
+// The live video of the virtual unit's two outputs: on the Pan/Tilt page of a
+// 1920-pixel screen, in its own window on a small one, and the calibration
+// of camera 1's lens after its first mark.
+bool saveLiveVideo(halvex::VornixU& window, halvex::sim::Unit& unit, const QString& out) {
+    namespace video = halvex::sim::video;
+    video::VideoServer server({}, [&unit] { return video::videoSnapshotOf(unit.state()); });
+    if (!server.start()) {
+        return false;
+    }
+    halvex::VideoWiring& wiring = window.videoWiring();
+    wiring.overrideSources(
+        {QString::fromStdString(server.url(0)), QString::fromStdString(server.url(1))});
+    // Facing the tower, which stands at 37 degrees and 3 up.
+    halvex::Session& session = window.session();
+    halvex::launch(window.state(), "Screenshots",
+                   halvex::completing(session.moveTo({33.0, 1.0}, halvex::Requester::Operator)));
+    bool ok = QTest::qWaitFor([&] { return session.status().CurrentPan > 32.99f; }, 15000);
+    window.SSTab1().setCurrentIndex(0);
+    window.resize(1920, 1000);
+    halvex::VideoPanel& panel = wiring.panel();
+    const bool shown = QTest::qWaitFor(
+        [&] { return panel.pane(0).hasPicture() && panel.pane(1).hasPicture(); }, 15000);
+    // A click on the tower, and the picture a little later with the platform
+    // on its way.
+    emit panel.pane(0).centreRequested(QPointF(0.8, 0.3));
+    QTest::qWait(500);
+    ok = shown && save(window, out + QStringLiteral("/pantilt-video.png")) && ok;
+    window.resize(1024, 700);
+    window.findChild<QAction*>(QStringLiteral("MenuVideo"))->trigger();
+    QWidget& own = wiring.place().ownWindow();
+    own.resize(1000, 340);
+    QTest::qWait(1500);
+    ok = save(own, out + QStringLiteral("/video-window.png")) && ok;
+    emit wiring.sourcesDialog().calibrationRequested(0);
+    QTest::qWait(300);
+    emit panel.pane(0).centreRequested(QPointF(0.7, 0.55));
+    ok = QTest::qWaitFor([&] { return !session.status().Moving(); }, 5000) && ok;
+    QTest::qWait(800);
+    if (QWidget* calibration = wiring.calibrationDialog()) {
+        ok = save(*calibration, out + QStringLiteral("/calibration.png")) && ok;
+        calibration->close();
+    }
+    own.hide();
+    wiring.overrideSources({QStringLiteral("none"), QStringLiteral("none")});
+    return ok;
+}
+
 const char* const kPalettes[] = {"Desktop", "Dark", "Night"};
 
 void choosePalette(halvex::VornixU& window, const char* palette) {
@@ -356,6 +410,7 @@ int readmePictures(const QString& out) {
     window.resize(1720, 900);
     QTest::qWait(300);
     ok = save(window, out + QStringLiteral("/pantilt-wide.png")) && ok;
+    ok = saveLiveVideo(window, unit, out) && ok;
     window.resize(1024, 700);
     QTest::qWait(300);
     choosePalette(window, "Night");

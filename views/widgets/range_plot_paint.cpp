@@ -174,11 +174,13 @@ class PlotPainter {
                            kLabelHeight);
         painter_.setPen(text_);
         const PlotAngles at = plot_.position();
-        painter_.drawText(
-            above, Qt::AlignLeft | Qt::AlignVCenter,
+        const QString readout =
             QStringLiteral("Pan %1   Tilt %2")
-                .arg(QString::number(at.pan, 'f', 2), QString::number(at.tilt, 'f', 2)));
+                .arg(QString::number(at.pan, 'f', 2), QString::number(at.tilt, 'f', 2));
+        painter_.drawText(above, Qt::AlignLeft | Qt::AlignVCenter, readout);
         const QFontMetricsF metrics(plot_.font());
+        // A narrow plot keeps the read-out and as many keys as fit beside it.
+        const double readoutEnd = above.left() + metrics.horizontalAdvance(readout) + kLabelGap;
         const struct {
             QRgb colour;
             Qt::PenStyle style;
@@ -192,6 +194,9 @@ class PlotPainter {
         const double y = above.center().y();
         for (auto key = std::rbegin(keys); key != std::rend(keys); ++key) {
             const QString text = QString::fromLatin1(key->text);
+            if (right - metrics.horizontalAdvance(text) - kLabelGap - kLabelHeight < readoutEnd) {
+                break;
+            }
             right -= metrics.horizontalAdvance(text);
             painter_.setPen(text_);
             painter_.drawText(QPointF(right, y + metrics.ascent() / 2 - metrics.descent() / 2),
