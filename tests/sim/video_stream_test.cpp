@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QRegularExpression>
 #include <QTest>
@@ -12,6 +13,7 @@
 #include <string>
 #include <vector>
 
+#include "protocol/vocabulary_video.h"
 #include "sim/sim_command_line.h"
 #include "sim/video/frame_counter.h"
 #include "sim/video/video_server.h"
@@ -99,7 +101,10 @@ class Receiver {
         QElapsedTimer clock;
         clock.start();
         while (sink_ != nullptr && clock.elapsed() < timeoutMs) {
-            GstSample* sample = gst_app_sink_try_pull_sample(GST_APP_SINK(sink_), 50 * GST_MSECOND);
+            // A server in this process draws its frames on this thread's
+            // event loop.
+            QCoreApplication::processEvents();
+            GstSample* sample = gst_app_sink_try_pull_sample(GST_APP_SINK(sink_), 10 * GST_MSECOND);
             if (sample == nullptr) {
                 continue;
             }
@@ -195,6 +200,37 @@ TEST(VideoStream, AClientGetsCountedFramesOfEachOutputAndAnIdleSimRests) {
 
     sim.stop();
     EXPECT_TRUE(sim.endedCleanly());
+}
+
+TEST(VideoStream, ThePictureFollowsTheStandardWhileStreamingAndTheServerStopsUnderAClient) {
+    video::VideoSnapshot snapshot;
+    snapshot.videoPower = vocab::maskOf(vocab::video_configuration::kCamera1Power);
+    auto server = std::make_unique<video::VideoServer>(video::VideoServerOptions{},
+                                                       [&snapshot] { return snapshot; });
+    std::string error;
+    ASSERT_TRUE(server->start(&error)) << error;
+    EXPECT_EQ(server->url(1), "rtsp://127.0.0.1:" + std::to_string(server->port()) + "/out2");
+    Receiver receiver(server->url(0));
+    const auto ntsc = receiver.next(4000);
+    ASSERT_TRUE(ntsc.has_value());
+    EXPECT_EQ(ntsc->width, 640);
+    EXPECT_EQ(ntsc->height, 480);
+    EXPECT_EQ(server->outputsStreaming(), 1);
+
+    // PAL from now on: the same stream goes on at the new size.
+    snapshot.videoMode = vocab::maskOf(vocab::video_configuration::kPal);
+    std::optional<Receiver::Frame> pal;
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < 4000 && (!pal || pal->width != 768)) {
+        pal = receiver.next(1000);
+    }
+    ASSERT_TRUE(pal.has_value());
+    EXPECT_EQ(pal->width, 768);
+    EXPECT_EQ(pal->height, 576);
+    EXPECT_GT(pal->counter, ntsc->counter) << "the output went on counting";
+
+    server.reset();  // with the client still there
 }
 
 }  // namespace
