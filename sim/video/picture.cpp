@@ -67,9 +67,12 @@ void Picture::fill(Rgb colour) {
 void Picture::fillRect(int x, int y, int width, int height, Rgb colour) {
     const int left = std::max(x, 0);
     const int right = std::min(x + width, width_);
+    if (left >= right) {
+        return;
+    }
     for (int row = std::max(y, 0); row < std::min(y + height, height_); ++row) {
-        std::fill(&pixels_[index(left, row)],
-                  &pixels_[index(left, row)] + std::max(right - left, 0), colour);
+        Rgb* first = pixels_.data() + index(left, row);
+        std::fill(first, first + (right - left), colour);
     }
 }
 

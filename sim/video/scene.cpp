@@ -185,7 +185,7 @@ double normalAzimuth(double azimuth) {
 }
 
 double skylineAt(double azimuth) {
-    const double a = azimuth * kRadiansPerDegree;
+    const double a = normalAzimuth(azimuth) * kRadiansPerDegree;
     const double height = 1.1 + 0.55 * std::sin(3.0 * a + 0.7) + 0.35 * std::sin(7.0 * a + 2.1) +
                           0.2 * std::sin(13.0 * a + 0.3) + 0.1 * std::sin(29.0 * a + 1.0);
     return std::max(height, 0.15);

@@ -352,6 +352,14 @@ void VideoServer::drawFrames() {
             if (feed->source == nullptr) {
                 continue;
             }
+            anyStreaming = true;
+            // The source stamps each frame with the pipeline's running time
+            // as it takes it; before the pipeline first plays there is no
+            // running time yet, and a frame stamped then would hold back
+            // every later one. While it does not play nobody sees it anyway.
+            if (GST_STATE(feed->source) != GST_STATE_PLAYING) {
+                continue;
+            }
             source = static_cast<GstElement*>(gst_object_ref(feed->source));
             if (feed->restarted) {
                 feed->restarted = false;
@@ -368,7 +376,6 @@ void VideoServer::drawFrames() {
             requestKeyFrame(keyFrameFrom);
             gst_object_unref(keyFrameFrom);
         }
-        anyStreaming = true;
         if (newCaps) {
             setCaps(source, format);  // the size or rate changed while streaming
         }
