@@ -14,6 +14,8 @@
 #include <mutex>
 #include <string_view>
 
+#include "sim/video/frame_counter.h"
+
 namespace halvex::sim::video {
 
 namespace {
@@ -380,7 +382,8 @@ void VideoServer::drawFrames() {
             setCaps(source, format);  // the size or rate changed while streaming
         }
         feed->picture.resize(format.width, format.height);
-        drawOutput(feed->picture, snapshot, feed->output, feed->frame++);
+        const std::uint32_t frame = feed->frame++;
+        drawOutput(feed->picture, snapshot, feed->output, frame);
 
         // GStreamer lays RGB rows out on four-byte boundaries.
         const gsize rowBytes = static_cast<gsize>(feed->picture.stride());
@@ -398,6 +401,9 @@ void VideoServer::drawFrames() {
         GST_BUFFER_DURATION(buffer) = gst_util_uint64_scale_int(GST_SECOND, 1, format.rate);
         gst_app_src_push_buffer(GST_APP_SRC(source), buffer);  // takes the buffer
         gst_object_unref(source);
+        if (frameDrawn_) {
+            frameDrawn_(feed->output, frame & kCounterMask);
+        }
     }
     if (anyStreaming) {
         scheduleFrame(format.rate);

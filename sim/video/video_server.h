@@ -58,6 +58,11 @@ class VideoServer : public QObject {
     VideoFormat formatFor(const VideoSnapshot& snapshot) const;
     // How many outputs have a client, and so are drawn.
     int outputsStreaming() const;
+    // Called in the server's thread as each frame is handed to its output's
+    // encoder, with the number its counter shows: a benchmark's clock.
+    void onFrameDrawn(std::function<void(int output, std::uint32_t frame)> drawn) {
+        frameDrawn_ = std::move(drawn);
+    }
 
   private:
     struct Glib;
@@ -75,6 +80,7 @@ class VideoServer : public QObject {
     QTimer frameTimer_;
     QElapsedTimer clock_;
     double nextFrameMs_ = 0.0;
+    std::function<void(int output, std::uint32_t frame)> frameDrawn_;
 };
 
 }  // namespace halvex::sim::video
