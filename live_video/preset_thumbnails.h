@@ -39,6 +39,9 @@ class PresetThumbnails : public QObject {
     // The kept picture; null when there is none or it cannot be read.
     QImage thumbnail(int number) const;
 
+    // Where the pictures come from from now on (a test's own frames).
+    void setPictureSource(std::function<QImage()> picture) { picture_ = std::move(picture); }
+
     // Keeps what the video shows now as the preset's picture.
     void keep(int number);
     void forget(int number);
