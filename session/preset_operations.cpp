@@ -104,7 +104,11 @@ QCoro::Task<Outcome> Session::saveCurrentPosition(int preset, Requester requeste
     }
     auto saving = sendMove<vocab::StoreCurrentPosition>(
         namingPreset(vocab::store_current_position::kPreset, preset));
-    co_return co_await std::move(saving);
+    Outcome outcome = co_await std::move(saving);
+    if (outcome.isDone()) {
+        emit presetStoredHere(preset);
+    }
+    co_return outcome;
 }
 
 QCoro::Task<Outcome> Session::addLensPositions(int preset, Requester requester) {

@@ -304,6 +304,10 @@ class Session : public QObject {
     void lensSetupReported(const halvex::LensSetupPair& lenses);
     // A preset record came: the table holds it.
     void presetReported(int number);
+    // The unit has stored where the platform points as this preset
+    // (saveCurrentPosition, whoever asked), for whatever keeps what the
+    // preset looks at.
+    void presetStoredHere(int number);
     // A pass of a reload starts; the table is about to be read afresh.
     void presetsReloadStarted();
     // A reload asked for has completed (or was merged into a running one).

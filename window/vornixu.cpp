@@ -15,6 +15,7 @@
 #include "input/controller_jog.h"
 #include "input/jog_gate.h"
 #include "input/keyboard_jog.h"
+#include "live_video/preset_thumbnails.h"
 #include "positioning/jog.h"
 #include "positioning/motion_commands.h"
 #include "protocol/flag_scope.h"
@@ -24,6 +25,8 @@
 #include "views/pages/camera_page.h"
 #include "views/pages/page_parts.h"
 #include "views/pages/pan_tilt_page.h"
+#include "views/pages/presets_page.h"
+#include "views/pages/tours_page.h"
 #include "views/widgets/lamp_pictures.h"
 #include "views/widgets/widget_accessibility.h"
 #include "window/camera_features.h"
@@ -36,6 +39,7 @@
 #include "window/range_plot_feed.h"
 #include "window/remote_control_dialog.h"
 #include "window/setup_features.h"
+#include "window/thumbnail_feed.h"
 #include "window/video_wiring.h"
 #include "window/window_placement.h"
 
@@ -291,6 +295,16 @@ void VornixU::installFeatures() {
         [this](const QString& message) { statusBar()->showMessage(message, 15000); });
     // A stream's faults and the files saved go to the Line Log's events.
     connect(videoWiring_, &VideoWiring::eventOccurred, &state_, &FormState::reportFault);
+    // What each preset looks at, kept for the unit on this line at this address.
+    presetThumbnails_ = new PresetThumbnails(
+        session_, [this] { return pictureToKeep(videoWiring_->liveVideo()); },
+        [this] { return unitFolderName(comPortDevice(portSelection_->comPort()), state_.UnitId); },
+        this);
+    auto* thumbnailFeed = new ThumbnailFeed(
+        session_, *presetThumbnails_, *static_cast<PresetsPage*>(positioning.presets),
+        *static_cast<ToursPage*>(positioning.tours), *rangePlot_, this);
+    connect(portSelection_, &PortSelection::titleChanged, thumbnailFeed,
+            &ThumbnailFeed::followUnit);
 }
 
 void VornixU::installInputFeatures() {

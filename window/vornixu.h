@@ -36,6 +36,7 @@ class LineRecorder;
 class RangePlot;
 class PagePlace;
 class VideoWiring;
+class PresetThumbnails;
 
 // The main window: owns the form state, the link and the pages, and wires
 // the features to them.
@@ -73,6 +74,8 @@ class VornixU : public QMainWindow {
     RangePlot& rangePlot() { return *rangePlot_; }
     PagePlace& rangePlotPlace() { return *rangePlotPlace_; }
     VideoWiring& videoWiring() { return *videoWiring_; }
+    // What each preset looks at, as the video showed it when stored.
+    PresetThumbnails& presetThumbnails() { return *presetThumbnails_; }
     const Messages& messages() const { return messages_; }
     ConsoleEvents& events() { return events_; }
 
@@ -132,6 +135,7 @@ class VornixU : public QMainWindow {
     PagePlace* rangePlotPlace_ = nullptr;
     QAction* videoAction_ = nullptr;
     VideoWiring* videoWiring_ = nullptr;
+    PresetThumbnails* presetThumbnails_ = nullptr;
     InputFeatures input_;
     bool exiting_ = false;
     bool exited_ = false;

@@ -237,6 +237,10 @@ TEST_F(SessionTest, AValueItsFieldCannotCarryIsARangeFaultAndSendsNothing) {
 }
 
 TEST_F(SessionTest, APresetSavedAtAnglesOrWhereThePlatformIsIsGoneTo) {
+    // Only a preset the unit stored where the platform points is announced
+    // as such: not one refused, not one stored at typed angles.
+    QSignalSpy storedHere(&session, &Session::presetStoredHere);
+    EXPECT_EQ(finish(session.saveCurrentPosition(7)).refusal(), Refusal::Offline);
     ASSERT_TRUE(connect());
     std::size_t mark = line.frames().size();
     ASSERT_TRUE(finish(session.savePreset(4, {-3.5, 2.25})).isDone());
@@ -253,7 +257,10 @@ TEST_F(SessionTest, APresetSavedAtAnglesOrWhereThePlatformIsIsGoneTo) {
     EXPECT_TRUE(arrives(-3.5, 2.25));
 
     // Where the platform is now, into another preset, and back to it.
+    EXPECT_EQ(storedHere.count(), 0);
     ASSERT_TRUE(finish(session.saveCurrentPosition(7)).isDone());
+    ASSERT_EQ(storedHere.count(), 1);
+    EXPECT_EQ(storedHere.at(0).at(0).toInt(), 7);
     ASSERT_TRUE(finish(session.moveTo({2.0, 0.0})).isDone());
     EXPECT_TRUE(arrives(2.0, 0.0));
     ASSERT_TRUE(finish(session.goToPreset(7)).isDone());

@@ -4,12 +4,19 @@
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QPixmap>
+#include <QStyleOptionViewItem>
 #include <QVBoxLayout>
 
 #include "session/preset_table.h"
 #include "views/widgets/led_display.h"
 
 namespace halvex {
+
+namespace {
+// The list's frame and margin shift its text a little to the right.
+constexpr int kHeadingIndent = 4;
+}  // namespace
 
 PresetsPage::PresetsPage(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("PresetsPage"));
@@ -23,12 +30,11 @@ PresetsPage::PresetsPage(QWidget* parent) : QWidget(parent) {
 QWidget* PresetsPage::buildListBox() {
     auto* box = new QGroupBox(QStringLiteral("Presets In The Unit"), this);
     auto* layout = new QVBoxLayout(box);
-    auto* heading = new QLabel(presetHeadingText(), box);
-    heading->setObjectName(QStringLiteral("PresetHeading"));
-    heading->setFont(fixedPitchFont());
-    // The list's frame and margin shift its text a little to the right.
-    heading->setContentsMargins(4, 0, 0, 0);
-    layout->addWidget(heading);
+    heading_ = new QLabel(presetHeadingText(), box);
+    heading_->setObjectName(QStringLiteral("PresetHeading"));
+    heading_->setFont(fixedPitchFont());
+    heading_->setContentsMargins(kHeadingIndent, 0, 0, 0);
+    layout->addWidget(heading_);
 
     PresetList = new QListWidget(box);
     PresetList->setObjectName(QStringLiteral("PresetList"));
@@ -36,6 +42,14 @@ QWidget* PresetsPage::buildListBox() {
     PresetList->setToolTip(QStringLiteral(
         "Single Click A Preset For Modification Or Double-Click To Execute A Move To The Preset"));
     PresetList->setSelectionMode(QAbstractItemView::SingleSelection);
+    PresetList->setIconSize(listIconSize());
+    // Entries are taken out and put back as the unit reports them.
+    connect(PresetList->model(), &QAbstractItemModel::rowsInserted, this,
+            [this](const QModelIndex&, int first, int last) {
+                for (int row = first; row <= last; ++row) {
+                    showIcon(row);
+                }
+            });
     layout->addWidget(PresetList, 1);
 
     ClearPreBut = namedButton(
@@ -91,6 +105,70 @@ QWidget* PresetsPage::buildEditBox() {
     layout->addWidget(store);
     layout->addStretch(1);
     return column;
+}
+
+void PresetsPage::setPresetIcon(int number, const QIcon& icon) {
+    const bool hadAny = !icons_.empty();
+    if (icon.isNull()) {
+        icons_.erase(number);
+    } else {
+        icons_[number] = icon;
+    }
+    if (hadAny != !icons_.empty()) {
+        showIcons();
+    } else {
+        showIcon(number);
+    }
+}
+
+QIcon PresetsPage::presetIcon(int number) const {
+    const auto found = icons_.find(number);
+    return found != icons_.end() ? found->second : QIcon();
+}
+
+void PresetsPage::showIcons() {
+    for (int row = 0; row < PresetList->count(); ++row) {
+        showIcon(row);
+    }
+    heading_->setContentsMargins(kHeadingIndent + (icons_.empty() ? 0 : iconIndent(*PresetList)), 0,
+                                 0, 0);
+}
+
+void PresetsPage::showIcon(int row) {
+    QListWidgetItem* item = PresetList->item(row);
+    if (item == nullptr) {
+        return;
+    }
+    if (!icons_.empty()) {
+        const auto found = icons_.find(row);
+        item->setIcon(found != icons_.end() ? found->second : blankIcon());
+    } else if (item->data(Qt::DecorationRole).isValid()) {
+        // Even a null icon would make room for itself.
+        item->setData(Qt::DecorationRole, QVariant());
+    }
+}
+
+int PresetsPage::iconIndent(const QListWidget& list) {
+    QStyleOptionViewItem option;
+    option.initFrom(&list);
+    option.rect = QRect(0, 0, 400, 40);
+    option.font = list.font();
+    option.fontMetrics = QFontMetrics(list.font());
+    option.text = QStringLiteral("0");
+    option.features = QStyleOptionViewItem::HasDisplay;
+    option.decorationSize = list.iconSize();
+    option.decorationPosition = QStyleOptionViewItem::Left;
+    option.displayAlignment = Qt::AlignLeft | Qt::AlignVCenter;
+    const QStyle* style = list.style();
+    const int bare = style->subElementRect(QStyle::SE_ItemViewItemText, &option, &list).left();
+    option.features |= QStyleOptionViewItem::HasDecoration;
+    return style->subElementRect(QStyle::SE_ItemViewItemText, &option, &list).left() - bare;
+}
+
+QIcon PresetsPage::blankIcon() {
+    QPixmap blank(listIconSize());
+    blank.fill(Qt::transparent);
+    return QIcon(blank);
 }
 
 }  // namespace halvex

@@ -1,5 +1,6 @@
 #include "views/pages/tours_page.h"
 #include "views/pages/page_parts.h"
+#include "views/pages/presets_page.h"
 
 #include <QButtonGroup>
 #include <QGridLayout>
@@ -16,10 +17,13 @@ QString indexed(const char* name, int index) {
     return QString::fromLatin1(name) + QLatin1Char('_') + QString::number(index);
 }
 
+// The list's frame and margin shift its text a little to the right.
+constexpr int kHeadingIndent = 4;
+
 QLabel* makeHeading(const QString& text, QWidget* parent) {
     auto* label = new QLabel(text, parent);
     label->setFont(fixedPitchFont());
-    label->setContentsMargins(4, 0, 0, 0);
+    label->setContentsMargins(kHeadingIndent, 0, 0, 0);
     return label;
 }
 }  // namespace
@@ -51,10 +55,24 @@ QWidget* ToursPage::buildTourBox() {
     selectors->addStretch(1);
     layout->addLayout(selectors);
 
-    layout->addWidget(makeHeading(QStringLiteral("No   Preset Dwell      Blank Cam"), box));
+    stepHeading_ = makeHeading(QStringLiteral("No   Preset Dwell      Blank Cam"), box);
+    layout->addWidget(stepHeading_);
     ScriptList = new QListWidget(box);
     ScriptList->setObjectName(QStringLiteral("ScriptList"));
     ScriptList->setFont(fixedPitchFont());
+    ScriptList->setIconSize(PresetsPage::listIconSize());
+    // The steps are cleared and read again as a whole; a step added is
+    // lined up with those that have pictures until it has its own.
+    connect(ScriptList->model(), &QAbstractItemModel::modelReset, this, [this] {
+        stepIcons_.clear();
+        showStepIcons();
+    });
+    connect(ScriptList->model(), &QAbstractItemModel::rowsInserted, this,
+            [this](const QModelIndex&, int first, int last) {
+                for (int row = first; row <= last; ++row) {
+                    showStepIcon(row);
+                }
+            });
     ScriptList->setToolTip(
         QStringLiteral("Single-Click To Select For Insert/Replace, Double-Click To Delete The  "
                        "Entry From The Tour"));
@@ -137,6 +155,52 @@ QWidget* ToursPage::buildChoiceBox() {
     grid->addWidget(WaitLabel, 3, 1);
     layout->addWidget(step);
     return column;
+}
+
+ToursPage::~ToursPage() {
+    // The list empties itself as it goes, after the heading has gone.
+    disconnect(ScriptList->model(), nullptr, this, nullptr);
+}
+
+void ToursPage::setStepIcon(int row, const QIcon& icon) {
+    const bool hadAny = !stepIcons_.empty();
+    if (icon.isNull()) {
+        stepIcons_.erase(row);
+    } else {
+        stepIcons_[row] = icon;
+    }
+    if (hadAny != !stepIcons_.empty()) {
+        showStepIcons();
+    } else {
+        showStepIcon(row);
+    }
+}
+
+QIcon ToursPage::stepIcon(int row) const {
+    const auto found = stepIcons_.find(row);
+    return found != stepIcons_.end() ? found->second : QIcon();
+}
+
+void ToursPage::showStepIcons() {
+    for (int row = 0; row < ScriptList->count(); ++row) {
+        showStepIcon(row);
+    }
+    stepHeading_->setContentsMargins(
+        kHeadingIndent + (stepIcons_.empty() ? 0 : PresetsPage::iconIndent(*ScriptList)), 0, 0, 0);
+}
+
+void ToursPage::showStepIcon(int row) {
+    QListWidgetItem* item = ScriptList->item(row);
+    if (item == nullptr) {
+        return;
+    }
+    if (!stepIcons_.empty()) {
+        const auto found = stepIcons_.find(row);
+        item->setIcon(found != stepIcons_.end() ? found->second : PresetsPage::blankIcon());
+    } else if (item->data(Qt::DecorationRole).isValid()) {
+        // Even a null icon would make room for itself.
+        item->setData(Qt::DecorationRole, QVariant());
+    }
 }
 
 }  // namespace halvex

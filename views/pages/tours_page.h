@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QIcon>
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
@@ -7,6 +8,7 @@
 #include <QScrollBar>
 #include <QWidget>
 #include <array>
+#include <map>
 
 namespace halvex {
 
@@ -21,6 +23,7 @@ class ToursPage : public QWidget {
     static constexpr int kMaxDwell = 127;
 
     explicit ToursPage(QWidget* parent = nullptr);
+    ~ToursPage() override;
 
     std::array<QRadioButton*, kTours> TourSel{};
     QListWidget* ScriptList = nullptr;
@@ -37,9 +40,20 @@ class ToursPage : public QWidget {
     QLabel* Label23 = nullptr;
     QPushButton* TourHelpBut = nullptr;
 
+    // The picture of the step's preset as its entry's icon, until the steps
+    // are read again; a null icon takes it away. Laid out as the Presets
+    // page lays out its entries' pictures.
+    void setStepIcon(int row, const QIcon& icon);
+    QIcon stepIcon(int row) const;
+
   private:
     QWidget* buildTourBox();
     QWidget* buildChoiceBox();
+    void showStepIcon(int row);
+    void showStepIcons();
+
+    QLabel* stepHeading_ = nullptr;
+    std::map<int, QIcon> stepIcons_;
 };
 
 }  // namespace halvex

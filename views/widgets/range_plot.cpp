@@ -1,5 +1,6 @@
 #include "views/widgets/range_plot.h"
 
+#include <QBuffer>
 #include <QContextMenuEvent>
 #include <QHelpEvent>
 #include <QMenu>
@@ -348,17 +349,46 @@ void RangePlot::contextMenuEvent(QContextMenuEvent* event) {
 bool RangePlot::event(QEvent* event) {
     if (event->type() == QEvent::ToolTip) {
         auto* help = static_cast<QHelpEvent*>(event);
-        if (const PlotPreset* marker = markerAt(help->pos())) {
-            QToolTip::showText(
-                help->globalPos(),
-                QStringLiteral("Preset %1: %2").arg(marker->number).arg(anglesText(marker->at)),
-                this);
+        if (const QString tip = toolTipAt(help->pos()); !tip.isEmpty()) {
+            QToolTip::showText(help->globalPos(), tip, this);
         } else {
             QToolTip::hideText();
         }
         return true;
     }
     return QWidget::event(event);
+}
+
+QString RangePlot::toolTipAt(QPointF pixel) const {
+    const PlotPreset* marker = markerAt(pixel);
+    if (marker == nullptr) {
+        return {};
+    }
+    const QString text =
+        QStringLiteral("Preset %1: %2").arg(marker->number).arg(anglesText(marker->at));
+    const auto picture = pictureTags_.find(marker->number);
+    if (picture == pictureTags_.end()) {
+        return text;
+    }
+    return QStringLiteral("<p style=\"white-space:pre\">%1</p>%2")
+        .arg(text.toHtmlEscaped(), picture->second);
+}
+
+void RangePlot::setPresetPicture(int number, const QImage& picture) {
+    if (picture.isNull()) {
+        pictureTags_.erase(number);
+        return;
+    }
+    // A tool tip has nowhere to look a picture up: it carries it along.
+    QByteArray png;
+    QBuffer buffer(&png);
+    buffer.open(QIODevice::WriteOnly);
+    picture.save(&buffer, "PNG");
+    pictureTags_[number] =
+        QStringLiteral("<img src=\"data:image/png;base64,%1\" width=\"%2\" height=\"%3\">")
+            .arg(QString::fromLatin1(png.toBase64()))
+            .arg(picture.width())
+            .arg(picture.height());
 }
 
 }  // namespace halvex

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <QElapsedTimer>
+#include <QImage>
 #include <QPointF>
 #include <QString>
 #include <QTimer>
 #include <QWidget>
+#include <map>
 #include <optional>
 #include <vector>
 
@@ -59,6 +61,9 @@ class RangePlot : public QWidget {
     void setMoving(bool moving);
     // A short message drawn on the plot, such as why a move was refused.
     void showNotice(const QString& text);
+    // What the preset looks at, shown under its marker's tool tip; a null
+    // picture takes it away.
+    void setPresetPicture(int number, const QImage& picture);
 
     const PlotLimits& hardLimits() const { return hard_; }
     const PlotLimits& softLimits() const { return soft_; }
@@ -88,6 +93,9 @@ class RangePlot : public QWidget {
     std::optional<PlotPreset> nearestPreset() const;
     // What the plot shows, in words, for assistive technology.
     QString summary() const;
+    // The tool tip over `pixel`: the preset under it and its picture, as
+    // rich text when it has one; empty away from the markers.
+    QString toolTipAt(QPointF pixel) const;
 
     QSize sizeHint() const override { return {420, 260}; }
     QSize minimumSizeHint() const override { return {240, 160}; }
@@ -133,6 +141,8 @@ class RangePlot : public QWidget {
     QString notice_;
     QTimer noticeExpiry_;
     PlotFrame frame_;
+    // Each preset's picture as an <img> a tool tip can show.
+    std::map<int, QString> pictureTags_;
 
     // Pointer handling: where a press started, whether the target marker is
     // being dragged (and where to), and a double click's release to ignore.
