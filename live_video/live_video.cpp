@@ -21,6 +21,13 @@ LiveVideo::LiveVideo(Session& session, VideoPanel& panel, std::function<void(con
     connect(&panel, &VideoPanel::snapshotRequested, this, &LiveVideo::saveSnapshot);
     connect(&panel, &VideoPanel::recordingToggled, this, &LiveVideo::setRecording);
     panel.installEventFilter(this);
+    outOfSight_.setSingleShot(true);
+    outOfSight_.setInterval(kOutOfSightMs);
+    connect(&outOfSight_, &QTimer::timeout, this, [this] {
+        for (int output = 0; output < kOutputs; ++output) {
+            play(output);
+        }
+    });
 }
 
 LiveVideo::~LiveVideo() {
@@ -61,7 +68,8 @@ void LiveVideo::setChoice(const LiveVideoChoice& choice) {
 }
 
 bool LiveVideo::wanted(int output) const {
-    return panel_.isVisible() || pipelines_.at(static_cast<std::size_t>(output))->recording();
+    return panel_.isVisible() || outOfSight_.isActive() ||
+           pipelines_.at(static_cast<std::size_t>(output))->recording();
 }
 
 void LiveVideo::play(int output) {
@@ -89,10 +97,13 @@ void LiveVideo::play(int output) {
 }
 
 bool LiveVideo::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == &panel_ && (event->type() == QEvent::Show || event->type() == QEvent::Hide)) {
+    if (watched == &panel_ && event->type() == QEvent::Show) {
+        outOfSight_.stop();
         for (int output = 0; output < kOutputs; ++output) {
             play(output);
         }
+    } else if (watched == &panel_ && event->type() == QEvent::Hide) {
+        outOfSight_.start();
     }
     return QObject::eventFilter(watched, event);
 }

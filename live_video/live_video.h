@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QTimer>
 #include <array>
 #include <functional>
 
@@ -15,12 +16,16 @@ class VideoPanel;
 
 // The console's live video: a pipeline for each of the unit's outputs,
 // shown on the panel's panes and aimed by them, with snapshots and
-// recordings. The pipelines run while the panel is shown or a recording
-// goes on, so a console whose video is out of sight decodes nothing.
+// recordings. The pipelines run while the panel is shown, for a minute
+// after it goes out of sight (a preset stored on another page meanwhile
+// still gets its picture, and the picture is back at once), and while a
+// recording goes on; a console whose video stays out of sight decodes
+// nothing.
 class LiveVideo : public QObject {
     Q_OBJECT
   public:
     static constexpr int kOutputs = 2;
+    static constexpr int kOutOfSightMs = 60000;
 
     // `tell` shows a line in the status bar.
     LiveVideo(Session& session, VideoPanel& panel, std::function<void(const QString&)> tell,
@@ -36,6 +41,8 @@ class LiveVideo : public QObject {
     // Where snapshots and recordings are saved: the user's pictures and
     // videos folders, or one folder for both.
     void setSaveFolder(const QString& folder) { saveFolder_ = folder; }
+    // How long the pipelines run on once the panel is out of sight.
+    void setOutOfSightMs(int ms) { outOfSight_.setInterval(ms); }
     // Saves the output's newest picture as PNG; the path, or empty.
     QString saveSnapshot(int output);
     void setRecording(int output, bool on);
@@ -61,6 +68,7 @@ class LiveVideo : public QObject {
     std::array<VideoPipeline*, kOutputs> pipelines_{};
     std::array<VideoAim*, kOutputs> aims_{};
     QString saveFolder_;
+    QTimer outOfSight_;
 };
 
 }  // namespace halvex

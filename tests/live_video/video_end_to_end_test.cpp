@@ -158,6 +158,23 @@ TEST_F(VideoEndToEnd, ARouteChangeOnTheUnitChangesWhatThePaneShows) {
     EXPECT_LT(camera2->pixels * 8, camera1->pixels);
 }
 
+TEST_F(VideoEndToEnd, TheStreamsRunOnAWhileOutOfSightThenStop) {
+    live.setOutOfSightMs(600);
+    panel.hide();
+    runUntil([] { return false; }, 300);
+    EXPECT_EQ(live.pipeline(0).state(), VideoPipeline::State::Playing);
+    EXPECT_EQ(live.pipeline(1).state(), VideoPipeline::State::Playing);
+    EXPECT_TRUE(runUntil(
+        [&] {
+            return live.pipeline(0).state() == VideoPipeline::State::Off &&
+                   live.pipeline(1).state() == VideoPipeline::State::Off;
+        },
+        3000));
+    // Back in sight, the picture comes back.
+    panel.show();
+    EXPECT_TRUE(runUntil([&] { return pane().hasPicture(); }, 15000));
+}
+
 TEST_F(VideoEndToEnd, AStreamServerThatComesBackBringsThePictureBackByItself) {
     const QString port = videoPort;
     sim.reset();
