@@ -361,6 +361,17 @@ bool saveLiveVideo(halvex::VornixU& window, halvex::sim::Unit& unit, const QStri
     return ok;
 }
 
+// The video's own window as a small screen shows it, with no source chosen.
+bool saveVideoWindow(halvex::VornixU& window, const QString& path) {
+    window.findChild<QAction*>(QStringLiteral("MenuVideo"))->trigger();
+    QWidget& own = window.videoWiring().place().ownWindow();
+    own.resize(1000, 340);
+    QTest::qWait(300);
+    const bool ok = save(own, path);
+    own.hide();
+    return ok;
+}
+
 const char* const kPalettes[] = {"Desktop", "Dark", "Night"};
 
 void choosePalette(halvex::VornixU& window, const char* palette) {
@@ -438,6 +449,7 @@ int smallScreenPages(const QString& out) {
         ok = savePages(window, folder) && ok;
         ok = saveRemoteControl(window, folder + QStringLiteral("/remotecontrol.png")) && ok;
         ok = saveRangePlot(window, folder + QStringLiteral("/rangeplot.png")) && ok;
+        ok = saveVideoWindow(window, folder + QStringLiteral("/video-window.png")) && ok;
     }
     choosePalette(window, "Desktop");
     return ok ? 0 : 1;
