@@ -1,4 +1,4 @@
-# The video source an operator types for a live video pane
+# The video source and the lens table an operator types for the live video
 # (bench/fuzz.sh video-source). Qt Core only, no GStreamer.
 if(HALVEX_FUZZ)
     add_executable(halvex-video-source-fuzzer ${CMAKE_CURRENT_LIST_DIR}/video_source_fuzzer.cpp)

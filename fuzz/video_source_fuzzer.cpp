@@ -1,16 +1,21 @@
-// libFuzzer target for the video source an operator types (or the settings
-// hold): any bytes in, as UTF-8. Besides a crash or a sanitizer report, a
+// libFuzzer target for what an operator types (or the settings hold) for
+// the live video: any bytes in, as UTF-8, read both as a video source and as
+// a lens's table of fields of view. Besides a crash or a sanitizer report, a
 // finding is
 //   - a refusal that does not say "not a video source: ", or one that
 //     repeats a long text in full;
 //   - an accepted source that does not come back the same through its text;
 //   - an accepted address with a space or control character in it, or a
-//     device that is not under /dev.
+//     device that is not under /dev;
+//   - an accepted lens whose field widens as the zoom rises, leaves 0 to 180
+//     degrees, does not come back the same through its text, or whose
+//     inverse lands outside the lens's travel.
 
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 
+#include "live_video/field_of_view.h"
 #include "live_video/video_source.h"
 
 namespace {
@@ -38,11 +43,34 @@ void checkAccepted(const halvex::VideoSource& source) {
     }
 }
 
+void checkLens(const QString& text) {
+    const auto lens = halvex::FieldOfView::fromText(text);
+    if (!lens) {
+        return;
+    }
+    double before = 180.0;
+    for (int zoom = -1; zoom <= 256; ++zoom) {
+        const double degrees = lens->degreesAt(zoom);
+        if (!(degrees > 0.0) || degrees >= 180.0 || degrees > before) {
+            finding("a lens field outside 0 to 180 degrees or widening with the zoom");
+        }
+        before = degrees;
+        const int back = lens->zoomFor(degrees);
+        if (back < 0 || back > 255) {
+            finding("a lens inverse outside the lens's travel");
+        }
+    }
+    if (halvex::FieldOfView::fromText(lens->text()) != lens) {
+        finding("a lens that does not come back the same through its text");
+    }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const QString text =
         QString::fromUtf8(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
+    checkLens(text);
     QString why;
     const std::optional<halvex::VideoSource> source = halvex::parseVideoSource(text, &why);
     if (!source) {

@@ -11,6 +11,12 @@ constexpr int kLeastZoom = 0;
 constexpr int kMostZoom = 255;
 constexpr double kWidestField = 180.0;
 
+// The shortest text that reads back as the same number.
+QString exactText(double value) {
+    const QString brief = QString::number(value, 'g', 15);
+    return brief.toDouble() == value ? brief : QString::number(value, 'g', 17);
+}
+
 // Where `value` lies between `from` and `to` on a logarithmic scale, 0 to 1.
 double logFraction(double value, double from, double to) {
     return std::log(value / from) / std::log(to / from);
@@ -67,7 +73,7 @@ std::optional<FieldOfView> FieldOfView::fromText(const QString& text, QString* w
 QString FieldOfView::text() const {
     QStringList pairs;
     for (const Point& p : points_) {
-        pairs << QStringLiteral("%1:%2").arg(p.zoom).arg(p.degrees);
+        pairs << QStringLiteral("%1:%2").arg(p.zoom).arg(exactText(p.degrees));
     }
     return pairs.join(QLatin1Char(';'));
 }

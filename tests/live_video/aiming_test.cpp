@@ -64,6 +64,7 @@ TEST(FieldOfView, AcceptsOnlyTablesThatNarrowAsTheZoomRises) {
         {"0:60;x:3", false},
         {"0:60:1;255:3", false},
         {"0-60,255-3", false},
+        {"0:60;100:13.333333333333334;255:3", true},  // kept to the last digit
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.text);
