@@ -22,7 +22,11 @@ constexpr int kLensesPerCamera = 2;
 
 CalibrationDialog::CalibrationDialog(Session& session, std::array<VideoAim*, 2> aims, int camera,
                                      FieldOfView lens, QWidget* parent)
-    : QDialog(parent), session_(session), aims_(aims), camera_(camera), lens_(std::move(lens)) {
+    : QDialog(parent),
+      session_(session),
+      aims_{aims[0], aims[1]},
+      camera_(camera),
+      lens_(std::move(lens)) {
     setObjectName(QStringLiteral("CalibrationDialog"));
     setWindowTitle(QStringLiteral("Calibrate Camera %1").arg(camera + 1));
     auto* layout = new QVBoxLayout(this);
@@ -75,7 +79,7 @@ void CalibrationDialog::hideEvent(QHideEvent* event) {
 }
 
 void CalibrationDialog::listen(bool on) {
-    for (VideoAim* aim : aims_) {
+    for (const QPointer<VideoAim>& aim : aims_) {
         if (aim != nullptr) {
             aim->setMarker(on ? std::function<void(QPointF)>([this](QPointF p) { mark(p); })
                               : std::function<void(QPointF)>());
@@ -84,9 +88,9 @@ void CalibrationDialog::listen(bool on) {
 }
 
 VideoAim* CalibrationDialog::aimShowingCamera() const {
-    for (VideoAim* aim : aims_) {
+    for (const QPointer<VideoAim>& aim : aims_) {
         if (aim != nullptr && aim->camera() == camera_) {
-            return aim;
+            return aim.data();
         }
     }
     return nullptr;

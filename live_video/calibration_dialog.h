@@ -9,6 +9,7 @@
 #include <optional>
 
 #include "live_video/field_of_view.h"
+#include "live_video/video_aim.h"
 
 class QLabel;
 class QListWidget;
@@ -17,7 +18,6 @@ class QPushButton;
 namespace halvex {
 
 class Session;
-class VideoAim;
 
 // Measures a camera's field of view at the zoom positions the operator
 // picks: the operator clicks a feature in the picture, the console pans so
@@ -54,7 +54,8 @@ class CalibrationDialog : public QDialog {
     int zoom() const;
 
     Session& session_;
-    std::array<VideoAim*, 2> aims_;
+    // The aims may go before the dialog when the window closes.
+    std::array<QPointer<VideoAim>, 2> aims_;
     int camera_;
     FieldOfView lens_;
     std::map<int, double> measured_;
