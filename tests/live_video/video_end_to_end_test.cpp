@@ -10,6 +10,7 @@
 #include <memory>
 
 #include "live_video/live_video.h"
+#include "live_video/preset_thumbnails.h"
 #include "live_video/video_aim.h"
 #include "live_video/video_pane.h"
 #include "live_video/video_panel.h"
@@ -118,6 +119,8 @@ class VideoEndToEnd : public ::testing::Test {
 TEST_F(VideoEndToEnd, AClickBringsALandmarkToTheCentreAndABoxZoomsInOnIt) {
     const QImage first = live.pipeline(0).lastFrame();
     EXPECT_EQ(first.size(), QSize(kWidth, kHeight));
+    // A preset stored now would keep output 1's picture.
+    EXPECT_EQ(pictureToKeep(live).cacheKey(), live.pipeline(0).lastFrame().cacheKey());
     const auto before = targetIn(first, house);
     ASSERT_TRUE(before) << "the house is in view at the start";
     ASSERT_GT(std::abs(before->centre.x() - 0.5), 0.1) << "and away from the centre";

@@ -86,6 +86,16 @@ TEST_F(Pane, ADraggedBoxIsAskedForInPictureFractionsWithinThePicture) {
     EXPECT_TRUE(centres.empty());
 }
 
+TEST_F(Pane, APressOnTheBarsBesideThePictureStartsNoBox) {
+    pane.setFrame(QImage(300, 600, QImage::Format_RGB32));  // x 125 to 275
+    QTest::mousePress(&pane, Qt::LeftButton, {}, QPoint(60, 150));
+    QTest::mouseMove(&pane, QPoint(150, 150));
+    QTest::mouseMove(&pane, QPoint(200, 200));
+    QTest::mouseRelease(&pane, Qt::LeftButton, {}, QPoint(200, 200));
+    EXPECT_TRUE(boxes.empty());
+    EXPECT_TRUE(centres.empty());
+}
+
 TEST_F(Pane, TheWheelAsksForWholeNotchesOfZoom) {
     wheel(120);
     wheel(-240);
