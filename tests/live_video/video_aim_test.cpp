@@ -161,6 +161,17 @@ TEST_F(VideoAimTest, TheSoftLimitsInViewAreDrawnWhereTheyFall) {
     EXPECT_DOUBLE_EQ(*overlay.limitRight, *picture.acrossAt(5));
     EXPECT_DOUBLE_EQ(*overlay.limitTop, *picture.downAt(3));
     EXPECT_DOUBLE_EQ(*overlay.limitBottom, *picture.downAt(-3));
+    // From pan 1, tilt 0.5 they are nearer on the right and at the top.
+    ASSERT_TRUE(finish(session.moveTo({1, 0.5})).isDone());
+    ASSERT_TRUE(arrives(1, 0.5));
+    ASSERT_TRUE(
+        runUntil([&] { return pane.readout().startsWith(QStringLiteral("Pan 1.00")); }, 5000));
+    const VideoOverlay& moved = pane.overlay();
+    ASSERT_TRUE(moved.limitLeft && moved.limitRight && moved.limitTop && moved.limitBottom);
+    EXPECT_DOUBLE_EQ(*moved.limitLeft, *picture.acrossAt(-6));
+    EXPECT_DOUBLE_EQ(*moved.limitRight, *picture.acrossAt(4));
+    EXPECT_DOUBLE_EQ(*moved.limitTop, *picture.downAt(2.5));
+    EXPECT_DOUBLE_EQ(*moved.limitBottom, *picture.downAt(-3.5));
     // Zoomed in, they are out of view.
     ASSERT_TRUE(finish(session.moveToWithLenses({0, 0}, {255, 128, 128, 128})).isDone());
     ASSERT_TRUE(runUntil([&] { return !pane.overlay().limitLeft; }, 20000));
