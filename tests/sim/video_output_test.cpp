@@ -14,6 +14,7 @@
 #include "sim/video/frame_counter.h"
 #include "sim/video/output_picture.h"
 #include "sim/video/unit_snapshot.h"
+#include "sim/video/video_server.h"
 
 namespace halvex::sim::video {
 namespace {
@@ -240,6 +241,26 @@ TEST(OnScreenDisplay, SignedAndUnsignedAnglesReadDifferentlyBelowZero) {
 TEST(VideoOutputs, TheStandardFollowsThePalBit) {
     EXPECT_EQ(standardFormat(modeByte(0)), (VideoFormat{640, 480, 30}));
     EXPECT_EQ(standardFormat(modeByte(5, {mode::kPal})), (VideoFormat{768, 576, 25}));
+}
+
+TEST(VideoOutputs, TheSizeAndRateGivenOverrideTheStandardsEachOnItsOwn) {
+    VideoSnapshot pal;
+    pal.videoMode = modeByte(0, {mode::kPal});
+    struct Case {
+        VideoServerOptions options;
+        VideoFormat format;
+    };
+    const Case cases[] = {
+        {{}, {768, 576, 25}},
+        {{0, "127.0.0.1", 1280, 720, 0}, {1280, 720, 25}},
+        {{0, "127.0.0.1", 0, 0, 30}, {768, 576, 30}},
+        {{0, "127.0.0.1", 320, 180, 60}, {320, 180, 60}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.format.width * 100 + c.format.rate);
+        const VideoServer server(c.options, [pal] { return pal; });
+        EXPECT_EQ(server.formatFor(pal), c.format);
+    }
 }
 
 TEST(UnitSnapshot, TakesTheReportedAnglesAndEachCamerasOwnLens) {

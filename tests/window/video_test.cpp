@@ -81,6 +81,14 @@ TEST(VideoWindow, SourcesAndLensesChosenInTheDialogAreKeptAndShown) {
         VideoRig rig;
         rig.choose(QStringLiteral("ftp://camera"), QStringLiteral("0:50;255:4"));
         VideoSourcesDialog& dialog = rig.video().sourcesDialog();
+        QStringList captions;
+        for (const QLabel* label : dialog.findChildren<QLabel*>()) {
+            captions << label->text();
+        }
+        for (const char* caption :
+             {"Output 1:", "Output 2:", "Camera 1 field of view:", "Camera 2 field of view:"}) {
+            EXPECT_TRUE(captions.contains(QLatin1String(caption))) << caption;
+        }
         // Nothing is taken while an entry does not read.
         EXPECT_TRUE(dialog.isVisible());
         EXPECT_TRUE(dialog.findChild<QLabel*>(QStringLiteral("VideoSourcesError"))
