@@ -46,14 +46,16 @@ std::optional<FieldOfView> FieldOfView::fromText(const QString& text, QString* w
     std::vector<Point> points;
     for (const QString& pair : text.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
         const QStringList parts = pair.split(QLatin1Char(':'));
-        bool zoomRead = false;
-        bool degreesRead = false;
         Point point;
-        if (parts.size() == 2) {
+        bool read = parts.size() == 2;
+        if (read) {
+            bool zoomRead;  // each set by its reading
+            bool degreesRead;
             point.zoom = parts[0].trimmed().toInt(&zoomRead);
             point.degrees = parts[1].trimmed().toDouble(&degreesRead);
+            read = zoomRead && degreesRead;
         }
-        if (!zoomRead || !degreesRead) {
+        if (!read) {
             if (why != nullptr) {
                 *why = QStringLiteral("not a zoom and a field of view: %1").arg(pair.trimmed());
             }

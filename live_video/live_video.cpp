@@ -3,7 +3,6 @@
 #include <QDateTime>
 #include <QDir>
 #include <QEvent>
-#include <QStandardPaths>
 #include <QToolButton>
 
 #include "live_video/video_aim.h"
@@ -108,7 +107,11 @@ bool LiveVideo::eventFilter(QObject* watched, QEvent* event) {
     return QObject::eventFilter(watched, event);
 }
 
-QString LiveVideo::newFile(int output, const QString& folder, const char* extension) const {
+QString LiveVideo::newFile(int output, QStandardPaths::StandardLocation where,
+                           const char* extension) const {
+    const QString folder = saveFolder_.isEmpty()
+                               ? QStandardPaths::writableLocation(where) + QStringLiteral("/Halvex")
+                               : saveFolder_;
     QDir().mkpath(folder);
     const QString stem =
         QStringLiteral("%1/output%2-%3")
@@ -128,11 +131,7 @@ QString LiveVideo::saveSnapshot(int output) {
         tell_(QStringLiteral("%1: no picture to save").arg(outputName(output)));
         return {};
     }
-    const QString folder =
-        saveFolder_.isEmpty() ? QStandardPaths::writableLocation(QStandardPaths::PicturesLocation) +
-                                    QStringLiteral("/Halvex")
-                              : saveFolder_;
-    const QString path = newFile(output, folder, "png");
+    const QString path = newFile(output, QStandardPaths::PicturesLocation, "png");
     if (!frame.save(path, "PNG")) {
         tell_(QStringLiteral("%1: the snapshot could not be saved to %2")
                   .arg(outputName(output), path));
@@ -152,12 +151,7 @@ void LiveVideo::setRecording(int output, bool on) {
     } else if (pipeline.state() != VideoPipeline::State::Playing) {
         tell_(QStringLiteral("%1: nothing to record").arg(outputName(output)));
     } else {
-        const QString folder =
-            saveFolder_.isEmpty()
-                ? QStandardPaths::writableLocation(QStandardPaths::MoviesLocation) +
-                      QStringLiteral("/Halvex")
-                : saveFolder_;
-        const QString path = newFile(output, folder, "mkv");
+        const QString path = newFile(output, QStandardPaths::MoviesLocation, "mkv");
         if (pipeline.startRecording(path)) {
             tell_(QStringLiteral("%1: recording to %2").arg(outputName(output), path));
         }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QStandardPaths>
 #include <QTimer>
 #include <array>
 #include <functional>
@@ -58,7 +59,10 @@ class LiveVideo : public QObject {
     void wire(int output);
     void play(int output);
     bool wanted(int output) const;
-    QString newFile(int output, const QString& folder, const char* extension) const;
+    // A new file's path for the output, in the save folder or else the
+    // user's folder `where`, named by the time and never one that exists.
+    QString newFile(int output, QStandardPaths::StandardLocation where,
+                    const char* extension) const;
     QString outputName(int output) const;
 
     Session& session_;

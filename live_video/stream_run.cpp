@@ -48,14 +48,10 @@ struct RecordingBranch {
     RecordingBranch() = default;
     RecordingBranch(const RecordingBranch&) = delete;
     RecordingBranch& operator=(const RecordingBranch&) = delete;
-    ~RecordingBranch() {
-        if (teePad != nullptr) {
-            gst_object_unref(teePad);
-        }
-    }
+    ~RecordingBranch() { gst_clear_object(&teePad); }
 
     // From the stream's thread: the file begins with a whole picture; and
-    // once the branch failed or is leaving, nothing more goes in.
+    // once the branch failed, nothing more goes in.
     bool sawKeyframe = false;
     std::atomic<bool> closed{false};
     bool retiring = false;  // the whole stream ends: completing is waited for
@@ -149,9 +145,7 @@ std::shared_ptr<StreamRun> StreamRun::create(const VideoSource& source,
         *why = QStringLiteral("cannot play %1: %2")
                    .arg(source.address, QString::fromUtf8(error->message));
         g_error_free(error);
-        if (pipeline != nullptr) {
-            gst_object_unref(pipeline);
-        }
+        gst_clear_object(&pipeline);
         return nullptr;
     }
     GstElement* src = gst_bin_get_by_name(GST_BIN(pipeline), "src");
@@ -231,7 +225,7 @@ void StreamRun::finish() {
             const std::lock_guard branchLock(branch->mutex);
             branch->retiring = true;
         }
-        detachBranch(branch, true);
+        detachBranch(branch);
         std::unique_lock branchLock(branch->mutex);
         branch->completedChanged.wait_for(branchLock, kCompleteRecordingTimeout,
                                           [&] { return branch->completed; });
@@ -373,10 +367,9 @@ bool StreamRun::startRecording(const QString& path, QString* why) {
                       branch->sink != nullptr &&
                       (**parserName == '\0' || branch->parser != nullptr);
     if (!made) {
-        for (GstElement* element : {branch->queue, branch->parser, branch->mux, branch->sink}) {
-            if (element != nullptr) {
-                gst_object_unref(element);
-            }
+        for (GstElement** element :
+             {&branch->queue, &branch->parser, &branch->mux, &branch->sink}) {
+            gst_clear_object(element);
         }
         *why = QStringLiteral("the Matroska recorder is not installed");
         return false;
@@ -439,7 +432,7 @@ void StreamRun::stopRecording() {
         branch = std::exchange(branch_, nullptr);
     }
     if (branch != nullptr) {
-        detachBranch(branch, true);
+        detachBranch(branch);
     }
 }
 
@@ -448,29 +441,20 @@ bool StreamRun::recording() const {
     return branch_ != nullptr;
 }
 
-void StreamRun::detachBranch(const BranchRef& branch, bool complete) {
-    struct Detach {
-        BranchRef branch;
-        bool complete;
-    };
+void StreamRun::detachBranch(const BranchRef& branch) {
     // When the tee is not pushing into the pad, which is at once for a
-    // stream that stalled.
+    // stream that stalled. Called once: the probe goes with it.
     gst_pad_add_probe(
         branch->teePad, GST_PAD_PROBE_TYPE_IDLE,
         [](GstPad* teePad, GstPadProbeInfo*, gpointer data) {
-            const Detach& detach = *static_cast<Detach*>(data);
-            RecordingBranch& branch = *detach.branch;
-            if (!branch.closed.exchange(true)) {
-                GstPad* queueSink = gst_element_get_static_pad(branch.queue, "sink");
-                gst_pad_unlink(teePad, queueSink);
-                if (detach.complete) {
-                    gst_pad_send_event(queueSink, gst_event_new_eos());
-                }
-                gst_object_unref(queueSink);
-            }
+            const RecordingBranch& branch = **static_cast<BranchRef*>(data);
+            GstPad* queueSink = gst_element_get_static_pad(branch.queue, "sink");
+            gst_pad_unlink(teePad, queueSink);
+            gst_pad_send_event(queueSink, gst_event_new_eos());
+            gst_object_unref(queueSink);
             return GST_PAD_PROBE_REMOVE;
         },
-        new Detach{branch, complete}, [](gpointer data) { delete static_cast<Detach*>(data); });
+        new BranchRef(branch), StreamCallbacks::releaseBranch);
 }
 
 void StreamRun::onBranchComplete(const BranchRef& branch) {

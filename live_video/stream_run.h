@@ -58,9 +58,9 @@ class StreamRun : public std::enable_shared_from_this<StreamRun> {
     void offerSample(GstSample* sample);
     void post(StreamEvent::Kind kind, const QString& text);
     void finish();
-    // Takes the branch off the tee; with the end of the stream sent into it
-    // when its file is to be completed.
-    void detachBranch(const std::shared_ptr<RecordingBranch>& branch, bool complete);
+    // Takes the branch off the tee and sends the end of the stream into it,
+    // which completes its file.
+    void detachBranch(const std::shared_ptr<RecordingBranch>& branch);
     void removeBranch(const std::shared_ptr<RecordingBranch>& branch);
     void onBranchComplete(const std::shared_ptr<RecordingBranch>& branch);
     void onBranchFailed(const std::shared_ptr<RecordingBranch>& branch, const QString& text);

@@ -45,7 +45,7 @@ PictureGeometry VideoAim::geometry() const {
     picture.fieldDegrees = fieldOf_(camera()).degreesAt(
         session_.status().Lens.at(static_cast<std::size_t>(zoomLens())));
     const QImage& frame = pane_->frame();
-    if (!frame.isNull() && frame.width() > 0) {
+    if (!frame.isNull()) {
         picture.aspect = static_cast<double>(frame.height()) / frame.width();
     }
     return picture;

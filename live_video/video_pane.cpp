@@ -105,9 +105,8 @@ void VideoPane::showNotice(const QString& text) {
 }
 
 QRectF VideoPane::pictureRect() const {
-    const double aspect = frame_.isNull() || frame_.width() == 0
-                              ? kFirstAspect
-                              : static_cast<double>(frame_.height()) / frame_.width();
+    const double aspect =
+        frame_.isNull() ? kFirstAspect : static_cast<double>(frame_.height()) / frame_.width();
     const QRectF area = rect();
     QSizeF size(area.width(), area.width() * aspect);
     if (size.height() > area.height()) {

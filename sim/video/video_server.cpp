@@ -80,16 +80,9 @@ struct OutputFeed {
 
     // Forgets the media; under the mutex.
     void release() {
-        for (GstElement** element : {&source, &encoder}) {
-            if (*element != nullptr) {
-                gst_object_unref(*element);
-                *element = nullptr;
-            }
-        }
-        if (media != nullptr) {
-            g_object_unref(media);
-            media = nullptr;
-        }
+        gst_clear_object(&source);
+        gst_clear_object(&encoder);
+        g_clear_object(&media);
     }
 };
 
@@ -100,18 +93,10 @@ struct VideoServer::Glib {
     GSource* listening = nullptr;
 
     ~Glib() {
-        if (listening != nullptr) {
-            g_source_unref(listening);
-        }
-        if (server != nullptr) {
-            g_object_unref(server);
-        }
-        if (loop != nullptr) {
-            g_main_loop_unref(loop);
-        }
-        if (context != nullptr) {
-            g_main_context_unref(context);
-        }
+        g_clear_pointer(&listening, g_source_unref);
+        g_clear_object(&server);
+        g_clear_pointer(&loop, g_main_loop_unref);
+        g_clear_pointer(&context, g_main_context_unref);
     }
 };
 
@@ -161,12 +146,8 @@ void onMediaConfigure(GstRTSPMediaFactory*, GstRTSPMedia* media, gpointer data) 
             feed->wake();
         }
     }
-    if (source != nullptr) {
-        gst_object_unref(source);
-    }
-    if (encoder != nullptr) {
-        gst_object_unref(encoder);
-    }
+    gst_clear_object(&source);
+    gst_clear_object(&encoder);
 }
 
 using Feeds = std::array<std::shared_ptr<OutputFeed>, kOutputs>;
