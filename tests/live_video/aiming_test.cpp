@@ -62,6 +62,7 @@ TEST(FieldOfView, AcceptsOnlyTablesThatNarrowAsTheZoomRises) {
         {"0:60;255:-3", false},
         {"0:nan;255:3", false},
         {"0:60;x:3", false},
+        {"x:60;255:3", false},  // not read as zoom 0
         {"0:60:1;255:3", false},
         {"0-60,255-3", false},
         {"0:60;100:13.333333333333334;255:3", true},  // kept to the last digit

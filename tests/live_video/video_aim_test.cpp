@@ -130,6 +130,16 @@ TEST_F(VideoAimTest, TheWheelZoomsTheLensAndLeavesThePlatformWhereItIs) {
     emit pane.zoomRequested(-1);
     EXPECT_TRUE(runUntil([&] { return session.status().Lens[0] < zoom; }, 20000));
     EXPECT_EQ(session.status().CurrentPan, 0.0f);
+
+    // A table too coarse for a fifth of the field to be a whole step: a
+    // notch still moves the lens one step, each way.
+    lenses = *FieldOfView::fromPoints({{100, 60}, {101, 3}});
+    ASSERT_TRUE(finish(session.moveToWithLenses({0, 0}, {100, 128, 128, 128})).isDone());
+    ASSERT_TRUE(runUntil([&] { return session.status().Lens[0] == 100; }, 20000));
+    emit pane.zoomRequested(1);
+    EXPECT_TRUE(runUntil([&] { return session.status().Lens[0] == 101; }, 20000));
+    emit pane.zoomRequested(-1);
+    EXPECT_TRUE(runUntil([&] { return session.status().Lens[0] == 100; }, 20000));
 }
 
 TEST_F(VideoAimTest, ARefusedRequestSendsNothingAndSaysWhy) {

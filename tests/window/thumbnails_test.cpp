@@ -73,7 +73,7 @@ struct DataFolder {
     QTemporaryDir path;
 };
 
-// Presets 1 to 5 spread over the range, and tour 0 through 1, 5 and 3.
+// Presets 1 to 5 spread over the range, and tour 0 through 5, 1 and 3.
 struct ThumbnailRig : DataFolder, ConsoleRig {
     explicit ThumbnailRig(const std::function<void(const QString&)>& fill = {})
         : DataFolder(fill), ConsoleRig({}, kFastTickMs, 20) {
@@ -83,7 +83,7 @@ struct ThumbnailRig : DataFolder, ConsoleRig {
         presets.at(3) = {9000, 0, {}};
         presets.at(4) = {-12075, 2250, {}};
         presets.at(5) = {6000, 1500, {}};
-        for (int preset : {1, 5, 3}) {
+        for (int preset : {5, 1, 3}) {
             unit.state().tours.append(0, {static_cast<Byte>(preset), 5});
         }
         thumbnails().setPictureSource([this] { return frame; });
