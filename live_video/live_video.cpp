@@ -126,8 +126,10 @@ QString LiveVideo::newFile(int output, QStandardPaths::StandardLocation where,
 }
 
 QString LiveVideo::saveSnapshot(int output) {
-    const QImage frame = pipelines_.at(static_cast<std::size_t>(output))->lastFrame();
-    if (frame.isNull()) {
+    // Only a picture the pane shows: a lost stream's last one is not.
+    const VideoPipeline& pipeline = *pipelines_.at(static_cast<std::size_t>(output));
+    const QImage frame = pipeline.lastFrame();
+    if (pipeline.state() != VideoPipeline::State::Playing) {
         tell_(QStringLiteral("%1: no picture to save").arg(outputName(output)));
         return {};
     }

@@ -5,7 +5,11 @@
 
 #include <gtest/gtest.h>
 
+#include <QDir>
 #include <QRegularExpression>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QToolButton>
 #include <cmath>
 #include <memory>
 
@@ -17,6 +21,7 @@
 #include "session/session.h"
 #include "session/unit_connection.h"
 #include "sim/video/scene.h"
+#include "tests/live_video/recorded_video.h"
 #include "tests/support/finish.h"
 #include "tests/support/run_until.h"
 #include "tests/support/sim_process.h"
@@ -176,6 +181,67 @@ TEST_F(VideoEndToEnd, TheStreamsRunOnAWhileOutOfSightThenStop) {
     // Back in sight, the picture comes back.
     panel.show();
     EXPECT_TRUE(runUntil([&] { return pane().hasPicture(); }, 15000));
+}
+
+TEST_F(VideoEndToEnd, TheButtonsSaveWhatTheOutputShows) {
+    QTemporaryDir folder;
+    live.setSaveFolder(folder.path());
+    QSignalSpy events(&live, &LiveVideo::eventOccurred);
+    const auto button = [&](const char* name) {
+        return panel.findChild<QToolButton*>(QLatin1String(name));
+    };
+
+    // Two snapshots of output 1, however soon after each other, in two files.
+    button("VideoSnapshot_0")->click();
+    button("VideoSnapshot_0")->click();
+    const QStringList pictures = QDir(folder.path()).entryList({QStringLiteral("*.png")});
+    ASSERT_EQ(pictures.size(), 2);
+    for (const QString& name : pictures) {
+        EXPECT_TRUE(name.startsWith(QLatin1String("output1-"))) << name.toStdString();
+        EXPECT_EQ(QImage(folder.filePath(name)).size(), QSize(kWidth, kHeight));
+    }
+    // Taken within one second, the second file's name takes a number.
+    if (pictures[0].left(23) == pictures[1].left(23)) {
+        EXPECT_TRUE(pictures[0].endsWith(QLatin1String("-2.png"))) << pictures[0].toStdString();
+    }
+    QStringList saidSaved;
+    for (const QString& text : told) {
+        saidSaved << text.section(QStringLiteral("Output 1: snapshot saved to "), 1);
+    }
+    saidSaved.sort();
+    EXPECT_EQ(saidSaved, (QStringList{folder.filePath(pictures[0]), folder.filePath(pictures[1])}));
+
+    // A recording of output 2, from the Record button down to its saved file.
+    ASSERT_TRUE(runUntil([&] { return pane(1).hasPicture(); }, 15000));
+    button("VideoRecord_1")->click();
+    ASSERT_TRUE(live.pipeline(1).recording());
+    EXPECT_TRUE(panel.recordButton(1).isChecked());
+    const QString recording = told.back().section(QStringLiteral(" to "), 1);
+    EXPECT_TRUE(told.back().startsWith(QLatin1String("Output 2: recording to ")));
+    EXPECT_TRUE(QFileInfo(recording).fileName().startsWith(QLatin1String("output2-")));
+    EXPECT_TRUE(recording.endsWith(QLatin1String(".mkv")));
+    runUntil([] { return false; }, 1500);
+    button("VideoRecord_1")->click();
+    EXPECT_FALSE(panel.recordButton(1).isChecked());
+    ASSERT_TRUE(runUntil(
+        [&] {
+            return !events.isEmpty() && events.last().at(0).toString() ==
+                                            QStringLiteral("Output 2: recording saved: ") + recording;
+        },
+        10000));
+    const RecordedVideo saved = readRecording(recording);
+    EXPECT_EQ(saved.decodedSize, QSize(kWidth, kHeight));
+    EXPECT_GT(saved.frames, 10);
+
+    // With no picture shown, neither button saves anything, and each says so.
+    live.setChoice({{QStringLiteral("none"), QStringLiteral("none")}, {}});
+    told.clear();
+    button("VideoSnapshot_0")->click();
+    button("VideoRecord_0")->click();
+    EXPECT_FALSE(panel.recordButton(0).isChecked());
+    EXPECT_EQ(told, (std::vector<QString>{QStringLiteral("Output 1: no picture to save"),
+                                          QStringLiteral("Output 1: nothing to record")}));
+    EXPECT_EQ(QDir(folder.path()).entryList(QDir::Files).size(), 3);
 }
 
 TEST_F(VideoEndToEnd, AStreamServerThatComesBackBringsThePictureBackByItself) {
