@@ -82,6 +82,7 @@ TEST(VideoKeptPictures, EachViewLooksAsItWasKept) {
         {"balloon-display", withDisplay(facing(222, 20, {60, 128}))},
         {"church-wide", facing(-70, -4, {0, 128})},
         {"tree", facing(156, 1, {90, 128})},
+        {"mast", facing(92, 15, {40, 128})},
     };
     const QString folder = QStringLiteral(HALVEX_SIM_TEST_DATA "/pictures/");
     const bool write = qEnvironmentVariableIsSet("HALVEX_WRITE_PICTURES");
