@@ -48,7 +48,7 @@ CalibrationDialog::CalibrationDialog(Session& session, std::array<VideoAim*, 2> 
     for (const FieldOfView::Point& point : lens_.points()) {
         points_->addItem(QStringLiteral("zoom %1: %2 degrees (as kept)")
                              .arg(point.zoom)
-                             .arg(point.degrees, 0, 'f', 2));
+                             .arg(QString::number(point.degrees, 'f', 2)));
     }
 }
 
@@ -126,23 +126,24 @@ void CalibrationDialog::mark(QPointF point) {
     if (!field) {
         showStep(QStringLiteral("Those marks do not fit a pan of %1 degrees: click the feature "
                                 "again to start this point afresh.")
-                     .arg(panned, 0, 'f', 2));
+                     .arg(QString::number(panned, 'f', 2)));
         return;
     }
     measured_[first.zoom] = *field;
-    points_->addItem(QStringLiteral("zoom %1: %2 degrees").arg(first.zoom).arg(*field, 0, 'f', 2));
+    points_->addItem(
+        QStringLiteral("zoom %1: %2 degrees").arg(first.zoom).arg(QString::number(*field, 'f', 2)));
     save_->setEnabled(measured_.size() >= 2);
     showStep(QStringLiteral("Camera %1: %2 degrees at zoom %3. Zoom elsewhere and click a "
                             "feature for another point, or Save.")
                  .arg(camera_ + 1)
-                 .arg(*field, 0, 'f', 2)
+                 .arg(QString::number(*field, 'f', 2))
                  .arg(first.zoom));
 }
 
 QCoro::Task<> CalibrationDialog::panAcross(double degrees) {
     const QPointer<CalibrationDialog> alive(this);
     panning_ = true;
-    showStep(QStringLiteral("Panning %1 degrees...").arg(degrees, 0, 'f', 2));
+    showStep(QStringLiteral("Panning %1 degrees...").arg(QString::number(degrees, 'f', 2)));
     const Outcome outcome = co_await session_.moveBy(degrees, 0.0, Requester::Program);
     if (!alive) {
         co_return;

@@ -1,5 +1,6 @@
 #include "live_video/field_of_view.h"
 
+#include <QLocale>
 #include <QStringList>
 #include <algorithm>
 #include <cmath>
@@ -13,8 +14,7 @@ constexpr double kWidestField = 180.0;
 
 // The shortest text that reads back as the same number.
 QString exactText(double value) {
-    const QString brief = QString::number(value, 'g', 15);
-    return brief.toDouble() == value ? brief : QString::number(value, 'g', 17);
+    return QString::number(value, 'g', QLocale::FloatingPointShortest);
 }
 
 // Where `value` lies between `from` and `to` on a logarithmic scale, 0 to 1.

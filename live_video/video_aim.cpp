@@ -117,8 +117,8 @@ void VideoAim::showOverlay() {
     const PictureGeometry picture = geometry();
     VideoOverlay overlay;
     overlay.readout = QStringLiteral("Pan %1  Tilt %2  Zoom %3")
-                          .arg(status.CurrentPan, 0, 'f', 2)
-                          .arg(status.CurrentTilt, 0, 'f', 2)
+                          .arg(QString::number(status.CurrentPan, 'f', 2))
+                          .arg(QString::number(status.CurrentTilt, 'f', 2))
                           .arg(status.Lens.at(static_cast<std::size_t>(zoomLens())));
     overlay.limitLeft = picture.acrossAt(status.PanMinLimit - status.CurrentPan);
     overlay.limitRight = picture.acrossAt(status.PanMaxLimit - status.CurrentPan);

@@ -3,7 +3,6 @@
 #include <QBoxLayout>
 #include <QResizeEvent>
 #include <QToolButton>
-#include <algorithm>
 
 #include "live_video/video_pane.h"
 
@@ -80,13 +79,13 @@ QWidget* VideoPanel::buildOutput(int output) {
 }
 
 void VideoPanel::resizeEvent(QResizeEvent* event) {
-    // Whichever way round shows the two 16:9 pictures larger.
-    const double width = event->size().width();
-    const double height = event->size().height();
-    const double sideBySide = std::min(width / 2, height * 16 / 9);
-    const double stacked = std::min(width, height / 2 * 16 / 9);
-    outputs_->setDirection(sideBySide >= stacked ? QBoxLayout::LeftToRight
-                                                 : QBoxLayout::TopToBottom);
+    // Whichever way round shows the two 16:9 pictures larger: side by side
+    // each is at most half the width wide, stacked at most half the height
+    // high, and the two are as large as each other where the panel itself
+    // is 16:9.
+    const QSize size = event->size();
+    outputs_->setDirection(size.width() * 9 >= size.height() * 16 ? QBoxLayout::LeftToRight
+                                                                  : QBoxLayout::TopToBottom);
     QWidget::resizeEvent(event);
 }
 

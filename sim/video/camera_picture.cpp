@@ -55,12 +55,10 @@ std::size_t firstPast(const std::vector<double>& values, double limit, bool risi
 
 void drawLandscape(Picture& picture, const Rays& rays) {
     const int width = picture.width();
-    std::vector<double> skyline(static_cast<std::size_t>(width));
-    std::vector<int> sector(static_cast<std::size_t>(width));
-    for (std::size_t x = 0; x < skyline.size(); ++x) {
-        skyline[x] = skylineAt(rays.azimuths[x]);
-        sector[x] = fieldSector(rays.azimuths[x]);
-    }
+    std::vector<double> skyline(rays.azimuths.size());
+    std::vector<int> sector(rays.azimuths.size());
+    std::transform(rays.azimuths.begin(), rays.azimuths.end(), skyline.begin(), skylineAt);
+    std::transform(rays.azimuths.begin(), rays.azimuths.end(), sector.begin(), fieldSector);
     const double highestHill = *std::max_element(skyline.begin(), skyline.end());
     for (int y = 0; y < picture.height(); ++y) {
         const double elevation = rays.elevations[static_cast<std::size_t>(y)];

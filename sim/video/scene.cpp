@@ -64,7 +64,7 @@ std::optional<Rgb> tower(double x, double y) {
     if (std::abs(x) > halfWidth) {
         return std::nullopt;
     }
-    if ((std::abs(x) < 0.12 && (inBox(x, y, -1, 1, 2.2, 3.2) || inBox(x, y, -1, 1, -2.8, -1.8))) ||
+    if (inBox(x, y, -0.12, 0.12, 2.2, 3.2) || inBox(x, y, -0.12, 0.12, -2.8, -1.8) ||
         inBox(x, y, -0.3, 0.3, -4.5, -3.4)) {
         return dark;  // slit windows and the door
     }
