@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <QListWidget>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QtMath>
@@ -68,6 +69,16 @@ TEST_F(CalibrationTest, TwoZoomPositionsMeasuredGiveTheLensTable) {
     auto* save = dialog.findChild<QPushButton*>(QStringLiteral("CalibrationSave"));
     ASSERT_TRUE(measure(2.0));
     EXPECT_FALSE(save->isEnabled());
+    EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Calibrate Camera 1"));
+    const QString first = QString::number(dialog.measured().at(128), 'f', 2);
+    EXPECT_EQ(dialog.step(), QStringLiteral("Camera 1: %1 degrees at zoom 128. Zoom elsewhere and "
+                                            "click a feature for another point, or Save.")
+                                 .arg(first));
+    const auto* points = dialog.findChild<QListWidget*>(QStringLiteral("CalibrationPoints"));
+    // Under the points kept before.
+    ASSERT_EQ(points->count(), 3);
+    EXPECT_EQ(points->item(0)->text(), QStringLiteral("zoom 0: 60.00 degrees (as kept)"));
+    EXPECT_EQ(points->item(2)->text(), QStringLiteral("zoom 128: %1 degrees").arg(first));
     ASSERT_TRUE(zoomTo(220));
     ASSERT_TRUE(measure(session.status().CurrentPan - 0.8));
     ASSERT_EQ(dialog.measured().size(), 2u);

@@ -61,13 +61,16 @@ TEST_F(VideoAimTest, AClickMovesByTheAnglesThatBringThePointToTheCentre) {
     const double tilt = panTo(0.5 + 0.2 * 9 / 16, wide);  // 0.2 of the height up
     const std::size_t from = line.frames().size();
     emit pane.centreRequested(QPointF(0.75, 0.3));
+    // The target shows while the platform moves...
+    ASSERT_TRUE(runUntil([&] { return session.status().Moving(); }, 5000));
+    EXPECT_TRUE(pane.overlay().target);
     ASSERT_TRUE(arrives(std::round(pan * 100) / 100, std::round(tilt * 100) / 100));
     const Messages moves = sent(from, v::DeltaMove::kCode);
     ASSERT_EQ(moves.size(), 1u);
     EXPECT_EQ(vocab::getSigned(moves[0], v::delta_move::kPan), std::lround(pan * 100));
     EXPECT_EQ(vocab::getSigned(moves[0], v::delta_move::kTilt), std::lround(tilt * 100));
     EXPECT_TRUE(told.empty());
-    // The target shows until the platform has come to rest on it.
+    // ...until it has come to rest on it.
     EXPECT_TRUE(runUntil([&] { return !pane.overlay().target; }, 5000));
     EXPECT_EQ(pane.readout(), QStringLiteral("Pan %1  Tilt %2  Zoom %3")
                                   .arg(session.status().CurrentPan, 0, 'f', 2)
@@ -101,6 +104,8 @@ TEST_F(VideoAimTest, ABoxCentresItsMiddleAndZoomsTheLensSoItFillsThePicture) {
     const QPointF by = picture.anglesTo(box.center());
     const std::size_t from = line.frames().size();
     emit pane.boxRequested(box);
+    ASSERT_TRUE(runUntil([&] { return session.status().Moving(); }, 5000));
+    EXPECT_TRUE(pane.overlay().target);
     ASSERT_TRUE(runUntil([&] { return session.status().Lens[0] == zoom; }, 20000));
     const Messages moves = sent(from, v::AbsoluteMoveWithLenses::kCode);
     ASSERT_EQ(moves.size(), 1u);

@@ -153,6 +153,23 @@ TEST(VideoPanelLook, MarksAndMessagesLookAsKept) {
     halvex::testing::expectLooksAsKept(panel, kPictures, QStringLiteral("panel-stacked"));
 }
 
+// Side by side from 16:9 on, where the two pictures are larger so; stacked
+// in anything narrower.
+TEST(VideoPanelLook, TheOutputsSitSideBySideInAPanelAtLeast16By9) {
+    VideoPanel panel;
+    panel.show();
+    const auto sideBySide = [&](QSize size) {
+        panel.resize(size);
+        QCoreApplication::processEvents();
+        return panel.pane(0).mapTo(&panel, QPoint()).y() ==
+               panel.pane(1).mapTo(&panel, QPoint()).y();
+    };
+    EXPECT_TRUE(sideBySide({1600, 900}));
+    EXPECT_TRUE(sideBySide({1850, 1000}));
+    EXPECT_FALSE(sideBySide({1700, 1000}));
+    EXPECT_FALSE(sideBySide({1599, 900}));
+}
+
 TEST_F(Pane, ANoticeStaysAWhileAndTheMessageIsKept) {
     pane.setMessage(QStringLiteral("stream lost: reconnecting"));
     pane.showNotice(QStringLiteral("refused: offline"));

@@ -78,7 +78,7 @@ std::pair<int, int> difference(const QImage& a, const QImage& b) {
 TEST(VideoKeptPictures, EachViewLooksAsItWasKept) {
     const View views[] = {
         {"house", facing(0, 0, {128, 128})},
-        {"tower-zoomed-soft", facing(37, 3, {200, 60})},
+        {"tower-zoomed-soft", facing(37, 7.5, {200, 60})},
         {"balloon-display", withDisplay(facing(222, 20, {60, 128}))},
         {"church-wide", facing(-70, -4, {0, 128})},
         {"tree", facing(156, 1, {90, 128})},
