@@ -7,6 +7,7 @@
 #include <QVBoxLayout>
 #include <cmath>
 
+#include "live_video/aiming.h"
 #include "live_video/calibration.h"
 #include "live_video/video_aim.h"
 #include "protocol/fault_guard.h"
@@ -17,7 +18,6 @@ namespace halvex {
 namespace {
 // A mark this close to the centre gives too short a pan to measure by.
 constexpr double kLeastPan = 0.05;
-constexpr int kLensesPerCamera = 2;
 }  // namespace
 
 CalibrationDialog::CalibrationDialog(Session& session, std::array<VideoAim*, 2> aims, int camera,
@@ -97,7 +97,7 @@ VideoAim* CalibrationDialog::aimShowingCamera() const {
 }
 
 int CalibrationDialog::zoom() const {
-    return session_.status().Lens.at(static_cast<std::size_t>(camera_ * kLensesPerCamera));
+    return session_.status().Lens.at(static_cast<std::size_t>(zoomLensOf(camera_)));
 }
 
 void CalibrationDialog::showStep(const QString& text) {

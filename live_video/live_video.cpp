@@ -96,13 +96,20 @@ void LiveVideo::play(int output) {
 }
 
 bool LiveVideo::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == &panel_ && event->type() == QEvent::Show) {
-        outOfSight_.stop();
-        for (int output = 0; output < kOutputs; ++output) {
-            play(output);
+    if (watched == &panel_) {
+        switch (event->type()) {
+            case QEvent::Show:
+                outOfSight_.stop();
+                for (int output = 0; output < kOutputs; ++output) {
+                    play(output);
+                }
+                break;
+            case QEvent::Hide:
+                outOfSight_.start();
+                break;
+            default:
+                break;
         }
-    } else if (watched == &panel_ && event->type() == QEvent::Hide) {
-        outOfSight_.start();
     }
     return QObject::eventFilter(watched, event);
 }

@@ -18,6 +18,9 @@ namespace {
 // dead server must not hold up anything else of the console's.
 Q_GLOBAL_STATIC(QThreadPool, streamWorkers)
 
+// The start of the recording branches' element names.
+const QLatin1String kRecordingPrefix("record");
+
 // How long an ending stream waits for its recording's file to be completed.
 constexpr auto kCompleteRecordingTimeout = std::chrono::seconds(2);
 
@@ -38,6 +41,7 @@ void runOnWorker(std::function<void()> work) {
 // The recording side of the tee while it is attached.
 struct RecordingBranch {
     QString path;
+    QString namePrefix;  // of its elements: "record3-" for the third branch
     GstElement* queue = nullptr;
     GstElement* parser = nullptr;  // none when Matroska takes the stream as it is
     GstElement* mux = nullptr;
@@ -60,10 +64,6 @@ struct RecordingBranch {
     std::condition_variable completedChanged;
     bool completed = false;
 
-    bool owns(GstObject* object) const {
-        const auto* element = reinterpret_cast<GstElement*>(object);
-        return element == queue || element == parser || element == mux || element == sink;
-    }
     std::vector<GstElement*> elements() const {
         std::vector<GstElement*> all{queue};
         if (parser != nullptr) {
@@ -293,11 +293,12 @@ void StreamRun::handleMessage(GstMessage* message) {
             gst_message_parse_error(message, &error, nullptr);
             const QString text = QString::fromUtf8(error->message);
             g_error_free(error);
-            if (fromName.startsWith(QLatin1String("record"))) {
+            if (fromName.startsWith(kRecordingPrefix)) {
                 BranchRef branch;
                 {
                     const std::lock_guard lock(mutex_);
-                    if (branch_ != nullptr && branch_->owns(from)) {
+                    // An earlier branch, on its way out, is no longer heard.
+                    if (branch_ != nullptr && fromName.startsWith(branch_->namePrefix)) {
                         branch = std::exchange(branch_, nullptr);
                     }
                 }
@@ -348,15 +349,14 @@ bool StreamRun::startRecording(const QString& path, QString* why) {
         *why = QStringLiteral("%1 cannot be recorded").arg(caps);
         return false;
     }
-    // Named "record..." so that their messages are told from the stream's.
-    const auto make = [number](const char* factory, const char* role) {
-        return gst_element_factory_make(factory, QStringLiteral("record%1-%2")
-                                                     .arg(number)
-                                                     .arg(QLatin1String(role))
-                                                     .toUtf8()
-                                                     .constData());
-    };
+    // Named "record<number>-..." so that their messages are told from the
+    // stream's, and from an earlier branch's.
     auto branch = std::make_shared<RecordingBranch>();
+    branch->namePrefix = QStringLiteral("%1%2-").arg(kRecordingPrefix).arg(number);
+    const auto make = [&branch](const char* factory, const char* role) {
+        return gst_element_factory_make(
+            factory, (branch->namePrefix + QLatin1String(role)).toUtf8().constData());
+    };
     branch->path = path;
     branch->run = weak_from_this();
     branch->queue = make("queue", "queue");

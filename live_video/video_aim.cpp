@@ -7,11 +7,6 @@
 
 namespace halvex {
 
-namespace {
-// The lenses in the position report: zoom 1, focus 1, zoom 2, focus 2.
-constexpr int kLensesPerCamera = 2;
-}  // namespace
-
 VideoAim::VideoAim(Session& session, VideoPane& pane, int output,
                    std::function<FieldOfView(int camera)> fieldOf,
                    std::function<void(const QString&)> tell, QObject* parent)
@@ -37,7 +32,7 @@ int VideoAim::camera() const {
 }
 
 int VideoAim::zoomLens() const {
-    return camera() * kLensesPerCamera;
+    return zoomLensOf(camera());
 }
 
 PictureGeometry VideoAim::geometry() const {

@@ -159,7 +159,7 @@ void onPlay(GstRTSPClient*, GstRTSPContext* context, gpointer data) {
     const std::string_view path =
         context->uri != nullptr && context->uri->abspath != nullptr ? context->uri->abspath : "";
     for (const auto& feed : feeds) {
-        const std::string name = "/out" + std::to_string(feed->output + 1);
+        const std::string name = outputPath(feed->output);
         if (path.substr(0, name.size()) == name) {
             const std::lock_guard lock(feed->mutex);
             feed->keyFrameWanted = true;
@@ -187,6 +187,10 @@ void requestKeyFrame(GstElement* encoder) {
 }
 
 }  // namespace
+
+std::string outputPath(int output) {
+    return "/out" + std::to_string(output + 1);
+}
 
 void initialiseGstreamer() {
     static std::once_flag once;
@@ -257,8 +261,7 @@ bool VideoServer::start(std::string* error) {
         gst_rtsp_media_factory_set_shared(factory, TRUE);
         g_signal_connect_data(factory, "media-configure", G_CALLBACK(onMediaConfigure),
                               holdFeed(feed), dropFeed, GConnectFlags{});
-        const std::string path = "/out" + std::to_string(feed->output + 1);
-        gst_rtsp_mount_points_add_factory(mounts, path.c_str(), factory);
+        gst_rtsp_mount_points_add_factory(mounts, outputPath(feed->output).c_str(), factory);
     }
     g_object_unref(mounts);
     g_signal_connect_data(glib_->server, "client-connected", G_CALLBACK(onClientConnected),
@@ -287,8 +290,7 @@ bool VideoServer::start(std::string* error) {
 }
 
 std::string VideoServer::url(int output) const {
-    return "rtsp://" + options_.address + ":" + std::to_string(port_) + "/out" +
-           std::to_string(output + 1);
+    return "rtsp://" + options_.address + ":" + std::to_string(port_) + outputPath(output);
 }
 
 VideoFormat VideoServer::formatFor(const VideoSnapshot& snapshot) const {

@@ -37,6 +37,9 @@ struct OutputFeed;
 
 // Sets GStreamer up, the first time it is called; every later call does
 // nothing.
+// Where an output is served: /out1 for output 0, /out2 for output 1.
+std::string outputPath(int output);
+
 void initialiseGstreamer();
 
 class VideoServer : public QObject {
@@ -52,7 +55,7 @@ class VideoServer : public QObject {
     // Listens; false, with the reason, when it cannot.
     bool start(std::string* error = nullptr);
     int port() const { return port_; }
-    // rtsp://ADDRESS:PORT/out1 for output 0, /out2 for output 1.
+    // rtsp://ADDRESS:PORT and the output's path.
     std::string url(int output) const;
     // The format the outputs have for this state of the unit.
     VideoFormat formatFor(const VideoSnapshot& snapshot) const;
