@@ -141,10 +141,20 @@ TEST_F(VideoAimTest, TheWheelZoomsTheLensAndLeavesThePlatformWhereItIs) {
     lenses = *FieldOfView::fromPoints({{100, 60}, {101, 3}});
     ASSERT_TRUE(finish(session.moveToWithLenses({0, 0}, {100, 128, 128, 128})).isDone());
     ASSERT_TRUE(runUntil([&] { return session.status().Lens[0] == 100; }, 20000));
+    const auto zoomSent = [&](std::size_t since) {
+        const Messages moves = sent(since, v::AbsoluteMoveWithLenses::kCode);
+        return moves.empty() ? -1
+                             : static_cast<int>(vocab::get(moves.back(),
+                                                           v::absolute_move_with_lenses::kLens[0]));
+    };
+    const std::size_t in = line.frames().size();
     emit pane.zoomRequested(1);
-    EXPECT_TRUE(runUntil([&] { return session.status().Lens[0] == 101; }, 20000));
+    ASSERT_TRUE(runUntil([&] { return session.status().Lens[0] == 101; }, 20000));
+    EXPECT_EQ(zoomSent(in), 101);
+    const std::size_t out = line.frames().size();
     emit pane.zoomRequested(-1);
-    EXPECT_TRUE(runUntil([&] { return session.status().Lens[0] == 100; }, 20000));
+    ASSERT_TRUE(runUntil([&] { return zoomSent(out) >= 0; }, 5000));
+    EXPECT_EQ(zoomSent(out), 100);
 }
 
 TEST_F(VideoAimTest, ARefusedRequestSendsNothingAndSaysWhy) {

@@ -221,6 +221,26 @@ TEST(SceneInView, TheSkyIsAboveTheHillsAndTheFieldsBelowThem) {
     }
 }
 
+// A picture of no size is drawn into without harm; one of a single row or
+// column still shows the view.
+TEST(SceneInView, PicturesOfNoneOrOnePixelAcrossAreDrawnWithoutHarm) {
+    for (const auto& [width, height] :
+         {std::pair{0, 0}, {-3, 5}, {4, -1}, {1, 1}, {5, 1}, {1, 5}}) {
+        SCOPED_TRACE(std::to_string(width) + " x " + std::to_string(height));
+        Picture picture(width, height);
+        drawCameraPicture(picture, 0.0, 30.0, {128, 128});
+        ASSERT_EQ(picture.width(), std::max(width, 0));
+        ASSERT_EQ(picture.height(), std::max(height, 0));
+        bool drawn = false;
+        for (int y = 0; y < picture.height(); ++y) {
+            for (int x = 0; x < picture.width(); ++x) {
+                drawn = drawn || picture.at(x, y) != Rgb{};
+            }
+        }
+        EXPECT_EQ(drawn, width > 0 && height > 0);
+    }
+}
+
 // The largest step in brightness between neighbouring pixels along a row:
 // what a sharp edge makes large and blur makes small.
 int sharpestStep(const Picture& picture) {

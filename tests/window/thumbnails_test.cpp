@@ -230,12 +230,15 @@ TEST(PresetThumbnails, AFileThatIsNoPictureShowsNone) {
         write(1, QByteArrayLiteral("\x89PNG\r\n\x1a\n but no more"));
         write(3, QByteArray(3 * 1024 * 1024, 'x'));
         frameOf(Qt::darkRed).scaledToWidth(160).save(folder + QStringLiteral("/preset-5.png"));
+        frameOf(Qt::darkCyan).scaledToWidth(160).save(folder + QStringLiteral("/preset-0.png"));
     });
     ASSERT_TRUE(rig.connect());
     EXPECT_TRUE(rig.shownNowhere(1));
     EXPECT_TRUE(rig.shownNowhere(3));
     // Preset 5 is a step of the tour read as the console connects.
     EXPECT_TRUE(rig.shownEverywhere(5));
+    // The first preset of the table is one like the others.
+    EXPECT_FALSE(rig.presetsPage().presetIcon(0).isNull());
 }
 
 }  // namespace
