@@ -103,7 +103,16 @@ TEST_F(CalibrationTest, TwoZoomPositionsMeasuredGiveTheLensTable) {
 
 TEST_F(CalibrationTest, WhileItIsOpenAClickMarksAndMovesNothing) {
     ASSERT_TRUE(connect());
+    {
+        // Camera 2 is on no output the console shows.
+        CalibrationDialog other{session, {&aim, nullptr}, 1, FieldOfView()};
+        other.show();
+        EXPECT_EQ(other.step(), QStringLiteral("Camera 2 is on neither output: route it to one on "
+                                               "the Video page."));
+    }
     dialog.show();
+    EXPECT_EQ(dialog.step(), QStringLiteral("Aim camera 1 at a small, sharp feature away from the "
+                                            "centre, then click it in the picture."));
     const std::size_t from = line.frames().size();
     // A mark at the centre is too near it to pan by.
     emit pane.centreRequested(QPointF(0.5, 0.3));

@@ -202,6 +202,20 @@ TEST(VideoStream, AClientGetsCountedFramesOfEachOutputAndAnIdleSimRests) {
     EXPECT_TRUE(sim.endedCleanly());
 }
 
+TEST(VideoStream, APortInUseIsRefusedWithTheReason) {
+    const auto snapshot = [] { return video::VideoSnapshot{}; };
+    video::VideoServer first(video::VideoServerOptions{}, snapshot);
+    ASSERT_TRUE(first.start());
+    video::VideoServerOptions same;
+    same.port = first.port();
+    video::VideoServer second(same, snapshot);
+    std::string error;
+    EXPECT_FALSE(second.start(&error));
+    EXPECT_EQ(
+        error.rfind("cannot serve video on 127.0.0.1 port " + std::to_string(first.port()), 0), 0u)
+        << error;
+}
+
 TEST(VideoStream, ThePictureFollowsTheStandardWhileStreamingAndTheServerStopsUnderAClient) {
     video::VideoSnapshot snapshot;
     snapshot.videoPower = vocab::maskOf(vocab::video_configuration::kCamera1Power);
