@@ -17,11 +17,6 @@ std::optional<double> inView(double fraction) {
 }
 }  // namespace
 
-int zoomLensOf(int camera) {
-    constexpr int kLensesPerCamera = 2;
-    return camera * kLensesPerCamera;
-}
-
 QPointF PictureGeometry::anglesTo(QPointF point) const {
     const double reach = halfWidthReach(fieldDegrees);
     // In focal lengths: the half-width is `reach`, the half-height that times

@@ -12,10 +12,6 @@ namespace halvex {
 // from the centre over the focal length. Points are given as fractions of
 // the picture, (0, 0) top left and (1, 1) bottom right, so the size the
 // picture is shown at does not matter.
-// The lens that zooms camera 0 or 1, in the position report's order of
-// lenses: zoom 1, focus 1, zoom 2, focus 2.
-int zoomLensOf(int camera);
-
 struct PictureGeometry {
     double fieldDegrees = 60.0;  // horizontal
     double aspect = 9.0 / 16.0;  // height over width

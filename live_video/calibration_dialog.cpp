@@ -7,10 +7,10 @@
 #include <QVBoxLayout>
 #include <cmath>
 
-#include "live_video/aiming.h"
 #include "live_video/calibration.h"
 #include "live_video/video_aim.h"
 #include "protocol/fault_guard.h"
+#include "protocol/vocabulary_lenses.h"
 #include "session/session.h"
 
 namespace halvex {
@@ -97,7 +97,7 @@ VideoAim* CalibrationDialog::aimShowingCamera() const {
 }
 
 int CalibrationDialog::zoom() const {
-    return session_.status().Lens.at(static_cast<std::size_t>(zoomLensOf(camera_)));
+    return session_.status().Lens.at(static_cast<std::size_t>(vocab::lenses::zoomOf(camera_)));
 }
 
 void CalibrationDialog::showStep(const QString& text) {

@@ -4,6 +4,7 @@
 
 #include "live_video/video_pane.h"
 #include "protocol/fault_guard.h"
+#include "protocol/vocabulary_lenses.h"
 
 namespace halvex {
 
@@ -32,7 +33,7 @@ int VideoAim::camera() const {
 }
 
 int VideoAim::zoomLens() const {
-    return zoomLensOf(camera());
+    return vocab::lenses::zoomOf(camera());
 }
 
 PictureGeometry VideoAim::geometry() const {

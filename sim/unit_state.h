@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "protocol/vocabulary_lenses.h"
 #include "sim/camera.h"
 #include "sim/lenses.h"
 #include "sim/message.h"
@@ -56,7 +57,8 @@ struct UnitState {
     }
 
     LensReading lensOf(int camera) const {
-        return {lenses.position(camera * 2), lenses.position(camera * 2 + 1)};
+        return {lenses.position(vocab::lenses::zoomOf(camera)),
+                lenses.position(vocab::lenses::focusOf(camera))};
     }
 };
 

@@ -98,10 +98,12 @@ TEST(VideoKeptPictures, EachViewLooksAsItWasKept) {
         }
         const QImage kept = QImage(path).convertToFormat(QImage::Format_RGB888);
         ASSERT_EQ(kept.size(), drawn.size()) << path.toStdString();
-        // Another compiler may round a few edge pixels the other way; a
-        // change of any colour, place or size moves far more.
+        // The drawing is plain arithmetic, the same from either compiler;
+        // another processor's maths library may round a very few pixels the
+        // other way. A colour one step off over the smallest landmark
+        // changes more pixels than that.
         const auto [pixels, most] = difference(kept, drawn);
-        EXPECT_LE(pixels, drawn.width() * drawn.height() / 1000) << "pixels that differ";
+        EXPECT_LE(pixels, 16) << "pixels that differ";
         EXPECT_LE(most, 8) << "the largest difference in a channel";
     }
 }

@@ -1,0 +1,19 @@
+#pragma once
+
+// The unit's four lenses, in the order every message that carries all four
+// keeps them (the jog's, a move's, a preset's and the position report's
+// lens fields): zoom 1, focus 1, zoom 2, focus 2.
+
+namespace halvex::vocab::lenses {
+
+inline constexpr int kPerCamera = 2;
+
+// Camera 0 or 1's lenses, as indexes into those fields.
+constexpr int zoomOf(int camera) {
+    return camera * kPerCamera;
+}
+constexpr int focusOf(int camera) {
+    return zoomOf(camera) + 1;
+}
+
+}  // namespace halvex::vocab::lenses
