@@ -18,7 +18,8 @@ constexpr int kBandTolerance = 48;
 // The mean brightness of the middle half of a square, each side `size`.
 int meanLuma(const std::uint8_t* rgb, int stride, int left, int top, int size) {
     const int inset = size / 4;
-    const int side = std::max(size - 2 * inset, 1);
+    // Never empty: blocks are 4 pixels or more, margins 2.
+    const int side = size - 2 * inset;
     long sum = 0;
     for (int y = top + inset; y < top + inset + side; ++y) {
         const std::uint8_t* pixel =

@@ -35,8 +35,9 @@ bool inBox(double x, double y, double left, double right, double bottom, double 
     return x >= left && x <= right && y >= bottom && y <= top;
 }
 
-bool inEllipse(double x, double y, double centreX, double centreY, double radiusX, double radiusY) {
-    const double u = (x - centreX) / radiusX;
+// Within the ellipse on the landmark's axis whose centre is `centreY` up.
+bool inEllipse(double x, double y, double centreY, double radiusX, double radiusY) {
+    const double u = x / radiusX;
     const double v = (y - centreY) / radiusY;
     return u * u + v * v <= 1.0;
 }
@@ -73,7 +74,7 @@ std::optional<Rgb> tower(double x, double y) {
 }
 
 std::optional<Rgb> mast(double x, double y) {
-    if (inEllipse(x, y, 0.0, 12.45, 0.3, 0.3)) {
+    if (inEllipse(x, y, 12.45, 0.3, 0.3)) {
         return Rgb{255, 48, 24};  // the beacon
     }
     if (inBox(x, y, -0.7, 0.7, -0.6, 0.6)) {
@@ -130,7 +131,7 @@ std::optional<Rgb> tree(double x, double y) {
 }
 
 std::optional<Rgb> balloon(double x, double y) {
-    if (inEllipse(x, y, 0.0, 0.3, 1.6, 2.0)) {
+    if (inEllipse(x, y, 0.3, 1.6, 2.0)) {
         const double u = x / 1.6;
         const double v = (y - 0.3) / 2.0;
         const bool red = static_cast<int>(std::floor((x + 1.6) / 0.4)) % 2 == 0;

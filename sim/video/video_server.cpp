@@ -160,7 +160,7 @@ void onPlay(GstRTSPClient*, GstRTSPContext* context, gpointer data) {
         context->uri != nullptr && context->uri->abspath != nullptr ? context->uri->abspath : "";
     for (const auto& feed : feeds) {
         const std::string name = outputPath(feed->output);
-        if (path.substr(0, name.size()) == name) {
+        if (path.starts_with(name)) {
             const std::lock_guard lock(feed->mutex);
             feed->keyFrameWanted = true;
         }

@@ -80,11 +80,13 @@ TEST_F(VideoAimTest, AClickMovesByTheAnglesThatBringThePointToTheCentre) {
 
 TEST_F(VideoAimTest, TheRouteSaysWhichCamerasLensTheAnglesComeFrom) {
     ASSERT_TRUE(connect());
+    EXPECT_EQ(pane.accessibleName(), pane.caption() + QStringLiteral(", camera 1"));
     // Route 2 puts camera 2 on output 1; its zoom lens is narrowed.
     VideoSettings video = session.status().Video;
     video.route = 2;
     ASSERT_TRUE(finish(session.setVideo(video)).isDone());
     ASSERT_EQ(aim.camera(), 1);
+    EXPECT_EQ(pane.accessibleName(), pane.caption() + QStringLiteral(", camera 2"));
     std::array<int, 4> lenses{128, 128, 220, 128};
     ASSERT_TRUE(finish(session.moveToWithLenses({0, 0}, lenses)).isDone());
     ASSERT_TRUE(runUntil([&] { return session.status().Lens[2] == 220; }, 20000));

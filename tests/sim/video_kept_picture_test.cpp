@@ -21,7 +21,8 @@ namespace v = halvex::vocab;
 struct View {
     const char* name;
     VideoSnapshot snapshot;
-    int output = 0;
+    int width = 480;
+    int height = 270;
 };
 
 VideoSnapshot facing(double pan, double tilt, CameraLens lens) {
@@ -83,13 +84,16 @@ TEST(VideoKeptPictures, EachViewLooksAsItWasKept) {
         {"church-wide", facing(-70, -4, {0, 128})},
         {"tree", facing(156, 1, {90, 128})},
         {"mast", facing(92, 15, {40, 128})},
+        // A size from 720 lines up draws the display's letters large enough
+        // for a thicker outline.
+        {"display-720", withDisplay(facing(-12, 2, {70, 128})), 1280, 720},
     };
     const QString folder = QStringLiteral(HALVEX_SIM_TEST_DATA "/pictures/");
     const bool write = qEnvironmentVariableIsSet("HALVEX_WRITE_PICTURES");
     for (const View& view : views) {
         SCOPED_TRACE(view.name);
-        Picture picture(480, 270);
-        drawOutput(picture, view.snapshot, view.output, 4660);
+        Picture picture(view.width, view.height);
+        drawOutput(picture, view.snapshot, 0, 4660);
         const QImage drawn = imageOf(picture);
         const QString path = folder + QLatin1String(view.name) + QStringLiteral(".png");
         if (write) {
