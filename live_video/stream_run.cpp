@@ -64,6 +64,14 @@ struct RecordingBranch {
     std::condition_variable completedChanged;
     bool completed = false;
 
+    // Marks the file complete; true when the whole stream is ending and
+    // waits for it.
+    bool complete() {
+        const std::lock_guard lock(mutex);
+        completed = true;
+        return retiring;
+    }
+
     std::vector<GstElement*> elements() const {
         std::vector<GstElement*> all{queue};
         if (parser != nullptr) {
@@ -458,12 +466,7 @@ void StreamRun::detachBranch(const BranchRef& branch) {
 }
 
 void StreamRun::onBranchComplete(const BranchRef& branch) {
-    bool retiring = false;
-    {
-        const std::lock_guard lock(branch->mutex);
-        branch->completed = true;
-        retiring = branch->retiring;
-    }
+    const bool retiring = branch->complete();
     branch->completedChanged.notify_all();
     // An ending stream takes the branch down with the rest.
     if (!retiring) {

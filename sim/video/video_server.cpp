@@ -58,7 +58,9 @@ GstRTSPFilterResult removeClient(GstRTSPServer*, GstRTSPClient*, gpointer) {
 // a client's media is made and clears it when the media goes; the Qt side
 // reads it each frame. Everything but the picture is under the mutex.
 struct OutputFeed {
-    int output = 0;
+    explicit OutputFeed(int output) : output(output) {}
+
+    const int output;
     std::mutex mutex;
     GstElement* source = nullptr;   // with a reference, while a media exists
     GstElement* encoder = nullptr;  // likewise
@@ -200,8 +202,7 @@ void initialiseGstreamer() {
 VideoServer::VideoServer(VideoServerOptions options, SnapshotSource snapshot, QObject* parent)
     : QObject(parent), options_(std::move(options)), snapshot_(std::move(snapshot)) {
     for (int output = 0; output < kOutputs; ++output) {
-        auto feed = std::make_shared<OutputFeed>();
-        feed->output = output;
+        auto feed = std::make_shared<OutputFeed>(output);
         feed->wake = [this] {
             QMetaObject::invokeMethod(this, &VideoServer::feedsChanged, Qt::QueuedConnection);
         };

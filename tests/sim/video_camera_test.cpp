@@ -279,6 +279,21 @@ TEST(Focus, AFocusByteFarFromSharpSoftensTheEdgesTheFartherTheSofter) {
     EXPECT_LT(previous, sharpestStep(sharp) / 4);
 }
 
+TEST(Picture, RectanglesReachingPastAnEdgeAreCutThere) {
+    const Rgb halfway{128, 128, 128};
+    Picture picture(4, 3);
+    picture.fillRect(-2, -1, 3, 2, kWhite);
+    picture.tintRect(-1, -1, 3, 3, kWhite, 0.5);
+    picture.tintRect(3, 2, 5, 5, kWhite, 0.5);
+    EXPECT_EQ(picture.at(0, 0), kWhite);
+    EXPECT_EQ(picture.at(1, 0), halfway);
+    EXPECT_EQ(picture.at(1, 1), halfway);
+    EXPECT_EQ(picture.at(2, 0), kBlack);
+    EXPECT_EQ(picture.at(0, 2), kBlack);
+    EXPECT_EQ(picture.at(3, 2), halfway);
+    EXPECT_EQ(picture.at(2, 2), kBlack);
+}
+
 TEST(Focus, TheBoxBlurSpreadsAPixelEvenlyOverItsSquare) {
     for (const int radius : {1, 2, 5}) {
         SCOPED_TRACE(radius);

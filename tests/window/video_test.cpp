@@ -10,6 +10,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QSettings>
 #include <QToolButton>
 
 #include "live_video/live_video.h"
@@ -128,6 +129,11 @@ TEST(VideoWindow, SourcesAndLensesChosenInTheDialogAreKeptAndShown) {
                   QStringLiteral("rtsp://127.0.0.1:1/out1"));
         EXPECT_EQ(loadLiveVideoChoice().sources[0], QStringLiteral("udp://127.0.0.1:5999"));
         EXPECT_EQ(loadLiveVideoChoice().lenses[1].text(), QStringLiteral("0:40;255:2"));
+        // Under names that later versions read too.
+        EXPECT_EQ(QSettings().value(QStringLiteral("LiveVideo/Source1")).toString(),
+                  QStringLiteral("udp://127.0.0.1:5999"));
+        EXPECT_EQ(QSettings().value(QStringLiteral("LiveVideo/FieldOfView2")).toString(),
+                  QStringLiteral("0:40;255:2"));
         rig.video().calibrationDialog()->close();
         rig.choose(QString(), QStringLiteral("0:60;255:3"));
     }
