@@ -86,7 +86,9 @@ TEST(VideoKeptPictures, EachViewLooksAsItWasKept) {
         {"mast", facing(92, 15, {40, 128})},
         // A size from 720 lines up draws the display's letters large enough
         // for a thicker outline.
-        {"display-720", withDisplay(facing(-12, 2, {70, 128})), 1280, 720},
+        {"display-720", withDisplay(facing(-12, 6, {70, 128})), 1280, 720},
+        // Straight up: the marks stop short of the zenith.
+        {"zenith", facing(30, 88, {0, 128})},
     };
     const QString folder = QStringLiteral(HALVEX_SIM_TEST_DATA "/pictures/");
     const bool write = qEnvironmentVariableIsSet("HALVEX_WRITE_PICTURES");
