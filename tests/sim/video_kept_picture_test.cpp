@@ -87,6 +87,8 @@ TEST(VideoKeptPictures, EachViewLooksAsItWasKept) {
         // A size from 720 lines up draws the display's letters large enough
         // for a thicker outline.
         {"display-720", withDisplay(facing(-12, 6, {70, 128})), 1280, 720},
+        // A small picture keeps the counter's blocks big enough to read.
+        {"house-small", facing(0, 0, {128, 128}), 160, 120},
         // Straight up: the marks stop short of the zenith.
         {"zenith", facing(30, 88, {0, 128})},
     };
