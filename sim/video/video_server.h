@@ -35,11 +35,11 @@ struct VideoServerOptions {
 
 struct OutputFeed;
 
-// Sets GStreamer up, the first time it is called; every later call does
-// nothing.
 // Where an output is served: /out1 for output 0, /out2 for output 1.
 std::string outputPath(int output);
 
+// Sets GStreamer up, the first time it is called; every later call does
+// nothing.
 void initialiseGstreamer();
 
 class VideoServer : public QObject {

@@ -29,6 +29,10 @@ RecordedVideo readRecording(const QString& path) {
         recorded.startsWithKeyframe =
             !GST_BUFFER_FLAG_IS_SET(gst_sample_get_buffer(sample), GST_BUFFER_FLAG_DELTA_UNIT);
         gst_sample_unref(sample);
+        gint64 duration = -1;
+        if (gst_element_query_duration(pipeline, GST_FORMAT_TIME, &duration) && duration >= 0) {
+            recorded.durationMs = static_cast<qint64>(duration / GST_MSECOND);
+        }
     }
     // The encoded side is drained too, or the demuxer would wait for it.
     g_object_set(encoded, "drop", TRUE, "max-buffers", 1u, nullptr);

@@ -2,6 +2,7 @@
 
 #include <QSize>
 #include <QString>
+#include <QtGlobal>
 
 namespace halvex::testing {
 
@@ -11,6 +12,9 @@ struct RecordedVideo {
     bool startsWithKeyframe = false;  // a player can show the first frame
     QSize decodedSize;
     int frames = 0;  // decoded
+    // As the file's header says: the muxer writes it when the stream ends,
+    // so a file cut off before its end has none.
+    qint64 durationMs = -1;
 };
 
 RecordedVideo readRecording(const QString& path);

@@ -162,6 +162,31 @@ TEST(VideoPipelineRtsp, ARecordingIsTheStreamsH264InMatroska) {
     EXPECT_EQ(watched.pipeline->state(), State::Playing);
 }
 
+TEST(VideoPipelineRtsp, ARecordingEndedWithItsStreamIsStillAWholeFile) {
+    RtspTestServer server(320, 240);
+    Watched watched;
+    QTemporaryDir dir;
+    const QString path = dir.filePath(QStringLiteral("out1.mkv"));
+    watched.pipeline->play(rtsp(server.url()));
+    ASSERT_TRUE(watched.framesOfSize(QSize(320, 240), 1, 8000));
+    ASSERT_TRUE(watched.pipeline->startRecording(path));
+    runUntil([] { return false; }, 1000);
+
+    watched.pipeline->stop();
+    EXPECT_TRUE(watched.saidSomething(QStringLiteral("recording ended with the stream")));
+    // The stream is taken down away from this thread, once the file's end
+    // is written.
+    testing::RecordedVideo recorded;
+    EXPECT_TRUE(runUntil(
+        [&] {
+            recorded = testing::readRecording(path);
+            return recorded.durationMs > 0;
+        },
+        4000));
+    EXPECT_GE(recorded.durationMs, 500);
+    EXPECT_GE(recorded.frames, 10);
+}
+
 TEST(VideoPipelineRtsp, ARecordingThatCannotBeWrittenEndsAndThePictureGoesOn) {
     RtspTestServer server(320, 240);
     Watched watched;
@@ -303,6 +328,42 @@ TEST(VideoPipelineSources, GarbageOverUdpNeitherCrashesNorHoldsUpTheConsole) {
         watched.pipeline.reset();
         EXPECT_LT(destroying.elapsed(), 200);
     }
+}
+
+TEST(VideoPipelineSources, AStreamThatWarnsAtEveryPacketFillsNoEventList) {
+    const int port = freeUdpPort();
+    Watched watched;
+    watched.pipeline->play(*parseVideoSource(QStringLiteral("rtp://127.0.0.1:%1").arg(port)));
+    // Well-formed RTP whose H.264 payload is a unit of an undefined type:
+    // the depayloader warns at each one and passes nothing on.
+    QUdpSocket sender;
+    quint16 sequence = 0;
+    QTimer send;
+    QObject::connect(&send, &QTimer::timeout, [&] {
+        for (int i = 0; i < 10; ++i, ++sequence) {
+            const quint32 stamp = sequence * 3000u;
+            const char packet[] = {'\x80',
+                                   '\x60',
+                                   static_cast<char>(sequence >> 8),
+                                   static_cast<char>(sequence),
+                                   static_cast<char>(stamp >> 24),
+                                   static_cast<char>(stamp >> 16),
+                                   static_cast<char>(stamp >> 8),
+                                   static_cast<char>(stamp),
+                                   0x12,
+                                   0x34,
+                                   0x56,
+                                   0x78,
+                                   0x00,
+                                   0x55};
+            sender.writeDatagram(packet, sizeof packet, QHostAddress::LocalHost,
+                                 static_cast<quint16>(port));
+        }
+    });
+    send.start(10);
+    runUntil([] { return false; }, 1000);
+    EXPECT_EQ(watched.events.size(), 8u);
+    EXPECT_EQ(watched.pipeline->state(), State::Connecting);
 }
 
 TEST(VideoPipelineSources, GarbageOverHttpNeitherCrashesNorHoldsUpTheConsole) {

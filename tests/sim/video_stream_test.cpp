@@ -247,5 +247,25 @@ TEST(VideoStream, ThePictureFollowsTheStandardWhileStreamingAndTheServerStopsUnd
     server.reset();  // with the client still there
 }
 
+// The encoder makes a key frame every second by itself; a viewer who
+// joins just after one must not wait for the next.
+TEST(VideoStream, AViewerJoiningARunningOutputGetsAKeyFrameAtOnce) {
+    video::VideoServerOptions options;
+    options.rate = 10;  // key frames at frames 0, 10, 20...
+    std::uint32_t drawn = 0;
+    video::VideoServer server(options, [] { return video::VideoSnapshot{}; });
+    server.onFrameDrawn([&drawn](int, std::uint32_t frame) { drawn = frame; });
+    ASSERT_TRUE(server.start());
+    Receiver first(server.url(0));
+    while (drawn < 100 && first.next(4000) && (drawn < 10 || drawn % 10 != 1)) {
+    }
+    const std::uint32_t joined = drawn;
+    ASSERT_EQ(joined % 10, 1u);
+
+    Receiver second(server.url(0));
+    const auto seen = second.next(4000);
+    ASSERT_TRUE(seen.has_value());
+    EXPECT_LT(seen->counter, joined + 9) << "waited for the periodic key frame";
+}
 }  // namespace
 }  // namespace halvex::sim::testing
