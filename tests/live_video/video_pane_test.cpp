@@ -52,6 +52,11 @@ TEST_F(Pane, ThePictureKeepsItsShapeCentredInThePane) {
     EXPECT_TRUE(pane.hasPicture());
     pane.clearFrame();
     EXPECT_FALSE(pane.hasPicture());
+
+    // Laid out at the sizes it asks for, the first picture fills it.
+    for (const QSize size : {pane.sizeHint(), pane.minimumSizeHint()}) {
+        EXPECT_EQ(size.width() * 9, size.height() * 16) << size.width() << " x " << size.height();
+    }
 }
 
 TEST_F(Pane, AClickAsksForThePointToComeToTheCentre) {
