@@ -3,9 +3,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <iomanip>
+#include <sstream>
 #include <string>
 #include <utility>
 
@@ -30,16 +31,18 @@ struct Rays {
 
 // Sizes that follow the picture, so a label reads the same at any size.
 struct Sizes {
-    int line = 1;       // width of a mark's line
-    int tick = 4;       // length of an azimuth tick
-    int arm = 3;        // half the span of an elevation cross
-    int textScale = 1;  // of the scene's labels
+    int line;       // width of a mark's line
+    int tick;       // length of an azimuth tick
+    int arm;        // half the span of an elevation cross
+    int textScale;  // of the scene's labels
 };
 
 Sizes sizesFor(const Picture& picture) {
     const int height = picture.height();
-    return {std::max(1, height / 360), std::max(4, height / 30), std::max(3, height / 80),
-            std::max(1, height / 240)};
+    return {.line = std::max(1, height / 360),
+            .tick = std::max(4, height / 30),
+            .arm = std::max(3, height / 80),
+            .textScale = std::max(1, height / 240)};
 }
 
 // The first index at which `values` (in order, `rising` or not) passes
@@ -111,15 +114,15 @@ void drawCentredText(Picture& picture, int x, int y, const std::string& text, in
 }
 
 std::string threeDigits(int degrees) {
-    char text[8];
-    std::snprintf(text, sizeof text, "%03d", degrees);
-    return text;
+    std::ostringstream text;
+    text << std::setfill('0') << std::setw(3) << degrees;
+    return text.str();
 }
 
 std::string signedDegrees(int degrees) {
-    char text[8];
-    std::snprintf(text, sizeof text, "%+d", degrees);
-    return text;
+    std::ostringstream text;
+    text << std::showpos << degrees;
+    return text.str();
 }
 
 // The multiples of `step` from `low` to `high`.

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstdio>
 #include <cstdlib>
+#include <iomanip>
+#include <sstream>
 #include <string_view>
 
 #include "protocol/vocabulary_video.h"
@@ -43,16 +44,14 @@ long foldHundredths(long hundredths, long low) {
 
 // 12.34 as "+012.34" or "012.34", with `digits` before the point.
 std::string formatAngle(long hundredths, bool withSign, int digits) {
-    char text[16];
-    const long whole = std::labs(hundredths) / 100;
-    const long fraction = std::labs(hundredths) % 100;
+    const long magnitude = std::labs(hundredths);
+    std::ostringstream text;
     if (withSign) {
-        std::snprintf(text, sizeof text, "%c%0*ld.%02ld", hundredths < 0 ? '-' : '+', digits, whole,
-                      fraction);
-    } else {
-        std::snprintf(text, sizeof text, "%0*ld.%02ld", digits, whole, fraction);
+        text << (hundredths < 0 ? '-' : '+');
     }
-    return text;
+    text << std::setfill('0') << std::setw(digits) << magnitude / 100 << '.' << std::setw(2)
+         << magnitude % 100;
+    return text.str();
 }
 
 bool powered(const VideoSnapshot& snapshot, int camera) {
