@@ -48,21 +48,23 @@ bool nearMultiple(double value, double step, double half) {
     return std::abs(offset) <= half;
 }
 
+// The light comes from the left: a face right of `edge` is `darker`.
+double sideShade(double x, double edge, double darker) {
+    return x > edge ? darker : 1.0;
+}
+
 std::optional<Rgb> tower(double x, double y) {
     constexpr Rgb stone{168, 156, 134};
     constexpr Rgb dark{46, 40, 34};
-    if (y >= 5.0 && y <= 6.0 && std::abs(x) <= 1.05) {
+    if (inBox(x, y, -1.05, 1.05, 5.0, 6.0)) {
         // The parapet, with its crenels cut out of the top half.
         if (y > 5.5 && nearMultiple(x + 0.15, 0.6, 0.15)) {
             return std::nullopt;
         }
-        return shade(stone, x > 0.4 ? 0.8 : 1.0);
-    }
-    if (y < -4.5 || y > 5.0) {
-        return std::nullopt;
+        return shade(stone, sideShade(x, 0.4, 0.8));
     }
     const double halfWidth = 0.95 - 0.2 * (y + 4.5) / 9.5;
-    if (std::abs(x) > halfWidth) {
+    if (!inBox(x, y, -halfWidth, halfWidth, -4.5, 5.0)) {
         return std::nullopt;
     }
     if (inBox(x, y, -0.12, 0.12, 2.2, 3.2) || inBox(x, y, -0.12, 0.12, -2.8, -1.8) ||
@@ -70,7 +72,7 @@ std::optional<Rgb> tower(double x, double y) {
         return dark;  // slit windows and the door
     }
     const double courses = nearMultiple(y, 0.75, 0.03) ? 0.85 : 1.0;
-    return shade(stone, (x > halfWidth * 0.35 ? 0.78 : 1.0) * courses);
+    return shade(stone, sideShade(x, halfWidth * 0.35, 0.78) * courses);
 }
 
 std::optional<Rgb> mast(double x, double y) {
@@ -81,12 +83,11 @@ std::optional<Rgb> mast(double x, double y) {
         return Rgb{112, 112, 118};  // the platform
     }
     const double halfWidth = 0.2 - 0.1 * (y + 10.0) / 22.0;
-    if (y < -10.0 || y > 12.0 || std::abs(x) > halfWidth) {
+    if (!inBox(x, y, -halfWidth, halfWidth, -10.0, 12.0)) {
         return std::nullopt;
     }
     const bool red = static_cast<int>(std::floor((y + 10.0) / 2.0)) % 2 == 0;
-    const Rgb band = red ? Rgb{198, 44, 34} : Rgb{236, 234, 228};
-    return shade(band, x > 0.0 ? 0.82 : 1.0);
+    return shade(red ? Rgb{198, 44, 34} : Rgb{236, 234, 228}, sideShade(x, 0.0, 0.82));
 }
 
 std::optional<Rgb> house(double x, double y) {
@@ -94,7 +95,7 @@ std::optional<Rgb> house(double x, double y) {
         return Rgb{122, 62, 50};  // the chimney
     }
     const double roofTop = 1.0 + 1.9 * (1.0 - std::abs(x) / 2.9);
-    if (y >= 1.0 && y <= roofTop && std::abs(x) <= 2.9) {
+    if (inBox(x, y, -2.9, 2.9, 1.0, roofTop)) {
         return shade(Rgb{166, 62, 46}, nearMultiple(y, 0.3, 0.025) ? 0.75 : 1.0);
     }
     if (!inBox(x, y, -2.5, 2.5, -2.0, 1.0)) {
@@ -104,8 +105,10 @@ std::optional<Rgb> house(double x, double y) {
         return Rgb{92, 60, 40};  // the door
     }
     if (inBox(x, y, 1.05, 2.05, -1.25, -0.25)) {
-        const bool frame = !inBox(x, y, 1.12, 1.98, -1.18, -0.32) || std::abs(x - 1.55) < 0.04;
-        return frame ? Rgb{240, 240, 236} : Rgb{78, 108, 138};
+        // The window: two panes in a white frame.
+        const bool pane =
+            inBox(x, y, 1.12, 1.98, -1.18, -0.32) && !inBox(x, y, 1.51, 1.59, -1.18, -0.32);
+        return pane ? Rgb{78, 108, 138} : Rgb{240, 240, 236};
     }
     return Rgb{218, 204, 172};
 }
@@ -119,13 +122,13 @@ std::optional<Rgb> tree(double x, double y) {
                                         {-0.7, -0.5, 1.0}, {0.75, -0.4, 1.0}, {0.0, 0.2, 1.1}};
     for (const Clump& clump : kClumps) {
         const double dx = x - clump.x;
-        const double dy = y - clump.y;
-        if (dx * dx + dy * dy <= clump.radius * clump.radius) {
+        if (inEllipse(dx, y, clump.y, clump.radius, clump.radius)) {
+            const double dy = y - clump.y;
             return shade(Rgb{64, 114, 46}, 1.0 + 0.2 * (dy - dx) / clump.radius);
         }
     }
     if (inBox(x, y, -0.25, 0.25, -3.5, -1.2)) {
-        return shade(Rgb{96, 68, 42}, x > 0.05 ? 0.8 : 1.0);
+        return shade(Rgb{96, 68, 42}, sideShade(x, 0.05, 0.8));
     }
     return std::nullopt;
 }
@@ -141,7 +144,7 @@ std::optional<Rgb> balloon(double x, double y) {
     if (inBox(x, y, -0.35, 0.35, -2.9, -2.4)) {
         return Rgb{122, 86, 50};  // the basket
     }
-    if (y > -2.4 && y < -1.5 && nearMultiple(std::abs(x), 0.6, 0.035) && std::abs(x) < 1.0) {
+    if (inBox(std::abs(x), y, 0.0, 1.0, -2.4, -1.5) && nearMultiple(std::abs(x), 0.6, 0.035)) {
         return Rgb{60, 50, 40};  // the ropes
     }
     return std::nullopt;
@@ -151,14 +154,15 @@ std::optional<Rgb> church(double x, double y) {
     constexpr Rgb slate{84, 90, 102};
     constexpr Rgb wall{204, 198, 182};
     constexpr Rgb dark{52, 48, 44};
-    if (y >= 1.5 && y <= 7.3 && std::abs(x) <= 0.8 * (1.0 - (y - 1.5) / 5.8)) {
-        return shade(slate, x > 0.0 ? 0.8 : 1.0);  // the spire
+    const double spire = 0.8 * (1.0 - (y - 1.5) / 5.8);
+    if (inBox(x, y, -spire, spire, 1.5, 7.3)) {
+        return shade(slate, sideShade(x, 0.0, 0.8));
     }
     if (inBox(x, y, -0.7, 0.7, -5.0, 1.5)) {
         if (inBox(x, y, -0.15, 0.15, -3.6, -2.3)) {
             return dark;
         }
-        return shade(wall, x > 0.25 ? 0.82 : 1.0);
+        return shade(wall, sideShade(x, 0.25, 0.82));
     }
     if (inBox(x, y, -3.9, -0.7, -2.2, -1.3)) {
         return slate;  // the nave's roof
