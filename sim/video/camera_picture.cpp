@@ -151,7 +151,7 @@ void drawMarks(Picture& picture, const CameraView& view, const Rays& rays, const
             const int tick = step % 3 == 0 ? sizes.tick * 3 / 2 : sizes.tick;
             picture.tintRect(x - sizes.line / 2, horizon, sizes.line, tick, kMarkColour, kMarkTint);
             const int degrees = static_cast<int>(std::lround(normalAzimuth(step * kMarkStep)));
-            drawCentredText(picture, x, horizon + tick + sizes.line * 2, threeDigits(degrees % 360),
+            drawCentredText(picture, x, horizon + tick + sizes.line * 2, threeDigits(degrees),
                             sizes.textScale);
         }
     }
