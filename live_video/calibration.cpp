@@ -45,8 +45,9 @@ std::optional<double> fieldFromMarks(double firstAcross, double secondAcross,
             return std::nullopt;
         }
     }
-    for (int i = 0; i < 50; ++i) {
-        const double middle = (low + high) / 2;
+    // Halving until no number lies between the two.
+    for (double middle = (low + high) / 2; middle != low && middle != high;
+         middle = (low + high) / 2) {
         (sign * shortfall(middle) < 0 ? low : high) = middle;
     }
     return (low + high) / 2;
