@@ -15,12 +15,15 @@ constexpr int kWheelStep = 120;  // one notch
 constexpr int kCentreMark = 14;
 constexpr int kTextMargin = 6;
 
-// Colours over any picture: light lines with a dark edge under them.
-const QColor kMarkColour(255, 255, 255, 220);
-const QColor kShadeColour(0, 0, 0, 160);
-const QColor kLimitColour(255, 176, 32, 230);
-const QColor kTargetColour(255, 96, 48, 240);
-const QColor kBoxColour(96, 200, 255, 230);
+// Colours over any picture, as #AARRGGBB: light lines with a dark edge
+// under them.
+const QColor kMarkColour("#dcffffff");
+const QColor kShadeColour("#a0000000");
+const QColor kLimitColour("#e6ffb020");   // amber
+const QColor kTargetColour("#f0ff6030");  // orange-red
+const QColor kBoxColour("#e660c8ff");     // sky blue
+// Where the picture will be, before it comes.
+const QColor kNoPictureColour("#18181c");
 
 QRectF clippedToUnit(const QRectF& box) {
     return box.normalized().intersected(QRectF(0.0, 0.0, 1.0, 1.0));
@@ -142,7 +145,7 @@ void VideoPane::paintEvent(QPaintEvent*) {
     painter.fillRect(rect(), Qt::black);
     const QRectF picture = pictureRect();
     if (frame_.isNull()) {
-        painter.fillRect(picture, QColor(24, 24, 28));
+        painter.fillRect(picture, kNoPictureColour);
     } else {
         painter.setRenderHint(QPainter::SmoothPixmapTransform);
         painter.drawImage(picture, frame_);
