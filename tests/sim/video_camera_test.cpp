@@ -269,6 +269,15 @@ TEST(Focus, AFocusByteFarFromSharpSoftensTheEdgesTheFartherTheSofter) {
         const Picture nearly = draw(focus);
         EXPECT_TRUE(std::equal(sharp.bytes(), sharp.bytes() + sharp.byteCount(), nearly.bytes()));
     }
+    // From eight off, the softest blur, one pixel round; a pixel more every
+    // twelve.
+    for (const auto& [away, radius] : {std::pair{8, 1}, {-23, 1}, {24, 2}, {-60, 5}}) {
+        SCOPED_TRACE(away);
+        Picture blurred = sharp;
+        boxBlur(blurred, radius);
+        const Picture seen = draw(kSharpFocus + away);
+        EXPECT_TRUE(std::equal(seen.bytes(), seen.bytes() + seen.byteCount(), blurred.bytes()));
+    }
     int previous = sharpestStep(sharp);
     for (const int focus : {kSharpFocus + 30, kSharpFocus - 60, 255}) {
         SCOPED_TRACE(focus);
