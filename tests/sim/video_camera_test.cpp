@@ -318,6 +318,14 @@ TEST(Focus, TheBoxBlurSpreadsAPixelEvenlyOverItsSquare) {
             }
         }
     }
+    // Beyond an edge, the edge's pixel stands in for those it hides.
+    Picture row(4, 1);
+    row.set(0, 0, kWhite);
+    row.set(3, 0, kWhite);
+    boxBlur(row, 1);
+    EXPECT_EQ(row.at(0, 0).g, 170);
+    EXPECT_EQ(row.at(1, 0).g, 85);
+    EXPECT_EQ(row.at(3, 0).g, 170);
     // A flat picture stays flat, to the edges.
     Picture flat(17, 9, {40, 80, 120});
     boxBlur(flat, 4);
