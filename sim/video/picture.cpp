@@ -103,18 +103,23 @@ void boxBlur(Picture& picture, int radius) {
     }
     // Down the columns a row at a time, with a running sum for every column:
     // the picture is read in the order it lies in memory.
-    const std::vector<Rgb> before(picture.row(0), picture.row(0) + picture.byteCount() / 3);
+    const std::vector<Rgb> before = picture.pixels();
     const auto rowBefore = [&before, width, height](int y) {
         return &before[static_cast<std::size_t>(std::clamp(y, 0, height - 1)) *
                        static_cast<std::size_t>(width)];
     };
-    std::vector<int> sums(static_cast<std::size_t>(width) * 3, 0);
+    struct Sum {
+        int r = 0;
+        int g = 0;
+        int b = 0;
+    };
+    std::vector<Sum> sums(static_cast<std::size_t>(width));
     for (int y = -radius; y <= radius; ++y) {
         const Rgb* source = rowBefore(y);
-        for (int x = 0; x < width; ++x) {
-            sums[3 * x] += source[x].r;
-            sums[3 * x + 1] += source[x].g;
-            sums[3 * x + 2] += source[x].b;
+        for (std::size_t x = 0; x < sums.size(); ++x) {
+            sums[x].r += source[x].r;
+            sums[x].g += source[x].g;
+            sums[x].b += source[x].b;
         }
     }
     const int span = 2 * radius + 1;
@@ -122,14 +127,14 @@ void boxBlur(Picture& picture, int radius) {
         Rgb* target = picture.row(y);
         const Rgb* leaving = rowBefore(y - radius);
         const Rgb* coming = rowBefore(y + radius + 1);
-        for (int x = 0; x < width; ++x) {
-            int* sum = &sums[3 * static_cast<std::size_t>(x)];
-            target[x] = {static_cast<std::uint8_t>(sum[0] / span),
-                         static_cast<std::uint8_t>(sum[1] / span),
-                         static_cast<std::uint8_t>(sum[2] / span)};
-            sum[0] += coming[x].r - leaving[x].r;
-            sum[1] += coming[x].g - leaving[x].g;
-            sum[2] += coming[x].b - leaving[x].b;
+        for (std::size_t x = 0; x < sums.size(); ++x) {
+            Sum& sum = sums[x];
+            target[x] = {static_cast<std::uint8_t>(sum.r / span),
+                         static_cast<std::uint8_t>(sum.g / span),
+                         static_cast<std::uint8_t>(sum.b / span)};
+            sum.r += coming[x].r - leaving[x].r;
+            sum.g += coming[x].g - leaving[x].g;
+            sum.b += coming[x].b - leaving[x].b;
         }
     }
 }

@@ -35,6 +35,8 @@ class Picture {
     std::size_t byteCount() const { return pixels_.size() * sizeof(Rgb); }
 
     Rgb at(int x, int y) const { return pixels_[index(x, y)]; }
+    // Every pixel, row after row.
+    const std::vector<Rgb>& pixels() const { return pixels_; }
     Rgb* row(int y) { return &pixels_[index(0, y)]; }
     const Rgb* row(int y) const { return &pixels_[index(0, y)]; }
     bool contains(int x, int y) const { return x >= 0 && y >= 0 && x < width_ && y < height_; }

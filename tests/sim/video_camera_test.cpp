@@ -303,6 +303,21 @@ TEST(Picture, RectanglesReachingPastAnEdgeAreCutThere) {
     EXPECT_EQ(picture.at(2, 2), kBlack);
 }
 
+// A change of either side, as a new video size brings, makes a new
+// picture; the same size keeps it.
+TEST(Picture, ResizingToAnotherSizeStartsAfresh) {
+    Picture picture(4, 3, kWhite);
+    picture.resize(4, 3);
+    EXPECT_EQ(picture.at(3, 2), kWhite);
+    for (const auto& [width, height] : {std::pair{4, 5}, {6, 5}}) {
+        picture.fill(kWhite);
+        picture.resize(width, height);
+        EXPECT_EQ(picture.width(), width);
+        EXPECT_EQ(picture.height(), height);
+        EXPECT_EQ(picture.at(width - 1, height - 1), kBlack);
+    }
+}
+
 TEST(Focus, TheBoxBlurSpreadsAPixelEvenlyOverItsSquare) {
     for (const int radius : {1, 2, 5}) {
         SCOPED_TRACE(radius);
@@ -319,13 +334,17 @@ TEST(Focus, TheBoxBlurSpreadsAPixelEvenlyOverItsSquare) {
         }
     }
     // Beyond an edge, the edge's pixel stands in for those it hides.
-    Picture row(4, 1);
-    row.set(0, 0, kWhite);
-    row.set(3, 0, kWhite);
-    boxBlur(row, 1);
-    EXPECT_EQ(row.at(0, 0).g, 170);
-    EXPECT_EQ(row.at(1, 0).g, 85);
-    EXPECT_EQ(row.at(3, 0).g, 170);
+    for (const bool across : {true, false}) {
+        Picture line(across ? 4 : 1, across ? 1 : 4);
+        const auto at = [across](int i) { return across ? std::pair{i, 0} : std::pair{0, i}; };
+        line.set(at(0).first, at(0).second, kWhite);
+        line.set(at(3).first, at(3).second, kWhite);
+        boxBlur(line, 1);
+        for (const auto& [i, expected] : {std::pair{0, 170}, {1, 85}, {2, 85}, {3, 170}}) {
+            EXPECT_EQ(line.at(at(i).first, at(i).second).g, expected)
+                << i << (across ? " across" : " down");
+        }
+    }
     // A flat picture stays flat, to the edges.
     Picture flat(17, 9, {40, 80, 120});
     boxBlur(flat, 4);
