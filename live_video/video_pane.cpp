@@ -68,7 +68,6 @@ void drawBoxedText(QPainter& painter, const QRectF& area, Qt::Alignment alignmen
 
 VideoPane::VideoPane(const QString& caption, QWidget* parent) : QWidget(parent), caption_(caption) {
     setFocusPolicy(Qt::NoFocus);
-    setMouseTracking(false);
     setAttribute(Qt::WA_OpaquePaintEvent);
     setCursor(Qt::CrossCursor);
     setAccessibleName(caption);

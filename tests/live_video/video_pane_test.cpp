@@ -42,6 +42,8 @@ class Pane : public ::testing::Test {
 TEST_F(Pane, ThePictureKeepsItsShapeCentredInThePane) {
     // 16:9 before the first frame: 400 wide, 225 high, 37.5 above and below.
     EXPECT_EQ(pane.pictureRect(), QRectF(0, 37.5, 400, 225));
+    EXPECT_EQ(pane.toPicture({100, 37.5}), QPointF(0.25, 0.0));
+    EXPECT_EQ(pane.toWidget({0.5, 1.0}), QPointF(200, 262.5));
     pane.setFrame(QImage(640, 480, QImage::Format_RGB32));
     EXPECT_EQ(pane.pictureRect(), QRectF(0, 0, 400, 300));
     pane.setFrame(QImage(300, 600, QImage::Format_RGB32));
