@@ -40,6 +40,9 @@ TEST(FrameCounter, ReadsBackWhatWasWrittenAtEverySize) {
             EXPECT_EQ(read(counted(width, height, frame)), frame);
         }
     }
+    // A picture no bigger than the counter's band.
+    const CounterLayout smallest = counterLayout(0);
+    EXPECT_EQ(read(counted(smallest.bandWidth, smallest.bandHeight, 123456)), 123456u);
     // Past 24 bits the counter starts again from 0.
     EXPECT_EQ(read(counted(640, 480, kCounterMask + 6)), 5u);
 }
