@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cmath>
 #include <cstdlib>
 #include <iomanip>
@@ -94,9 +95,12 @@ VideoFormat standardFormat(Byte videoMode) {
     return vocab::isSet(videoMode, mode::kPal) ? kPal : kNtsc;
 }
 
+// The settings' line fields name one of the display's lines, each of them.
+static_assert((1u << std::popcount(NameDisplay::kLine.mask)) == kScreenLines &&
+              (1u << std::popcount(AngleDisplay::kLine.mask)) == kScreenLines);
+
 ScreenLine screenLine(int line, int pictureHeight) {
-    const int clamped = std::clamp(line, 0, kScreenLines - 1);
-    return {clamped * pictureHeight / kScreenLines, (clamped + 1) * pictureHeight / kScreenLines};
+    return {line * pictureHeight / kScreenLines, (line + 1) * pictureHeight / kScreenLines};
 }
 
 std::string angleText(double pan, double tilt, bool signedAngles) {

@@ -53,6 +53,7 @@ struct ScreenLine {
     int top = 0;
     int bottom = 0;
 };
+// `line` from 0 (the top) to kScreenLines - 1.
 ScreenLine screenLine(int line, int pictureHeight);
 
 // The angle display's text: "PAN +012.34 TILT -05.00" signed (pan folded

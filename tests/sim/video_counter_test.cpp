@@ -144,5 +144,14 @@ TEST(BitmapFont, TextIsDrawnAtItsScaleAndCutAtTheEdges) {
     EXPECT_EQ(small.at(7, 7), kWhite);
 }
 
+// A site name is whatever bytes the unit keeps: those the font has no
+// glyph for leave a gap.
+TEST(BitmapFont, BytesOutsideTheFontAreLeftBlank) {
+    Picture picture(80, 20);
+    drawText(picture, 0, 0, "\x01\x7f\x80\xc3\xa9\xff", TextStyle{2});
+    EXPECT_TRUE(std::all_of(picture.pixels().begin(), picture.pixels().end(),
+                            [](Rgb pixel) { return pixel == kBlack; }));
+}
+
 }  // namespace
 }  // namespace halvex::sim::video

@@ -223,6 +223,7 @@ TEST(OnScreenDisplay, SignedAndUnsignedAnglesReadDifferentlyBelowZero) {
              Case{190.25, 12.34, true, "PAN -169.75 TILT +12.34"},
              Case{190.25, 12.34, false, "PAN 190.25 TILT 012.34"},
              Case{-180.0, 90.0, true, "PAN +180.00 TILT +90.00"},
+             Case{180.01, -180.01, true, "PAN -179.99 TILT +179.99"},
              Case{359.996, -0.004, false, "PAN 000.00 TILT 000.00"},
              Case{-719.5, 0.0, false, "PAN 000.50 TILT 000.00"},
          }) {
