@@ -121,6 +121,10 @@ TEST(BitmapFont, EveryDigitAndLetterHasAGlyphOfItsOwn) {
             EXPECT_FALSE(glyphDot('\x7F', x, y)) << "no glyph: a space";
         }
     }
+    // Outside its cell a glyph has no dots.
+    for (const auto& [x, y] : {std::pair{-1, 0}, {0, -1}, {kGlyphWidth, 0}, {0, kGlyphHeight}}) {
+        EXPECT_FALSE(glyphDot('8', x, y)) << x << "," << y;
+    }
 }
 
 TEST(BitmapFont, TextIsDrawnAtItsScaleAndCutAtTheEdges) {
