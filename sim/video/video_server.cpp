@@ -40,10 +40,10 @@ guint bitrateFor(const VideoFormat& format) {
 }
 
 void setCaps(GstElement* source, const VideoFormat& format) {
-    GstCaps* caps = gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, "RGB", "width",
-                                        G_TYPE_INT, format.width, "height", G_TYPE_INT,
-                                        format.height, "framerate", GST_TYPE_FRACTION, format.rate,
-                                        1, "pixel-aspect-ratio", GST_TYPE_FRACTION, 1, 1, nullptr);
+    // Square pixels, as GStreamer takes them to be when not told.
+    GstCaps* caps = gst_caps_new_simple(
+        "video/x-raw", "format", G_TYPE_STRING, "RGB", "width", G_TYPE_INT, format.width, "height",
+        G_TYPE_INT, format.height, "framerate", GST_TYPE_FRACTION, format.rate, 1, nullptr);
     gst_app_src_set_caps(GST_APP_SRC(source), caps);
     gst_caps_unref(caps);
 }
