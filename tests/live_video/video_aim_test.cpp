@@ -61,7 +61,11 @@ TEST_F(VideoAimTest, AClickMovesByTheAnglesThatBringThePointToTheCentre) {
     const double tilt = panTo(0.5 + 0.2 * 9 / 16, wide);  // 0.2 of the height up
     const std::size_t from = line.frames().size();
     emit pane.centreRequested(QPointF(0.75, 0.3));
-    // The target shows while the platform moves...
+    // The target is marked where the click was...
+    ASSERT_TRUE(pane.overlay().target);
+    EXPECT_NEAR(pane.overlay().target->x(), 0.75, 1e-9);
+    EXPECT_NEAR(pane.overlay().target->y(), 0.3, 1e-9);
+    // ...and shows while the platform moves...
     ASSERT_TRUE(runUntil([&] { return session.status().Moving(); }, 5000));
     EXPECT_TRUE(pane.overlay().target);
     ASSERT_TRUE(arrives(std::round(pan * 100) / 100, std::round(tilt * 100) / 100));
@@ -100,12 +104,15 @@ TEST_F(VideoAimTest, TheRouteSaysWhichCamerasLensTheAnglesComeFrom) {
 TEST_F(VideoAimTest, ABoxCentresItsMiddleAndZoomsTheLensSoItFillsThePicture) {
     ASSERT_TRUE(connect());
     const double wide = field(0);
-    const QRectF box(0.5, 0.4, 0.25, 0.2);
+    const QRectF box(0.5, 0.2, 0.25, 0.2);
     const PictureGeometry picture{wide, 9.0 / 16};
     const int zoom = lenses.zoomFor(picture.fieldFilledBy(box));
     const QPointF by = picture.anglesTo(box.center());
     const std::size_t from = line.frames().size();
     emit pane.boxRequested(box);
+    ASSERT_TRUE(pane.overlay().target);
+    EXPECT_NEAR(pane.overlay().target->x(), box.center().x(), 1e-9);
+    EXPECT_NEAR(pane.overlay().target->y(), box.center().y(), 1e-9);
     ASSERT_TRUE(runUntil([&] { return session.status().Moving(); }, 5000));
     EXPECT_TRUE(pane.overlay().target);
     ASSERT_TRUE(runUntil([&] { return session.status().Lens[0] == zoom; }, 20000));
