@@ -164,6 +164,16 @@ TEST_F(VideoAimTest, TheWheelZoomsTheLensAndLeavesThePlatformWhereItIs) {
     emit pane.zoomRequested(-1);
     ASSERT_TRUE(runUntil([&] { return zoomSent(out) >= 0; }, 5000));
     EXPECT_EQ(zoomSent(out), 100);
+
+    // At the narrow end a notch further in asks for that end again, never
+    // for a step past it that would wrap round to the wide end.
+    lenses = *FieldOfView::fromPoints({{0, 60}, {255, 3}});
+    ASSERT_TRUE(finish(session.moveToWithLenses({0, 0}, {255, 128, 128, 128})).isDone());
+    ASSERT_TRUE(runUntil([&] { return session.status().Lens[0] == 255; }, 20000));
+    const std::size_t atEnd = line.frames().size();
+    emit pane.zoomRequested(1);
+    ASSERT_TRUE(runUntil([&] { return zoomSent(atEnd) >= 0; }, 5000));
+    EXPECT_EQ(zoomSent(atEnd), 255);
 }
 
 TEST_F(VideoAimTest, ARefusedRequestSendsNothingAndSaysWhy) {
