@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "protocol/vocabulary_lenses.h"
+
 namespace halvex {
 
 namespace {
-constexpr int kLeastZoom = 0;
-constexpr int kMostZoom = 255;
+constexpr int kLeastZoom = vocab::lenses::kLowest;
+constexpr int kMostZoom = vocab::lenses::kHighest;
 constexpr double kWidestField = 180.0;
 
 // The shortest text that reads back as the same number.

@@ -89,7 +89,8 @@ void VideoAim::zoomBy(int notches) {
     // A notch always moves the lens, however coarse the table is there.
     const int now = session_.status().Lens.at(static_cast<std::size_t>(zoomLens()));
     if (zoom == now) {
-        zoom = std::clamp(now + (notches > 0 ? 1 : -1), 0, 255);
+        zoom = std::clamp(now + (notches > 0 ? 1 : -1), vocab::lenses::kLowest,
+                          vocab::lenses::kHighest);
     }
     PanTiltTarget hold;
     hold.holdPan = hold.holdTilt = true;

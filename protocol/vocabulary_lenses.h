@@ -8,6 +8,11 @@ namespace halvex::vocab::lenses {
 
 inline constexpr int kPerCamera = 2;
 
+// A lens's position is one byte: zoom from its widest to its narrowest,
+// focus from near to far.
+inline constexpr int kLowest = 0;
+inline constexpr int kHighest = 255;
+
 // Camera 0 or 1's lenses, as indexes into those fields.
 constexpr int zoomOf(int camera) {
     return camera * kPerCamera;
