@@ -65,9 +65,15 @@ TEST_F(VideoAimTest, AClickMovesByTheAnglesThatBringThePointToTheCentre) {
     ASSERT_TRUE(pane.overlay().target);
     EXPECT_NEAR(pane.overlay().target->x(), 0.75, 1e-9);
     EXPECT_NEAR(pane.overlay().target->y(), 0.3, 1e-9);
-    // ...and shows while the platform moves...
-    ASSERT_TRUE(runUntil([&] { return session.status().Moving(); }, 5000));
-    EXPECT_TRUE(pane.overlay().target);
+    // ...and stays on the clicked point while the platform moves...
+    const PictureGeometry picture{wide, 9.0 / 16};
+    ASSERT_TRUE(runUntil(
+        [&] { return session.status().CurrentPan > pan / 4 && session.status().Moving(); }, 5000));
+    ASSERT_TRUE(pane.overlay().target);
+    EXPECT_NEAR(pane.overlay().target->x(), *picture.acrossAt(pan - session.status().CurrentPan),
+                1e-4);
+    EXPECT_NEAR(pane.overlay().target->y(), *picture.downAt(tilt - session.status().CurrentTilt),
+                1e-4);
     ASSERT_TRUE(arrives(std::round(pan * 100) / 100, std::round(tilt * 100) / 100));
     const Messages moves = sent(from, v::DeltaMove::kCode);
     ASSERT_EQ(moves.size(), 1u);
