@@ -149,6 +149,7 @@ TEST(Calibration, TwoMarksOfAFeatureGiveTheFieldThatMovedIt) {
     const Case cases[] = {
         {60.0, 12.0, 24.0},  // crossing the centre
         {3.0, -0.9, -1.8},   // narrow, panned left
+        {3.0, 0.4, 0.8},     // narrow, panned right under a degree
         {13.3, 2.0, 3.0},    // staying on one side
         {120.0, 40.0, 70.0},
     };
