@@ -184,6 +184,18 @@ TEST_F(VideoEndToEnd, TheStreamsRunOnAWhileOutOfSightThenStop) {
     EXPECT_TRUE(runUntil([&] { return pane().hasPicture(); }, 15000));
 }
 
+// "OK" in the sources dialog with one source changed: the other output's
+// stream goes on, the changed one plays the new source at once.
+TEST_F(VideoEndToEnd, AChoiceRestartsOnlyTheOutputWhoseSourceChanged) {
+    ASSERT_TRUE(runUntil([&] { return pane(1).hasPicture(); }, 15000));
+    LiveVideoChoice choice = live.choice();
+    choice.sources[0] = choice.sources[1];
+    live.setChoice(choice);
+    EXPECT_EQ(live.pipeline(1).state(), VideoPipeline::State::Playing);
+    EXPECT_EQ(live.pipeline(0).source().address, choice.sources[1]);
+    EXPECT_TRUE(runUntil([&] { return pane(0).hasPicture(); }, 15000));
+}
+
 TEST_F(VideoEndToEnd, TheButtonsSaveWhatTheOutputShows) {
     QTemporaryDir folder;
     live.setSaveFolder(folder.path());
