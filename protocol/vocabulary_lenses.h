@@ -21,4 +21,12 @@ constexpr int focusOf(int camera) {
     return zoomOf(camera) + 1;
 }
 
+// The camera a lens index belongs to, and whether it is that camera's zoom.
+constexpr int cameraOf(int lens) {
+    return lens / kPerCamera;
+}
+constexpr bool isZoom(int lens) {
+    return lens == zoomOf(cameraOf(lens));
+}
+
 }  // namespace halvex::vocab::lenses

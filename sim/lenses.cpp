@@ -5,20 +5,19 @@
 
 #include "protocol/vocabulary_camera.h"
 #include "protocol/vocabulary_lens_jog.h"
+#include "protocol/vocabulary_lenses.h"
 
 namespace halvex::sim {
 
 namespace {
+// The unit's lenses run from 1, one short of the byte's lowest position,
+// to its highest.
 constexpr double kLensMin = 1.0;
-constexpr double kLensMax = 255.0;
+constexpr double kLensMax = vocab::lenses::kHighest;
 constexpr double kMoveRate = 100.0;  // units per second towards a target
 
-bool isZoom(int motor) {
-    return motor % 2 == 0;
-}
-int cameraOf(int motor) {
-    return motor / 2;
-}
+using vocab::lenses::cameraOf;
+using vocab::lenses::isZoom;
 }  // namespace
 
 Byte LensMotor::position() const {
