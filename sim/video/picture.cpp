@@ -11,6 +11,29 @@ std::uint8_t mixChannel(std::uint8_t from, std::uint8_t to, double amount) {
     return static_cast<std::uint8_t>(std::lround(from + (to - from) * amount));
 }
 
+// A box blur's running sum of pixels, channel by channel.
+struct RunningSum {
+    int r = 0;
+    int g = 0;
+    int b = 0;
+
+    void add(Rgb pixel) {
+        r += pixel.r;
+        g += pixel.g;
+        b += pixel.b;
+    }
+    // The window moves on a pixel.
+    void slide(Rgb leaving, Rgb coming) {
+        r += coming.r - leaving.r;
+        g += coming.g - leaving.g;
+        b += coming.b - leaving.b;
+    }
+    Rgb mean(int span) const {
+        return {static_cast<std::uint8_t>(r / span), static_cast<std::uint8_t>(g / span),
+                static_cast<std::uint8_t>(b / span)};
+    }
+};
+
 // One pass of the blur along a row of `count` pixels; `line` is scratch
 // space for the pixels as they were.
 void blurLine(Rgb* first, int count, int radius, std::vector<Rgb>& line) {
@@ -18,23 +41,14 @@ void blurLine(Rgb* first, int count, int radius, std::vector<Rgb>& line) {
     const auto clamped = [&line, count](int i) -> const Rgb& {
         return line[static_cast<std::size_t>(std::clamp(i, 0, count - 1))];
     };
-    int r = 0;
-    int g = 0;
-    int b = 0;
+    RunningSum sum;
     for (int i = -radius; i <= radius; ++i) {
-        r += clamped(i).r;
-        g += clamped(i).g;
-        b += clamped(i).b;
+        sum.add(clamped(i));
     }
-    const int width = 2 * radius + 1;
+    const int span = 2 * radius + 1;
     for (int i = 0; i < count; ++i) {
-        first[i] = {static_cast<std::uint8_t>(r / width), static_cast<std::uint8_t>(g / width),
-                    static_cast<std::uint8_t>(b / width)};
-        const Rgb& leaving = clamped(i - radius);
-        const Rgb& coming = clamped(i + radius + 1);
-        r += coming.r - leaving.r;
-        g += coming.g - leaving.g;
-        b += coming.b - leaving.b;
+        first[i] = sum.mean(span);
+        sum.slide(clamped(i - radius), clamped(i + radius + 1));
     }
 }
 
@@ -108,18 +122,11 @@ void boxBlur(Picture& picture, int radius) {
         return &before[static_cast<std::size_t>(std::clamp(y, 0, height - 1)) *
                        static_cast<std::size_t>(width)];
     };
-    struct Sum {
-        int r = 0;
-        int g = 0;
-        int b = 0;
-    };
-    std::vector<Sum> sums(static_cast<std::size_t>(width));
+    std::vector<RunningSum> sums(static_cast<std::size_t>(width));
     for (int y = -radius; y <= radius; ++y) {
         const Rgb* source = rowBefore(y);
         for (std::size_t x = 0; x < sums.size(); ++x) {
-            sums[x].r += source[x].r;
-            sums[x].g += source[x].g;
-            sums[x].b += source[x].b;
+            sums[x].add(source[x]);
         }
     }
     const int span = 2 * radius + 1;
@@ -128,13 +135,8 @@ void boxBlur(Picture& picture, int radius) {
         const Rgb* leaving = rowBefore(y - radius);
         const Rgb* coming = rowBefore(y + radius + 1);
         for (std::size_t x = 0; x < sums.size(); ++x) {
-            Sum& sum = sums[x];
-            target[x] = {static_cast<std::uint8_t>(sum.r / span),
-                         static_cast<std::uint8_t>(sum.g / span),
-                         static_cast<std::uint8_t>(sum.b / span)};
-            sum.r += coming[x].r - leaving[x].r;
-            sum.g += coming[x].g - leaving[x].g;
-            sum.b += coming[x].b - leaving[x].b;
+            target[x] = sums[x].mean(span);
+            sums[x].slide(leaving[x], coming[x]);
         }
     }
 }
