@@ -122,7 +122,7 @@ QCoro::Task<FrameTicket> Link::SendFrame(int count) {
     const int ahead = static_cast<int>(queue_.size());
     const bool went = co_await waitUntil(
         state_, [&frame] { return frame->status != FrameRecord::Status::Queued; },
-        ahead * timer2_.interval() + kSendGraceMs, this);
+        ahead * timer2_.interval() + sendGraceMs_, this);
     if (!went) {
         queue_.erase(std::remove(queue_.begin(), queue_.end(), frame), queue_.end());
         framesBeforeJog_ = std::min(framesBeforeJog_, queue_.size());

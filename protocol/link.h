@@ -52,6 +52,7 @@ class Link : public QObject {
     // Beyond the ticks the frames ahead need: a stopped tick never strands a
     // sender.
     static constexpr int kSendGraceMs = 2000;
+    void setSendGraceMs(int ms) { sendGraceMs_ = ms; }
     // Beyond the watchdog interval, for a reply wait.
     static constexpr int kReplyGraceMs = 1000;
 
@@ -156,6 +157,7 @@ class Link : public QObject {
     QTimer timer1_;
     QTimer timer2_;
     QTimer timer4_;
+    int sendGraceMs_ = kSendGraceMs;
     quint64 framesSent_ = 0;
     quint64 framesAnswered_ = 0;
     bool jogRequested_ = false;

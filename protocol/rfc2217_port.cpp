@@ -14,7 +14,7 @@ Rfc2217Port::Rfc2217Port(QObject* parent) : TcpPort(parent) {
     connect(&negotiation_, &QTimer::timeout, this, [this] {
         emit notice(QStringLiteral("the device server did not take up the port settings "
                                    "(RFC 2217) within %1 s; the line runs at its own settings")
-                        .arg(kNegotiationTimeoutMs / 1000));
+                        .arg(negotiationTimeoutMs_ / 1000.0));
         becomeReady();
     });
 }
@@ -23,7 +23,7 @@ void Rfc2217Port::connectionOpened() {
     session_ = std::make_unique<ComPortSession>(static_cast<std::uint32_t>(baudRate()));
     speedTold_ = false;
     formatTold_ = false;
-    negotiation_.start(kNegotiationTimeoutMs);
+    negotiation_.start(negotiationTimeoutMs_);
     sendNow(wireBytes(session_->opening()));
 }
 

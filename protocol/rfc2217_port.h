@@ -21,6 +21,7 @@ class Rfc2217Port : public TcpPort {
     static constexpr int kNegotiationTimeoutMs = 1000;
 
     explicit Rfc2217Port(QObject* parent = nullptr);
+    void setNegotiationTimeoutMs(int ms) { negotiationTimeoutMs_ = ms; }
 
   protected:
     void connectionOpened() override;
@@ -34,6 +35,7 @@ class Rfc2217Port : public TcpPort {
 
     std::unique_ptr<ComPortSession> session_;
     QTimer negotiation_;
+    int negotiationTimeoutMs_ = kNegotiationTimeoutMs;
     bool speedTold_ = false;
     bool formatTold_ = false;
 };

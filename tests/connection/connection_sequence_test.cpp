@@ -99,7 +99,7 @@ TEST(ConnectionSequence, AHeadlessSessionReadsTheSameAndKeepsWhatTheUnitSaid) {
     sim::Unit unit;
     unit.state().settings.commTimeoutSeconds = 30;
     RecordingPeer line{unit};
-    Session session{new TestPort(&line), 10};
+    Session session{new TestPort(&line), ConsoleRig::kFastTickMs};
     UnitConnection connection{session,
                               {[] { return QStringLiteral("virtual"); }, [] { return 9600; },
                                [] { return QStringLiteral("the virtual unit"); }}};
@@ -157,7 +157,9 @@ TEST(ConnectionSequence, SilentUnitGivesUpAfterTheConnectionTimeout) {
     EXPECT_GE(rig.line.frames().size(), 10u);
     EXPECT_EQ(rig.line.messages(false).size(), 0u);
 
-    // The operator plugs the unit in and tries again.
+    // The operator plugs the unit in and tries again (the pages' reads are
+    // the first test's).
+    rig.window->connection().unitConnection().setLaterSteps({});
     rig.line.setConnected(true);
     EXPECT_TRUE(rig.connect());
 }
@@ -191,6 +193,7 @@ TEST(ConnectionSequence,
     }
     auto* start = rig.find<QPushButton>(QStringLiteral("StartBut"));
     ASSERT_EQ(start->property("lamp").toString(), QStringLiteral("good"));
+    rig.window->connection().unitConnection().setLaterSteps({});  // sooner online again
     rig.window->findChild<QAction*>(QStringLiteral("MenuReinitialize"))->trigger();
     settle();
     EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral(" Online")));
@@ -227,6 +230,7 @@ TEST(ConnectionSequence, AUnitFoundAgainButNotYetAnsweringIsLookedForAgainWithou
     rig.window->connection().unitConnection().setReconnectInterval(UnitConnection::kReconnectMs /
                                                                    10);
     ASSERT_TRUE(rig.connect());
+    rig.window->connection().unitConnection().setLaterSteps({});  // found again sooner
     QStringList faults;
     QObject::connect(&rig.window->state(), &FormState::faultReported,
                      [&](const QString& message) { faults << message; });

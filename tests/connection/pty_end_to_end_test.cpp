@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "tests/connection/pty_console.h"
+#include "tests/support/empty_wakeup.h"
 #include "tests/support/finish.h"
 #include "tests/support/sim_process.h"
 #include "views/pages/pan_tilt_page.h"
@@ -17,18 +18,56 @@
 using namespace halvex;
 using namespace halvex::testing;
 
+namespace {
+// Replies keep coming: the jog messages are answered.
+bool repliesFlow(PtyConsole& console) {
+    FormState& state = console.window->state();
+    state.LastResponseCode = 0;
+    return QTest::qWaitFor([&] { return state.LastResponseCode == 0x31; }, 10000);
+}
+}  // namespace
+
 // What the window adds to a connection: the page's displays, the pages
 // closed to a lost unit and no message box for it (the lamp and the target
 // display are the same on every port: connection_sequence_test.cpp,
-// position_report_test.cpp). The line itself, on
-// every kind of port, is tested on the session (line_kinds_test.cpp).
-TEST(EndToEnd, TheWindowFollowsAUnitOnAPseudoTerminalThroughAnUnplugAndBack) {
+// position_report_test.cpp). The line itself, on every kind of port, is
+// tested on the session (line_kinds_test.cpp). Neither a wakeup with nothing
+// to read nor a burst of chatter is a lost device; a pulled cable is.
+TEST(EndToEnd, TheWindowFollowsAUnitOnAPseudoTerminalThroughHiccupsAnUnplugAndBack) {
     QTemporaryDir unitFolder;
     const QString link = unitFolder.filePath(QStringLiteral("unit"));
-    const QStringList arguments{QStringLiteral("--link"), link};
+    const QStringList arguments{QStringLiteral("--link"), link, QStringLiteral("--control")};
     auto sim = std::make_unique<SimProcess>(arguments);
     PtyConsole console(link);
+    // The pages' reads are the window's own, in process
+    // (connection_sequence_test.cpp), and over this line the session's
+    // (line_kinds_test.cpp).
+    console.window->connection().unitConnection().setLaterSteps({});
     ASSERT_TRUE(console.start());
+
+    const quint64 sentBefore = console.window->link().framesSent();
+    bool stayedOnline = true;
+    const auto watch = QObject::connect(
+        console.window.get(), &QWidget::windowTitleChanged, [&](const QString& title) {
+            stayedOnline = stayedOnline && title.endsWith(QStringLiteral(" Online"));
+        });
+    ASSERT_TRUE(raiseEmptyWakeup(console.window->SerPort1()));
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return console.faults.join(' ').contains(QStringLiteral("in place")); }, 2000));
+    EXPECT_TRUE(repliesFlow(console));
+    // No connection sequence ran again: only jog messages went out.
+    EXPECT_LT(console.window->link().framesSent() - sentBefore, 200u);
+    // Random replies every 2 ms, one in five cut short: some 400 of them.
+    sim->say(QStringLiteral("chatter 2"));
+    QTest::qWait(800);
+    sim->say(QStringLiteral("clean"));
+    EXPECT_TRUE(repliesFlow(console));
+    QObject::disconnect(watch);
+    EXPECT_TRUE(stayedOnline);
+    EXPECT_TRUE(console.titleEnds(" Online"));
+    EXPECT_FALSE(console.faults.join('\n').contains(QStringLiteral(" lost: ")))
+        << console.faults.join('\n').toStdString();
+    EXPECT_TRUE(console.window->SSTab1().isEnabled());
 
     PanTiltPage& page = console.window->panTiltPage();
     page.PanDesLED->setValue(2.34);

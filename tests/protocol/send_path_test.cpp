@@ -52,10 +52,16 @@ std::shared_ptr<std::optional<std::size_t>> framesBeforeTheJogMessage(FastRig& r
 // A click during a reload's wait keeps the reload's hold on the line; that
 // its command goes out whole is tested on the session, in each long
 // operation (tests/session/send_races_test.cpp).
-TEST(SendPath, ANestedSendKeepsTheOuterSendersHoldOnTheLine) {
+TEST(SendPath, IdleTicksJogACommandsTickDoesNotAndANestedSendKeepsTheOuterSendersHold) {
     FastRig rig;
     int jogs = 0;
     rig.link.setJogSender([&] { ++jogs; });
+    ASSERT_TRUE(waitFor([&] { return jogs >= 2; }));
+    const int before = jogs;
+    rig.send(kFirmwareRequest);
+    // The tick that carried the command did not also run the jog sender.
+    EXPECT_LE(jogs - before, 1);
+    EXPECT_EQ(rig.unit.frames().size(), 1u);
     {
         SendInProgressScope reload(rig.state);
         rig.send(kHome);  // a click during a reload's wait
@@ -98,8 +104,15 @@ TEST(SendPath, EveryReplyWaitEnds) {
     }
 }
 
+// What the Line Log is told of each frame that does not go out, and why
+// (a write that fails is in line_log_test.cpp).
 TEST(SendPath, FramesStillWaitingWhenThePortClosesAreReportedNotLost) {
     FastRig rig;
+    QStringList dropped;
+    QObject::connect(&rig.link, &Link::frameDropped,
+                     [&](const FrameTicket& frame, const QString& why) {
+                         dropped << QStringLiteral("%1 %2").arg(frame->message[0]).arg(why);
+                     });
     QCoro::Task<FrameTicket> second;
     QTimer::singleShot(0, [&] {
         QTimer::singleShot(0, [&] { rig.port.close(); });
@@ -111,18 +124,25 @@ TEST(SendPath, FramesStillWaitingWhenThePortClosesAreReportedNotLost) {
     EXPECT_TRUE(rig.unit.frames().empty());
     // Once closed, a send returns at once.
     EXPECT_FALSE(wentOut(finish(sendMessage(rig.state, rig.link, kHome))));
+    const auto home = QString::number(v::MoveToHome::kCode);
+    EXPECT_EQ(dropped, QStringList({home + QStringLiteral(" Port closed"),
+                                    QString::number(v::MoveToCentre::kCode) + " Port closed",
+                                    home + QStringLiteral(" port closed")}));
 }
 
 TEST(SendPath, AStoppedTickDropsTheFrameWithAMessageInsteadOfStrandingTheSender) {
     FastRig rig(false);
+    constexpr int graceMs = 200;
+    rig.link.setSendGraceMs(graceMs);
     // Should the sender wait on regardless, the tick comes back and shows it.
-    QTimer::singleShot(Link::kSendGraceMs + 1000, &rig.link, [&rig] { rig.link.Timer2().start(); });
+    QTimer::singleShot(graceMs + 500, &rig.link, [&rig] { rig.link.Timer2().start(); });
     QElapsedTimer clock;
     clock.start();
     const FrameTicket dropped = finish(sendMessage(rig.state, rig.link, kFirmwareRequest));
     EXPECT_FALSE(wentOut(dropped));
-    EXPECT_GE(clock.elapsed(), Link::kSendGraceMs * 19 / 20);  // a coarse timer may be 5 % early
-    EXPECT_FALSE(finish(rig.link.awaitReply(dropped), 100));   // nothing to wait for
+    EXPECT_GE(clock.elapsed(), graceMs * 19 / 20);  // a coarse timer may be 5 % early
+    EXPECT_LT(clock.elapsed(), graceMs + 500);
+    EXPECT_FALSE(finish(rig.link.awaitReply(dropped), 100));  // nothing to wait for
     EXPECT_EQ(rig.faults, QStringList{QStringLiteral("Command 9A not sent: no transmit tick")});
     EXPECT_FALSE(rig.state.SendInProgress);
     EXPECT_TRUE(rig.unit.frames().empty());
@@ -287,18 +307,6 @@ TEST(SendFrame, CommandsGoOutOnePerTickAndLeaveTheStopRequestToTheJogMessage) {
     EXPECT_FALSE(rig.state.SendInProgress);
 }
 
-TEST(Timer2, IdleTickRunsTheJogSenderAndBusyTickReleasesTheWaitingFrame) {
-    FastRig rig;
-    int jogs = 0;
-    rig.link.setJogSender([&] { ++jogs; });
-    ASSERT_TRUE(waitFor([&] { return jogs >= 2; }));
-    const int before = jogs;
-    rig.send(kFirmwareRequest);
-    // The tick that carried the command did not also run the jog sender.
-    EXPECT_LE(jogs - before, 1);
-    EXPECT_EQ(rig.unit.frames().size(), 1u);
-}
-
 TEST(RangeFault, StopsTheHandlerSendsNothingAndPutsTheFlagBack) {
     FastRig rig;
     guarded(rig.state, "AbsoBut_Click", [&] {
@@ -325,30 +333,4 @@ TEST(RangeFault, StopsTheHandlerSendsNothingAndPutsTheFlagBack) {
     // The link still works afterwards.
     rig.send(kFirmwareRequest);
     EXPECT_EQ(rig.unit.frames().size(), 1u);
-}
-
-// A write that fails, as the Line Log tells it, is in line_log_test.cpp.
-// What the Line Log is told of a frame that does not go out: one waiting
-// for its tick when the port closes, and one sent to a closed port. Frames
-// written and their tickets are read as the Line Log's rows and times
-// (tests/recorder).
-TEST(SendFrame, ReportsEachFrameDroppedWithWhy) {
-    LinkRig rig;
-    std::vector<QString> dropped;
-    QObject::connect(&rig.link, &Link::frameDropped,
-                     [&](const FrameTicket& frame, const QString& why) {
-                         dropped.push_back(QStringLiteral("%1 %2").arg(frame->message[0]).arg(why));
-                     });
-    rig.link.Timer2().stop();
-    bool firstDone = false;
-    QTimer::singleShot(0, [&] {
-        rig.send(test::message<v::PresetRequest>({{v::preset_request::kPreset, 1}}));
-        firstDone = true;
-    });
-    QTimer::singleShot(20, [&] { rig.port.close(); });
-    ASSERT_TRUE(waitFor([&] { return firstDone; }));
-    rig.send({v::StorePreset::kCode});
-    EXPECT_EQ(dropped, (std::vector<QString>{QStringLiteral("64 Port closed"),
-                                             QStringLiteral("65 port closed")}));
-    EXPECT_TRUE(rig.unit.frames().empty());
 }

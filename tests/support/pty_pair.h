@@ -16,7 +16,6 @@ class PtyPair {
 
     bool ok() const { return master_ >= 0; }
     const QString& slavePath() const { return slavePath_; }
-    int masterFd() const { return master_; }
 
     void write(const std::vector<unsigned char>& bytes);
     // Reads what is there now (non-blocking).

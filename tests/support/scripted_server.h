@@ -20,7 +20,6 @@ class ScriptedServer {
         server_.listen(QHostAddress::LocalHost, 0);
         QObject::connect(&server_, &QTcpServer::newConnection, [this] {
             while (QTcpSocket* socket = server_.nextPendingConnection()) {
-                ++connections_;
                 client_ = socket;
                 QObject::connect(socket, &QTcpSocket::readyRead,
                                  [this, socket] { received_ += socket->readAll(); });
@@ -32,7 +31,6 @@ class ScriptedServer {
     }
 
     quint16 port() const { return server_.serverPort(); }
-    int connections() const { return connections_; }
     const QByteArray& received() const { return received_; }
     bool waitForBytes(qsizetype count, int timeoutMs = 5000) {
         return QTest::qWaitFor([&] { return received_.size() >= count; }, timeoutMs);
@@ -46,19 +44,11 @@ class ScriptedServer {
             client_->flush();
         }
     }
-    // The server goes away from the connection it has.
-    void hangUp() {
-        if (client_) {
-            client_->flush();
-            client_->disconnectFromHost();
-        }
-    }
 
   private:
     QTcpServer server_;
     QPointer<QTcpSocket> client_;
     QByteArray received_;
-    int connections_ = 0;
 };
 
 // A TCP port on 127.0.0.1 where nothing listens: a connection is refused.
