@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <exception>
 
+#include "app/line_tick.h"
 #include "commissioning/command_line_runs.h"
 #include "connection/settings_file.h"
 #include "protocol/port_map.h"
@@ -137,7 +138,7 @@ int run(const QCommandLineParser& parser) {
 
     const PortSettings chosen = chosenPort();
     const QString device = comPortDevice(chosen.comPort);
-    Session session(new QtSerialPort);
+    Session session(new QtSerialPort, lineTickMs());
     if (!session.open(device, chosen.baudRate)) {
         say(QStringLiteral("cannot open COM%1 (%2).").arg(chosen.comPort).arg(device));
         return kUnitFailed;

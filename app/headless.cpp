@@ -9,6 +9,7 @@
 #include <csignal>
 #include <cstdio>
 
+#include "app/line_tick.h"
 #include "connection/settings_file.h"
 #include "network/rotctld_server.h"
 #include "protocol/fault_guard.h"
@@ -82,7 +83,7 @@ int runHeadless(int& argc, char* argv[], const CommandLine& commandLine) {
         say(QStringLiteral("cannot catch SIGTERM and SIGINT"));
         return 1;
     }
-    Session session;
+    Session session(nullptr, lineTickMs());
     const LineChoice line = chooseLine(commandLine);
     UnitConnection connection(session, line);
     connection.setLaterSteps(connection.unitReads());

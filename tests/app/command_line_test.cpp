@@ -15,6 +15,7 @@
 #include <QTest>
 #include <QUdpSocket>
 #include <cmath>
+#include <memory>
 
 #include "protocol/vocabulary.h"
 #include "sim/frame_assembler.h"
@@ -38,84 +39,87 @@ struct Outcome {
     QString err;
 };
 
-// A program with the arguments, split at spaces; killed after ten seconds.
-Outcome runWithoutDisplay(const char* arguments,
-                          const QString& program = QStringLiteral(HALVEX_PATH)) {
-    QProcess process;
-    process.setProcessEnvironment(withoutDisplay());
-    process.start(program, QString::fromLatin1(arguments).split(' ', Qt::SkipEmptyParts));
-    if (!process.waitForFinished(10000)) {
-        return {};
+// Each program run with its arguments, split at spaces, all at once; one
+// still running after ten seconds has no outcome.
+std::vector<Outcome> runWithoutDisplay(const std::vector<const char*>& runs,
+                                       const QString& program = QStringLiteral(HALVEX_PATH)) {
+    std::vector<std::unique_ptr<QProcess>> processes;
+    for (const char* arguments : runs) {
+        processes.push_back(std::make_unique<QProcess>());
+        processes.back()->setProcessEnvironment(withoutDisplay());
+        processes.back()->start(program,
+                                QString::fromLatin1(arguments).split(' ', Qt::SkipEmptyParts));
     }
-    return {process.exitCode(), process.exitStatus() == QProcess::CrashExit,
-            QString::fromLocal8Bit(process.readAllStandardOutput()),
-            QString::fromLocal8Bit(process.readAllStandardError())};
+    std::vector<Outcome> outcomes;
+    for (const auto& process : processes) {
+        outcomes.push_back(!process->waitForFinished(10000)
+                               ? Outcome{}
+                               : Outcome{process->exitCode(),
+                                         process->exitStatus() == QProcess::CrashExit,
+                                         QString::fromLocal8Bit(process->readAllStandardOutput()),
+                                         QString::fromLocal8Bit(process->readAllStandardError())});
+    }
+    return outcomes;
 }
 
 TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
-    for (const char* arguments : {"--no-such-option",
-                                  "-platform offscreen --bogus",
-                                  "--rotctld-port",
-                                  "--rotctld-port 65536",
-                                  "--rotctld=0",
-                                  "--rotctld-listen nowhere",
-                                  "--rotctld 0",
-                                  "--headless --baud fast",
-                                  "stray",
-                                  "--visca 0",
-                                  "--visca 65536",
-                                  "--onvif 80",
-                                  "--onvif 80 --onvif-user admin",
-                                  "--pelco tcp:port",
-                                  "--pelco-address 256",
-                                  "--pelco-baud 1199",
-                                  "--remote-listen nowhere",
-                                  "--visca-refresh -1",
-                                  "--pelco-refresh 600001",
-                                  "--video1 ftp://camera",
-                                  "--video2 /tmp/clip.mkv"}) {
-        SCOPED_TRACE(arguments);
-        const Outcome run = runWithoutDisplay(arguments);
+    // The arguments, and what the mistake told must say besides.
+    std::vector<std::pair<const char*, const char*>> mistakes = {
+        {"--no-such-option", "no-such-option"},
+        {"--onvif 80",
+         "--onvif needs --onvif-user NAME and the password in $HALVEX_ONVIF_PASSWORD."},
+        {"--video1 rtsp://camera/out1 --video2 ftp://camera",
+         "--video2: not a video source: ftp://camera"},
+        // The highest values are good ones: what is wrong is the address.
+        {"--rotctld-port 65535 --rotctld-listen nowhere", "Bad address 'nowhere'"},
+        {"--visca 65535 --pelco tcp:65535 --pelco-baud 1200 --visca-refresh 0 "
+         "--pelco-refresh 600000 --remote-listen nowhere",
+         "Bad value 'nowhere' for --remote-listen."},
+        // A toolkit option with its value joined on is left for the toolkit
+        // whole: the mistake told is the console's own.
+        {"-style=fusion --baud fast", "Bad speed 'fast' for --baud."}};
+    // clang-format off
+    for (const char* arguments : {
+             "-platform offscreen --bogus", "--rotctld-port", "--rotctld-port 65536",
+             "--rotctld=0", "--rotctld-listen nowhere", "--rotctld 0", "--headless --baud fast",
+             "stray", "--visca 0", "--visca 65536", "--onvif 80 --onvif-user admin",
+             "--pelco tcp:port", "--pelco-address 256", "--pelco-baud 1199",
+             "--remote-listen nowhere", "--visca-refresh -1", "--pelco-refresh 600001",
+             "--video1 ftp://camera", "--video2 /tmp/clip.mkv"}) {
+        mistakes.emplace_back(arguments, "");
+    }
+    // clang-format on
+    std::vector<const char*> arguments;
+    for (const auto& mistake : mistakes) {
+        arguments.push_back(mistake.first);
+    }
+    const std::vector<Outcome> runs = runWithoutDisplay(arguments);
+    for (std::size_t i = 0; i < mistakes.size(); ++i) {
+        SCOPED_TRACE(mistakes[i].first);
+        const Outcome& run = runs[i];
         EXPECT_FALSE(run.crashed) << run.err.toStdString();
         EXPECT_EQ(run.status, 2) << run.err.toStdString();
         EXPECT_TRUE(run.err.startsWith(QStringLiteral("halvex: "))) << run.err.toStdString();
         EXPECT_TRUE(run.err.contains(QStringLiteral("Try 'halvex --help'")));
+        EXPECT_TRUE(run.err.contains(QLatin1String(mistakes[i].second))) << run.err.toStdString();
     }
-    EXPECT_TRUE(runWithoutDisplay("--no-such-option").err.contains("no-such-option"));
-    // The highest port is a port: what is wrong here is the address.
-    EXPECT_TRUE(runWithoutDisplay("--rotctld-port 65535 --rotctld-listen nowhere")
-                    .err.contains("Bad address 'nowhere'"));
-    EXPECT_TRUE(
-        runWithoutDisplay("--visca 65535 --pelco tcp:65535 --pelco-baud 1200 --visca-refresh 0 "
-                          "--pelco-refresh 600000 --remote-listen nowhere")
-            .err.contains("Bad value 'nowhere' for --remote-listen."));
-    EXPECT_TRUE(
-        runWithoutDisplay("--onvif 80")
-            .err.contains(
-                "--onvif needs --onvif-user NAME and the password in $HALVEX_ONVIF_PASSWORD."));
-    EXPECT_TRUE(runWithoutDisplay("--video1 rtsp://camera/out1 --video2 ftp://camera")
-                    .err.contains(QStringLiteral("--video2: not a video source: ftp://camera")));
-    // A toolkit option with its value joined on is left for the toolkit
-    // whole: the mistake told is the console's own.
-    EXPECT_TRUE(runWithoutDisplay("-style=fusion --baud fast")
-                    .err.contains(QStringLiteral("Bad speed 'fast' for --baud.")));
 }
 
 TEST(CommandLine, HelpAndVersionNeedNoDisplayEvenAfterToolkitOptions) {
-    const QString sim = QStringLiteral(HALVEX_SIM_PATH);
-    const Outcome simVersion = runWithoutDisplay("--version", sim);
-    EXPECT_EQ(simVersion.status, 0) << simVersion.err.toStdString();
-    EXPECT_EQ(simVersion.out.trimmed(), QStringLiteral("halvex-sim " HALVEX_VERSION));
-    EXPECT_EQ(runWithoutDisplay("--help", sim).status, 0);
-    EXPECT_EQ(runWithoutDisplay("--bogus", sim).status, 2);
+    const auto sim =
+        runWithoutDisplay({"--version", "--help", "--bogus"}, QStringLiteral(HALVEX_SIM_PATH));
+    EXPECT_EQ(sim[0].status, 0) << sim[0].err.toStdString();
+    EXPECT_EQ(sim[0].out.trimmed(), QStringLiteral("halvex-sim " HALVEX_VERSION));
+    EXPECT_EQ(sim[1].status, 0);
+    EXPECT_EQ(sim[2].status, 2);
 
     // --rotctld last, with no port after it.
-    const Outcome version = runWithoutDisplay("-style=fusion --version --rotctld");
-    EXPECT_EQ(version.status, 0) << version.err.toStdString();
-    EXPECT_EQ(version.out.trimmed(), QStringLiteral("halvex " HALVEX_VERSION));
-    const Outcome help = runWithoutDisplay("-platform xcb --help");
-    EXPECT_EQ(help.status, 0) << help.err.toStdString();
-    EXPECT_TRUE(help.out.contains(QStringLiteral("--simulate")));
+    const auto console =
+        runWithoutDisplay({"-style=fusion --version --rotctld", "-platform xcb --help"});
+    EXPECT_EQ(console[0].status, 0) << console[0].err.toStdString();
+    EXPECT_EQ(console[0].out.trimmed(), QStringLiteral("halvex " HALVEX_VERSION));
+    EXPECT_EQ(console[1].status, 0) << console[1].err.toStdString();
+    EXPECT_TRUE(console[1].out.contains(QStringLiteral("--simulate")));
 }
 
 // A port nobody listens on now.
@@ -154,6 +158,7 @@ TEST(Headless, GoesOnlineWithoutADisplayRotctlPointsTheUnitAndSigtermStopsIt) {
     QProcess console;
     QProcessEnvironment environment = withoutDisplay();
     environment.insert(QStringLiteral("HALVEX_ONVIF_PASSWORD"), QStringLiteral("secret"));
+    environment.insert(QStringLiteral("HALVEX_TICK_MS"), QStringLiteral("10"));
     console.setProcessEnvironment(environment);
     console.start(
         QStringLiteral(HALVEX_PATH),
@@ -185,10 +190,12 @@ TEST(Headless, GoesOnlineWithoutADisplayRotctlPointsTheUnitAndSigtermStopsIt) {
 
     ASSERT_TRUE(QTest::qWaitFor([&] { return said().contains(QStringLiteral(" Online")); }, 15000))
         << said().toStdString();
-    EXPECT_TRUE(said().contains(QStringLiteral("network control on 127.0.0.1 port %1").arg(port)));
-    EXPECT_TRUE(said().contains(QStringLiteral("VISCA on 127.0.0.1:%1").arg(viscaPort)));
-    EXPECT_TRUE(said().contains(QStringLiteral("Pelco-D on 127.0.0.1:%1").arg(pelcoPort)));
-    EXPECT_TRUE(said().contains(QStringLiteral("ONVIF on 127.0.0.1:%1").arg(onvifPort)));
+    for (const QString& line : {QStringLiteral("network control on 127.0.0.1 port %1").arg(port),
+                                QStringLiteral("VISCA on 127.0.0.1:%1").arg(viscaPort),
+                                QStringLiteral("Pelco-D on 127.0.0.1:%1").arg(pelcoPort),
+                                QStringLiteral("ONVIF on 127.0.0.1:%1").arg(onvifPort)}) {
+        EXPECT_TRUE(said().contains(line)) << line.toStdString();
+    }
     // The bridges answer: VISCA over IP's position inquiry, and a keyboard's
     // connection taken.
     QUdpSocket visca;

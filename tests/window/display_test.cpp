@@ -213,8 +213,11 @@ TEST_F(ViewSettings, ThePaletteChosenIsUsedAndKeptForTheNextStart) {
 }
 
 // By night every colour is red, none is brighter than the text, and the
-// ground is black. (The dark palette's colours are held by its picture.)
-TEST(Palettes, TheNightPaletteIsDimRedOnBlack) {
+// ground is black. In the dark and night palettes each text role contrasts
+// with the ground it is drawn on at least 3 to 1 (the night palette is dim on
+// purpose), every colour a real one. (The dark palette's colours are held by
+// its picture.)
+TEST(Palettes, TheNightPaletteIsDimRedOnBlackAndEveryTextContrastsWithItsGround) {
     const QPalette night = nightPalette();
     EXPECT_LT(night.color(QPalette::Window).lightness(), 10);
     const int textLightness = night.color(QPalette::Text).lightness();
@@ -227,12 +230,6 @@ TEST(Palettes, TheNightPaletteIsDimRedOnBlack) {
             }
         }
     }
-}
-
-// Text stays readable on its ground in the dark and night palettes: a
-// contrast of at least 3 to 1 between each text role and the ground it is
-// drawn on (the night palette is dim on purpose), every colour a real one.
-TEST(Palettes, EveryTextContrastsWithItsGround) {
     const auto luminance = [](const QColor& c) {
         const auto channel = [](double v) {
             return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
@@ -244,7 +241,7 @@ TEST(Palettes, EveryTextContrastsWithItsGround) {
     const std::pair<R, R> pairs[] = {{R::Text, R::Base},         {R::WindowText, R::Window},
                                      {R::ButtonText, R::Button}, {R::HighlightedText, R::Highlight},
                                      {R::BrightText, R::Window}, {R::ToolTipText, R::ToolTipBase}};
-    for (const QPalette& palette : {darkPalette(), nightPalette()}) {
+    for (const QPalette& palette : {darkPalette(), night}) {
         for (const auto& [text, ground] : pairs) {
             const QColor ink = palette.color(QPalette::Active, text);
             const QColor paper = palette.color(QPalette::Active, ground);

@@ -274,58 +274,48 @@ TEST(DataWatch, SpinnerWalksTheCodeTableAndOnlyFramesOfTheWatchedCodeAreCaptured
     EXPECT_EQ(line("CapRXData"), QStringLiteral("06 01 92 10 03"));
 }
 
-// The form as first seen: the standard ports, the keyboard speeds and
-// addresses, and a row for network control and each bridge.
-TEST(RemoteControl, TheDialogOffersTheStandardPortsAndRefusesAnOnvifUserWithoutPassword) {
-    ConsoleRig rig;
-    RemoteControlDialog dialog(rig.window->remoteBridges(), rig.window->networkControl(),
-                               rig.window->messages());
-    const auto text = [&dialog](const char* name) {
-        return dialog.findChild<QLineEdit*>(QLatin1String(name))->text();
-    };
-    EXPECT_EQ(text("OnvifPortBox"), QStringLiteral("8080"));
-    EXPECT_EQ(text("ViscaPortBox"), QStringLiteral("52381"));
-    EXPECT_EQ(text("PelcoPortBox"), QStringLiteral("4001"));
-    auto* baud = dialog.findChild<QComboBox*>(QStringLiteral("PelcoBaudCombo"));
-    QStringList bauds;
-    for (int i = 0; i < baud->count(); ++i) {
-        bauds << baud->itemText(i);
-    }
-    EXPECT_EQ(bauds, (QStringList{"2400", "4800", "9600"}));
-    EXPECT_EQ(baud->currentText(), QStringLiteral("2400"));  // as keyboards come
-    auto* address = dialog.findChild<QSpinBox*>(QStringLiteral("PelcoAddressSpin"));
-    EXPECT_EQ(std::pair(address->minimum(), address->maximum()), std::pair(1, 255));
-    EXPECT_EQ(dialog.findChild<QSpinBox*>(QStringLiteral("ViscaRefreshSpin"))->singleStep(), 100);
-    auto* table = dialog.findChild<QTableWidget*>(QStringLiteral("RemoteStatusTable"));
-    EXPECT_EQ(std::pair(table->rowCount(), table->columnCount()),
-              std::pair(RemoteBridges::kKinds + 1, 5));
-    EXPECT_EQ(table->item(0, 0)->text(), QStringLiteral("Network control (rotctld)"));
-    EXPECT_TRUE(table->horizontalHeader()->stretchLastSection());
-
-    dialog.findChild<QCheckBox*>(QStringLiteral("OnvifCheck"))->setChecked(true);
-    dialog.findChild<QLineEdit*>(QStringLiteral("OnvifUserBox"))->setText(QStringLiteral("admin"));
-    dialog.findChild<QPushButton*>(QStringLiteral("RemoteApplyBut"))->click();
-    ASSERT_EQ(rig.shown.size(), 1u);
-    EXPECT_EQ(rig.shown[0].text, QStringLiteral("ONVIF needs a user and a password."));
-}
-
-// Unit > Remote Control starts a bridge, keeps its settings for the next
-// start and shows its clients; a value that cannot be used is told and
-// starts nothing.
+// Unit > Remote Control offers the standard ports, starts a bridge, keeps
+// its settings for the next start and shows its clients; a value that cannot
+// be used is told and starts nothing.
 TEST(RemoteControl, TheDialogStartsABridgeKeepsItsSettingsAndShowsItsClients) {
     ConsoleRig rig;
     rig.find<QAction>(QStringLiteral("MenuRemoteControl"))->trigger();
     auto* dialog = rig.find<QDialog>(QStringLiteral("RemoteControlDialog"));
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(dialog->windowTitle(), QStringLiteral("Remote Control"));
-    const auto cell = [&rig](int row, int column) {
-        return rig.find<QTableWidget>(QStringLiteral("RemoteStatusTable"))
-            ->item(row, column)
-            ->text();
+    const auto text = [&rig](const char* name) {
+        return rig.find<QLineEdit>(QLatin1String(name))->text();
     };
+    EXPECT_EQ(text("OnvifPortBox"), QStringLiteral("8080"));
+    EXPECT_EQ(text("ViscaPortBox"), QStringLiteral("52381"));
+    EXPECT_EQ(text("PelcoPortBox"), QStringLiteral("4001"));
+    auto* baud = rig.find<QComboBox>(QStringLiteral("PelcoBaudCombo"));
+    QStringList bauds;
+    for (int i = 0; i < baud->count(); ++i) {
+        bauds << baud->itemText(i);
+    }
+    EXPECT_EQ(bauds, (QStringList{"2400", "4800", "9600"}));
+    EXPECT_EQ(baud->currentText(), QStringLiteral("2400"));  // as keyboards come
+    auto* address = rig.find<QSpinBox>(QStringLiteral("PelcoAddressSpin"));
+    EXPECT_EQ(std::pair(address->minimum(), address->maximum()), std::pair(1, 255));
+    EXPECT_EQ(rig.find<QSpinBox>(QStringLiteral("ViscaRefreshSpin"))->singleStep(), 100);
+    auto* table = rig.find<QTableWidget>(QStringLiteral("RemoteStatusTable"));
+    EXPECT_EQ(std::pair(table->rowCount(), table->columnCount()),
+              std::pair(RemoteBridges::kKinds + 1, 5));
+    EXPECT_TRUE(table->horizontalHeader()->stretchLastSection());
+    const auto cell = [table](int row, int column) { return table->item(row, column)->text(); };
+    EXPECT_EQ(cell(0, 0), QStringLiteral("Network control (rotctld)"));
     EXPECT_EQ(cell(1, 0), QStringLiteral("ONVIF"));
     EXPECT_EQ(cell(2, 0), QStringLiteral("VISCA"));
     EXPECT_EQ(cell(2, 1), QStringLiteral("off"));
+
+    rig.find<QCheckBox>(QStringLiteral("OnvifCheck"))->setChecked(true);
+    rig.find<QLineEdit>(QStringLiteral("OnvifUserBox"))->setText(QStringLiteral("admin"));
+    rig.find<QPushButton>(QStringLiteral("RemoteApplyBut"))->click();
+    ASSERT_EQ(rig.shown.size(), 1u);
+    EXPECT_EQ(rig.shown[0].text, QStringLiteral("ONVIF needs a user and a password."));
+    rig.shown.clear();
+    rig.find<QCheckBox>(QStringLiteral("OnvifCheck"))->setChecked(false);
 
     QTcpServer taken;  // a port certain to be free, then given to the bridge
     ASSERT_TRUE(taken.listen(QHostAddress::LocalHost, 0));

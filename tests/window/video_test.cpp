@@ -19,6 +19,7 @@
 #include "live_video/video_sources_dialog.h"
 #include "tests/support/console_rig.h"
 #include "views/pages/pan_tilt_page.h"
+#include "views/widgets/range_plot.h"
 #include "window/page_place.h"
 #include "window/video_wiring.h"
 
@@ -29,6 +30,7 @@ namespace {
 
 struct VideoRig : ConsoleRig {
     VideoWiring& video() { return window->videoWiring(); }
+    LiveVideoChoice choice() { return video().liveVideo().choice(); }
     void resize(QSize size) {
         window->resize(size);
         ASSERT_TRUE(waitFor([&] { return window->size() == size; }));
@@ -53,9 +55,17 @@ TEST(VideoWindow, AWideScreenHasTheVideoOnThePanTiltPageAndASmallOneInItsOwnWind
     EXPECT_TRUE(slot->isVisible());
     EXPECT_TRUE(rig.find<VideoPane>(QStringLiteral("VideoPane_0"))->isVisible());
     EXPECT_TRUE(rig.find<VideoPane>(QStringLiteral("VideoPane_1"))->isVisible());
-    // Both panels have room beside the page's own controls.
-    EXPECT_TRUE(rig.window->rangePlotPlace().onPage());
+    // The range plot too has room beside the page's own controls, and its
+    // menu entry shows the page.
+    PagePlace& plotPlace = rig.window->rangePlotPlace();
+    EXPECT_TRUE(plotPlace.onPage());
+    EXPECT_TRUE(rig.window->panTiltPage().RangePlotSlot->isVisible());
+    EXPECT_TRUE(rig.window->rangePlot().isVisible());
     EXPECT_GE(rig.find<VideoPane>(QStringLiteral("VideoPane_0"))->width(), 320);
+    rig.window->SSTab1().setCurrentIndex(1);
+    rig.find<QAction>(QStringLiteral("MenuRangePlot"))->trigger();
+    EXPECT_EQ(rig.window->SSTab1().currentIndex(), 0);
+    EXPECT_FALSE(plotPlace.ownWindow().isVisible());
 
     rig.resize(QSize(1024, 700));
     EXPECT_FALSE(place.onPage());
@@ -65,6 +75,12 @@ TEST(VideoWindow, AWideScreenHasTheVideoOnThePanTiltPageAndASmallOneInItsOwnWind
     EXPECT_TRUE(place.ownWindow().isVisible());
     EXPECT_EQ(place.ownWindow().windowTitle(), QStringLiteral("Video"));
     EXPECT_EQ(rig.video().panel().window(), &place.ownWindow());
+    EXPECT_FALSE(plotPlace.onPage());
+    EXPECT_FALSE(rig.window->panTiltPage().RangePlotSlot->isVisible());
+    rig.find<QAction>(QStringLiteral("MenuRangePlot"))->trigger();
+    EXPECT_TRUE(plotPlace.ownWindow().isVisible());
+    EXPECT_EQ(plotPlace.ownWindow().windowTitle(), QStringLiteral("Range Plot"));
+    EXPECT_EQ(rig.window->rangePlot().window(), &plotPlace.ownWindow());
 
     // A small screen shows one output at a time, and loses no control.
     auto* toggle = rig.find<QToolButton>(QStringLiteral("VideoToggle_1"));
@@ -78,6 +94,7 @@ TEST(VideoWindow, AWideScreenHasTheVideoOnThePanTiltPageAndASmallOneInItsOwnWind
 }
 
 TEST(VideoWindow, SourcesAndLensesChosenInTheDialogAreKeptAndShown) {
+    const QString udp = QStringLiteral("udp://127.0.0.1:5999");
     {
         VideoRig rig;
         rig.choose(QStringLiteral("ftp://camera"), QStringLiteral("0:50;255:4"));
@@ -91,54 +108,44 @@ TEST(VideoWindow, SourcesAndLensesChosenInTheDialogAreKeptAndShown) {
             EXPECT_TRUE(captions.contains(QLatin1String(caption))) << caption;
         }
         // Nothing is taken while an entry does not read.
+        const auto error = [&dialog] {
+            return dialog.findChild<QLabel*>(QStringLiteral("VideoSourcesError"))->text();
+        };
         EXPECT_TRUE(dialog.isVisible());
-        EXPECT_TRUE(dialog.findChild<QLabel*>(QStringLiteral("VideoSourcesError"))
-                        ->text()
-                        .startsWith(QStringLiteral("Output 1: not a video source: ftp://camera")));
-        dialog.findChild<QLineEdit*>(QStringLiteral("VideoSource_0"))
-            ->setText(QStringLiteral("udp://127.0.0.1:5999"));
-        dialog.findChild<QLineEdit*>(QStringLiteral("FieldOfView_0"))
-            ->setText(QStringLiteral("0:50;255:60"));
-        dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Ok)->click();
-        EXPECT_TRUE(dialog.findChild<QLabel*>(QStringLiteral("VideoSourcesError"))
-                        ->text()
-                        .startsWith(QStringLiteral("Camera 1: ")));
-        rig.choose(QStringLiteral("udp://127.0.0.1:5999"), QStringLiteral("0:50;255:4"));
+        EXPECT_TRUE(
+            error().startsWith(QStringLiteral("Output 1: not a video source: ftp://camera")));
+        rig.choose(udp, QStringLiteral("0:50;255:60"));
+        EXPECT_TRUE(error().startsWith(QStringLiteral("Camera 1: ")));
+        rig.choose(udp, QStringLiteral("0:50;255:4"));
         EXPECT_FALSE(dialog.isVisible());
-        EXPECT_EQ(rig.video().liveVideo().choice().sources[0],
-                  QStringLiteral("udp://127.0.0.1:5999"));
-        EXPECT_EQ(rig.video().liveVideo().choice().lenses[0].text(), QStringLiteral("0:50;255:4"));
+        EXPECT_EQ(rig.choice().sources[0], udp);
+        EXPECT_EQ(rig.choice().lenses[0].text(), QStringLiteral("0:50;255:4"));
     }
     // The next run starts with them; a source given for the run is shown
     // but not kept.
     {
         VideoRig rig;
-        EXPECT_EQ(rig.video().liveVideo().choice().sources[0],
-                  QStringLiteral("udp://127.0.0.1:5999"));
-        EXPECT_EQ(rig.video().liveVideo().choice().lenses[0].text(), QStringLiteral("0:50;255:4"));
-        rig.video().overrideSources({QStringLiteral("rtsp://127.0.0.1:1/out1"), std::nullopt});
-        EXPECT_EQ(rig.video().liveVideo().choice().sources[0],
-                  QStringLiteral("rtsp://127.0.0.1:1/out1"));
+        EXPECT_EQ(rig.choice().sources[0], udp);
+        EXPECT_EQ(rig.choice().lenses[0].text(), QStringLiteral("0:50;255:4"));
+        const QString given = QStringLiteral("rtsp://127.0.0.1:1/out1");
+        rig.video().overrideSources({given, std::nullopt});
+        EXPECT_EQ(rig.choice().sources[0], given);
         // A lens saved meanwhile keeps the kept source.
-        LiveVideoChoice choice = rig.video().liveVideo().choice();
-        choice.lenses[1] = *FieldOfView::fromText(QStringLiteral("0:40;255:2"));
+        const FieldOfView lens = *FieldOfView::fromText(QStringLiteral("0:40;255:2"));
         emit rig.video().sourcesDialog().calibrationRequested(1);
         ASSERT_NE(rig.video().calibrationDialog(), nullptr);
-        emit rig.video().calibrationDialog()->calibrated(1, choice.lenses[1]);
-        EXPECT_EQ(rig.video().liveVideo().choice().sources[0],
-                  QStringLiteral("rtsp://127.0.0.1:1/out1"));
-        EXPECT_EQ(loadLiveVideoChoice().sources[0], QStringLiteral("udp://127.0.0.1:5999"));
+        emit rig.video().calibrationDialog()->calibrated(1, lens);
+        EXPECT_EQ(rig.choice().sources[0], given);
+        EXPECT_EQ(loadLiveVideoChoice().sources[0], udp);
         EXPECT_EQ(loadLiveVideoChoice().lenses[1].text(), QStringLiteral("0:40;255:2"));
         // Under names that later versions read too.
-        EXPECT_EQ(QSettings().value(QStringLiteral("LiveVideo/Source1")).toString(),
-                  QStringLiteral("udp://127.0.0.1:5999"));
+        EXPECT_EQ(QSettings().value(QStringLiteral("LiveVideo/Source1")).toString(), udp);
         EXPECT_EQ(QSettings().value(QStringLiteral("LiveVideo/FieldOfView2")).toString(),
                   QStringLiteral("0:40;255:2"));
         rig.video().calibrationDialog()->close();
         rig.choose(QString(), QStringLiteral("0:60;255:3"));
     }
-    VideoRig rig;
-    EXPECT_EQ(rig.video().liveVideo().choice().sources[0], QString());
+    EXPECT_EQ(VideoRig().choice().sources[0], QString());
 }
 
 TEST(VideoWindow, APaneWithNoSourceSaysHowToChooseOneAndAimsNothing) {
