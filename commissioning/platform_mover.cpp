@@ -88,7 +88,7 @@ QCoro::Task<bool> PlatformMover::follow(std::function<bool(const PositionReading
         }
         if (previous != reading || reading->moving()) {
             still.restart();
-        } else if (still.elapsed() > kStillMs) {
+        } else if (still.elapsed() > stillMs) {
             moving_ = false;
             co_return false;
         }

@@ -38,6 +38,8 @@ class PlatformMover {
     // slow lens changes its reading only every few reports, and the report
     // has no bit for a moving lens.
     static constexpr int kStillMs = 2000;
+    // The still time in force: shorter for a unit whose clock runs fast.
+    static inline int stillMs = kStillMs;
     // Longest wait for one move.
     static constexpr int kLongestMoveMs = 180000;
     // The value that leaves an axis where it is.

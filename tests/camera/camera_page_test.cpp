@@ -161,19 +161,14 @@ TEST(CameraLines, RepliesSetLabelsLensesAndTimeOutsAndClicksStepOnFromThere) {
     }
 
     // Time-outs: a reply counts 8 ms a step, the spin 9 ms; out of range is "*U*" and 1.
-    struct Reply {
-        Byte camera1, camera2;
-        const char *shown1, *shown2, *afterUp1, *afterDown2;
-    };
-    const Reply replies[] = {{0, 101, "*U*", "*U*", "18ms", "9ms"},
-                             {100, 1, "800ms", "8ms", "900ms", "9ms"}};
-    for (const Reply& r : replies) {
-        rig.inject(timeoutsMessage(r.camera1, r.camera2));
-        EXPECT_EQ(rig.text("CamTOLabel_0"), r.shown1);
-        EXPECT_EQ(rig.text("CamTOLabel_1"), r.shown2);
+    const std::tuple<Byte, Byte, const char*, const char*> replies[] = {
+        {0, 101, "CamTOLabel_0:*U* CamTOLabel_1:*U*", "CamTOLabel_0:18ms CamTOLabel_1:9ms"},
+        {100, 1, "CamTOLabel_0:800ms CamTOLabel_1:8ms", "CamTOLabel_0:900ms CamTOLabel_1:9ms"}};
+    for (const auto& [camera1, camera2, shown, stepped] : replies) {
+        rig.inject(timeoutsMessage(camera1, camera2));
+        rig.expect(shown);
         rig.act("CamTOSpin_0+ CamTOSpin_1-");
-        EXPECT_EQ(rig.text("CamTOLabel_0"), r.afterUp1);
-        EXPECT_EQ(rig.text("CamTOLabel_1"), r.afterDown2);
+        rig.expect(stepped);
     }
 
     // Lenses (what a box sets is sent by Set, below): a reply drops the bits
@@ -196,12 +191,10 @@ TEST(CameraLines, RepliesSetLabelsLensesAndTimeOutsAndClicksStepOnFromThere) {
     rig.expect(
         "Lens2Check_1 !Lens2Check_2 !Lens2Check_3 !Lens2Check_4 !Lens2Check_5 !Lens2Check_6");
     EXPECT_TRUE(rig.window->state().UserClickEnabled);
-    EXPECT_EQ(rig.text("ZoomMinLabel_0"), "5");
-    EXPECT_EQ(rig.text("FocusMinLabel_1"), "8");
+    rig.expect("ZoomMinLabel_0:5 FocusMinLabel_1:8");
     // Minimum speeds stop at their ends.
     rig.act(QString("ZoomMinSpin_0- ").repeated(10) + QString("FocusMinSpin_1+ ").repeated(300));
-    EXPECT_EQ(rig.text("ZoomMinLabel_0"), "0");
-    EXPECT_EQ(rig.text("FocusMinLabel_1"), "255");
+    rig.expect("ZoomMinLabel_0:0 FocusMinLabel_1:255");
 }
 
 TEST(LensJog, PointerPositionBecomesTheJogByte) {

@@ -37,6 +37,7 @@ HalvexRun runHalvex(const QString& device, const QString& folder, const QStringL
         environment.remove(QString::fromLatin1(name));
     }
     environment.insert(QStringLiteral("HALVEX_COM1"), device);
+    environment.insert(QStringLiteral("HALVEX_TICK_MS"), QStringLiteral("10"));
     process.setProcessEnvironment(environment);
     process.setWorkingDirectory(folder);
     process.start(QStringLiteral(HALVEX_PATH), arguments);
@@ -50,8 +51,8 @@ HalvexRun runHalvex(const QString& device, const QString& folder, const QStringL
 
 }  // namespace
 
-// The program saves the unit at the console's own pace; the file, one value
-// changed, goes back at a pace only halvex-sim keeps up with. Command lines
+// The program saves the unit, and the file, one value changed, goes back,
+// each at a pace only halvex-sim keeps up with. Command lines
 // and files the program refuses stop before anything is sent.
 TEST(CommissioningCommandLine, SavesWithoutADisplayRestoresTheFileAndRefusesBadFiles) {
     QTemporaryDir folder;

@@ -74,9 +74,12 @@ struct CommissioningRig : ConsoleRig {
 
     // The platform and lenses travel four times as fast as a real unit's.
     static constexpr int kUnitTimeScale = 4;
+    // The unit in the same process answers within a tick or two.
+    static constexpr int kProbeWaitMs = 8;
 
-    explicit CommissioningRig(const sim::UnitOptions& options = {})
-        : ConsoleRig(options, kCommissioningTickMs, kUnitTimeScale) {
+    explicit CommissioningRig(const sim::UnitOptions& options = {},
+                              int unitTimeScale = kUnitTimeScale)
+        : ConsoleRig(options, kCommissioningTickMs, unitTimeScale) {
         menu = window->findChild<CommissioningMenu*>(QStringLiteral("CommissioningMenu"));
         menu->setFileChooser([this](bool save, QString suggested) -> QCoro::Task<QString> {
             asked.push_back({save, suggested});
@@ -89,7 +92,7 @@ struct CommissioningRig : ConsoleRig {
                 dialog.RestoreCancelBut->isDefault() && !dialog.RestoreOkBut->isDefault();
             co_return confirmAnswer;
         });
-        menu->setProbeWaitMs(20);
+        menu->setProbeWaitMs(kProbeWaitMs);
         file = directory.filePath(QStringLiteral("unit.txt"));
     }
     ~CommissioningRig() { line.onFrame = nullptr; }

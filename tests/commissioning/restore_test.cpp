@@ -16,6 +16,9 @@ namespace {
 // The console connected to the unit, and the unit saved to the file.
 class RestoreUnit : public ::testing::Test {
   protected:
+    // The unit's clock runs fast: a lens that has not moved for this long
+    // will not.
+    RestoreUnit() { PlatformMover::stillMs = 250; }
     void save() {
         ASSERT_TRUE(rig.connect());
         rig.trigger("MenuSaveUnit");
@@ -31,7 +34,7 @@ class RestoreSavedUnit : public RestoreUnit {
 
 }  // namespace
 
-TEST_F(RestoreSavedUnit, ShowsTheDifferencesWritesOnlyThoseAfterOkAndRefusesABadFile) {
+TEST_F(RestoreSavedUnit, ShowsTheDifferencesOffersOkAndWritesOnlyThoseAfterItAndRefusesABadFile) {
     const sim::StoredState saved = stored(unit);
     unit.settings.panRates.ramp = 33;
     unit.settings.heater = 2;
@@ -71,6 +74,18 @@ TEST_F(RestoreSavedUnit, ShowsTheDifferencesWritesOnlyThoseAfterOkAndRefusesABad
                                            "holds every value of the file."));
     EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
 
+    // OK is offered only with something to write.
+    const UnitSettings restored = rig.saved();
+    const auto okOffered = [&restored](const UnitSettings& file) {
+        return RestoreDialog(QString(), planRestore(file, restored, false), nullptr)
+            .RestoreOkBut->isEnabled();
+    };
+    UnitSettings edited = restored;
+    edited.values["reference/pan-resolver-centre"] += 1;  // shown, never written
+    EXPECT_FALSE(okOffered(restored) || okOffered(edited));
+    edited.values["speeds/pan-ramp"] += 1;
+    EXPECT_TRUE(okOffered(edited));
+
     // Nothing left to do, nor when only a value kept for reference differs:
     // nothing asked, nothing written.
     for (const int reference : {0, 1}) {
@@ -97,21 +112,6 @@ TEST_F(RestoreSavedUnit, ShowsTheDifferencesWritesOnlyThoseAfterOkAndRefusesABad
     rig.trigger("MenuRestoreUnit");
     EXPECT_TRUE(rig.lastMessage().contains(QStringLiteral("controller type 1")));
     EXPECT_TRUE(rig.writes().empty());
-}
-
-// OK is offered only when the file has something to write.
-TEST_F(RestoreSavedUnit, TheConfirmationOffersOkOnlyWithSomethingToWrite) {
-    const UnitSettings unit = rig.saved();
-    UnitSettings file = unit;
-    const auto okOffered = [&unit](const UnitSettings& restored) {
-        const RestoreDialog dialog(QString(), planRestore(restored, unit, false), nullptr);
-        return dialog.RestoreOkBut->isEnabled();
-    };
-    EXPECT_FALSE(okOffered(file));
-    file.values["reference/pan-resolver-centre"] += 1;  // shown, never written
-    EXPECT_FALSE(okOffered(file));
-    file.values["speeds/pan-ramp"] += 1;
-    EXPECT_TRUE(okOffered(file));
 }
 
 TEST_F(RestoreSavedUnit, FactorySettingsWaitForTheFactoryArea) {
@@ -240,9 +240,13 @@ TEST_F(RestoreSavedUnit, CancelDuringAMoveStopsThePlatform) {
 
 // A file saved from a unit set up unlike a new one, restored onto a new
 // unit, leaves it set up as the first in everything the console restores.
-TEST_F(RestoreUnit, EveryValueOfTheFileReachesANewUnit) {
+// Its platform drives to four soft limits: a faster clock spares the wait.
+TEST(RestoreOntoANewUnit, EveryValueOfTheFileReachesIt) {
+    CommissioningRig rig({}, 4 * CommissioningRig::kUnitTimeScale);
+    sim::UnitState& unit = rig.unit.state();
     loadInto(unit, distinctUnit(0));
-    save();
+    ASSERT_TRUE(rig.connect());
+    rig.trigger("MenuSaveUnit");
     loadInto(unit, sim::StoredState{});
     rig.openFactoryArea();
 
@@ -261,7 +265,7 @@ TEST_F(RestoreUnit, NamesAPresetWhoseLensCannotMove) {
     QElapsedTimer took;
     took.start();
     rig.trigger("MenuRestoreUnit");
-    EXPECT_GE(took.elapsed(), PlatformMover::kStillMs);
+    EXPECT_GE(took.elapsed(), PlatformMover::stillMs);
     EXPECT_EQ(rig.lastMessage(),
               QStringLiteral("Restore Unit Settings: The unit did not take 1 of the values: "
                              "presets/9 (file 0.00 0.00 128 128 50 128, unit 0.00 0.00 0 0 0 0)."));

@@ -102,9 +102,9 @@ struct Controls {
 // The real window on the serial port that HALVEX_COM1 names, online. The unit
 // on a pseudo-terminal answers at once, so the console may tick fast too.
 struct SimConsole : Controls {
-    SimConsole()
+    explicit SimConsole(int tickMs = 25)
         : window(
-              nullptr, [](QWidget*, const Message&) { return true; }, 25) {
+              nullptr, [](QWidget*, const Message&) { return true; }, tickMs) {
         console = &window;
         window.Form_Load();
         window.show();

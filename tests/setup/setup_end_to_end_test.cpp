@@ -10,6 +10,12 @@
 using namespace halvex;
 using namespace halvex::testing;
 
+namespace {
+// halvex-sim on its pseudo-terminal keeps up with a frame every few
+// milliseconds.
+constexpr int kTickMs = 8;
+}  // namespace
+
 // Through a pseudo-terminal to halvex-sim keeping its state in a file: what
 // the Video and Setup pages set is what a fresh console reads back after the
 // unit restarts; then the cameras behind it answer and its lens moves.
@@ -22,7 +28,7 @@ TEST(PagesEndToEnd, SettingsSurviveARestartOfTheUnitAndTheCamerasAnswer) {
         SimProcess sim(keepState);
         ASSERT_TRUE(sim.device().startsWith(QStringLiteral("/dev/")));
         qputenv("HALVEX_COM1", sim.device().toLocal8Bit());
-        SimConsole console;
+        SimConsole console(kTickMs);
         ASSERT_TRUE(console.online);
         console.showPage(5);
         console.act("VidOption_3 StoreInitBut");  // kept for power up
@@ -35,7 +41,7 @@ TEST(PagesEndToEnd, SettingsSurviveARestartOfTheUnitAndTheCamerasAnswer) {
     }
     SimProcess sim(keepState);
     qputenv("HALVEX_COM1", sim.device().toLocal8Bit());
-    SimConsole console;
+    SimConsole console(kTickMs);
     ASSERT_TRUE(console.online);
     console.expect("VidOption_3 PSafeScroll=9 TOScroll=45 HeatOp_2");
     EXPECT_TRUE(console.text("RevLabel").startsWith(QStringLiteral("Rev 2.10  ")));
