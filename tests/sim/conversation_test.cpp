@@ -1,11 +1,8 @@
-// Every command the virtual unit knows, with a handful of payloads each (all
-// zeros, counting up, 0x55 after a first byte of 1, all ones, small numbers,
-// and one byte longer than needed), against the transcript in
-// unit_conversation.txt: each reply byte for byte, what came later (the long
-// procedures' answers), where the platform is nine seconds on, and which
-// stored settings the command changed. The console's own tests lean on the
-// virtual unit answering as a unit does; this keeps every answer as it was
-// checked.
+// Every command the virtual unit knows, with a handful of payloads each,
+// against the transcript in unit_conversation.txt: each reply byte for byte, what came later (the
+// long procedures' answers), where the platform is nine seconds on, and which stored settings the
+// command changed. The console's own tests lean on the virtual unit answering as a unit does; this
+// keeps every answer as it was checked.
 //
 // After a deliberate change to the virtual unit, write the transcript again
 // with HALVEX_WRITE_CONVERSATION=1 and read the difference before keeping it.
@@ -54,13 +51,14 @@ std::set<std::string> storedLines(const UnitState& state) {
     return lines;
 }
 
+// All zeros, counting up, 0x55 after a first byte of 1, all ones, small
+// numbers (angles of a few degrees where angles go), and one byte longer.
 std::vector<std::vector<Byte>> payloadsFor(std::size_t size) {
     std::vector<std::vector<Byte>> payloads(5, std::vector<Byte>(size));
     for (std::size_t i = 0; i < size; ++i) {
         payloads[1][i] = static_cast<Byte>(i + 1);
         payloads[2][i] = i == 0 ? 1 : 0x55;
         payloads[3][i] = 0xFF;
-        // Small numbers, and angles of a few degrees where angles go.
         payloads[4][i] = i % 3 == 2 ? 0 : static_cast<Byte>((i * 37 + 5) % 40);
     }
     payloads.emplace_back(size + 1, 0x33);
@@ -111,15 +109,13 @@ std::string converse() {
 
 TEST(UnitConversation, EveryCommandAnswersAsTheTranscriptSays) {
     const std::string path = HALVEX_SIM_TEST_DATA "/unit_conversation.txt";
-    const std::string now = converse();
     if (std::getenv("HALVEX_WRITE_CONVERSATION") != nullptr) {
-        std::ofstream(path) << now;
+        std::ofstream(path) << converse();
         GTEST_SKIP() << "wrote " << path;
     }
     std::ifstream file(path);
     ASSERT_TRUE(file) << path;
-    const std::string kept{std::istreambuf_iterator<char>(file), {}};
-    EXPECT_EQ(now, kept);  // a difference is shown line by line
+    EXPECT_EQ(converse(), std::string(std::istreambuf_iterator<char>(file), {}));
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// halvex-sim --video as a program runs it: the command line, and a real
-// GStreamer client pulling an output over RTSP.
+// halvex-sim --video as a program runs it, and a real GStreamer client
+// pulling an output over RTSP.
 
 #include <gtest/gtest.h>
 
@@ -9,12 +9,9 @@
 #include <QTest>
 #include <memory>
 #include <optional>
-#include <sstream>
 #include <string>
-#include <vector>
 
 #include "protocol/vocabulary_video.h"
-#include "sim/sim_command_line.h"
 #include "sim/video/frame_counter.h"
 #include "sim/video/video_server.h"
 #include "tests/support/sim_process.h"
@@ -29,38 +26,15 @@
 namespace halvex::sim::testing {
 namespace {
 
-TEST(VideoCommandLine, TakesThePortAddressSizeAndRate) {
-    const auto parsed =
-        parseSimCommandLine({"--tcp", "0", "--video", "8554", "--video-address", "0.0.0.0",
-                             "--video-size", "1280x720", "--video-rate", "30"});
-    ASSERT_TRUE(std::holds_alternative<SimCommandLine>(parsed));
-    const VideoCommandLine& video = std::get<SimCommandLine>(parsed).video;
-    EXPECT_EQ(video.port, 8554);
-    EXPECT_EQ(video.address, "0.0.0.0");
-    EXPECT_EQ(video.width, 1280);
-    EXPECT_EQ(video.height, 720);
-    EXPECT_EQ(video.rate, 30);
-
-    const auto plain = parseSimCommandLine({"--video", "0"});
-    ASSERT_TRUE(std::holds_alternative<SimCommandLine>(plain));
-    EXPECT_EQ(std::get<SimCommandLine>(plain).video.address, "127.0.0.1");
-    EXPECT_EQ(std::get<SimCommandLine>(plain).video.width, 0) << "as the video mode says";
-    EXPECT_FALSE(std::get<SimCommandLine>(parseSimCommandLine({})).video.port.has_value());
-
-    for (const char* bad : {"--video 65536", "--video x", "--video 0 --video-size 1280",
-                            "--video 0 --video-size 1281x720", "--video 0 --video-size 32x32",
-                            "--video 0 --video-size 1280x720x3", "--video 0 --video-rate 0",
-                            "--video 0 --video-rate 61", "--video-size 640x480", "--video-rate 25",
-                            "--video-address 10.0.0.1", "--video 0 --video-address"}) {
-        std::istringstream in(bad);
-        const std::vector<std::string> words{std::istream_iterator<std::string>(in), {}};
-        EXPECT_TRUE(std::holds_alternative<std::string>(parseSimCommandLine(words))) << bad;
-    }
-}
-
 // A client of one output: rtspsrc to decoded RGB frames, pulled one by one.
 class Receiver {
   public:
+    struct Frame {
+        int width = 0;
+        int height = 0;
+        std::uint32_t counter = 0;
+    };
+
     explicit Receiver(const std::string& url) {
         video::initialiseGstreamer();
         const std::string description =
@@ -90,12 +64,6 @@ class Receiver {
     Receiver(const Receiver&) = delete;
     Receiver& operator=(const Receiver&) = delete;
 
-    struct Frame {
-        int width = 0;
-        int height = 0;
-        std::uint32_t counter = 0;
-    };
-
     // The next decoded frame whose counter reads, within `timeoutMs`.
     std::optional<Frame> next(int timeoutMs) {
         QElapsedTimer clock;
@@ -108,8 +76,21 @@ class Receiver {
             if (sample == nullptr) {
                 continue;
             }
-            ++samples_;
-            const auto frame = read(sample);
+            ++samples;
+            GstVideoInfo info;
+            GstMapInfo map;
+            GstBuffer* buffer = gst_sample_get_buffer(sample);
+            std::optional<Frame> frame;
+            if (gst_video_info_from_caps(&info, gst_sample_get_caps(sample)) &&
+                gst_buffer_map(buffer, &map, GST_MAP_READ)) {
+                const int width = GST_VIDEO_INFO_WIDTH(&info);
+                const int height = GST_VIDEO_INFO_HEIGHT(&info);
+                if (const auto counter = video::readFrameCounter(
+                        map.data, width, height, GST_VIDEO_INFO_PLANE_STRIDE(&info, 0))) {
+                    frame = Frame{width, height, *counter};
+                }
+                gst_buffer_unmap(buffer, &map);
+            }
             gst_sample_unref(sample);
             if (frame) {
                 return frame;
@@ -118,112 +99,69 @@ class Receiver {
         return std::nullopt;
     }
 
-    // Decoded frames so far, readable or not.
-    int samples() const { return samples_; }
+    int samples = 0;  // decoded frames so far, readable or not
 
   private:
-    static std::optional<Frame> read(GstSample* sample) {
-        GstVideoInfo info;
-        if (!gst_video_info_from_caps(&info, gst_sample_get_caps(sample))) {
-            return std::nullopt;
-        }
-        GstMapInfo map;
-        GstBuffer* buffer = gst_sample_get_buffer(sample);
-        if (!gst_buffer_map(buffer, &map, GST_MAP_READ)) {
-            return std::nullopt;
-        }
-        const int width = GST_VIDEO_INFO_WIDTH(&info);
-        const int height = GST_VIDEO_INFO_HEIGHT(&info);
-        const auto counter =
-            video::readFrameCounter(map.data, width, height, GST_VIDEO_INFO_PLANE_STRIDE(&info, 0));
-        gst_buffer_unmap(buffer, &map);
-        if (!counter) {
-            return std::nullopt;
-        }
-        return Frame{width, height, *counter};
-    }
-
     GstElement* pipeline_ = nullptr;
     GstElement* sink_ = nullptr;
-    int samples_ = 0;
 };
-
-// The "video on ..." line's port, once halvex-sim has said it.
-std::optional<int> videoPort(SimProcess& sim) {
-    static const QRegularExpression line(QStringLiteral(
-        "video on rtsp://127\\.0\\.0\\.1:(\\d+)/out1 and rtsp://127\\.0\\.0\\.1:\\1/out2\\n"));
-    QElapsedTimer clock;
-    clock.start();
-    while (clock.elapsed() < 5000) {
-        const auto match = line.match(sim.errorOutput());
-        if (match.hasMatch()) {
-            return match.captured(1).toInt();
-        }
-        QTest::qWait(20);
-    }
-    return std::nullopt;
-}
 
 TEST(VideoStream, AClientGetsCountedFramesOfEachOutputAndAnIdleSimRests) {
     SimProcess sim({"--tcp", "0", "--video", "0", "--video-size", "640x480", "--video-rate", "30"});
     ASSERT_FALSE(sim.device().isEmpty());
-    const auto port = videoPort(sim);
-    ASSERT_TRUE(port.has_value()) << sim.errorOutput().toStdString();
-    const std::string base = "rtsp://127.0.0.1:" + std::to_string(*port) + "/out";
+    // The "video on ..." line's port, once halvex-sim has said it.
+    static const QRegularExpression line(QStringLiteral(
+        "video on rtsp://127\\.0\\.0\\.1:(\\d+)/out1 and rtsp://127\\.0\\.0\\.1:\\1/out2\\n"));
+    QRegularExpressionMatch said;
+    ASSERT_TRUE(QTest::qWaitFor([&] { return (said = line.match(sim.errorOutput())).hasMatch(); }))
+        << sim.errorOutput().toStdString();
+    const std::string base = "rtsp://127.0.0.1:" + said.captured(1).toStdString() + "/out";
 
     // Ticks are hundredths of a second: nobody watches, nothing is drawn.
     const long idle = sim.cpuTicks();
     QTest::qWait(400);
     EXPECT_LT(sim.cpuTicks() - idle, 4) << "drawing or spinning with no client";
-
     {
         Receiver first(base + "1");
         Receiver second(base + "2");
         const auto one = first.next(4000);
-        ASSERT_TRUE(one.has_value()) << "no readable frame from out1 in " << first.samples();
+        ASSERT_TRUE(one.has_value()) << "no readable frame from out1 in " << first.samples;
         EXPECT_EQ(one->width, 640);
         EXPECT_EQ(one->height, 480);
-        ASSERT_TRUE(second.next(4000).has_value())
-            << "no readable frame from out2 in " << second.samples();
+        ASSERT_TRUE(second.next(4000).has_value()) << "none from out2 in " << second.samples;
         QTest::qWait(150);
         const auto later = first.next(2000);
         ASSERT_TRUE(later.has_value());
         EXPECT_GT(later->counter, one->counter);
         EXPECT_LT(later->counter, one->counter + 300) << "counting frames, not time";
     }
-
     // The clients gone, drawing stops again.
     QTest::qWait(500);
     const long after = sim.cpuTicks();
     QTest::qWait(400);
     EXPECT_LT(sim.cpuTicks() - after, 4) << "still drawing after the clients left";
-
     sim.stop();
     EXPECT_TRUE(sim.endedCleanly());
-}
-
-TEST(VideoStream, APortInUseIsRefusedWithTheReason) {
-    const auto snapshot = [] { return video::VideoSnapshot{}; };
-    video::VideoServer first(video::VideoServerOptions{}, snapshot);
-    ASSERT_TRUE(first.start());
-    video::VideoServerOptions same;
-    same.port = first.port();
-    video::VideoServer second(same, snapshot);
-    std::string error;
-    EXPECT_FALSE(second.start(&error));
-    EXPECT_EQ(
-        error.rfind("cannot serve video on 127.0.0.1 port " + std::to_string(first.port()), 0), 0u)
-        << error;
 }
 
 TEST(VideoStream, ThePictureFollowsTheStandardWhileStreamingAndTheServerStopsUnderAClient) {
     video::VideoSnapshot snapshot;
     snapshot.videoPower = vocab::maskOf(vocab::video_configuration::kCamera1Power);
-    auto server = std::make_unique<video::VideoServer>(video::VideoServerOptions{},
-                                                       [&snapshot] { return snapshot; });
+    const auto snapshotNow = [&snapshot] { return snapshot; };
+    auto server = std::make_unique<video::VideoServer>(video::VideoServerOptions{}, snapshotNow);
     std::string error;
     ASSERT_TRUE(server->start(&error)) << error;
     EXPECT_EQ(server->url(1), "rtsp://127.0.0.1:" + std::to_string(server->port()) + "/out2");
+
+    // A port in use is refused with the reason.
+    video::VideoServerOptions same;
+    same.port = server->port();
+    video::VideoServer second(same, snapshotNow);
+    EXPECT_FALSE(second.start(&error));
+    EXPECT_EQ(error.rfind("cannot serve video on 127.0.0.1 port " + std::to_string(same.port), 0),
+              0u)
+        << error;
+
     Receiver receiver(server->url(0));
     const auto ntsc = receiver.next(4000);
     ASSERT_TRUE(ntsc.has_value());
@@ -243,7 +181,6 @@ TEST(VideoStream, ThePictureFollowsTheStandardWhileStreamingAndTheServerStopsUnd
     EXPECT_EQ(pal->width, 768);
     EXPECT_EQ(pal->height, 576);
     EXPECT_GT(pal->counter, ntsc->counter) << "the output went on counting";
-
     server.reset();  // with the client still there
 }
 
@@ -267,5 +204,6 @@ TEST(VideoStream, AViewerJoiningARunningOutputGetsAKeyFrameAtOnce) {
     ASSERT_TRUE(seen.has_value());
     EXPECT_LT(seen->counter, joined + 9) << "waited for the periodic key frame";
 }
+
 }  // namespace
 }  // namespace halvex::sim::testing

@@ -1,17 +1,23 @@
 // What the unit does with the bytes on its line: addressing, stuffing, bad
 // and broken frames, random input, the line faults and the command line.
-// halvex-sim on its pseudo-terminal, paced and unplugged, is run in the
-// connection tests.
+// halvex-sim on its pseudo-terminal, unplugged, is run in the connection
+// tests.
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <QCoreApplication>
+#include <QElapsedTimer>
 #include <algorithm>
+#include <functional>
 #include <iterator>
 #include <random>
 #include <sstream>
 
 #include "sim/line_control.h"
 #include "sim/line_faults.h"
+#include "sim/pty_unit.h"
 #include "sim/sim_command_line.h"
 #include "tests/sim/unit_test_support.h"
 
@@ -223,9 +229,27 @@ TEST(LineControl, EveryCommandAndItsValuesAndWhatIsRefused) {
 }
 
 TEST(SimCommandLine, ParsesEveryOptionAndRejectsBadValues) {
-    const auto parsed =
-        parseSimCommandLine({"--id", "7", "--noise", "0.1", "--silent-after", "5", "--fault",
-                             "pan-dir", "--fault", "tilt-timeout", "-v"});
+    const auto parsed = parseSimCommandLine({"--id",
+                                             "7",
+                                             "--noise",
+                                             "0.1",
+                                             "--silent-after",
+                                             "5",
+                                             "--fault",
+                                             "pan-dir",
+                                             "--fault",
+                                             "tilt-timeout",
+                                             "-v",
+                                             "--tcp",
+                                             "0",
+                                             "--video",
+                                             "8554",
+                                             "--video-address",
+                                             "0.0.0.0",
+                                             "--video-size",
+                                             "1280x720",
+                                             "--video-rate",
+                                             "30"});
     ASSERT_TRUE(std::holds_alternative<SimCommandLine>(parsed));
     const auto& line = std::get<SimCommandLine>(parsed);
     EXPECT_EQ(line.options.unit.id, 7);
@@ -233,7 +257,20 @@ TEST(SimCommandLine, ParsesEveryOptionAndRejectsBadValues) {
     EXPECT_EQ(line.options.line.silentAfter, 5u);
     EXPECT_EQ(line.options.faults, (std::vector<Fault>{Fault::PanDirection, Fault::TiltTimeout}));
     EXPECT_TRUE(line.verbose);
-    for (const char* bad : {"--id 100", "--noise 1.5", "--fault pan", "stray", "--id 7x"}) {
+    EXPECT_EQ(line.video.port, 8554);
+    EXPECT_EQ(line.video.address, "0.0.0.0");
+    EXPECT_EQ(std::vector<int>({line.video.width, line.video.height, line.video.rate}),
+              std::vector<int>({1280, 720, 30}));
+    const auto plain = std::get<SimCommandLine>(parseSimCommandLine({"--video", "0"}));
+    EXPECT_EQ(plain.video.address, "127.0.0.1");
+    EXPECT_EQ(plain.video.width, 0) << "as the video mode says";
+    EXPECT_FALSE(std::get<SimCommandLine>(parseSimCommandLine({})).video.port.has_value());
+    for (const char* bad :
+         {"--id 100", "--noise 1.5", "--fault pan", "stray", "--id 7x", "--video 65536",
+          "--video x", "--video 0 --video-size 1280", "--video 0 --video-size 1281x720",
+          "--video 0 --video-size 32x32", "--video 0 --video-size 1280x720x3",
+          "--video 0 --video-rate 0", "--video 0 --video-rate 61", "--video-size 640x480",
+          "--video-rate 25", "--video-address 10.0.0.1", "--video 0 --video-address"}) {
         std::istringstream in(bad);
         const std::vector<std::string> words{std::istream_iterator<std::string>(in), {}};
         EXPECT_TRUE(std::holds_alternative<std::string>(parseSimCommandLine(words))) << bad;
@@ -241,6 +278,66 @@ TEST(SimCommandLine, ParsesEveryOptionAndRejectsBadValues) {
     // An unknown option is named as such, even as the last word.
     EXPECT_EQ(std::get<std::string>(parseSimCommandLine({"--bogus"})), "unknown option --bogus");
     EXPECT_EQ(std::get<std::string>(parseSimCommandLine({"--id"})), "--id needs a value");
+}
+
+// The unit on its pseudo-terminal: how its replies leave, whole or paced.
+struct ReplyAsRead {
+    std::vector<std::size_t> reads;  // the size of each read it took
+    std::vector<Byte> bytes;
+};
+
+// The console's end of the line: asks for the firmware revision and reads
+// the reply as it comes, one read at a time; `afterFirstRead` runs once the
+// first bytes are in.
+ReplyAsRead oneReply(PtyUnit& unit, const std::function<void()>& afterFirstRead = {}) {
+    const int line = ::open(unit.slavePath().toLocal8Bit().constData(),
+                            O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+    EXPECT_GE(line, 0);
+    const auto request = encodeFrame(kStx, 0, vocab::blank<vocab::FirmwareRequest>(), 0);
+    EXPECT_EQ(::write(line, request.data(), request.size()), static_cast<ssize_t>(request.size()));
+    ReplyAsRead got;
+    auto& [reads, reply] = got;
+    QElapsedTimer clock;
+    clock.start();
+    while ((reply.empty() || reply.back() != kEtx) && clock.elapsed() < 5000) {
+        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 5);
+        Byte buffer[64];
+        const ssize_t count = ::read(line, buffer, sizeof buffer);
+        if (count > 0) {
+            reads.push_back(static_cast<std::size_t>(count));
+            reply.insert(reply.end(), buffer, buffer + count);
+            if (reads.size() == 1 && afterFirstRead) {
+                afterFirstRead();
+            }
+        }
+    }
+    ::close(line);
+    EXPECT_GE(reply.size(), 10u) << "06, address, 9A, five bytes, LRC, 03";
+    return got;
+}
+
+TEST(PtyUnit, RepliesLeaveWholeUnlessPaced) {
+    PtyUnit unit{PtyUnitOptions{}};
+    ASSERT_TRUE(unit.open());
+    const ReplyAsRead whole = oneReply(unit);
+    EXPECT_EQ(whole.reads.size(), 1u);
+
+    LineCommand pace;
+    pace.kind = LineCommand::Kind::Pace;
+    pace.number = 300;  // a byte every 33 ms
+    unit.apply(pace);
+    const ReplyAsRead paced = oneReply(unit);
+    EXPECT_GT(paced.reads.size(), 5u);
+    EXPECT_EQ(paced.bytes, whole.bytes) << "paced, each byte once and in its order";
+
+    // Pacing switched off in the middle of a reply: the rest leaves at once.
+    const ReplyAsRead cutShort = oneReply(unit, [&unit, &pace] {
+        pace.number = 0;
+        unit.apply(pace);
+    });
+    EXPECT_EQ(cutShort.reads.size(), 2u);
+    EXPECT_EQ(cutShort.bytes, whole.bytes);
+    EXPECT_EQ(oneReply(unit).reads.size(), 1u);
 }
 
 }  // namespace
