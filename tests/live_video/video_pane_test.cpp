@@ -55,6 +55,8 @@ TEST_F(Pane, ThePictureKeepsItsShapeCentredInThePane) {
     pane.clearFrame();
     EXPECT_FALSE(pane.hasPicture());
 
+    // It takes no focus, so that the keyboard jog keeps working.
+    EXPECT_EQ(pane.focusPolicy(), Qt::NoFocus);
     // Laid out at the sizes it asks for, the first picture fills it.
     for (const QSize size : {pane.sizeHint(), pane.minimumSizeHint()}) {
         EXPECT_EQ(size.width() * 9, size.height() * 16) << size.width() << " x " << size.height();
@@ -95,16 +97,13 @@ TEST_F(Pane, ADraggedBoxIsAskedForInPictureFractionsWithinThePicture) {
     QTest::mouseRelease(&pane, Qt::LeftButton, {}, QPoint(-50, -30));
     ASSERT_EQ(boxes.size(), 2u);
     EXPECT_EQ(boxes[1], QRectF(0.0, 0.0, 0.75, 0.5));
-    EXPECT_TRUE(centres.empty());
-}
-
-TEST_F(Pane, APressOnTheBarsBesideThePictureStartsNoBox) {
-    pane.setFrame(QImage(300, 600, QImage::Format_RGB32));  // x 125 to 275
+    // A press on the bars beside a narrow picture (x 125 to 275) starts none.
+    pane.setFrame(QImage(300, 600, QImage::Format_RGB32));
     QTest::mousePress(&pane, Qt::LeftButton, {}, QPoint(60, 150));
     QTest::mouseMove(&pane, QPoint(150, 150));
     QTest::mouseMove(&pane, QPoint(200, 200));
     QTest::mouseRelease(&pane, Qt::LeftButton, {}, QPoint(200, 200));
-    EXPECT_TRUE(boxes.empty());
+    EXPECT_EQ(boxes.size(), 2u);
     EXPECT_TRUE(centres.empty());
 }
 
@@ -118,8 +117,12 @@ TEST_F(Pane, TheWheelAsksForWholeNotchesOfZoom) {
     EXPECT_EQ(zooms, (std::vector<int>{1, -2, 1}));
 }
 
-TEST_F(Pane, TakesNoFocusSoThatTheKeyboardJogKeepsWorking) {
-    EXPECT_EQ(pane.focusPolicy(), Qt::NoFocus);
+TEST_F(Pane, ANoticeStaysAWhileAndTheMessageIsKept) {
+    pane.setMessage(QStringLiteral("stream lost: reconnecting"));
+    pane.showNotice(QStringLiteral("refused: offline"));
+    EXPECT_EQ(pane.property("message").toString(), QStringLiteral("stream lost: reconnecting"));
+    EXPECT_EQ(pane.notice(), QStringLiteral("refused: offline"));
+    EXPECT_EQ(pane.accessibleDescription(), QStringLiteral("stream lost: reconnecting"));
 }
 
 // A landscape of sorts: sky over ground, with posts to see the scaling by.
@@ -175,14 +178,6 @@ TEST(VideoPanelLook, TheOutputsSitSideBySideInAPanelAtLeast16By9) {
     EXPECT_TRUE(sideBySide({1850, 1000}));
     EXPECT_FALSE(sideBySide({1700, 1000}));
     EXPECT_FALSE(sideBySide({1599, 900}));
-}
-
-TEST_F(Pane, ANoticeStaysAWhileAndTheMessageIsKept) {
-    pane.setMessage(QStringLiteral("stream lost: reconnecting"));
-    pane.showNotice(QStringLiteral("refused: offline"));
-    EXPECT_EQ(pane.property("message").toString(), QStringLiteral("stream lost: reconnecting"));
-    EXPECT_EQ(pane.notice(), QStringLiteral("refused: offline"));
-    EXPECT_EQ(pane.accessibleDescription(), QStringLiteral("stream lost: reconnecting"));
 }
 
 }  // namespace

@@ -117,17 +117,11 @@ TEST(PlotFrame, ADegreeIsAsLongAcrossAsUpAndZoomingKeepsWhatIsUnderThePointer) {
     EXPECT_EQ(frame.visible(), frame.range());
 
     // Grid lines at least 36 pixels apart, on every round step there is.
-    for (const auto& [pixelsPerDegree, step] : {std::pair{40.0, 1.0},
-                                                {20.0, 2.0},
-                                                {8.0, 5.0},
-                                                {4.0, 10.0},
-                                                {3.0, 15.0},
-                                                {1.5, 30.0},
-                                                {1.0, 45.0},
-                                                {0.5, 90.0},
-                                                {0.25, 180.0}}) {
-        frame.setArea(QRectF(0, 0, 360 * pixelsPerDegree, 180 * pixelsPerDegree));
-        EXPECT_EQ(frame.gridStep(), step) << pixelsPerDegree;
+    const double pixelsPerDegree[] = {40, 20, 8, 4, 3, 1.5, 1, 0.5, 0.25};
+    const double steps[] = {1, 2, 5, 10, 15, 30, 45, 90, 180};
+    for (std::size_t i = 0; i < std::size(steps); ++i) {
+        frame.setArea(QRectF(0, 0, 360 * pixelsPerDegree[i], 180 * pixelsPerDegree[i]));
+        EXPECT_EQ(frame.gridStep(), steps[i]) << pixelsPerDegree[i];
     }
 
     // A range the offsets have moved, in an area wider than it needs.
