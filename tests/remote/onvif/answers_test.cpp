@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QTimeZone>
 #include <QXmlStreamReader>
+#include <map>
 
 #include "tests/remote/onvif/onvif_rig.h"
 
@@ -63,39 +64,32 @@ TEST_F(OnvifTest, EveryQuestionIsAnsweredAsTheKeptAnswersSay) {
     server.setAnonymousAllowed(true);
     server.services().setClock(
         [] { return QDateTime(QDate(2026, 11, 25), QTime(10, 20, 30), QTimeZone::utc()); });
-    const std::pair<const char*, const char*> questions[] = {
-        {"device_service", "<tds:GetDeviceInformation/>"},
-        {"device_service", "<tds:GetCapabilities/>"},
-        {"device_service", "<tds:GetServices/>"},
-        {"device_service", "<tds:GetSystemDateAndTime/>"},
-        {"device_service", "<tds:GetScopes/>"},
-        {"media_service", "<trt:GetProfiles/>"},
-        {"media_service",
-         "<trt:GetProfile><trt:ProfileToken>profile2</trt:ProfileToken>"
-         "</trt:GetProfile>"},
-        {"media_service", "<trt:GetVideoSources/>"},
-        {"ptz_service", "<tptz:GetNodes/>"},
-        {"ptz_service", "<tptz:GetNode><tptz:NodeToken>unit</tptz:NodeToken></tptz:GetNode>"},
-        {"ptz_service", "<tptz:GetConfigurations/>"},
-        {"ptz_service",
-         "<tptz:GetConfiguration><tptz:PTZConfigurationToken>ptz2"
-         "</tptz:PTZConfigurationToken></tptz:GetConfiguration>"},
-        {"ptz_service",
-         "<tptz:GetConfigurationOptions><tptz:ConfigurationToken>ptz1"
-         "</tptz:ConfigurationToken></tptz:GetConfigurationOptions>"},
-        {"ptz_service",
-         "<tptz:GetStatus><tptz:ProfileToken>profile2</tptz:ProfileToken>"
-         "</tptz:GetStatus>"},
-        {"ptz_service",
-         "<tptz:GetPresets><tptz:ProfileToken>profile1</tptz:ProfileToken>"
-         "</tptz:GetPresets>"},
-        {"ptz_service",
-         "<tptz:GotoPreset><tptz:ProfileToken>profile1</tptz:ProfileToken>"
-         "<tptz:PresetToken>31</tptz:PresetToken></tptz:GotoPreset>"},
-    };
+    // Each to the service of its prefix.
+    const char* questions[] = {
+        "<tds:GetDeviceInformation/>",
+        "<tds:GetCapabilities/>",
+        "<tds:GetServices/>",
+        "<tds:GetSystemDateAndTime/>",
+        "<tds:GetScopes/>",
+        "<trt:GetProfiles/>",
+        "<trt:GetProfile><trt:ProfileToken>profile2</trt:ProfileToken></trt:GetProfile>",
+        "<trt:GetVideoSources/>",
+        "<tptz:GetNodes/>",
+        "<tptz:GetNode><tptz:NodeToken>unit</tptz:NodeToken></tptz:GetNode>",
+        "<tptz:GetConfigurations/>",
+        "<tptz:GetConfiguration><tptz:PTZConfigurationToken>ptz2"
+        "</tptz:PTZConfigurationToken></tptz:GetConfiguration>",
+        "<tptz:GetConfigurationOptions><tptz:ConfigurationToken>ptz1"
+        "</tptz:ConfigurationToken></tptz:GetConfigurationOptions>",
+        "<tptz:GetStatus><tptz:ProfileToken>profile2</tptz:ProfileToken></tptz:GetStatus>",
+        "<tptz:GetPresets><tptz:ProfileToken>profile1</tptz:ProfileToken></tptz:GetPresets>",
+        "<tptz:GotoPreset><tptz:ProfileToken>profile1</tptz:ProfileToken>"
+        "<tptz:PresetToken>31</tptz:PresetToken></tptz:GotoPreset>"};
+    const std::map<QByteArray, QByteArray> services = {
+        {"tds", "device_service"}, {"trt", "media_service"}, {"tptz", "ptz_service"}};
     QString now;
-    for (const auto& [service, question] : questions) {
-        const QByteArray path = QByteArray("/onvif/") + service;
+    for (const char* question : questions) {
+        const QByteArray path = "/onvif/" + services.at(QByteArray(question).mid(1).split(':')[0]);
         const QByteArray response =
             post(envelope(QLatin1String(question), QString()), path.constData());
         now += QStringLiteral("> %1 %2\n< %3\n")

@@ -1,6 +1,7 @@
 // WS-Discovery: a probe for a video transmitter is answered with the device
 // service's address; one for something else is not.
 
+#include <QNetworkDatagram>
 #include <QUdpSocket>
 
 #include "tests/remote/onvif/onvif_rig.h"
@@ -8,16 +9,17 @@
 namespace halvex::testing {
 namespace {
 
-QByteArray probe(const QString& messageId, const QString& inside) {
+QByteArray probe(int n, const QString& inside = {}) {
     return QStringLiteral(
                "<?xml version=\"1.0\"?><s:Envelope xmlns:s=\"%1\" xmlns:a=\"%2\" xmlns:d=\"%3\" "
-               "xmlns:dn=\"%4\"><s:Header><a:MessageID>%5</a:MessageID>"
+               "xmlns:dn=\"%4\"><s:Header><a:MessageID>urn:uuid:probe-%5</a:MessageID>"
                "<a:To>urn:schemas-xmlsoap-org:ws:2005:04:discovery</a:To><a:Action>"
                "http://schemas.xmlsoap.org/ws/2005/04/discovery/Probe</a:Action></s:Header>"
                "<s:Body><d:Probe>%6</d:Probe></s:Body></s:Envelope>")
         .arg(QLatin1String(onvif::ns::kEnvelope), QLatin1String(onvif::ns::kAddressing),
-             QLatin1String(onvif::ns::kDiscovery), QLatin1String(onvif::ns::kNetwork), messageId,
-             inside)
+             QLatin1String(onvif::ns::kDiscovery), QLatin1String(onvif::ns::kNetwork))
+        .arg(n)
+        .arg(inside)
         .toUtf8();
 }
 
@@ -27,27 +29,36 @@ TEST_F(OnvifTest, AProbeForAVideoTransmitterIsAnsweredWithTheDeviceService) {
     ASSERT_NE(server.discoveryPort(), 0);
     QUdpSocket prober;
     ASSERT_TRUE(prober.bind(QHostAddress::LocalHost, 0));
-    const auto answerTo = [&](const QByteArray& datagram) {
-        prober.writeDatagram(datagram, QHostAddress::LocalHost, server.discoveryPort());
-        QByteArray answer;
+    // The answers to the datagrams sent, in order, up to and with the one to
+    // `last`: a probe not answered shows as the next answer being another's.
+    const auto answersTo = [&](const QList<QByteArray>& datagrams, int last, int timeoutMs = 2000) {
+        for (const QByteArray& datagram : datagrams) {
+            prober.writeDatagram(datagram, QHostAddress::LocalHost, server.discoveryPort());
+        }
+        QList<QByteArray> answers;
+        const QByteArray relatesTo =
+            "<wsa:RelatesTo>urn:uuid:probe-" + QByteArray::number(last) + "</wsa:RelatesTo>";
         runUntil(
             [&] {
-                if (!prober.hasPendingDatagrams()) {
-                    return false;
+                while (prober.hasPendingDatagrams()) {
+                    answers << prober.receiveDatagram().data();
                 }
-                answer.resize(static_cast<qsizetype>(prober.pendingDatagramSize()));
-                prober.readDatagram(answer.data(), answer.size());
-                return true;
+                return !answers.isEmpty() && answers.last().contains(relatesTo);
             },
-            500);
-        return answer;
+            timeoutMs);
+        return answers;
     };
 
-    const QByteArray match = answerTo(
-        probe(QStringLiteral("urn:uuid:probe-1"), "<d:Types>dn:NetworkVideoTransmitter</d:Types>"));
-    const auto parsed = onvif::parseSoapRequest(match);
+    // Another type or scope, or no probe at all: not answered.
+    const QList<QByteArray> match =
+        answersTo({probe(4, "<d:Types>dn:Printer</d:Types>"),
+                   probe(5, "<d:Scopes>onvif://www.onvif.org/location/roof</d:Scopes>"),
+                   "<not a probe/>", probe(1, "<d:Types>dn:NetworkVideoTransmitter</d:Types>")},
+                  1);
+    ASSERT_EQ(match.size(), 1);
+    const auto parsed = onvif::parseSoapRequest(match[0]);
     const auto* matches = std::get_if<onvif::SoapRequest>(&parsed);
-    ASSERT_NE(matches, nullptr) << match.toStdString();
+    ASSERT_NE(matches, nullptr) << match[0].toStdString();
     EXPECT_EQ(matches->body.name, QStringLiteral("ProbeMatches"));
     const onvif::XmlElement* found = matches->body.child(onvif::ns::kDiscovery, "ProbeMatch");
     ASSERT_NE(found, nullptr);
@@ -57,23 +68,14 @@ TEST_F(OnvifTest, AProbeForAVideoTransmitterIsAnsweredWithTheDeviceService) {
                     ->value()
                     .split(QLatin1Char(' '))
                     .contains(QStringLiteral("dn:NetworkVideoTransmitter")));
-    EXPECT_TRUE(match.contains("<wsa:RelatesTo>urn:uuid:probe-1</wsa:RelatesTo>"));
 
-    // Any type, and our scopes (a trailing slash aside): answered; another
-    // type or scope: not.
-    EXPECT_FALSE(answerTo(probe(QStringLiteral("urn:uuid:probe-2"), {})).isEmpty());
-    EXPECT_FALSE(answerTo(probe(QStringLiteral("urn:uuid:probe-3"),
-                                "<d:Scopes>onvif://www.onvif.org/type/</d:Scopes>"))
-                     .isEmpty());
-    EXPECT_TRUE(answerTo(probe(QStringLiteral("urn:uuid:probe-4"), "<d:Types>dn:Printer</d:Types>"))
-                    .isEmpty());
-    EXPECT_TRUE(answerTo(probe(QStringLiteral("urn:uuid:probe-5"),
-                               "<d:Scopes>onvif://www.onvif.org/location/roof</d:Scopes>"))
-                    .isEmpty());
-    EXPECT_TRUE(answerTo("<not a probe/>").isEmpty());
+    // Any type, and our scopes (a trailing slash aside): answered.
+    EXPECT_EQ(answersTo({probe(2)}, 2).size(), 1);
+    EXPECT_EQ(answersTo({probe(3, "<d:Scopes>onvif://www.onvif.org/type/</d:Scopes>")}, 3).size(),
+              1);
 
     server.close();
-    EXPECT_TRUE(answerTo(probe(QStringLiteral("urn:uuid:probe-6"), {})).isEmpty());
+    EXPECT_TRUE(answersTo({probe(6)}, 6, 100).isEmpty());
 }
 
 }  // namespace

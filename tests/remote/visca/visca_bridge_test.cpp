@@ -7,7 +7,6 @@
 #include <QNetworkDatagram>
 #include <QTcpSocket>
 #include <QUdpSocket>
-#include <sstream>
 
 #include "remote/visca/visca_bridge.h"
 #include "tests/session/session_rig.h"
@@ -20,21 +19,16 @@ using Packets = std::vector<Packet>;
 
 // A packet written as the command lists do: "81 01 06 04 FF".
 Packet bytes(const std::string& text) {
-    Packet packet;
-    std::istringstream in(text);
-    for (int byte = 0; in >> std::hex >> byte;) {
-        packet.push_back(static_cast<std::uint8_t>(byte));
-    }
-    return packet;
+    const QByteArray packet = QByteArray::fromHex(QByteArray::fromStdString(text));
+    return {packet.begin(), packet.end()};
 }
 // Packets with a comma between two.
 Packets hex(const std::string& text) {
     Packets packets;
-    std::istringstream in(text);
-    for (std::string part; std::getline(in, part, ',');) {
-        packets.push_back(bytes(part));
+    for (const QByteArray& part : QByteArray::fromStdString(text).split(',')) {
+        packets.push_back(bytes(part.toStdString()));
     }
-    return packets;
+    return packets.size() == 1 && packets[0].empty() ? Packets{} : packets;
 }
 Packet join(const Packets& packets) {
     Packet joined;
@@ -92,7 +86,7 @@ class ViscaBridgeTest : public SessionTest {
                 }
                 return count > 0 && got.size() >= count;
             },
-            count > 0 ? 5000 : 200);
+            count > 0 ? 5000 : 100);
         return got;
     }
     // The replies to the last packet, each under the reply's payload type
@@ -292,11 +286,11 @@ TEST_F(ViscaBridgeTest, DrivesSteerTheJogWithPanTiltZoomAndFocusTogether) {
 }
 
 TEST_F(ViscaBridgeTest, ADriveStopsWhenItsClientFallsSilentAndItsInquiriesKeepItGoing) {
-    bridge.setRefreshMs(300);
+    bridge.setRefreshMs(150);
     send(kDriveRight);
     EXPECT_EQ(replies(2), kDone1);
-    for (int i = 0; i < 6; ++i) {
-        runUntil([] { return false; }, 100);
+    for (int i = 0; i < 4; ++i) {
+        runUntil([] { return false; }, 75);
         send(kPositionInquiry);
         EXPECT_EQ(replies(1).size(), 1U);
     }
@@ -313,7 +307,7 @@ TEST_F(ViscaBridgeTest, ADriveStopsWhenItsClientFallsSilentAndItsInquiriesKeepIt
             return nextJog() == kAtRest;
         },
         1000));
-    EXPECT_LT(clock.elapsed(), 300 + 2 * kTickMs + 200);
+    EXPECT_LT(clock.elapsed(), 150 + 2 * kTickMs + 200);
     // The client is told, and the jog is no longer its own.
     send(bytes("81 01 00 01 FF"));
     EXPECT_EQ(replies(1), hex("90 50 FF"));
@@ -385,9 +379,8 @@ TEST_F(ViscaBridgeTest, PlainViscaOverTcpInPiecesWithSocketsCancelAndAClientThat
     const auto write = [&](const Packet& b) {
         tcp.write(reinterpret_cast<const char*>(b.data()), static_cast<qint64>(b.size()));
     };
-    // `count` bytes of replies, or what came in a moment when none are awaited.
     // The next `count` bytes, however the connection cut them up; what came
-    // beyond them waits for the next read. With 0, all that comes in 300 ms.
+    // beyond them waits for the next read. With 0, all that comes in 150 ms.
     Packet pending;
     const auto read = [&](std::size_t count) {
         runUntil(
@@ -396,7 +389,7 @@ TEST_F(ViscaBridgeTest, PlainViscaOverTcpInPiecesWithSocketsCancelAndAClientThat
                 pending.insert(pending.end(), data.begin(), data.end());
                 return count > 0 && pending.size() >= count;
             },
-            count > 0 ? 5000 : 300);
+            count > 0 ? 5000 : 150);
         const std::size_t taken = count > 0 ? std::min(count, pending.size()) : pending.size();
         Packet got(pending.begin(), pending.begin() + static_cast<std::ptrdiff_t>(taken));
         pending.erase(pending.begin(), pending.begin() + static_cast<std::ptrdiff_t>(taken));
