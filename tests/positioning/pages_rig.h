@@ -2,7 +2,7 @@
 
 // The whole console against the virtual unit with the port open and the jog
 // message ticking, but without the connection sequence: each test starts in
-// a fraction of a second, from empty lists. Helpers drive the pages by name.
+// a fraction of a second, from empty lists. The pages are driven by name.
 
 #include <QAbstractButton>
 #include <QListWidget>

@@ -73,8 +73,9 @@ constexpr Byte kHome = vocab::MoveToHome::kCode;
 
 // One session in the open Line Log: it follows the tail and pauses while the
 // console jogs, times clicks and replies, and shows every frame both ways
-// named and decoded, filtered from its controls and copied.
-TEST(LineLog, FollowsPausesTimesShowsFiltersAndCopiesTheSessionsFrames) {
+// named and decoded, filtered from its controls and copied, and the link's
+// events among them.
+TEST(LineLog, FollowsPausesTimesShowsFiltersAndCopiesTheSessionsFramesAndTheLinksEvents) {
     LogRig rig;
     rig.openLog();
     ASSERT_NE(rig.log(), nullptr);
@@ -188,18 +189,15 @@ TEST(LineLog, FollowsPausesTimesShowsFiltersAndCopiesTheSessionsFrames) {
     text->clear();
     // Typing waits for a pause before it filters.
     EXPECT_TRUE(ConsoleRig::waitFor([&] { return rig.model().rowCount() == all; }, 2000));
-}
 
-TEST(LineLog, ShowsTheLinksEventsAmongTheFrames) {
-    LogRig rig;
-    ASSERT_TRUE(rig.connect());
-
-    // A preset number past the table: the decoder's range fault.
-    const auto preset = test::message<vocab::PresetRecord>({{vocab::preset_record::kPreset, 40}});
-    rig.port->injectIncoming(encodeFrame(kAck, 0, preset, 0));
+    // The link's events among the frames. A preset number past the table: the decoder's range
+    // fault.
+    rig.port->injectIncoming(encodeFrame(
+        kAck, 0, test::message<vocab::PresetRecord>({{vocab::preset_record::kPreset, 40}}), 0));
     EXPECT_TRUE(rig.seesEvent("Run-time error"));
 
     // The unit falls silent: the watchdog.
+    rig.window->link().Timer2().start();
     rig.line.setConnected(false);
     EXPECT_TRUE(rig.seesEvent("Watchdog expired: no reply within 250 ms"));
 

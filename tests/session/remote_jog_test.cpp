@@ -1,8 +1,6 @@
 // A remote bridge's jog through the session: it reaches the jog message,
 // gives way to the operator, and stops when its client falls silent.
 
-#include <gtest/gtest.h>
-
 #include <QSignalSpy>
 
 #include "remote/remote_jog.h"
@@ -15,25 +13,13 @@ class RemoteJogTest : public SessionTest {
   protected:
     // Pan speed, tilt speed and zoom 1 of the next jog message to go out.
     std::array<std::int64_t, 3> nextJog() {
-        const std::size_t mark = line.frames().size();
-        std::array<std::int64_t, 3> seen{-1, -1, -1};
-        runUntil(
-            [&] {
-                const auto& frames = line.frames();
-                for (std::size_t i = mark; i < frames.size(); ++i) {
-                    const auto& message = frames[i].message;
-                    if (message.at(0) == vocab::JogMessage::kCode) {
-                        namespace jog = vocab::jog;
-                        seen = {vocab::get(message, jog::kPanSpeed),
-                                vocab::get(message, jog::kTiltSpeed),
-                                vocab::get(message, jog::kLensJog[0])};
-                        return true;
-                    }
-                }
-                return false;
-            },
-            2000);
-        return seen;
+        const Messages jogs = nextJogs(1);
+        if (jogs.empty()) {
+            return {-1, -1, -1};
+        }
+        namespace jog = vocab::jog;
+        return {vocab::get(jogs[0], jog::kPanSpeed), vocab::get(jogs[0], jog::kTiltSpeed),
+                vocab::get(jogs[0], jog::kLensJog[0])};
     }
     static JogDemand panRight(Byte speed) {
         JogDemand demand;
@@ -41,7 +27,7 @@ class RemoteJogTest : public SessionTest {
         return demand;
     }
 
-    RemoteJog remote{session, JogSource::PelcoD, 150};
+    RemoteJog remote{session, JogSource::PelcoD, 60};
 };
 
 using Jog = std::array<std::int64_t, 3>;
@@ -62,7 +48,7 @@ TEST_F(RemoteJogTest, DrivesTheJogMessageAndStopsWhenTheClientFallsSilent) {
     // Refreshed, it goes on; silent for longer than its refresh time, it stops.
     QSignalSpy timedOut(&remote, &RemoteJog::timedOut);
     for (int i = 0; i < 4; ++i) {
-        runUntil([] { return false; }, 60);
+        runUntil([] { return false; }, 25);
         EXPECT_EQ(remote.drive(zoomIn), std::nullopt);
     }
     EXPECT_TRUE(timedOut.isEmpty());
@@ -73,7 +59,7 @@ TEST_F(RemoteJogTest, DrivesTheJogMessageAndStopsWhenTheClientFallsSilent) {
     // With no refresh time it runs until the client stops it.
     remote.setRefreshMs(0);
     EXPECT_EQ(remote.drive(panRight(7)), std::nullopt);
-    runUntil([] { return false; }, 300);
+    runUntil([] { return false; }, 100);
     EXPECT_EQ(nextJog(), (Jog{7, 0, 0}));
     EXPECT_EQ(remote.drive({}), std::nullopt);
     EXPECT_EQ(nextJog(), (Jog{0, 0, 0}));

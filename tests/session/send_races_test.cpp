@@ -2,8 +2,6 @@
 // requests: another command, Exit, a unit that falls silent, a burst of odd
 // replies. Each operation still ends, and the line is free afterwards.
 
-#include <gtest/gtest.h>
-
 #include <QElapsedTimer>
 #include <QTimer>
 #include <functional>
@@ -12,7 +10,6 @@
 
 #include "protocol/frame.h"
 #include "tests/session/session_rig.h"
-#include "tests/support/messages.h"
 
 namespace halvex::testing {
 namespace {
@@ -117,19 +114,26 @@ TEST_P(SendRaces, ExitMeanwhileClosesTheLinePromptly) {
     EXPECT_LT(took, 3000);
     EXPECT_FALSE(session.port().isOpen());
     const std::size_t atExit = line.frames().size();
-    runUntil([] { return false; }, 300);
+    runUntil([] { return false; }, 50);
     EXPECT_EQ(line.frames().size(), atExit) << "frames after the line closed";
 }
 
 TEST_P(SendRaces, AUnitThatFallsSilentEndsTheOperationAndTheLineCarriesOn) {
     qint64 took = 0;
-    // The connection sequence needs only the first answer to go online.
-    const bool done = runWith([&] { line.setConnected(false); }, took);
+    // The connection sequence needs only the first answer to go online. Once
+    // the unit is silent, its watchdog need not wait as long.
+    const bool done = runWith(
+        [&] {
+            line.setConnected(false);
+            session.link().Timer4().setInterval(80);
+        },
+        took);
     if (GetParam().needsEveryAnswer) {
         EXPECT_FALSE(done) << "cut short, and said to be done";
     }
     EXPECT_LT(took, 4000);
     EXPECT_FALSE(session.state().SendInProgress);
+    session.link().Timer4().setInterval(Link::kWatchdogMs);
     line.setConnected(true);
     EXPECT_TRUE(homeGoesOut());
     EXPECT_TRUE(jogsFlowAgain());
@@ -144,24 +148,17 @@ TEST_F(SessionTest, ABurstOfOddRepliesLeavesTheLineWorking) {
     }
     ASSERT_TRUE(session.open(QStringLiteral("COM1"), 9600));
     // Well-formed replies of codes that start reloads and waits, with random
-    // payloads, a fifth of them cut short, every 2 ms on top of the unit's
+    // payloads, a fifth of them cut short, every millisecond on top of the unit's
     // own answers.
-    const Byte codes[] = {v::JogMessage::kCode,
-                          v::TourStarted::kCode,
-                          v::PresetRecord::kCode,
-                          v::TourCleared::kCode,
-                          v::TourStep::kCode,
-                          v::AppendTourStep::kCode,
-                          v::TourStepCount::kCode,
-                          v::SetAngleOffsets::kCode,
-                          v::SoftLimitReply::kCode,
-                          v::AngleOffsets::kCode,
-                          v::ClearAllPresets::kCode,
-                          v::EncoderAlignmentFinished::kCode,
-                          v::HomingCycleFinished::kCode,
-                          v::CameraLines::kCode,
-                          v::LensConfiguration::kCode,
-                          v::UnitAddress::kCode};
+    // clang-format off
+    const Byte codes[] = {
+        v::JogMessage::kCode, v::TourStarted::kCode, v::PresetRecord::kCode,
+        v::TourCleared::kCode, v::TourStep::kCode, v::AppendTourStep::kCode,
+        v::TourStepCount::kCode, v::SetAngleOffsets::kCode, v::SoftLimitReply::kCode,
+        v::AngleOffsets::kCode, v::ClearAllPresets::kCode, v::EncoderAlignmentFinished::kCode,
+        v::HomingCycleFinished::kCode, v::CameraLines::kCode, v::LensConfiguration::kCode,
+        v::UnitAddress::kCode};
+    // clang-format on
     std::mt19937 random(8);
     QTimer noise;
     int sent = 0;
@@ -176,8 +173,8 @@ TEST_F(SessionTest, ABurstOfOddRepliesLeavesTheLineWorking) {
         }
         port->injectIncoming(wire);
     });
-    noise.start(2);
-    QTimer::singleShot(1000, &noise, &QTimer::stop);  // some 500 of them
+    noise.start(1);
+    QTimer::singleShot(150, &noise, &QTimer::stop);  // some 150 of them
     finish(session.loadTour(1, Requester::Operator), 5000);
     runUntil([&] { return !noise.isActive(); }, 5000);
 
@@ -247,6 +244,7 @@ TEST_F(SessionTest, StopDuringTheConnectionsPresetReloadGoesOutBeforeTheReloadEn
 TEST_F(SessionTest, ExitOnADeadLineStillClosesIt) {
     ASSERT_TRUE(connect());
     line.setConnected(false);
+    session.link().Timer4().setInterval(80);
     finish(connection.exit());
     EXPECT_FALSE(session.port().isOpen());
 }

@@ -24,7 +24,7 @@ class SessionTest : public ::testing::Test {
   protected:
     static constexpr int kTickMs = 3;
     // A lost unit is looked for this often rather than every second.
-    static constexpr int kReconnectMs = 100;
+    static constexpr int kReconnectMs = 50;
 
     SessionTest() { connection.setReconnectInterval(kReconnectMs); }
 
@@ -60,6 +60,24 @@ class SessionTest : public ::testing::Test {
                              });
     }
 
+    // The next `count` jog messages to go out, or fewer if they do not come.
+    Messages nextJogs(std::size_t count) {
+        const std::size_t mark = line.frames().size();
+        Messages jogs;
+        runUntil(
+            [&] {
+                jogs.clear();
+                for (std::size_t i = mark; i < line.frames().size() && jogs.size() < count; ++i) {
+                    if (line.frames()[i].message.at(0) == vocab::JogMessage::kCode) {
+                        jogs.push_back(line.frames()[i].message);
+                    }
+                }
+                return jogs.size() == count;
+            },
+            2000);
+        return jogs;
+    }
+
     // The unit's position, once it has come to rest there.
     bool arrives(double pan, double tilt) {
         return runUntil(
@@ -76,8 +94,8 @@ class SessionTest : public ::testing::Test {
         options.alignmentMs = options.homingMs = 300;
         return options;
     }()};
-    // The platform travels four times as fast as a real one.
-    RecordingPeer line{unit, 4};
+    // The platform travels twenty times as fast as a real one.
+    RecordingPeer line{unit, 20};
     TestPort* port = new TestPort(&line);
     Session session{port, kTickMs};
     UnitConnection connection{session,
