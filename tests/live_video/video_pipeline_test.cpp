@@ -224,10 +224,12 @@ TEST(VideoPipelineSources, AnAddressIsNeverTakenAsPipelineSyntax) {
         {QStringLiteral("rtsp://127.0.0.1:1/x ! filesink location=") + target, State::Failed},
         {QStringLiteral("rtsp://127.0.0.1:1/x%20!%20filesink%20location=") + target, State::Lost},
     };
-    for (const auto& [address, state] : cases) {
+    for (const auto& [address, wanted] : cases) {
         SCOPED_TRACE(address.toStdString());
         Watched watched;
         watched.pipeline->play(rtsp(address));
+        // Copied: clang 14's lambdas cannot capture a structured binding.
+        const State state = wanted;
         EXPECT_TRUE(runUntil([&] { return watched.pipeline->state() == state; }, 5000));
         EXPECT_FALSE(QFile::exists(target));
     }
