@@ -12,7 +12,10 @@ cd "$(dirname "$0")/.."
 seconds=${1:-60}
 shift || true
 dir=build-checked
-scripts/build-checked.sh halvex-receive-fuzzer
+# Fuzzers may run side by side (scripts/fuzz-briefly.sh): one builds at a
+# time in the shared tree.
+mkdir -p "$dir"
+flock "$dir/.build-lock" scripts/build-checked.sh halvex-receive-fuzzer
 mkdir -p "$dir/fuzz-corpus" "$dir/fuzz-findings"
 export QT_QPA_PLATFORM=offscreen
 # Qt keeps caches to the end of the program; they are not our leaks.

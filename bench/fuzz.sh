@@ -13,7 +13,10 @@ name=${1:?which target? e.g. line-command}
 seconds=${2:-30}
 shift 2 || shift $#
 dir=build-checked
-scripts/build-checked.sh "halvex-$name-fuzzer"
+# Fuzzers may run side by side (scripts/fuzz-briefly.sh): one builds at a
+# time in the shared tree.
+mkdir -p "$dir"
+flock "$dir/.build-lock" scripts/build-checked.sh "halvex-$name-fuzzer"
 mkdir -p "$dir/$name-corpus" "$dir/fuzz-findings"
 corpora=("$dir/$name-corpus")
 for kept in "fuzz/$name-corpus" "fuzz/$name-regressions"; do

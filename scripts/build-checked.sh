@@ -11,7 +11,7 @@ cd "$(dirname "$0")/.."
 dir=build-checked
 CC=clang CXX=clang++ cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -gline-tables-only" \
-    -DHALVEX_SANITIZE=ON -DHALVEX_FUZZ=ON -DHALVEX_WERROR=ON >/dev/null
+    -DHALVEX_SANITIZE=ON -DHALVEX_FUZZ=ON -DHALVEX_BENCHMARKS=OFF -DHALVEX_WERROR=ON >/dev/null
 targets=()
 for target in "$@"; do
     targets+=(--target "$target")
