@@ -20,7 +20,7 @@ bool written(const Difference& row) {
 
 // A reply of M whose tour field names `tour`.
 template <class M>
-UnitLine::Fits naming(vocab::Field<M> field, int tour) {
+UnitLine::Fits namingTour(vocab::Field<M> field, int tour) {
     return [field, tour](const std::vector<Byte>& reply) {
         return reply.size() > static_cast<std::size_t>(field.offset) &&
                static_cast<int>(vocab::get(reply, field)) == tour;
@@ -37,7 +37,7 @@ QCoro::Task<bool> writeTour(UnitLine& line, int tour, std::vector<TourStep> step
     auto clear = v::blank<v::ClearTour>();
     v::put(clear, v::clear_tour::kTour, t);
     for (int attempt = 0; attempt < kTourAttempts; ++attempt) {
-        const auto cleared = co_await line.ask(clear, naming(v::tour_cleared::kTour, tour));
+        const auto cleared = co_await line.ask(clear, namingTour(v::tour_cleared::kTour, tour));
         if (!cleared) {
             co_return false;
         }
@@ -47,7 +47,7 @@ QCoro::Task<bool> writeTour(UnitLine& line, int tour, std::vector<TourStep> step
             v::put(append, v::append_tour_step::kTour, t);
             append[Step::kPreset.offset] = step.preset;
             append[Step::kDwell.offset] = step.dwell;
-            const auto reply = co_await line.ask(append, naming(v::tour_step::kTour, tour), 1);
+            const auto reply = co_await line.ask(append, namingTour(v::tour_step::kTour, tour), 1);
             if (!reply) {
                 whole = false;
                 break;

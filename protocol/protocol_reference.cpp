@@ -23,7 +23,7 @@ int fullMask(int size) {
     return size >= 4 ? -1 : static_cast<int>((1u << (size * 8)) - 1);
 }
 
-int lowestBit(unsigned mask) {
+int lowestMaskBit(unsigned mask) {
     int bit = 0;
     while (bit < 31 && (mask & (1u << bit)) == 0) {
         ++bit;
@@ -31,7 +31,7 @@ int lowestBit(unsigned mask) {
     return bit;
 }
 
-int highestBit(unsigned mask) {
+int highestMaskBit(unsigned mask) {
     int bit = 31;
     while (bit > 0 && (mask & (1u << bit)) == 0) {
         --bit;
@@ -59,8 +59,8 @@ std::string bitsOf(const Field& field) {
     if (whole) {
         return "";
     }
-    const int low = lowestBit(field.mask);
-    const int high = highestBit(field.mask);
+    const int low = lowestMaskBit(field.mask);
+    const int high = highestMaskBit(field.mask);
     return low == high ? std::to_string(low) : std::to_string(low) + "-" + std::to_string(high);
 }
 
@@ -128,8 +128,8 @@ std::string countName(const Field& field, const Layout& layout) {
     }
     std::string name = "byte " + std::to_string(field.countAt);
     if (field.countMask != 0xFF) {
-        name += " bits " + std::to_string(lowestBit(field.countMask)) + "-" +
-                std::to_string(highestBit(field.countMask));
+        name += " bits " + std::to_string(lowestMaskBit(field.countMask)) + "-" +
+                std::to_string(highestMaskBit(field.countMask));
     }
     return name + " says";
 }
@@ -146,9 +146,9 @@ std::string when(const Layout& layout, bool only) {
         case Match::Kind::Bits: {
             const std::string byte = "byte " + std::to_string(layout.match.index);
             if (layout.match.mask == layout.match.value &&
-                lowestBit(layout.match.mask) == highestBit(layout.match.mask)) {
-                return "When bit " + std::to_string(lowestBit(layout.match.mask)) + " of " + byte +
-                       " is set.";
+                lowestMaskBit(layout.match.mask) == highestMaskBit(layout.match.mask)) {
+                return "When bit " + std::to_string(lowestMaskBit(layout.match.mask)) + " of " +
+                       byte + " is set.";
             }
             return "When " + byte + " AND " + hex(layout.match.mask) + " is " +
                    hex(layout.match.value) + ".";
@@ -179,7 +179,7 @@ std::string fieldTable(const Layout& layout) {
         const std::string counted = field.countAt > 0 ? countName(field, layout) : "";
         // A field that follows another sorts right after it.
         const int byte = field.offset == Field::kFollows ? previousByte : field.offset;
-        rows.push_back({byte, lowestBit(field.mask),
+        rows.push_back({byte, lowestMaskBit(field.mask),
                         "| " + place(field, previous) + " | " + bitsOf(field) + " | " +
                             cell(field.name) + " | " + cell(kindOf(field, counted)) + " | " +
                             cell(valuesOf(field)) + " |\n"});

@@ -7,8 +7,6 @@ namespace halvex::sim::video {
 
 namespace {
 
-constexpr double kRadiansPerDegree = std::numbers::pi / 180.0;
-
 double degrees(double radians) {
     return radians / kRadiansPerDegree;
 }

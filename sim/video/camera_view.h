@@ -6,10 +6,13 @@
 // click-to-centre inverts exactly this mapping, so the renderer and the tests
 // both go through here. Angles in degrees.
 
+#include <numbers>
 #include <optional>
 #include <vector>
 
 namespace halvex::sim::video {
+
+inline constexpr double kRadiansPerDegree = std::numbers::pi / 180.0;
 
 inline constexpr double kWidestFieldDegrees = 60.0;    // zoom byte 0
 inline constexpr double kNarrowestFieldDegrees = 3.0;  // zoom byte 255

@@ -8,7 +8,6 @@ namespace halvex::sim::video {
 
 namespace {
 
-constexpr double kRadiansPerDegree = std::numbers::pi / 180.0;
 constexpr double kTargetRim = 0.08;  // the dark ring round a target
 
 // Sky: pale at the horizon, deep blue high up.

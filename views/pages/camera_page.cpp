@@ -12,10 +12,6 @@ namespace halvex {
 
 namespace {
 
-QString indexed(const char* name, int index) {
-    return QString::fromLatin1(name) + QLatin1Char('_') + QString::number(index);
-}
-
 // Captions of Lens1Check(1..6): the lens configuration bit of the same number.
 const char* const kLensBitCaptions[CameraPage::kLensBits] = {"Focus Inv", "Focus Rev", "Focus En",
                                                              "Zoom Inv",  "Zoom Rev",  "Zoom En"};

@@ -13,11 +13,6 @@
 
 namespace halvex {
 
-namespace {
-// The list's frame and margin shift its text a little to the right.
-constexpr int kHeadingIndent = 4;
-}  // namespace
-
 PresetsPage::PresetsPage(QWidget* parent) : QWidget(parent) {
     setObjectName(QStringLiteral("PresetsPage"));
     auto* layout = new QHBoxLayout(this);

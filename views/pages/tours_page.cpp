@@ -13,12 +13,6 @@
 namespace halvex {
 
 namespace {
-QString indexed(const char* name, int index) {
-    return QString::fromLatin1(name) + QLatin1Char('_') + QString::number(index);
-}
-
-// The list's frame and margin shift its text a little to the right.
-constexpr int kHeadingIndent = 4;
 
 QLabel* makeHeading(const QString& text, QWidget* parent) {
     auto* label = new QLabel(text, parent);

@@ -24,10 +24,6 @@ QString routeLabel(int route, int output) {
     return label;
 }
 
-QString indexed(const char* name, int index) {
-    return QStringLiteral("%1_%2").arg(QString::fromLatin1(name)).arg(index);
-}
-
 QScrollBar* lineScroll(const char* name, QWidget* parent) {
     QScrollBar* scroll = namedScroll(QString::fromLatin1(name), 0, 11, 0, parent);
     scroll->setPageStep(1);

@@ -20,6 +20,9 @@ InstrumentLight instrumentLight();
 // Sets the light and repaints every widget.
 void setInstrumentLight(InstrumentLight light);
 
+// The jog boxes' marker, by day: where the stick or the lens stands.
+inline const QColor kJogMarker(0xff, 0xb3, 0x47);
+
 // A colour that carries a meaning, as the instruments show it now.
 QColor signalColour(const QColor& day);
 // A neutral marking, as the instruments show it now.

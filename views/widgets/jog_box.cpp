@@ -18,7 +18,6 @@ const QColor kFaceInner(0x2a, 0x34, 0x40);
 const QColor kFaceOuter(0x17, 0x1d, 0x24);
 const QColor kRing(0x3c, 0x4b, 0x5a);
 const QColor kCrossHair(0x6c, 0xb4, 0xe0);
-const QColor kMarker(0xff, 0xb3, 0x47);
 
 // A small solid arrow head pointing from the centre towards tip.
 void drawArrowHead(QPainter& painter, const QPointF& tip, const QPointF& direction, double size,
@@ -125,7 +124,7 @@ void JogBox::drawTarget(QPainter& painter, const QRectF& area, const QPointF& ce
 
 void JogBox::drawMarker(QPainter& painter, const QPointF& centre, const QPointF& marker) const {
     const double side = padRect().width();
-    const QColor ink = signalColour(kMarker);
+    const QColor ink = signalColour(kJogMarker);
     QColor trail = ink;
     trail.setAlpha(170);
     painter.setPen(QPen(trail, std::max(1.5, side * 0.01), Qt::SolidLine, Qt::RoundCap));

@@ -15,7 +15,6 @@ const QColor kTrackTop(0x2a, 0x34, 0x40);
 const QColor kTrackBottom(0x17, 0x1d, 0x24);
 const QColor kOutline(0x3c, 0x4b, 0x5a);
 const QColor kScale(0x6c, 0xb4, 0xe0);
-const QColor kMarker(0xff, 0xb3, 0x47);
 
 // "+" at the end that drives the motor forward, "-" at the other.
 void drawSign(QPainter& painter, const QPointF& centre, double size, bool plus,
@@ -53,7 +52,7 @@ void LensJogBox::paintEvent(QPaintEvent*) {
     const double middleY = restPixel().y() + 0.5;  // on a pixel centre, so the line is crisp
     const QColor trackEdge = markingColour(kTrackBottom);
     const QColor scale = markingColour(kScale);
-    const QColor marker = signalColour(kMarker);
+    const QColor marker = signalColour(kJogMarker);
 
     QLinearGradient track(area.topLeft(), area.topRight());
     track.setColorAt(0.0, trackEdge);
