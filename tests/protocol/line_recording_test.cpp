@@ -91,8 +91,8 @@ class Blocks {
     std::vector<Byte> bytes_;
 };
 
-const std::vector<Byte> kJog = {0x02, 0x00, 0x31, 0x00, 0x00, 0x00, 0x00,
-                                0x00, 0x00, 0x00, 0x00, 0x31, 0x03};
+const std::vector<Byte> kJogFrame = {0x02, 0x00, 0x31, 0x00, 0x00, 0x00, 0x00,
+                                     0x00, 0x00, 0x00, 0x00, 0x31, 0x03};
 
 }  // namespace
 
@@ -123,7 +123,7 @@ TEST(LineRecording, ReadsOtherWritersFilesAndSkipsWhatIsNotOurs) {
                           .interface(147, 9)
                           .other(4)
                           .packet(0, 5, {0xFF})
-                          .packet(1, 1'500'000'000, kJog, 2)
+                          .packet(1, 1'500'000'000, kJogFrame, 2)
                           .bytes();
     const auto second = Blocks(false)
                             .section()
@@ -141,21 +141,21 @@ TEST(LineRecording, ReadsOtherWritersFilesAndSkipsWhatIsNotOurs) {
     ASSERT_EQ(read.size(), 3u);
     EXPECT_EQ(read[0].kind, LineKind::Sent);
     EXPECT_EQ(read[0].timeUs, 1'500'000);  // 1.5 s in nanoseconds
-    EXPECT_EQ(read[0].bytes, kJog);
+    EXPECT_EQ(read[0].bytes, kJogFrame);
     EXPECT_EQ(read[1].kind, LineKind::Received);  // no flags: by its start byte
     EXPECT_EQ(read[1].timeUs, 2'000'000);         // 2048 / 1024 s
     EXPECT_EQ(read[2].timeUs, 7'000);             // 7 ms
 }
 
 TEST(LineRecording, StopsAtAMalformedBlockAndKeepsWhatCameBefore) {
-    const auto good = Blocks().section().interface(147).packet(0, 1, kJog, 2).bytes();
+    const auto good = Blocks().section().interface(147).packet(0, 1, kJogFrame, 2).bytes();
     struct Case {
         const char* what;
         std::vector<Byte> tail;
         std::string error;
     };
     // A second packet, and the same with one byte changed.
-    const auto packet = Blocks().packet(0, 2, kJog, 2).bytes();
+    const auto packet = Blocks().packet(0, 2, kJogFrame, 2).bytes();
     const auto changed = [](std::vector<Byte> bytes, std::size_t at, Byte value) {
         bytes[at] = value;
         return bytes;
@@ -166,7 +166,7 @@ TEST(LineRecording, StopsAtAMalformedBlockAndKeepsWhatCameBefore) {
          "lengths at its two ends differ"},
         {"a length that is no multiple of four", changed(packet, 4, packet[4] + 2),
          "impossible length"},
-        {"a packet of an interface never described", Blocks().packet(3, 2, kJog).bytes(),
+        {"a packet of an interface never described", Blocks().packet(3, 2, kJogFrame).bytes(),
          "never described"},
         {"captured bytes past the block",
          changed(Blocks().packet(0, 2, {1, 2, 3, 4}).bytes(), 20, 200), "runs past its block"},

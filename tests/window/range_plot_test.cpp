@@ -28,7 +28,7 @@ namespace v = halvex::vocab;
 
 namespace {
 
-const KeptPictures kPictures{HALVEX_KEPT_PICTURES, HALVEX_SEEN_PICTURES};
+const KeptPictures kPlotPictures{HALVEX_KEPT_PICTURES, HALVEX_SEEN_PICTURES};
 constexpr int kToursPage = 3;
 
 // A unit with four presets and a tour through them that crosses itself, whose platform
@@ -253,7 +253,7 @@ TEST(RangePlotPictures, LimitsPresetsTourAndAMoveUnderWayInEachPalette) {
         rig.find<QAction>(QStringLiteral("MenuPalette%1").arg(QLatin1String(palette)))->trigger();
         QCoreApplication::sendPostedEvents();  // the widgets take a new palette from it
         QCoreApplication::processEvents();
-        expectLooksAsKept(rig.window->rangePlotPlace().ownWindow(), kPictures,
+        expectLooksAsKept(rig.window->rangePlotPlace().ownWindow(), kPlotPictures,
                           QStringLiteral("range-plot-%1").arg(QLatin1String(palette)).toLower());
     }
     mouse(QEvent::MouseButtonRelease, QPoint(1, 1));  // outside the range: nothing asked
