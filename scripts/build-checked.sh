@@ -9,7 +9,12 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 dir=build-checked
-CC=clang CXX=clang++ cmake -S . -B "$dir" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+# Ninja for a new folder, as in scripts/build.sh.
+generator=()
+if [[ ! -f "$dir/CMakeCache.txt" ]] && command -v ninja >/dev/null; then
+    generator=(-G Ninja)
+fi
+CC=clang CXX=clang++ cmake -S . -B "$dir" "${generator[@]}" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -gline-tables-only" \
     -DHALVEX_SANITIZE=ON -DHALVEX_FUZZ=ON -DHALVEX_BENCHMARKS=OFF -DHALVEX_WERROR=ON >/dev/null
 targets=()

@@ -31,7 +31,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 #include <cstdio>
+#include <memory>
 #include <optional>
+#include <vector>
 
 #include "connection/port_selection.h"
 #include "input/controller_jog.h"
@@ -455,25 +457,32 @@ int smallScreenPages(const QString& out) {
     return ok ? 0 : 1;
 }
 
-// Runs this program once per scale: a process has one scale for its life.
+// Runs this program once per scale, the three at once (each draws on one
+// core): a process has one scale for its life.
 int smallScreenAtEachScale(const QString& program, const QString& out) {
     const std::pair<const char*, const char*> scales[] = {
         {"100", "1"}, {"150", "1.5"}, {"200", "2"}};
+    std::vector<std::unique_ptr<QProcess>> runs;
     for (const auto& [folder, factor] : scales) {
-        QProcess run;
+        auto run = std::make_unique<QProcess>();
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert(QStringLiteral("QT_SCALE_FACTOR"), QLatin1String(factor));
-        run.setProcessEnvironment(environment);
-        run.setProcessChannelMode(QProcess::ForwardedChannels);
-        run.start(program,
-                  {QStringLiteral("--one-scale"), out + QLatin1Char('/') + QLatin1String(folder)});
+        run->setProcessEnvironment(environment);
+        run->setProcessChannelMode(QProcess::ForwardedChannels);
+        run->start(program,
+                   {QStringLiteral("--one-scale"), out + QLatin1Char('/') + QLatin1String(folder)});
+        runs.push_back(std::move(run));
+    }
+    int failed = 0;
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+        QProcess& run = *runs[i];
         if (!run.waitForFinished(300000) || run.exitStatus() != QProcess::NormalExit ||
             run.exitCode() != 0) {
-            std::printf("the run at %s %% failed\n", folder);
-            return 1;
+            std::printf("the run at %s %% failed\n", scales[i].first);
+            failed = 1;
         }
     }
-    return 0;
+    return failed;
 }
 }  // namespace
 
