@@ -16,7 +16,7 @@ if [[ ! -f "$dir/CMakeCache.txt" ]] && command -v ninja >/dev/null; then
 fi
 CC=clang CXX=clang++ cmake -S . -B "$dir" "${generator[@]}" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -gline-tables-only" \
-    -DHALVEX_SANITIZE=ON -DHALVEX_FUZZ=ON -DHALVEX_BENCHMARKS=OFF -DHALVEX_WERROR=ON >/dev/null
+    -DHALVEX_SANITIZE=ON -DHALVEX_FUZZ=ON -DHALVEX_BENCHMARKS=OFF -DHALVEX_SCREENSHOTS=OFF -DHALVEX_WERROR=ON >/dev/null
 targets=()
 for target in "$@"; do
     targets+=(--target "$target")

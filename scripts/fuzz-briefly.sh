@@ -8,20 +8,20 @@ cd "$(dirname "$0")/.."
 logs=build-checked/fuzz-logs
 mkdir -p "$logs"
 
-# Two lanes of about a minute each: NAME SECONDS [libFuzzer options].
+# Two lanes of about half a minute of fuzzing each: NAME SECONDS [options].
 lane_one=(
-    "receive 24"
-    "recording 12 -max_len=4096"
-    "onvif 12 -max_len=4096"
-    "video-source 8 -max_len=512"
+    "receive 14"
+    "recording 7 -max_len=4096"
+    "onvif 7 -max_len=4096"
+    "video-source 5 -max_len=512"
 )
 lane_two=(
-    "telnet 12 -max_len=512"
-    "settings 12 -max_len=8192 -dict=fuzz/settings.dict"
-    "visca 10 -max_len=128"
-    "pelco-d 10 -max_len=512"
-    "line-command 8"
-    "input-mapping 8 -max_len=2048"
+    "telnet 7 -max_len=512"
+    "settings 7 -max_len=8192 -dict=fuzz/settings.dict"
+    "visca 6 -max_len=128"
+    "pelco-d 6 -max_len=512"
+    "line-command 4"
+    "input-mapping 5 -max_len=2048"
 )
 
 fuzz_one() {

@@ -18,12 +18,12 @@ set -euo pipefail
 # fonts-dejavu-core: the fonts the suite and the screenshot tool draw in,
 # whatever other fonts the machine has (tools/picture_fonts.h);
 # ccache: a rebuild reuses what an earlier build compiled; ninja-build: new
-# build folders build with Ninja;
+# build folders build with Ninja; lld: the fastest linker;
 # GStreamer and its RTSP server: the console's live video (network sources,
 # decoders from libav, Matroska recordings); halvex-sim --video encodes and
 # serves the unit's video outputs (openh264enc is in plugins-bad);
 # pkg-config: CMake finds GStreamer through it.
-packages=(cmake g++ make ninja-build qt6-base-dev qt6-serialport-dev libsdl2-dev libgtest-dev libhamlib-utils
+packages=(cmake g++ make ninja-build lld qt6-base-dev qt6-serialport-dev libsdl2-dev libgtest-dev libhamlib-utils
           ser2net tshark fonts-dejavu-core python3 qcoro-qt6-dev ccache
           libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libgstrtspserver-1.0-dev
           gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad
