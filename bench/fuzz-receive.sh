@@ -13,9 +13,11 @@ seconds=${1:-60}
 shift || true
 dir=build-checked
 # Fuzzers may run side by side (scripts/fuzz-briefly.sh): one builds at a
-# time in the shared tree.
+# time in the shared tree; HALVEX_FUZZERS_BUILT says they are built already.
 mkdir -p "$dir"
-flock "$dir/.build-lock" scripts/build-checked.sh halvex-receive-fuzzer
+if [[ -z "${HALVEX_FUZZERS_BUILT:-}" ]]; then
+    flock "$dir/.build-lock" scripts/build-checked.sh halvex-receive-fuzzer
+fi
 mkdir -p "$dir/fuzz-corpus" "$dir/fuzz-findings"
 export QT_QPA_PLATFORM=offscreen
 # Qt keeps caches to the end of the program; they are not our leaks.

@@ -14,9 +14,11 @@ seconds=${2:-30}
 shift 2 || shift $#
 dir=build-checked
 # Fuzzers may run side by side (scripts/fuzz-briefly.sh): one builds at a
-# time in the shared tree.
+# time in the shared tree; HALVEX_FUZZERS_BUILT says they are built already.
 mkdir -p "$dir"
-flock "$dir/.build-lock" scripts/build-checked.sh "halvex-$name-fuzzer"
+if [[ -z "${HALVEX_FUZZERS_BUILT:-}" ]]; then
+    flock "$dir/.build-lock" scripts/build-checked.sh "halvex-$name-fuzzer"
+fi
 mkdir -p "$dir/$name-corpus" "$dir/fuzz-findings"
 corpora=("$dir/$name-corpus")
 for kept in "fuzz/$name-corpus" "fuzz/$name-regressions"; do

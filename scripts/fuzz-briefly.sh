@@ -24,6 +24,17 @@ lane_two=(
     "input-mapping 5 -max_len=2048"
 )
 
+# Built once here; each run then starts at once.
+targets=()
+for entry in "${lane_one[@]}" "${lane_two[@]}"; do
+    targets+=("halvex-${entry%% *}-fuzzer")
+done
+scripts/build-checked.sh "${targets[@]}" >"$logs/build.log" 2>&1 || {
+    tail -n 40 "$logs/build.log"
+    exit 1
+}
+export HALVEX_FUZZERS_BUILT=1
+
 fuzz_one() {
     local name=$1 seconds=$2
     shift 2
