@@ -4,6 +4,7 @@
 #include <map>
 #include <sstream>
 
+#include "protocol/frame.h"
 #include "protocol/protocol_table.h"
 
 namespace halvex::table {
@@ -147,7 +148,11 @@ std::vector<FilterField> filterFields(std::vector<std::string>* conflicts) {
 
 std::string dissectorTable() {
     std::ostringstream out;
-    out << "-- Generated from the console's protocol table (protocol/protocol_table.cpp).\n";
+    out << "-- Generated from the console's protocol table (protocol/protocol_table.cpp)\n"
+           "-- and the framing of protocol/frame.h.\n";
+    out << "local STX, ETX, ACK, NAK, ESC = " << int{kStx} << ", " << int{kEtx} << ", " << int{kAck}
+        << ", " << int{kNak} << ", " << int{kEsc} << "\n";
+    out << "local STUFF_BIT = " << int{kStuffBit} << "\n";
     out << "local MESSAGES = {\n";
     writeMessages(out, Direction::ToUnit);
     writeMessages(out, Direction::FromUnit);
