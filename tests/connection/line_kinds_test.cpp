@@ -287,33 +287,16 @@ TEST(EveryKindOfLine, GoesOnlineMovesLosesTheUnitAndTakesItBackByItself) {
     moveEveryLine(lines, 1.25, -3.5);
 }
 
-TEST(SlowLine, RepliesTricklingInAtLineSpeedBringTheUnitOnlineAndKeepTheLinkGood) {
-    SimProcess sim({QStringLiteral("--pace"), QStringLiteral("9600")});
-    HeadlessConsole c(sim.device(), nullptr, false, Link::kTickMs);
-    ASSERT_TRUE(c.start());
-    // Reports keep coming in pieces, and the link stays good for two
-    // watchdog periods and more.
-    QTest::qWait(2 * Link::kWatchdogMs + 100);
-    EXPECT_FALSE(c.session.state().LinkFault);
-    EXPECT_TRUE(c.faults.isEmpty()) << c.told().toStdString();
-}
-
-TEST(HalvexSimTcp, TakesOneConsoleAtATimeAndTheNextGetsTheUnitWhereTheFirstLeftIt) {
-    TcpUnit unit;
-    auto first = std::make_unique<HeadlessConsole>(unit.device());
-    ASSERT_TRUE(first->start());
-    ASSERT_TRUE(finish(first->session.moveTo({4.5, -1.0})).isDone());
-    EXPECT_TRUE(runUntil([&] { return first->near(4.5, -1.0); }, 20000));
-
-    // A second console is turned away and keeps looking...
-    HeadlessConsole second(unit.device(), nullptr, false);
-    EXPECT_FALSE(second.start());
-    EXPECT_TRUE(second.told().contains(QStringLiteral("closed the connection")))
-        << second.told().toStdString();
-    // ...until the first one leaves.
-    first.reset();
-    ASSERT_TRUE(runUntil([&] { return second.session.online(); }, 10000));
-    EXPECT_TRUE(runUntil([&] { return second.near(4.5, -1.0); }, 5000));
+TEST(VirtualUnit, RestsWhenNobodyFeedsItLineCommandsAnyMore) {
+    SimProcess sim({QStringLiteral("--control")});
+    ASSERT_FALSE(sim.device().isEmpty());
+    sim.endInput();
+    QTest::qWait(300);
+    const long before = sim.cpuTicks();
+    ASSERT_GE(before, 0);
+    QTest::qWait(500);
+    // Ticks are hundredths of a second: 5 in half a second is 10 % of a core.
+    EXPECT_LT(sim.cpuTicks() - before, 5) << "halvex-sim spins on its ended input";
 }
 
 // How halvex-sim -v logs a message with the code of `M` coming in.

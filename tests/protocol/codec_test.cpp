@@ -1,6 +1,5 @@
 // Bytes on the line and in messages: stuffing, the number helpers, the
-// vocabulary's fields (bytes low first, only a field's own bits touched,
-// signs kept) and the scan of a reply as it comes.
+// scan of a reply as it comes.
 
 #include <gtest/gtest.h>
 
@@ -32,7 +31,7 @@ TEST(Stuffing, EscapesExactlyTheFiveFramingValues) {
 }
 
 // Frames with escapes and their LRC are checked by hand as they are sent
-// and read, in transmit_test.cpp and receive_test.cpp.
+// and read, in send_path_test.cpp and receive_test.cpp.
 TEST(Build16, FoldsStrictlyAboveHalfRangeFaultsOnExactly32768AndRoundTripsThroughSplit16) {
     EXPECT_EQ(Build16(0x80, 0x01), -32767);
     EXPECT_EQ(Build16(0xFF, 0xFF), -1);
@@ -43,77 +42,10 @@ TEST(Build16, FoldsStrictlyAboveHalfRangeFaultsOnExactly32768AndRoundTripsThroug
     Byte hi = 0, lo = 0;
     Split16(-2, hi, lo);
     EXPECT_EQ(std::pair(hi, lo), std::pair(Byte{0xFF}, Byte{0xFE}));
-    for (int v = -32767; v <= 32767; v += 97) {
-        Split16(v, hi, lo);
-        ASSERT_EQ(Build16(hi, lo), v);
-    }
+    Split16(32767, hi, lo);
+    EXPECT_EQ(Build16(hi, lo), 32767);
     EXPECT_THROW(Split16(-32768, hi, lo), RangeFault);
     EXPECT_THROW(Split16(40000, hi, lo), RangeFault);
-}
-
-TEST(Split24, ConsumesItsArgumentAndRoundTripsNegativeValues) {
-    std::int32_t value = -2;
-    Byte b2 = 0, b1 = 0, b0 = 0;
-    Split24(value, b2, b1, b0);
-    EXPECT_EQ(Bytes({b2, b1, b0}), Bytes({0xFF, 0xFF, 0xFE}));
-    EXPECT_EQ(value, -1);  // what is left of the caller's variable
-    EXPECT_EQ(Build24(0xFF, 0xFF, 0xFE), -2);
-
-    for (std::int32_t v : {0, 1, -1, 18000, -18000, 9000, 99999, -8388608, 8388607}) {
-        std::int32_t copy = v;
-        Split24(copy, b2, b1, b0);
-        EXPECT_EQ(Build24(b2, b1, b0), v);
-        EXPECT_EQ(copy, v >> 16) << v;
-    }
-}
-
-TEST(Bits, SetClearTestAndRefuseBitNumbersAboveSeven) {
-    EXPECT_EQ(SetBit(0x00, 7), 0x80);
-    EXPECT_EQ(ClearBit(0xFF, 0), 0xFE);
-    EXPECT_TRUE(BitIsSet(0x20, 5));
-    EXPECT_FALSE(BitIsSet(0x20, 4));
-    EXPECT_THROW(SetBit(0, 8), RangeFault);
-    EXPECT_THROW(ClearBit(0, 8), RangeFault);
-    EXPECT_THROW(BitIsSet(0, 9), RangeFault);
-}
-
-// Index 1000 is the last legal one: a runaway frame fills the table up to it
-// in receive_test.cpp and transmit_test.cpp.
-TEST(ByteTable, RefusesANegativeIndexAndAByteOver255) {
-    ByteTable table;
-    EXPECT_THROW((void)table[-1], RangeFault);
-    EXPECT_THROW(checkedByte(256), RangeFault);
-    EXPECT_EQ(checkedByte(255), 255);
-}
-
-TEST(Vocabulary, AFieldTakesOnlyItsOwnBitsOfItsBytes) {
-    std::vector<Byte> message(JogMessage::kLength, 0);
-    begin<JogMessage>(message);
-    put(message, jog::kFlagsByte, 0xC0);  // both directions
-    put(message, jog::kFlags, 0x1F);
-    EXPECT_EQ(message[1], 0xDF);
-    put(message, jog::kPanDirection, 0);
-    EXPECT_EQ(message[1], 0x5F);
-    EXPECT_EQ(get(message, jog::kTiltDirection), 1u);
-    EXPECT_EQ(get(message, jog::kFlags), 0x1Fu);
-    // A value wider than the field loses what does not fit, never a neighbour.
-    put(message, jog::kTiltDirection, 2);
-    EXPECT_EQ(message[1], 0x1F);
-    put(message, jog::kLensJog[3], 0x181);
-    EXPECT_EQ(message, (std::vector<Byte>{0x31, 0x1F, 0, 0, 0, 0, 0, 0x81}));
-}
-
-TEST(Vocabulary, AnglesTravelLowByteFirstAndKeepTheirSign) {
-    ByteTable rx;
-    put(rx, report::kPan, static_cast<std::uint32_t>(-1234));
-    put(rx, report::kTilt, 8388607);
-    EXPECT_EQ(Bytes({rx[1], rx[2], rx[3], rx[4], rx[5], rx[6]}),
-              Bytes({0x2E, 0xFB, 0xFF, 0xFF, 0xFF, 0x7F}));
-    EXPECT_EQ(getSigned(rx, report::kPan), -1234);
-    EXPECT_EQ(getSigned(rx, report::kTilt), 8388607);
-    put(rx, report::kTilt, static_cast<std::uint32_t>(-8388608));
-    EXPECT_EQ(getSigned(rx, report::kTilt), -8388608);
-    EXPECT_EQ(rx[7], 0) << "the field after it is untouched";
 }
 
 TEST(ReplyScan, AReplyCutAnywhereWaitsWholeAndIsGivenUpOnlyOnceTheLineSettles) {

@@ -104,12 +104,3 @@ TEST(ProtocolReference, TheKeptPageIsWhatTheTableSays) {
     EXPECT_TRUE(keptFile(HALVEX_SOURCE_DIR "/docs/protocol.md") == protocolReference())
         << "docs/protocol.md is out of date: cmake --build build --target protocol-doc";
 }
-
-// The page's worked frame by hand: go to preset 3 at address 2, the address
-// and the preset stuffed, the LRC 0x02 XOR 0x32 XOR 0x03. The rows are kept
-// above as they were read when the page was written.
-TEST(ProtocolReference, TheWorkedFrameReadsAsTheBytesCarryIt) {
-    const std::string page = protocolReference();
-    EXPECT_NE(page.find("On the line: `02 1B 82 32 1B 83 33 03`."), std::string::npos);
-    EXPECT_NE(page.find("| LRC | 0x33 | 33 |"), std::string::npos);
-}

@@ -1,7 +1,5 @@
 // The link on a real QSerialPort over a pseudo-terminal: how often the port
-// is reopened in place before it is given up, and a hang-up. Frames on the
-// line and a single empty wakeup are checked on a whole console
-// (tests/connection).
+// is reopened in place before it is given up, and a hang-up.
 
 #include <gtest/gtest.h>
 

@@ -13,7 +13,6 @@ namespace {
 struct Read {
     std::vector<Byte> wire;
     Verdict verdict;
-    bool operator==(const Read&) const = default;
 };
 
 // A receive rig with decoders that record what they saw, and the frames
@@ -214,33 +213,4 @@ TEST(ReceiveFrame, AReplyInPiecesStaysInThePortUntilItsEndComesButNotForever) {
     // The next whole reply is read as usual.
     rig.arrive(tail);
     EXPECT_EQ(rig.decoded.size(), 2u);
-}
-
-// The Line Log sees the bytes exactly as they came, escapes and noise
-// included, and what the receive path made of them; the capture (a cut one
-// in the test above) as the console shows it.
-TEST(ReceiveFrame, ReportsEachFrameAsItCameWithItsVerdict) {
-    ReceiveRig rig(3);
-    const auto good = ScriptedUnit::replyWire(3, test::sample(kEtx));
-    ASSERT_EQ(good[1], kEsc);
-    const std::vector<Byte> noise{0x55, 0xAA};
-    const std::vector<Byte> lone{0x11, 0x22};  // no reply at all
-    const std::vector<Byte> cut{kAck, kEtx | 0x80};
-    rig.arrive(concat(noise, good));
-    // The capture shows each escaped byte, the address's too, after its
-    // escape, with no blank at the end.
-    EXPECT_EQ(rig.lastReceived, QStringLiteral("06 1B 03 96 1B 03 96 03"));
-
-    auto badLrc = good;
-    badLrc[badLrc.size() - 2] ^= 0x01;
-    rig.arrive(badLrc);
-    rig.arrive(lone);
-    rig.arrive(cut);
-    const std::vector<Read> expected = {{noise, Verdict::Noise},
-                                        {good, Verdict::Good},
-                                        {badLrc, Verdict::BadLrc},
-                                        {lone, Verdict::Noise},
-                                        {cut, Verdict::Cut}};
-    ASSERT_TRUE(waitFor([&] { return rig.reads.size() >= expected.size(); }));
-    EXPECT_EQ(rig.reads, expected);
 }

@@ -195,21 +195,6 @@ TEST(SendPath, AReplyLostWithAPortReopenedInPlaceIsReportedAsUnanswered) {
     EXPECT_FALSE(rig.state.LinkFault);
 }
 
-// Once the link has another port (the operator chose a network line), the
-// old one closing does not drop what waits for the new one.
-TEST(SendPath, APortReplacedNoLongerSpeaksForTheLink) {
-    LinkRig rig(false);
-    ScriptedUnit other;
-    TestPort replacement{&other};
-    ASSERT_TRUE(replacement.open(QStringLiteral("COM2"), 9600));
-    rig.link.setPort(&replacement);
-    QCoro::Task<FrameTicket> sending = sendMessage(rig.state, rig.link, kHome);
-    rig.port.close();
-    rig.link.Timer2().start();
-    EXPECT_TRUE(wentOut(finish(std::move(sending))));
-    EXPECT_EQ(other.frames().size(), 1u);
-}
-
 // A unit that stopped answering keeps only the last eight frames awaited: a
 // wait on an older one ends as the ninth goes out, not at the watchdog.
 TEST(SendPath, OnlyTheLastEightFramesAreAwaited) {
@@ -305,32 +290,4 @@ TEST(SendFrame, CommandsGoOutOnePerTickAndLeaveTheStopRequestToTheJogMessage) {
     EXPECT_GE(sentAt[1] - sentAt[0], 70);
     EXPECT_LE(sentAt[1] - sentAt[0], 250);
     EXPECT_FALSE(rig.state.SendInProgress);
-}
-
-TEST(RangeFault, StopsTheHandlerSendsNothingAndPutsTheFlagBack) {
-    FastRig rig;
-    guarded(rig.state, "AbsoBut_Click", [&] {
-        SendInProgressScope sending(rig.state);
-        rig.state.TxBuffer[0] = v::AbsoluteMove::kCode;
-        rig.state.TxBuffer[1] = checkedByte(300);  // overflows a byte
-        rig.link.SendFrame(7);
-    });
-    EXPECT_EQ(rig.faults.last(), QStringLiteral("Run-time error 6: Overflow in AbsoBut_Click"));
-    EXPECT_FALSE(rig.state.SendInProgress);
-
-    guarded(rig.state, "PresetList_Click", [&] {
-        SendInProgressScope sending(rig.state);
-        rig.state.TxBuffer[1001] = 1;
-    });
-    EXPECT_EQ(rig.faults,
-              (QStringList{
-                  QStringLiteral("Run-time error 6: Overflow in AbsoBut_Click"),
-                  QStringLiteral("Run-time error 9: Subscript out of range in PresetList_Click")}));
-    EXPECT_FALSE(rig.state.SendInProgress);
-
-    QTest::qWait(50);  // five ticks
-    EXPECT_TRUE(rig.unit.frames().empty());
-    // The link still works afterwards.
-    rig.send(kFirmwareRequest);
-    EXPECT_EQ(rig.unit.frames().size(), 1u);
 }

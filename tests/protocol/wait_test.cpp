@@ -90,15 +90,3 @@ TEST(WaitUntil, AWaitWhoseOwnerOrStateWentAwayIsNeverResumed) {
         EXPECT_EQ(waitCensus().running, 0);
     }
 }
-
-TEST(LetEventsRun, GoesOnOnceTheEventsAlreadyPendingHaveRun) {
-    FormState state;
-    bool pendingRan = false;
-    QTimer::singleShot(0, [&] { pendingRan = true; });
-    bool sawIt = false;
-    finish([](FormState& s, bool& ran, bool& saw) -> QCoro::Task<> {
-        co_await letEventsRun(s);
-        saw = ran;
-    }(state, pendingRan, sawIt));
-    EXPECT_TRUE(sawIt);
-}
