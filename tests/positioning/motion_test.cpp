@@ -248,23 +248,6 @@ TEST(Jogging, SpeedsDirectionsAndFlagsTravelInTheJogMessage) {
     rig.move(Qt::LeftButton, 100, 100);
     EXPECT_EQ(rig.speeds(), "155 155");
     rig.release();
-
-    // Each of low speed and the override is a bit of its own.
-    const auto modeBits = [&rig] {
-        const auto flags = static_cast<Byte>(rig.nextJog()[0]);
-        return std::array{v::isSet(flags, j::kPanLowSpeed), v::isSet(flags, j::kTiltLowSpeed),
-                          v::isSet(flags, j::kSoftLimitOverride)};
-    };
-    rig.page().PanSloCheck->setChecked(true);
-    EXPECT_EQ(modeBits(), (std::array{true, false, false}));
-    rig.page().TiltSloCheck->setChecked(true);
-    rig.page().PanSloCheck->setChecked(false);
-    EXPECT_EQ(modeBits(), (std::array{false, true, false}));
-    rig.page().TiltSloCheck->setChecked(false);
-    rig.click("Command2");
-    EXPECT_EQ(modeBits(), (std::array{false, false, true}));
-    rig.click("Command2");
-    EXPECT_EQ(modeBits(), (std::array{false, false, false}));
 }
 
 TEST(MovementLog, LogsMovesWhileRunningInEightCharacterColumnsAndKeepsSumsAcrossARestart) {

@@ -1,5 +1,5 @@
 // The Line Log's rows on their own: the bounded ring, batches, filters,
-// pause, the texts copied and shown in detail, and how the cells paint.
+// pause, the texts copied and shown in detail, and the latency figures.
 
 #include <gtest/gtest.h>
 
@@ -8,10 +8,6 @@
 #include "recorder/line_log_model.h"
 #include "recorder/line_log_window.h"
 #include "recorder/line_recorder.h"
-
-#include <QFontDatabase>
-#include <QTableView>
-#include <QTest>
 
 using namespace halvex;
 using recording::LineKind;
@@ -185,110 +181,4 @@ TEST(LatencyMeter, MatchesRepliesToFramesOfTheirCodeAndTakesPercentiles) {
     EXPECT_EQ(figuresText(figures), QStringLiteral("p50 50 ms, p99 99 ms (100)"));
     EXPECT_EQ(figuresText({2, 2.5, 10.0}), QStringLiteral("p50 2.5 ms, p99 10 ms (2)"));
     EXPECT_EQ(figuresText({}), QStringLiteral("none yet"));
-}
-
-namespace {
-// Pixels of a cell near a colour.
-int pixelsLike(const QImage& image, const QRect& cell, const QColor& colour) {
-    int count = 0;
-    for (int y = cell.top(); y <= cell.bottom(); ++y) {
-        for (int x = cell.left(); x <= cell.right(); ++x) {
-            const QColor pixel = image.pixelColor(x, y);
-            count += std::abs(pixel.red() - colour.red()) < 40 &&
-                     std::abs(pixel.green() - colour.green()) < 40 &&
-                     std::abs(pixel.blue() - colour.blue()) < 40;
-        }
-    }
-    return count;
-}
-
-// How wide the ink of a cell's text is: from its first to its last column
-// of pixels unlike the background.
-int inkedWidth(const QImage& image, const QRect& cell, const QColor& background) {
-    int first = -1;
-    int last = -1;
-    for (int x = cell.left(); x <= cell.right(); ++x) {
-        for (int y = cell.top(); y <= cell.bottom(); ++y) {
-            if (image.pixelColor(x, y) != background) {
-                first = first < 0 ? x : first;
-                last = x;
-                break;
-            }
-        }
-    }
-    return first < 0 ? 0 : last - first + 1;
-}
-}  // namespace
-
-// Each cell shows its row's text in the row's colour: a refused reply in
-// red, a link event in orange, a selected row in the selection's colours;
-// a cell with nothing to say stays blank. The time and the bytes are drawn
-// in the fixed-pitch font, so that their digits line up from row to row;
-// the words in the table's own font.
-TEST(LineLogWindow, PaintsEachCellInItsRowsColourAndFontPitch) {
-    LineLogModel model;
-    model.append(sentPreset(3));
-    model.append(receivedReport(3'723'456'000, Verdict::BadLrc));
-    model.append(recording::eventRecord(0, "Watchdog expired: no reply within 250 ms"));
-    LineLogWindow window(model, LineLogWindow::Source::Live);
-    window.resize(1600, 400);
-    window.show();
-    ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
-    model.flush();
-    QTableView& table = window.table();
-    const auto paint = [&table] {
-        table.viewport()->repaint();
-        return table.viewport()->grab().toImage();
-    };
-    QImage image = paint();
-    const auto area = [&table, &model](int row, int column) {
-        return table.visualRect(model.index(row, column)).intersected(table.viewport()->rect());
-    };
-    const QColor ink = table.palette().color(QPalette::Text);
-    const QColor red(210, 0, 0);
-    const QColor orange(200, 100, 0);
-    EXPECT_GT(pixelsLike(image, area(0, LineLogModel::Name), ink), 10);
-    EXPECT_EQ(pixelsLike(image, area(0, LineLogModel::Name), red), 0);
-    EXPECT_GT(pixelsLike(image, area(1, LineLogModel::Name), red), 10);
-    EXPECT_GT(pixelsLike(image, area(1, LineLogModel::Bytes), red), 10);
-    EXPECT_GT(pixelsLike(image, area(2, LineLogModel::Name), orange), 10);
-    // An event has no fields, no bytes.
-    const QColor base = table.palette().color(QPalette::Base);
-    const QRect empty = area(2, LineLogModel::Bytes);
-    EXPECT_EQ(pixelsLike(image, empty, base), empty.width() * empty.height());
-
-    table.selectRow(0);
-    image = paint();
-    const QRect selected = area(0, LineLogModel::Time);
-    EXPECT_GT(pixelsLike(image, selected, table.palette().color(QPalette::Highlight)),
-              selected.width() * selected.height() / 2);
-    EXPECT_GT(pixelsLike(image, selected, table.palette().color(QPalette::HighlightedText)), 10);
-
-    const QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    ASSERT_NE(QFontMetrics(fixed).horizontalAdvance(QStringLiteral("1 1 1")),
-              table.fontMetrics().horizontalAdvance(QStringLiteral("1 1 1")))
-        << "the fixed-pitch font cannot be told from the table's";
-    for (int column :
-         {int{LineLogModel::Time}, int{LineLogModel::Name}, int{LineLogModel::Bytes}}) {
-        SCOPED_TRACE(column);
-        const QString shown = cell(model, 1, column);
-        for (int other = 0; other < LineLogModel::ColumnCount; ++other) {
-            table.setColumnHidden(other, other != column);
-        }
-        table.setColumnWidth(column, 700);  // room to spare: the text is not cut
-        table.viewport()->repaint();
-        const QImage image = table.viewport()->grab().toImage();
-        // Inside the cell's grid lines; its background where the text ends.
-        const QRect room = table.visualRect(model.index(1, column)).adjusted(1, 1, -2, -2);
-        ASSERT_TRUE(table.viewport()->rect().contains(room));
-        const QColor background = image.pixelColor(room.right(), room.center().y());
-        const int inked = inkedWidth(image, room, background);
-        const bool fixedPitch = column != LineLogModel::Name;
-        const int expected =
-            (fixedPitch ? QFontMetrics(fixed) : table.fontMetrics()).horizontalAdvance(shown);
-        const int other =
-            (fixedPitch ? table.fontMetrics() : QFontMetrics(fixed)).horizontalAdvance(shown);
-        EXPECT_LT(std::abs(inked - expected), std::abs(inked - other))
-            << shown.toStdString() << ": " << inked << " px, " << expected << " expected";
-    }
 }

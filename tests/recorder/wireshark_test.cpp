@@ -7,7 +7,6 @@
 #include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
-#include <QTemporaryDir>
 
 #include "protocol/frame_description.h"
 #include "protocol/line_recording.h"
@@ -145,45 +144,4 @@ TEST(Wireshark, DissectorNamesAndDecodesEveryFrameOfARecordedSessionAsTheLineLog
     EXPECT_TRUE(sawPreset);
     EXPECT_TRUE(sawRefused);
     QFile::remove(path);
-}
-
-// The console program itself, recording from the start of a connection; it
-// is killed, not closed: every frame before that is in the file.
-TEST(Wireshark, HalvexRecordsTheLineFromTheStart) {
-    if (QStandardPaths::findExecutable(QStringLiteral("tshark")).isEmpty()) {
-        GTEST_SKIP() << "tshark is not installed (Debian package tshark)";
-    }
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("start.pcapng"));
-    QProcess console;
-    console.setWorkingDirectory(folder.path());
-    // The user's own settings stay out of it.
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), folder.path());
-    console.setProcessEnvironment(environment);
-    console.setProcessChannelMode(QProcess::SeparateChannels);
-    console.start(QStringLiteral(HALVEX_PATH),
-                  {QStringLiteral("--simulate"), QStringLiteral("--connect"),
-                   QStringLiteral("--record"), path});
-    // Killed as soon as a few frames are in the file: each is written as it
-    // crosses the line, from the first jog message on.
-    ASSERT_TRUE(ConsoleRig::waitFor([&] { return readRecording(path).size() >= 4; }, 30000));
-    console.kill();
-    console.waitForFinished(5000);
-    EXPECT_TRUE(
-        console.readAllStandardError().contains("halvex: recording the line to " + path.toUtf8()));
-    QString errors;
-    const std::vector<QStringList> packets = dissect(path, &errors);
-    ASSERT_GE(packets.size(), 4u) << errors.toStdString();
-    EXPECT_EQ(packets[0][Name], QStringLiteral("jog message"));
-    EXPECT_EQ(packets[1][Name], QStringLiteral("position report"));
-
-    // Handed a file it cannot write, the console says so and does not start.
-    QProcess refused;
-    refused.start(QStringLiteral(HALVEX_PATH),
-                  {QStringLiteral("--record"), QStringLiteral("/proc/no/such/file.pcapng")});
-    ASSERT_TRUE(refused.waitForFinished(10000));
-    EXPECT_EQ(refused.exitCode(), 1);
-    EXPECT_TRUE(
-        refused.readAllStandardError().contains("Cannot record to /proc/no/such/file.pcapng"));
 }
