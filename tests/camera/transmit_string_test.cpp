@@ -34,7 +34,6 @@ TEST(TransmitString, AcceptedTextsGiveTheBytesAndTheRewrittenBox) {
          false,
          {0, ' ', 0xFF},
          QString(QChar(0)) + " \u00FF"},
-        {"#Z99", kAscii, true, bytes("#Z99\r"), "#Z99"},
         {QString(80, 'x'), kAscii, false, bytes(QByteArray(80, 'x')), QString(80, 'x')},
         {QString(79, 'x'), kAscii, true, bytes(QByteArray(79, 'x') + '\r'), QString(79, 'x')},
     };
@@ -62,7 +61,6 @@ TEST(TransmitString, RefusedTextsGiveTheirMessageAndNoBytes) {
     } cases[] = {
         {"1g3", kHex, false, oddHex},  // the count is checked before the digits
         {"1g", kHex, false, badHex},
-        {"g1", kHex, false, badHex},
         {"\uFB00", kHex, false, oddHex},  // a ligature is not two letters
         {QString(81, 'x'), kAscii, false, tooLong},
         {QString(80, 'x'), kAscii, true, "With The Added CR " + tooLong},
@@ -70,7 +68,6 @@ TEST(TransmitString, RefusedTextsGiveTheirMessageAndNoBytes) {
         // The whole text is checked before its length.
         {QString(100, 'x') + "\u20AC", kAscii, false, "\"\u20AC\" (U+20AC)"},
         {"\u00FF\u0100", kAscii, false, "\"\u0100\" (U+0100)"},  // the first past Latin-1
-        {"ok \U0001F600 then more", kAscii, true, "\"\U0001F600\" (U+1F600)"},
         {"at the end \U0001F600", kAscii, false, "\"\U0001F600\" (U+1F600)"},
         // What cannot be shown is named by its code alone: an invisible
         // character, a lone surrogate, also as the last one.
