@@ -3,9 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
-#include <fstream>
-
 #include "protocol/line_recording.h"
 #include "sim/replay_unit.h"
 #include "tests/sim/unit_test_support.h"
@@ -93,38 +90,6 @@ TEST(Replay, ASilenceInTheRecordingIsASilenceInItsTurn) {
     EXPECT_TRUE(ask(unit, command(read)).empty());
     EXPECT_EQ(ask(unit, command(read)), first);
     EXPECT_EQ(ask(unit, command(read)), first);
-}
-
-TEST(Replay, ReadsTheRecordingFileAndSaysWhyWhenItCannot) {
-    const std::string path = ::testing::TempDir() + "replay-test.pcapng";
-    std::vector<Byte> file = recording::recordingHeader("test", "COM1");
-    for (const LineRecord& record :
-         {sent(v::blank<v::FirmwareRequest>()), received(reply(v::blank<v::Firmware>()))}) {
-        const auto block = recording::recordingBlock(record);
-        file.insert(file.end(), block.begin(), block.end());
-    }
-    const auto write = [&path](const std::vector<Byte>& bytes) {
-        std::ofstream out(path, std::ios::binary | std::ios::trunc);
-        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<long>(bytes.size()));
-    };
-    write(file);
-    std::vector<LineRecord> records;
-    std::string warning;
-    EXPECT_EQ(readRecordingFile(path, records, warning), "");
-    EXPECT_EQ(records.size(), 2u);
-    EXPECT_EQ(warning, "");
-
-    // A torn last block: what came before still replays.
-    file.resize(file.size() - 5);
-    write(file);
-    records.clear();
-    EXPECT_EQ(readRecordingFile(path, records, warning), "");
-    EXPECT_EQ(records.size(), 1u);
-    EXPECT_NE(warning.find("reading stopped"), std::string::npos);
-
-    EXPECT_NE(readRecordingFile(path + ".missing", records, warning).find("cannot read"),
-              std::string::npos);
-    std::remove(path.c_str());
 }
 
 }  // namespace

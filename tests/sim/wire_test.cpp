@@ -228,28 +228,16 @@ TEST(LineControl, EveryCommandAndItsValuesAndWhatIsRefused) {
     EXPECT_EQ(std::get<LineCommand>(commands[1]).kind, K::Clean);
 }
 
+// The command line split into words, as a shell splits it.
+std::variant<SimCommandLine, std::string> parseWords(const char* line) {
+    std::istringstream in(line);
+    return parseSimCommandLine({std::istream_iterator<std::string>(in), {}});
+}
+
 TEST(SimCommandLine, ParsesEveryOptionAndRejectsBadValues) {
-    const auto parsed = parseSimCommandLine({"--id",
-                                             "7",
-                                             "--noise",
-                                             "0.1",
-                                             "--silent-after",
-                                             "5",
-                                             "--fault",
-                                             "pan-dir",
-                                             "--fault",
-                                             "tilt-timeout",
-                                             "-v",
-                                             "--tcp",
-                                             "0",
-                                             "--video",
-                                             "8554",
-                                             "--video-address",
-                                             "0.0.0.0",
-                                             "--video-size",
-                                             "1280x720",
-                                             "--video-rate",
-                                             "30"});
+    const auto parsed = parseWords(
+        "--id 7 --noise 0.1 --silent-after 5 --fault pan-dir --fault tilt-timeout -v --tcp 0 "
+        "--video 8554 --video-address 0.0.0.0 --video-size 1280x720 --video-rate 30");
     ASSERT_TRUE(std::holds_alternative<SimCommandLine>(parsed));
     const auto& line = std::get<SimCommandLine>(parsed);
     EXPECT_EQ(line.options.unit.id, 7);
@@ -271,9 +259,7 @@ TEST(SimCommandLine, ParsesEveryOptionAndRejectsBadValues) {
           "--video 0 --video-size 32x32", "--video 0 --video-size 1280x720x3",
           "--video 0 --video-rate 0", "--video 0 --video-rate 61", "--video-size 640x480",
           "--video-rate 25", "--video-address 10.0.0.1", "--video 0 --video-address"}) {
-        std::istringstream in(bad);
-        const std::vector<std::string> words{std::istream_iterator<std::string>(in), {}};
-        EXPECT_TRUE(std::holds_alternative<std::string>(parseSimCommandLine(words))) << bad;
+        EXPECT_TRUE(std::holds_alternative<std::string>(parseWords(bad))) << bad;
     }
     // An unknown option is named as such, even as the last word.
     EXPECT_EQ(std::get<std::string>(parseSimCommandLine({"--bogus"})), "unknown option --bogus");
