@@ -113,12 +113,10 @@ class OnvifTest : public SessionTest {
             << server.errorString().toStdString();
     }
 
-    // A UsernameToken header with a fresh nonce, signed with `password`.
-    static QString security(const QString& password = QLatin1String(kPassword),
-                            QDateTime created = QDateTime::currentDateTimeUtc(),
-                            QByteArray nonce = QUuid::createUuid().toRfc4122()) {
-        const QString nonceText = QString::fromLatin1(nonce.toBase64());
-        const QString createdText = created.toString(Qt::ISODateWithMs);
+    // A UsernameToken header with a fresh nonce, signed as a client signs it.
+    static QString security() {
+        const QString nonceText = QString::fromLatin1(QUuid::createUuid().toRfc4122().toBase64());
+        const QString createdText = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs);
         return QStringLiteral(
                    "<s:Header><wsse:Security xmlns:wsse=\"%1\" xmlns:wsu=\"%2\">"
                    "<wsse:UsernameToken><wsse:Username>%3</wsse:Username>"
@@ -126,10 +124,11 @@ class OnvifTest : public SessionTest {
                    "oasis-200401-wss-username-token-profile-1.0#PasswordDigest\">%4</wsse:Password>"
                    "<wsse:Nonce>%5</wsse:Nonce><wsu:Created>%6</wsu:Created>"
                    "</wsse:UsernameToken></wsse:Security></s:Header>")
-            .arg(QLatin1String(onvif::ns::kSecurity), QLatin1String(onvif::ns::kSecurityUtility),
-                 QLatin1String(kUser),
-                 onvif::UsernameTokenCheck::digest(nonceText, createdText, password), nonceText,
-                 createdText);
+            .arg(
+                QLatin1String(onvif::ns::kSecurity), QLatin1String(onvif::ns::kSecurityUtility),
+                QLatin1String(kUser),
+                onvif::UsernameTokenCheck::digest(nonceText, createdText, QLatin1String(kPassword)),
+                nonceText, createdText);
     }
 
     // An envelope whose body is `body`, the ONVIF prefixes declared

@@ -57,11 +57,6 @@ TEST_F(OnvifServerTest, OnlySignedRequestsAreAnsweredButTheTime) {
         const char* answer;
     } cases[] = {
         {"unsigned", envelope(profiles, QString()), 400, "env:Sender ter:NotAuthorized"},
-        {"wrong password", envelope(profiles, security(QStringLiteral("guess"))), 400,
-         "env:Sender ter:NotAuthorized"},
-        {"stale",
-         envelope(profiles, security(kPassword, QDateTime::currentDateTimeUtc().addSecs(-600))),
-         400, "env:Sender ter:NotAuthorized"},
         {"signed", envelope(profiles), 200, "GetProfilesResponse"},
         {"the time, unsigned", envelope(time, QString()), 200, "GetSystemDateAndTimeResponse"},
         {"not offered", envelope("<tptz:SetHomePosition/>"), 500,
@@ -73,11 +68,6 @@ TEST_F(OnvifServerTest, OnlySignedRequestsAreAnsweredButTheTime) {
         EXPECT_EQ(statusOf(response), c.status);
         EXPECT_EQ(faultOf(bodyOf(response)), QString::fromLatin1(c.answer));
     }
-    // The same signed request twice: the second is a replay.
-    const QByteArray once = envelope(profiles);
-    EXPECT_EQ(faultOf(bodyOf(post(once))), QStringLiteral("GetProfilesResponse"));
-    EXPECT_EQ(faultOf(bodyOf(post(once))), QStringLiteral("env:Sender ter:NotAuthorized"));
-
     server.setAnonymousAllowed(true);
     EXPECT_EQ(faultOf(bodyOf(post(envelope(profiles, QString())))),
               QStringLiteral("GetProfilesResponse"));
@@ -100,16 +90,13 @@ TEST_F(OnvifServerTest, RequestsItCannotCarryOutAreFaultsAndMoveNothing) {
     };
     const std::pair<QString, QString> cases[] = {
         {"<trt:AbsoluteMove/>", notSupported},  // another service's namespace
-        {"<tptz:SetHomePosition/>", notSupported},
         {"<tds:GetCapabilities><tds:Category>Imaging</tds:Category></tds:GetCapabilities>",
          notSupported + " ter:NoSuchService"},
-        {"<tptz:AbsoluteMove>" + panTilt("Position", 0, 0) + "</tptz:AbsoluteMove>", invalidArgs},
         {move("AbsoluteMove", panTilt("Position", 0, 0), "profile3"), argVal("NoProfile")},
         {"<tptz:GetConfiguration><tptz:PTZConfigurationToken>ptz3</tptz:PTZConfigurationToken>"
          "</tptz:GetConfiguration>",
          argVal("NoConfig")},
         {move("AbsoluteMove", {}), invalidArgs},
-        {move("AbsoluteMove", "<tptz:Position/>"), invalidArgs},
         {absoluteTo("<tptz:PanTilt x=\"0\" y=\"0\"/>"), invalidArgs},  // the wrong namespace
         {absoluteTo("<tt:PanTilt x=\"left\" y=\"0\"/>"), "env:Sender ter:InvalidArgVal"},
         {move("AbsoluteMove", panTilt("Position", 1.5, 0)), argVal("InvalidPosition")},
@@ -122,12 +109,9 @@ TEST_F(OnvifServerTest, RequestsItCannotCarryOutAreFaultsAndMoveNothing) {
         {move("ContinuousMove", panTilt("Velocity", 0, -2)), argVal("InvalidVelocity")},
         {within("PT0S"), argVal("TimeoutNotSupported")},
         {within("5s"), argVal("TimeoutNotSupported")},
-        {move("GotoPreset", presetToken("31")), argVal("NoToken")},
         {move("GotoPreset", presetToken("03")), argVal("NoToken")},
         {move("GotoPreset", presetToken("-1")), argVal("NoToken")},
         {"<trt:GetStreamUri><trt:ProfileToken>profile1</trt:ProfileToken></trt:GetStreamUri>",
-         argVal("NoSource")},
-        {"<trt:GetSnapshotUri><trt:ProfileToken>profile2</trt:ProfileToken></trt:GetSnapshotUri>",
          argVal("NoSource")}};
     const std::size_t mark = line.frames().size();
     for (const auto& [body, fault] : cases) {
@@ -143,12 +127,8 @@ TEST_F(OnvifServerTest, RequestsItCannotCarryOutAreFaultsAndMoveNothing) {
 
 TEST_F(OnvifServerTest, MovesRefusedOfflineOrWhileTheOperatorJogsMoveNothing) {
     const QString moves[] = {move("AbsoluteMove", panTilt("Position", 0.2, 0.2)),
-                             move("RelativeMove", panTilt("Translation", 0.1, 0)),
                              move("ContinuousMove", panTilt("Velocity", 0.5, 0)),
-                             move("GotoPreset", presetToken("2")),
-                             move("SetPreset", presetToken("2")),
-                             move("GotoHomePosition", {}),
-                             move("GetStatus", {})};
+                             move("SetPreset", presetToken("2")), move("GetStatus", {})};
     for (const QString& request : moves) {
         SCOPED_TRACE(request.toStdString());
         EXPECT_EQ(ask(request), QStringLiteral("env:Receiver ter:Action ter:NoStatus"));
@@ -239,16 +219,6 @@ TEST_F(OnvifServerTest, GenericSpacesSpanSoftLimitsThatAreNotCentredAndMovesByLa
               Messages{absolute(10000, 3750)});
 }
 
-TEST_F(OnvifServerTest, ANewPresetIsRefusedWhenEveryPresetIsInUse) {
-    for (int n = 0; n < OnvifServices::kPresets; ++n) {
-        unit.state().presets.at(n).pan = 100 * (n + 1);
-    }
-    ASSERT_TRUE(connect());
-    ASSERT_TRUE(finish(session.reloadPresets()).isDone());
-    EXPECT_EQ(ask(move("SetPreset", "<tptz:PresetName>door</tptz:PresetName>")),
-              QStringLiteral("env:Receiver ter:Action ter:TooManyPresets"));
-}
-
 TEST_F(OnvifServerTest, StopEndsPanAndTiltOrZoomAloneAndAPresetIsNotSavedWhileJogging) {
     ASSERT_TRUE(connect());
     ASSERT_EQ(ask(move("ContinuousMove",
@@ -272,52 +242,17 @@ TEST_F(OnvifServerTest, StopEndsPanAndTiltOrZoomAloneAndAPresetIsNotSavedWhileJo
     EXPECT_EQ(session.jog().LensJogSpeeds[2], 0);
     EXPECT_TRUE(runUntil([&] { return stopsSince(mark) >= 1; }, 2000));
     EXPECT_FALSE(server.services().jog().driving());
-}
 
-// The whole answer to each question is kept in answers.txt (answers_test.cpp).
-TEST_F(OnvifServerTest, OnlyTheCapabilitiesAskedForAreAnswered) {
-    const QByteArray media = bodyOf(post(
-        envelope("<tds:GetCapabilities><tds:Category>Media</tds:Category></tds:GetCapabilities>")));
-    EXPECT_TRUE(media.contains("<tt:Media><tt:XAddr>"));
-    EXPECT_FALSE(media.contains("<tt:PTZ>") || media.contains("<tt:Device>"));
-}
-
-TEST_F(OnvifServerTest, TheStatusTellsPanTiltAndZoomMovingApart) {
-    ASSERT_TRUE(connect());
-    // Whether the status now says pan-tilt and zoom are as given.
-    const auto statusIs = [&](const char* panTilt, const char* zoom) {
-        const QByteArray body = bodyOf(post(envelope(move("GetStatus", {}))));
-        return body.contains("<tt:MoveStatus><tt:PanTilt>" + QByteArray(panTilt) +
-                             "</tt:PanTilt><tt:Zoom>" + zoom + "</tt:Zoom>");
-    };
-    const auto drive = [&](const char* velocity) {
-        EXPECT_EQ(
-            ask(move("ContinuousMove", "<tptz:Velocity>" + QString(velocity) + "</tptz:Velocity>")),
-            QStringLiteral("ContinuousMoveResponse"));
-    };
-    EXPECT_TRUE(statusIs("IDLE", "IDLE"));
-    drive("<tt:Zoom x=\"0.5\"/>");
-    EXPECT_TRUE(statusIs("IDLE", "MOVING"));
-    drive("<tt:PanTilt x=\"0\" y=\"0.5\"/><tt:Zoom x=\"0\"/>");
-    ASSERT_TRUE(runUntil([&] { return session.jog().TiltJogSpeed != 0; }, 2000));
-    EXPECT_TRUE(statusIs("MOVING", "IDLE"));
-    EXPECT_EQ(ask(move("Stop", {})), QStringLiteral("StopResponse"));
-    // A move to a position: moving while the unit says so, idle once there.
-    ASSERT_TRUE(runUntil([&] { return statusIs("IDLE", "IDLE"); }, 3000));
-    EXPECT_EQ(ask(move("AbsoluteMove", panTilt("Position", 0.25, 0))),
-              QStringLiteral("AbsoluteMoveResponse"));
-    EXPECT_TRUE(runUntil([&] { return statusIs("MOVING", "IDLE"); }, 3000));
-    // Stopping the zoom alone leaves the move to its end.
-    EXPECT_EQ(ask(move("Stop", "<tptz:PanTilt>false</tptz:PanTilt>")),
-              QStringLiteral("StopResponse"));
-    EXPECT_TRUE(arrives(42.5, 0.0));
-    EXPECT_TRUE(runUntil([&] { return statusIs("IDLE", "IDLE"); }, 3000));
+    // A Timeout ends a continuous move with no Stop.
+    EXPECT_EQ(ask(move("ContinuousMove",
+                       panTilt("Velocity", -1, 0) + "<tptz:Timeout>PT0.15S</tptz:Timeout>")),
+              QStringLiteral("ContinuousMoveResponse"));
+    ASSERT_TRUE(runUntil([&] { return session.jog().PanJogSpeed == 255; }, 2000));
+    EXPECT_TRUE(runUntil([&] { return session.jog().PanJogSpeed == 0; }, 2000));
+    EXPECT_FALSE(server.services().jog().driving());
 }
 
 TEST_F(OnvifServerTest, ConnectionsKeepAliveAndEndOnRequestsThatBreakTheRules) {
-    OnvifServer second{session};
-    EXPECT_FALSE(second.listen(QHostAddress::LocalHost, server.serverPort()));
-    EXPECT_FALSE(second.errorString().isEmpty());
     server.setTimeouts(100, 250);
     QSignalSpy clients(&server, &OnvifServer::clientCountChanged);
     QSignalSpy handled(&server, &OnvifServer::commandHandled);
@@ -346,16 +281,6 @@ TEST_F(OnvifServerTest, ConnectionsKeepAliveAndEndOnRequestsThatBreakTheRules) {
     EXPECT_TRUE(closing.waitClosedByServer());
     EXPECT_TRUE(closing.received.isEmpty());
 
-    // With no Host named, the addresses given are the server's own.
-    HttpClient hostless;
-    ASSERT_TRUE(hostless.connectTo(server.serverPort()));
-    QByteArray capabilities = httpPost(envelope("<tds:GetCapabilities/>"), "/onvif/device_service");
-    hostless.socket.write(capabilities.replace("Host: 127.0.0.1\r\n", "Host:\r\n"));
-    EXPECT_TRUE(bodyOf(hostless.response())
-                    .contains(QStringLiteral("http://127.0.0.1:%1/onvif/ptz_service")
-                                  .arg(server.serverPort())
-                                  .toUtf8()));
-
     // A client that says nothing is let go.
     HttpClient idle;
     ASSERT_TRUE(idle.connectTo(server.serverPort()));
@@ -378,11 +303,6 @@ TEST_F(OnvifServerTest, ConnectionsKeepAliveAndEndOnRequestsThatBreakTheRules) {
          plain("405 Method Not Allowed", "keep-alive", "SOAP requests are POSTed")},
         {"unknown path", httpPost("<x/>", "/index.html"),
          plain("404 Not Found", "keep-alive", "no such service")},
-        {"headers too long", "POST / HTTP/1.1\r\nX: " + QByteArray(9000, 'x') + "\r\n\r\n",
-         plain("431 Request Header Fields Too Large", "close",
-               "the request's headers are too long")},
-        {"body too long", "POST / HTTP/1.1\r\nContent-Length: 300000\r\n\r\n",
-         plain("413 Content Too Large", "close", "the request's body is too long")},
         {"cut short", time.left(time.size() - 10),
          plain("408 Request Timeout", "close", "the rest of the request did not come")},
     };
