@@ -1,4 +1,4 @@
-// Where the windows come back, full screen, and the palettes. Runs on two
+// Where the main window comes back, and the palettes. Runs on two
 // offscreen screens side by side: a 1366 x 768 laptop (primary) and a
 // 2560 x 1440 screen to its right.
 #include <gtest/gtest.h>
@@ -9,13 +9,9 @@
 #include <QSettings>
 #include <QTextBlock>
 #include <QTextBrowser>
-#include <QTimer>
-#include <cmath>
 
 #include "tests/support/console_rig.h"
 #include "views/widgets/instrument_light.h"
-#include "window/camera_features.h"
-#include "window/data_watch.h"
 #include "window/help_box.h"
 #include "window/palette_choice.h"
 #include "window/window_placement.h"
@@ -109,73 +105,6 @@ TEST_F(ViewSettings, TheMainWindowComesBackWhereItWasClosedMaximisedOrNot) {
         << "back to " << rig.window->geometry().x() << "," << rig.window->geometry().y();
 }
 
-TEST_F(ViewSettings, AFirstWindowIsAsRoomyAsItsScreenAllowsAndOneWhoseScreenIsGoneFitsTheLaptop) {
-    {
-        ConsoleRig rig;
-        const QSize work = QGuiApplication::primaryScreen()->availableSize();
-        EXPECT_EQ(rig.window->width(), 1180);
-        const QMargins frame = WindowPlacement::frameAllowance();
-        EXPECT_EQ(rig.window->height(), work.height() - frame.top() - frame.bottom());
-    }
-    // Kept while a screen to the right of the large one was plugged in.
-    userFile().setValue(QStringLiteral("Windows/Main/geometry"), QRect(4200, 300, 2000, 1100));
-    ConsoleRig rig;
-    EXPECT_TRUE(QGuiApplication::primaryScreen()->availableGeometry().contains(
-        rig.window->frameGeometry()));
-    EXPECT_EQ(screenUnder(*rig.window), QStringLiteral("laptop"));
-}
-
-TEST_F(ViewSettings, DataWatchAndHelpWindowsKeepTheirPlaces) {
-    const QRect watchPlace(1700, 300, 700, 260);
-    const QRect helpPlace(2500, 400, 600, 700);
-    {
-        ConsoleRig rig;
-        rig.window->dataWatch().show();
-        rig.window->dataWatch().setGeometry(watchPlace);
-        auto* cameras = rig.window->findChild<CameraFeatures*>();
-        cameras->setDataFolder(QStringLiteral(HALVEX_DATA_OUT));
-        cameras->SerHelpBut_Click();
-        ASSERT_NE(cameras->helpBox(), nullptr);
-        cameras->helpBox()->setGeometry(helpPlace);
-        QTest::mouseClick(cameras->helpBox()->Command1, Qt::LeftButton);  // Close hides it
-        // The program ends with the Data Watch still open.
-        rig.window->close();
-        QTimer::singleShot(0, qApp, &QCoreApplication::quit);
-        QApplication::exec();
-    }
-    ConsoleRig rig;
-    EXPECT_EQ(rig.window->dataWatch().geometry(), watchPlace);
-    auto* cameras = rig.window->findChild<CameraFeatures*>();
-    cameras->setDataFolder(QStringLiteral(HALVEX_DATA_OUT));
-    cameras->TourHelpBut_Click();
-    ASSERT_NE(cameras->helpBox(), nullptr);
-    EXPECT_EQ(cameras->helpBox()->geometry(), helpPlace);
-}
-
-TEST_F(ViewSettings, F11TurnsFullScreenOnAndOffAndTheMenuShowsIt) {
-    ConsoleRig rig;
-    const QRect normal(200, 80, 1100, 690);
-    rig.window->setGeometry(normal);
-    rig.window->activateWindow();
-    ASSERT_TRUE(QTest::qWaitForWindowActive(rig.window.get()));
-    auto* entry = rig.find<QAction>(QStringLiteral("MenuFullScreen"));
-    QTest::keyClick(rig.window.get(), Qt::Key_F11);
-    EXPECT_TRUE(ConsoleRig::waitFor([&] { return rig.window->isFullScreen(); }));
-    EXPECT_TRUE(entry->isChecked());
-    QTest::keyClick(rig.window.get(), Qt::Key_F11);
-    EXPECT_TRUE(ConsoleRig::waitFor([&] { return !rig.window->isFullScreen(); }));
-    EXPECT_FALSE(entry->isChecked());
-    EXPECT_TRUE(ConsoleRig::waitFor([&] { return rig.window->geometry() == normal; }));
-
-    // Closed full screen, it opens full screen.
-    entry->trigger();
-    ASSERT_TRUE(ConsoleRig::waitFor([&] { return rig.window->isFullScreen(); }));
-    rig.window->close();
-    ConsoleRig again;
-    EXPECT_TRUE(again.window->isFullScreen());
-    EXPECT_TRUE(again.find<QAction>(QStringLiteral("MenuFullScreen"))->isChecked());
-}
-
 TEST_F(ViewSettings, ThePaletteChosenIsUsedAndKeptForTheNextStart) {
     const QColor desktopWindow = QApplication::palette().color(QPalette::Window);
     // The palette in use, the instruments' light, and which entry is checked.
@@ -210,47 +139,6 @@ TEST_F(ViewSettings, ThePaletteChosenIsUsedAndKeptForTheNextStart) {
     ConsoleRig odd;
     EXPECT_EQ(inUse(odd), std::tuple(desktopWindow, InstrumentLight::Day,
                                      QStringLiteral("MenuPaletteDesktop")));
-}
-
-// By night every colour is red, none is brighter than the text, and the
-// ground is black. In the dark and night palettes each text role contrasts
-// with the ground it is drawn on at least 3 to 1 (the night palette is dim on
-// purpose), every colour a real one. (The dark palette's colours are held by
-// its picture.)
-TEST(Palettes, TheNightPaletteIsDimRedOnBlackAndEveryTextContrastsWithItsGround) {
-    const QPalette night = nightPalette();
-    EXPECT_LT(night.color(QPalette::Window).lightness(), 10);
-    const int textLightness = night.color(QPalette::Text).lightness();
-    for (const auto group : {QPalette::Active, QPalette::Disabled}) {
-        for (int role = 0; role < QPalette::NColorRoles; ++role) {
-            if (role != QPalette::NoRole) {
-                const QColor c = night.color(group, static_cast<QPalette::ColorRole>(role));
-                EXPECT_GE(c.red(), 2 * std::max(c.green(), c.blue())) << group << " " << role;
-                EXPECT_LE(c.lightness(), textLightness + 30) << group << " " << role;
-            }
-        }
-    }
-    const auto luminance = [](const QColor& c) {
-        const auto channel = [](double v) {
-            return v <= 0.03928 ? v / 12.92 : std::pow((v + 0.055) / 1.055, 2.4);
-        };
-        return 0.2126 * channel(c.redF()) + 0.7152 * channel(c.greenF()) +
-               0.0722 * channel(c.blueF());
-    };
-    using R = QPalette::ColorRole;
-    const std::pair<R, R> pairs[] = {{R::Text, R::Base},         {R::WindowText, R::Window},
-                                     {R::ButtonText, R::Button}, {R::HighlightedText, R::Highlight},
-                                     {R::BrightText, R::Window}, {R::ToolTipText, R::ToolTipBase}};
-    for (const QPalette& palette : {darkPalette(), night}) {
-        for (const auto& [text, ground] : pairs) {
-            const QColor ink = palette.color(QPalette::Active, text);
-            const QColor paper = palette.color(QPalette::Active, ground);
-            ASSERT_TRUE(ink.isValid() && paper.isValid()) << text;
-            const double a = luminance(ink) + 0.05;
-            const double b = luminance(paper) + 0.05;
-            EXPECT_GE(std::max(a, b) / std::min(a, b), 3.0) << text << " on " << ground;
-        }
-    }
 }
 
 TEST_F(ViewSettings, HelpTextColouredByTheFileStaysReadableInEachPalette) {

@@ -3,8 +3,6 @@
 #include <QAccessible>
 #include <QAccessibleValueInterface>
 
-#include "views/pages/camera_page.h"
-#include "views/pages/pan_tilt_page.h"
 #include "views/widgets/jog_box.h"
 #include "views/widgets/led_display.h"
 #include "views/widgets/lens_jog_box.h"
@@ -73,28 +71,4 @@ TEST(WidgetAccessibility, ReadOutsLampsAndPadsTellTheirNameAndValue) {
     lens.setAccessibleName(QStringLiteral("Zoom 1"));
     EXPECT_EQ(heard(lens), "Zoom 1: at rest");
     EXPECT_TRUE((jog.focusPolicy() & Qt::TabFocus) && (lens.focusPolicy() & Qt::TabFocus));
-}
-
-TEST(WidgetAccessibility, EveryReadOutLampAndPadOfThePagesHasASpokenName) {
-    installWidgetAccessibility();
-    PanTiltPage panTilt;
-    CameraPage camera;
-    panTilt.PanPosLED->setValue(12.34);
-    EXPECT_EQ(heard(*panTilt.PanPosLED),
-              "Current pan: " + panTilt.PanPosLED->text().trimmed().toStdString());
-    for (QWidget* page : std::initializer_list<QWidget*>{&panTilt, &camera}) {
-        for (QWidget* widget : page->findChildren<QWidget*>()) {
-            if (qobject_cast<LedDisplay*>(widget) == nullptr &&
-                qobject_cast<StatusLamp*>(widget) == nullptr &&
-                qobject_cast<PanGauge*>(widget) == nullptr &&
-                qobject_cast<PointerPad*>(widget) == nullptr) {
-                continue;
-            }
-            QAccessibleInterface* accessible = QAccessible::queryAccessibleInterface(widget);
-            ASSERT_NE(accessible, nullptr);
-            const QString name = accessible->text(QAccessible::Name);
-            EXPECT_FALSE(name.isEmpty() || name == widget->objectName())
-                << widget->objectName().toStdString() << " has no spoken name";
-        }
-    }
 }
