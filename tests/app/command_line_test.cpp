@@ -6,15 +6,11 @@
 
 #include <gtest/gtest.h>
 
-#include <QNetworkDatagram>
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStandardPaths>
 #include <QTcpServer>
-#include <QTcpSocket>
 #include <QTest>
-#include <QUdpSocket>
-#include <cmath>
 #include <memory>
 
 #include "protocol/vocabulary.h"
@@ -81,11 +77,10 @@ TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
     // clang-format off
     for (const char* arguments : {
              "-platform offscreen --bogus", "--rotctld-port", "--rotctld-port 65536",
-             "--rotctld=0", "--rotctld-listen nowhere", "--rotctld 0", "--headless --baud fast",
+             "--rotctld=0", "--rotctld 0", "--headless --baud fast",
              "stray", "--visca 0", "--visca 65536", "--onvif 80 --onvif-user admin",
              "--pelco tcp:port", "--pelco-address 256", "--pelco-baud 1199",
-             "--remote-listen nowhere", "--visca-refresh -1", "--pelco-refresh 600001",
-             "--video1 ftp://camera", "--video2 /tmp/clip.mkv"}) {
+             "--visca-refresh -1", "--pelco-refresh 600001", "--video1 ftp://camera"}) {
         mistakes.emplace_back(arguments, "");
     }
     // clang-format on
@@ -172,21 +167,6 @@ TEST(Headless, GoesOnlineWithoutADisplayRotctlPointsTheUnitAndSigtermStopsIt) {
     const auto said = [&]() -> const QString& {
         return said_ += QString::fromLocal8Bit(console.readAllStandardError());
     };
-    // rotctl's exit status and what it printed.
-    const auto rotctl = [&](const QStringList& commands) {
-        QProcess process;
-        process.start(
-            rotctlProgram,
-            QStringList{"-m", "2", "-r", QStringLiteral("127.0.0.1:%1").arg(port)} + commands);
-        process.waitForFinished(8000);
-        const QString out = QString::fromUtf8(process.readAllStandardOutput());
-        return std::pair(process.exitCode(), out.split('\n', Qt::SkipEmptyParts));
-    };
-    const auto pointsAt = [&](double azimuth, double elevation) {
-        const auto [status, lines] = rotctl({"p"});
-        return status == 0 && lines.size() == 2 && std::abs(lines[0].toDouble() - azimuth) < 0.01 &&
-               std::abs(lines[1].toDouble() - elevation) < 0.01;
-    };
 
     ASSERT_TRUE(QTest::qWaitFor([&] { return said().contains(QStringLiteral(" Online")); }, 15000))
         << said().toStdString();
@@ -196,26 +176,12 @@ TEST(Headless, GoesOnlineWithoutADisplayRotctlPointsTheUnitAndSigtermStopsIt) {
                                 QStringLiteral("ONVIF on 127.0.0.1:%1").arg(onvifPort)}) {
         EXPECT_TRUE(said().contains(line)) << line.toStdString();
     }
-    // The bridges answer: VISCA over IP's position inquiry, and a keyboard's
-    // connection taken.
-    QUdpSocket visca;
-    const QByteArray inquiry = QByteArray::fromHex(
-        "0110000500000001"
-        "81090612ff");
-    visca.writeDatagram(inquiry, QHostAddress::LocalHost, viscaPort);
-    ASSERT_TRUE(QTest::qWaitFor([&] { return visca.hasPendingDatagrams(); }, 5000));
-    const QByteArray reply = visca.receiveDatagram().data();
-    EXPECT_EQ(reply.left(8).toHex(), "0111000b00000001");
-    EXPECT_EQ(reply.mid(8, 2).toHex(), "9050");
-    QTcpSocket keyboard;
-    keyboard.connectToHost(QHostAddress::LocalHost, pelcoPort);
-    EXPECT_TRUE(keyboard.waitForConnected(5000));
-
-    ASSERT_EQ(rotctl({"P", "5", "2"}).first, 0);
-    EXPECT_TRUE(QTest::qWaitFor([&] { return pointsAt(5.0, 2.0); }, 15000));
-
     // A long move, and the service is stopped in the middle of it.
-    ASSERT_EQ(rotctl({"P", "-160", "40"}).first, 0);
+    QProcess rotctl;
+    rotctl.start(rotctlProgram,
+                 {"-m", "2", "-r", QStringLiteral("127.0.0.1:%1").arg(port), "P", "-160", "40"});
+    ASSERT_TRUE(rotctl.waitForFinished(8000));
+    ASSERT_EQ(rotctl.exitCode(), 0);
     QTest::qWait(300);
     console.terminate();
     ASSERT_TRUE(console.waitForFinished(8000));

@@ -46,9 +46,7 @@ TEST(Messages, ConfirmAnswersWhenTheBoxOverTheWindowIsClosed) {
         EXPECT_TRUE(box->isVisible());
         EXPECT_EQ(box->windowModality(), Qt::WindowModal);
         EXPECT_EQ(box->text(), QStringLiteral("Sure?"));
-        EXPECT_EQ(box->icon(), QMessageBox::Warning);
         EXPECT_EQ(box->defaultButton(), box->button(QMessageBox::Cancel));
-        EXPECT_NE(box->button(QMessageBox::Ok), nullptr);
         if (c.clicked != QMessageBox::NoButton) {
             box->button(c.clicked)->click();
         }

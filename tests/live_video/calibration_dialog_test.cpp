@@ -84,14 +84,6 @@ TEST_F(CalibrationTest, TwoZoomPositionsMeasuredGiveTheLensTable) {
     ASSERT_TRUE(zoomTo(220));
     ASSERT_TRUE(measure(session.status().CurrentPan - 0.8));
     ASSERT_EQ(dialog.measured().size(), 2u);
-    for (const auto& [zoom, field] : dialog.measured()) {
-        SCOPED_TRACE(zoom);
-        // The pan is carried in hundredths; the field is worked out from the
-        // pan the unit reports having made.
-        EXPECT_NEAR(field, truth.degreesAt(zoom), 0.01);
-    }
-    EXPECT_TRUE(dialog.measured().count(128));
-    EXPECT_TRUE(dialog.measured().count(220));
 
     QSignalSpy calibrated(&dialog, &CalibrationDialog::calibrated);
     save->click();
@@ -99,6 +91,8 @@ TEST_F(CalibrationTest, TwoZoomPositionsMeasuredGiveTheLensTable) {
     EXPECT_EQ(calibrated[0][0].toInt(), 0);
     const auto lens = calibrated[0][1].value<FieldOfView>();
     ASSERT_EQ(lens.points().size(), 2u);
+    // The pan is carried in hundredths; the field is worked out from the
+    // pan the unit reports having made.
     EXPECT_NEAR(lens.degreesAt(128), truth.degreesAt(128), 0.01);
     EXPECT_NEAR(lens.degreesAt(220), truth.degreesAt(220), 0.01);
 }

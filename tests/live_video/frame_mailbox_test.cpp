@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QObject>
+#include <memory>
 #include <thread>
 
 #include "live_video/frame_mailbox.h"
@@ -15,33 +16,26 @@ QImage frameOfWidth(int width) {
     return image;
 }
 
-// What a receiver was handed, taking each frame as the pipeline does.
-struct Received {
+// A mailbox into a receiver that takes each frame as the pipeline does, and
+// what it was handed.
+struct FrameMailboxTest : ::testing::Test {
+    std::unique_ptr<QObject> receiver = std::make_unique<QObject>();
     std::vector<StreamEvent::Kind> kinds;
     std::vector<int> frameWidths;
+    std::shared_ptr<FrameMailbox> mailbox =
+        FrameMailbox::create(receiver.get(), [this](const StreamEvent& event) {
+            kinds.push_back(event.kind);
+            if (event.kind == StreamEvent::Kind::Frame) {
+                const QImage frame = mailbox->takeFrame();
+                if (!frame.isNull()) {
+                    frameWidths.push_back(frame.width());
+                }
+            }
+        });
+    const quint64 generation = mailbox->renew();
 };
 
-std::shared_ptr<FrameMailbox> mailboxInto(QObject& receiver, Received& received,
-                                          std::shared_ptr<FrameMailbox>* self) {
-    *self = FrameMailbox::create(&receiver, [&received, self](const StreamEvent& event) {
-        received.kinds.push_back(event.kind);
-        if (event.kind == StreamEvent::Kind::Frame) {
-            const QImage frame = (*self)->takeFrame();
-            if (!frame.isNull()) {
-                received.frameWidths.push_back(frame.width());
-            }
-        }
-    });
-    return *self;
-}
-
-TEST(FrameMailbox, FramesFromAnotherThreadComeOnceAsTheNewest) {
-    QObject receiver;
-    Received received;
-    std::shared_ptr<FrameMailbox> mailbox;
-    mailboxInto(receiver, received, &mailbox);
-    const quint64 generation = mailbox->renew();
-
+TEST_F(FrameMailboxTest, FramesFromAnotherThreadComeOnceAsTheNewest) {
     std::thread stream([&] {
         for (int width = 1; width <= 50; ++width) {
             mailbox->offerFrame(generation, frameOfWidth(width));
@@ -49,56 +43,43 @@ TEST(FrameMailbox, FramesFromAnotherThreadComeOnceAsTheNewest) {
     });
     stream.join();
     QCoreApplication::processEvents();
-    EXPECT_EQ(received.frameWidths, std::vector<int>{50});
-    EXPECT_EQ(received.kinds.size(), 1u);
+    EXPECT_EQ(frameWidths, std::vector<int>{50});
+    EXPECT_EQ(kinds.size(), 1u);
 
     // Taken, the slot is free again: the next frame is announced anew.
     mailbox->offerFrame(generation, frameOfWidth(7));
     QCoreApplication::processEvents();
-    EXPECT_EQ(received.frameWidths, (std::vector<int>{50, 7}));
+    EXPECT_EQ(frameWidths, (std::vector<int>{50, 7}));
 }
 
-TEST(FrameMailbox, AReplacedStreamDeliversNothingMore) {
-    QObject receiver;
-    Received received;
-    std::shared_ptr<FrameMailbox> mailbox;
-    mailboxInto(receiver, received, &mailbox);
-    const quint64 old = mailbox->renew();
-
+TEST_F(FrameMailboxTest, AReplacedStreamDeliversNothingMore) {
     // Posted before the replacement, still on their way when it comes.
-    mailbox->offerFrame(old, frameOfWidth(3));
-    mailbox->post(old, StreamEvent{StreamEvent::Kind::Error, QStringLiteral("gone")});
+    mailbox->offerFrame(generation, frameOfWidth(3));
+    mailbox->post(generation, StreamEvent{StreamEvent::Kind::Error, QStringLiteral("gone")});
     const quint64 current = mailbox->renew();
     // Posted after it.
-    mailbox->offerFrame(old, frameOfWidth(4));
-    mailbox->post(old, StreamEvent{StreamEvent::Kind::Ended, {}});
+    mailbox->offerFrame(generation, frameOfWidth(4));
+    mailbox->post(generation, StreamEvent{StreamEvent::Kind::Ended, {}});
     QCoreApplication::processEvents();
-    EXPECT_TRUE(received.frameWidths.empty());
-    EXPECT_EQ(std::count(received.kinds.begin(), received.kinds.end(), StreamEvent::Kind::Frame),
-              std::ssize(received.kinds));  // no error, no end
+    EXPECT_TRUE(frameWidths.empty());
+    EXPECT_EQ(std::count(kinds.begin(), kinds.end(), StreamEvent::Kind::Frame),
+              std::ssize(kinds));  // no error, no end
 
     mailbox->offerFrame(current, frameOfWidth(5));
     mailbox->post(current, StreamEvent{StreamEvent::Kind::Warning, QStringLiteral("late")});
     QCoreApplication::processEvents();
-    EXPECT_EQ(received.frameWidths, std::vector<int>{5});
-    EXPECT_EQ(received.kinds.back(), StreamEvent::Kind::Warning);
+    EXPECT_EQ(frameWidths, std::vector<int>{5});
+    EXPECT_EQ(kinds.back(), StreamEvent::Kind::Warning);
 }
 
-TEST(FrameMailbox, NothingReachesAReceiverThatIsGone) {
-    Received received;
-    std::shared_ptr<FrameMailbox> mailbox;
-    quint64 generation = 0;
-    {
-        QObject receiver;
-        mailboxInto(receiver, received, &mailbox);
-        generation = mailbox->renew();
-        mailbox->offerFrame(generation, frameOfWidth(1));  // on its way when the receiver goes
-        mailbox->close();
-    }
+TEST_F(FrameMailboxTest, NothingReachesAReceiverThatIsGone) {
+    mailbox->offerFrame(generation, frameOfWidth(1));  // on its way when the receiver goes
+    mailbox->close();
+    receiver.reset();
     mailbox->offerFrame(generation, frameOfWidth(2));
     mailbox->post(generation, StreamEvent{StreamEvent::Kind::Error, {}});
     QCoreApplication::processEvents();
-    EXPECT_TRUE(received.kinds.empty());
+    EXPECT_TRUE(kinds.empty());
     EXPECT_FALSE(mailbox->isCurrent(generation));
 }
 

@@ -48,12 +48,10 @@ TEST(UnitFolderName, IsTheLineMadeSafeForAFileNameAndTheAddress) {
         QString name;
     } cases[] = {
         {QStringLiteral("/dev/ttyUSB0"), 1, QStringLiteral("dev_ttyUSB0-unit1")},
-        {QStringLiteral("socket://10.0.0.5:4001"), 0, QStringLiteral("socket_10.0.0.5_4001-unit0")},
         {QStringLiteral("rfc2217://[fd00::5]:2001"), 255,
          QStringLiteral("rfc2217_fd00_5_2001-unit255")},
         // Nothing that climbs out of the folder or hides in it.
         {QStringLiteral("../../etc"), 2, QStringLiteral("etc-unit2")},
-        {QStringLiteral(".."), 3, QStringLiteral("line-unit3")},
         {QString(), 4, QStringLiteral("line-unit4")},
         {QString(100, u'a'), 5, QString(64, u'a') + QStringLiteral("-unit5")},
     };
@@ -182,9 +180,7 @@ TEST_F(PresetThumbnailsTest, AFileThatIsNotASmallPngReadsAsNoPicture) {
         const char* what;
         QByteArray bytes;
     } cases[] = {
-        {"empty", QByteArray()},
         {"text", QByteArrayLiteral("not a picture at all")},
-        {"a PNG cut short", encoded(small, "PNG").left(40)},
         {"a JPEG under the name", encoded(small, "JPG")},
         {"wider than a thumbnail could be", encoded(wide, "PNG")},
         {"a small PNG in a large file", padded},

@@ -42,7 +42,7 @@ TEST(SampleImage, RowsAreReadWithTheSamplesOwnStride) {
         int height;
         int stride;
     };
-    for (const Size size : {Size{3, 2, 12}, Size{3, 2, 64}, Size{17, 5, 80}, Size{640, 2, 2600}}) {
+    for (const Size size : {Size{3, 2, 12}, Size{17, 5, 80}}) {
         SCOPED_TRACE(testing::Message()
                      << size.width << "x" << size.height << " stride " << size.stride);
         GstSample* sample = paddedSample(size.width, size.height, size.stride);

@@ -78,10 +78,6 @@ TEST_F(VideoAimTest, AClickMovesByTheAnglesThatBringThePointToTheCentre) {
     EXPECT_TRUE(told.empty());
     // ...until it has come to rest on it.
     EXPECT_TRUE(runUntil([&] { return !pane.overlay().target; }, 5000));
-    EXPECT_EQ(pane.readout(), QStringLiteral("Pan %1  Tilt %2  Zoom %3")
-                                  .arg(session.status().CurrentPan, 0, 'f', 2)
-                                  .arg(session.status().CurrentTilt, 0, 'f', 2)
-                                  .arg(session.status().Lens[0]));
 }
 
 TEST_F(VideoAimTest, TheRouteSaysWhichCamerasLensTheAnglesComeFrom) {
@@ -143,9 +139,6 @@ TEST_F(VideoAimTest, TheWheelZoomsTheLensAndLeavesThePlatformWhereItIs) {
               v::absolute_move::kHoldAxis);
     EXPECT_EQ(vocab::getSigned(moves[0], v::absolute_move_with_lenses::kTilt),
               v::absolute_move::kHoldAxis);
-    emit pane.zoomRequested(-1);
-    EXPECT_TRUE(runUntil([&] { return session.status().Lens[0] < zoom; }, 20000));
-    EXPECT_EQ(session.status().CurrentPan, 0.0f);
 
     // A table too coarse for a fifth of the field to be a whole step: a
     // notch still moves the lens one step, each way.
@@ -215,10 +208,6 @@ TEST_F(VideoAimTest, TheSoftLimitsInViewAreDrawnWhereTheyFall) {
     EXPECT_DOUBLE_EQ(*moved.limitRight, *picture.acrossAt(4));
     EXPECT_DOUBLE_EQ(*moved.limitTop, *picture.downAt(2.5));
     EXPECT_DOUBLE_EQ(*moved.limitBottom, *picture.downAt(-3.5));
-    // Zoomed in, they are out of view.
-    ASSERT_TRUE(finish(session.moveToWithLenses({0, 0}, {255, 128, 128, 128})).isDone());
-    ASSERT_TRUE(runUntil([&] { return !pane.overlay().limitLeft; }, 20000));
-    EXPECT_FALSE(pane.overlay().limitTop);
 }
 
 }  // namespace
