@@ -183,6 +183,24 @@ TEST(SettingsFile, NamesWhatIsWrongWithAValue) {
               "it is larger than any unit settings file");
 }
 
+// A file saved while the settings had names of their own ("Dis", "9.6",
+// "232", "full-power") still reads, and is written back with the Line
+// Log's names.
+TEST(SettingsFile, ReadsTheFormerValueNamesAndWritesTheLineLogs) {
+    QFile file(QStringLiteral(HALVEX_FUZZ_CASES "/../tests/commissioning/old_names_settings.txt"));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray bytes = file.readAll();
+    const SettingsRead read = readSettingsText(std::string_view(bytes.constData(), bytes.size()));
+    ASSERT_TRUE(read.settings.has_value()) << read.problem;
+    const std::string text = writeSettingsText(*read.settings);
+    for (const char* line :
+         {"\ncamera1-baud = 115200\n", "\ncamera2-baud = off\n", "\ncamera1-level = RS-422\n",
+          "\ncamera2-level = RS-232\n", "\nheater = full power\n"}) {
+        EXPECT_NE(text.find(line), std::string::npos) << line;
+    }
+    EXPECT_EQ(readSettingsText(text).settings, read.settings);
+}
+
 // The inputs the file fuzzer keeps: none may crash the reader, and what it
 // accepts it writes back the same.
 TEST(SettingsFile, ReplaysTheFuzzerCases) {
