@@ -13,7 +13,6 @@
 
 #include "input/controller_jog.h"
 #include "input/keyboard_jog.h"
-#include "input/mapping_settings.h"
 #include "tests/support/console_rig.h"
 #include "window/user_settings.h"
 
@@ -87,27 +86,9 @@ struct InputRig : ConsoleRig {
             });
         });
     }
-    // Whether a jog message with the stop bit goes out while `act` runs and
-    // within a while after.
-    bool stopsAfter(const std::function<void()>& act) {
-        bool sent = false;
-        line.onFrame = [&sent](const RecordingPeer::Frame& frame) {
-            sent = sent || (frame.message[0] == 0x31 && (frame.message[1] & 0x02) != 0);
-        };
-        act();
-        const bool stopped = waitFor([&sent] { return sent; });
-        line.onFrame = nullptr;
-        return stopped;
-    }
     ControllerJog& controller() { return *window->input().controller; }
     bool usesDevice() {
         return waitFor([this] { return controller().deviceInUse().has_value(); });
-    }
-    // Keeps `mapping` for the device in use and puts it to work.
-    void useMapping(const ControllerMapping& mapping) {
-        const QString guid = controller().deviceInUse()->guid;
-        saveMapping(*userSettings(), guid, mapping);
-        controller().setPreferredDevice(guid);
     }
 };
 

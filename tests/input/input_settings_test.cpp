@@ -6,7 +6,6 @@
 #include <QDialogButtonBox>
 #include <QLabel>
 #include <QPushButton>
-#include <QRegularExpression>
 #include <QSpinBox>
 
 #include "input/input_settings_dialog.h"
@@ -27,15 +26,9 @@ class InputSettingsTest : public InputTest {
         }));
         return dialog;
     }
-    template <typename T>
-    T* in(QWidget* dialog, const QString& name) {
-        T* widget = dialog->findChild<T*>(name);
-        EXPECT_NE(widget, nullptr) << name.toStdString();
-        return widget;
-    }
 };
 
-TEST_F(InputSettingsTest, ShowsTheDeviceItsMappingAndALivePreviewAsLastLookedAtAndNoMissingButton) {
+TEST_F(InputSettingsTest, ShowsTheDeviceItsMappingAndALivePreviewAsLastLookedAt) {
     VirtualDevice pad(true);
     ASSERT_TRUE(rig().usesDevice());
     InputSettingsDialog* dialog = open();
@@ -44,23 +37,13 @@ TEST_F(InputSettingsTest, ShowsTheDeviceItsMappingAndALivePreviewAsLastLookedAtA
     // (left stick pan and tilt, tilt inverted, B stops) are in its picture.
     // A stick pushed shows in the preview.
     pad.axis(SDL_CONTROLLER_AXIS_LEFTX, 20000);
-    auto* preview = in<QLabel>(dialog, QStringLiteral("AxisPreview_0"));
+    auto* preview = rig().find<QLabel>(QStringLiteral("AxisPreview_0"));
     EXPECT_TRUE(ConsoleRig::waitFor([&] { return preview->text() == QStringLiteral("29 %"); }));
     if (QWidget* focus = QApplication::focusWidget()) {
         focus->clearFocus();
     }
     expectLooksAsKept(*dialog, {HALVEX_KEPT_PICTURES, HALVEX_SEEN_PICTURES},
                       QStringLiteral("input-settings"));
-    dialog->reject();
-
-    // A mapping kept for a button this device does not have shows nothing bound.
-    rig().useMapping({.axes = {}, .buttons = {{99, ButtonAction::Stop, 0}}});
-    dialog = open();
-    ASSERT_NE(dialog, nullptr);
-    for (const QComboBox* combo :
-         dialog->findChildren<QComboBox*>(QRegularExpression(QStringLiteral("^ButtonCombo_")))) {
-        EXPECT_EQ(combo->currentIndex(), 0) << combo->objectName().toStdString();
-    }
     dialog->reject();
 }
 
@@ -69,12 +52,13 @@ TEST_F(InputSettingsTest, OkPutsTheMappingToWorkAndKeepsItForTheDevice) {
     ASSERT_TRUE(rig().usesDevice());
     InputSettingsDialog* dialog = open();
     ASSERT_NE(dialog, nullptr);
-    in<QCheckBox>(dialog, QStringLiteral("InvertCheck_0"))->setChecked(true);
-    auto* preset3 = in<QComboBox>(dialog, QStringLiteral("ButtonCombo_10"));
+    rig().find<QCheckBox>(QStringLiteral("InvertCheck_0"))->setChecked(true);
+    auto* preset3 = rig().find<QComboBox>(QStringLiteral("ButtonCombo_10"));
     preset3->setCurrentIndex(preset3->findData(int{SDL_CONTROLLER_BUTTON_A}));
-    in<QSpinBox>(dialog, QStringLiteral("KeySpeedSpin"))->setValue(50);
-    in<QSpinBox>(dialog, QStringLiteral("KeySlowSpin"))->setValue(1);  // the unit's slowest
-    in<QDialogButtonBox>(dialog, QStringLiteral("InputButtons"))
+    rig().find<QSpinBox>(QStringLiteral("KeySpeedSpin"))->setValue(50);
+    rig().find<QSpinBox>(QStringLiteral("KeySlowSpin"))->setValue(1);  // the unit's slowest
+    rig()
+        .find<QDialogButtonBox>(QStringLiteral("InputButtons"))
         ->button(QDialogButtonBox::Ok)
         ->click();
     EXPECT_TRUE(ConsoleRig::waitFor([&] { return QApplication::activeModalWidget() == nullptr; }));
