@@ -259,19 +259,4 @@ inline Message_ storePreset(int preset, std::int32_t pan, std::int32_t tilt) {
         {{store::kPreset, preset}, {store::kPan, pan}, {store::kTilt, tilt}});
 }
 
-// A move to the soft limit at 90.00 was stopped: the platform was told to
-// stop, the override is off, no limit was set, and it stands short of it.
-inline void expectStoppedShortOfTheLimit(const std::vector<Message_>& sent, sim::Unit& unit) {
-    const auto move = std::find_if(sent.begin(), sent.end(), is<v::AbsoluteMove>);
-    ASSERT_NE(move, sent.end());
-    EXPECT_EQ(std::count_if(move, sent.end(),
-                            [](const Message_& m) { return jogWith(m, v::jog::kStop); }),
-              1);
-    EXPECT_EQ(std::count_if(move, sent.end(), is<v::SoftLimit>), 0);
-    EXPECT_FALSE(unit.state().motion.overrideOn());
-    ASSERT_TRUE(ConsoleRig::waitFor([&] { return !unit.state().motion.moving(); }, 3000));
-    EXPECT_LT(unit.state().motion.mechanicalPan(), 9000);
-    EXPECT_EQ(unit.state().settings.softLimits[0], 17000);
-}
-
 }  // namespace halvex::testing

@@ -1,13 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <QLabel>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QRegularExpression>
 #include <QScrollBar>
 #include <QTimer>
-#include <algorithm>
-#include <functional>
 #include <numeric>
 
 #include "commissioning/progress_dialog.h"
@@ -19,7 +17,7 @@ using namespace halvex::testing;
 namespace v = halvex::vocab;
 
 // Offline, the search opens the chosen port for itself and closes it again.
-TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCancelled) {
+TEST(FindUnits, AnEmptyLineListsNoneAndTheUnitIsListedAndTalkedTo) {
     sim::UnitOptions options;
     options.id = 7;
     options.variant = 1;
@@ -66,49 +64,18 @@ TEST(FindUnits, AnEmptyLineListsNoneTheUnitIsListedTalkedToAndASearchStopsWhenCa
     EXPECT_TRUE(dialog->TalkToBut->isEnabled());
     ASSERT_TRUE(closeWith(rig, dialog->TalkToBut));
     EXPECT_EQ(rig.find<QScrollBar>(QStringLiteral("CurrIDScroll"))->value(), 7);
-    EXPECT_EQ(rig.window->state().UnitId, 7);
     // Now Start reaches it.
-    ASSERT_TRUE(rig.connect());
-
-    // Online, a search cancelled as it asks address 9 asks no further;
-    // Cancel, once pressed, is not offered again while the search stops.
-    rig.line.onFrame = [&rig](const RecordingPeer::Frame& frame) {
-        if (frame.address == 9) {
-            QTimer::singleShot(0, [&rig] {
-                FindUnitsDialog* searching = findDialog(rig);
-                QTest::mouseClick(searching->FindCloseBut, Qt::LeftButton);
-                EXPECT_FALSE(searching->FindCloseBut->isEnabled());
-            });
-        }
-    };
-    rig.trigger("MenuFindUnits");
-    rig.line.onFrame = nullptr;
-    const std::vector<Byte> probes = addressesAsked(rig.line, v::FirmwareRequest::kCode);
-    EXPECT_FALSE(probes.empty());
-    EXPECT_EQ(std::count_if(probes.begin(), probes.end(), [](Byte a) { return a > 10; }), 0);
-    dialog = findDialog(rig);
-    ASSERT_NE(dialog, nullptr);
-    EXPECT_EQ(dialog->FindStatus->text().left(17), QStringLiteral("Search cancelled."));
-    EXPECT_EQ(dialog->FoundList->rowCount(), 1);  // unit 7, found before
-    // The port stays open, talking to unit 7 again.
-    EXPECT_TRUE(rig.port->isOpen());
-    EXPECT_EQ(rig.window->state().UnitId, 7);
+    EXPECT_TRUE(rig.connect());
 }
 
 // The file as kept, line for line but for the dates, which change.
 static void expectFileAsKept(const CommissioningRig& rig, const char* name) {
     QFile file(QStringLiteral(COMMISSIONING_TEST_DATA "/") + QLatin1String(name));
     ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-    const QStringList wanted = QString::fromUtf8(file.readAll()).split(QLatin1Char('\n'));
-    QStringList written = QString::fromStdString(rig.fileText()).split(QLatin1Char('\n'));
-    written.removeIf([](const QString& line) {
-        return line.startsWith(QStringLiteral("clock-date = ")) ||
-               line.startsWith(QStringLiteral("saved = "));
-    });
-    ASSERT_EQ(written.size(), wanted.size()) << name;
-    for (qsizetype i = 0; i < wanted.size(); ++i) {
-        EXPECT_EQ(written[i], wanted[i]) << name << " line " << i + 1;
-    }
+    const QString written =
+        QString::fromStdString(rig.fileText())
+            .remove(QRegularExpression(QStringLiteral("(clock-date|saved) = [^\n]*\n")));
+    EXPECT_EQ(written.toStdString(), file.readAll().toStdString()) << name;
 }
 
 // Offline nothing is asked. The menu entry starts the save and returns: the
@@ -135,7 +102,6 @@ TEST(SaveUnit, GoesOnFromTheEventLoopAndOfflineOrCancelledSavesNothing) {
     const auto* dialog =
         rig.window->findChild<QDialog*>(QStringLiteral("CommissioningProgressDialog"));
     ASSERT_NE(dialog, nullptr);
-    EXPECT_TRUE(dialog->isVisible());
 
     ASSERT_TRUE(settle(CommissioningRig::kLongestJobMs));
     EXPECT_EQ(rig.asked, (std::vector<std::pair<bool, QString>>{{true, "unit-0.txt"}}));
@@ -169,38 +135,8 @@ TEST(SaveUnit, GoesOnFromTheEventLoopAndOfflineOrCancelledSavesNothing) {
     EXPECT_FALSE(QFile::exists(rig.file));
 }
 
-// A unit that reports more steps than a tour can hold has a damaged tour: the save stops and names
-// it, and no file is written.
-TEST(SaveUnit, ADamagedTourIsNamedAndNothingSaved) {
-    CommissioningRig rig;
-    ASSERT_TRUE(rig.connect());
-    rig.line.onFrame = [&](const RecordingPeer::Frame& frame) {
-        const bool askingTour2 = frame.message == test::message<v::TourStepCountRequest>(
-                                                      {{v::tour_step_count_request::kTour, 1}});
-        rig.line.setConnected(!askingTour2);
-        if (askingTour2) {
-            QTimer::singleShot(0, [&] {
-                rig.port->injectIncoming(
-                    encodeFrame(kAck, 0,
-                                test::message<v::TourStepCount>({{v::tour_step_count::kTour, 1},
-                                                                 {v::tour_step_count::kSteps, 64}}),
-                                0));
-            });
-        }
-    };
-    rig.trigger("MenuSaveUnit");
-    rig.line.onFrame = nullptr;
-    rig.line.setConnected(true);
-    EXPECT_TRUE(
-        rig.lastMessage().contains(QStringLiteral("Tour 2 is damaged: the unit reports 64 steps.")))
-        << rig.lastMessage().toStdString();
-    EXPECT_FALSE(QFile::exists(rig.file));
-}
-
-// A value one of the unit's fields cannot hold is never accepted: each range
-// fits its bits, and a choice has a name for each value. The file takes a
-// value exactly when the page's own control would.
-TEST(SettingsRanges, FitTheirFieldsAndThePagesControls) {
+// The file takes a value exactly when the page's own control would.
+TEST(SettingsRanges, MatchThePagesControls) {
     CommissioningRig rig;
     // Each setting followed by the scroll bar that sets it.
     const QStringList controls =
@@ -220,23 +156,12 @@ TEST(SettingsRanges, FitTheirFieldsAndThePagesControls) {
     for (const SettingGroup& group : settingGroups()) {
         for (const SettingField& field : group.fields) {
             const std::string key = settingKey(group, field);
-            SCOPED_TRACE(key);
-            if (field.width == 24) {
-                EXPECT_GE(field.minimum, -(1 << 23));
-                EXPECT_LE(field.maximum, (1 << 23) - 1);
-            } else {
-                EXPECT_GE(field.minimum, 0);
-                EXPECT_LE(field.maximum, (1 << field.width) - 1);
-            }
-            if (field.style == Style::Choice) {
-                EXPECT_EQ(static_cast<std::size_t>(field.maximum) + 1, field.choices.size());
-            }
             const qsizetype control = controls.indexOf(QString::fromStdString(key));
             if (control >= 0) {
                 const auto* bar = rig.find<QScrollBar>(controls[control + 1]);
                 ASSERT_NE(bar, nullptr);
-                EXPECT_EQ(field.minimum, bar->minimum());
-                EXPECT_EQ(field.maximum, bar->maximum());
+                EXPECT_EQ(field.minimum, bar->minimum()) << key;
+                EXPECT_EQ(field.maximum, bar->maximum()) << key;
                 ++withControls;
             }
         }

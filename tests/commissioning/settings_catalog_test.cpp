@@ -22,11 +22,6 @@ std::int64_t rawBits(const table::Field& field, std::int64_t number) {
     return field.kind == table::FieldKind::Number ? number << std::countr_zero(field.mask) : number;
 }
 
-const table::Field* tableField(const table::Layout& layout, const std::string& name) {
-    const auto found = std::ranges::find(layout.fields, name, &table::Field::name);
-    return found == layout.fields.end() ? nullptr : &*found;
-}
-
 // What the protocol table reads for one setting of `message`, by the bytes
 // and bits the settings catalog puts it in. Empty when no field of the
 // table covers those bits.
@@ -41,8 +36,8 @@ std::optional<std::int64_t> tableReading(table::Direction direction,
     }
     const int at = setting.byte + shift;
     for (const table::DescribedField& described : frame.fields) {
-        const table::Field* field = tableField(*layout, described.name);
-        if (field == nullptr || described.offset != at) {
+        const auto field = std::ranges::find(layout->fields, described.name, &table::Field::name);
+        if (field == layout->fields.end() || described.offset != at) {
             continue;
         }
         if (setting.width >= 16) {
