@@ -19,7 +19,6 @@ TEST(DataFolder, PrefersDataBesideTheProgramThenTheInstalledShareFolder) {
     const Layout layouts[] = {
         {"installed copy", {"bin/halvex", "share/halvex/PTZ.CCL"}, {}, "share/halvex"},
         {"control list beside the program", {"bin/PTZ.CCL"}, {"share/halvex"}, "bin"},
-        {"help in lower case beside it", {"bin/help.rtf"}, {"share/halvex"}, "bin"},
         {"other files do not count", {"bin/HALVEX.BIN", "bin/notes.txt"}, {"share/halvex"}, "share/halvex"},
         {"nor a folder named like help", {}, {"bin/OLD.RTF", "share/halvex"}, "share/halvex"},
         {"nothing anywhere", {}, {"bin"}, "bin"},

@@ -71,11 +71,7 @@ TEST_F(CalibrationTest, TwoZoomPositionsMeasuredGiveTheLensTable) {
     auto* save = dialog.findChild<QPushButton*>(QStringLiteral("CalibrationSave"));
     ASSERT_TRUE(measure(2.0));
     EXPECT_FALSE(save->isEnabled());
-    EXPECT_EQ(dialog.windowTitle(), QStringLiteral("Calibrate Camera 1"));
     const QString first = QString::number(dialog.measured().at(128), 'f', 2);
-    EXPECT_EQ(dialog.step(), QStringLiteral("Camera 1: %1 degrees at zoom 128. Zoom elsewhere and "
-                                            "click a feature for another point, or Save.")
-                                 .arg(first));
     const auto* points = dialog.findChild<QListWidget*>(QStringLiteral("CalibrationPoints"));
     // Under the points kept before.
     ASSERT_EQ(points->count(), 3);
@@ -107,8 +103,6 @@ TEST_F(CalibrationTest, WhileItIsOpenAClickMarksAndMovesNothing) {
                                                "the Video page."));
     }
     dialog.show();
-    EXPECT_EQ(dialog.step(), QStringLiteral("Aim camera 1 at a small, sharp feature away from the "
-                                            "centre, then click it in the picture."));
     const std::size_t from = line.frames().size();
     // A mark at the centre is too near it to pan by.
     emit pane.centreRequested(QPointF(0.5, 0.3));

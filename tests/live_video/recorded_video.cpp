@@ -40,7 +40,6 @@ RecordedVideo readRecording(const QString& path) {
         GstVideoInfo info;
         gst_video_info_from_caps(&info, gst_sample_get_caps(sample));
         recorded.decodedSize = QSize(GST_VIDEO_INFO_WIDTH(&info), GST_VIDEO_INFO_HEIGHT(&info));
-        ++recorded.frames;
         gst_sample_unref(sample);
     }
     gst_element_set_state(pipeline, GST_STATE_NULL);

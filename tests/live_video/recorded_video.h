@@ -11,7 +11,6 @@ struct RecordedVideo {
     QString encoding;                 // the caps name of the video track: "video/x-h264", ...
     bool startsWithKeyframe = false;  // a player can show the first frame
     QSize decodedSize;
-    int frames = 0;  // decoded
     // As the file's header says: the muxer writes it when the stream ends,
     // so a file cut off before its end has none.
     qint64 durationMs = -1;

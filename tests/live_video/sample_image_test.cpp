@@ -35,25 +35,17 @@ GstSample* paddedSample(int width, int height, int stride) {
     return sample;
 }
 
+// 17 pixels of 4 bytes take 68 of the 80 bytes of a row.
 TEST(SampleImage, RowsAreReadWithTheSamplesOwnStride) {
     ensureGStreamer();
-    struct Size {
-        int width;
-        int height;
-        int stride;
-    };
-    for (const Size size : {Size{3, 2, 12}, Size{17, 5, 80}}) {
-        SCOPED_TRACE(testing::Message()
-                     << size.width << "x" << size.height << " stride " << size.stride);
-        GstSample* sample = paddedSample(size.width, size.height, size.stride);
-        const QImage image = imageFromSample(sample);
-        gst_sample_unref(sample);
-        ASSERT_EQ(image.size(), QSize(size.width, size.height));
-        EXPECT_EQ(image.format(), QImage::Format_RGB32);
-        for (int y = 0; y < size.height; ++y) {
-            for (int x = 0; x < size.width; ++x) {
-                ASSERT_EQ(image.pixel(x, y), qRgb(0x5a, y & 0xff, x & 0xff)) << x << "," << y;
-            }
+    GstSample* sample = paddedSample(17, 5, 80);
+    const QImage image = imageFromSample(sample);
+    gst_sample_unref(sample);
+    ASSERT_EQ(image.size(), QSize(17, 5));
+    EXPECT_EQ(image.format(), QImage::Format_RGB32);
+    for (int y = 0; y < 5; ++y) {
+        for (int x = 0; x < 17; ++x) {
+            ASSERT_EQ(image.pixel(x, y), qRgb(0x5a, y, x)) << x << "," << y;
         }
     }
 }
