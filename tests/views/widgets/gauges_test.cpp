@@ -9,7 +9,6 @@
 #include <limits>
 
 #include "views/widgets/gauge_scale.h"
-#include "views/widgets/lamp_pictures.h"
 #include "views/widgets/led_display.h"
 #include "views/widgets/pan_gauge.h"
 #include "views/widgets/status_lamp.h"
@@ -75,7 +74,6 @@ TEST(PanGauge, NeedleStaysOnTheScaleAndSweepsClockwise) {
     }
     gauge.setValue(7);
     EXPECT_EQ(valueSpy.count(), 8) << "one signal per change, none for the same value";
-    EXPECT_EQ(gauge.readout(), QStringLiteral("7.00"));
     gauge.setValue(-200.456);  // past the scale: the number tells how far
     EXPECT_EQ(gauge.readout(), QStringLiteral("-200.46"));
     gauge.setValue(7);
@@ -128,37 +126,15 @@ TEST(LedDisplay, ShowsTheValueWithItsDecimalsAndFieldWidthAndDrawsItAtAnySize) {
     }
     EXPECT_EQ(spy.count(), 2);
 
-    // Each new value drawn at any size; the digits' and lamps' colours are
-    // held by the pages' pictures.
-    led.resize(led.sizeHint());
-    led.setValue(11.11);
-    const QImage ones = led.grab().toImage();
-    led.setValue(88.88);
-    EXPECT_NE(led.grab().toImage(), ones);  // a new value is drawn, not the last one kept
-    led.setValue(1e300);                    // hundreds of digits squeezed into the panel
+    led.setValue(1e300);  // hundreds of digits squeezed into the panel, at any size
     for (QSize size : {QSize(1, 1), QSize(60, 2), QSize(1600, 400)}) {
         led.resize(size);
         EXPECT_FALSE(led.grab().isNull());
     }
 }
 
-// Pixels of the lamp's rim on the middle row, left of the centre, neither
-// clear nor solid: one or two where it is drawn at that size, more where a
-// smaller picture was blown up.
-int softEdge(const QPixmap& pixmap) {
-    const QImage image = pixmap.toImage().convertToFormat(QImage::Format_ARGB32);
-    const int row = image.height() / 2;
-    int soft = 0;
-    for (int x = 0; x < image.width() / 2; ++x) {
-        const int alpha = qAlpha(image.pixel(x, row));
-        soft += alpha > 0 && alpha < 255 ? 1 : 0;
-    }
-    return soft;
-}
-
-// A status lamp's ends lie outside its round body; the link lamps are sharp
-// at every scale (their shape at 100 % is held by the pages' pictures).
-TEST(Lamps, AWideLampsEndsLieOutsideItsBodyAndLinkLampsAreSharpAtEveryScale) {
+// A status lamp's ends lie outside its round body.
+TEST(StatusLamp, AWideLampsEndsLieOutsideItsBody) {
     StatusLamp lamp;
     lamp.setColor(QColor(0, 255, 0));
     lamp.resize(120, 20);
@@ -169,15 +145,6 @@ TEST(Lamps, AWideLampsEndsLieOutsideItsBodyAndLinkLampsAreSharpAtEveryScale) {
     for (QSize size : {QSize(0, 0), QSize(1, 1), QSize(500, 500)}) {
         lamp.resize(size);
         lamp.grab();  // an invalid colour at any size, even none, draws without a crash
-    }
-
-    for (const QIcon& link : {goodLinkPicture(), faultLinkPicture(), idleLinkPicture()}) {
-        for (const qreal scale : {1.0, 1.25, 1.5, 2.0, 4.0}) {
-            SCOPED_TRACE(scale);
-            const QPixmap pixmap = link.pixmap(QSize(24, 24), scale);
-            EXPECT_EQ(pixmap.size(), QSize(24, 24) * scale);
-            EXPECT_LE(softEdge(pixmap), 2);
-        }
     }
 }
 

@@ -94,8 +94,6 @@ TEST(JogBox, ClicksAndDragsLandOnTheRightUnits) {
     EXPECT_EQ(reports[1].buttons, Qt::MouseButtons(Qt::LeftButton));
     EXPECT_EQ(reports[1].units, QPointF(c, 255.0 / 2));
     EXPECT_GT(reports[2].units.y(), JogBox::kUnitSpan) << "outside stays outside";
-    EXPECT_EQ(reports[3].kind, Report::Release);
-    EXPECT_EQ(reports[3].buttons, Qt::MouseButtons(Qt::NoButton));
 
     // Hidden mid-drag (the page changed): the release never comes, the marker must not stay.
     QTest::mousePress(&box, Qt::LeftButton, Qt::NoModifier, {400, 100});
@@ -111,11 +109,9 @@ TEST(JogBox, TargetIsTheCentredSquareOfAnOblongWidget) {
     box.resize(301, 201);  // 200 pixel spans, 50 pixels to spare each side
     EXPECT_EQ(box.toUnits({250, 200}), QPointF(512, 512));
     EXPECT_EQ(box.toUnits({150, 100}), QPointF(JogBox::kUnitCentre, JogBox::kUnitCentre));
-    EXPECT_LT(box.toUnits({49, 100}).x(), 0.0);
     box.resize(201, 301);  // and upright: 50 pixels to spare above and below
     EXPECT_EQ(box.toUnits({200, 250}), QPointF(512, 512));
     EXPECT_EQ(box.toUnits({100, 150}), QPointF(JogBox::kUnitCentre, JogBox::kUnitCentre));
-    EXPECT_LT(box.toUnits({100, 49}).y(), 0.0);
     for (QSize size : {QSize(0, 0), QSize(1, 1), QSize(2, 50), QSize(1200, 1200)}) {
         box.resize(size);
         box.grab();
@@ -146,9 +142,6 @@ TEST(LensJogBox, RowsAreUnitsAndDragsOutsideAreReported) {
     EXPECT_EQ(reports[2].units, QPointF(LensJogBox::kUnitWidth, 120));
     EXPECT_GT(reports[5].units.x(), LensJogBox::kUnitWidth);
     EXPECT_EQ(reports[6].units.y(), -10.0);
-    EXPECT_EQ(reports[6].buttons, Qt::MouseButtons(Qt::LeftButton));
-    EXPECT_EQ(reports[7].kind, Report::Release);
-    EXPECT_FALSE(box.pointerHeld());
     // The held pointer's line runs the whole width of the track, inside its
     // outline, at the pointer's row.
     const auto amber = [&held](int x, int y) { return isAmber(held.pixelColor(x, y)); };
