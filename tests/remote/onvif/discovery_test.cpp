@@ -56,14 +56,11 @@ TEST_F(OnvifTest, AProbeForAVideoTransmitterIsAnsweredWithTheDeviceService) {
                    "<not a probe/>", probe(1, "<d:Types>dn:NetworkVideoTransmitter</d:Types>")},
                   1);
     ASSERT_EQ(match.size(), 1);
-    const auto parsed = onvif::parseSoapRequest(match[0]);
-    const auto* matches = std::get_if<onvif::SoapRequest>(&parsed);
-    ASSERT_NE(matches, nullptr) << match[0].toStdString();
-    EXPECT_EQ(matches->body.name, QStringLiteral("ProbeMatches"));
-    const onvif::XmlElement* found = matches->body.child(onvif::ns::kDiscovery, "ProbeMatch");
-    ASSERT_NE(found, nullptr);
-    EXPECT_EQ(found->child(onvif::ns::kDiscovery, "XAddrs")->value(),
-              QStringLiteral("http://127.0.0.1:%1/onvif/device_service").arg(server.serverPort()));
+    EXPECT_EQ(faultOf(match[0]), QStringLiteral("ProbeMatches"));
+    EXPECT_TRUE(
+        match[0].contains("XAddrs>http://127.0.0.1:" + QByteArray::number(server.serverPort()) +
+                          "/onvif/device_service</"))
+        << match[0].toStdString();
 
     // Any type, and our scopes (a trailing slash aside): answered.
     EXPECT_EQ(answersTo({probe(2)}, 2).size(), 1);

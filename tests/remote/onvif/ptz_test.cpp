@@ -13,23 +13,6 @@ using onvif::OnvifServices;
 
 class OnvifServerTest : public OnvifTest {
   protected:
-    // Nothing but jog messages at rest went out since `mark`.
-    bool nothingMoved(std::size_t mark) const {
-        for (std::size_t i = mark; i < line.frames().size(); ++i) {
-            const auto& message = line.frames()[i].message;
-            if (message.at(0) != vocab::JogMessage::kCode ||
-                vocab::get(message, vocab::jog::kPanSpeed) != 0 ||
-                vocab::get(message, vocab::jog::kTiltSpeed) != 0 ||
-                vocab::get(message, vocab::jog::kLensJog[0]) != 0) {
-                return false;
-            }
-        }
-        return true;
-    }
-    Messages commandsAfter(std::size_t mark) {
-        runUntil([&] { return !commandsSince(mark).empty(); }, 3000);
-        return commandsSince(mark);
-    }
     static QString move(const char* operation, const QString& inside,
                         const char* profile = "profile1") {
         return QStringLiteral("<tptz:%1><tptz:ProfileToken>%2</tptz:ProfileToken>%3</tptz:%1>")
@@ -48,17 +31,16 @@ class OnvifServerTest : public OnvifTest {
 };
 
 TEST_F(OnvifServerTest, OnlySignedRequestsAreAnsweredButTheTime) {
-    const QByteArray profiles = "<trt:GetProfiles/>";
-    const QByteArray time = "<tds:GetSystemDateAndTime/>";
     const struct {
         const char* name;
         QByteArray request;
         int status;
         const char* answer;
     } cases[] = {
-        {"unsigned", envelope(profiles, QString()), 400, "env:Sender ter:NotAuthorized"},
-        {"signed", envelope(profiles), 200, "GetProfilesResponse"},
-        {"the time, unsigned", envelope(time, QString()), 200, "GetSystemDateAndTimeResponse"},
+        {"unsigned", envelope("<trt:GetProfiles/>", QString()), 400,
+         "env:Sender ter:NotAuthorized"},
+        {"the time, unsigned", envelope("<tds:GetSystemDateAndTime/>", QString()), 200,
+         "GetSystemDateAndTimeResponse"},
         {"not offered", envelope("<tptz:SetHomePosition/>"), 500,
          "env:Receiver ter:ActionNotSupported"},
     };
@@ -68,9 +50,6 @@ TEST_F(OnvifServerTest, OnlySignedRequestsAreAnsweredButTheTime) {
         EXPECT_EQ(statusOf(response), c.status);
         EXPECT_EQ(faultOf(bodyOf(response)), QString::fromLatin1(c.answer));
     }
-    server.setAnonymousAllowed(true);
-    EXPECT_EQ(faultOf(bodyOf(post(envelope(profiles, QString())))),
-              QStringLiteral("GetProfilesResponse"));
 }
 
 TEST_F(OnvifServerTest, RequestsItCannotCarryOutAreFaultsAndMoveNothing) {
@@ -102,9 +81,6 @@ TEST_F(OnvifServerTest, RequestsItCannotCarryOutAreFaultsAndMoveNothing) {
         {move("AbsoluteMove", panTilt("Position", 1.5, 0)), argVal("InvalidPosition")},
         {move("AbsoluteMove", panTilt("Position", 0, 0, "urn:x")), argVal("InvalidPosition")},
         {move("AbsoluteMove", panTilt("Position", 175, 0, degrees)), argVal("InvalidPosition")},
-        {move("RelativeMove",
-              panTilt("Translation", 0, 100, onvif::space::kPanTiltDegreesTranslation)),
-         argVal("InvalidTranslation")},
         {absoluteTo("<tt:Zoom x=\"1.2\"/>"), argVal("InvalidPosition")},
         {move("ContinuousMove", panTilt("Velocity", 0, -2)), argVal("InvalidVelocity")},
         {within("PT0S"), argVal("TimeoutNotSupported")},
@@ -122,7 +98,8 @@ TEST_F(OnvifServerTest, RequestsItCannotCarryOutAreFaultsAndMoveNothing) {
     EXPECT_EQ(faultOf(bodyOf(post("<s:Envelope><tptz:Stop>"))),
               QStringLiteral("env:Sender ter:WellFormed"));
     runUntil([] { return false; }, 100);
-    EXPECT_TRUE(nothingMoved(mark));
+    EXPECT_EQ(commandsSince(mark), Messages{});
+    EXPECT_FALSE(server.services().jog().driving());
 }
 
 TEST_F(OnvifServerTest, MovesRefusedOfflineOrWhileTheOperatorJogsMoveNothing) {
@@ -158,7 +135,6 @@ TEST_F(OnvifServerTest, EachMoveReachesTheLineAsTheUnitsMessage) {
     const std::pair<QString, std::vector<Byte>> cases[] = {
         {move("AbsoluteMove", panTilt("Position", 12.345, -5.678, onvif::space::kPanTiltDegrees)),
          absolute(1235, -568)},
-        {move("AbsoluteMove", panTilt("Position", -1, -1)), absolute(-17000, -8500)},
         {move("RelativeMove",
               panTilt("Translation", -10, 2.5, onvif::space::kPanTiltDegreesTranslation)),
          test::message<vocab::DeltaMove>(

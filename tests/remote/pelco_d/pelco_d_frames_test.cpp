@@ -44,7 +44,6 @@ const Frame kLeftFrame{0x01, 0x00, 0x04, 0x23, 0x00};
 
 TEST(PelcoDFrames, FramesComeOutWhateverTheReadsAndTheNoise) {
     const StreamCase cases[] = {
-        {"one frame", kRight, {kRightFrame}, 0},
         {"two frames glued", kRight + kLeft, {kRightFrame, kLeftFrame}, 0},
         {"noise before a frame", Bytes{0x00, 0x42, 0x17} + kLeft, {kLeftFrame}, 3},
         {"a doubled sync byte", Bytes{0xFF} + kRight, {kRightFrame}, 1},
