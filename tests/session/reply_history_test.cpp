@@ -24,8 +24,6 @@ TEST(ReplyHistory, FindsTheFirstFittingReplyAfterAMarkAmongTheLastOnesKept) {
     EXPECT_FALSE(history.firstSince(total, any));
     const auto odd = [](const std::vector<Byte>& reply) { return (reply[1] & 1) != 0; };
     EXPECT_EQ(history.firstSince(100, odd), numbered(101));
-    const auto never = [](const std::vector<Byte>&) { return false; };
-    EXPECT_FALSE(history.firstSince(0, never));
 }
 
 }  // namespace

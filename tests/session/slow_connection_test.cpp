@@ -79,15 +79,12 @@ TEST_F(SlowConnection, AnAbsentServerIsLookedForQuietlyTakenBackAndNoLongerLooke
     EXPECT_EQ(port->opens() - opensBefore, 2);
     const QStringList losses = faults.filter(QStringLiteral(" lost: "));
     ASSERT_EQ(losses.size(), 2) << faults.join('\n').toStdString();
-    EXPECT_TRUE(losses[0].endsWith(
-        "lost: the device went away (writing to it failed). Looking for it again."));
     EXPECT_TRUE(losses[1].endsWith(
         "lost: the device server refused the connection. Looking for it again."));
 
     ASSERT_TRUE(attemptUnderWay());
     port->connectionDone(true);
     ASSERT_TRUE(runUntil([&] { return session.online(); }, 10000));
-    EXPECT_TRUE(faults.last().endsWith(" is back: connecting again."));
     // Lost again for the same reason as before: told again, as it is news.
     port->setWriteFails(true);
     ASSERT_TRUE(runUntil([&] { return !session.online(); }, 3000));
