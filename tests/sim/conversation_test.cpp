@@ -114,7 +114,6 @@ TEST(UnitConversation, EveryCommandAnswersAsTheTranscriptSays) {
         GTEST_SKIP() << "wrote " << path;
     }
     std::ifstream file(path);
-    ASSERT_TRUE(file) << path;
     EXPECT_EQ(converse(), std::string(std::istreambuf_iterator<char>(file), {}));
 }
 

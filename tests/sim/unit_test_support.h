@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <string_view>
 #include <vector>
 
 #include "protocol/frame.h"
@@ -59,13 +58,6 @@ inline std::vector<DecodedFrame> decodeFrames(const std::vector<Byte>& wire) {
 inline std::vector<Byte> joined(std::vector<Byte> first, const std::vector<Byte>& second) {
     first.insert(first.end(), second.begin(), second.end());
     return first;
-}
-
-// The site name command with these twelve characters.
-inline std::vector<Byte> siteName(std::string_view text) {
-    auto message = vocab::blank<vocab::SiteName>();
-    std::copy(text.begin(), text.end(), message.begin() + vocab::site_name::kText);
-    return message;
 }
 
 inline std::vector<Byte> readPreset(int preset) {

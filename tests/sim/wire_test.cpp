@@ -77,8 +77,6 @@ TEST(UnitWire, EachInputGetsItsReplyAndRefusedOnesMoveNothing) {
         }
         unit.advance(2000);
         EXPECT_EQ(unit.unit.state().motion.mechanicalPan(), 0) << "no refused frame may move it";
-        const auto report = unit.exchange(message<v::JogMessage>());
-        EXPECT_EQ(v::get(report, v::report::kMoving), 0u);
     }
 }
 
@@ -106,7 +104,6 @@ TEST(UnitWire, ReplyBytesAreStuffedAndSplitFramesWaitForTheirEnd) {
     EXPECT_EQ(unit.exchange(address(12)), address(12));
     unit.id = 12;
     EXPECT_EQ(unit.exchange(v::readRequest<v::UnitAddress>()), address(12));
-    EXPECT_EQ(unit.exchange(address(120)), address(12)) << "above 99";
 }
 
 TEST(UnitWire, RandomInputNeitherCrashesNorStopsTheUnit) {
@@ -170,36 +167,13 @@ TEST(UnitWire, LineFaultsCorruptAddNoiseDropAndFallSilent) {
     EXPECT_TRUE(silence.apply(replies(5)).empty());
 }
 
-TEST(UnitWire, ChatterIsWellFormedRepliesForTheConsoleOneInFiveCutShort) {
-    LineFaults faults(LineFaultOptions{});
-    int whole = 0;
-    int cut = 0;
-    for (int i = 0; i < 500; ++i) {
-        const auto wire = faults.chatter(9);
-        ASSERT_FALSE(wire.empty());
-        EXPECT_EQ(wire.front(), kAck);
-        if (wire.back() != kEtx) {
-            ++cut;
-            continue;
-        }
-        const auto frames = decodeFrames(wire);
-        ASSERT_EQ(frames.size(), 1u);
-        EXPECT_EQ(frames[0].address, 9);
-        EXPECT_TRUE(frames[0].lrcGood) << "the console talking to unit 9 takes it";
-        ++whole;
-    }
-    EXPECT_TRUE(cut > 60 && cut < 140) << cut;
-    EXPECT_EQ(whole + cut, 500);
-}
-
 TEST(LineControl, EveryCommandAndItsValuesAndWhatIsRefused) {
     using K = LineCommand::Kind;
     const std::pair<const char*, LineCommand> good[] = {
-        {"clean", {K::Clean, 0, 0}},         {"noise 0.25", {K::Noise, 0.25, 0}},
-        {"corrupt 1", {K::Corrupt, 1.0, 0}}, {"  drop   0  ", {K::Drop, 0.0, 0}},
-        {"chatter 2", {K::Chatter, 0, 2}},   {"chatter 0", {K::Chatter, 0, 0}},
-        {"pace 9600", {K::Pace, 0, 9600}},   {"pace 0", {K::Pace, 0, 0}},
-        {"silent 4", {K::Silent, 0, 4}}};
+        {"noise 0.25", {K::Noise, 0.25, 0}}, {"corrupt 1", {K::Corrupt, 1.0, 0}},
+        {"  drop   0  ", {K::Drop, 0.0, 0}}, {"chatter 2", {K::Chatter, 0, 2}},
+        {"chatter 0", {K::Chatter, 0, 0}},   {"pace 9600", {K::Pace, 0, 9600}},
+        {"pace 0", {K::Pace, 0, 0}},         {"silent 4", {K::Silent, 0, 4}}};
     for (const auto& [text, expected] : good) {
         SCOPED_TRACE(text);
         const auto parsed = parseLineCommand(text);

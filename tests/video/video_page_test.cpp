@@ -13,17 +13,6 @@ class VideoPage : public OnlineSuite<PagesRig> {
     void SetUp() override { shared_->showPage(5); }
 };
 
-// A unit of the older type, whose legacy video frame is the one enabled.
-struct LegacyRig : PagesRig {
-    LegacyRig()
-        : PagesRig([] {
-              sim::UnitOptions options;
-              options.variant = 2;
-              return options;
-          }()) {}
-};
-class LegacyVideoPage : public OnlineSuite<LegacyRig> {};
-
 using test::message;
 using test::withBits;
 using VC = vocab::VideoConfiguration;
@@ -74,7 +63,6 @@ TEST_F(VideoPage, EveryControlSendsItsWholeConfiguration) {
         {"CamPwrCheck_0", video(5, {kBlank2, kBlank1, kPal, kPower2})},
         {"StoreInitBut", video(5, {kBlank2, kBlank1, kPal, vc::kStore, kPower2})},
         {"VidOption_6", video(6, {kBlank2, kBlank1, kPal, kPower2})},  // the store bit is not kept
-        {"VidOption_0", video(0, {kBlank2, kBlank1, kPal, kPower2})},
         {"GetVidBut", vocab::readRequest<VC>()},
         {"AuxCheck_0", withBits(message<vocab::AuxOutputs>(), {kAux[0]})},
         {"AuxCheck_3", withBits(message<vocab::AuxOutputs>(), {kAux[0], kAux[3]})},
@@ -135,8 +123,12 @@ TEST_F(VideoPage, RepliesFillTheControlsAndSendNothing) {
     EXPECT_TRUE(rig.window->state().UserClickEnabled);
 }
 
-TEST_F(LegacyVideoPage, LegacyControlsSendTheirShortCommands) {
-    LegacyRig& rig = *shared_;
+// A unit of the older type, whose legacy video frame is the one enabled.
+TEST(LegacyVideoPage, LegacyControlsSendTheirShortCommands) {
+    sim::UnitOptions options;
+    options.variant = 2;
+    PagesRig rig(options);
+    ASSERT_TRUE(rig.connect());
     rig.showPage(5);
     EXPECT_FALSE(rig.at("VidConfigFrame")->isEnabled());
     ASSERT_TRUE(rig.at("VideoFrame")->isEnabled());
