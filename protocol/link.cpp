@@ -235,14 +235,13 @@ QCoro::Task<bool> Link::awaitReply(FrameTicket frame) {
     co_return frame->answered;
 }
 
-QCoro::Task<bool> Link::awaitNextReply() {
+QCoro::Task<void> Link::awaitNextReply() {
     const quint64 events = receiveEvents_;
     const quint64 expiries = watchdogExpiries_;
     co_await waitUntil(
         state_,
         [&] { return receiveEvents_ != events || watchdogExpiries_ != expiries || !portOpen(); },
         replyTimeoutMs(), this);
-    co_return receiveEvents_ != events;
 }
 
 void Link::giveUpOnReplies() {

@@ -80,8 +80,8 @@ class Link : public QObject {
     // port closes or the reply time-out passes. True when it was answered.
     QCoro::Task<bool> awaitReply(FrameTicket frame);
     // Completes on the next receive event, a watchdog expiry, the port
-    // closing or the reply time-out. True for a receive event.
-    QCoro::Task<bool> awaitNextReply();
+    // closing or the reply time-out; its callers then look at what came.
+    QCoro::Task<void> awaitNextReply();
     // Frames waiting for their tick.
     std::size_t queued() const { return queue_.size(); }
 
