@@ -98,6 +98,9 @@ TEST(RtfReader, TextFromSpecialCharactersSkippedGroupsAndOddInput) {
         {"{\\rtf1 done} ignored {more}", "done"},
         {"{\\rtf1 cut at \\", "cut at "},
         {"{\\rtf1 \\fs99999999999999999999 big \\u99999999999? x}", "big  x"},
+        // Digits past the tenth are read and dropped; a word may hold capitals.
+        {"{\\rtf1 \\bin00000000003abc}", "abc"},
+        {"{\\rtf1 \\Zz x}", "x"},
     };
     for (const auto& [rtf, text] : cases) {
         SCOPED_TRACE(rtf.left(60).toStdString());

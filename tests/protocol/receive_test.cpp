@@ -19,6 +19,7 @@ struct Read {
 // read as the Line Log is told of them.
 struct ReceiveRig : LinkRig {
     std::vector<std::vector<Byte>> decoded;
+    std::vector<std::vector<Byte>> watched;  // as a reply watcher is given them
     std::vector<Read> reads;
     int refreshes = 0;
     QString caption;
@@ -35,6 +36,8 @@ struct ReceiveRig : LinkRig {
             });
         }
         receiver.addRefreshHook([this] { ++refreshes; });
+        receiver.addReplyWatcher(
+            [this](const std::vector<Byte>& reply) { watched.push_back(reply); });
         QObject::connect(&receiver, &Receiver::frameRead,
                          [this](const std::vector<Byte>& wire, Verdict verdict) {
                              reads.push_back({wire, verdict});
@@ -67,6 +70,7 @@ TEST(ReceiveFrame, DecodesAGoodReplyAfterNoiseAndTakesACodeWithoutADecoder) {
     ASSERT_EQ(rig.decoded.size(), 1u);
     const std::vector<Byte> ramp = ramps(16, 32);
     EXPECT_TRUE(std::equal(ramp.begin(), ramp.end(), rig.decoded[0].begin()));
+    EXPECT_EQ(rig.watched, std::vector<std::vector<Byte>>{ramp});  // code and payload only
     EXPECT_EQ(rig.state.LastResponseCode, v::Ramps::kCode);
     EXPECT_EQ(rig.caption, QStringLiteral("Currently Receiving ID Of 1"));
     // The noise is in no capture.

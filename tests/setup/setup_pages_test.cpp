@@ -86,6 +86,10 @@ TEST_F(SetupPages, EveryButtonSendsItsBytes) {
 
 TEST_F(SetupPages, ANewAddressIsSetWhereTheConsoleTalksOrByBroadcast) {
     auto& rig = *shared_;
+    // Units answer at addresses 0 to 99.
+    for (const char* bar : {"CurrIDScroll", "IDScroll"}) {
+        EXPECT_EQ(rig.at<QScrollBar>(bar)->maximum(), 99) << bar;
+    }
     // Set goes to the unit the console talks to, not to every unit.
     EXPECT_EQ(rig.sentBy("IDScroll=7 SetIDBut"), (std::vector<Bytes>{{0x9F, 7}}));
     EXPECT_TRUE(std::ranges::any_of(rig.line.frames(), [](const auto& frame) {

@@ -290,6 +290,18 @@ TEST_F(ViscaBridgeTest, ADriveStopsWhenItsClientFallsSilentAndItsInquiriesKeepIt
     EXPECT_FALSE(notes.contains("jog stopped: interface clear"));
 }
 
+TEST_F(ViscaBridgeTest, ASilentUdpClientIsForgottenUnlessItDrivesTheJog) {
+    bridge.setForgetUdpClientMs(100);
+    bridge.setRefreshMs(0);
+    send(kDriveRight);
+    EXPECT_EQ(replies(2), kDone1);
+    runUntil([] { return false; }, 200);
+    EXPECT_EQ(bridge.clientCount(), 1);
+    send(bytes("81 01 06 01 00 00 03 03 FF"));
+    EXPECT_EQ(replies(2), kDone1);
+    EXPECT_TRUE(runUntil([&] { return bridge.clientCount() == 0; }, 1000));
+}
+
 TEST_F(ViscaBridgeTest, WhileTheOperatorJogsMovesAndDrivesAreNotExecutableAndNothingIsSent) {
     JogDemand keys;
     keys.pan = {90, false};
