@@ -37,6 +37,7 @@ TEST_F(RestoreSavedUnit,
     unit.settings.heater = 2;
     unit.settings.lensConfig[1] = 0x4A;
     unit.presets.at(0).pan = 999;
+    unit.presets.at(1).tilt = 999;              // each angle is compared on its own
     unit.tours.append(0, sim::TourStep{7, 3});  // the first of each
 
     // Cancel writes nothing.
@@ -52,6 +53,7 @@ TEST_F(RestoreSavedUnit,
                            QStringLiteral("housekeeping/heater|share power|full power|"),
                            QStringLiteral("lenses/camera2-focus-invert|no|yes|"),
                            QStringLiteral("presets/0|0.00 0.00 0 0 0 0|9.99 0.00 0 0 0 0|"),
+                           QStringLiteral("presets/1|0.00 0.00 0 0 0 0|0.00 9.99 0 0 0 0|"),
                            QStringLiteral("tours/1|no steps|7/0/3/no|")}));
     EXPECT_TRUE(rig.writes().empty());
     EXPECT_EQ(rig.status(), QStringLiteral("Restore cancelled: nothing was written."));
@@ -63,9 +65,9 @@ TEST_F(RestoreSavedUnit,
     std::vector<Byte> codes;
     std::ranges::transform(rig.writes(), std::back_inserter(codes),
                            [](const Message_& write) { return write.front(); });
-    EXPECT_EQ(codes,
-              (std::vector<Byte>{v::Rates::kCode, v::Heater::kCode, v::LensConfiguration::kCode,
-                                 v::StorePreset::kCode, v::ClearTour::kCode}));
+    EXPECT_EQ(codes, (std::vector<Byte>{v::Rates::kCode, v::Heater::kCode,
+                                        v::LensConfiguration::kCode, v::StorePreset::kCode,
+                                        v::StorePreset::kCode, v::ClearTour::kCode}));
     EXPECT_EQ(stored(unit), saved);
     EXPECT_EQ(rig.status(), QStringLiteral("Restored unit.txt onto unit 0; read back, the unit "
                                            "holds every value of the file."));

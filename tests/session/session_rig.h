@@ -50,6 +50,15 @@ class SessionTest : public ::testing::Test {
         return commands;
     }
 
+    // How many of the jog messages sent since `from` carry the stop request.
+    long stopsSince(std::size_t from) const {
+        return std::count_if(line.frames().begin() + static_cast<std::ptrdiff_t>(from),
+                             line.frames().end(), [](const RecordingPeer::Frame& frame) {
+                                 return frame.message.at(0) == vocab::JogMessage::kCode &&
+                                        vocab::isSet(frame.message.at(1), vocab::jog::kStop);
+                             });
+    }
+
     // The next `count` jog messages to go out, or fewer if they do not come.
     Messages nextJogs(std::size_t count) {
         const std::size_t mark = line.frames().size();

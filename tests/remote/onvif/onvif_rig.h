@@ -157,14 +157,6 @@ class OnvifTest : public SessionTest {
     }
     // The fault (or response element) that a signed request for `body` gets.
     QString ask(const QString& body) { return faultOf(bodyOf(post(envelope(body)))); }
-    // How many of the jog messages sent since `from` carry the stop request.
-    long stopsSince(std::size_t from) const {
-        return std::count_if(line.frames().begin() + static_cast<std::ptrdiff_t>(from),
-                             line.frames().end(), [](const RecordingPeer::Frame& frame) {
-                                 return frame.message.at(0) == vocab::JogMessage::kCode &&
-                                        vocab::isSet(frame.message.at(1), vocab::jog::kStop);
-                             });
-    }
     // The commands that reach the line within a moment of `mark`.
     Messages commandsAfter(std::size_t mark) {
         runUntil([&] { return !commandsSince(mark).empty(); }, 3000);

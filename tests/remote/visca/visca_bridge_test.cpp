@@ -111,14 +111,6 @@ class ViscaBridgeTest : public SessionTest {
                 j.TiltJogSpeed,     j.TiltJogSpeed == 0 ? -1 : j.TiltJogDirection,
                 j.LensJogSpeeds[0], j.LensJogSpeeds[1]};
     }
-    // How many of the jog messages sent since `from` carry the stop request.
-    long stopsSince(std::size_t from) const {
-        return std::count_if(line.frames().begin() + static_cast<std::ptrdiff_t>(from),
-                             line.frames().end(), [](const RecordingPeer::Frame& frame) {
-                                 return frame.message.at(0) == vocab::JogMessage::kCode &&
-                                        vocab::isSet(frame.message.at(1), vocab::jog::kStop);
-                             });
-    }
     static constexpr Jog kAtRest{0, -1, 0, -1, 0, 0};
 
     ViscaBridge bridge{session};
