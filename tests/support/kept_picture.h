@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <QDir>
+#include <QHash>
 #include <QImage>
 #include <QWidget>
 #include <cstdlib>
@@ -18,6 +19,11 @@ namespace kept_picture_detail {
 // step or two; a control moved by a pixel changes a whole edge by far more.
 constexpr int kChannelSlack = 12;
 constexpr int kPixelsAllowed = 24;
+// Flat fills, unlike blended edges, come out the same on any processor; a
+// colour one step off in a palette hides under the slack above but moves
+// every pixel of its area to another colour.
+constexpr int kFlatArea = 400;
+constexpr double kFlatAreaSlack = 0.1;
 
 inline bool writing() {
     return qEnvironmentVariableIntValue("HALVEX_WRITE_PICTURES") == 1;
@@ -39,6 +45,33 @@ inline int differingPixels(const QImage& kept, const QImage& seen, QImage& marks
         }
     }
     return differing;
+}
+
+inline QHash<QRgb, int> colourAreas(const QImage& image) {
+    QHash<QRgb, int> areas;
+    for (int y = 0; y < image.height(); ++y) {
+        const auto* row = reinterpret_cast<const QRgb*>(image.constScanLine(y));
+        for (int x = 0; x < image.width(); ++x) {
+            ++areas[row[x]];
+        }
+    }
+    return areas;
+}
+
+// The colours that fill at least kFlatArea pixels of the kept picture and
+// no longer fill about as many in the one seen.
+inline QStringList changedFlatColours(const QImage& kept, const QImage& seen) {
+    const QHash<QRgb, int> seenAreas = colourAreas(seen);
+    QStringList changed;
+    for (const auto& [colour, area] : colourAreas(kept).asKeyValueRange()) {
+        if (area >= kFlatArea && std::abs(seenAreas.value(colour) - area) > area * kFlatAreaSlack) {
+            changed << QStringLiteral("#%1 on %2 pixels, now %3")
+                           .arg(colour & 0xffffff, 6, 16, QLatin1Char('0'))
+                           .arg(area)
+                           .arg(seenAreas.value(colour));
+        }
+    }
+    return changed;
 }
 
 }  // namespace kept_picture_detail
@@ -77,6 +110,12 @@ inline void expectLooksAsKept(QWidget& window, const KeptPictures& where, const 
         marks.save(QStringLiteral("%1/%2-differences.png").arg(QLatin1String(where.seen), name));
         ADD_FAILURE() << name.toStdString() << ": " << differing << " pixels differ from "
                       << keptPath.toStdString() << "; see " << seenPath.toStdString();
+    }
+    const QStringList changed = kept_picture_detail::changedFlatColours(kept, seen);
+    if (!changed.isEmpty()) {
+        seen.save(seenPath);
+        ADD_FAILURE() << name.toStdString() << ": flat colours changed: "
+                      << changed.join(QStringLiteral("; ")).toStdString();
     }
 }
 
