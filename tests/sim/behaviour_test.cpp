@@ -269,6 +269,18 @@ TEST(UnitMotion, MovesReachUpToTheEndsOfTravelAndNoFurther) {
     EXPECT_NE(target(0, -9001).second, -9001);
     EXPECT_NE(target(18001, 0).first, 18001);
     EXPECT_NE(target(-18001, 0).first, -18001);
+
+    // Part of the way there after a second, as far one way as the other.
+    const auto after1s = [](std::int32_t pan, std::int32_t tilt) {
+        UnitHarness unit;
+        unit.exchange(moveTo(pan, tilt));
+        unit.advance(1000);
+        const auto report = unit.jog();
+        return std::pair(panOf(report), tiltOf(report));
+    };
+    const auto [cw, up] = after1s(18000, 9000);
+    EXPECT_TRUE(cw > 0 && cw < 18000 && up > 0 && up < 9000) << cw << " " << up;
+    EXPECT_EQ(after1s(-18000, -9000), std::pair(-cw, -up));
 }
 
 TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
@@ -367,7 +379,9 @@ TEST(UnitStateFile, StoredSettingsComeBackWholeAndDamagedLinesKeepFactoryValues)
                                         "tour-0 1 2 3\n"
                                         "preset-1 -8388608 8388607 255 0 1 2\n"
                                         "preset-2 100 200 256 0 1 2\n"
-                                        "preset-3 -8388609 0 0 0 0 0\n";
+                                        "preset-3 -8388609 0 0 0 0 0\n"
+                                        "preset-4 8388608 0 0 0 0 0\n"
+                                        "preset-5 0 8388608 0 0 0 0\n";
     options.id = 6;  // the command line wins
     UnitHarness unit(options);
     EXPECT_EQ(unit.exchange(v::readRequest<v::CommTimeout>()), message<v::CommTimeout>());
@@ -379,8 +393,9 @@ TEST(UnitStateFile, StoredSettingsComeBackWholeAndDamagedLinesKeepFactoryValues)
     v::put(edges, v::preset_record::kLens[2], 1);
     v::put(edges, v::preset_record::kLens[3], 2);
     EXPECT_EQ(unit.exchange(readPreset(1)), edges);
-    EXPECT_EQ(unit.exchange(readPreset(2)), presetRecord(2));
-    EXPECT_EQ(unit.exchange(readPreset(3)), presetRecord(3));
+    for (int refused : {2, 3, 4, 5}) {
+        EXPECT_EQ(unit.exchange(readPreset(refused)), presetRecord(refused));
+    }
     std::remove(options.statePath.c_str());
 }
 

@@ -10,6 +10,7 @@
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <iterator>
 #include <random>
@@ -210,12 +211,15 @@ std::variant<SimCommandLine, std::string> parseWords(const char* line) {
 
 TEST(SimCommandLine, ParsesEveryOptionAndRejectsBadValues) {
     const auto parsed = parseWords(
-        "--id 7 --noise 0.1 --silent-after 5 --fault pan-dir --fault tilt-timeout -v --tcp 0 "
+        "--id 7 --noise 0.1 --corrupt 0.25 --drop 1 --silent-after 5 --fault pan-dir --fault "
+        "tilt-timeout -v --tcp 0 "
         "--video 8554 --video-address 0.0.0.0 --video-size 1280x720 --video-rate 30");
     ASSERT_TRUE(std::holds_alternative<SimCommandLine>(parsed));
     const auto& line = std::get<SimCommandLine>(parsed);
     EXPECT_EQ(line.options.unit.id, 7);
-    EXPECT_DOUBLE_EQ(line.options.line.noise, 0.1);
+    EXPECT_EQ(std::vector<double>(
+                  {line.options.line.noise, line.options.line.corrupt, line.options.line.drop}),
+              std::vector<double>({0.1, 0.25, 1}));
     EXPECT_EQ(line.options.line.silentAfter, 5u);
     EXPECT_EQ(line.options.faults, (std::vector<Fault>{Fault::PanDirection, Fault::TiltTimeout}));
     EXPECT_TRUE(line.verbose);
@@ -234,6 +238,26 @@ TEST(SimCommandLine, ParsesEveryOptionAndRejectsBadValues) {
           "--video 0 --video-rate 0", "--video 0 --video-rate 61", "--video-size 640x480",
           "--video-rate 25", "--video-address 10.0.0.1", "--video 0 --video-address"}) {
         EXPECT_TRUE(std::holds_alternative<std::string>(parseWords(bad))) << bad;
+    }
+    // Each number is taken at both ends of its range and refused one past.
+    for (const auto& [low, high, below, above] :
+         {std::array{"--id 0", "--id 99", "--id -1", "--id 100"},
+          {"--variant 0", "--variant 3", "--variant -1", "--variant 4"},
+          {"--tcp 0", "--tcp 65535", "--tcp -1", "--tcp 65536"},
+          {"--pace 50", "--pace 4000000", "--pace 49", "--pace 4000001"},
+          {"--noise 0", "--corrupt 1", "--drop -0.1", "--drop 1.1"},
+          {"--silent-after 0", "--silent-after 1099511627776", "--silent-after -1",
+           "--silent-after 1099511627777"},
+          {"--video 0 --video-rate 1", "--video 65535 --video-rate 60", "--video -1",
+           "--video 0 --video-rate 61"},
+          {"--video 0 --video-size 64x64", "--video 0 --video-size 3840x2160",
+           "--video 0 --video-size 62x64", "--video 0 --video-size 3840x2162"}}) {
+        for (const char* taken : {low, high}) {
+            EXPECT_TRUE(std::holds_alternative<SimCommandLine>(parseWords(taken))) << taken;
+        }
+        for (const char* refused : {below, above}) {
+            EXPECT_TRUE(std::holds_alternative<std::string>(parseWords(refused))) << refused;
+        }
     }
     // An unknown option is named as such, even as the last word.
     EXPECT_EQ(std::get<std::string>(parseSimCommandLine({"--bogus"})), "unknown option --bogus");
