@@ -301,8 +301,7 @@ QVariant LineLogModel::data(const QModelIndex& index, int role) const {
             // Laying text out is most of a row's painting, and no column
             // shows more than this; the tool tip, the detail and a copy have
             // it all.
-            const QString& text = described(index.row()).columns[index.column()];
-            return text.size() > kMostShown ? text.left(kMostShown) : text;
+            return described(index.row()).columns[index.column()].left(kMostShown);
         }
         case Qt::ToolTipRole:
             return index.column() == Fields || index.column() == Name || index.column() == Bytes

@@ -111,6 +111,7 @@ TEST(PortDevices, NetworkDeviceIsTypedCheckedAndKeptLikeALocalOne) {
     NetworkDialog typed(rig);
     ASSERT_NE(typed.dialog, nullptr);
     EXPECT_EQ(typed.dialog->windowTitle(), QStringLiteral("Network Device For COM1"));
+    EXPECT_EQ(typed.dialog->parentWidget(), rig.window.get()) << "not on the menu, gone by now";
     EXPECT_TRUE(typed.rfc2217->isChecked());
     struct Step {
         const char* host;
