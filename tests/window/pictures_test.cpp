@@ -10,6 +10,7 @@
 #include <QApplication>
 #include <utility>
 
+#include "live_video/preset_thumbnails.h"
 #include "tests/support/console_rig.h"
 #include "tests/support/kept_picture.h"
 #include "tests/support/online_suite.h"
@@ -21,9 +22,27 @@ namespace {
 
 const KeptPictures kPictures{HALVEX_KEPT_PICTURES, HALVEX_SEEN_PICTURES};
 
-// The Setup page shows the unit's date.
+// The Setup page shows the unit's date. Three presets, two of them with the
+// picture taken when they were stored, and a tour through two.
 struct DatedRig : ConsoleRig {
-    DatedRig() : ConsoleRig(options()) {}
+    DatedRig() : ConsoleRig(options()) {
+        auto& presets = unit.state().presets;
+        presets.at(1) = {-4500, 1000, {}};
+        presets.at(2) = {3050, -525, {}};
+        presets.at(3) = {9000, 0, {}};
+        for (int preset : {3, 1}) {
+            unit.state().tours.append(0, {static_cast<Byte>(preset), 5});
+        }
+        QImage picture(160, 90, QImage::Format_RGB32);
+        PresetThumbnails& thumbnails = window->presetThumbnails();
+        thumbnails.setPictureSource([&picture] { return picture; });
+        for (const auto& [preset, sky] :
+             {std::pair{1, QColor(70, 120, 190)}, {3, QColor(150, 110, 40)}}) {
+            picture.fill(sky);
+            thumbnails.keep(preset);
+        }
+        thumbnails.setPictureSource({});
+    }
     static sim::UnitOptions options() {
         sim::UnitOptions options;
         options.clockDate = sim::CalendarDate{2026, 11, 25};
