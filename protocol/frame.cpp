@@ -88,25 +88,6 @@ std::array<Byte, 3> lowestFirst24(std::int32_t value) {
     return bytes;
 }
 
-namespace {
-Byte bitMask(int bit) {
-    if (bit < 0 || bit > 7) {
-        throw RangeFault(RangeFault::Overflow, "bit number " + std::to_string(bit));
-    }
-    return static_cast<Byte>(1u << bit);
-}
-}  // namespace
-
-Byte SetBit(Byte value, int bit) {
-    return static_cast<Byte>(value | bitMask(bit));
-}
-Byte ClearBit(Byte value, int bit) {
-    return static_cast<Byte>(value & ~bitMask(bit));
-}
-bool BitIsSet(Byte value, int bit) {
-    return (value & bitMask(bit)) != 0;
-}
-
 std::vector<Byte> encodeFrame(Byte start, Byte address, const std::vector<Byte>& message,
                               Byte lrcAddress) {
     std::vector<Byte> wire;

@@ -80,10 +80,6 @@ void Split24(std::int32_t& value, Byte& b2, Byte& b1, Byte& b0);
 // The same three bytes, lowest first, leaving value alone.
 std::array<Byte, 3> lowestFirst24(std::int32_t value);
 
-Byte SetBit(Byte value, int bit);
-Byte ClearBit(Byte value, int bit);
-bool BitIsSet(Byte value, int bit);
-
 // Builds the complete wire image of a frame: start byte, then the stuffed
 // address, message bytes and LRC, then ETX. Used by the virtual unit and by
 // tests; the console's own transmit path writes byte by byte.

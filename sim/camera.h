@@ -51,7 +51,6 @@ class CameraPort {
               Byte timeoutSteps, LensReading lens);
     // Answer bytes ready by nowMs, at most kMaxPerReport.
     std::vector<Byte> takeReady(std::int64_t nowMs);
-    std::optional<std::int64_t> nextDue() const;
 
   private:
     struct PendingByte {

@@ -59,11 +59,4 @@ std::vector<Byte> CameraPort::takeReady(std::int64_t nowMs) {
     return ready;
 }
 
-std::optional<std::int64_t> CameraPort::nextDue() const {
-    if (pending_.empty()) {
-        return std::nullopt;
-    }
-    return pending_.front().dueMs;
-}
-
 }  // namespace halvex::sim

@@ -233,18 +233,6 @@ Rgb groundAt(double elevation, int crop) {
     return mix(kFarGround, near, std::sqrt(clamp01(-elevation / 25.0)));
 }
 
-Rgb landscapeAt(Direction direction) {
-    const double elevation = direction.elevation;
-    if (elevation >= skylineAt(direction.azimuth)) {
-        return skyAt(elevation);
-    }
-    if (elevation >= 0.0) {
-        return hillsAt(elevation);
-    }
-    const auto band = fieldBand(elevation);
-    return groundAt(elevation, band ? fieldCrop(*band, fieldSector(direction.azimuth)) : kHaze);
-}
-
 std::optional<Rgb> landmarkAt(const Landmark& landmark, double right, double up) {
     const double fromCentre = std::hypot(right, up);
     if (fromCentre <= kTargetRadius) {

@@ -52,9 +52,8 @@ double azimuthOffset(double a, double b);
 // 0 .. 360.
 double normalAzimuth(double azimuth);
 
-// The landscape, built from the parts below so that the renderer can work
-// each part out once a row or once a column.
-Rgb landscapeAt(Direction direction);
+// The landscape is built from the parts below so that the renderer can
+// work each part out once a row or once a column.
 
 // The top of the distant hills at an azimuth, degrees above the horizon.
 double skylineAt(double azimuth);
