@@ -149,6 +149,8 @@ TEST(VideoPipelineRtsp, AStreamThatDropsComesBackByItselfAtItsNewSize) {
 
     ASSERT_TRUE(watched.framesOfSize(QSize(480, 360), 2));
     EXPECT_TRUE(watched.pipeline->message().isEmpty());
+    EXPECT_EQ(std::count(watched.states.begin(), watched.states.end(), State::Connecting), 1)
+        << "looked for again as lost, not as a new source";
 }
 
 TEST(VideoPipelineSources, AnAddressThatIsNoSourceFailsAtOnce) {
