@@ -9,12 +9,12 @@
 #include <QProcess>
 #include <QProcessEnvironment>
 #include <QStandardPaths>
-#include <QTcpServer>
 #include <QTest>
 #include <memory>
 
 #include "protocol/vocabulary.h"
 #include "sim/frame_assembler.h"
+#include "tests/support/scripted_server.h"
 #include "tests/support/sim_process.h"
 
 namespace halvex::testing {
@@ -117,13 +117,6 @@ TEST(CommandLine, HelpAndVersionNeedNoDisplayEvenAfterToolkitOptions) {
     EXPECT_TRUE(console[1].out.contains(QStringLiteral("--simulate")));
 }
 
-// A port nobody listens on now.
-quint16 freePort() {
-    QTcpServer probe;
-    probe.listen(QHostAddress::LocalHost, 0);
-    return probe.serverPort();
-}
-
 // The messages (code first) of the frames the unit received, from its -v log.
 std::vector<std::vector<Byte>> receivedMessages(const QString& log) {
     std::vector<std::vector<Byte>> messages;
@@ -146,10 +139,10 @@ TEST(Headless, GoesOnlineWithoutADisplayRotctlPointsTheUnitAndSigtermStopsIt) {
     }
     SimProcess sim{{QStringLiteral("-v")}};
     ASSERT_FALSE(sim.device().isEmpty());
-    const quint16 port = freePort();
-    const quint16 viscaPort = freePort();
-    const quint16 pelcoPort = freePort();
-    const quint16 onvifPort = freePort();
+    const quint16 port = closedPort();
+    const quint16 viscaPort = closedPort();
+    const quint16 pelcoPort = closedPort();
+    const quint16 onvifPort = closedPort();
     QProcess console;
     QProcessEnvironment environment = withoutDisplay();
     environment.insert(QStringLiteral("HALVEX_ONVIF_PASSWORD"), QStringLiteral("secret"));

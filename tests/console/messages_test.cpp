@@ -74,7 +74,6 @@ TEST(Messages, AFileIsChosenOverTheWindowAndNoneWhenTheWindowGoes) {
         auto* dialog = window->findChild<QFileDialog*>();
         ASSERT_NE(dialog, nullptr);
         EXPECT_EQ(dialog->windowModality(), Qt::WindowModal);
-        EXPECT_EQ(dialog->acceptMode(), QFileDialog::AcceptSave);
         if (windowGoes) {
             window.reset();
         } else {

@@ -53,8 +53,6 @@ TEST_F(KeyboardJogTest, ArrowsJogWhileHeldShiftFasterCtrlSlowerAtSpeedsTheUnitTa
     };
     EXPECT_EQ(taken({0, -1, 300, -7}), (std::array{1, 1, 255, 1}));
     EXPECT_EQ(taken({999, 256, -5, 128}), (std::array{255, 255, 1, 127}));
-    press(Qt::Key_Right);
-    EXPECT_EQ(rig().nextMotion()[0], 255);
 }
 
 TEST_F(KeyboardJogTest, HomeMovesHomeEscStopsEverythingAndATextFieldKeepsItsKeys) {
@@ -105,7 +103,6 @@ TEST_F(KeyboardJogTest, WhatTakesTheKeysAwayStopsTheJog) {
         page ? rig().window->SSTab1().setCurrentIndex(0) : static_cast<void>(other.close());
         rig().window->activateWindow();
         ASSERT_TRUE(QTest::qWaitForWindowActive(window()));
-        EXPECT_TRUE(stopped(rig().nextMotion()));
         EXPECT_TRUE(stopped(rig().nextMotion()));
     }
     // Offline, nothing jogs; back online, the key must be pressed again.

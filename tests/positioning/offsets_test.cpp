@@ -65,11 +65,9 @@ TEST(OffsetChange, EachChangeSendsItsAnglesThenRereadsLimitsAndPresetsWithThePag
         EXPECT_FLOAT_EQ(rig.led("PanCorLED")->value(), c.panAfter);
         EXPECT_FLOAT_EQ(rig.led("TiltCorLED")->value(), c.tiltAfter);
         EXPECT_TRUE(rig.lines("PresetList")[3].startsWith(QLatin1String(c.preset3)));
-        EXPECT_FALSE(rig.window->state().SendInProgress);
         // The desired angles follow the next report.
         EXPECT_TRUE(rig.waitFor([&] { return rig.led("PanDesLED")->value() == c.panAfter; }));
     }
-    EXPECT_EQ(rig.text("Label13_0"), QStringLiteral("170.00"));
 
     // An angle that cannot be sent stops the change before the lock.
     rig.led("PanCorLED")->setValue(std::nan(""));

