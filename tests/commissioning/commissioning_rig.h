@@ -174,46 +174,17 @@ inline std::vector<Byte> addressesAsked(const RecordingPeer& line, Byte code) {
 
 // A unit set up unlike a new one in every setting the console restores, the
 // bits of each setting byte alternating so that a value read from its
-// neighbour's bit shows. The lenses a configuration disables stay where they
-// start (128) in the presets.
-inline sim::StoredState distinctUnit(Byte id) {
-    sim::StoredState state;
-    sim::Settings& s = state.settings;
-    s.unitId = id;
-    s.panRates = {30, 200, 50};
-    s.tiltRates = {25, 180, 40};
-    s.panTop = 250;
-    s.tiltTop = 250;
-    s.panJogTop = 70;
-    s.tiltJogTop = 65;
-    s.panMin = 20;
-    s.panMax = 20000;
-    s.tiltMin = 25;
-    s.tiltMax = 15000;
-    s.directions = 0x2A;
-    s.panEncoder = 1234;
-    s.tiltEncoder = 2345;
-    s.commTimeoutSeconds = 30;
-    s.heater = 2;
-    s.softLimits = {6000, -4500, 3000, -2000};
-    s.panOffset = 1000;
-    s.tiltOffset = -500;
-    s.lensConfig = {0x2A, 0x54};
-    s.zoomMinSpeed = {20, 30};
-    s.focusMinSpeed = {40, 50};
-    s.cameraComm = {0x2B, 0x41};
-    s.cameraTimeout = {25, 60};
-    s.aux = 0x0A;
-    state.powerUp = {0x2D, 0x08, 0x23, 0x15};
-    s.videoMode = state.powerUp.videoMode;
-    s.videoPower = state.powerUp.videoPower;
-    s.angleDisplay = state.powerUp.angleDisplay;
-    s.nameDisplay = state.powerUp.nameDisplay;
-    state.presets.at(2) = {1500, -700, {128, 120, 90, 128}};
-    state.presets.at(7) = {-3000, 1000, {}};
-    state.tours.append(0, {2 | 0x40, 10 | 0x80});
-    state.tours.append(0, {7, 3});
-    state.tours.append(2, {31, 0});
+// neighbour's bit shows, kept as the unit's own state file. The lenses a
+// configuration disables stay where they start (128) in the presets.
+inline sim::StoredState distinctUnit() {
+    const auto loaded = sim::loadState(COMMISSIONING_TEST_DATA "/distinct_unit.state");
+    EXPECT_TRUE(loaded.has_value());
+    sim::StoredState state = loaded.value_or(sim::StoredState{});
+    // As the unit starts: with the video and display kept for power up.
+    state.settings.videoMode = state.powerUp.videoMode;
+    state.settings.videoPower = state.powerUp.videoPower;
+    state.settings.angleDisplay = state.powerUp.angleDisplay;
+    state.settings.nameDisplay = state.powerUp.nameDisplay;
     return state;
 }
 

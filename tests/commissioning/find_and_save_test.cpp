@@ -208,7 +208,7 @@ TEST(SaveUnit, AsksExactlyTheseQuestionsAndWritesEachValueInItsPlace) {
 
     // Each value of a unit set up unlike a new one in its own place: presets
     // and soft limits as the unit reports them, offsets applied.
-    loadInto(rig.unit.state(), distinctUnit(0));
+    loadInto(rig.unit.state(), distinctUnit());
     rig.trigger("MenuSaveUnit");
     expectFileAsKept(rig, "distinct_unit_settings.txt");
 }

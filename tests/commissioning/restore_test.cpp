@@ -183,7 +183,7 @@ TEST_F(RestoreUnit, DrivesToEachSoftLimitAndNamesTheOneItCannotReach) {
 TEST(RestoreOntoANewUnit, EveryValueOfTheFileReachesIt) {
     CommissioningRig rig({}, 4 * CommissioningRig::kUnitTimeScale);
     sim::UnitState& unit = rig.unit.state();
-    loadInto(unit, distinctUnit(0));
+    loadInto(unit, distinctUnit());
     ASSERT_TRUE(rig.connect());
     rig.trigger("MenuSaveUnit");
     loadInto(unit, sim::StoredState{});
@@ -191,5 +191,5 @@ TEST(RestoreOntoANewUnit, EveryValueOfTheFileReachesIt) {
 
     rig.trigger("MenuRestoreUnit");
     EXPECT_TRUE(rig.shown.empty()) << rig.lastMessage().toStdString();
-    EXPECT_EQ(stored(unit), distinctUnit(0));
+    EXPECT_EQ(stored(unit), distinctUnit());
 }
