@@ -76,7 +76,7 @@ TEST(RtfReader, RunsAndParagraphsKeepTheirFormatsAndGroupsRestoreThem) {
 
 TEST(RtfReader, TextFromSpecialCharactersSkippedGroupsAndOddInput) {
     const std::pair<QByteArray, QString> cases[] = {
-        {"{\\rtf1 \\'80\\'93}", "\u20AC\u201C"},  // Windows-1252
+        {"{\\rtf1 \\'80\\'93\\'9f\\'a0}", "\u20AC\u201C\u0178\u00A0"},  // Windows-1252
         {"{\\rtf1 caf\xE9}", "caf\u00E9"},
         {"{\\rtf1 \\u8364?5}", "\u20AC5"},  // the fallback is skipped
         {"{\\rtf1\\uc2 \\u8364\\'80\\'80x}", "\u20ACx"},

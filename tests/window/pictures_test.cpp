@@ -8,6 +8,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QLineEdit>
 #include <utility>
 
 #include "live_video/preset_thumbnails.h"
@@ -89,6 +90,11 @@ TEST_F(Pictures, EveryPageOnASmallAndALargeScreenAndPanTiltByNightAndInTheDark) 
         }
     }
     show(QSize(1024, 700));
+    // The factory controls, once the access code has uncovered them.
+    showPage(7);
+    rig.find<QLineEdit>(QStringLiteral("PassText"))->setText(QStringLiteral("7214"));
+    rig.click(QStringLiteral("PassEntBut"));
+    expectLooksAsKept(*rig.window, kPictures, QStringLiteral("small-factory-uncovered"));
     for (const char* palette : {"Night", "Dark"}) {
         rig.find<QAction>("MenuPalette" + QLatin1String(palette))->trigger();
         showPage(0);  // the widgets take a new palette from a posted event
