@@ -96,4 +96,12 @@ struct PowerUpSettings {
     bool operator==(const PowerUpSettings&) const = default;
 };
 
+// Display and video come up as they were stored for power up.
+inline void applyPowerUp(Settings& settings, const PowerUpSettings& powerUp) {
+    settings.videoMode = powerUp.videoMode;
+    settings.videoPower = powerUp.videoPower;
+    settings.angleDisplay = powerUp.angleDisplay;
+    settings.nameDisplay = powerUp.nameDisplay;
+}
+
 }  // namespace halvex::sim

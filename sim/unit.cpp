@@ -21,11 +21,7 @@ Unit::Unit(const UnitOptions& options)
     if (options.id) {
         state_.settings.unitId = *options.id;
     }
-    // Display and video come up as they were stored for power up.
-    state_.settings.videoMode = state_.powerUp.videoMode;
-    state_.settings.videoPower = state_.powerUp.videoPower;
-    state_.settings.angleDisplay = state_.powerUp.angleDisplay;
-    state_.settings.nameDisplay = state_.powerUp.nameDisplay;
+    applyPowerUp(state_.settings, state_.powerUp);
 }
 
 void Unit::receiveFromConsole(const std::uint8_t* data, std::size_t size) {

@@ -180,11 +180,7 @@ inline sim::StoredState distinctUnit() {
     const auto loaded = sim::loadState(COMMISSIONING_TEST_DATA "/distinct_unit.state");
     EXPECT_TRUE(loaded.has_value());
     sim::StoredState state = loaded.value_or(sim::StoredState{});
-    // As the unit starts: with the video and display kept for power up.
-    state.settings.videoMode = state.powerUp.videoMode;
-    state.settings.videoPower = state.powerUp.videoPower;
-    state.settings.angleDisplay = state.powerUp.angleDisplay;
-    state.settings.nameDisplay = state.powerUp.nameDisplay;
+    sim::applyPowerUp(state.settings, state.powerUp);  // as the unit starts
     return state;
 }
 
