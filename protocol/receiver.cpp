@@ -167,7 +167,8 @@ void Receiver::take(const ReplyScan& scan, const std::vector<Byte>& waiting) {
     }
     wire_.assign(start, waiting.begin() + static_cast<std::ptrdiff_t>(scan.used));
 
-    const Byte address = scan.address.value_or(0);
+    // Every outcome past NoStart has read the address.
+    const Byte address = *scan.address;
     if (address < 100) {
         emit receivingIdChanged(QStringLiteral("Currently Receiving ID Of %1").arg(address));
     }

@@ -107,6 +107,17 @@ TEST_F(ControllerJogTest, AJoystickWithoutAControllerMappingPansAndTiltsWithItsS
     stick.axis(0, -32768);
     stick.axis(1, -32768);  // forward: up
     EXPECT_EQ(rig().nextMotion(), (std::array<int, 3>{255, 255, 0x40}));
+
+    // The preferred device takes over from the one in use when it is plugged in.
+    auto pad = std::make_unique<VirtualDevice>(true);
+    ASSERT_TRUE(rig().waitFor([] { return rig().controller().devices().size() == 2; }));
+    const auto present = rig().controller().devices();
+    const QString padGuid = std::ranges::find_if(present, &InputDevice::gameController)->guid;
+    pad.reset();
+    rig().controller().setPreferredDevice(padGuid);
+    ASSERT_FALSE(rig().controller().deviceInUse()->gameController);
+    pad = std::make_unique<VirtualDevice>(true);
+    EXPECT_TRUE(rig().waitFor([] { return rig().controller().deviceInUse()->gameController; }));
 }
 
 }  // namespace

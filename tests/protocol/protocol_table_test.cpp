@@ -72,6 +72,7 @@ TEST(FrameDescription, NamesEveryFrameAndItsFieldsAsTheOperatorReadsThem) {
          "camera transmit: length 3; to camera 2; data 81 01 FF"},
         {"a value with a name of its own", reply(0, test::sample(0)), "comm time-out: seconds off"},
         {"a code nobody knows", reply(0, {0xA7, 1, 2}), "unknown code: payload 01 02"},
+        {"an open-ended field left empty", reply(0, {v::Diagnostics::kCode}), "diagnostics"},
         {"a refusal names the refused command", encodeFrame(kNak, 0, {v::StorePreset::kCode}, 0),
          "refusal: of store preset"},
         {"a frame the line cut off", {kAck, 0, v::JogMessage::kCode, 16}, "position report (cut)"},

@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <QAbstractItemModelTester>
+
 #include "protocol/frame.h"
 #include "recorder/latency_meter.h"
 #include "recorder/line_log_model.h"
@@ -41,11 +43,15 @@ QString cell(const LineLogModel& model, int row, int column) {
 
 TEST(LineLogModel, KeepsOnlyTheNewestRecordsAndShowsThemInBatchesOrHoldsThemWhilePaused) {
     LineLogModel model(50);
+    // Fails the test on any insert or removal announced unlike it is done.
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::Fatal);
     sendPresets(model, 0, 30);
     // Nothing shows before the batch: a burst is one update of the view.
     EXPECT_EQ(model.rowCount(), 0);
     int inserts = 0;
+    int removals = 0;
     QObject::connect(&model, &QAbstractItemModel::rowsInserted, [&inserts] { ++inserts; });
+    QObject::connect(&model, &QAbstractItemModel::rowsRemoved, [&removals] { ++removals; });
     model.flush();
     EXPECT_EQ(model.rowCount(), 30);
     EXPECT_EQ(inserts, 1);
@@ -62,9 +68,11 @@ TEST(LineLogModel, KeepsOnlyTheNewestRecordsAndShowsThemInBatchesOrHoldsThemWhil
     odd.text = QStringLiteral("preset 1");  // 100..119 and nothing else kept
     model.setFilter(odd);
     EXPECT_EQ(model.rowCount(), 20);
+    removals = 0;
     sendPresets(model, 0, 10, 200);
     model.flush();
     EXPECT_EQ(model.rowCount(), 20);  // 200s do not pass; 70..79 left, none of them shown
+    EXPECT_EQ(removals, 0);
     sendPresets(model, 0, 35, 7);
     model.flush();
     // Only 5 of the 100s survive the 35 newer records.
@@ -107,6 +115,15 @@ TEST(LineLogModel, FiltersByDirectionCodeAndTextAndNamesEachColumn) {
     EXPECT_EQ(cell(model, 1, LineLogModel::Check), QStringLiteral("LRC wrong"));
     EXPECT_EQ(cell(model, 2, LineLogModel::Direction), QStringLiteral("event"));
     EXPECT_EQ(cell(model, 3, LineLogModel::Check), QStringLiteral("noise"));
+    EXPECT_EQ(model.headerData(LineLogModel::Fields, Qt::Horizontal, Qt::DisplayRole).toString(),
+              "Fields");
+    // Refused frames in red, events in orange, the rest in the palette's text.
+    const auto colour = [&model](int row) {
+        return model.data(model.index(row, 0), Qt::ForegroundRole).value<QBrush>().color();
+    };
+    EXPECT_EQ(colour(0), QColor(Qt::black));
+    EXPECT_EQ(colour(1), QColor(210, 0, 0));
+    EXPECT_EQ(colour(2), QColor(200, 100, 0));
 
     using D = LineFilter::Direction;
     const QString report = QStringLiteral("position report");

@@ -232,6 +232,8 @@ TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
         EXPECT_FALSE(rig.recorder().recording());
         ASSERT_FALSE(rig.shown.empty());
         EXPECT_EQ(rig.shown.back().title, QStringLiteral("Record"));
+        // A disk already full: refused at once, not one frame later.
+        EXPECT_NE(rig.recorder().startRecording(QStringLiteral("/dev/full")), QString());
     }
 
     // What the file holds, frame by frame, is read in wireshark_test.cpp.

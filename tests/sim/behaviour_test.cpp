@@ -335,6 +335,12 @@ TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
         received.insert(received.end(), bytes.begin(), bytes.end());
     }
     EXPECT_EQ(received, text);
+
+    // The shortest time-out: one step of 8 ms.
+    unit.exchange(message<v::CameraTimeouts>({{v::camera_timeouts::kCamera1, 1}}));
+    unit.exchange(toCamera1({'A'}));
+    unit.advance(10);
+    EXPECT_EQ(camera1(), std::vector<Byte>{'A'});
 }
 
 // The unit's state file across a restart. The console's own settings
