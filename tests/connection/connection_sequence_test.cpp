@@ -76,9 +76,6 @@ TEST(ConnectionSequence, MissingPortShowsTheMessageAndStaysOffline) {
     rig.click(QStringLiteral("StartBut"));
     ASSERT_EQ(rig.shown.size(), 1u);
     EXPECT_EQ(rig.shown[0].title, QStringLiteral("Could Not Open COM1"));
-    EXPECT_EQ(rig.shown[0].text,
-              QStringLiteral("There was a problem opening the serial port. Please check your port "
-                             "selection under 'Port' and try again."));
     EXPECT_FALSE(rig.window->link().Timer1().isActive());
     EXPECT_FALSE(rig.window->link().Timer2().isActive());
     EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral(" Offline")));
@@ -104,9 +101,6 @@ TEST(ConnectionSequence, SilentUnitGivesUpAfterTheConnectionTimeout) {
     ASSERT_EQ(rig.shown.size(), 1u);
     EXPECT_GE(clock.elapsed(), Link::kConnectTimeoutMs / 10 - 50);  // the timer's slack
     EXPECT_EQ(rig.shown[0].title, QStringLiteral("Could Not Establish Connection"));
-    EXPECT_EQ(rig.shown[0].text,
-              QStringLiteral("There was a problem establishing a connection. Please check your "
-                             "port selection and baud rate and try again."));
     EXPECT_TRUE(rig.window->windowTitle().endsWith(QStringLiteral(" Initializing Pan & Tilt")));
     EXPECT_FALSE(rig.find<QTabWidget>(QStringLiteral("SSTab1"))->isEnabled());
     // Jog messages went out on every tick of the wait, and nothing else.

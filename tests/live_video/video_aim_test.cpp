@@ -107,9 +107,6 @@ TEST_F(VideoAimTest, ABoxCentresItsMiddleAndZoomsTheLensSoItFillsThePicture) {
     const QPointF by = picture.anglesTo(box.center());
     const std::size_t from = line.frames().size();
     emit pane.boxRequested(box);
-    ASSERT_TRUE(pane.overlay().target);
-    EXPECT_NEAR(pane.overlay().target->x(), box.center().x(), 1e-9);
-    EXPECT_NEAR(pane.overlay().target->y(), box.center().y(), 1e-9);
     ASSERT_TRUE(runUntil([&] { return session.status().Moving(); }, 5000));
     EXPECT_TRUE(pane.overlay().target);
     ASSERT_TRUE(runUntil([&] { return session.status().Lens[0] == zoom; }, 20000));
@@ -122,7 +119,6 @@ TEST_F(VideoAimTest, ABoxCentresItsMiddleAndZoomsTheLensSoItFillsThePicture) {
     for (std::size_t other : {1u, 2u, 3u}) {
         EXPECT_EQ(vocab::get(moves[0], m::kLens.at(other)), 128) << other;
     }
-    EXPECT_GT(zoom, 128);
 }
 
 TEST_F(VideoAimTest, TheWheelZoomsTheLensAndLeavesThePlatformWhereItIs) {

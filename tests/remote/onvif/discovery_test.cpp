@@ -24,7 +24,6 @@ QByteArray probe(int n, const QString& inside = {}) {
 }
 
 TEST_F(OnvifTest, AProbeForAVideoTransmitterIsAnsweredWithTheDeviceService) {
-    EXPECT_EQ(server.discoveryPort(), 0);
     ASSERT_TRUE(server.startDiscovery(0)) << server.errorString().toStdString();
     ASSERT_NE(server.discoveryPort(), 0);
     QUdpSocket prober;

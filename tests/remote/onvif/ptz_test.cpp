@@ -230,7 +230,6 @@ TEST_F(OnvifServerTest, StopEndsPanAndTiltOrZoomAloneAndAPresetIsNotSavedWhileJo
 
 TEST_F(OnvifServerTest, ConnectionsKeepAliveAndEndOnRequestsThatBreakTheRules) {
     server.setTimeouts(100, 250);
-    QSignalSpy clients(&server, &OnvifServer::clientCountChanged);
     QSignalSpy handled(&server, &OnvifServer::commandHandled);
     const QByteArray time = httpPost(envelope("<tds:GetSystemDateAndTime/>", QString()));
     HttpClient kept;
@@ -295,7 +294,6 @@ TEST_F(OnvifServerTest, ConnectionsKeepAliveAndEndOnRequestsThatBreakTheRules) {
     server.close();
     EXPECT_TRUE(kept.waitClosedByServer());
     EXPECT_EQ(server.clientCount(), 0);
-    EXPECT_GE(clients.size(), 2);
 }
 
 }  // namespace
