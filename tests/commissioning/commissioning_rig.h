@@ -89,7 +89,7 @@ struct CommissioningRig : ConsoleRig {
             confirmations.push_back(rows(dialog.DifferenceTable));
             moveWarned = dialog.MoveWarning->isVisibleTo(&dialog);
             cancelIsDefault =
-                dialog.RestoreCancelBut->isDefault() && !dialog.RestoreOkBut->isDefault();
+                dialog.RestoreCancelBut->isDefault() && !dialog.RestoreOkBut->autoDefault();
             co_return confirmAnswer;
         });
         menu->setProbeWaitMs(kProbeWaitMs);

@@ -40,6 +40,15 @@ TEST(FindUnits, AnEmptyLineListsNoneAndTheUnitIsListedAndTalkedTo) {
     EXPECT_EQ(addressesAsked(rig.line, v::FirmwareRequest::kCode), everyAddress);
     EXPECT_FALSE(rig.port->isOpen());
     ASSERT_TRUE(closeWith(rig, dialog->FindCloseBut));
+    // Closed while it searches: it stops after the address it is asking.
+    rig.line.clear();
+    rig.window->findChild<QAction*>(QStringLiteral("MenuFindUnits"))->trigger();
+    ASSERT_TRUE(rig.waitFor([&] { return (dialog = findDialog(rig)) != nullptr; }));
+    QTest::mouseClick(dialog->FindCloseBut, Qt::LeftButton);
+    EXPECT_TRUE(settle(CommissioningRig::kLongestJobMs));
+    EXPECT_EQ(dialog->FindStatus->text(), QStringLiteral("Search cancelled. No unit answered."));
+    EXPECT_LT(addressesAsked(rig.line, v::FirmwareRequest::kCode).size(), 10u);
+    ASSERT_TRUE(closeWith(rig, dialog->FindCloseBut));
 
     rig.line.setConnected(true);
     rig.menu->setProbeWaitMs(CommissioningRig::kProbeWaitMs);

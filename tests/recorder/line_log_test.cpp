@@ -212,6 +212,9 @@ TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
         const QString filling =
             QDir(QDir::tempPath()).filePath(QStringLiteral("line-log-filling.pcapng"));
         ASSERT_EQ(rig.recorder().startRecording(filling), QString());
+        rig.log()->refreshStatus();
+        EXPECT_TRUE(
+            rig.inLog<QLabel>("LineStatus")->text().contains(QStringLiteral("(0 records)")));
         {
             const FullDisk full(static_cast<rlim_t>(QFileInfo(filling).size()) + 64);
             ASSERT_TRUE(full.active());

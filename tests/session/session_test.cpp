@@ -112,8 +112,9 @@ TEST_F(SessionTest, AValueItsFieldCannotCarryIsARangeFaultAndSendsNothingAndASil
     EXPECT_TRUE(rangeFault(session.setUnitAddress(256, true)));
     EXPECT_TRUE(commandsSince(mark).empty());
     EXPECT_EQ(session.state().AddressOverride, kNoOverride);
-    // The longest string a camera takes does go out.
+    // The longest string a camera takes does go out, and the time-outs' ends.
     EXPECT_TRUE(finish(session.sendToCamera(0, std::vector<Byte>(127, 'x'))).isDone());
+    EXPECT_TRUE(finish(session.setCameraTimeouts({1, 100})).isDone());
 
     line.setConnected(false);
     mark = line.frames().size();

@@ -24,14 +24,14 @@ namespace {
 const KeptPictures kPictures{HALVEX_KEPT_PICTURES, HALVEX_SEEN_PICTURES};
 
 // The Setup page shows the unit's date. Three presets, two of them with the
-// picture taken when they were stored, and a tour through two.
+// picture taken when they were stored, and a tour through all three.
 struct DatedRig : ConsoleRig {
     DatedRig() : ConsoleRig(options()) {
         auto& presets = unit.state().presets;
         presets.at(1) = {-4500, 1000, {}};
         presets.at(2) = {3050, -525, {}};
         presets.at(3) = {9000, 0, {}};
-        for (int preset : {3, 1}) {
+        for (int preset : {3, 2, 1}) {
             unit.state().tours.append(0, {static_cast<Byte>(preset), 5});
         }
         QImage picture(160, 90, QImage::Format_RGB32);
