@@ -163,7 +163,6 @@ TEST(CameraLines, RepliesSetLabelsLensesAndTimeOutsAndClicksStepOnFromThere) {
     rig.expect("!Lens1Check_1 Lens1Check_2 !Lens1Check_3 !Lens1Check_4 !Lens1Check_5 Lens1Check_6");
     rig.expect(
         "Lens2Check_1 !Lens2Check_2 !Lens2Check_3 !Lens2Check_4 !Lens2Check_5 !Lens2Check_6");
-    EXPECT_TRUE(rig.window->state().UserClickEnabled);
     rig.expect("ZoomMinLabel_0:5 FocusMinLabel_1:8");
     // Minimum speeds stop at their ends.
     rig.act(QString("ZoomMinSpin_0- ").repeated(10) + QString("FocusMinSpin_1+ ").repeated(300));

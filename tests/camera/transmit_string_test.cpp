@@ -18,6 +18,7 @@ Bytes bytes(const QByteArray& data) {
 }
 
 TEST(TransmitString, AcceptedTextsGiveTheBytesAndTheRewrittenBox) {
+    const QString latin1Ends = QString(QChar(0)) + " \u00FF";
     const struct {
         QString text;
         TransmitMode mode;
@@ -27,11 +28,7 @@ TEST(TransmitString, AcceptedTextsGiveTheBytesAndTheRewrittenBox) {
     } cases[] = {
         {"", kAscii, true, {'\r'}, ""},
         {"0 9af F0", kHex, false, {0x09, 0xAF, 0xF0}, "09 AF F0 "},
-        {QString(QChar(0)) + " \u00FF",
-         kAscii,
-         false,
-         {0, ' ', 0xFF},
-         QString(QChar(0)) + " \u00FF"},
+        {latin1Ends, kAscii, false, {0, ' ', 0xFF}, latin1Ends},
         {QString(80, 'x'), kAscii, false, bytes(QByteArray(80, 'x')), QString(80, 'x')},
         {QString(79, 'x'), kAscii, true, bytes(QByteArray(79, 'x') + '\r'), QString(79, 'x')},
     };

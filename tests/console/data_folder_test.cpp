@@ -17,12 +17,10 @@ TEST(DataFolder, PrefersDataBesideTheProgramThenTheInstalledShareFolder) {
     };
     // clang-format off
     const Layout layouts[] = {
-        {"installed copy", {"bin/halvex", "share/halvex/PTZ.CCL"}, {}, "share/halvex"},
         {"control list beside the program", {"bin/PTZ.CCL"}, {"share/halvex"}, "bin"},
-        {"other files do not count", {"bin/HALVEX.BIN", "bin/notes.txt"}, {"share/halvex"}, "share/halvex"},
+        {"installed copy: other files do not count", {"bin/HALVEX.BIN", "bin/notes.txt", "share/halvex/PTZ.CCL"}, {}, "share/halvex"},
         {"nor a folder named like help", {}, {"bin/OLD.RTF", "share/halvex"}, "share/halvex"},
-        {"nothing anywhere", {}, {"bin"}, "bin"},
-        {"share/halvex that is a file", {"share/halvex"}, {"bin"}, "bin"},
+        {"nothing installed: share/halvex is a file", {"share/halvex"}, {"bin"}, "bin"},
     };
     // clang-format on
     for (const auto& layout : layouts) {

@@ -208,7 +208,6 @@ TEST_F(RotctldServerTest, AnOverlongLineClosesTheClientAndOneThatShutsItsSideSti
     EXPECT_TRUE(overlong->waitClosedByServer());
     EXPECT_EQ(overlong->received, "RPRT -8\n");
     EXPECT_TRUE(clientsAre(0));
-    EXPECT_EQ(rotator.calls, 0);
 
     // What socat and nc -N do once the request is sent: shut their side.
     auto client = connected();

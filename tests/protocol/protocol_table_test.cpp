@@ -76,6 +76,9 @@ TEST(FrameDescription, NamesEveryFrameAndItsFieldsAsTheOperatorReadsThem) {
         {"a refusal names the refused command", encodeFrame(kNak, 0, {v::StorePreset::kCode}, 0),
          "refusal: of store preset"},
         {"a frame the line cut off", {kAck, 0, v::JogMessage::kCode, 16}, "position report (cut)"},
+        {"cut right after an escaped value",
+         {kStx, 0, v::GoToPreset::kCode, kEsc, stuffed(kStx)},
+         "go to preset: preset 2 (cut)"},
         {"bytes outside any frame", {0x55, v::JogMessage::kCode, kEtx}, "noise"},
     };
     for (const Case& c : cases) {

@@ -2,6 +2,7 @@
 
 #include <QAccessible>
 #include <QAccessibleValueInterface>
+#include <array>
 
 #include "views/widgets/jog_box.h"
 #include "views/widgets/led_display.h"
@@ -21,17 +22,6 @@ std::string heard(QWidget& widget) {
                : (accessible->text(QAccessible::Name) + ": " + accessible->text(QAccessible::Value))
                      .toStdString();
 }
-
-// Least, greatest and current number of a widget that has them.
-std::vector<double> numbers(QWidget& widget) {
-    QAccessibleValueInterface* value =
-        QAccessible::queryAccessibleInterface(&widget)->valueInterface();
-    if (value == nullptr) {
-        return {};
-    }
-    return {value->minimumValue().toDouble(), value->maximumValue().toDouble(),
-            value->currentValue().toDouble()};
-}
 }  // namespace
 
 TEST(WidgetAccessibility, ReadOutsLampsAndPadsTellTheirNameAndValue) {
@@ -48,7 +38,13 @@ TEST(WidgetAccessibility, ReadOutsLampsAndPadsTellTheirNameAndValue) {
     gauge.setRange(-170, 170);
     gauge.setValue(45.25);
     EXPECT_EQ(heard(gauge), "Gauge: pan 45.25 degrees");
-    EXPECT_EQ(numbers(gauge), (std::vector<double>{-170.0, 170.0, 45.25}));
+    // Its least, greatest and current number.
+    QAccessibleValueInterface* numbers =
+        QAccessible::queryAccessibleInterface(&gauge)->valueInterface();
+    ASSERT_NE(numbers, nullptr);
+    EXPECT_EQ((std::array{numbers->minimumValue().toDouble(), numbers->maximumValue().toDouble(),
+                          numbers->currentValue().toDouble()}),
+              (std::array{-170.0, 170.0, 45.25}));
 
     StatusLamp lamp;
     lamp.setToolTip(QStringLiteral("Pan fault"));
