@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <sstream>
@@ -20,6 +19,7 @@
 #include "protocol/frame_description.h"
 #include "protocol/protocol_reference.h"
 #include "protocol/protocol_table.h"
+#include "tests/support/kept_text.h"
 
 using namespace halvex;
 using namespace halvex::table;
@@ -88,14 +88,8 @@ std::string describeAll() {
 }  // namespace
 
 TEST(EveryFrame, EachLayoutDescribesAsTheFileSays) {
-    const std::string path = HALVEX_PROTOCOL_TEST_DATA "/every_frame.txt";
-    const std::string now = describeAll();
-    if (std::getenv("HALVEX_WRITE_EVERY_FRAME") != nullptr) {
-        std::ofstream(path) << now;
-        GTEST_SKIP() << "wrote " << path;
-    }
-    // On a difference the lines that differ are shown.
-    EXPECT_EQ(now, keptFile(path));
+    halvex::testing::expectAsKept(describeAll(), HALVEX_PROTOCOL_TEST_DATA "/every_frame.txt",
+                                  "HALVEX_WRITE_EVERY_FRAME");
 }
 
 // The protocol reference that people read instead of the code: kept in the

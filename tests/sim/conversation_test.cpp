@@ -23,6 +23,7 @@
 #include "sim/command_table.h"
 #include "sim/state_file.h"
 #include "tests/sim/unit_test_support.h"
+#include "tests/support/kept_text.h"
 
 namespace halvex::sim::testing {
 namespace {
@@ -108,13 +109,8 @@ std::string converse() {
 }
 
 TEST(UnitConversation, EveryCommandAnswersAsTheTranscriptSays) {
-    const std::string path = HALVEX_SIM_TEST_DATA "/unit_conversation.txt";
-    if (std::getenv("HALVEX_WRITE_CONVERSATION") != nullptr) {
-        std::ofstream(path) << converse();
-        GTEST_SKIP() << "wrote " << path;
-    }
-    std::ifstream file(path);
-    EXPECT_EQ(converse(), std::string(std::istreambuf_iterator<char>(file), {}));
+    halvex::testing::expectAsKept(converse(), HALVEX_SIM_TEST_DATA "/unit_conversation.txt",
+                                  "HALVEX_WRITE_CONVERSATION");
 }
 
 }  // namespace

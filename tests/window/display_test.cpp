@@ -5,12 +5,14 @@
 
 #include <QFile>
 #include <QGuiApplication>
+#include <QMetaEnum>
 #include <QScreen>
 #include <QSettings>
 #include <QTextBlock>
 #include <QTextBrowser>
 
 #include "tests/support/console_rig.h"
+#include "tests/support/kept_text.h"
 #include "views/widgets/instrument_light.h"
 #include "window/help_box.h"
 #include "window/palette_choice.h"
@@ -163,4 +165,28 @@ TEST_F(ViewSettings, HelpTextColouredByTheFileStaysReadableInEachPalette) {
         [&] { return headingColour() == nightPalette().color(QPalette::Text); }));
     applyPalette(Palette::Desktop);
     EXPECT_TRUE(ConsoleRig::waitFor([&] { return headingColour() == fileBlue; }));
+}
+
+// Every colour of the dark and night palettes in every state, as kept in
+// palettes.txt: the pictures show those on the pages, this also the rest,
+// which a widget added later would take.
+TEST(Palettes, EveryColourInEveryStateIsAsKept) {
+    const QMetaEnum roles = QMetaEnum::fromType<QPalette::ColorRole>();
+    const QMetaEnum groups = QMetaEnum::fromType<QPalette::ColorGroup>();
+    std::string now;
+    for (const auto& [name, palette] :
+         {std::pair{"dark", darkPalette()}, {"night", nightPalette()}}) {
+        for (const QPalette::ColorGroup group :
+             {QPalette::Active, QPalette::Inactive, QPalette::Disabled}) {
+            for (int role = 0; role < QPalette::NColorRoles; ++role) {
+                now += QStringLiteral("%1 %2 %3 %4\n")
+                           .arg(QLatin1String(name))
+                           .arg(QLatin1String(groups.valueToKey(group)))
+                           .arg(QLatin1String(roles.valueToKey(role)))
+                           .arg(palette.color(group, static_cast<QPalette::ColorRole>(role)).name())
+                           .toStdString();
+            }
+        }
+    }
+    expectAsKept(now, HALVEX_WINDOW_TEST_DATA "/palettes.txt", "HALVEX_WRITE_PALETTES");
 }

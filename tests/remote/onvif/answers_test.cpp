@@ -12,6 +12,7 @@
 #include <map>
 
 #include "tests/remote/onvif/onvif_rig.h"
+#include "tests/support/kept_text.h"
 
 namespace halvex::testing {
 namespace {
@@ -99,14 +100,8 @@ TEST_F(OnvifTest, EveryQuestionIsAnsweredAsTheKeptAnswersSay) {
                    .append(QLatin1Char('\n'));
     }
 
-    QFile kept(QStringLiteral(HALVEX_ONVIF_TEST_DATA "/answers.txt"));
-    if (qEnvironmentVariableIsSet("HALVEX_WRITE_ONVIF_ANSWERS")) {
-        ASSERT_TRUE(kept.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        kept.write(now.toUtf8());
-        GTEST_SKIP() << "wrote " << kept.fileName().toStdString();
-    }
-    ASSERT_TRUE(kept.open(QIODevice::ReadOnly)) << kept.fileName().toStdString();
-    EXPECT_EQ(now.toStdString(), kept.readAll().toStdString());  // shown line by line
+    expectAsKept(now.toStdString(), HALVEX_ONVIF_TEST_DATA "/answers.txt",
+                 "HALVEX_WRITE_ONVIF_ANSWERS");
 }
 
 }  // namespace
