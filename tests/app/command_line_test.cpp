@@ -154,7 +154,8 @@ TEST(Headless, GoesOnlineWithoutADisplayRotctlPointsTheUnitAndSigtermStopsIt) {
          QStringLiteral("--rotctld"), QString::number(port), QStringLiteral("--visca"),
          QString::number(viscaPort), QStringLiteral("--pelco"),
          QStringLiteral("tcp:%1").arg(pelcoPort), QStringLiteral("--onvif"),
-         QString::number(onvifPort), QStringLiteral("--onvif-user"), QStringLiteral("admin")});
+         QString::number(onvifPort), QStringLiteral("--onvif-user"), QStringLiteral("admin"),
+         QStringLiteral("--video2"), QStringLiteral("rtsp://camera/out2")});
     ASSERT_TRUE(console.waitForStarted(5000));
     QString said_;
     const auto said = [&]() -> const QString& {
