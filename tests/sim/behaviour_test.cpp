@@ -336,11 +336,15 @@ TEST(UnitCameras, AnswersWaitForTheTimeOutAndLongOnesAreSpreadOverReports) {
     }
     EXPECT_EQ(received, text);
 
-    // The shortest time-out: one step of 8 ms.
+    // The shortest time-out, one step of 8 ms, and the 100 ms a camera takes.
     unit.exchange(message<v::CameraTimeouts>({{v::camera_timeouts::kCamera1, 1}}));
-    unit.exchange(toCamera1({'A'}));
-    unit.advance(10);
-    EXPECT_EQ(camera1(), std::vector<Byte>{'A'});
+    unit.exchange(toCamera1({0x81, 0x01, 0x04, 0x07, 0x02, 0xFF}));
+    unit.advance(8);
+    EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x41, 0xFF}));
+    unit.advance(99);
+    EXPECT_TRUE(camera1().empty());
+    unit.advance(1);
+    EXPECT_EQ(camera1(), (std::vector<Byte>{0x90, 0x51, 0xFF}));
 }
 
 // The unit's state file across a restart. The console's own settings
