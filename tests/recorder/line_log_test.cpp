@@ -24,6 +24,7 @@
 #include "sim/replay_unit.h"
 #include "tests/support/console_rig.h"
 #include "tests/support/full_disk.h"
+#include "tests/support/kept_picture.h"
 #include "tests/support/messages.h"
 
 using namespace halvex;
@@ -270,4 +271,24 @@ TEST(LineLog, RecordsFromItsWindowAndOpensRecordingsWithoutAUnit) {
     EXPECT_FALSE(status.contains(QStringLiteral("Click to wire"))) << status.toStdString();
 
     QFile::remove(path);
+}
+
+// A kept recording opened in the Line Log: the columns, the colours of
+// events and of refused frames, the status line. The times are the
+// recording's own, shown in UTC.
+TEST(LineLog, AKeptRecordingLooksAsKept) {
+    qputenv("TZ", "UTC");
+    tzset();
+    LogRig offline;
+    offline.recorder().setPathChooser([](bool) -> QCoro::Task<QString> {
+        co_return QStringLiteral(HALVEX_FUZZ_CASES "/recording-corpus/verdicts-and-events.pcapng");
+    });
+    offline.openLog();
+    offline.inLog<QPushButton>("OpenBut")->click();
+    auto* opened = offline.window->findChild<LineLogWindow*>(QStringLiteral("LineLogFile"));
+    ASSERT_NE(opened, nullptr);
+    opened->resize(1000, 300);
+    opened->refreshStatus();
+    expectLooksAsKept(*opened, {HALVEX_KEPT_PICTURES, HALVEX_SEEN_PICTURES},
+                      QStringLiteral("line-log-recording"));
 }
