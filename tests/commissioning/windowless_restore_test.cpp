@@ -104,3 +104,13 @@ TEST_F(WindowlessRestore, ACancelOrAFaultDuringAMoveStillStopsThePlatform) {
         EXPECT_LT(unit.state().motion.mechanicalPan(), 9000);
     }
 }
+
+// Cancelled on the way back to where it started, the limit written: the
+// restore still ends as cancelled.
+TEST_F(WindowlessRestore, ACancelOnTheWayBackStillEndsAsCancelled) {
+    Progress progress;
+    progress.cancelled = [this] {
+        return std::ranges::count_if(peer.messages(), is<v::AbsoluteMove>) >= 2;
+    };
+    EXPECT_TRUE(restore(farLimit(), progress).cancelled);
+}

@@ -115,7 +115,6 @@ TEST_F(ControllerJogTest, AJoystickWithoutAControllerMappingPansAndTiltsWithItsS
     const QString padGuid = std::ranges::find_if(present, &InputDevice::gameController)->guid;
     pad.reset();
     rig().controller().setPreferredDevice(padGuid);
-    ASSERT_FALSE(rig().controller().deviceInUse()->gameController);
     pad = std::make_unique<VirtualDevice>(true);
     EXPECT_TRUE(rig().waitFor([] { return rig().controller().deviceInUse()->gameController; }));
 }
