@@ -6,7 +6,6 @@
 // After a deliberate change, write the answers again with
 // HALVEX_WRITE_ONVIF_ANSWERS=1 and read the difference before keeping it.
 
-#include <QFile>
 #include <QTimeZone>
 #include <QXmlStreamReader>
 #include <map>
