@@ -57,7 +57,7 @@ RowTexts textsOf(const LineRecord& record) {
     texts.columns[LineLogModel::Name] = fromStd(frame.name);
     QString fields = fromStd(frame.fieldsText());
     if (frame.shortPayload) {
-        fields += QStringLiteral(" (short)");
+        fields += fields.isEmpty() ? QStringLiteral("(short)") : QStringLiteral(" (short)");
     }
     texts.columns[LineLogModel::Fields] = fields;
     texts.columns[LineLogModel::Check] = checkText(record);
