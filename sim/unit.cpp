@@ -1,12 +1,11 @@
 #include "sim/unit.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "sim/command_table.h"
 
 namespace halvex::sim {
-
-namespace {}  // namespace
 
 Unit::Unit(const UnitOptions& options)
     : state_(options), assembler_([this](const ConsoleFrame& frame) { handleFrame(frame); }) {
@@ -188,8 +187,10 @@ void Unit::saveIfChanged(const StoredState& before) {
     now.settings.videoPower = before.settings.videoPower;
     now.settings.angleDisplay = before.settings.angleDisplay;
     now.settings.nameDisplay = before.settings.nameDisplay;
-    if (!(now == before)) {
-        saveState(state_.options.statePath, now);
+    if (!(now == before) && !saveState(state_.options.statePath, now)) {
+        // The unit answers on; whoever started it learns its settings will not last.
+        std::fprintf(stderr, "virtual unit: cannot save its state to %s\n",
+                     state_.options.statePath.c_str());
     }
 }
 

@@ -405,6 +405,13 @@ TEST(UnitStateFile, StoredSettingsComeBackWholeAndDamagedLinesKeepFactoryValues)
         EXPECT_EQ(unit.exchange(readPreset(refused)), presetRecord(refused));
     }
     std::remove(options.statePath.c_str());
+
+    options.statePath = "/proc/no-such-folder/state";  // never writable
+    UnitHarness unsaved(options);
+    ::testing::internal::CaptureStderr();
+    unsaved.exchange(storePreset(3, 10000));  // answered as ever
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
+              "virtual unit: cannot save its state to /proc/no-such-folder/state\n");
 }
 
 }  // namespace
