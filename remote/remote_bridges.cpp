@@ -165,9 +165,9 @@ BridgeSettings loadBridgeSettings() {
     settings.viscaPort = port("viscaPort");
     settings.pelcoDevice = kept.value(QStringLiteral("pelcoDevice")).toString();
     settings.pelcoTcpPort = port("pelcoTcpPort");
-    settings.pelcoAddress =
-        std::clamp(kept.value(QStringLiteral("pelcoAddress"), 1).toInt(), 1, 255);
-    settings.pelcoBaud = kept.value(QStringLiteral("pelcoBaud"), 2400).toInt();
+    settings.pelcoAddress = std::clamp(
+        kept.value(QStringLiteral("pelcoAddress"), settings.pelcoAddress).toInt(), 1, 255);
+    settings.pelcoBaud = kept.value(QStringLiteral("pelcoBaud"), settings.pelcoBaud).toInt();
     const auto refresh = [&kept](const char* key, int otherwise) {
         return std::clamp(kept.value(QLatin1String(key), otherwise).toInt(), 0,
                           BridgeSettings::kLongestRefreshMs);
