@@ -9,6 +9,7 @@
 #include <QTest>
 
 #include "tests/support/scripted_server.h"
+#include "tests/support/sim_process.h"
 
 namespace halvex::testing {
 
@@ -47,6 +48,7 @@ class Ser2netProcess {
                                config, QStringLiteral("-P"),
                                directory_.filePath(QStringLiteral("ser2net.pid"))});
         process_.setProcessChannelMode(QProcess::MergedChannels);
+        endWithParent(process_);
         start();
     }
     ~Ser2netProcess() { stop(); }
@@ -63,14 +65,7 @@ class Ser2netProcess {
         return listening_;
     }
     void stop() {
-        if (process_.state() == QProcess::NotRunning) {
-            return;
-        }
-        process_.terminate();
-        if (!process_.waitForFinished(3000)) {
-            process_.kill();
-            process_.waitForFinished(3000);
-        }
+        stopChild(process_);
         listening_ = false;
     }
     bool listening() const { return listening_; }

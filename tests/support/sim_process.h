@@ -1,9 +1,29 @@
 #pragma once
 
+#include <sys/prctl.h>
 #include <QFile>
 #include <QProcess>
 #include <QString>
 #include <QStringList>
+#include <csignal>
+
+// A program a test starts goes when the test program does, also when the
+// test program dies part-way and cannot stop it.
+inline void endWithParent(QProcess& process) {
+    process.setChildProcessModifier([] { ::prctl(PR_SET_PDEATHSIG, SIGTERM); });
+}
+
+// Stopped as by Ctrl-C, and killed if that does not end it.
+inline void stopChild(QProcess& process) {
+    if (process.state() == QProcess::NotRunning) {
+        return;
+    }
+    process.terminate();
+    if (!process.waitForFinished(3000)) {
+        process.kill();
+        process.waitForFinished(3000);
+    }
+}
 
 // halvex-sim as an operator runs it, on its own pseudo-terminal (or with
 // --tcp on a TCP port); the test target names the program in
@@ -14,6 +34,7 @@ class SimProcess {
     explicit SimProcess(const QStringList& arguments = {}) {
         process_.setProgram(QStringLiteral(HALVEX_SIM_PATH));
         process_.setArguments(arguments);
+        endWithParent(process_);
         process_.start();
         if (process_.waitForStarted(5000) && process_.waitForReadyRead(5000)) {
             device_ = QString::fromLocal8Bit(process_.readLine()).trimmed();
@@ -21,16 +42,7 @@ class SimProcess {
     }
     ~SimProcess() { stop(); }
     // Stopped as by Ctrl-C; what it said stays readable.
-    void stop() {
-        if (process_.state() == QProcess::NotRunning) {
-            return;
-        }
-        process_.terminate();
-        if (!process_.waitForFinished(3000)) {
-            process_.kill();
-            process_.waitForFinished(3000);
-        }
-    }
+    void stop() { stopChild(process_); }
     // Stopped by the signal and gone by itself, with status 0.
     bool endedCleanly() const {
         return process_.state() == QProcess::NotRunning &&
