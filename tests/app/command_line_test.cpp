@@ -69,6 +69,7 @@ TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
         {"--baud 4000000 --video1 rtsp://camera/out1 --video2 ftp://camera",
          "--video2: not a video source: ftp://camera"},
         {"--rotctld-port 65535 --rotctld-listen nowhere", "Bad address 'nowhere'"},
+        {"--rotctld 0", "Bad port '0' for --rotctld."},  // the port last of all
         {"--baud 300 --visca 65535 --pelco tcp:65535 --pelco-baud 1200 --visca-refresh 0 "
          "--pelco-refresh 600000 --remote-listen nowhere",
          "Bad value 'nowhere' for --remote-listen."},
@@ -78,7 +79,7 @@ TEST(CommandLine, MistakesAreToldAndExitTwoWithoutADisplay) {
     // clang-format off
     for (const char* arguments : {
              "-platform offscreen --bogus", "--rotctld-port", "--rotctld-port 65536",
-             "--rotctld=0", "--rotctld 0", "--headless --baud fast", "--baud 299", "--baud 4000001",
+             "--rotctld=0", "--headless --baud fast", "--baud 299", "--baud 4000001",
              "stray", "--visca 0", "--visca 65536", "--onvif 80 --onvif-user admin",
              "--pelco tcp:port", "--pelco-address 256", "--pelco-baud 1199",
              "--visca-refresh -1", "--pelco-refresh 600001", "--video1 ftp://camera"}) {

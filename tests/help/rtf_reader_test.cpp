@@ -34,7 +34,7 @@ TEST(RtfReader, RunsAndParagraphsKeepTheirFormatsAndGroupsRestoreThem) {
     QTextDocument document;
     ASSERT_TRUE(readRtf(
         "{\\rtf1\\ansi\\deff0{\\fonttbl{\\f0\\fswiss Arial;}{\\f1\\fmodern{\\*\\panose 02}"
-        "Courier New;}}{\\colortbl;\\red200\\green10\\blue20;\\red0\\green0\\blue255;}"
+        "Courier New;}}{\\colortbl;\\red200\\green10;\\blue255;}"
         "plain {\\b bold {\\i both} back}\\i  italic\\i0  \\ul under\\ulnone  \\strike gone"
         "\\strike0  \\b1 yes\\b0  \\fs40 large\\fs20  small {\\f1 mono} {\\cf1 red}{\\cf2 blue}"
         "\\cf0  auto\\plain  reset}",
@@ -58,7 +58,8 @@ TEST(RtfReader, RunsAndParagraphsKeepTheirFormatsAndGroupsRestoreThem) {
     EXPECT_EQ(formatOf(document, "plain").fontFamilies().toStringList(), QStringList{"Arial"});
     EXPECT_EQ(formatOf(document, "mono").fontFamilies().toStringList(), QStringList{"Courier New"});
     EXPECT_TRUE(formatOf(document, "mono").fontFixedPitch());
-    EXPECT_EQ(formatOf(document, "red").foreground().color(), QColor(200, 10, 20));
+    // A part not given is 0.
+    EXPECT_EQ(formatOf(document, "red").foreground().color(), QColor(200, 10, 0));
     EXPECT_EQ(formatOf(document, "blue").foreground().color(), QColor(0, 0, 255));
     EXPECT_FALSE(formatOf(document, "auto").hasProperty(QTextFormat::ForegroundBrush));
 
