@@ -114,3 +114,10 @@ TEST_F(WindowlessRestore, ACancelOnTheWayBackStillEndsAsCancelled) {
     };
     EXPECT_TRUE(restore(farLimit(), progress).cancelled);
 }
+
+// Cancelled while a preset's lenses are set: the restore ends as cancelled.
+TEST_F(WindowlessRestore, ACancelDuringAPresetsLensesEndsAsCancelled) {
+    UnitSettings file = before;
+    file.presets[3] = {1000, 500, {10, 20, 30, 40}};
+    EXPECT_TRUE(restore(file, cancelOnceHeard(is<v::StorePreset>)).cancelled);
+}

@@ -130,7 +130,9 @@ TEST_F(CalibrationTest, MarksThatDoNotFitAndARefusedPanAreSaidAndStartThePointAf
         20000));
     // The feature seen further right after panning right: no field fits.
     emit pane.centreRequested(QPointF(0.9, 0.5));
-    EXPECT_TRUE(dialog.step().startsWith(QStringLiteral("Those marks do not fit")));
+    EXPECT_EQ(dialog.step(),
+              QStringLiteral("Those marks do not fit a pan of 5.36 degrees: click the "
+                             "feature again to start this point afresh."));
     EXPECT_TRUE(dialog.measured().empty());
 }
 

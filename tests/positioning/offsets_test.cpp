@@ -124,4 +124,10 @@ TEST(OffsetReadings, ReadButtonsSendBareRequestsAndRepliesFillTheReadouts) {
         {{v::angle_offsets::kPan, 30000}, {v::angle_offsets::kTilt, -1000}}));
     EXPECT_FLOAT_EQ(rig.led("PanCorLED")->value(), 300.0f);
     EXPECT_FLOAT_EQ(rig.led("TiltCorLED")->value(), -10.0f);
+    // Each "CL" clears its own read-out.
+    rig.click("ClrLEDBut_3");
+    EXPECT_FLOAT_EQ(rig.led("PanCorLED")->value(), 300.0f);
+    EXPECT_FLOAT_EQ(rig.led("TiltCorLED")->value(), 0.0f);
+    rig.click("ClrLEDBut_2");
+    EXPECT_FLOAT_EQ(rig.led("PanCorLED")->value(), 0.0f);
 }
