@@ -58,7 +58,8 @@ const char* kindName(FieldKind kind) {
     return "bytes";
 }
 
-// A Lua string literal; the table's texts are plain ASCII apart from none.
+// A Lua string literal. No text of the table holds a quote or a backslash
+// today; one added later still reads as written.
 std::string quoted(const std::string& text) {
     std::string out = "\"";
     for (char c : text) {

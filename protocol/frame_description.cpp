@@ -224,7 +224,7 @@ FrameDescription describeFrame(const std::vector<Byte>& wire) {
     if (out.ended && !payload.empty()) {
         out.lrc = payload.back();
         payload.pop_back();
-        Byte sum = out.address.value_or(0);
+        Byte sum = *out.address;  // the first value read
         for (Byte value : out.message) {
             sum ^= value;
         }

@@ -350,7 +350,7 @@ QString LineLogModel::detailText(int row) const {
     if (frame.code) {
         heading += QStringLiteral(" (code %1, address %2)")
                        .arg(hexCode(*frame.code))
-                       .arg(frame.address.value_or(0));
+                       .arg(*frame.address);  // a frame with a code has one
     }
     lines << heading;
     for (const table::DescribedField& field : frame.fields) {
