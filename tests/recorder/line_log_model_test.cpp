@@ -116,6 +116,11 @@ TEST(LineLogModel, FiltersByDirectionCodeAndTextAndNamesEachColumn) {
     };
     EXPECT_EQ(colour(1), QColor(210, 0, 0));
     EXPECT_EQ(colour(2), QColor(200, 100, 0));
+    // Times and bytes in the fixed font, so that they line up; words not.
+    for (const int column : {LineLogModel::Time, LineLogModel::Bytes, LineLogModel::Name}) {
+        EXPECT_EQ(model.data(model.index(0, column), Qt::FontRole).isValid(),
+                  column != LineLogModel::Name);
+    }
 
     using D = LineFilter::Direction;
     const QString report = QStringLiteral("position report");
