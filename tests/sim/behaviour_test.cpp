@@ -123,12 +123,13 @@ TEST(UnitTours, ATourEndsOnTheCommTimeoutAndOnAnyCommandButTheJog) {
     const auto startTour = message<v::ExecuteTour>();
     const auto tourStarted = message<v::TourStarted>();
     UnitHarness unit;
-    unit.exchange(storePreset(0, 9000, 0));
-    unit.exchange(appendStep(0, 0, 0));
+    unit.exchange(storePreset(0, 0, 0));
+    unit.exchange(appendStep(0, 0, 5));
     unit.exchange(commTimeout(2));
     EXPECT_EQ(unit.exchange(startTour), tourStarted);
     unit.advance(1000, true);  // speed 0 jogs keep it alive without ending it
     EXPECT_TRUE(isSet(unit.jog(), r::kTourExecuting));
+    EXPECT_EQ(unit.unit.nextWakeMs(), unit.now + 2000) << "at rest, it sleeps until the time-out";
     unit.advance(1999);
     EXPECT_TRUE(unit.unit.state().tourRunner.running());
     unit.advance(1);
