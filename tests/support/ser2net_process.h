@@ -8,8 +8,8 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include "tests/support/child_process.h"
 #include "tests/support/scripted_server.h"
-#include "tests/support/sim_process.h"
 
 namespace halvex::testing {
 
