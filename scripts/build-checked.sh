@@ -8,6 +8,7 @@
 # line, and the build and the suite both take less time than at -O0 or -O2.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+source scripts/disk-space.sh
 dir=build-checked
 # Ninja for a new folder, as in scripts/build.sh.
 generator=()
@@ -21,4 +22,8 @@ targets=()
 for target in "$@"; do
     targets+=(--target "$target")
 done
-cmake --build "$dir" -j"$(nproc)" "${targets[@]}"
+cmake --build "$dir" -j"$(nproc)" "${targets[@]}" || {
+    status=$?
+    say_if_disk_short "$dir"
+    exit "$status"
+}

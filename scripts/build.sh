@@ -4,6 +4,7 @@
 # here (and so in CI); a plain cmake build leaves them warnings.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+source scripts/disk-space.sh
 dir=${1:-build}
 shift || true
 # -g1: line tables and function names, enough for a backtrace; full debug
@@ -18,4 +19,8 @@ fi
 cmake -S . -B "$dir" "${generator[@]}" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O2 -g1 -DNDEBUG" -DHALVEX_WERROR=ON -DHALVEX_BENCHMARKS=ON \
     "$@" >/dev/null
-cmake --build "$dir" -j"$(nproc)"
+cmake --build "$dir" -j"$(nproc)" || {
+    status=$?
+    say_if_disk_short "$dir"
+    exit "$status"
+}
