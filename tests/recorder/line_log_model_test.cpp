@@ -102,7 +102,7 @@ TEST(LineLogModel, FiltersByDirectionCodeAndTextAndNamesEachColumn) {
     LineLogModel model;
     model.append(sentPreset(3));
     model.append(receivedReport(0, Verdict::BadLrc));
-    model.append(recording::eventRecord(0, "Watchdog expired: no reply within 250 ms"));
+    model.append(recording::eventRecord(0, "Zoom Aborted: no reply within 250 ms"));
     model.append({0, LineKind::Received, Verdict::Noise, {0x55, 0x66}});
     model.flush();
     ASSERT_EQ(model.rowCount(), 4);
@@ -124,7 +124,7 @@ TEST(LineLogModel, FiltersByDirectionCodeAndTextAndNamesEachColumn) {
 
     using D = LineFilter::Direction;
     const QString report = QStringLiteral("position report");
-    const QString event = QStringLiteral("Watchdog expired: no reply within 250 ms");
+    const QString event = QStringLiteral("Zoom Aborted: no reply within 250 ms");
     const struct {
         LineFilter filter;
         QStringList names;
@@ -133,7 +133,7 @@ TEST(LineLogModel, FiltersByDirectionCodeAndTextAndNamesEachColumn) {
         {{D::FromUnit, {}, {}}, {report, QStringLiteral("noise")}},
         {{D::Events, {}, {}}, {event}},
         {{D::All, 0x31, {}}, {report}},
-        {{D::All, {}, QStringLiteral("WATCHDOG")}, {event}},
+        {{D::All, {}, QStringLiteral("zoom aBORTED")}, {event}},
         {{D::All, {}, QStringLiteral("9c ff ff")}, {report}},  // the bytes, any case
         {{D::All, {}, QStringLiteral("-1.00")}, {report}},
     };
