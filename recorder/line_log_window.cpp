@@ -30,6 +30,18 @@ QPushButton* button(const QString& caption, const char* name, QWidget* parent,
     made->setAutoDefault(false);
     return made;
 }
+
+// The widest name the protocol table gives a frame.
+int widestFrameName(const QFontMetrics& metrics) {
+    int widest = 0;
+    for (const table::Message& message : table::messages()) {
+        for (const table::Layout& layout : message.layouts) {
+            widest =
+                std::max(widest, metrics.horizontalAdvance(QString::fromStdString(layout.name)));
+        }
+    }
+    return widest;
+}
 }  // namespace
 
 LineLogWindow::LineLogWindow(LineLogModel& model, Source source, QWidget* parent)
@@ -99,8 +111,9 @@ LineLogWindow::LineLogWindow(LineLogModel& model, Source source, QWidget* parent
     resize(1180, 48 * rowHeight);
 }
 
-// Each column as wide as what it shows; the fields take what is left, the
-// bytes as many as a short frame has (the tool tip and the detail show all).
+// Each column as wide as what it shows, every frame's name whole; the fields
+// take what is left, the bytes as many as a short frame has (the tool tip and
+// the detail show all), and an event's text what the name column has.
 void LineLogWindow::sizeColumns() {
     QHeaderView* columns = table_->horizontalHeader();
     const QFontMetrics text = table_->fontMetrics();
@@ -117,7 +130,7 @@ void LineLogWindow::sizeColumns() {
     fit(LineLogModel::Direction, text.horizontalAdvance(QStringLiteral("\u2190 unit")));
     fit(LineLogModel::Address, text.horizontalAdvance(QStringLiteral("255")));
     fit(LineLogModel::Code, text.horizontalAdvance(QStringLiteral("FF")));
-    fit(LineLogModel::Name, text.horizontalAdvance(QStringLiteral("soft limit request")));
+    fit(LineLogModel::Name, widestFrameName(text));
     fit(LineLogModel::Check, text.horizontalAdvance(QStringLiteral("LRC wrong")));
     fit(LineLogModel::Bytes, fixed.horizontalAdvance(QString(32, QLatin1Char('0'))));
     columns->setSectionResizeMode(QHeaderView::Interactive);

@@ -12,6 +12,7 @@
 #include <QComboBox>
 #include <QFile>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -289,6 +290,9 @@ TEST(LineLog, AKeptRecordingLooksAsKept) {
     ASSERT_NE(opened, nullptr);
     opened->resize(1000, 300);
     opened->refreshStatus();
+    // The longest name a frame has is not cut.
+    EXPECT_GT(opened->table().horizontalHeader()->sectionSize(LineLogModel::Name),
+              opened->table().fontMetrics().horizontalAdvance("lens configuration request"));
     expectLooksAsKept(*opened, {HALVEX_KEPT_PICTURES, HALVEX_SEEN_PICTURES},
                       QStringLiteral("line-log-recording"));
 }
