@@ -27,7 +27,6 @@ QPushButton* button(const QString& caption, const char* name, QWidget* parent,
     auto* made = new QPushButton(caption, parent);
     made->setObjectName(QString::fromLatin1(name));
     made->setCheckable(checkable);
-    made->setAutoDefault(false);
     return made;
 }
 
@@ -56,7 +55,6 @@ LineLogWindow::LineLogWindow(LineLogModel& model, Source source, QWidget* parent
     table_->setItemDelegate(new LineRowPainter(model_, table_));
     table_->setSelectionBehavior(QAbstractItemView::SelectRows);
     table_->setSelectionMode(QAbstractItemView::ExtendedSelection);
-    table_->setWordWrap(false);
     table_->setShowGrid(false);
     table_->verticalHeader()->hide();
     // Rows of one height: the view never measures a row's contents.
@@ -95,12 +93,11 @@ LineLogWindow::LineLogWindow(LineLogModel& model, Source source, QWidget* parent
     connect(table_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
             &LineLogWindow::showDetail);
     // The operator scrolling away from the end stops following; back at the
-    // end, following starts again.
+    // end, following starts again. Only the operator's scrolls are actions:
+    // the view's own scroll to the end sets the value without one.
     connect(table_->verticalScrollBar(), &QAbstractSlider::actionTriggered, this, [this] {
         const QScrollBar* bar = table_->verticalScrollBar();
-        if (!scrollingToTail_) {
-            follow_->setChecked(bar->sliderPosition() >= bar->maximum());
-        }
+        follow_->setChecked(bar->sliderPosition() >= bar->maximum());
     });
 
     statusTimer_.setInterval(kStatusRefreshMs);
@@ -242,9 +239,7 @@ void LineLogWindow::followTail() {
     if (!follow_->isChecked()) {
         return;
     }
-    scrollingToTail_ = true;
     table_->scrollToBottom();
-    scrollingToTail_ = false;
 }
 
 QString LineLogWindow::selectedText() const {

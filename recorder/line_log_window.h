@@ -66,9 +66,6 @@ class LineLogWindow : public QWidget {
     QTimer statusTimer_;
     QTimer textDelay_;
     std::function<QString()> statusSource_;
-    // Set while the view scrolls itself, so that the scroll does not count
-    // as the operator leaving the tail.
-    bool scrollingToTail_ = false;
 };
 
 }  // namespace halvex

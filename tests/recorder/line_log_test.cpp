@@ -104,6 +104,8 @@ TEST(LineLog, FollowsPausesTimesShowsFiltersAndCopiesTheSessionsFramesAndTheLink
     EXPECT_EQ(bar->value(), 0);
     rig.inLog<QPushButton>("FollowBut")->click();
     EXPECT_EQ(bar->value(), bar->maximum());
+    bar->triggerAction(QAbstractSlider::SliderToMaximum);  // at the end by hand: still following
+    EXPECT_TRUE(rig.inLog<QPushButton>("FollowBut")->isChecked());
 
     // Click to wire and frame to reply in the status line.
     const std::size_t before = rig.line.frames().size();
@@ -143,6 +145,7 @@ TEST(LineLog, FollowsPausesTimesShowsFiltersAndCopiesTheSessionsFramesAndTheLink
     table.selectionModel()->select(rig.model().index(2, 0),
                                    QItemSelectionModel::Select | QItemSelectionModel::Rows);
     rig.inLog<QPushButton>("CopyBut")->click();
+    EXPECT_FALSE(rig.inLog<QPushButton>("CopyBut")->isChecked());  // a button, not a switch
     const QStringList lines =
         QApplication::clipboard()->text().split(QLatin1Char('\n'), Qt::SkipEmptyParts);
     ASSERT_EQ(lines.size(), 2);
@@ -160,9 +163,12 @@ TEST(LineLog, FollowsPausesTimesShowsFiltersAndCopiesTheSessionsFramesAndTheLink
     direction->setCurrentIndex(0);
     auto* code = rig.inLog<QComboBox>("CodeFilter");
     const int presets = code->findData(0x40);
-    ASSERT_GT(presets, 0);
+    EXPECT_TRUE(code->itemText(presets).startsWith(QStringLiteral("40  ")));
+    EXPECT_GE(code->view()->minimumWidth(), code->view()->sizeHintForColumn(0));  // not cut
     code->setCurrentIndex(presets);
     EXPECT_EQ(rig.model().rowCount(), 64);  // 32 requests, 32 records
+    code->setCurrentIndex(1);
+    EXPECT_LT(rig.model().rowCount(), all);
     code->setCurrentIndex(0);
     auto* text = rig.inLog<QLineEdit>("TextFilter");
     QTest::keyClicks(text, QStringLiteral("limit ccw"));
