@@ -22,8 +22,4 @@ targets=()
 for target in "$@"; do
     targets+=(--target "$target")
 done
-cmake --build "$dir" -j"$(nproc)" "${targets[@]}" || {
-    status=$?
-    say_if_disk_short "$dir"
-    exit "$status"
-}
+build_in "$dir" -j"$(nproc)" "${targets[@]}"

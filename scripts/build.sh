@@ -19,8 +19,4 @@ fi
 cmake -S . -B "$dir" "${generator[@]}" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
     -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O2 -g1 -DNDEBUG" -DHALVEX_WERROR=ON -DHALVEX_BENCHMARKS=ON \
     "$@" >/dev/null
-cmake --build "$dir" -j"$(nproc)" || {
-    status=$?
-    say_if_disk_short "$dir"
-    exit "$status"
-}
+build_in "$dir" -j"$(nproc)"

@@ -11,12 +11,18 @@ free_mib() {
     df -Pm "$1" | awk 'NR == 2 { print $4 }'
 }
 
-# say_if_disk_short DIR, after a failed build in DIR: says so when the disk
-# is nearly full, the likely cause of a failure with no message.
-say_if_disk_short() {
-    local free
-    free=$(free_mib "$1")
-    if ((free < 1024)); then
-        echo "$(basename "$0"): only $free MiB free on the disk of $1; a build folder needs about 2 GiB, and a compiler that cannot write under ccache fails without a message" >&2
+# build_in DIR [ARGS...] builds DIR with cmake --build (ARGS go along); when
+# that fails and the disk is nearly full, the likely cause of a failure with
+# no message, it says so.
+build_in() {
+    local dir=$1 status=0 free
+    shift
+    cmake --build "$dir" "$@" || status=$?
+    if ((status != 0)); then
+        free=$(free_mib "$dir")
+        if ((free < 1024)); then
+            echo "$(basename "$0"): only $free MiB free on the disk of $dir; a build folder needs about 2 GiB, and a compiler that cannot write under ccache fails without a message" >&2
+        fi
     fi
+    return "$status"
 }
